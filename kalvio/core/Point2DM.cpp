@@ -1,0 +1,20 @@
+#include "kalvio/core/Point2DM.h"
+
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/BoundingBox3D.h"
+
+namespace Kalvio::Math {
+
+MathTypes Point2DM::GetType() const { return MathTypes::Point2DM; }
+
+BoundingBox2D Point2DM::GetBoundingBox2D() const { return {Point2D(x, y), Vec2D()}; }
+
+BoundingBox3D Point2DM::GetBoundingBox3D() const { return {Point3D(x, y, 0.0), Vec3D()}; }
+
+bool Point2DM::IsEqualTo(const IGeometry& other, double tolerance) const {
+    return other.GetType() == MathTypes::Point2DM && IsEqualTo(static_cast<const Point2DM&>(other), tolerance);
+}
+
+Point2DM* Point2DM::Clone() const { return new Point2DM(*this); }
+
+}  // namespace Kalvio::Math

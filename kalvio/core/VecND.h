@@ -1,0 +1,63 @@
+#pragma once
+
+#include "kalvio/core/IMathObject.h"
+
+#include <vector>
+
+namespace Kalvio::Math {
+
+class Vec2D;
+class Vec3D;
+
+/// Free vector of any dimension. Operations on two vectors of different dimension give an empty vector or 0.
+class KALVIO_MATH_API VecND final : public IMathObject {
+public:
+    VecND() = default;
+    /// n coordinates, all 0.
+    explicit VecND(unsigned int n) : coordinates(n, 0.0) {}
+    explicit VecND(const std::vector<double>& values) : coordinates(values) {}
+    explicit VecND(const Vec2D& v);
+    explicit VecND(const Vec3D& v);
+
+    MathTypes GetType() const override;
+
+    const std::vector<double>& GetCoordinates() const { return coordinates; }
+    void SetCoordinates(const std::vector<double>& values) { coordinates = values; }
+    unsigned int GetDimension() const { return static_cast<unsigned int>(coordinates.size()); }
+    /// New coordinates are 0.
+    void SetDimension(unsigned int n) { coordinates.resize(n, 0.0); }
+    /// Unchecked.
+    const double& operator[](int index) const { return coordinates[static_cast<std::size_t>(index)]; }
+    double& operator[](int index) { return coordinates[static_cast<std::size_t>(index)]; }
+
+    double Length() const { return Norm(); }
+    double Norm() const;
+    double NormSquared() const;
+    /// 0 on different dimensions.
+    double DotProduct(const VecND& other) const;
+    /// Divides by the length when it is greater than 0.005: a threshold of this class alone.
+    VecND& Normalize();
+
+    /// Strict per-coordinate comparison; false on different dimensions.
+    bool IsEqualTo(const VecND& other, double tolerance) const;
+    /// The same with a `VecND`; false for any other object.
+    bool IsEqualTo(const IMathObject& other, double tolerance) const;
+
+    VecND operator-() const;
+    /// Nothing changes on different dimensions.
+    VecND& operator+=(const VecND& other);
+    VecND& operator*=(double factor);
+    /// Nothing changes for a divisor of 0 or NaN.
+    VecND& operator/=(double divisor);
+
+private:
+    std::vector<double> coordinates;
+};
+
+KALVIO_MATH_API VecND operator+(const VecND& a, const VecND& b);
+KALVIO_MATH_API VecND operator-(const VecND& a, const VecND& b);
+KALVIO_MATH_API VecND operator*(VecND v, double factor);
+KALVIO_MATH_API VecND operator*(double factor, VecND v);
+KALVIO_MATH_API VecND operator/(VecND v, double divisor);
+
+}  // namespace Kalvio::Math
