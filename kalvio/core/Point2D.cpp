@@ -27,6 +27,4 @@ bool Point2D::IsEqualTo(const IGeometry& other, double tolerance) const {
 
 Point2D* Point2D::Clone() const { return new Point2D(*this); }
 
-Point2D operator*(const Point2D& p, const Matrix2D& matrix) { return p.Transform(matrix); }
-
 }  // namespace Kalvio::Math

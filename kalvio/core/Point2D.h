@@ -99,6 +99,6 @@ inline Point2D operator-(Point2D p, const Vec2D& v) { return p -= v; }
 inline Point2D operator+(Point2D a, const Point2D& b) { return a += b; }
 inline Point2D operator*(Point2D p, double factor) { return p *= factor; }
 inline Point2D operator*(double factor, Point2D p) { return p *= factor; }
-KALVIO_MATH_API Point2D operator*(const Point2D& p, const Matrix2D& matrix);
+inline Point2D operator*(const Point2D& p, const Matrix2D& matrix) { return p.Transform(matrix); }
 
 }  // namespace Kalvio::Math

@@ -27,6 +27,4 @@ bool Point3D::IsEqualTo(const IGeometry& other, double tolerance) const {
 
 Point3D* Point3D::Clone() const { return new Point3D(*this); }
 
-Point3D operator*(const Point3D& p, const Matrix3D& matrix) { return p.Transform(matrix); }
-
 }  // namespace Kalvio::Math

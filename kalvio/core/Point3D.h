@@ -120,6 +120,6 @@ inline Point3D operator+(Point3D a, const Point3D& b) { return a += b; }
 inline Point3D operator*(Point3D p, double factor) { return p *= factor; }
 inline Point3D operator*(double factor, Point3D p) { return p *= factor; }
 inline Point3D operator/(Point3D p, double divisor) { return p /= divisor; }
-KALVIO_MATH_API Point3D operator*(const Point3D& p, const Matrix3D& matrix);
+inline Point3D operator*(const Point3D& p, const Matrix3D& matrix) { return p.Transform(matrix); }
 
 }  // namespace Kalvio::Math

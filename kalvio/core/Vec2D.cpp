@@ -29,6 +29,4 @@ bool Vec2D::IsEqualTo(const IMathObject& other, double tolerance) const {
     return c.size() == 2 && IsEqualTo(Vec2D(c[0], c[1]), tolerance);
 }
 
-Vec2D operator*(const Vec2D& v, const Matrix2D& matrix) { return v.Transform(matrix); }
-
 }  // namespace Kalvio::Math

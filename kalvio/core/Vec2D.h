@@ -111,6 +111,6 @@ inline Vec2D operator-(Vec2D a, const Vec2D& b) { return a -= b; }
 inline Vec2D operator*(Vec2D v, double factor) { return v *= factor; }
 inline Vec2D operator*(double factor, Vec2D v) { return v *= factor; }
 inline Vec2D operator/(Vec2D v, double divisor) { return v /= divisor; }
-KALVIO_MATH_API Vec2D operator*(const Vec2D& v, const Matrix2D& matrix);
+inline Vec2D operator*(const Vec2D& v, const Matrix2D& matrix) { return v.Transform(matrix); }
 
 }  // namespace Kalvio::Math

@@ -46,6 +46,4 @@ bool Vec3D::IsEqualTo(const IMathObject& other, double tolerance) const {
     return c.size() == 3 && IsEqualTo(Vec3D(c[0], c[1], c[2]), tolerance);
 }
 
-Vec3D operator*(const Vec3D& v, const Matrix3D& matrix) { return v.Transform(matrix); }
-
 }  // namespace Kalvio::Math

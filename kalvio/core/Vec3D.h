@@ -125,6 +125,6 @@ inline Vec3D operator-(Vec3D a, const Vec3D& b) { return a -= b; }
 inline Vec3D operator*(Vec3D v, double factor) { return v *= factor; }
 inline Vec3D operator*(double factor, Vec3D v) { return v *= factor; }
 inline Vec3D operator/(Vec3D v, double divisor) { return v /= divisor; }
-KALVIO_MATH_API Vec3D operator*(const Vec3D& v, const Matrix3D& matrix);
+inline Vec3D operator*(const Vec3D& v, const Matrix3D& matrix) { return v.Transform(matrix); }
 
 }  // namespace Kalvio::Math

@@ -1,0 +1,42 @@
+#include "support/Concurrently.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest-spi.h>
+
+#include <atomic>
+#include <limits>
+
+namespace Kalvio::Math {
+namespace {
+
+TEST(SupportTest, NearnessIsADistanceAndSaysHowFarOffAValueIs) {
+    EXPECT_THAT(Point2D(3.0, 4.0), IsNear(Point2D(0.0, 0.0), 5.0));
+    EXPECT_THAT(Point3D(0.0, 0.0, 1.5), testing::Not(IsNear(Point3D(0.0, 0.0, 1.0), 0.25)));
+    EXPECT_THAT(Vec2D(std::numeric_limits<double>::quiet_NaN(), 0.0), testing::Not(IsNear(Vec2D(), 1e300)));
+    EXPECT_NONFATAL_FAILURE(EXPECT_THAT(Point2D(1.0, 2.0), IsNear(Point2D(1.0, 2.5), 0.25)),
+                            "which is 0.5 away, off by (0, -0.5, 0)");
+}
+
+TEST(SupportTest, TheEnvironmentGivesTheSeedAndTheTestGivesTheStandard) {
+    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE_THAT_NOBODY_SETS", 7), 7U);
+    ASSERT_EQ(setenv("KALVIO_TEST_VARIABLE", "18446744073709551615", 1), 0);
+    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 18446744073709551615U);
+    ASSERT_EQ(setenv("KALVIO_TEST_VARIABLE", "12x", 1), 0);
+    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 7U) << "not a number";
+}
+
+TEST(SupportTest, ConcurrentWorkRunsOncePerIndexAndAllAtOnce) {
+    std::atomic<int> running{0};
+    std::vector<int> seen(4, 0);
+    Concurrently(4, [&](unsigned int i) {
+        ++running;
+        while (running.load() < 4) std::this_thread::yield();  // ends only when all four are inside
+        ++seen[i];
+    });
+    EXPECT_THAT(seen, testing::Each(1));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
