@@ -1,0 +1,61 @@
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/BoundingBoxND.h"
+#include "kalvio/core/Numbers.h"
+#include "kalvio/core/OrientedBoundingBox2D.h"
+
+#include "fuzz/Bytes.h"
+
+#include <cmath>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+void CheckAngles(double value) {
+    const double stored = Angle(value).GetRadians();
+    const double signedHalf = Angle::NormalizeAnglePiMinusPi(value);
+    const double positive = Angle::NormalizeZero2Pi(value);
+    if (!std::isfinite(value)) return;
+    Require(stored > -detail::twoPi && stored <= detail::twoPi);
+    Require(signedHalf > -detail::pi && signedHalf <= detail::pi);
+    Require(positive >= 0.0 && positive <= detail::twoPi);
+    Require(Angle::NormalizeAngle(stored) == stored);
+}
+
+void CheckBoxes(const Point2D& a, const Point2D& b, const Point2D& c, const Point2D& d) {
+    const BoundingBox2D first(a, b);
+    const BoundingBox2D second(c, d);
+    const BoundingBox2D both = first + second;
+    (void)both.IsPointInside(a, 0.0);
+    const double overlap = first.GetIntersectionArea(second);
+    const BoundingBoxND firstND(first);
+    const BoundingBoxND secondND(second);
+    const bool touching = firstND.Intersects(secondND);
+    (void)(firstND + secondND).GetArea();
+    if (first.GetDiagonalLength() + second.GetDiagonalLength() + both.GetDiagonalLength() < detail::largestDouble) {
+        Require(overlap >= 0.0 && overlap == second.GetIntersectionArea(first));
+        Require(touching == secondND.Intersects(firstND));
+    }
+    (void)(OrientedBoundingBox2D(a, b - a, c - b, d - c) + OrientedBoundingBox2D(second)).GetBoundingBox2D();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Bytes bytes(data, size);
+    CheckAngles(bytes.TakeDouble());
+    const int n = bytes.Take<int>();
+    const int k = bytes.Take<int>();
+    (void)Numbers::Combination(n, k);
+    (void)Numbers::Permutations(n, k);
+    (void)Numbers::GetNumberOfDigits(bytes.TakeDouble());
+    const Point2D a = bytes.TakePoint();
+    const Point2D b = bytes.TakePoint();
+    const Point2D c = bytes.TakePoint();
+    CheckBoxes(a, b, c, bytes.TakePoint());
+    const Vec2D v = bytes.TakeVector();
+    const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();
+    Require(!(between < 0.0 || between > detail::twoPi));
+    return 0;
+}
