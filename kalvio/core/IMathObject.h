@@ -11,7 +11,8 @@ public:
     constexpr IMathObject() = default;
     IMathObject(const IMathObject&) = default;
     IMathObject& operator=(const IMathObject&) = default;
-    virtual ~IMathObject() = default;
+    // Not defaulted: a destructor usable in constant expressions makes GCC 12 refuse braced lists of such objects.
+    virtual ~IMathObject() {}  // NOLINT(modernize-use-equals-default)
 
     virtual MathTypes GetType() const = 0;
 };

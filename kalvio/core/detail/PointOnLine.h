@@ -1,0 +1,56 @@
+#pragma once
+
+#include "kalvio/core/Point2D.h"
+#include "kalvio/core/detail/Constants.h"
+
+#include <cmath>
+
+/// The plan tests against lines on which every class relies, defined here once. `Intersection` and `Distance` offer
+/// them to callers.
+namespace Kalvio::Math::detail {
+
+/// Signed distance of p from the infinite line a -> b, positive to the right of the direction of travel. A line of
+/// length at most 1e-10 measures the plain distance from a.
+///
+///     a -------> b
+///          |  result > 0
+///          p
+inline double SignedDistanceToLine(const Point2D& p, const Point2D& a, const Point2D& b) {
+    const double dx = b.GetX() - a.GetX();
+    const double dy = b.GetY() - a.GetY();
+    const double length = std::sqrt(dx * dx + dy * dy);
+    if (length <= numericalZero) return p.Distance(a);
+    return ((a.GetY() - p.GetY()) * dx - (a.GetX() - p.GetX()) * dy) / length;
+}
+
+/// True when p lies on the infinite line a -> b: |cross| / length <= |tolerance|, inclusive. Never for a zero length.
+inline bool IsPointOnLine(const Point2D& p, const Point2D& a, const Point2D& b, double tolerance) {
+    const double dx = b.GetX() - a.GetX();
+    const double dy = b.GetY() - a.GetY();
+    const double cross = (p.GetX() - a.GetX()) * dy - (p.GetY() - a.GetY()) * dx;
+    return std::abs(cross) / std::sqrt(dx * dx + dy * dy) <= std::abs(tolerance);
+}
+
+/// True when p lies on the segment a -> b: inside its box widened by |tolerance| and on its line, both inclusive. A
+/// segment of zero length holds a point within |tolerance| of it in both coordinates.
+inline bool IsPointOnSegment(const Point2D& p, const Point2D& a, const Point2D& b, double tolerance) {
+    const double t = std::abs(tolerance);
+    const auto beyond = [t](double value, double first, double second) {
+        return (value - first < -t && value - second < -t) || (value - first > t && value - second > t);
+    };
+    if (beyond(p.GetX(), a.GetX(), b.GetX()) || beyond(p.GetY(), a.GetY(), b.GetY())) return false;
+    if (IsPointOnLine(p, a, b, t)) return true;
+    return a.GetX() == b.GetX() && a.GetY() == b.GetY() && std::abs(p.GetX() - a.GetX()) <= t &&
+           std::abs(p.GetY() - a.GetY()) <= t;
+}
+
+/// Parameter in [0, 1] of the point of a -> b nearest to p; 0 when the squared length is below `zeroSquared`.
+inline double NearestParameter(const Point2D& p, const Point2D& a, const Point2D& b, double zeroSquared) {
+    const Vec2D d = b - a;
+    const double squared = d.NormSquared();
+    if (squared < zeroSquared || squared == 0.0) return 0.0;
+    const double t = (p - a).DotProduct(d) / squared;
+    return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+}
+
+}  // namespace Kalvio::Math::detail

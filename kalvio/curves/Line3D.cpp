@@ -1,0 +1,106 @@
+#include "kalvio/curves/Line3D.h"
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/detail/Stations.h"
+#include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/Projection.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Kalvio::Math {
+
+MathTypes Line3D::GetType() const { return MathTypes::Line3D; }
+
+BoundingBox2D Line3D::GetBoundingBox2D() const { return GetBoundingBox3D().GetBoundingBox2D(); }
+
+BoundingBox3D Line3D::GetBoundingBox3D() const {
+    Point3D low;
+    Point3D high;
+    for (int axis = 0; axis < 3; ++axis) {
+        low[axis] = std::min(start[axis], end[axis]);
+        high[axis] = std::max(start[axis], end[axis]);
+    }
+    return {low, high};
+}
+
+bool Line3D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    return other.GetType() == MathTypes::Line3D && IsEqualTo(static_cast<const Line3D&>(other), tolerance);
+}
+
+Line3D* Line3D::Clone() const { return new Line3D(*this); }
+
+void Line3D::Reverse() { std::swap(start, end); }
+
+bool Line3D::IsPointOnSegment(const Point3D& point, double tolerance) const {
+    const double t = std::abs(tolerance);
+    for (int axis = 0; axis < 3; ++axis) {
+        if (point[axis] < std::min(start[axis], end[axis]) - t) return false;
+        if (point[axis] > std::max(start[axis], end[axis]) + t) return false;
+    }
+    return (point - start).CrossProduct(end - start).Length() / GetLength() <= t;
+}
+
+bool Line3D::GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const {
+    if (!IsPointOnSegment(point, tolerance)) return false;
+    length = start.Distance(point);
+    return true;
+}
+
+bool Line3D::GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const {
+    if (!IsPointOnSegment(point, tolerance)) return false;
+    length = end.Distance(point);
+    return true;
+}
+
+Point3D Line3D::GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const {
+    const Vec3D d = end - start;
+    const double squared = d.NormSquared();
+    if (squared < tolerances.SystemEpsilonSquared() || squared == 0.0) return start;
+    const double t = (point - start).DotProduct(d) / squared;
+    return t <= 0.0 ? start : t >= 1.0 ? end : start + d * t;
+}
+
+bool Line3D::GetPointOffsetFromStart(double station, Point3D& point) const {
+    const double length = GetLength();
+    if (!(length >= detail::numericalZero)) return false;
+    point = start + (end - start) * (station / length);
+    return true;
+}
+
+bool Line3D::MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const {
+    const Vec3D direction = GetDirection();
+    return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd,
+                                  [&](double station) { points.push_back(start + direction * station); });
+}
+
+double Line3D::GetZ(const Point2D& p, double tolerance) const {
+    if (!Intersection::PointOnLine(p, *this, tolerance)) return 0.0;
+    return Projection::NormalPointOnLine(Point3D(p, 0.0), *this).GetZ();
+}
+
+double Line3D::GetZOnSegment(const Point2D& p, double tolerance) const {
+    if (!Intersection::PointOnLineSegment(p, *this, tolerance)) return 0.0;
+    return Projection::NormalPointOnLine(Point3D(p, 0.0), *this).GetZ();
+}
+
+double Line3D::GetZByInterpolation(const Point2D& p, double tolerance) const {
+    const Vec3D d = end - start;
+    if (!(std::abs(d.GetY()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetY() - start.GetY()) / d.GetY();
+    if (!(std::abs(d.GetX()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetX() - start.GetX()) / d.GetX();
+    return start.GetZ();
+}
+
+Line3D& Line3D::Translate(const Vec3D& v) {
+    start += v;
+    end += v;
+    return *this;
+}
+
+Line3D Line3D::Translate(const Vec3D& v) const {
+    Line3D copy(*this);
+    return copy.Translate(v);
+}
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "kalvio/curves/IPolyline3DElement.h"
+
+#include <vector>
+
+namespace Kalvio::Math {
+
+class Matrix3D;
+
+/// Directed segment in space.
+class KALVIO_MATH_API Line3D final : public IPolyline3DElement {
+public:
+    /// Both points at the origin.
+    constexpr Line3D() = default;
+    Line3D(const Point3D& from, const Point3D& to) : start(from), end(to) {}
+    Line3D(const Point3D& from, const Vec3D& v) : start(from), end(from + v) {}
+
+    MathTypes GetType() const override;
+    BoundingBox2D GetBoundingBox2D() const override;
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 3; }
+    unsigned int GetTopologicalDimension() const override { return 1; }
+    /// Comparable with a `Line3D` and a `LineString3D` of two points.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    /// Start equals start and end equals end, strictly per coordinate.
+    bool IsEqualTo(const Line3D& other, double tolerance) const {
+        return start.IsEqualTo(other.start, tolerance) && end.IsEqualTo(other.end, tolerance);
+    }
+    [[nodiscard]] Line3D* Clone() const override;
+    void Reverse() override;
+    /// Length in space.
+    double GetLength() const override { return start.Distance(end); }
+    const Point3D& GetStart() const override { return start; }
+    const Point3D& GetEnd() const override { return end; }
+    /// The distance from the start (end) when the point lies on the segment: inside its box widened by the tolerance
+    /// and at most the tolerance from its line, both inclusive. A line of zero length holds no point.
+    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    /// The start for a line shorter than the system epsilon.
+    Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
+
+    Point3D& GetStart() { return start; }
+    Point3D& GetEnd() { return end; }
+    void SetStart(const Point3D& value) { start = value; }
+    void SetEnd(const Point3D& value) { end = value; }
+    void SetPoints(const Point3D& from, const Point3D& to) {
+        start = from;
+        end = to;
+    }
+
+    /// Length in plan.
+    double GetLength2D() const { return start.Distance2D(end); }
+    /// Unit direction; unchanged difference for a length of at most 1e-10.
+    Vec3D GetDirection() const { return (end - start).Normalize(); }
+    const Point3D GetMiddlePoint() const { return (start + end) * 0.5; }
+    /// The point at a station, extrapolated outside [0, length]; false for a length below 1e-10.
+    bool GetPointOffsetFromStart(double station, Point3D& point) const;
+    /// As for `Line2D`, with the height carried along.
+    bool MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const;
+
+    /// Where p lies on the plan projection of the infinite line (on the plan segment): the height of the foot in space
+    /// of (p.x, p.y, 0) on the line; else 0. For a sloping line that foot is not the point above p: for the height
+    /// above p use `GetZByInterpolation`.
+    double GetZ(const Point2D& p, double tolerance) const;
+    double GetZOnSegment(const Point2D& p, double tolerance) const;
+    /// Height of the line above p, interpolated along y, or along x where the line does not advance in y by more than
+    /// the tolerance, or the start's height where it advances in neither.
+    double GetZByInterpolation(const Point2D& p, double tolerance) const;
+
+    /// A non-const line is changed in place.
+    Line3D& Transform(const Matrix3D& matrix);
+    Line3D Transform(const Matrix3D& matrix) const;
+    Line3D& Translate(const Vec3D& v);
+    Line3D Translate(const Vec3D& v) const;
+
+private:
+    bool IsPointOnSegment(const Point3D& point, double tolerance) const;
+
+    Point3D start;
+    Point3D end;
+};
+
+}  // namespace Kalvio::Math

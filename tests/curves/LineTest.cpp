@@ -1,0 +1,275 @@
+#include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Line3D.h"
+#include "kalvio/queries/Distance.h"
+#include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/Projection.h"
+#include "support/Near.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <map>
+#include <memory>
+#include <numbers>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+const Tolerances kTolerances(0.0001, 1e-10);
+const Vec2D kOrigins[] = {Vec2D(0.0, 0.0), Vec2D(385000.0, 6672000.0)};
+
+using Pieces = std::vector<std::unique_ptr<IGeometry>>;
+
+Pieces Owned(const std::vector<IGeometry*>& out) {
+    Pieces pieces;
+    for (IGeometry* const piece : out) pieces.emplace_back(piece);
+    return pieces;
+}
+
+TEST(LineTest, PointTestsAgreeOnWhatIsOnTheLine) {
+    struct Row {
+        const char* why;
+        Point2D p;
+        double tol;
+        bool onLine, onSegment;
+        double signedDistance;  // positive to the right
+    };
+    const Row rows[] = {
+        {"inside", Point2D(2, 0), 0.25, true, true, 0.0},
+        {"exactly tol to the left is on it", Point2D(2, 0.25), 0.25, true, true, -0.25},
+        {"to the right, sign of tol ignored", Point2D(2, -0.25), -0.25, true, true, 0.25},
+        {"beyond tol", Point2D(2, 0.5), 0.25, false, false, -0.5},
+        {"exactly tol beyond the end", Point2D(4.25, 0), 0.25, true, true, 0.0},
+        {"further beyond the end", Point2D(4.5, 0), 0.25, true, false, 0.0},
+        {"before the start", Point2D(-0.5, 0), 0.25, true, false, 0.0},
+        {"NaN", Point2D(kNan, 0), 0.25, false, false, kNan},
+    };
+    for (const Row& row : rows) {
+        for (const Vec2D& origin : {Vec2D(0, 0), Vec2D(524288, 6291456)}) {  // sums with the rows stay exact
+            SCOPED_TRACE(row.why);
+            const Line2D line(Point2D(0, 0) + origin, Point2D(4, 0) + origin);
+            const Point2D p = row.p + origin;
+            EXPECT_EQ(Intersection::PointOnLine(p, line, row.tol), row.onLine);
+            EXPECT_EQ(line.IsPointOnInfiniteLine(p, row.tol), row.onLine);
+            EXPECT_EQ(Intersection::PointOnLineSegment(p, line, row.tol), row.onSegment);
+            EXPECT_EQ(line.IsPointOnGeometry(p, Tolerances(std::abs(row.tol), 1e-10)), row.onSegment);
+            const Line3D lifted(Point3D(line.GetStart(), 7.0), Point3D(line.GetEnd(), 9.0));
+            EXPECT_EQ(Intersection::PointOnLineSegment(p, lifted, row.tol), row.onSegment);
+            if (std::isnan(row.signedDistance)) continue;
+            EXPECT_EQ(Distance::PointToLine(p, line), row.signedDistance);
+            EXPECT_EQ(Distance::PointToLine(p, line.GetEnd(), line.GetStart()), -row.signedDistance);
+        }
+    }
+}
+
+TEST(LineTest, ZeroLengthIsHarmless) {
+    const Line2D dot(Point2D(3, 4), Point2D(3, 4));
+    Point2D p(9, 9);
+    double s = 9.0;
+    EXPECT_FALSE(dot.IsPointOnGeometry(Point2D(3, 4), kTolerances));
+    EXPECT_FALSE(dot.GetLengthFromStartPoint(Point2D(3, 4), s, 1.0));
+    EXPECT_FALSE(dot.GetPointOffsetFromStart(0.0, p));
+    EXPECT_EQ(p, Point2D(9, 9));
+    EXPECT_EQ(s, 9.0);
+    EXPECT_TRUE(Intersection::PointOnLineSegment(Point2D(3, 4.25), dot, 0.25));
+    EXPECT_FALSE(Intersection::PointOnLineSegment(Point2D(3, 4.5), dot, 0.25));
+    EXPECT_EQ(Distance::PointToLine(Point2D(0, 0), dot), 5.0);
+    EXPECT_EQ(dot.GetNearestPoint(Point2D(7, 7), kTolerances), Point2D(3, 4));
+    EXPECT_EQ(Projection::NormalPointOnLine(Point2D(7, 7), dot), Point2D(3, 4));
+    EXPECT_EQ(dot.GetDirection().Length(), 0.0);
+}
+
+TEST(LineTest, SlopeAndAxisQueries) {
+    double value = -1.0;
+    const Line2D flat(Point2D(0, 2), Point2D(1000, 2.05));
+    EXPECT_TRUE(flat.IsHorizontal(1e-4)) << "the slope counts, not the rise";
+    EXPECT_FALSE(flat.IsHorizontal(1e-5));
+    EXPECT_FALSE(flat.IsVertical(1e-4));
+    const Line2D level(Point2D(0, 2), Point2D(4, 2));
+    EXPECT_EQ(level.GetX(2.0, value), 2);
+    EXPECT_EQ(level.GetX(3.0, value), 0);
+    EXPECT_EQ(value, -1.0);
+    EXPECT_EQ(level.GetY(100.0, value), 1);
+    EXPECT_EQ(value, 2.0);
+    const Line2D upright(Point2D(1, 0), Point2D(1, -5));
+    EXPECT_TRUE(upright.IsVertical(1e-9));
+    EXPECT_EQ(upright.GetY(1.0, value), 2);
+    EXPECT_EQ(upright.GetY(1.5, value), 0);
+    EXPECT_EQ(Line2D(Point2D(0, 0), Point2D(2, 4)).GetX(6.0, value), 1);
+    EXPECT_EQ(value, 3.0);
+}
+
+TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
+    for (const Vec2D& origin : kOrigins) {
+        const Line2D line(Point2D(0, 0) + origin, Point2D(6, 8) + origin);
+        Point2D p;
+        ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(std::numbers::pi / 2.0), p));
+        EXPECT_THAT(p, IsNear(Point2D(-5, 10) + origin, 1e-8));
+        EXPECT_NEAR(Distance::PointToLine(p, line), -10.0, 1e-8);
+        ASSERT_TRUE(line.GetPointOffsetFromStart(-5.0, 2.0, Vec2D(1, 0), p));
+        EXPECT_THAT(p, IsNear(Point2D(-1, -4) + origin, 1e-8));
+        EXPECT_NEAR(line.GetDistanceFromStartPoint(Point2D(-3, -4) + origin), -5.0, 1e-8);
+        EXPECT_NEAR(line.GetDistanceFromStartPoint(Point2D(3, 4) + origin), 5.0, 1e-8);
+        EXPECT_NEAR(line.GetDistanceFromEndPoint(Point2D(9, 12) + origin), -5.0, 1e-8);
+        EXPECT_NEAR(line.GetDistanceFromEndPoint(Point2D(3, 4) + origin), 5.0, 1e-8);
+        EXPECT_EQ(line.GetNearestPoint(Point2D(60, 80) + origin, kTolerances), line.GetEnd());
+    }
+}
+
+TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
+    struct Row {
+        const char* why;
+        double from, to, step;
+        bool close, expected;
+        std::vector<double> stations;
+    };
+    const Row rows[] = {
+        {"inside", 1.0, 2.0, 0.5, false, true, {1.0, 1.5, 2.0}},
+        {"clipped at the end, not closed", 3.0, 9.0, 0.75, false, true, {3.0, 3.75}},
+        {"closed by the end point", 3.0, 9.0, 0.75, true, true, {3.0, 3.75, 4.0}},
+        {"the end is not doubled", 3.0, 9.0, 0.5, true, true, {3.0, 3.5, 4.0}},
+        {"not closed when to is the end", 3.0, 4.0, 0.75, true, true, {3.0, 3.75}},
+        {"beyond the end", 4.5, 9.0, 1.0, true, false, {}},
+        {"before the start", -3.0, -1.0, 1.0, true, false, {}},
+        {"step 0", 0.0, 4.0, 0.0, true, false, {}},
+        {"step NaN", 0.0, 4.0, kNan, true, false, {}},
+        {"more steps than anything holds", 0.0, 4.0, 1e-300, true, false, {}},
+    };
+    const Line2D line(Point2D(1, 1), Point2D(1, 5));
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::vector<IPolyline2DElement::PolylineElementPoint> samples;
+        std::vector<Point2D> points;
+        EXPECT_EQ(line.MakePoints(row.from, row.to, row.step, samples, row.close), row.expected);
+        EXPECT_EQ(line.MakePoints(row.from, row.to, row.step, points, row.close), row.expected);
+        ASSERT_EQ(samples.size(), row.stations.size());
+        ASSERT_EQ(points.size(), row.stations.size());
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            EXPECT_DOUBLE_EQ(samples[i].station, row.stations[i]);
+            EXPECT_THAT(samples[i].point, IsNear(Point2D(1, 1 + row.stations[i]), 1e-14));
+            EXPECT_EQ(samples[i].point, points[i]);
+            EXPECT_THAT(samples[i].tangent, IsNear(Vec2D(0, 1), 0.0));
+        }
+    }
+    std::vector<Point2D> many;
+    EXPECT_TRUE(Line2D(Point2D(0, 0), Point2D(1000, 0)).MakePoints(0.0, 1000.0, 0.1, many, true));
+    EXPECT_EQ(many.size(), 10001U);
+}
+
+TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
+    struct Row {
+        const char* why;
+        std::vector<double> cuts;
+        bool modifyThis, expected;
+        std::vector<double> ends;  // of the pieces, this line first when it is modified
+    };
+    const Row rows[] = {
+        {"one cut", {14.0}, false, true, {4.0, 10.0}},
+        {"one cut, in place", {14.0}, true, true, {4.0, 10.0}},
+        {"cuts outside", {9.0, 20.0, 25.0}, false, false, {}},
+        {"exactly tol from the start is skipped", {10.25}, false, false, {}},
+        {"exactly tol after a cut is skipped", {14.0, 14.25, 15.0}, false, true, {4.0, 5.0, 10.0}},
+        {"a short tail is left out", {14.0, 19.875}, false, true, {4.0, 9.875}},
+        {"but not when it is the only new piece", {19.875}, true, true, {9.875, 10.0}},
+        {"left out in place too when another piece is there", {14.0, 19.875}, true, true, {4.0, 9.875}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Line2D line(Point2D(0, 5), Point2D(10, 5));
+        std::map<double, const Point2D> breaks;
+        for (const double cut : row.cuts) breaks.emplace(cut, Point2D(cut - 10.0, 5));
+        std::vector<IGeometry*> out;
+        EXPECT_EQ(line.BreakAtPreSorted(breaks, 10.0, out, row.modifyThis, Tolerances(0.25, 1e-10)), row.expected);
+        const Pieces pieces = Owned(out);
+        std::vector<const Line2D*> all;
+        if (row.modifyThis) all.push_back(&line);
+        for (const auto& piece : pieces) all.push_back(static_cast<const Line2D*>(piece.get()));
+        if (!row.modifyThis || !row.expected) {
+            EXPECT_TRUE(line.IsEqualTo(Line2D(Point2D(0, 5), Point2D(10, 5)), 1e-12));
+        }
+        ASSERT_EQ(all.size(), row.ends.size());
+        double from = 0.0;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            EXPECT_EQ(all[i]->GetStart(), Point2D(from, 5));
+            EXPECT_EQ(all[i]->GetEnd(), Point2D(row.ends[i], 5));
+            from = row.ends[i];
+        }
+    }
+}
+
+TEST(LineTest, StationsOfBothEndsAddUpAndBreakingPointsIsTheSameAsBreakingStations) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20261));
+    std::uniform_real_distribution<double> coordinate(-500.0, 500.0);
+    std::uniform_real_distribution<double> fraction(0.01, 0.99);
+    for (int i = 0; i < 200; ++i) {
+        const Vec2D origin = kOrigins[i % 2];
+        const Line2D line(Point2D(coordinate(random), coordinate(random)) + origin,
+                          Point2D(coordinate(random), coordinate(random)) + origin);
+        const double station = line.GetLength() * fraction(random);
+        Point2D p;
+        double fromStart = -1.0;
+        double fromEnd = -1.0;
+        ASSERT_TRUE(line.GetPointOffsetFromStart(station, p));
+        ASSERT_TRUE(line.GetLengthFromStartPoint(p, fromStart, 1e-4));
+        ASSERT_TRUE(line.GetLengthFromEndPoint(p, fromEnd, 1e-4));
+        EXPECT_NEAR(fromStart, station, 1e-8);
+        EXPECT_NEAR(fromStart + fromEnd, line.GetLength(), 1e-8);
+        std::vector<IGeometry*> out;
+        ASSERT_TRUE(line.BreakAt({p, p + Vec2D(1000, 3000)}, out, kTolerances));
+        const Pieces pieces = Owned(out);
+        ASSERT_EQ(pieces.size(), 2U);
+        EXPECT_NEAR(pieces[0]->GetLength() + pieces[1]->GetLength(), line.GetLength(), 1e-8);
+        const std::unique_ptr<IGeometry> reversed(line.CloneAsReverse());
+        const auto& back = static_cast<const Line2D&>(*reversed);
+        EXPECT_TRUE(back.GetStart() == line.GetEnd() && back.GetEnd() == line.GetStart());
+        EXPECT_FALSE(line.IsEqualTo(*reversed, 1e-4));
+    }
+}
+
+TEST(Line3DTest, HeightsOverThePlan) {
+    const Line3D line(Point3D(0, 0, 0), Point3D(3, 0, 4));
+    // The foot in space of (3, 0, 0) lies 9/5 along the line of length 5.
+    EXPECT_NEAR(line.GetZ(Point2D(3, 0), 1e-4), 9.0 / 5.0 * 4.0 / 5.0, 1e-14);
+    EXPECT_NEAR(line.GetZ(Point2D(6, 0), 1e-4), 2.88, 1e-14);
+    EXPECT_EQ(line.GetZOnSegment(Point2D(6, 0), 1e-4), 0.0);
+    EXPECT_EQ(line.GetZ(Point2D(3, 1), 1e-4), 0.0);
+    EXPECT_NEAR(line.GetZByInterpolation(Point2D(1.5, 99), 1e-4), 2.0, 1e-14);
+    EXPECT_NEAR(Line3D(Point3D(0, 0, 1), Point3D(100, 1, 3)).GetZByInterpolation(Point2D(0, 0.5), 1e-4), 2.0, 1e-14)
+        << "y goes first whatever the main direction";
+    EXPECT_EQ(Line3D(Point3D(1, 1, 5), Point3D(1, 1, 9)).GetZByInterpolation(Point2D(7, 7), 1e-4), 5.0);
+}
+
+TEST(Line3DTest, ElementOperationsInSpace) {
+    for (const Vec2D& origin : kOrigins) {
+        const Vec3D shift(origin, 100.0);
+        const Line3D line(Point3D(0, 0, 0) + shift, Point3D(2, 3, 6) + shift);
+        EXPECT_NEAR(line.GetLength(), 7.0, 1e-9);
+        EXPECT_NEAR(line.GetLength2D(), std::sqrt(13.0), 1e-9);
+        double length = -1.0;
+        Point3D p;
+        ASSERT_TRUE(line.GetPointOffsetFromStart(3.5, p));
+        EXPECT_THAT(p, IsNear(line.GetMiddlePoint(), 1e-8));
+        ASSERT_TRUE(line.GetLengthFromEndPoint(p, length, 1e-4));
+        EXPECT_NEAR(length, 3.5, 1e-8);
+        length = -1.0;
+        EXPECT_FALSE(line.GetLengthFromStartPoint(p + Vec3D(0, 0, 0.01), length, 1e-4));
+        EXPECT_FALSE(line.GetLengthFromStartPoint(line.GetEnd() + (line.GetEnd() - line.GetStart()), length, 1e-4));
+        EXPECT_EQ(length, -1.0);
+        const Vec3D normal(3, -2, 0);
+        EXPECT_THAT(line.GetNearestPoint(p + normal, kTolerances), IsNear(p, 1e-8));
+        EXPECT_THAT(line.GetNearestPoint(line.GetStart() - Vec3D(1, 1, 1), kTolerances), IsNear(line.GetStart(), 0.0));
+        std::vector<Point3D> points;
+        EXPECT_TRUE(line.MakePoints(0.0, 100.0, 3.0, points, true));
+        ASSERT_EQ(points.size(), 4U);
+        EXPECT_THAT(points.back(), IsNear(line.GetEnd(), 1e-8));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
