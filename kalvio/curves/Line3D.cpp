@@ -1,6 +1,7 @@
 #include "kalvio/curves/Line3D.h"
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/detail/Stations.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/Projection.h"
@@ -34,12 +35,7 @@ Line3D* Line3D::Clone() const { return new Line3D(*this); }
 void Line3D::Reverse() { std::swap(start, end); }
 
 bool Line3D::IsPointOnSegment(const Point3D& point, double tolerance) const {
-    const double t = std::abs(tolerance);
-    for (int axis = 0; axis < 3; ++axis) {
-        if (point[axis] < std::min(start[axis], end[axis]) - t) return false;
-        if (point[axis] > std::max(start[axis], end[axis]) + t) return false;
-    }
-    return (point - start).CrossProduct(end - start).Length() / GetLength() <= t;
+    return start.Distance(end) > 0.0 && detail::IsPointOnSegment(point, start, end, tolerance);
 }
 
 bool Line3D::GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const {

@@ -14,8 +14,14 @@ class Lazy {
 public:
     Lazy() = default;
     Lazy(const Lazy&) noexcept : Lazy() {}
+    Lazy(Lazy&& other) noexcept : Lazy() { other.Invalidate(); }  // the owner's data have gone
     Lazy& operator=(const Lazy&) noexcept {
         Invalidate();
+        return *this;
+    }
+    Lazy& operator=(Lazy&& other) noexcept {
+        Invalidate();
+        other.Invalidate();
         return *this;
     }
     ~Lazy() = default;
