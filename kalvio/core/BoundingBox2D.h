@@ -47,8 +47,7 @@ public:
     double GetDiagonalLength() const { return size.Length(); }
 
     /// Inclusive: points on the border, and up to the tolerance outside it, are inside. Evaluated as centre -+ half
-    /// size
-    /// -+ tolerance.
+    /// size -+ tolerance.
     bool IsPointInside(const Point2D& p, double tolerance) const {
         const Point2D low = GetMinPoint();
         const Point2D high = GetMaxPoint();

@@ -4,6 +4,8 @@
 #include "kalvio/core/PointND.h"
 #include "kalvio/core/VecND.h"
 
+#include <algorithm>
+
 namespace Kalvio::Math {
 
 class OrientedBoundingBox2D;
@@ -11,7 +13,8 @@ class OrientedBoundingBox2D;
 /// Axis-aligned box in any dimension, kept as minimum and maximum: the key of the spatial indexes.
 ///
 /// The state after `Reset` is empty: the first union replaces it. Operations on two boxes of different dimension find
-/// no overlap and change nothing. Missing axes count as 0 where a plan or 3D box is asked for.
+/// no overlap and change nothing. Missing axes count as 0 where a plan or 3D box is asked for. A box whose corners
+/// differ in dimension has the axes that both of them have.
 class KALVIO_MATH_API BoundingBoxND final : public IGeometry {
 public:
     /// Dimension 0.
@@ -29,8 +32,8 @@ public:
     MathTypes GetType() const override;
     BoundingBox2D GetBoundingBox2D() const override;
     BoundingBox3D GetBoundingBox3D() const override;
-    unsigned int GetDimension() const override { return minPoint.GetDimension(); }
-    unsigned int GetTopologicalDimension() const override { return minPoint.GetDimension(); }
+    unsigned int GetDimension() const override { return std::min(minPoint.GetDimension(), maxPoint.GetDimension()); }
+    unsigned int GetTopologicalDimension() const override { return GetDimension(); }
     /// Another box of this class with equal corners, strictly per coordinate.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     [[nodiscard]] BoundingBoxND* Clone() const override;

@@ -44,9 +44,9 @@ std::int64_t Numbers::Combination(int n, int k) {
 }
 
 std::int64_t Numbers::Permutations(int n, int k) {
-    if (k < 0) return 0;
+    if (k < 0 || (n >= 0 && k > n)) return 0;  // beyond n the product holds a zero, behind what may overflow
     double result = 1.0;
-    for (std::int64_t i = static_cast<std::int64_t>(n) - k + 1; i <= n && std::isfinite(result) && result != 0.0; ++i) {
+    for (std::int64_t i = static_cast<std::int64_t>(n) - k + 1; i <= n && std::isfinite(result); ++i) {
         result *= static_cast<double>(i);
     }
     return Saturated(result);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <map>
+#include <utility>
 
 namespace Kalvio::Math {
 namespace {
@@ -36,6 +38,52 @@ TEST(NumbersTest, CompareIsInclusiveForEqualAndExclusiveForLess) {
         SCOPED_TRACE(row.why);
         EXPECT_EQ(Numbers::Compare(row.a, row.op, row.b, row.tol), row.expected);
     }
+}
+
+TEST(NumbersTest, CountsSaturateAndNeverOverflow) {
+    struct Row {
+        const char* why;
+        int n, k;
+        std::int64_t combination, permutations;
+    };
+    constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
+    const Row rows[] = {
+        {"the small table", 5, 2, 10, 20},
+        {"all", 5, 5, 1, 120},
+        {"none", 5, 0, 1, 1},
+        {"less than none", 5, -1, 0, 0},
+        {"more than all", 5, 6, 1, 0},
+        {"far more than all", 5, 400, 1, 0},
+        {"the last exact row of the triangle", 54, 27, 1946939425648112, most},
+        {"beyond 64 bits", 100, 50, most, most},
+        {"small at the far end of a huge row", 2000000000, 1, 2000000000, 2000000000},
+        {"extreme arguments end", std::numeric_limits<int>::max(), std::numeric_limits<int>::max(), 1, most},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        EXPECT_EQ(Numbers::Combination(row.n, row.k), row.combination);
+        EXPECT_EQ(Numbers::Permutations(row.n, row.k), row.permutations);
+    }
+}
+
+TEST(NumbersTest, DigitsSignsAndParity) {
+    const std::pair<double, unsigned int> digits[] = {
+        {999.9, 3}, {1000.0, 4}, {0.0, 1}, {-1000.0, 1}, {kNan, 1}, {0.5, 1}, {0.05, 0}, {0.001, 4294967294U},
+    };
+    for (const auto& [x, expected] : digits) EXPECT_EQ(Numbers::GetNumberOfDigits(x), expected) << x;
+    EXPECT_EQ(Numbers::GetMaxNumberOfDigits(1.0, 123.0, 12.0), 3U);
+    for (const double x : {0.0, -0.0, kNan, 3.0}) EXPECT_EQ(Numbers::Sign(x), 1.0);
+    EXPECT_EQ(Numbers::Sign(-1e-300), -1.0);
+    EXPECT_TRUE(Numbers::IsOdd(-3) && Numbers::IsEven(0) && Numbers::IsEven(std::numeric_limits<int>::min()));
+}
+
+TEST(NumbersTest, KeysWithinATenthOfAMillimetreAreOneKey) {
+    std::map<double, const char*, compareDouble> stations;
+    stations.emplace(1.0, "first");
+    EXPECT_FALSE(stations.emplace(1.00005, "second").second);
+    EXPECT_FALSE(stations.emplace(0.99995, "third").second);
+    EXPECT_STREQ(stations.begin()->second, "first");
+    EXPECT_TRUE(stations.emplace(1.0002, "fourth").second);
 }
 
 }  // namespace

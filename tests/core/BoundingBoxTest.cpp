@@ -1,0 +1,159 @@
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/BoundingBoxND.h"
+#include "kalvio/core/OrientedBoundingBox2D.h"
+
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+TEST(BoundingBoxTest, CornersAreKeptInTheirOrder) {
+    const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4));
+    EXPECT_THAT(box.GetCenter(), IsNear(Point2D(1, 2), 0.0));
+    EXPECT_THAT(box.GetSize(), IsNear(Vec2D(2, 4), 0.0));
+    EXPECT_EQ(box.GetArea(), 8.0);
+    EXPECT_EQ(box.GetPerimeter(), 12.0);
+    const BoundingBox2D backward(Point2D(2, 4), Point2D(0, 0));
+    EXPECT_THAT(backward.GetSize(), IsNear(Vec2D(-2, -4), 0.0));
+    EXPECT_THAT(backward.GetMinPoint(), IsNear(Point2D(2, 4), 0.0));
+    EXPECT_FALSE(backward.IsPointInside(Point2D(1, 2), 0.0)) << "negative sizes hold nothing";
+}
+
+TEST(BoundingBoxTest, BordersAreInsideUpToTheTolerance) {
+    struct Row {
+        const char* why;
+        Point2D p;
+        double tolerance;
+        bool expected;
+    };
+    const Row rows[] = {
+        {"a corner", Point2D(2, 4), 0.0, true},
+        {"exactly the tolerance outside", Point2D(2.0001, 4), 0.0001, true},
+        {"beyond it", Point2D(2.0002, 4), 0.0001, false},
+        {"below", Point2D(1, -0.5), 0.25, false},
+        {"a negative tolerance shrinks", Point2D(1, 0.25), -0.5, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4));
+        EXPECT_EQ(box.IsPointInside(row.p, row.tolerance), row.expected);
+        EXPECT_EQ(BoundingBoxND(box).IsPointInside(PointND(row.p), row.tolerance), row.expected);
+    }
+}
+
+TEST(BoundingBoxTest, TouchingBoxesIntersect) {
+    struct Row {
+        const char* why;
+        double left, tolerance;
+        bool expected;
+        double area;
+    };
+    const Row rows[] = {
+        {"sharing a border", 1.0, 0.0, true, 0.0},
+        {"farther apart than the tolerance", 1.125, 0.0625, false, 0.0},
+        {"exactly the tolerance apart", 1.125, 0.125, true, 0.0},
+        {"overlapping", 0.75, 0.0, true, 0.25},
+        {"one in the other", 0.0, 0.0, true, 1.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const BoundingBox2D a(Point2D(0, 0), Point2D(1, 1));
+        const BoundingBox2D b(Point2D(row.left, 0), Point2D(2, 1));
+        EXPECT_EQ(a.Intersects(b, row.tolerance), row.expected);
+        EXPECT_EQ(b.Intersects(a, row.tolerance), row.expected);
+        EXPECT_EQ(a.GetIntersectionArea(b), row.area);
+        EXPECT_EQ(BoundingBoxND(a).GetIntersectionArea(BoundingBoxND(b)), row.area);
+        if (row.tolerance == 0.0) {
+            EXPECT_EQ(BoundingBoxND(a).Intersects(BoundingBoxND(b)), row.expected);
+        }
+    }
+}
+
+TEST(BoundingBoxTest, UnionsHoldBothBoxesAndNothingMore) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> offset(-50.0, 50.0);
+    for (const Point2D& origin : surveyOrigins) {
+        for (int i = 0; i < 100; ++i) {
+            const auto draw = [&] {
+                return Point3D(origin, 0.0) + Vec3D(offset(random), offset(random), offset(random));
+            };
+            const Point3D p[] = {draw(), draw(), draw(), draw()};
+            const BoundingBox3D both = p[0].GetBoundingBox3D() + BoundingBox3D(p[1], p[1]) + p[2].GetBoundingBox3D();
+            BoundingBoxND many(3);
+            many.Reset();
+            for (int k = 0; k < 3; ++k) many += BoundingBoxND(p[k].GetBoundingBox3D());
+            const BoundingBoxND exact = many + BoundingBoxND(p[3].GetBoundingBox3D());
+            EXPECT_TRUE(exact.Contains(many) && exact.Intersects(many));
+            for (int axis = 0; axis < 3; ++axis) {
+                const auto [low, high] = std::minmax({p[0][axis], p[1][axis], p[2][axis]});
+                EXPECT_NEAR(both.GetMinPoint()[axis], low, 2e-9);
+                EXPECT_NEAR(both.GetMaxPoint()[axis], high, 2e-9);
+                EXPECT_EQ(many.GetMin(static_cast<unsigned int>(axis)), low) << "after Reset the first union replaces";
+                EXPECT_EQ(many.GetMax(static_cast<unsigned int>(axis)), high);
+            }
+            EXPECT_TRUE(both.GetBoundingBox2D().IsEqualTo(many.GetBoundingBox2D(), 4e-9));
+        }
+    }
+    const BoundingBox2D withOrigin = BoundingBox2D() + BoundingBox2D(Point2D(5, 5), Point2D(6, 6));
+    EXPECT_TRUE(withOrigin.IsEqualTo(BoundingBox2D(Point2D(0, 0), Point2D(6, 6)), 1e-15)) << "no empty state";
+}
+
+TEST(BoundingBoxTest, BoxesOfAnyDimensionMeasureThemselves) {
+    const BoundingBoxND box(PointND(std::vector{0.0, 0.0, 0.0, 0.0}), VecND(std::vector{1.0, 2.0, 3.0, 4.0}));
+    EXPECT_EQ(box.GetArea(), 24.0);
+    EXPECT_EQ(box.GetEdgesLengthSum(), 10.0);
+    EXPECT_EQ(box.DistanceSquareBetweenCenters(BoundingBoxND(4)), 7.5);
+    EXPECT_EQ(BoundingBoxND().GetArea(), 0.0);
+
+    const BoundingBoxND flat(2);
+    EXPECT_FALSE(box.Intersects(flat) || box.Contains(flat) || box.IsPointInside(PointND(2U), 1.0));
+    EXPECT_TRUE((box + flat).IsEqualTo(box, 1e-15)) << "another dimension changes nothing";
+    EXPECT_EQ(box.GetIntersectionArea(flat), 0.0);
+    const BoundingBoxND uneven(PointND(std::vector{0.0, 0.0, 0.0}), PointND(std::vector{2.0, 3.0}));
+    EXPECT_EQ(uneven.GetDimension(), 2U);
+    EXPECT_EQ(uneven.GetArea(), 6.0);
+    BoundingBoxND empty(2);
+    empty.Reset();
+    EXPECT_FALSE(empty.Intersects(empty));
+    EXPECT_TRUE(empty.GetBoundingBox2D().IsEqualTo(BoundingBox2D(), 1e-15));
+}
+
+TEST(BoundingBoxTest, OrientedBoxesKeepTheFirstBoxesAxes) {
+    const Vec2D along(3, 4);
+    for (const Point2D& origin : surveyOrigins) {
+        const OrientedBoundingBox2D box(origin, Vec2D(10, 5), along, along.GetNormalVector(true));
+        std::vector<Point2D> corners;
+        box.GetCornerPoints(corners);
+        ASSERT_EQ(corners.size(), 4U);
+        EXPECT_THAT(corners[0], IsNear(origin + Vec2D(-1, -5.5), 2e-9)) << "centre - half size along both axes";
+        EXPECT_GT((corners[1] - corners[0]).PerpDotProduct(corners[2] - corners[1]), 0.0) << "counter-clockwise";
+        EXPECT_TRUE(box.IsPointInside(origin + along * 0.99));
+        EXPECT_FALSE(box.IsPointInside(origin + along * 1.01));
+        EXPECT_TRUE(box.GetBoundingBox2D().IsEqualTo(BoundingBox2D(origin, Vec2D(10, 11)), 4e-9));
+
+        const OrientedBoundingBox2D other(BoundingBox2D(origin + Vec2D(20, 0), Vec2D(2, 2)));
+        OrientedBoundingBox2D both = box + other;
+        both.SetSize(both.GetSize() + Vec2D(1e-8, 1e-8));  // corners on the border are inside but for rounding
+        for (const OrientedBoundingBox2D* part : {&box, &other}) {
+            part->GetCornerPoints(corners);
+            for (const Point2D& corner : corners) EXPECT_TRUE(both.IsPointInside(corner));
+        }
+        Vec2D first;
+        Vec2D second;
+        both.GetAxes(first, second);
+        EXPECT_THAT(first, IsNear(Vec2D(0.6, 0.8), 1e-15));
+        EXPECT_TRUE((box + box).IsEqualTo(box, 4e-9));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math

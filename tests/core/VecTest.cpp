@@ -1,0 +1,158 @@
+#include "kalvio/core/Vec2D.h"
+#include "kalvio/core/Vec3D.h"
+#include "kalvio/core/VecND.h"
+
+#include "kalvio/core/Point2D.h"
+
+#include "support/Near.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double pi = 3.141592653589793;
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+TEST(VecTest, LengthsAreSetWhereThereIsADirection) {
+    struct Row {
+        const char* why;
+        Vec2D v;
+        double length;
+        Vec2D expected;
+    };
+    const Row rows[] = {
+        {"scaled", Vec2D(3, 4), 10, Vec2D(6, 8)},
+        {"negative: as it was", Vec2D(3, 4), -1, Vec2D(3, 4)},
+        {"to nothing", Vec2D(3, 4), 0, Vec2D(0, 0)},
+        {"no direction", Vec2D(0, 0), 1, Vec2D(0, 0)},
+        {"1e-10 is no direction", Vec2D(1e-10, 0), 1, Vec2D(1e-10, 0)},
+        {"a little more is one", Vec2D(0, 2e-10), 1, Vec2D(0, 1)},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        EXPECT_THAT(Vec2D(row.v).SetLength(row.length), IsNear(row.expected, 1e-15));
+        EXPECT_THAT(Vec2D(row.v.GetX(), row.v.GetY(), row.length), IsNear(row.expected, 1e-15));
+        EXPECT_THAT(Vec2D::MakeVector(Point2D(), Point2D() + row.v, row.length), IsNear(row.expected, 1e-15));
+    }
+    EXPECT_THAT(Vec3D(0, 3, 4).Normalize(), IsNear(Vec3D(0, 0.6, 0.8), 1e-15));
+    EXPECT_THAT(Vec3D(0, 1e-10, 0).Normalize(), IsNear(Vec3D(0, 1e-10, 0), 0.0));
+    EXPECT_TRUE(VecND(std::vector{0.003, 0.0}).Normalize().IsEqualTo(VecND(std::vector{0.003, 0.0}), 1e-15))
+        << "0.005 and less stays";
+    EXPECT_TRUE(VecND(std::vector{0.006, 0.0}).Normalize().IsEqualTo(VecND(std::vector{1.0, 0.0}), 1e-15));
+
+    EXPECT_THAT(Vec3D(3, 4, 0).Clamp(1.0), IsNear(Vec3D(0.6, 0.8, 0), 1e-15));
+    EXPECT_THAT(Vec3D(3, 4, 0).Clamp(5.0), IsNear(Vec3D(3, 4, 0), 0.0));
+    EXPECT_THAT(Vec3D(1e-6, 0, 0).Clamp(1e-9), IsNear(Vec3D(1e-6, 0, 0), 0.0)) << "too short to be scaled";
+}
+
+TEST(VecTest, SweepsGoTheAskedWayRound) {
+    struct Row {
+        const char* why;
+        Vec2D from, to;
+        double unsignedAngle, counterClockwise, clockwise;
+    };
+    const Row rows[] = {
+        {"a left turn", Vec2D(1, 0), Vec2D(0, 5), pi / 2, pi / 2, 1.5 * pi},
+        {"a right turn", Vec2D(2, 0), Vec2D(0, -1), pi / 2, 1.5 * pi, pi / 2},
+        {"back", Vec2D(1, 0), Vec2D(-1, 0), pi, pi, pi},
+        {"straight on, cosine above 1 by rounding", Vec2D(0.1, 0.7), Vec2D(0.1, 0.7), 0, 0, 0},
+        {"nothing to measure", Vec2D(1e-6, 0), Vec2D(0, 1e-5), 0, 0, 2 * pi},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        EXPECT_NEAR(row.from.GetAngle(row.to).GetRadians(), row.unsignedAngle, 3e-8);
+        EXPECT_NEAR(row.from.GetAngle(row.to, WindingValue::CounterClockwise).GetRadians(), row.counterClockwise, 3e-8);
+        EXPECT_NEAR(row.from.GetAngle(row.to, WindingValue::Clockwise).GetRadians(), row.clockwise, 3e-8);
+        EXPECT_NEAR(row.from.GetAngle(row.to, WindingValue::Vertical).GetRadians(), row.unsignedAngle, 3e-8);
+        EXPECT_NEAR(Vec3D(row.from, 0).GetAngle(Vec3D(row.to, 0)).GetRadians(), row.unsignedAngle, 3e-8);
+    }
+    EXPECT_DOUBLE_EQ(Vec2D(0, -1).GetAngle().GetRadians(), -pi / 2);
+    EXPECT_EQ(Vec2D().GetAngle().GetRadians(), 0.0);
+    EXPECT_EQ(Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()), 0.0);
+    EXPECT_NEAR(Vec3D(1, 2, 2).Vec3DCosAngle(Vec3D(-2, -4, -4)), -1.0, 1e-15);
+}
+
+TEST(VecTest, ProductsObeyTheirLaws) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> coordinate(-1000.0, 1000.0);
+    for (int i = 0; i < 200; ++i) {
+        const Vec3D a(coordinate(random), coordinate(random), coordinate(random));
+        const Vec3D b(coordinate(random), coordinate(random), coordinate(random));
+        const Vec3D normal = a.CrossProduct(b);
+        EXPECT_NEAR(normal.DotProduct(a), 0.0, 1e-5);
+        EXPECT_THAT(normal + b.CrossProduct(a), IsNear(Vec3D(), 0.0));
+        EXPECT_EQ(normal.GetZ(), a.PerpDotProduct(b));
+        // Lagrange's identity
+        const double lagrange = a.NormSquared() * b.NormSquared() - a.DotProduct(b) * a.DotProduct(b);
+        EXPECT_NEAR(normal.NormSquared(), lagrange, 1e-14 * a.NormSquared() * b.NormSquared());
+
+        const Vec2D plan(a.GetX(), a.GetY());
+        EXPECT_EQ(plan.DotProduct(plan.GetNormalVector(true)), 0.0);
+        EXPECT_GT(plan.PerpDotProduct(plan.GetNormalVector(true)), 0.0) << "left";
+        EXPECT_LT(plan.PerpDotProduct(plan.GetNormalVector(false)), 0.0) << "right";
+
+        // The two major axes keep the sense of a triangle seen against its normal.
+        int first = -1;
+        int second = -1;
+        normal.Find2MajorAxisForProjection(first, second);
+        EXPECT_GT(a[first] * b[second] - a[second] * b[first], 0.0);
+    }
+}
+
+TEST(VecTest, TheLaterAxisWinsATie) {
+    struct Row {
+        Vec3D v;
+        int dominant, first, second;
+    };
+    const Row rows[] = {
+        {Vec3D(1, 1, -1), 2, 1, 0}, {Vec3D(1, 1, 0), 1, 2, 0},   {Vec3D(1, 0, 1), 2, 0, 1},
+        {Vec3D(-3, 2, 1), 0, 2, 1}, {Vec3D(1, -2, -2), 2, 1, 0}, {Vec3D(0, 0, 0), 2, 0, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.v));
+        int first = -1;
+        int second = -1;
+        row.v.Find2MajorAxisForProjection(first, second);
+        EXPECT_EQ(row.v.FindDominantAxis(), row.dominant);
+        EXPECT_EQ(first, row.first);
+        EXPECT_EQ(second, row.second);
+    }
+}
+
+TEST(VecTest, DivisionByNothingAndUnequalDimensionsChangeNothing) {
+    for (const double divisor : {0.0, -0.0, kNan}) {
+        EXPECT_THAT(Vec2D(2, 4) / divisor, IsNear(Vec2D(2, 4), 0.0));
+        EXPECT_THAT(Vec3D(2, 4, 6) / divisor, IsNear(Vec3D(2, 4, 6), 0.0));
+        EXPECT_TRUE((VecND(std::vector{2.0, 4.0}) / divisor).IsEqualTo(VecND(std::vector{2.0, 4.0}), 1e-15));
+    }
+    EXPECT_EQ((VecND(2U) + VecND(3U)).GetDimension(), 0U);
+    EXPECT_EQ((VecND(2U) - VecND(3U)).GetDimension(), 0U);
+    EXPECT_EQ(VecND(std::vector{1.0, 1.0}).DotProduct(VecND(std::vector{1.0, 1.0, 1.0})), 0.0);
+    VecND sum(std::vector{1.0, 2.0});
+    sum += VecND(3U);
+    EXPECT_TRUE(sum.IsEqualTo(VecND(std::vector{1.0, 2.0}), 1e-15));
+    EXPECT_TRUE((sum += sum).IsEqualTo(VecND(std::vector{2.0, 4.0}), 1e-15)) << "added to itself";
+}
+
+TEST(VecTest, VectorsCompareStrictlyAndWithTheirKin) {
+    const Vec2D v(1.0, 2.0);
+    EXPECT_FALSE(v.IsEqualTo(Vec2D(1.25, 2.0), 0.25)) << "exactly the tolerance apart";
+    EXPECT_TRUE(v.IsEqualTo(Vec2D(1.25, 2.25), 0.26)) << "a square, not a circle";
+    EXPECT_TRUE(v.IsOppositeTo(Vec2D(-1.0, -2.0), 1e-9));
+    EXPECT_TRUE(v.IsEqualTo(VecND(std::vector{1.0, 2.0}), 1e-9));
+    EXPECT_FALSE(v.IsEqualTo(VecND(std::vector{1.0, 2.0, 0.0}), 1e-9));
+    EXPECT_FALSE(v.IsEqualTo(Vec3D(1.0, 2.0, 0.0), 1e-9));
+    EXPECT_TRUE(Vec3D(1, 2, 3).IsEqualTo(VecND(std::vector{1.0, 2.0, 3.0}), 1e-9));
+    EXPECT_FALSE(Vec2D(kNan, 0.0).IsEqualTo(Vec2D(kNan, 0.0), 1.0));
+    EXPECT_EQ(v[5], 1.0) << "any other index is x";
+    EXPECT_EQ(Vec3D(1, 2, 3)[-1], 1.0);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
