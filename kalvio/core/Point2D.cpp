@@ -3,6 +3,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/PointND.h"
+#include "kalvio/core/detail/Transform.h"
 
 namespace Kalvio::Math {
 
@@ -26,5 +27,12 @@ bool Point2D::IsEqualTo(const IGeometry& other, double tolerance) const {
 }
 
 Point2D* Point2D::Clone() const { return new Point2D(*this); }
+
+Point2D& Point2D::Transform(const Matrix2D& matrix) { return detail::TransformInPlane(*this, matrix); }
+
+Point2D Point2D::Transform(const Matrix2D& matrix) const {
+    Point2D result(*this);
+    return result.Transform(matrix);
+}
 
 }  // namespace Kalvio::Math

@@ -3,6 +3,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/PointND.h"
+#include "kalvio/core/detail/Transform.h"
 
 namespace Kalvio::Math {
 
@@ -26,5 +27,12 @@ bool Point3D::IsEqualTo(const IGeometry& other, double tolerance) const {
 }
 
 Point3D* Point3D::Clone() const { return new Point3D(*this); }
+
+Point3D& Point3D::Transform(const Matrix3D& matrix) { return detail::TransformInSpace(*this, matrix); }
+
+Point3D Point3D::Transform(const Matrix3D& matrix) const {
+    Point3D result(*this);
+    return result.Transform(matrix);
+}
 
 }  // namespace Kalvio::Math

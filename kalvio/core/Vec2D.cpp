@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/VecND.h"
+#include "kalvio/core/detail/Transform.h"
 #include "kalvio/core/detail/VectorAngle.h"
 
 namespace Kalvio::Math {
@@ -27,6 +28,13 @@ bool Vec2D::IsEqualTo(const IMathObject& other, double tolerance) const {
     if (other.GetType() != MathTypes::VecND) return false;
     const auto& c = static_cast<const VecND&>(other).GetCoordinates();
     return c.size() == 2 && IsEqualTo(Vec2D(c[0], c[1]), tolerance);
+}
+
+Vec2D& Vec2D::Transform(const Matrix2D& matrix) { return detail::TransformInPlane(*this, matrix); }
+
+Vec2D Vec2D::Transform(const Matrix2D& matrix) const {
+    Vec2D result(*this);
+    return result.Transform(matrix);
 }
 
 }  // namespace Kalvio::Math

@@ -1,6 +1,7 @@
 #include "kalvio/core/Vec3D.h"
 
 #include "kalvio/core/VecND.h"
+#include "kalvio/core/detail/Transform.h"
 #include "kalvio/core/detail/VectorAngle.h"
 
 namespace Kalvio::Math {
@@ -45,5 +46,14 @@ bool Vec3D::IsEqualTo(const IMathObject& other, double tolerance) const {
     const auto& c = static_cast<const VecND&>(other).GetCoordinates();
     return c.size() == 3 && IsEqualTo(Vec3D(c[0], c[1], c[2]), tolerance);
 }
+
+Vec3D& Vec3D::Transform(const Matrix3D& matrix) { return detail::TransformInSpace(*this, matrix); }
+
+Vec3D Vec3D::Transform(const Matrix3D& matrix) const {
+    Vec3D result(*this);
+    return result.Transform(matrix);
+}
+
+Vec3D& Vec3D::operator*=(const Quaternion& rotation) { return Transform(Matrix3D(rotation)); }
 
 }  // namespace Kalvio::Math

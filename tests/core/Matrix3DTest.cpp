@@ -1,0 +1,207 @@
+#include "kalvio/core/Matrix3D.h"
+
+#include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Point3D.h"
+#include "kalvio/core/Quaternion.h"
+#include "support/Near.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr auto rotation = Matrix3D::RotateType::Rotation;
+
+TEST(Matrix3DTest, ConstructorsBuildWhatTheirTagsSay) {
+    const Point3D p(1.0, 2.0, 3.0);
+    const Matrix3D turn(rotation, 2, detail::pi / 2.0);
+    EXPECT_THAT(p * turn, IsNear(Point3D(-2.0, 1.0, 3.0), 1e-15)) << "counter-clockwise from above";
+    EXPECT_THAT(p * Matrix3D(rotation, Vec3D(0, 5, 0), 0.0, 1.0), IsNear(Point3D(3.0, 2.0, -1.0), 0.0)) << "z to x";
+    EXPECT_THAT(p * Matrix3D(rotation, 1e200, 1e200, 1e200, 2.0 * detail::pi / 3.0),
+                IsNear(Point3D(3.0, 1.0, 2.0), 1e-15))
+        << "a third of a turn about the diagonal exchanges the axes";
+    EXPECT_TRUE(Matrix3D(rotation, 3, 1.0) == Matrix3D::identity) << "no such axis";
+    EXPECT_TRUE(Matrix3D(rotation, Vec3D(1e-11, 0, 0), 1.0) == Matrix3D::identity) << "no direction";
+    EXPECT_THAT(p * Matrix3D(Matrix3D::ScaleType::Scaling, Vec3D(2, 3, 4)), IsNear(Point3D(2, 6, 12), 0.0));
+    EXPECT_EQ(Matrix3D(Matrix3D::TranslateType::Translation, 4, 5, 6).GetRow(3), (Matrix3D::Row{4, 5, 6, 1}));
+    EXPECT_EQ(Matrix3D(Matrix3D::SpecialMatrix::Zero).GetTrace(), 0.0);
+    EXPECT_TRUE(Matrix3D(Matrix3D::SpecialMatrix::Undefined).IsUndefined());
+    Matrix2D plan = Matrix2D().Rotate(detail::pi / 2.0);
+    EXPECT_EQ(Matrix3D(plan).GetFlag(), 0) << "a turned matrix is not the identity, whatever its flag";
+    EXPECT_EQ(Matrix3D(Matrix2D::identity).GetFlag(), 1);
+    EXPECT_TRUE(Matrix3D(Matrix2D(static_cast<const double*>(nullptr))).IsUndefined());
+    EXPECT_THAT(p * Matrix3D(plan.Translate(10, 20)), IsNear(Point3D(8.0, 21.0, 3.0), 1e-15));
+    EXPECT_THAT(p * Matrix3D(plan.PreTranslate(10, 20)), IsNear(Point3D(-22.0 + 10.0, 11.0 + 20.0, 3.0), 1e-14));
+}
+
+TEST(Matrix3DTest, RotationsTurnEverythingAndComposeLikePoints) {
+    const Point3D p(1.0, -2.0, 0.5);
+    const Vec3D axis(1.0, 2.0, -1.0);
+    const Matrix3D m = Matrix3D(Matrix3D::TranslateType::Translation, 3, 4, 5).Scale(2.0, 1.0, 0.5);
+    const Matrix3D turn(rotation, axis, 0.7);
+    EXPECT_THAT(p * Matrix3D(m).Rotate(axis, 0.7), IsNear(p * m * turn, 1e-14));
+    EXPECT_THAT(p * Matrix3D(m).PreRotate(1.0, 2.0, -1.0, 0.7), IsNear(p * turn * m, 1e-14));
+    EXPECT_THAT(p * Matrix3D(m).PreRotate(0, 0.3).Rotate(1, 0.2),
+                IsNear(p * Matrix3D(rotation, 0, 0.3) * m * Matrix3D(rotation, 1, 0.2), 1e-14));
+    EXPECT_EQ(Matrix3D().Rotate(0, 0.3).GetFlag(), 0);
+    EXPECT_THAT(p * Matrix3D(m).PreTranslate(1, 2, 3), IsNear((p + Vec3D(1, 2, 3)) * m, 1e-15));
+    Vec3D quaternionTurn(1.0, -2.0, 0.5);
+    quaternionTurn *= Quaternion(axis, 0.7);
+    EXPECT_THAT(quaternionTurn, IsNear(Vec3D(1.0, -2.0, 0.5) * turn, 1e-15));
+}
+
+TEST(Matrix3DTest, AnglesRebuildTheRotation) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240602));
+    std::uniform_real_distribution<double> any(-3.0, 3.0);
+    for (int i = 0; i < 200; ++i) {
+        const double quarter = i % 2 == 0 ? any(random) : std::copysign(detail::pi / 2.0, any(random));
+        const Matrix3D turn = Matrix3D().Rotate(0, any(random)).Rotate(1, quarter).Rotate(2, any(random));
+        Angle x, y, z;
+        ASSERT_TRUE(Matrix3D(turn).PreScale(2.0, 3.0, 0.5).GetRotation(x, y, z));
+        const Matrix3D rebuilt =
+            Matrix3D().Rotate(0, x.GetRadians()).Rotate(1, y.GetRadians()).Rotate(2, z.GetRadians());
+        EXPECT_TRUE(rebuilt.Equal(turn, 1e-14)) << quarter;
+    }
+    Angle x, y, z;
+    EXPECT_FALSE(Matrix3D().Scale(1.0, 1.0, -1.0).GetRotation(x, y, z)) << "a mirror";
+    EXPECT_FALSE(Matrix3D(Matrix3D::SpecialMatrix::Zero).GetRotation(x, y, z));
+}
+
+TEST(Matrix3DTest, InverseUndoesAffineAndProjectiveMatrices) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240603));
+    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    for (int i = 0; i < 100; ++i) {
+        Matrix3D m;
+        for (int row = 0; row < 4; ++row) m.SetRow(row, {any(random), any(random), any(random), any(random)});
+        for (int k = 0; k < 4; ++k) m.Set(k, k, m.Get(k, k) + 3.0);
+        EXPECT_TRUE((Matrix3D(m) *= m.GetInverse()).Equal(Matrix3D::identity, 1e-14));
+        EXPECT_NEAR(m.Determinant() * m.GetInverse().Determinant(), 1.0, 1e-13);
+        m.SetColumn(3, {0.0, 0.0, 0.0, 1.0});
+        m.SetRow(3, {385000.0, 6672000.0, 100.0, 1.0});
+        const Point3D p(385000.0, 6672000.0, any(random));
+        EXPECT_THAT(p * m * m.GetInverse(), IsNear(p, 1e-8));
+        EXPECT_EQ(m.GetInverse().GetColumn(3), (Matrix3D::Row{0.0, 0.0, 0.0, 1.0}));
+    }
+    EXPECT_TRUE(Matrix3D().Scale(1.0, 0.0, 1.0).Invert().IsUndefined());
+    EXPECT_TRUE(Matrix3D().Scale(std::numeric_limits<double>::quiet_NaN()).Invert().IsUndefined());
+}
+
+// Residuals of every decomposition, relative to the size of the matrix.
+void CheckDecompositions(const Matrix3D& m, double size, bool hasVectors) {
+    Matrix3D u, s, v;
+    ASSERT_TRUE(m.SingularValueDecomposition(u, s, v));
+    EXPECT_TRUE(((Matrix3D(u) *= s) *= v.GetTranspose()).Equal(m, 1e-14 * size));
+    EXPECT_TRUE((u.GetTranspose() *= u).Equal(Matrix3D::identity, 1e-14));
+    EXPECT_TRUE((v.GetTranspose() *= v).Equal(Matrix3D::identity, 1e-14));
+    for (int i = 0; i < 4; ++i) EXPECT_GE(s.Get(i, i), i < 3 ? s.Get(i + 1, i + 1) : 0.0);
+
+    std::array<std::complex<double>, 4> values;
+    ASSERT_TRUE(m.GetEigenValues(values));
+    for (const auto& value : values) {  // least pivot of an elimination with complete pivoting
+        std::array<std::array<std::complex<double>, 4>, 4> a;
+        for (std::size_t i = 0; i < 4; ++i) {
+            for (std::size_t j = 0; j < 4; ++j)
+                a[i][j] = m.Get(static_cast<int>(i), static_cast<int>(j)) - (i == j ? value : 0.0);
+        }
+        double least = size;
+        for (std::size_t k = 0; k < 4; ++k) {
+            std::size_t row = k, column = k;
+            for (std::size_t i = k; i < 4; ++i) {
+                for (std::size_t j = k; j < 4; ++j) {
+                    if (std::abs(a[i][j]) > std::abs(a[row][column])) row = i, column = j;
+                }
+            }
+            std::swap(a[k], a[row]);
+            for (auto& line : a) std::swap(line[k], line[column]);
+            least = std::min(least, std::abs(a[k][k]));
+            for (std::size_t i = k + 1; i < 4 && least > 0.0; ++i) {
+                const std::complex<double> factor = a[i][k] / a[k][k];
+                for (std::size_t j = k; j < 4; ++j) a[i][j] -= factor * a[k][j];
+            }
+        }
+        EXPECT_LE(least, 1e-13 * size) << "M - lambda I is singular within rounding, lambda = " << value;
+    }
+    std::array<double, 4> real{};
+    Matrix3D vectors;
+    const bool found = m.GetEigenVectors(real, vectors);
+    EXPECT_TRUE(found || !hasVectors);
+    if (!found) return;
+    Matrix3D scaled(vectors);
+    for (int i = 0; i < 4; ++i) {
+        auto row = vectors.GetRow(i);
+        for (double& component : row) component *= real[static_cast<std::size_t>(i)];
+        scaled.SetRow(i, row);
+    }
+    EXPECT_TRUE((vectors *= m).Equal(scaled, 1e-13 * size)) << "v M = lambda v";
+}
+
+TEST(Matrix3DTest, DecompositionsReconstructTheMatrix) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240604));
+    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    std::uniform_int_distribution<int> small(-2, 2);
+    struct Kind {
+        const char* why;
+        bool hasVectors;
+        std::function<double(int, int)> element;
+    };
+    const Kind kinds[] = {
+        {"general", false, [&](int, int) { return any(random); }},
+        {"many equal and zero eigenvalues", false, [&](int, int) { return small(random); }},
+        {"triangular", true, [&](int i, int j) { return i <= j ? any(random) : 0.0; }},
+        {"badly scaled", false, [&](int i, int j) { return any(random) * std::pow(1e4, i - j); }},
+        {"rank 1", true, [&](int i, int j) { return (i % 2 == 0 ? 1.0 : 0.3 * i) * (j + 1.0); }},
+    };
+    for (const Kind& kind : kinds) {
+        SCOPED_TRACE(kind.why);
+        for (int run = 0; run < 200 && !testing::Test::HasFailure(); ++run) {
+            Matrix3D m;
+            double size = 1.0;
+            for (int i = 0; i < 4; ++i) {
+                for (int j = 0; j < 4; ++j) {
+                    m.Set(i, j, kind.element(i, j));
+                    size = std::max(size, std::abs(m.Get(i, j)));
+                }
+            }
+            CheckDecompositions(m, size, kind.hasVectors);
+            m += m.GetTranspose();
+            CheckDecompositions(m, 2.0 * size, true);
+            std::array<double, 4> values{};
+            Matrix3D vectors;
+            ASSERT_TRUE(m.GetEigenVectors(values, vectors));
+            EXPECT_TRUE((Matrix3D(vectors) *= vectors.GetTranspose()).Equal(Matrix3D::identity, 1e-14));
+        }
+    }
+}
+
+TEST(Matrix3DTest, KnownEigenValues) {
+    const double companion[4][4] = {
+        {10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};  // (x-1)(x-2)(x-3)(x-4)
+    std::array<double, 4> values{};
+    ASSERT_TRUE(Matrix3D(companion).GetEigenValues(values));
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(values[i], 4.0 - static_cast<double>(i), 1e-12);
+    const double cyclic[4][4] = {{0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}, {1, 0, 0, 0}};  // the fourth roots of 1
+    std::array<std::complex<double>, 4> roots;
+    EXPECT_FALSE(Matrix3D(cyclic).GetEigenValues(values));
+    ASSERT_TRUE(Matrix3D(cyclic).GetEigenValues(roots));
+    const std::complex<double> expected[] = {{1, 0}, {0, 1}, {0, -1}, {-1, 0}};
+    std::sort(roots.begin(), roots.end(),
+              [](auto a, auto b) { return 3.0 * a.real() + a.imag() > 3.0 * b.real() + b.imag(); });
+    for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(std::abs(roots[i] - expected[i]), 0.0, 1e-14);
+    ASSERT_TRUE(Matrix3D(Matrix3D::SpecialMatrix::Zero).GetEigenValues(values));
+    EXPECT_EQ(values, (std::array<double, 4>{}));
+    ASSERT_TRUE((Matrix3D(companion) *= 1e300).GetEigenValues(values)) << "no overflow";
+    EXPECT_NEAR(values[0], 4e300, 1e289);
+    const double twice[4][4] = {
+        {0.3, 0.1, 0, 0}, {-0.1, 0.1, 0, 0}, {5, 6, 2, 0}, {7, 8, 9, 3}};  // 0.2 is a double root
+    EXPECT_TRUE(Matrix3D(twice).GetEigenValues(values)) << "rounding does not part a double root into a complex pair";
+}
+
+}  // namespace
+}  // namespace Kalvio::Math

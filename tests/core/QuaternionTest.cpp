@@ -1,0 +1,69 @@
+#include "kalvio/core/Quaternion.h"
+
+#include "kalvio/core/Matrix3D.h"
+#include "support/Near.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+TEST(QuaternionTest, TurnsOneDirectionIntoAnother) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240605));
+    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    for (int i = 0; i < 400; ++i) {
+        const Vec3D from(any(random), any(random), i % 3 == 0 ? 0.0 : any(random));
+        const Vec3D away(any(random), any(random), any(random));
+        const double distances[] = {1.0, 1e-5, 1e-9, 1e-13, 0.0};  // from nearly opposite to exactly opposite
+        const Vec3D to = i % 2 == 0 ? away : from * -3.0 + away * distances[i % 5];
+        const Quaternion turn(from, to);
+        Vec3D image(from);
+        image *= turn;
+        EXPECT_THAT(image / from.Length(), IsNear(to / to.Length(), 2e-15));
+        Vec3D axis;
+        Angle angle;
+        ASSERT_TRUE(turn.GetRotation(axis, angle));
+        const double between = std::atan2(from.CrossProduct(to).Length(), from.DotProduct(to));
+        EXPECT_NEAR(angle.GetRadians(), between, 1e-13) << "the least angle";
+        EXPECT_TRUE(Quaternion(axis, angle).IsEqualTo(turn, 1e-14) ||
+                    Quaternion(-axis, detail::twoPi - angle.GetRadians()).IsEqualTo(turn, 1e-14));
+    }
+    for (const Vec3D& none : {Vec3D(), Vec3D(std::numeric_limits<double>::infinity(), 0, 0)}) {
+        EXPECT_TRUE(Quaternion(Vec3D(1, 0, 0), none).IsEqualTo(Quaternion(), 1e-300));
+        EXPECT_TRUE(Quaternion(none, Angle(1.0)).IsEqualTo(Quaternion(), 1e-300));
+    }
+}
+
+TEST(QuaternionTest, AlgebraAndFailures) {
+    EXPECT_TRUE((Quaternion(1, 0, 0, 0) *= Quaternion(0, 1, 0, 0)).IsEqualTo(Quaternion(0, 0, 1, 0), 1e-300))
+        << "i j = k";
+    const Quaternion a(0.1, -0.2, 0.3, 0.9), b(0.5, 0.6, -0.1, 0.4);
+    Quaternion product(a);
+    product *= b;
+    Quaternion unitA(a), unitB(b);
+    unitA.Normalize();
+    unitB.Normalize();
+    EXPECT_TRUE(Matrix3D(Quaternion(unitA) *= unitB).Equal(Matrix3D(unitB) *= Matrix3D(unitA), 1e-15));
+    EXPECT_TRUE((Quaternion(a).Invert() *= product).IsEqualTo(b, 1e-15));
+    Vec3D v(1.0, 0.0, 0.0);
+    v *= Quaternion(0.0, 0.0, 2.0, 1.0);
+    EXPECT_THAT(v, IsNear(Vec3D(-7.0, 4.0, 0.0), 0.0)) << "not normalised: 1 - 2 * 4 and 2 * 2";
+    Quaternion zero(0, 0, 0, 0);
+    EXPECT_TRUE(zero.Invert().Normalize().IsEqualTo(Quaternion(0, 0, 0, 0), 1e-300));
+    Vec3D axis(4, 5, 6);
+    Angle angle(0.25);
+    EXPECT_FALSE(zero.GetRotation(axis, angle));
+    EXPECT_THAT(axis, IsNear(Vec3D(4, 5, 6), 0.0));
+    EXPECT_TRUE(Quaternion(0, 0, 0, -2).GetRotation(axis, angle));
+    EXPECT_EQ(angle.GetRadians(), 0.0) << "-1 is no rotation";
+    EXPECT_EQ(a[7], 0.1);
+    EXPECT_EQ(a[3], 0.9);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
