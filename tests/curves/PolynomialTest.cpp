@@ -1,0 +1,204 @@
+#include "kalvio/curves/Polynomial.h"
+
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <utility>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+void Multiply(std::vector<double>& p, const Polynomial& factor) {
+    const unsigned int degree = factor.GetDegree();
+    std::vector<double> product(p.size() + degree, 0.0);
+    for (std::size_t i = 0; i < p.size(); ++i) {
+        for (unsigned int j = 0; j <= degree; ++j) product[i + j] += p[i] * factor[j];
+    }
+    p = product;
+}
+
+// Builds lead (x - root)... from a list in which each complex root stands for its conjugate too, factors it, and
+// compares the product of the factors with it, relative to lead (x + |root|)....
+void CheckFactors(double lead, const std::vector<std::complex<double>>& roots, unsigned int leadingZeros,
+                  double bound) {
+    std::vector<double> p{lead};
+    std::vector<double> magnitudes{std::abs(lead)};
+    for (const std::complex<double>& z : roots) {
+        const bool real = z.imag() == 0.0;
+        Multiply(p, real ? Polynomial{-z.real(), 1.0} : Polynomial{std::norm(z), -2.0 * z.real(), 1.0});
+        for (int i = 0; i < (real ? 1 : 2); ++i) Multiply(magnitudes, {std::abs(z), 1.0});
+    }
+    const std::size_t size = p.size();
+    p.resize(size + leadingZeros, 0.0);
+    Polynomial rest;
+    std::vector<Polynomial> factors(1);
+    ASSERT_TRUE(Polynomial(p).FindQuadraticFactors(rest, factors));
+    ASSERT_EQ(factors.size(), 1 + (size - 1) / 2) << "appended";
+    ASSERT_EQ(rest.GetDegree(), (size - 1) % 2);
+    std::vector<double> product{1.0};
+    Multiply(product, rest);
+    for (std::size_t i = 1; i < factors.size(); ++i) {
+        ASSERT_EQ(factors[i][2], 1.0);
+        Multiply(product, factors[i]);
+    }
+    for (std::size_t i = 0; i < size; ++i) EXPECT_NEAR(product[i], p[i], bound * magnitudes[i]) << "x^" << i;
+}
+
+TEST(PolynomialTest, FactorsMultiplyUpToThePolynomial) {
+    using Roots = std::vector<std::complex<double>>;
+    struct Row {
+        const char* why;
+        double lead;
+        Roots roots;
+        unsigned int leadingZeros;
+        double bound;
+    };
+    const Row rows[] = {
+        {"constant", 7.0, {}, 3, 0.0},
+        {"linear", -2.0, {3.0}, 0, 1e-15},
+        {"quadratic", 3.0, {{1.0, 2.0}}, 2, 1e-15},
+        {"lone real root: the method itself runs to infinity", 1.0, {1.0, {0.0, 1.0}}, 0, 1e-15},
+        {"zero roots, an odd number, with an odd degree", 2.0, {0.0, 0.0, 0.0, 5.0}, 1, 1e-15},
+        {"zero roots, an odd number, with an even degree", 2.0, {0.0, 5.0, -3.0}, 0, 1e-15},
+        {"all roots zero", 4.0, Roots(12, 0.0), 0, 0.0},
+        {"Wilkinson's first 12", 1.0, {1., 2., 3., 4., 5., 6., 7., 8., 9., 10., 11., 12.}, 0, 1e-14},
+        {"12 times the same", -0.3, Roots(12, 1.5), 0, 1e-11},
+        {"complex roots, six fold", 0.7, Roots(6, {-1.25, 0.5}), 0, 1e-11},
+        {"roots of unity", 1.0, {1.0, -1.0, {0.0, 1.0}, {0.5, 0.75}}, 0, 1e-15},
+        {"large roots", 1.0, {1e70, -2e70, {1e70, 1e70}}, 0, 1e-14},
+        {"roots far apart", 1e-3, {1e-40, 1.0, -1e30}, 0, 1e-14},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        CheckFactors(row.lead, row.roots, row.leadingZeros, row.bound);
+    }
+}
+
+TEST(PolynomialTest, RandomFactorsMultiplyUpToThePolynomial) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution<>(low, high)(random); };
+    for (int run = 0; run < 3000; ++run) {
+        std::vector<std::complex<double>> roots;
+        for (std::size_t degree = random() % 13, added = 0; added < degree;) {
+            const double scale = run % 3 == 0 ? std::pow(10.0, uniform(-4.0, 4.0)) : 1.0;
+            std::complex<double> z(uniform(-2.0, 2.0) * scale, random() % 2 == 0 ? 0.0 : uniform(-2.0, 2.0) * scale);
+            if (random() % 8 == 0) z = 0.0;
+            for (std::size_t times = run % 4 == 0 ? 1 + random() % 4 : 1; times > 0 && added < degree; --times) {
+                if (added + 2 > degree) z = z.real();
+                added += z.imag() == 0.0 ? 1 : 2;
+                roots.push_back(z);
+            }
+        }
+        CheckFactors(uniform(-3.0, -0.1), roots, 0, run % 4 == 0 ? 1e-7 : 1e-12);
+        if (HasFailure()) FAIL() << "run " << run;
+    }
+}
+
+TEST(PolynomialTest, WhatCannotBeFactoredFails) {
+    const Polynomial hopeless[] = {{}, {0.0, 0.0}, {1.0, kNan, 2.0, 1.0}, {1.0, 2.0, kInfinity}, {kNan}};
+    for (const Polynomial& p : hopeless) {
+        Polynomial rest{9.0}, quadratic{8.0}, quotient{7.0};
+        std::vector<Polynomial> factors;
+        std::vector<std::complex<double>> roots;
+        double residual = 6.0;
+        EXPECT_FALSE(p.FindQuadraticFactors(rest, factors));
+        EXPECT_EQ(p.FindQuadraticFactorsByBairstow(quadratic, quotient, residual, 500, 1e-15), 0);
+        EXPECT_EQ(p.FindQuadraticEquationRoots(roots), 0);
+        EXPECT_TRUE(factors.empty() && roots.empty());
+        EXPECT_EQ(rest[0] + quadratic[0] + quotient[0] + residual, 30.0);
+    }
+}
+
+TEST(PolynomialTest, BairstowStartsWhereToldAndStopsWhenToldOrDone) {
+    const Polynomial p{24.0, -50.0, 35.0, -10.0, 1.0};  // roots 1, 2, 3, 4
+    Polynomial quadratic{11.0, -6.8, 1.0}, quotient;
+    double residual = 1.0;
+    const int iterations = p.FindQuadraticFactorsByBairstow(quadratic, quotient, residual, 500, 1e-15);
+    EXPECT_LT(iterations, 10);
+    EXPECT_LT(residual, 1e-15);
+    EXPECT_NEAR(quadratic[0], 12.0, 1e-12) << "the roots 3 and 4, next to the start";
+    EXPECT_NEAR(quotient[1], -3.0, 1e-12);
+    quadratic = Polynomial{-1.0, 3.0, 1.0};
+    EXPECT_EQ(p.FindQuadraticFactorsByBairstow(quadratic, quotient, residual, 2, 1e-15), 2);
+    EXPECT_GT(residual, 1e-7);
+}
+
+TEST(PolynomialTest, QuadraticRootsKeepTheirDigits) {
+    struct Row {
+        const char* why;
+        double a, b, c;
+        std::complex<double> x1, x2;
+    };
+    const Row rows[] = {
+        {"double root counts twice", 1.0, -6.0, 9.0, 3.0, 3.0},
+        {"the small root does not cancel", 1.0, -1e8, 1.0, 1e8, 1e-8},
+        {"roots 2^-26 apart", 1.0, -2.0, 1.0 - 0x1p-52, 1.0 + 0x1p-26, 1.0 - 0x1p-26},
+        {"squares overflow", 1e200, -5e200, 6e200, 3.0, 2.0},
+        {"squares underflow", 1e-200, 0.0, 4e-200, {0.0, 2.0}, {0.0, -2.0}},
+        {"outer coefficients at the two ends", 1e-300, 0.0, -1e300, 1e300, -1e300},
+        {"no constant", 2.0, 4.0, 0.0, -2.0, 0.0},
+        {"negative lead, complex", -1.0, 2.0, -5.0, {1.0, 2.0}, {1.0, -2.0}},
+        {"roots 1e40 apart", 1e-20, 1.0, 1e-20, -1e20, -1e-20},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::vector<std::complex<double>> roots;
+        ASSERT_EQ((Polynomial{row.c, row.b, row.a, 0.0}.FindQuadraticEquationRoots(roots)), 2);
+        if (std::abs(roots[0] - row.x1) > std::abs(roots[1] - row.x1)) std::swap(roots[0], roots[1]);
+        EXPECT_LE(std::abs(roots[0] - row.x1), 4e-16 * std::abs(row.x1));
+        EXPECT_LE(std::abs(roots[1] - row.x2), 4e-16 * std::abs(row.x2));
+    }
+}
+
+TEST(PolynomialTest, DividesDerivesAndEvaluates) {
+    const Polynomial p{-5.0, 0.0, 3.0, 2.0, 0.0};  // 2 x^3 + 3 x^2 - 5
+    EXPECT_EQ(p.GetSize(), 5U);
+    EXPECT_EQ(p.GetDegree(), 3U);
+    EXPECT_EQ(p[77], 0.0);
+    double remainder = 0.0;
+    const Polynomial linear = p.Divide({-2.0, 1.0}, remainder);
+    EXPECT_EQ(remainder, p.Evaluate(2.0)) << "the remainder theorem";
+    const Polynomial cubic = p.Divide({1.0, 1.0, 2.0}, remainder);  // x + 1, remainder -2 x - 6
+    EXPECT_EQ(linear[0] + 100.0 * linear[1] + 1e4 * linear[2], 14.0 + 700.0 + 2e4);
+    EXPECT_EQ(cubic[0] + 100.0 * cubic[1], 101.0);
+    EXPECT_EQ(remainder, -6.0);
+    EXPECT_EQ(Polynomial().Divide(p, remainder).GetDegree(), 0U);
+    EXPECT_EQ(remainder, 0.0);
+    EXPECT_EQ(p.Divide(Polynomial(4U), remainder).GetSize(), 0U);
+    const Polynomial slope = p.Derive(false), monic = p.Derive(true);
+    EXPECT_EQ(slope.Evaluate(10.0), 660.0);
+    EXPECT_EQ(monic.Evaluate(10.0), 110.0);
+    EXPECT_EQ(Polynomial{4.0}.Derive(true).Evaluate(1.0), 0.0);
+    Polynomial q(std::list<double>{2.0, 4.0});
+    q /= 0.0;
+    q /= 2.0;
+    q[3] = 1.0;
+    EXPECT_EQ(q.GetSize(), 4U);
+    EXPECT_EQ(q.Evaluate(2.0), 1.0 + 4.0 + 8.0);
+}
+
+TEST(PolynomialTest, ChebyshevFollowsItsRecurrence) {
+    for (const double x : {-1.5, -1.0, -0.999999, -0.3, 0.0, 0.7, 1.0, 1.0000001, 3.0}) {
+        for (const bool secondKind : {false, true}) {
+            double before = secondKind ? 0.0 : x;  // degree -1
+            double value = 1.0;
+            for (unsigned int n = 0; n < 40; ++n) {
+                EXPECT_NEAR(Polynomial::EvaluateChebyshev(x, n, secondKind), value, 1e-12 * (1.0 + std::abs(value)))
+                    << x << ", degree " << n;
+                before = std::exchange(value, 2.0 * x * value - before);
+            }
+        }
+    }
+    EXPECT_TRUE(std::isnan(Polynomial::EvaluateChebyshev(kNan, 3, true)));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
