@@ -3,15 +3,57 @@
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/polygons/detail/SegmentBoxes.h"
+#include "kalvio/polygons/detail/SegmentContact.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <set>
 
 namespace Kalvio::Math {
 
 namespace {
 
 using detail::lengthOf;
+
+// The segments of a string that are looked at for crossings, with the lengths at its points before the reduction.
+struct ReducedString {
+    ReducedString(const std::vector<Point2D>& original, double userTolerance)
+        : points(original), tolerance(std::max(std::abs(userTolerance), detail::numericalZero)) {
+        lengths.reserve(points.size());
+        double length = 0.0;
+        std::size_t next = 0;
+        detail::ReduceChain(points, std::abs(userTolerance), [&](std::size_t kept) {
+            for (; next < kept; ++next) length += original[next].Distance(original[next + 1]);
+            lengths.push_back(length);
+        });
+        isClosed = points.size() > 2 && points.front().IsEqualTo(points.back(), tolerance);
+    }
+
+    double LengthAt(std::size_t segment, double parameter) const {
+        return lengths[segment] + (lengths[segment + 1] - lengths[segment]) * parameter;
+    }
+
+    /// Calls visit(i, j, contact) for the crossings of segments i < j until it returns true, and returns whether it
+    /// did.
+    template <class Visit>
+    bool ForEachCrossing(Visit&& visit) const {
+        const detail::SegmentBoxes boxes(points);
+        const std::size_t last = points.size() - 2;
+        return boxes.ForEachPair(tolerance, [&](std::size_t i, std::size_t j) {
+            if (j == i + 1 || (isClosed && i == 0 && j == last)) return false;
+            detail::SegmentContact contact;
+            return detail::FindContact(points[i], points[i + 1], points[j], points[j + 1], tolerance, contact) &&
+                   visit(i, j, contact);
+        });
+    }
+
+    std::vector<Point2D> points;
+    std::vector<double> lengths;
+    double tolerance;
+    bool isClosed;
+};
 
 }  // namespace
 
@@ -200,6 +242,68 @@ bool LineString2D::GetPointOffsetFromStart(double length, Point2D& point) const 
 
 bool LineString2D::GetClosestSegment(const Point2D& point, unsigned int& index) const {
     return detail::ClosestSegment(points, point, index);
+}
+
+bool LineString2D::IsSelfCrossing(double tolerance) const {
+    return ReducedString(points, tolerance)
+        .ForEachCrossing([](std::size_t, std::size_t, const detail::SegmentContact&) { return true; });
+}
+
+bool LineString2D::IsSelfCrossing(Point2D& crossing, double tolerance) const {
+    const ReducedString reduced(points, tolerance);
+    double first = std::numeric_limits<double>::infinity();
+    reduced.ForEachCrossing([&](std::size_t i, std::size_t, const detail::SegmentContact& contact) {
+        const double length = reduced.LengthAt(i, contact.onFirst);
+        if (length < first) {
+            first = length;
+            crossing = contact.point;
+        }
+        return false;
+    });
+    return first < std::numeric_limits<double>::infinity();
+}
+
+bool LineString2D::IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const {
+    std::vector<std::pair<Point2D, double>> found;
+    IsSelfCrossing(found, tolerance);
+    crossings.clear();
+    crossings.reserve(found.size());
+    for (const auto& [point, length] : found) crossings.push_back(point);
+    return !crossings.empty();
+}
+
+bool LineString2D::IsSelfCrossing(std::vector<std::pair<Point2D, double>>& crossings, double tolerance) const {
+    struct Crossing {
+        Point2D point;
+        double first;
+        double later;
+    };
+    const ReducedString reduced(points, tolerance);
+    std::vector<Crossing> found;
+    reduced.ForEachCrossing([&](std::size_t i, std::size_t j, const detail::SegmentContact& contact) {
+        found.push_back({contact.point, reduced.LengthAt(i, contact.onFirst), reduced.LengthAt(j, contact.onSecond)});
+        return false;
+    });
+    std::sort(found.begin(), found.end(), [](const Crossing& a, const Crossing& b) {
+        return a.first < b.first || (a.first == b.first && a.later < b.later);
+    });
+    // At a shared vertex up to four pairs of segments meet, their feet at most two tolerances apart; and of three
+    // passages of a point every two are a pair. A crossing is new when none of its two passages is one of a crossing
+    // before.
+    const double same = 2.0 * reduced.tolerance;
+    std::set<double> passages;
+    const auto isPassed = [&](double length) {
+        const auto passage = passages.lower_bound(length - same);
+        return passage != passages.end() && *passage <= length + same;
+    };
+    crossings.clear();
+    for (const Crossing& crossing : found) {
+        if (!isPassed(crossing.first) && !isPassed(crossing.later)) {
+            crossings.emplace_back(crossing.point, crossing.first);
+        }
+        passages.insert({crossing.first, crossing.later});
+    }
+    return !crossings.empty();
 }
 
 LineString2D& LineString2D::Translate(const Vec2D& v) {

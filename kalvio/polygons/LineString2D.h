@@ -136,6 +136,19 @@ public:
     bool GetClosestSegment(const Point2D& point, unsigned int& index) const;
 
     /// A non-const string is changed in place.
+    /// True when two segments that are not neighbours cross or come within the tolerance (at least 1e-10) of each
+    /// other, after `ReducePoints(tolerance)` on a copy. The joint of a closed string is no crossing. About n log n
+    /// plus the crossings found; tracing a line back over itself crosses once per pair of segments.
+    bool IsSelfCrossing(double tolerance) const;
+    /// @param crossing  the first crossing along the string; untouched when there is none. Where two segments run along
+    ///                  each other, or touch, it is the first end of one on the other
+    bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
+    /// Replaces `crossings` by the crossings in the order of their first passage. A point that is passed three times
+    /// and more is one crossing.
+    bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
+    /// The same, each with the length from the start of this string to its first passage.
+    bool IsSelfCrossing(std::vector<std::pair<Point2D, double>>& crossings, double tolerance) const;
+
     LineString2D& Translate(const Vec2D& v);
     LineString2D Translate(const Vec2D& v) const;
 

@@ -126,6 +126,21 @@ Box BoxOfPoints(const std::vector<PointType>& points) {
     return {low, high};
 }
 
+/// Leaves out the points that are at most `tolerance` from the last point kept; of four points or more, a last one
+/// equal to the first strictly within the tolerance per coordinate is set to it.
+/// @param keep  called as keep(index) for every point kept, in order
+template <class PointType, class Keep>
+void ReduceChain(std::vector<PointType>& points, double tolerance, Keep&& keep) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        if (kept > 0 && (points[i] - points[kept - 1]).NormSquared() <= tolerance * tolerance) continue;
+        keep(i);
+        points[kept++] = points[i];
+    }
+    points.resize(kept);
+    if (kept >= 4 && points.back().IsEqualTo(points.front(), tolerance)) points.back() = points.front();
+}
+
 /// The segments as objects; one at the origin when there are none.
 template <class LineType, class PointType>
 std::vector<LineType> SegmentsOf(const std::vector<PointType>& points) {
