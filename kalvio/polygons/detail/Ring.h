@@ -1,0 +1,58 @@
+#pragma once
+
+#include "kalvio/core/Point2D.h"
+#include "kalvio/core/detail/Constants.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+/// What the rings of polygons share. The edges of a ring join each point to the next and the last to the first; a ring
+/// that repeats its first point at the end has a closing edge of zero length.
+namespace Kalvio::Math::detail {
+
+/// Calls `visit(a, b)` for every edge, the closing one first, until it returns true.
+/// @return whether it did
+template <class PointType, class Visit>
+bool WalkRing(const std::vector<PointType>& ring, Visit&& visit) {
+    if (ring.empty()) return false;
+    const PointType* previous = &ring.back();
+    for (const PointType& point : ring) {
+        if (visit(*previous, point)) return true;
+        previous = &point;
+    }
+    return false;
+}
+
+/// Number of points without a repetition of the first at the end (strictly within 1e-10 per coordinate).
+template <class PointType>
+std::size_t OpenRingSize(const std::vector<PointType>& ring) {
+    const bool isClosed = ring.size() > 1 && ring.front().IsEqualTo(ring.back(), numericalZero);
+    return ring.size() - (isClosed ? 1 : 0);
+}
+
+/// Twice the signed area, positive counter-clockwise, summed over coordinates relative to `origin`.
+inline double DoubledArea(const std::vector<Point2D>& ring, const Point2D& origin) {
+    double sum = 0.0;
+    if (ring.empty()) return sum;
+    Vec2D previous = ring.back() - origin;
+    for (const Point2D& point : ring) {
+        const Vec2D current = point - origin;
+        sum += previous.PerpDotProduct(current);
+        previous = current;
+    }
+    return sum;
+}
+
+/// Length of the ring, its closing edge included.
+template <class PointType>
+double RingLength(const std::vector<PointType>& ring) {
+    double length = 0.0;
+    WalkRing(ring, [&length](const PointType& a, const PointType& b) {
+        length += a.Distance(b);
+        return false;
+    });
+    return length;
+}
+
+}  // namespace Kalvio::Math::detail
