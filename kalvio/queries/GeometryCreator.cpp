@@ -1,6 +1,12 @@
 #include "kalvio/queries/GeometryCreator.h"
 
 #include "kalvio/core/Point3D.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/queries/Distance.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace Kalvio::Math {
 
@@ -13,6 +19,46 @@ Point2D GeometryCreator::Point2DFromPoint3D(const Point3D& point, ProjectionPlan
         default:
             return {point.GetX(), point.GetY()};
     }
+}
+
+bool GeometryCreator::CircleFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Circle2D& circle,
+                                        double tolerance) {
+    const Vec2D a = p2 - p1;  // relative to p1: survey coordinates lose nothing
+    const Vec2D b = p3 - p1;
+    const double aSquared = a.NormSquared();
+    const double bSquared = b.NormSquared();
+    const double longest = std::sqrt(std::max({aSquared, bSquared, (b - a).NormSquared()}));
+    const double minimum = std::abs(tolerance);
+    Vec2D toCenter;
+    if (bSquared == 0.0) {
+        if (!(longest > minimum)) return false;
+        toCenter = a * 0.5;
+    } else {
+        const double cross = a.PerpDotProduct(b);
+        if (!(std::abs(cross) > minimum * longest)) return false;
+        toCenter =
+            Vec2D(b.GetY() * aSquared - a.GetY() * bSquared, a.GetX() * bSquared - b.GetX() * aSquared) / (2.0 * cross);
+    }
+    const double radius = toCenter.Length();
+    if (!std::isfinite(radius)) return false;
+    circle = Circle2D(p1 + toCenter, radius);
+    return true;
+}
+
+bool GeometryCreator::ArcFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Arc2D& arc,
+                                     double tolerance) {
+    Circle2D circle;
+    if (!CircleFrom3Points(p1, p2, p3, circle, tolerance)) return false;
+    const Vec2D toStart = p1 - circle.GetCenter();
+    const Vec2D toEnd = p3 - circle.GetCenter();
+    // Counter-clockwise angle from p1 to p3 in (-pi, pi]; the chord in the cross product keeps it accurate on flat
+    // arcs.
+    double sweep = std::atan2(toStart.PerpDotProduct(p3 - p1), toStart.DotProduct(toEnd));
+    const bool clockwise = Distance::PointToLine(p2, p1, p3) < 0.0;
+    if (clockwise && sweep > 0.0) sweep -= detail::twoPi;
+    if (!clockwise && sweep <= 0.0) sweep += detail::twoPi;
+    arc.Set(p1, circle.GetCenter(), Angle(sweep));
+    return true;
 }
 
 }  // namespace Kalvio::Math

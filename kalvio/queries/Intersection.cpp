@@ -1,10 +1,15 @@
 #include "kalvio/queries/Intersection.h"
 
 #include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 
 namespace Kalvio::Math {
+
+bool Intersection::PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance) {
+    return arc.IsPointOnCircle(point, tolerance) && arc.IsCirclePointInside(point, tolerance);
+}
 
 bool Intersection::PointOnLine(const Point2D& point, const Line2D& line, double tolerance) {
     return detail::IsPointOnLine(point, line.GetStart(), line.GetEnd(), tolerance);

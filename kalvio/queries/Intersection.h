@@ -4,6 +4,7 @@
 
 namespace Kalvio::Math {
 
+class Arc2D;
 class Line2D;
 class Line3D;
 class Point2D;
@@ -11,6 +12,9 @@ class Point2D;
 /// Static functions that intersect pairs of geometries and test points against them.
 class KALVIO_MATH_API Intersection {
 public:
+    /// Point on the arc: |distance from the centre - radius| <= |tolerance| and within the sweep or |tolerance| of an
+    /// end, inclusive.
+    static bool PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
     /// Point on the infinite line: distance <= |tolerance|, inclusive; never on a line of zero length.
     static bool PointOnLine(const Point2D& point, const Line2D& line, double tolerance);
     static bool PointOnLine(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
