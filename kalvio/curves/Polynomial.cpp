@@ -424,7 +424,7 @@ int Polynomial::FindQuadraticFactorsByBairstow(Polynomial& quadratic, Polynomial
 }
 
 Polynomial Polynomial::EstimateQuadraticFactorsByRecursion(unsigned int depth) const {
-    const Polynomial derivative = Derive(true);
+    Polynomial derivative = Derive(true);
     if (derivative.GetDegree() <= 2) return derivative;
     Polynomial quadratic = depth > 0 ? derivative.EstimateQuadraticFactorsByRecursion(depth - 1) : Polynomial();
     Polynomial quotient;

@@ -108,10 +108,10 @@ TEST(BoundingBoxTest, UnionsHoldBothBoxesAndNothingMore) {
 }
 
 TEST(BoundingBoxTest, BoxesOfAnyDimensionMeasureThemselves) {
-    const BoundingBoxND box(PointND(std::vector{0.0, 0.0, 0.0, 0.0}), VecND(std::vector{1.0, 2.0, 3.0, 4.0}));
+    const BoundingBoxND box(PointND(std::vector{2.0, 0.0, 0.0, 0.0}), VecND(std::vector{1.0, 2.0, 3.0, 4.0}));
     EXPECT_EQ(box.GetArea(), 24.0);
     EXPECT_EQ(box.GetEdgesLengthSum(), 10.0);
-    EXPECT_EQ(box.DistanceSquareBetweenCenters(BoundingBoxND(4)), 7.5);
+    EXPECT_EQ(box.DistanceSquareBetweenCenters(BoundingBoxND(4)), 13.5);
     EXPECT_EQ(BoundingBoxND().GetArea(), 0.0);
 
     const BoundingBoxND flat(2);

@@ -84,6 +84,7 @@ TEST(LineStringTest, BoxAndSegmentsFollowEveryKindOfEdit) {
     string = LineString2D{Point2D(0, 0), Point2D(8, 8)};
     EXPECT_TRUE(reaches(8));
     const LineString2D taken = std::move(string);
+    // NOLINTNEXTLINE(bugprone-use-after-move): what a move leaves is promised
     EXPECT_EQ(string.GetBoundingBox().GetMaxPoint(), Point2D(0, 0)) << "what was moved from is empty";
     EXPECT_EQ(taken.GetElementAtIndex(1).GetEnd(), Point2D(8, 8)) << "any other index is the first segment";
     EXPECT_EQ(LineString2D().GetElementAtIndex(0).GetLength(), 0.0);
