@@ -56,11 +56,13 @@ bool IsFinite(const SquareMatrix<N>& a) {
 inline double Minor(const double* values, std::size_t stride, unsigned int rows, unsigned int columns) {
     if (rows == 0) return 1.0;
     const double* const row = values + static_cast<std::size_t>(std::countr_zero(rows)) * stride;
+    const unsigned int below = rows & (rows - 1);
+    if (below == 0) return row[std::countr_zero(columns)];
     double sum = 0.0;
     double sign = 1.0;
     for (unsigned int rest = columns; rest != 0; rest &= rest - 1) {
         const unsigned int column = rest & ~(rest - 1);
-        sum += sign * row[std::countr_zero(column)] * Minor(values, stride, rows & (rows - 1), columns & ~column);
+        sum += sign * row[std::countr_zero(column)] * Minor(values, stride, below, columns & ~column);
         sign = -sign;
     }
     return sum;

@@ -1,0 +1,241 @@
+#include "kalvio/core/MatrixNM.h"
+
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+using Rows = std::vector<std::vector<double>>;
+using Method = LUDecompositionMethod;
+
+MatrixNM From(const Rows& rows) {
+    MatrixNM m(static_cast<unsigned int>(rows.size()), static_cast<unsigned int>(rows.front().size()));
+    for (unsigned int i = 0; i < m.GetNumRows(); ++i) m[i].SetCoordinates(rows[i]);
+    return m;
+}
+
+MatrixNM Diagonal(const std::vector<double>& values) {
+    const auto n = static_cast<unsigned int>(values.size());
+    MatrixNM m(n, n);
+    for (unsigned int i = 0; i < n; ++i) m[i][static_cast<int>(i)] = values[i];
+    return m;
+}
+
+class MatrixNMTest : public testing::Test {
+protected:
+    MatrixNM Random(unsigned int n, unsigned int columns) {
+        MatrixNM m(n, columns);
+        for (unsigned int i = 0; i < n; ++i) {
+            for (int j = 0; j < static_cast<int>(columns); ++j) m[i][j] = any(random);
+        }
+        return m;
+    }
+
+    std::mt19937_64 random{SeedFromEnvironment("KALVIO_TEST_SEED", 20240606)};
+    std::uniform_real_distribution<double> any{-1.0, 1.0};
+};
+
+double LargestDifference(const MatrixNM& a, const MatrixNM& b) {
+    if (a.GetNumRows() != b.GetNumRows()) return std::numeric_limits<double>::infinity();
+    double largest = 0.0;
+    for (unsigned int i = 0; i < a.GetNumRows(); ++i) {
+        const VecND difference = a[i] - b[i];
+        for (const double value : difference.GetCoordinates()) largest = std::fmax(largest, std::abs(value));
+    }
+    return largest;
+}
+
+MatrixNM Without(const MatrixNM& m, unsigned int row, int column) {
+    const unsigned int n = m.GetNumRows();
+    MatrixNM rest(n - 1, n - 1);
+    for (unsigned int i = 0, r = 0; i < n; ++i) {
+        if (i == row) continue;
+        for (int j = 0, c = 0; j < static_cast<int>(n); ++j) {
+            if (j != column) rest[r][c++] = m[i][j];
+        }
+        ++r;
+    }
+    return rest;
+}
+
+long double Laplace(const MatrixNM& m) {
+    if (m.GetNumRows() == 1) return m[0][0];
+    long double sum = 0.0L;
+    for (int j = 0; j < static_cast<int>(m.GetNumRows()); ++j) {
+        sum += (j % 2 == 0 ? 1.0L : -1.0L) * m[0][j] * Laplace(Without(m, 0, j));
+    }
+    return sum;
+}
+
+TEST_F(MatrixNMTest, DeterminantAndCofactorsAgreeWithTheExpansion) {
+    for (unsigned int n = 2; n <= 7; ++n) {
+        for (int run = 0; run < 12; ++run) {
+            const unsigned int lost = run % 3 == 0 ? 0 : run % 3 == 1 ? 1 : 2;  // full rank, rank n - 1, rank n - 2
+            MatrixNM m = Random(n, n - lost) * Random(n - lost, n);
+            if (lost == 0) m = Random(n, n);
+            const int zeroed = run / 3;  // exact zero columns and rows as well, the last ones included
+            for (unsigned int i = 0; zeroed == 1 && i < n; ++i) m[i][static_cast<int>(n) / 2] = 0.0;
+            if (zeroed == 2) m[n - 1] = VecND(n);
+            for (unsigned int i = 0; zeroed == 3 && i < n; ++i) m[i][0] = m[i][static_cast<int>(n) - 1] = 0.0;
+            double determinant = -1.0;
+            MatrixNM cofactors, adjoint;
+            ASSERT_TRUE(m.Determinant(determinant));
+            EXPECT_NEAR(determinant, static_cast<double>(Laplace(m)), 1e-13);
+            ASSERT_TRUE(m.CoFactor(cofactors));
+            ASSERT_TRUE(m.Adjoint(adjoint));
+            EXPECT_TRUE(adjoint == cofactors.GetTranspose());
+            for (unsigned int i = 0; i < n; ++i) {
+                for (int j = 0; j < static_cast<int>(n); ++j) {
+                    const double sign = (static_cast<int>(i) + j) % 2 == 0 ? 1.0 : -1.0;
+                    EXPECT_NEAR(cofactors[i][j], sign * static_cast<double>(Laplace(Without(m, i, j))), 1e-12)
+                        << n << " rows, run " << run;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(MatrixNMTest, InverseUndoesEverySize) {
+    for (unsigned int n = 1; n <= 70; n += n < 12 ? 1 : 7) {
+        MatrixNM m = Random(n, n);
+        for (unsigned int i = 0; i < n; ++i) m[i][static_cast<int>((i * 3 + 1) % n)] += 4.0;  // pivots off the diagonal
+        MatrixNM inverse;
+        double determinant = 0.0;
+        ASSERT_TRUE(m.Determinant(determinant));
+        ASSERT_EQ(m.GetInverse(inverse), std::abs(determinant) >= 1e-10) << n;
+        EXPECT_LE(LargestDifference(m * inverse, Diagonal(std::vector<double>(n, 1.0))), 1e-11) << n;
+        for (int run = 0; run < 5 && n > 1; ++run) {
+            m = Random(n, n);
+            m[n - 1 - static_cast<unsigned int>(run) % (n / 2)] = m[static_cast<unsigned int>(run) % (n / 2)];
+            ASSERT_TRUE(m.Determinant(determinant));
+            EXPECT_EQ(determinant, 0.0) << "two equal rows of " << n;
+        }
+    }
+}
+
+TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    struct Row {
+        const char* why;
+        MatrixNM matrix;
+        bool expected;
+    };
+    const Row rows[] = {
+        {"5e-11", Diagonal({1.0, 5e-11, 1.0}), false},
+        {"2e-10", Diagonal({1.0, 2e-10, 1.0}), true},
+        {"1e-10 is not below 1e-10", Diagonal({1e-10}), true},
+        {"5e-11 of an eliminated matrix", Diagonal({1.0, 5e-11, 1.0, 1.0, 1.0, 1.0}), false},
+        {"-2e-10 of an eliminated matrix", Diagonal({1.0, -2e-10, 1.0, 1.0, 1.0, 1.0}), true},
+        {"the determinant overflows", Diagonal({1e80, 1e80, 1e80, 1e80, 1e80}), false},
+        {"only on the way", Diagonal({1e200, 1e200, 1e-200, 1e-200, 1.0}), true},
+        {"not finite", Diagonal({1.0, infinity, 1.0}), false},
+        {"not a number", Diagonal({1.0, infinity - infinity, 1.0, 1.0, 1.0}), false},
+        {"not square", MatrixNM(2, 3), false},
+        {"empty", MatrixNM(), false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        MatrixNM inverse = Diagonal({7.0});
+        EXPECT_EQ(row.matrix.GetInverse(inverse), row.expected);
+        if (row.expected) {
+            EXPECT_LE(
+                LargestDifference(row.matrix * inverse, Diagonal(std::vector<double>(row.matrix.GetNumRows(), 1.0))),
+                1e-15);
+        } else {
+            EXPECT_TRUE(inverse == Diagonal({7.0})) << "untouched";
+        }
+    }
+    double determinant = 7.0;
+    EXPECT_FALSE(MatrixNM(2, 3).Determinant(determinant));
+    EXPECT_FALSE(MatrixNM().Determinant(determinant));
+    EXPECT_EQ(determinant, 7.0);
+    MatrixNM cofactors;
+    ASSERT_TRUE(Diagonal({0.0}).CoFactor(cofactors));
+    EXPECT_EQ(cofactors[0][0], 1.0);
+    MatrixNM jagged(3, 3);
+    jagged[1].SetDimension(2);
+    EXPECT_FALSE(jagged.Determinant(determinant) || jagged.CoFactor(jagged) || jagged.GetInverse(jagged));
+    EXPECT_EQ(
+        (jagged * Random(3, 3)).GetNumRows() + (jagged * VecND(3U)).GetDimension() + jagged.GetTranspose().GetNumRows(),
+        0U);
+}
+
+TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
+    for (const unsigned int n : {1U, 2U, 5U, 20U}) {
+        const MatrixNM root = Random(n, n);
+        MatrixNM m = root * root.GetTranspose();
+        for (unsigned int i = 0; i < n; ++i) m[i][static_cast<int>(i)] += 1.0;
+        const VecND expected = Random(1, n)[0];
+        const VecND b = m * expected;
+        for (const Method method : {Method::Crout, Method::Doolittle, Method::Cholesky}) {
+            MatrixNM l, u;
+            ASSERT_TRUE(m.LUDecomposition(l, u, method));
+            EXPECT_LE(LargestDifference(l * u, m), 1e-13);
+            for (unsigned int i = 0; i < n; ++i) {
+                const int d = static_cast<int>(i);
+                EXPECT_EQ(method == Method::Crout ? u[i][d] : method == Method::Doolittle ? l[i][d] : 1.0, 1.0);
+                for (int j = 0; j < static_cast<int>(n); ++j) EXPECT_EQ(j > d ? l[i][j] : j < d ? u[i][j] : 0.0, 0.0);
+            }
+            VecND x;
+            ASSERT_TRUE(m.SolveLinearSystem(b, x, method));
+            EXPECT_TRUE(x.IsEqualTo(expected, 1e-12));
+        }
+    }
+    const MatrixNM swapped = From({{0, 1}, {1, 0}});
+    struct Row {
+        const char* why;
+        MatrixNM matrix;
+        Method method;
+        bool decomposes, solves;
+    };
+    const Row rows[] = {
+        {"no such method", Diagonal({1, 1}), static_cast<Method>(3), false, false},
+        {"no pivoting", swapped, Method::Doolittle, false, false},
+        {"no pivoting", swapped, Method::Crout, false, false},
+        {"a small pivot that divides", Diagonal({9e-11, 1}), Method::Doolittle, false, false},
+        {"the last pivot divides in the solution only", Diagonal({1, 9e-11}), Method::Doolittle, true, false},
+        {"the last pivot divides in the solution only", Diagonal({1, 9e-11}), Method::Crout, true, false},
+        {"large enough", Diagonal({1e-10, 1}), Method::Crout, true, true},
+        {"negative pivot", From({{1, 2}, {2, 1}}), Method::Cholesky, false, false},
+        {"not symmetric", From({{4, 1}, {2, 4}}), Method::Cholesky, false, false},
+        {"not square", MatrixNM(2, 3), Method::Doolittle, false, false},
+        {"not finite", Diagonal({1, std::numeric_limits<double>::quiet_NaN()}), Method::Doolittle, false, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        MatrixNM l, u;
+        VecND x(9U);
+        EXPECT_EQ(row.matrix.LUDecomposition(l, u, row.method), row.decomposes);
+        EXPECT_EQ(row.matrix.SolveLinearSystem(VecND(2U), x, row.method), row.solves);
+        EXPECT_EQ(x.GetDimension(), row.solves ? 2U : 9U);
+        EXPECT_FALSE(row.matrix.SolveLinearSystem(VecND(4U), x, row.method)) << "b of another size";
+    }
+}
+
+TEST_F(MatrixNMTest, ProductsAndTheTextForm) {
+    const MatrixNM m = From({{1, 2, 3}, {4, 5, 6}});
+    EXPECT_TRUE(m * m.GetTranspose() == From({{14, 32}, {32, 77}}));
+    EXPECT_EQ((m * VecND(std::vector<double>{1, 0, -1})).GetCoordinates(), (std::vector<double>{-2, -2}));
+    EXPECT_EQ((m * m).GetNumRows(), 0U) << "sizes do not match";
+    EXPECT_FALSE(m == MatrixNM(m).Transpose());
+    EXPECT_FALSE(m == (MatrixNM(m) *= 2.0));
+    const std::string path = testing::TempDir() + "kalvio_matrix.txt";
+    ASSERT_TRUE(From({{1, -2.5}, {1e-7, 1e6}}).DumpToFile(path));
+    std::ifstream file(path);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "1.000000 -2.500000 \n0.000000 1000000.000000 \n");
+    std::remove(path.c_str());
+    EXPECT_FALSE(m.DumpToFile(testing::TempDir()));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
