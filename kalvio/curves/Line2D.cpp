@@ -4,6 +4,7 @@
 #include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/Stations.h"
+#include "kalvio/queries/GeometryCreator.h"
 #include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
@@ -44,7 +45,15 @@ OrientedBoundingBox2D Line2D::GetOrientedBoundingBox2D() const {
 }
 
 bool Line2D::IsEqualTo(const IGeometry& other, double tolerance) const {
-    return other.GetType() == MathTypes::Line2D && IsEqualTo(static_cast<const Line2D&>(other), tolerance);
+    switch (other.GetType()) {
+        case MathTypes::Line2D:
+            return IsEqualTo(static_cast<const Line2D&>(other), tolerance);
+        case MathTypes::LineString2D:
+        case MathTypes::Polyline2D:
+            return other.IsEqualTo(*this, tolerance);
+        default:
+            return false;
+    }
 }
 
 Line2D* Line2D::Clone() const { return new Line2D(*this); }
@@ -72,6 +81,10 @@ bool Line2D::ExtendStart(const Point2D& point, const Tolerances&) {
 bool Line2D::ExtendEnd(const Point2D& point, const Tolerances&) {
     end = point;
     return true;
+}
+
+IGeometry* Line2D::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
 }
 
 bool Line2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
@@ -141,6 +154,16 @@ bool Line2D::GetPointOffsetFromStart(double station, double offset, const Angle&
                                    point);
 }
 
+bool Line2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    const double length = GetLength();
+    if (!(length >= detail::numericalZero) || !(station >= -detail::numericalZero) ||
+        !(station <= length + detail::numericalZero)) {
+        return false;
+    }
+    result = {start + (end - start) * (station / length), GetDirection(), station};
+    return true;
+}
+
 bool Line2D::MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
                         bool closeAtEnd) const {
     const Vec2D direction = GetDirection();
@@ -153,6 +176,17 @@ bool Line2D::MakePoints(double from, double to, double step, std::vector<Point2D
     const Vec2D direction = GetDirection();
     return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd,
                                   [&](double station) { points.push_back(start + direction * station); });
+}
+
+Line2D& Line2D::Transform(const Matrix2D& matrix) {
+    start.Transform(matrix);
+    end.Transform(matrix);
+    return *this;
+}
+
+Line2D Line2D::Transform(const Matrix2D& matrix) const {
+    Line2D copy(*this);
+    return copy.Transform(matrix);
 }
 
 Line2D& Line2D::Translate(const Vec2D& v) {

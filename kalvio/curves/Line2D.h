@@ -30,7 +30,7 @@ public:
     OrientedBoundingBox2D GetOrientedBoundingBox2D() const;
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `Line2D` only.
+    /// Comparable with a `Line2D`, a `LineString2D` of the same two points and a `Polyline2D` of just this line.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start equals start and end equals end, strictly per coordinate; a reversed line is not equal.
     bool IsEqualTo(const Line2D& other, double tolerance) const {
@@ -49,6 +49,10 @@ public:
     /// The start (end) becomes the point, without a test of direction; always true.
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
     bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    /// With a `Line2D`: a `LineString2D` of this start, this end and the other's end (the other's start is not looked
+    /// at). With a `Polyline2D`: a `Polyline2D` of clones of this line and the polyline. Others:
+    /// `GeometryCreator::Append`.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     const Point2D& GetStart() const override { return start; }
     const Point2D& GetEnd() const override { return end; }
     /// The distance from the start (end) when the point lies on the line.
@@ -96,6 +100,9 @@ public:
     /// The same moved by `offset` along the line direction turned counter-clockwise by `turn`.
     bool GetPointOffsetFromStart(double station, double offset, const Angle& turn, Point2D& point) const;
 
+    /// The sample at a station; false, the result untouched, for a length below 1e-10 or out of [0, length] by more
+    /// than it.
+    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// Appends samples at from, from + step ... up to `to` or the end of the line; a negative `from` extrapolates. With
     /// `closeAtEnd` the end point follows when `to` lies beyond it.
     /// @return false, nothing appended, when from lies beyond the length, to < 0 or step is not positive

@@ -27,25 +27,26 @@ BoundingBox3D Line3D::GetBoundingBox3D() const {
 }
 
 bool Line3D::IsEqualTo(const IGeometry& other, double tolerance) const {
-    return other.GetType() == MathTypes::Line3D && IsEqualTo(static_cast<const Line3D&>(other), tolerance);
+    if (other.GetType() == MathTypes::Line3D) return IsEqualTo(static_cast<const Line3D&>(other), tolerance);
+    return other.GetType() == MathTypes::LineString3D && other.IsEqualTo(*this, tolerance);
 }
 
 Line3D* Line3D::Clone() const { return new Line3D(*this); }
 
 void Line3D::Reverse() { std::swap(start, end); }
 
-bool Line3D::IsPointOnSegment(const Point3D& point, double tolerance) const {
-    return start.Distance(end) > 0.0 && detail::IsPointOnSegment(point, start, end, tolerance);
+bool Line3D::Holds(const Point3D& point, double tolerance) const {
+    return GetLength() > 0.0 && detail::IsPointOnSegment(point, start, end, tolerance);
 }
 
 bool Line3D::GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const {
-    if (!IsPointOnSegment(point, tolerance)) return false;
+    if (!Holds(point, tolerance)) return false;
     length = start.Distance(point);
     return true;
 }
 
 bool Line3D::GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const {
-    if (!IsPointOnSegment(point, tolerance)) return false;
+    if (!Holds(point, tolerance)) return false;
     length = end.Distance(point);
     return true;
 }
@@ -86,6 +87,17 @@ double Line3D::GetZByInterpolation(const Point2D& p, double tolerance) const {
     if (!(std::abs(d.GetY()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetY() - start.GetY()) / d.GetY();
     if (!(std::abs(d.GetX()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetX() - start.GetX()) / d.GetX();
     return start.GetZ();
+}
+
+Line3D& Line3D::Transform(const Matrix3D& matrix) {
+    start.Transform(matrix);
+    end.Transform(matrix);
+    return *this;
+}
+
+Line3D Line3D::Transform(const Matrix3D& matrix) const {
+    Line3D copy(*this);
+    return copy.Transform(matrix);
 }
 
 Line3D& Line3D::Translate(const Vec3D& v) {

@@ -21,7 +21,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 3; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `Line3D` and a `LineString3D` of two points.
+    /// Comparable with a `Line3D` and a `LineString3D` of the same two points.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start equals start and end equals end, strictly per coordinate.
     bool IsEqualTo(const Line3D& other, double tolerance) const {
@@ -75,7 +75,7 @@ public:
     Line3D Translate(const Vec3D& v) const;
 
 private:
-    bool IsPointOnSegment(const Point3D& point, double tolerance) const;
+    bool Holds(const Point3D& point, double tolerance) const;
 
     Point3D start;
     Point3D end;

@@ -3,10 +3,15 @@
 #include "kalvio/core/Point3D.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/queries/Distance.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 namespace Kalvio::Math {
 
@@ -59,6 +64,27 @@ bool GeometryCreator::ArcFrom3Points(const Point2D& p1, const Point2D& p2, const
     if (!clockwise && sweep <= 0.0) sweep += detail::twoPi;
     arc.Set(p1, circle.GetCenter(), Angle(sweep));
     return true;
+}
+
+IGeometry* GeometryCreator::Append(const IGeometry& first, const IGeometry& second) {
+    if (first.GetType() == MathTypes::Line2D && second.GetType() == MathTypes::Line2D) {
+        const auto& line = static_cast<const Line2D&>(first);
+        return new LineString2D({line.GetStart(), line.GetEnd(), static_cast<const Line2D&>(second).GetEnd()});
+    }
+    auto chain = std::make_unique<Polyline2D>();
+    for (const IGeometry* const part : {&first, &second}) {
+        const IPolyline2DElement* const element = detail::AsPlanElement(*part);
+        if (element == nullptr) return nullptr;
+        if (element->GetType() != MathTypes::Polyline2D) {
+            chain->AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
+            continue;
+        }
+        const auto& polyline = static_cast<const Polyline2D&>(*element);
+        for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
+            chain->AppendElement(static_cast<IPolyline2DElement*>(polyline.GetElementAtIndex(i).Clone()));
+        }
+    }
+    return chain.release();
 }
 
 }  // namespace Kalvio::Math

@@ -7,6 +7,7 @@ namespace Kalvio::Math {
 
 class Arc2D;
 class Circle2D;
+class IGeometry;
 class Point2D;
 class Point3D;
 
@@ -25,6 +26,11 @@ public:
                                   double tolerance);
     /// The arc from p1 by p2 to p3; the full circle where p3 equals p1. False, `arc` untouched, as for the circle.
     static bool ArcFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Arc2D& arc, double tolerance);
+    /// First followed by second: a `LineString2D` of three points for two lines, else a `Polyline2D` of clones (the
+    /// elements of polylines are taken one by one). That the second starts where the first ends is for the caller to
+    /// see to.
+    /// @return a new geometry owned by the caller; null when one of the two is no plan element
+    [[nodiscard]] static IGeometry* Append(const IGeometry& first, const IGeometry& second);
 };
 
 }  // namespace Kalvio::Math

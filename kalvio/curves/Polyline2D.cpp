@@ -1,0 +1,428 @@
+#include "kalvio/curves/Polyline2D.h"
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/curves/detail/Stations.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/queries/GeometryCreator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace Kalvio::Math {
+
+namespace {
+
+// An element's own tests round coordinates a few times; a box widened by this much of them never rejects what such a
+// test accepts.
+constexpr double boxRounding = 16.0 * std::numeric_limits<double>::epsilon();
+
+constinit const Line2D noElement;
+
+bool IsMovable(const IPolyline2DElement& element) {
+    return element.GetType() == MathTypes::Line2D || element.GetType() == MathTypes::LineString2D;
+}
+
+}  // namespace
+
+MathTypes Polyline2D::GetType() const { return MathTypes::Polyline2D; }
+
+BoundingBox2D Polyline2D::GetBoundingBox2D() const {
+    if (elements.IsEmpty()) return {};
+    BoundingBox2D box = elements.Front().GetBoundingBox2D();
+    for (std::size_t i = 1; i < elements.Size(); ++i) box += elements[i].GetBoundingBox2D();
+    return box;
+}
+
+BoundingBox3D Polyline2D::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
+
+bool Polyline2D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline2D) {
+        return elements.IsEqualTo(static_cast<const Polyline2D&>(other).elements, tolerance);
+    }
+    return elements.Size() == 1 && elements.Front().GetType() == other.GetType() &&
+           elements.Front().IsEqualTo(other, tolerance);
+}
+
+Polyline2D* Polyline2D::Clone() const { return new Polyline2D(*this); }
+
+void Polyline2D::Reverse() {
+    elements.Reverse();
+    index.Invalidate();
+}
+
+double Polyline2D::GetLength() const { return GetIndex().station.back(); }
+
+bool Polyline2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                  std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
+    const double u = tolerances.UserTolerance();
+    const std::vector<double>& stations = GetIndex().station;
+    std::vector<std::map<double, const Point2D>> cuts(elements.Size());
+    std::vector<bool> cutBefore(elements.Size() + 1, false);
+    double last = 0.0;
+    for (const auto& [station, point] : breaks) {
+        const double along = station - startStation;
+        if (!(along < stations.back())) break;
+        if (!(along - last > u)) continue;
+        last = along;
+        const auto next = std::upper_bound(stations.begin(), stations.end(), along);
+        const auto i = static_cast<std::size_t>(next - stations.begin()) - 1;
+        if (!(along - stations[i] > u)) {
+            cutBefore[i] = true;
+        } else if (!(stations[i + 1] - along > u)) {
+            cutBefore[i + 1] = true;
+        } else {
+            cuts[i].emplace(along, point);
+        }
+    }
+
+    std::vector<std::unique_ptr<Polyline2D>> pieces;
+    const auto startPiece = [&pieces] { pieces.push_back(std::make_unique<Polyline2D>()); };
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (i == 0 || cutBefore[i]) startPiece();
+        std::vector<IGeometry*> parts;
+        if (cuts[i].empty() || !elements[i].BreakAtPreSorted(cuts[i], stations[i], parts, tolerances)) {
+            pieces.back()->elements.AppendClone(elements[i]);
+            continue;
+        }
+        for (std::size_t k = 0; k < parts.size(); ++k) {
+            if (k > 0) startPiece();
+            pieces.back()->elements.Append(
+                std::unique_ptr<IPolyline2DElement>(static_cast<IPolyline2DElement*>(parts[k])));
+        }
+    }
+    if (pieces.size() < 2) return false;
+    const std::size_t firstOut = modifyThis ? 1 : 0;
+    out.reserve(out.size() + pieces.size());
+    for (std::size_t i = firstOut; i < pieces.size(); ++i) out.push_back(pieces[i].release());
+    if (modifyThis) *this = *pieces.front();
+    return true;
+}
+
+bool Polyline2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
+    const Index& boxes = GetIndex();
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (boxes.Rejects(i, point, tolerances.UserTolerance())) continue;
+        if (elements[i].IsPointOnGeometry(point, tolerances)) return true;
+    }
+    return false;
+}
+
+bool Polyline2D::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
+    if (elements.IsEmpty()) return false;
+    elements.Front().ExtendStart(point, tolerances);
+    index.Invalidate();
+    return true;
+}
+
+bool Polyline2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
+    if (elements.IsEmpty()) return false;
+    elements.Back().ExtendEnd(point, tolerances);
+    index.Invalidate();
+    return true;
+}
+
+IGeometry* Polyline2D::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+}
+
+const Point2D& Polyline2D::GetStart() const {
+    return elements.IsEmpty() ? Point2D::origo() : elements.Front().GetStart();
+}
+
+const Point2D& Polyline2D::GetEnd() const { return elements.IsEmpty() ? Point2D::origo() : elements.Back().GetEnd(); }
+
+bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
+    const Index& boxes = GetIndex();
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (boxes.Rejects(i, point, tolerance)) continue;
+        if (double onElement = 0.0; elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) {
+            length = boxes.station[i] + onElement;
+            return true;
+        }
+    }
+    length = 0.0;
+    return false;
+}
+
+bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
+    const Index& boxes = GetIndex();
+    for (std::size_t i = elements.Size(); i-- > 0;) {
+        if (boxes.Rejects(i, point, tolerance)) continue;
+        if (double onElement = 0.0; elements[i].GetLengthFromEndPoint(point, onElement, tolerance)) {
+            length = boxes.station.back() - boxes.station[i + 1] + onElement;
+            return true;
+        }
+    }
+    length = 0.0;
+    return false;
+}
+
+bool Polyline2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
+    const Index& boxes = GetIndex();
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (boxes.Rejects(i, point, tolerances.UserTolerance())) continue;
+        if (elements[i].IsPointOnGeometry(point, tolerances))
+            return elements[i].ComputeTangent(point, tangent, tolerances);
+    }
+    return false;
+}
+
+Point2D Polyline2D::GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const {
+    const Index& boxes = GetIndex();
+    Point2D nearest = point;
+    double best = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (boxes.Rejects(i, point, best)) continue;
+        const Point2D candidate = detail::NearestPointOnElement(elements[i], point, tolerances);
+        const double distance = candidate.Distance(point);
+        if (distance < best) {
+            best = distance;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+const IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) const {
+    if (elements.IsEmpty()) return noElement;
+    return elements[i < elements.Size() ? i : 0];
+}
+
+void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
+                                         const Tolerances& tolerances) const {
+    const double u = tolerances.UserTolerance();
+    const Index& boxes = GetIndex();
+    std::vector<double> found;
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (boxes.Rejects(i, point, u)) continue;
+        std::vector<double> onElement;
+        if (const IComplexGeometry* const chain = detail::AsComplexGeometry(elements[i])) {
+            chain->GetLengthsAlongGeometry(point, onElement, tolerances);
+        } else if (double length = 0.0; elements[i].GetLengthFromStartPoint(point, length, u)) {
+            onElement.push_back(length);
+        }
+        for (const double length : onElement) {
+            const double station = boxes.station[i] + length;
+            if (found.empty() || station - found.back() > u) found.push_back(station);
+        }
+    }
+    lengths = std::move(found);
+}
+
+bool Polyline2D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {
+    return elements.FindShort(indexes, minLength);
+}
+
+void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
+    const Tolerances standard = detail::StandardTolerances();
+    std::vector<std::pair<std::size_t, std::size_t>> runs;  // [first, last), ascending
+    for (std::size_t i = 0; i < indexes.size();) {
+        const std::size_t last = GetLastConsecutiveIndex(indexes, i);
+        const auto end = std::min<std::uint64_t>(indexes[last] + 1, elements.Size());
+        if (indexes[i] < end) runs.emplace_back(indexes[i], end);
+        i = last + 1;
+    }
+    for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+        const auto [first, last] = *run;
+        elements.Remove(first, last, !deleteElements);
+        if (first == 0 || first >= elements.Size()) continue;
+        IPolyline2DElement& before = elements[first - 1];
+        IPolyline2DElement& behind = elements[first];
+        if (IsMovable(behind)) {
+            behind.ExtendStart(Point2D(before.GetEnd()), standard);
+        } else if (IsMovable(before)) {
+            before.ExtendEnd(Point2D(behind.GetStart()), standard);
+        }
+    }
+    index.Invalidate();
+}
+
+std::size_t Polyline2D::GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position) {
+    while (position + 1 < indexes.size() && indexes[position + 1] == indexes[position] + 1) ++position;
+    return position;
+}
+
+bool Polyline2D::AppendElement(IPolyline2DElement* element) { return Insert(GetNrOfElements(), element); }
+
+bool Polyline2D::Insert(unsigned int position, IPolyline2DElement* element) {
+    std::vector<IPolyline2DElement*> added{element};
+    return Insert(position, added);
+}
+
+bool Polyline2D::Insert(unsigned int position, std::vector<IPolyline2DElement*>& added) {
+    if (std::find(added.begin(), added.end(), this) != added.end()) return false;
+    if (!elements.Insert(position, added)) return false;
+    index.Invalidate();
+    return true;
+}
+
+void Polyline2D::DeleteElements() {
+    elements.Clear();
+    index.Invalidate();
+}
+
+Polyline2D::Index Polyline2D::BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements) {
+    Index result;
+    for (auto* const list : {&result.minX, &result.minY, &result.maxX, &result.maxY}) list->reserve(elements.Size());
+    result.station.reserve(elements.Size() + 1);
+    double station = 0.0;
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        const BoundingBox2D box = elements[i].GetBoundingBox2D();
+        const Point2D low = box.GetMinPoint();
+        const Point2D high = box.GetMaxPoint();
+        const double padX = boxRounding * (std::abs(low.GetX()) + std::abs(high.GetX()));
+        const double padY = boxRounding * (std::abs(low.GetY()) + std::abs(high.GetY()));
+        result.minX.push_back(low.GetX() - padX);
+        result.minY.push_back(low.GetY() - padY);
+        result.maxX.push_back(high.GetX() + padX);
+        result.maxY.push_back(high.GetY() + padY);
+        result.station.push_back(station);
+        station += elements[i].GetLength();
+    }
+    result.station.push_back(station);
+    return result;
+}
+
+const Polyline2D::Index& Polyline2D::GetIndex() const {
+    return index.Get([this] { return BuildIndex(elements); });
+}
+
+std::size_t Polyline2D::ElementAt(double station) const {
+    const std::vector<double>& stations = GetIndex().station;
+    const auto next = std::upper_bound(stations.begin(), stations.end() - 1, station);
+    return next == stations.begin() ? 0 : static_cast<std::size_t>(next - stations.begin()) - 1;
+}
+
+bool Polyline2D::ClipRange(double& from, double& to) const {
+    from = std::max(from, 0.0);
+    to = std::min(to, GetLength());
+    return !elements.IsEmpty() && from <= to;
+}
+
+Point2D Polyline2D::GetMidPoint() const {
+    PolylinePoint middle;
+    MakePointAndTangentAt(GetLength() * 0.5, middle);
+    return middle.point;
+}
+
+int Polyline2D::GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const {
+    const Index& boxes = GetIndex();
+    const double x = GetStart().GetX() + length;
+    const double t = std::abs(tolerance);
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (x < boxes.minX[i] - t || x > boxes.maxX[i] + t) continue;
+        detail::ElementPoint sample;
+        const int found = detail::PointAtAbscissa(elements[i], x, t, sample);
+        if (found == 0) continue;
+        result = {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, boxes.station[i] + sample.station};
+        return found;
+    }
+    return 0;
+}
+
+int Polyline2D::GetYUsingLengthAlongXAxis(double length, double& y) const {
+    PolylinePoint sample;
+    const int found = GetPointUsingLengthAlongXAxis(length, sample, detail::numericalZero);
+    if (found != 0) y = sample.point.GetY();
+    return found;
+}
+
+bool Polyline2D::MakePointAndTangentAt(double station, PolylinePoint& result) const {
+    const double length = GetLength();
+    if (elements.IsEmpty() || !(station >= -detail::numericalZero && station <= length + detail::numericalZero))
+        return false;
+    const std::size_t i = ElementAt(std::clamp(station, 0.0, length));
+    return MakePointAndTangentAt(static_cast<int>(i), station - GetIndex().station[i], result);
+}
+
+bool Polyline2D::MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const {
+    if (elementIndex < 0 || static_cast<std::size_t>(elementIndex) >= elements.Size()) return false;
+    const auto i = static_cast<std::size_t>(elementIndex);
+    const double length = elements[i].GetLength();
+    if (!(station >= -detail::numericalZero && station <= length + detail::numericalZero)) return false;
+    detail::ElementPoint sample;
+    if (!detail::EvaluateElement(elements[i], std::clamp(station, 0.0, length), sample)) return false;
+    result = {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, GetIndex().station[i] + sample.station};
+    return true;
+}
+
+bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
+                                       double tolerance) const {
+    if (!ClipRange(from, to) || !(step > 0.0) || !((to - from) / step < detail::mostSamples)) return false;
+    const std::vector<double>& stations = GetIndex().station;
+    std::vector<PolylinePoint> samples;
+    std::vector<detail::ElementPoint> ofElement;
+    std::vector<double> local;
+    const auto count = static_cast<std::size_t>((to - from) / step) + 1;
+    const auto stationOf = [&](std::size_t k) { return std::min(from + static_cast<double>(k) * step, to); };
+    for (std::size_t k = 0; k < count;) {
+        const std::size_t i = ElementAt(stationOf(k));
+        const bool isLast = i + 1 == elements.Size();
+        local.clear();
+        for (; k < count && (isLast || local.empty() || stationOf(k) < stations[i + 1]); ++k) {
+            local.push_back(std::min(stationOf(k) - stations[i], stations[i + 1] - stations[i]));
+        }
+        ofElement.clear();
+        if (!detail::SampleElement(elements[i], local, ofElement)) return false;
+        for (const detail::ElementPoint& sample : ofElement) {
+            samples.push_back(
+                {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, stations[i] + sample.station});
+        }
+    }
+    while (samples.size() > 1 && to - samples.back().station < std::abs(tolerance)) samples.pop_back();
+    PolylinePoint last;
+    if (to > samples.back().station && MakePointAndTangentAt(to, last)) samples.push_back(last);
+    points.insert(points.end(), samples.begin(), samples.end());
+    return true;
+}
+
+bool Polyline2D::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points,
+                                                  double height, double tolerance) const {
+    if (!ClipRange(from, to) || !(height > 0.0)) return false;
+    const std::vector<double>& stations = GetIndex().station;
+    std::vector<PolylinePoint> samples;
+    std::vector<detail::ElementPoint> ofElement;
+    const std::size_t last = ElementAt(to);
+    for (std::size_t i = ElementAt(from); i <= last; ++i) {
+        const double length = elements[i].GetLength();
+        const double localFrom = std::clamp(from - stations[i], 0.0, length);
+        const double localTo = std::clamp(to - stations[i], 0.0, length);
+        if (!samples.empty() && !(localTo > localFrom)) continue;
+        ofElement.clear();
+        if (!detail::SampleElementUsingHeight(elements[i], localFrom, localTo, height, ofElement)) return false;
+        for (const detail::ElementPoint& sample : ofElement) {
+            const double station = stations[i] + sample.station;
+            if (!samples.empty() && station - samples.back().station <= std::abs(tolerance)) {
+                // One sample for a joint: the element that starts there, as everywhere.
+                if (i == samples.back().elementIndex || samples.size() == 1) continue;
+                samples.pop_back();
+            }
+            samples.push_back({sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, station});
+        }
+    }
+    points.insert(points.end(), samples.begin(), samples.end());
+    return true;
+}
+
+bool Polyline2D::MakeLineString(double from, double to, LineString2D& lineString, double step, double tolerance) const {
+    std::vector<PolylinePoint> samples;
+    if (!MakePointsAndTangents(from, to, samples, step, tolerance)) return false;
+    for (const PolylinePoint& sample : samples) lineString.AppendPoint(sample.point);
+    return true;
+}
+
+bool Polyline2D::MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height,
+                                           double tolerance) const {
+    std::vector<PolylinePoint> samples;
+    if (!MakePointsAndTangentsUsingHeight(from, to, samples, height, tolerance)) return false;
+    for (const PolylinePoint& sample : samples) lineString.AppendPoint(sample.point);
+    return true;
+}
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,165 @@
+#pragma once
+
+#include "kalvio/core/IComplexGeometry.h"
+#include "kalvio/core/detail/Lazy.h"
+#include "kalvio/curves/IPolyline2DElement.h"
+#include "kalvio/curves/detail/ElementChain.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Kalvio::Math {
+
+class LineString2D;
+
+/// An alignment in plan: an ordered chain of elements, evaluated by station. It owns its elements and copies deeply; it
+/// is itself an element, so chains nest.
+///
+/// Elements need not join: `IsContinuous` tells. A station is the length along the chain from its start; lengths of
+/// elements add up across gaps.
+///
+///     Polyline2D road;
+///     road.AppendElement(new Line2D(Point2D(0, 0), Point2D(100, 0)));
+///     road.AppendElement(new Clothoid(0.0, 300.0, 150.0, Point2D(100, 0), Vec2D(1, 0)));
+///     double station = 0.0;
+///     road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4);  // true, 40
+///
+/// Searches reject elements by their boxes, kept in flat arrays that are built on first use: an element must lie inside
+/// its `GetBoundingBox2D`. They never change an answer.
+class KALVIO_MATH_API Polyline2D final : public IPolyline2DElement, public IComplexGeometry {
+public:
+    /// A point of the chain.
+    struct PolylinePoint {
+        Point2D point;
+        Vec2D tangent;                   // unit, in the direction of travel
+        std::uint32_t elementIndex = 0;  // element (of a line string: segment) that holds the point
+        double distance = 0.0;           // from the query point, where there is one
+        double station = 0.0;            // length along the whole chain from its start
+    };
+
+    Polyline2D() = default;
+
+    MathTypes GetType() const override;
+    /// The union of the elements' boxes; the point box at the origin for an empty chain.
+    BoundingBox2D GetBoundingBox() const { return GetBoundingBox2D(); }
+    BoundingBox2D GetBoundingBox2D() const override;
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 2; }
+    unsigned int GetTopologicalDimension() const override { return 1; }
+    /// Another chain is equal element by element; a single element is equal to a chain that holds just its equal.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    [[nodiscard]] Polyline2D* Clone() const override;
+    /// The elements are replaced by reversed clones in the opposite order.
+    void Reverse() override;
+    /// Sum of the elements' lengths.
+    double GetLength() const override;
+    /// The pieces are polylines. A cut within the user tolerance of a joint falls on the joint; cuts nearer than that
+    /// to the cut (or chain start) before them, and cuts in an element that cannot be broken, are skipped.
+    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
+                          bool modifyThis, const Tolerances& tolerances) override;
+    using IPolyline2DElement::BreakAtPreSorted;
+    bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
+    /// Extends the first (last) element; true whatever that element answers, false for an empty chain.
+    bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
+    bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    /// With another plan element: a new `Polyline2D` of clones; the elements of a polyline are taken one by one.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
+    /// The first element's start, the last element's end; the shared origin for an empty chain.
+    const Point2D& GetStart() const override;
+    const Point2D& GetEnd() const override;
+    /// The first element that holds the point answers, counted from the end where it is measured from there: the
+    /// reversed chain measures the same.
+    /// @param length  set to 0 when no element holds the point (false)
+    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    /// The direction of the first element that holds the point.
+    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    /// The nearest point over all elements, the first of equals; the query point for an empty chain.
+    Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
+
+    /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
+    /// when the chain is empty.
+    const IPolyline2DElement& GetElementAtIndex(unsigned int index) const override;
+    unsigned int GetNrOfElements() const override { return static_cast<unsigned int>(elements.Size()); }
+    unsigned int GetSize() const { return GetNrOfElements(); }
+    /// A point on a joint, or within the tolerance of it, is reported once.
+    void GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
+                                 const Tolerances& tolerances) const override;
+    /// @return true when some element is shorter than `minLength`. A chain that is shorter as a whole (or empty) gives
+    /// true
+    ///         and no indexes
+    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
+    /// Removes the elements of the ascending indexes; indexes out of range are ignored. A gap that opens inside the
+    /// chain is closed where the line or line string behind it, else before it, can be moved to its other side; next to
+    /// other elements it stays.
+    /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers
+    void RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) override;
+
+    /// Takes the element over and appends it. @return false, nothing taken, for a null pointer or this chain itself
+    bool AppendElement(IPolyline2DElement* element);
+    /// Takes the element(s) over before position `index`.
+    /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
+    bool Insert(unsigned int index, IPolyline2DElement* element);
+    bool Insert(unsigned int index, std::vector<IPolyline2DElement*>& added);
+    void DeleteElements();
+
+    /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.
+    bool IsContinuous(double tolerance) const { return elements.IsContinuous(tolerance); }
+    /// The point at half the length; the origin for an empty chain.
+    Point2D GetMidPoint() const;
+
+    /// The first point of the chain at the abscissa start.x + `length`.
+    /// @return 1 when found; 2 when a vertical line lies there (its start is given); 0 when none, `result` untouched
+    int GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const;
+    /// The height there, within 1e-10.
+    int GetYUsingLengthAlongXAxis(double length, double& y) const;
+
+    /// Point, tangent and station at a station of the chain; at a joint the element that starts there. @return false,
+    /// the result untouched, out of [0, length] by more than 1e-10 or where a degenerate element cannot be evaluated
+    bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
+    /// The same at a length along one element.
+    /// @param station  along the element, from 0 to its length; the result's station is along the chain
+    /// @return false for an index or station out of range (by more than 1e-10)
+    bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
+    /// Appends samples at from, from + step ... and `to`, the range clipped to the chain; at a joint the element that
+    /// starts there is sampled. A last sample nearer than the tolerance to `to` gives way to it.
+    /// @return false, nothing appended, for an empty range or a step that is not positive
+    bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
+                               double tolerance) const;
+    /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled.
+    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points, double height,
+                                          double tolerance) const;
+    /// The points alone, appended to a line string.
+    bool MakeLineString(double from, double to, LineString2D& lineString, double step, double tolerance) const;
+    bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height,
+                                   double tolerance) const;
+
+private:
+    // What the searches need of each element, side by side; boxes are widened by the rounding of their coordinates.
+    struct Index {
+        std::vector<double> minX, minY, maxX, maxY;
+        std::vector<double> station;  // start of each element; one more for the end of the chain
+
+        // True when the point is further than `distance` from the box; never for NaN.
+        bool Rejects(std::size_t i, const Point2D& p, double distance) const {
+            const double d = std::abs(distance) + detail::numericalZero;
+            return p.GetX() < minX[i] - d || p.GetX() > maxX[i] + d || p.GetY() < minY[i] - d || p.GetY() > maxY[i] + d;
+        }
+    };
+
+    const Index& GetIndex() const;
+    static Index BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements);
+    // Position in `indexes` of the last index of the run without gaps that starts at `position`.
+    static std::size_t GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position);
+    // The element to evaluate for a station of the chain, already clipped to it.
+    std::size_t ElementAt(double station) const;
+    // Clips a range of stations to the chain; false when nothing is left.
+    bool ClipRange(double& from, double& to) const;
+
+    detail::ElementChain<IPolyline2DElement> elements;
+    detail::Lazy<Index> index;
+};
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "kalvio/curves/IPolyline3DElement.h"
+#include "kalvio/curves/detail/ElementChain.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Kalvio::Math {
+
+/// An ordered chain of elements in space, evaluated by station along its 3D length: the contract of `Polyline2D`.
+class KALVIO_MATH_API Polyline3D final : public IPolyline3DElement {
+public:
+    Polyline3D() = default;
+
+    MathTypes GetType() const override;
+    /// The union of the elements' boxes; the point box at the origin for an empty chain.
+    BoundingBox2D GetBoundingBox2D() const override;
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 3; }
+    unsigned int GetTopologicalDimension() const override { return 1; }
+    /// Another chain is equal element by element; a single element is equal to a chain that holds just its equal.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    [[nodiscard]] Polyline3D* Clone() const override;
+    /// The elements are replaced by reversed clones in the opposite order.
+    void Reverse() override;
+    double GetLength() const override;
+    /// The first element's start, the last element's end; the shared origin for an empty chain.
+    const Point3D& GetStart() const override;
+    const Point3D& GetEnd() const override;
+    /// The first element that holds the point answers, counted from the end where it is measured from there.
+    /// @param length  set to 0 when no element holds the point (false)
+    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    /// The nearest point over all elements, the first of equals; the query point for an empty chain.
+    Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
+
+    /// Unchecked. The element stays owned by the chain.
+    const IPolyline3DElement& GetElementAtIndex(unsigned int index) const { return elements[index]; }
+    unsigned int GetNrOfElements() const { return static_cast<unsigned int>(elements.Size()); }
+    unsigned int GetSize() const { return GetNrOfElements(); }
+    /// @return true when some element is shorter than `minLength`. A chain that is shorter as a whole (or empty) gives
+    /// true
+    ///         and no indexes
+    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
+
+    /// Takes the element over and appends it. @return false, nothing taken, for a null pointer or this chain itself
+    bool AppendElement(IPolyline3DElement* element);
+    /// Takes the element(s) over before position `index`.
+    /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
+    bool Insert(unsigned int index, IPolyline3DElement* element);
+    bool Insert(unsigned int index, std::vector<IPolyline3DElement*>& added);
+    void DeleteElements() { elements.Clear(); }
+
+    /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.
+    bool IsContinuous(double tolerance) const { return elements.IsContinuous(tolerance); }
+
+private:
+    detail::ElementChain<IPolyline3DElement> elements;
+};
+
+}  // namespace Kalvio::Math

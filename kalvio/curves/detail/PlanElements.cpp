@@ -1,0 +1,250 @@
+#include "kalvio/curves/detail/PlanElements.h"
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/polygons/LineString2D.h"
+
+#include <array>
+#include <cmath>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+// Calls `visit` with the element as its own class; false for a class that is not the library's.
+template <class Visit>
+bool WithClass(const IPolyline2DElement& element, Visit&& visit) {
+    switch (element.GetType()) {
+        case MathTypes::Line2D:
+            return visit(static_cast<const Line2D&>(element));
+        case MathTypes::LineString2D:
+            return visit(static_cast<const LineString2D&>(element));
+        case MathTypes::Polyline2D:
+            return visit(static_cast<const Polyline2D&>(element));
+        default:
+            return false;
+    }
+}
+
+// One walk along a line string for all of the ascending stations; at a vertex the segment that starts there gives the
+// tangent.
+bool WalkLineString(const LineString2D& lineString, std::span<const double> stations,
+                    std::vector<ElementPoint>& samples) {
+    const std::vector<Point2D>& points = lineString.GetPoints();
+    if (points.size() < 2) return false;
+    std::size_t i = 0;
+    double start = 0.0;
+    double length = points[0].Distance(points[1]);
+    for (const double station : stations) {
+        while (i + 2 < points.size() && !(station < start + length)) {
+            start += length;
+            ++i;
+            length = points[i].Distance(points[i + 1]);
+        }
+        const Vec2D direction = points[i + 1] - points[i];
+        const double t = length > 0.0 ? (station - start) / length : 0.0;
+        samples.push_back({points[i] + direction * t, Vec2D(direction).Normalize(), station});
+    }
+    return true;
+}
+
+struct Evaluate {
+    double station;
+    ElementPoint& result;
+
+    template <class Element>
+    bool operator()(const Element& element) const {
+        return element.MakePointAndTangentAt(station, result);
+    }
+    bool operator()(const LineString2D& lineString) const {
+        std::vector<ElementPoint> one;
+        if (!WalkLineString(lineString, std::span(&station, 1), one)) return false;
+        result = one.front();
+        return true;
+    }
+    bool operator()(const Polyline2D& polyline) const {
+        Polyline2D::PolylinePoint sample;
+        if (!polyline.MakePointAndTangentAt(station, sample)) return false;
+        result = {sample.point, sample.tangent, sample.station};
+        return true;
+    }
+};
+
+constexpr int piecesPerCurve =
+    64;  // between which a sign change of x - abscissa, or of the x of the tangent, is looked for
+constexpr int mostBisections = 200;
+
+// The station in [low, high] at which value(sample) changes sign.
+template <class Value>
+double Bisect(const IPolyline2DElement& element, double low, double high, Value&& value, ElementPoint& sample) {
+    EvaluateElement(element, low, sample);
+    const bool rises = value(sample) < 0.0;
+    for (int i = 0; i < mostBisections; ++i) {
+        const double middle = 0.5 * (low + high);
+        if (middle <= low || middle >= high) break;
+        EvaluateElement(element, middle, sample);
+        ((value(sample) < 0.0) == rises ? low : high) = middle;
+    }
+    EvaluateElement(element, high, sample);
+    return high;
+}
+
+// A curve that may turn back in x is cut where its tangent is vertical; each piece passes an abscissa at most once.
+int PointOnCurveAtAbscissa(const IPolyline2DElement& element, double x, ElementPoint& result) {
+    const auto ahead = [x](const ElementPoint& p) { return p.point.GetX() - x; };
+    const auto run = [](const ElementPoint& p) { return p.tangent.GetX(); };
+    const auto crossing = [&](double from, double to) {
+        ElementPoint a;
+        ElementPoint b;
+        if (!EvaluateElement(element, from, a) || !EvaluateElement(element, to, b)) return false;
+        if (ahead(a) == 0.0) {
+            result = a;
+            return true;
+        }
+        if (!((ahead(a) < 0.0) != (ahead(b) < 0.0))) return false;
+        Bisect(element, from, to, ahead, result);
+        return true;
+    };
+    const double length = element.GetLength();
+    for (int i = 0; i < piecesPerCurve; ++i) {
+        const double from = length * i / piecesPerCurve;
+        const double to = i + 1 == piecesPerCurve ? length : length * (i + 1) / piecesPerCurve;
+        ElementPoint a;
+        ElementPoint b;
+        if (!EvaluateElement(element, from, a) || !EvaluateElement(element, to, b)) return 0;
+        if (run(a) * run(b) < 0.0) {
+            ElementPoint turn;
+            const double middle = Bisect(element, from, to, run, turn);
+            if (crossing(from, middle) || crossing(middle, to)) return 1;
+        } else if (crossing(from, to)) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+int PointOnLineAtAbscissa(const Line2D& line, double x, double tolerance, ElementPoint& result) {
+    const double dx = line.GetEnd().GetX() - line.GetStart().GetX();
+    if (std::abs(dx) <= numericalZero) {
+        if (!(std::abs(x - line.GetStart().GetX()) <= tolerance)) return 0;
+        result = {line.GetStart(), line.GetDirection(), 0.0};
+        return 2;
+    }
+    const double t = (x - line.GetStart().GetX()) / dx;
+    return t >= 0.0 && t <= 1.0 && EvaluateElement(line, t * line.GetLength(), result) ? 1 : 0;
+}
+
+}  // namespace
+
+const IPolyline2DElement* AsPlanElement(const IGeometry& geometry) {
+    switch (geometry.GetType()) {
+        case MathTypes::Arc2D:
+        case MathTypes::Clothoid:
+        case MathTypes::Line2D:
+        case MathTypes::LineString2D:
+        case MathTypes::Parabola:
+        case MathTypes::Polyline2D:
+        case MathTypes::Spiral2D:
+            return static_cast<const IPolyline2DElement*>(&geometry);
+        default:
+            return nullptr;
+    }
+}
+
+const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element) {
+    switch (element.GetType()) {
+        case MathTypes::LineString2D:
+            return &static_cast<const LineString2D&>(element);
+        case MathTypes::Polyline2D:
+            return &static_cast<const Polyline2D&>(element);
+        default:
+            return nullptr;
+    }
+}
+
+Point2D NearestPointOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances) {
+    if (element.GetType() != MathTypes::LineString2D) return element.GetNearestPoint(point, tolerances);
+    const auto& lineString = static_cast<const LineString2D&>(element);
+    unsigned int segment = 0;
+    if (!lineString.GetClosestSegment(point, segment)) return lineString.GetStart();
+    return lineString.GetElementAtIndex(segment).GetNearestPoint(point, tolerances);
+}
+
+bool EvaluateElement(const IPolyline2DElement& element, double station, ElementPoint& result) {
+    return WithClass(element, Evaluate{station, result});
+}
+
+bool SampleElement(const IPolyline2DElement& element, std::span<const double> stations,
+                   std::vector<ElementPoint>& samples) {
+    if (element.GetType() == MathTypes::LineString2D) {
+        return WalkLineString(static_cast<const LineString2D&>(element), stations, samples);
+    }
+    return WithClass(element, [&](const auto& curve) {
+        for (const double station : stations) {
+            ElementPoint sample;
+            if (!Evaluate{station, sample}(curve)) return false;
+            samples.push_back(sample);
+        }
+        return true;
+    });
+}
+
+bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, double to, double height,
+                              std::vector<ElementPoint>& samples) {
+    switch (element.GetType()) {
+        case MathTypes::LineString2D: {
+            // The ends of the range and the vertices between them.
+            const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();
+            std::vector<double> stations{from};
+            double station = 0.0;
+            for (std::size_t i = 1; i < points.size() && station < to; ++i) {
+                station += points[i - 1].Distance(points[i]);
+                if (station > from + numericalZero && station < to - numericalZero) stations.push_back(station);
+            }
+            if (to > from) stations.push_back(to);
+            return SampleElement(element, stations, samples);
+        }
+        case MathTypes::Polyline2D: {
+            std::vector<Polyline2D::PolylinePoint> points;
+            if (!static_cast<const Polyline2D&>(element).MakePointsAndTangentsUsingHeight(from, to, points, height,
+                                                                                          numericalZero)) {
+                return false;
+            }
+            for (const Polyline2D::PolylinePoint& p : points) samples.push_back({p.point, p.tangent, p.station});
+            return true;
+        }
+        default:
+            return SampleElement(element, std::array{from, to}, samples);
+    }
+}
+
+int PointAtAbscissa(const IPolyline2DElement& element, double x, double tolerance, ElementPoint& result) {
+    int found = 0;
+    if (element.GetType() == MathTypes::Line2D) {
+        found = PointOnLineAtAbscissa(static_cast<const Line2D&>(element), x, tolerance, result);
+    } else if (const IComplexGeometry* const chain = AsComplexGeometry(element)) {
+        double before = 0.0;
+        for (unsigned int i = 0; i < chain->GetNrOfElements() && found == 0; ++i) {
+            const IPolyline2DElement& part = chain->GetElementAtIndex(i);
+            found = PointAtAbscissa(part, x, tolerance, result);
+            if (found != 0) result.station += before;
+            before += part.GetLength();
+        }
+        return found;
+    } else {
+        found = PointOnCurveAtAbscissa(element, x, result);
+    }
+    if (found != 0) return found;
+    // Just beyond an end.
+    for (const double station : {0.0, element.GetLength()}) {
+        ElementPoint end;
+        if (EvaluateElement(element, station, end) && std::abs(end.point.GetX() - x) <= tolerance) {
+            result = end;
+            return 1;
+        }
+    }
+    return 0;
+}
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,364 @@
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Polyline3D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "support/Concurrently.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+const Tolerances kTolerances(0.0001, 1e-10);
+
+std::vector<std::unique_ptr<IGeometry>> Owned(const std::vector<IGeometry*>& out) { return {out.begin(), out.end()}; }
+
+const Polyline2D& AsPolyline(const std::unique_ptr<IGeometry>& geometry) {
+    return static_cast<const Polyline2D&>(*geometry);
+}
+
+// A chain that joins without gaps, of `count` random elements that go on in the direction of the one before.
+Polyline2D RandomRoad(std::mt19937_64& random, int count, const Point2D& origin) {
+    std::uniform_real_distribution<double> length(5.0, 60.0);
+    std::uniform_real_distribution<double> turn(-1.0, 1.0);
+    Polyline2D road;
+    Point2D at = origin;
+    Vec2D along(1.0, 0.0);
+    for (int i = 0; i < count; ++i) {
+        along = Vec2D(along.GetX() - turn(random) * along.GetY(), along.GetY() + turn(random) * along.GetX(), 1.0);
+        road.AppendElement(new Line2D(at, Vec2D(along * length(random))));
+        at = road.GetEnd();
+        Polyline2D::PolylinePoint end;
+        EXPECT_TRUE(road.MakePointAndTangentAt(road.GetLength(), end));
+        along = end.tangent;
+    }
+    return road;
+}
+
+// The described walk, element by element, without boxes.
+bool WalkToStation(const Polyline2D& road, const Point2D& p, double& station, double tolerance) {
+    station = 0.0;
+    for (unsigned int i = 0; i < road.GetNrOfElements(); ++i) {
+        const IPolyline2DElement& element = road.GetElementAtIndex(i);
+        double onElement = 0.0;
+        if (element.GetLengthFromStartPoint(p, onElement, tolerance)) {
+            station += onElement;
+            return true;
+        }
+        station += element.GetLength();
+    }
+    station = 0.0;
+    return false;
+}
+
+class PolylineLawTest : public testing::TestWithParam<int> {
+protected:
+    std::mt19937_64 random{SeedFromEnvironment("KALVIO_TEST_SEED", 4711) + static_cast<std::uint64_t>(GetParam())};
+    Polyline2D road = RandomRoad(random, 3 + GetParam(), surveyOrigins[GetParam() % 2]);
+    std::uniform_real_distribution<double> part{0.0, 1.0};
+};
+
+TEST_P(PolylineLawTest, StationsAreThoseOfTheWalkAndTheReversedChainMirrorsThem) {
+    const std::unique_ptr<IGeometry> reversed(road.CloneAsReverse());
+    EXPECT_TRUE(road.IsContinuous(1e-6));
+    EXPECT_TRUE(AsPolyline(reversed).IsContinuous(1e-6));
+    for (int i = 0; i < 60; ++i) {
+        Polyline2D::PolylinePoint sample;
+        ASSERT_TRUE(road.MakePointAndTangentAt(part(random) * road.GetLength(), sample));
+        const Point2D p = sample.point + sample.tangent.GetNormalVector(true) * (i % 3 == 0 ? 0.4 : 0.0);
+        const double tolerance = i % 4 == 1 ? 0.5 : 1e-4;
+        double expected = -1.0;
+        double station = -2.0;
+        const bool holds = WalkToStation(road, p, expected, tolerance);
+        EXPECT_EQ(road.GetLengthFromStartPoint(p, station, tolerance), holds);
+        EXPECT_DOUBLE_EQ(station, expected) << "0 where no element holds the point";
+        EXPECT_EQ(road.IsPointOnGeometry(p, Tolerances(tolerance, 1e-10)), holds);
+        double fromEnd = -1.0;
+        EXPECT_EQ(AsPolyline(reversed).GetLengthFromEndPoint(p, fromEnd, tolerance), holds);
+        EXPECT_NEAR(fromEnd, expected, 1e-6);
+    }
+}
+
+TEST_P(PolylineLawTest, EveryStationIsFoundAgainAndIsItsOwnNearestPoint) {
+    for (int i = 0; i < 60; ++i) {
+        const double station = part(random) * road.GetLength();
+        Polyline2D::PolylinePoint sample;
+        ASSERT_TRUE(road.MakePointAndTangentAt(station, sample));
+        EXPECT_NEAR(sample.tangent.Length(), 1.0, 1e-12);
+        std::vector<double> lengths;
+        road.GetLengthsAlongGeometry(sample.point, lengths, kTolerances);
+        const auto isIt = [&](double length) { return std::abs(length - station) < 1e-3; };
+        EXPECT_EQ(std::count_if(lengths.begin(), lengths.end(), isIt), 1);
+        const Point2D off = sample.point + sample.tangent.GetNormalVector(true) * 3.0;
+        const Point2D nearest = road.GetNearestPoint(off, kTolerances);
+        EXPECT_LE(nearest.Distance(off), 3.0 + 1e-8);
+        double best = 1e300;
+        for (unsigned int k = 0; k <= 4000; ++k) {
+            Polyline2D::PolylinePoint other;
+            ASSERT_TRUE(road.MakePointAndTangentAt(road.GetLength() * k / 4000.0, other));
+            best = std::min(best, other.point.Distance(off));
+        }
+        EXPECT_LE(nearest.Distance(off), best + 1e-8);
+    }
+}
+
+TEST_P(PolylineLawTest, PiecesOfABreakAddUp) {
+    std::map<double, const Point2D> breaks;
+    for (int i = 0; i < 5; ++i) {
+        const double station = (0.01 + 0.98 * part(random)) * road.GetLength();
+        Polyline2D::PolylinePoint sample;
+        ASSERT_TRUE(road.MakePointAndTangentAt(station, sample));
+        breaks.emplace(1000.0 + station, sample.point);
+    }
+    const Point2D joint = road.GetElementAtIndex(1).GetStart();
+    breaks.emplace(1000.0 + road.GetElementAtIndex(0).GetLength(), joint);
+    std::vector<IGeometry*> out;
+    ASSERT_TRUE(road.BreakAtPreSorted(breaks, 1000.0, out, kTolerances));
+    const auto pieces = Owned(out);
+    ASSERT_EQ(pieces.size(), breaks.size() + 1);
+    double length = 0.0;
+    auto cut = breaks.begin();
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        const Polyline2D& piece = AsPolyline(pieces[i]);
+        EXPECT_TRUE(piece.IsContinuous(1e-6));
+        length += piece.GetLength();
+        if (i + 1 == pieces.size()) break;
+        EXPECT_THAT(piece.GetEnd(), IsNear(cut->second, 1e-6));
+        EXPECT_THAT(AsPolyline(pieces[i + 1]).GetStart(), IsNear(cut->second, 1e-6));
+        EXPECT_NEAR(length, cut->first - 1000.0, 1e-6);
+        ++cut;
+    }
+    EXPECT_NEAR(length, road.GetLength(), 1e-6);
+
+    Polyline2D changed(road);
+    std::vector<IGeometry*> rest;
+    ASSERT_TRUE(changed.BreakAtPreSorted(breaks, 1000.0, rest, true, kTolerances));
+    const auto others = Owned(rest);
+    EXPECT_EQ(others.size() + 1, pieces.size());
+    EXPECT_TRUE(changed.IsEqualTo(*pieces.front(), 1e-9));
+}
+
+TEST_P(PolylineLawTest, SamplesStandAtTheirStations) {
+    const double from = 0.1 * road.GetLength();
+    const double to = 0.9 * road.GetLength();
+    std::vector<Polyline2D::PolylinePoint> samples;
+    ASSERT_TRUE(road.MakePointsAndTangents(from, to, samples, 1.7, 1e-6));
+    EXPECT_EQ(samples.size(), static_cast<std::size_t>((to - from) / 1.7) + 2);
+    EXPECT_EQ(samples.back().station, to);
+    std::vector<Polyline2D::PolylinePoint> chords;
+    ASSERT_TRUE(road.MakePointsAndTangentsUsingHeight(from, to, chords, 0.01, 1e-6));
+    EXPECT_NEAR(chords.front().station, from, 1e-9);
+    EXPECT_NEAR(chords.back().station, to, 1e-9);
+    std::size_t chord = 0;
+    for (const Polyline2D::PolylinePoint& sample : samples) {
+        Polyline2D::PolylinePoint expected;
+        ASSERT_TRUE(road.MakePointAndTangentAt(sample.station, expected));
+        EXPECT_THAT(sample.point, IsNear(expected.point, 1e-7));
+        EXPECT_THAT(sample.tangent, IsNear(expected.tangent, 1e-9));
+        EXPECT_EQ(sample.elementIndex, expected.elementIndex);
+        while (chord + 2 < chords.size() && chords[chord + 1].station < sample.station) ++chord;
+        const Line2D segment(chords[chord].point, chords[chord + 1].point);
+        EXPECT_LE(segment.GetNearestPoint(sample.point, kTolerances).Distance(sample.point), 0.01 + 1e-7);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Roads, PolylineLawTest, testing::Range(0, 8));
+
+TEST(PolylineTest, OwnsWhatItTakesAndRefusesWhatItCannot) {
+    Polyline2D chain;
+    EXPECT_FALSE(chain.AppendElement(nullptr));
+    EXPECT_FALSE(chain.AppendElement(&chain));
+    EXPECT_TRUE(chain.AppendElement(new Line2D(Point2D(0, 0), Point2D(1, 0))));
+    const auto refused = std::make_unique<Line2D>(Point2D(5, 5), Point2D(6, 6));
+    EXPECT_FALSE(chain.Insert(2, refused.get()));
+    std::vector<IPolyline2DElement*> holed{refused.get(), nullptr};
+    EXPECT_FALSE(chain.Insert(0, holed));
+    std::vector<IPolyline2DElement*> added{new Line2D(Point2D(-2, 0), Point2D(-1, 0)),
+                                           new Line2D(Point2D(-1, 0), Point2D(0, 0))};
+    EXPECT_TRUE(chain.Insert(0, added));
+    EXPECT_EQ(chain.GetNrOfElements(), 3U);
+    EXPECT_TRUE(chain.IsContinuous(1e-12));
+    EXPECT_EQ(chain.GetStart(), Point2D(-2, 0));
+
+    Polyline2D copy(chain);
+    copy.ExtendEnd(Point2D(9, 0), kTolerances);
+    EXPECT_EQ(chain.GetEnd(), Point2D(1, 0)) << "copies are deep";
+    EXPECT_EQ(copy.GetLength(), 11.0) << "and forget what was known of the old elements";
+    copy = chain;
+    EXPECT_EQ(copy.GetLength(), 3.0);
+    EXPECT_TRUE(copy.IsEqualTo(chain, 1e-12));
+    copy.DeleteElements();
+    EXPECT_EQ(copy.GetLength(), 0.0);
+}
+
+TEST(PolylineTest, EmptyChainAnswersEverything) {
+    Polyline2D empty;
+    double length = 7.0;
+    Vec2D tangent;
+    Polyline2D::PolylinePoint sample;
+    std::vector<Polyline2D::PolylinePoint> samples;
+    std::vector<std::uint64_t> indexes;
+    EXPECT_EQ(&empty.GetStart(), &Point2D::origo());
+    EXPECT_EQ(&empty.GetEnd(), &Point2D::origo());
+    EXPECT_TRUE(empty.IsContinuous(0.0));
+    EXPECT_FALSE(empty.GetLengthFromStartPoint(Point2D(), length, 1.0));
+    EXPECT_EQ(length, 0.0);
+    EXPECT_FALSE(empty.ComputeTangent(Point2D(), tangent, kTolerances));
+    EXPECT_FALSE(empty.ExtendEnd(Point2D(1, 1), kTolerances));
+    EXPECT_FALSE(empty.MakePointAndTangentAt(0.0, sample));
+    EXPECT_FALSE(empty.MakePointAndTangentAt(0, 0.0, sample));
+    EXPECT_FALSE(empty.MakePointsAndTangents(0.0, 1.0, samples, 0.1, 0.0));
+    EXPECT_TRUE(empty.FindShortElements(indexes, 1.0));
+    EXPECT_EQ(empty.GetElementAtIndex(3).GetLength(), 0.0);
+    EXPECT_EQ(empty.GetNearestPoint(Point2D(2, 3), kTolerances), Point2D(2, 3));
+    EXPECT_EQ(empty.GetPointUsingLengthAlongXAxis(0.0, sample, 1.0), 0);
+    EXPECT_EQ(&Polyline3D().GetStart(), &Point3D::origo());
+}
+
+TEST(PolylineTest, GapsAndJoints) {
+    Polyline2D chain;
+    chain.AppendElement(new Line2D(Point2D(0, 0), Point2D(10, 0)));
+    chain.AppendElement(new Line2D(Point2D(10, 0), Point2D(10, 5)));
+    EXPECT_TRUE(chain.IsContinuous(1e-6));
+    std::vector<double> lengths;
+    chain.GetLengthsAlongGeometry(Point2D(10, 0), lengths, kTolerances);
+    EXPECT_EQ(lengths, std::vector<double>{10.0}) << "a joint is one passage";
+    Polyline2D::PolylinePoint sample;
+    ASSERT_TRUE(chain.MakePointAndTangentAt(10.0, sample));
+    EXPECT_EQ(sample.elementIndex, 1U) << "a joint belongs to the element that starts there";
+    EXPECT_FALSE(chain.MakePointAndTangentAt(15.001, sample));
+
+    chain.AppendElement(new Line2D(Point2D(10, 5.25), Point2D(0, 5.25)));
+    EXPECT_FALSE(chain.IsContinuous(0.25));
+    EXPECT_TRUE(chain.IsContinuous(0.26));
+    EXPECT_EQ(chain.GetLength(), 25.0) << "lengths add up across gaps";
+    double station = 0.0;
+    ASSERT_TRUE(chain.GetLengthFromStartPoint(Point2D(4, 5.25), station, 1e-4));
+    EXPECT_EQ(station, 21.0);
+
+    // The nested chain sets its output to 0 when it does not hold the point; the sum must not lose its length.
+    Polyline2D outer;
+    outer.AppendElement(chain.Clone());
+    outer.AppendElement(new Line2D(Point2D(0, 5.25), Point2D(-8, 5.25)));
+    ASSERT_TRUE(outer.GetLengthFromStartPoint(Point2D(-3, 5.25), station, 1e-4));
+    EXPECT_EQ(station, 28.0);
+    ASSERT_TRUE(outer.MakePointAndTangentAt(21.0, sample));
+    EXPECT_EQ(sample.point, Point2D(4, 5.25));
+    EXPECT_EQ(outer.GetMidPoint(), Point2D(8.5, 5.25));
+}
+
+TEST(PolylineTest, RemovedRunsAreBridged) {
+    Polyline2D chain;
+    for (int i = 0; i < 6; ++i) chain.AppendElement(new Line2D(Point2D(i, i % 2), Point2D(i + 1, (i + 1) % 2)));
+    std::vector<std::uint64_t> indexes;
+    EXPECT_FALSE(chain.FindShortElements(indexes, 1.0));
+    EXPECT_TRUE(chain.FindShortElements(indexes, 2.0));
+    EXPECT_EQ(indexes.size(), 6U);
+    indexes.clear();
+    EXPECT_TRUE(chain.FindShortElements(indexes, 100.0)) << "the whole chain counts as short";
+    EXPECT_TRUE(indexes.empty());
+    chain.RemoveElements({1, 2, 4, 77}, true);
+    ASSERT_EQ(chain.GetNrOfElements(), 3U);
+    EXPECT_TRUE(chain.IsContinuous(1e-12));
+    EXPECT_TRUE(chain.GetElementAtIndex(1).IsEqualTo(Line2D(Point2D(1, 1), Point2D(4, 0)), 1e-12));
+    EXPECT_TRUE(chain.GetElementAtIndex(2).IsEqualTo(Line2D(Point2D(4, 0), Point2D(6, 0)), 1e-12));
+
+    const std::unique_ptr<const IPolyline2DElement> released(&chain.GetElementAtIndex(0));
+    chain.RemoveElements({0}, false);
+    EXPECT_EQ(chain.GetNrOfElements(), 2U);
+    EXPECT_EQ(released->GetStart(), Point2D(0, 0)) << "still alive, and ours";
+}
+
+TEST(PolylineTest, SingleElementEqualsItsChain) {
+    const Line2D line(Point2D(0, 0), Point2D(3, 4));
+    Polyline2D chain;
+    chain.AppendElement(line.Clone());
+    EXPECT_TRUE(chain.IsEqualTo(line, 1e-9));
+    EXPECT_TRUE(line.IsEqualTo(chain, 1e-9));
+    const std::unique_ptr<IGeometry> bent(line.Append(&line));
+    EXPECT_EQ(bent->GetType(), MathTypes::LineString2D);
+    const std::unique_ptr<IGeometry> joined(line.Append(&chain));
+    ASSERT_EQ(joined->GetType(), MathTypes::Polyline2D);
+    EXPECT_EQ(AsPolyline(joined).GetNrOfElements(), 2U) << "taken one by one";
+    EXPECT_EQ(std::unique_ptr<IGeometry>(line.Append(nullptr)), nullptr);
+    const Point2D point;
+    EXPECT_EQ(std::unique_ptr<IGeometry>(chain.Append(&point)), nullptr);
+}
+
+TEST(PolylineTest, HeightsAlongTheXAxis) {
+    Polyline2D profile;
+    profile.AppendElement(new Line2D(Point2D(100, 10), Point2D(150, 12)));
+    profile.AppendElement(new Line2D(Point2D(150, 12), Point2D(150, 15)));
+    profile.AppendElement(new LineString2D({Point2D(150, 15), Point2D(160, 15), Point2D(170, 20)}));
+    double y = -1.0;
+    EXPECT_EQ(profile.GetYUsingLengthAlongXAxis(25.0, y), 1);
+    EXPECT_DOUBLE_EQ(y, 11.0);
+    EXPECT_EQ(profile.GetYUsingLengthAlongXAxis(50.0, y), 1) << "the first element there wins";
+    EXPECT_DOUBLE_EQ(y, 12.0);
+    EXPECT_EQ(profile.GetYUsingLengthAlongXAxis(65.0, y), 1);
+    EXPECT_DOUBLE_EQ(y, 17.5);
+    EXPECT_EQ(profile.GetYUsingLengthAlongXAxis(71.0, y), 0);
+    EXPECT_DOUBLE_EQ(y, 17.5);
+    Polyline2D::PolylinePoint sample;
+    EXPECT_EQ(profile.GetPointUsingLengthAlongXAxis(70.5, sample, 0.5), 1) << "up to the tolerance beyond the end";
+    EXPECT_EQ(sample.point, Point2D(170, 20));
+    EXPECT_DOUBLE_EQ(sample.station, profile.GetLength());
+    Polyline2D wall;
+    wall.AppendElement(new Line2D(Point2D(1, 5), Point2D(1, 9)));
+    EXPECT_EQ(wall.GetPointUsingLengthAlongXAxis(0.0, sample, 1e-6), 2);
+    EXPECT_EQ(sample.point, Point2D(1, 5));
+}
+
+TEST(PolylineTest, ConstQueriesFromManyThreads) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 99));
+    const Polyline2D road = RandomRoad(random, 40, Point2D(385000, 6672000));
+    const double length = Polyline2D(road).GetLength();
+    std::vector<double> worst(8, 0.0);
+    Concurrently(8, [&](unsigned int thread) {
+        for (int i = 0; i < 50; ++i) {
+            const double station = length * (i + 0.5) / 50.0;
+            Polyline2D::PolylinePoint sample;
+            double found = -1.0;
+            road.MakePointAndTangentAt(station, sample);
+            road.GetLengthFromStartPoint(sample.point, found, 1e-4);
+            double expected = -1.0;
+            WalkToStation(road, sample.point, expected, 1e-4);
+            worst[thread] = std::max(worst[thread], std::abs(found - expected));
+        }
+    });
+    EXPECT_EQ(*std::max_element(worst.begin(), worst.end()), 0.0);
+}
+
+TEST(Polyline3DTest, ChainInSpace) {
+    Polyline3D chain;
+    EXPECT_FALSE(chain.AppendElement(nullptr));
+    EXPECT_TRUE(chain.AppendElement(new Line3D(Point3D(0, 0, 0), Point3D(2, 3, 6))));
+    EXPECT_TRUE(chain.AppendElement(new Line3D(Point3D(2, 3, 6), Point3D(2, 3, 16))));
+    EXPECT_TRUE(chain.IsContinuous(1e-9));
+    EXPECT_EQ(chain.GetLength(), 17.0);
+    double length = -1.0;
+    ASSERT_TRUE(chain.GetLengthFromStartPoint(Point3D(2, 3, 10), length, 1e-4));
+    EXPECT_EQ(length, 11.0);
+    ASSERT_TRUE(chain.GetLengthFromEndPoint(Point3D(1, 1.5, 3), length, 1e-4));
+    EXPECT_EQ(length, 13.5);
+    EXPECT_FALSE(chain.GetLengthFromStartPoint(Point3D(9, 9, 9), length, 1e-4));
+    EXPECT_THAT(chain.GetNearestPoint(Point3D(5, 3, 9), kTolerances), IsNear(Point3D(2, 3, 9), 1e-12));
+    const std::unique_ptr<IGeometry> reversed(chain.CloneAsReverse());
+    EXPECT_EQ(static_cast<const Polyline3D&>(*reversed).GetStart().GetZ(), 16.0);
+    EXPECT_TRUE(static_cast<const Polyline3D&>(*reversed).IsContinuous(1e-9));
+    EXPECT_EQ(chain.GetBoundingBox3D().GetSize().GetZ(), 16.0);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
