@@ -1,0 +1,669 @@
+#include "kalvio/curves/Clothoid.h"
+
+#include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Numbers.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/CurveSearch.h"
+#include "kalvio/curves/detail/SampleSteps.h"
+#include "kalvio/polygons/LineString2D.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <type_traits>
+
+namespace Kalvio::Math {
+
+// Notation: A = parameter, l = length from the inflection point, s = station (length from the start), tau = tangent
+// angle l^2 / (2 A^2); a 1 or 2 suffix = start or end. grow: the curve runs away from its inflection point.
+
+namespace {
+
+constexpr double extensionTurn = 2.0;  // tau [rad] up to which a clothoid is extended: error 1.3e-8 A
+constexpr double mostTurn = 15.0;      // tau [rad] beyond which the first omitted term no longer bounds the series
+
+// Inclusive; a NaN is not zero.
+bool IsZero(double value, double tolerance = detail::numericalZero) { return std::abs(value) <= std::abs(tolerance); }
+
+// Coefficients 1 / ((4n+1) (2n)!) of x and 1 / ((4n+3) (2n+1)!) of y, n = 0, 1 ..., while the factorials are doubles.
+struct SeriesTable {
+    static constexpr int size = 85;
+    std::array<double, size> x{};
+    std::array<double, size> y{};
+
+    constexpr SeriesTable() {
+        double factorial = 1.0;
+        for (int n = 0; n < size; ++n) {
+            if (n > 0) factorial *= (2.0 * n - 1.0) * (2.0 * n);
+            const auto i = static_cast<std::size_t>(n);
+            x[i] = 1.0 / ((4.0 * n + 1.0) * factorial);
+            y[i] = 1.0 / ((4.0 * n + 3.0) * (factorial * (2.0 * n + 1.0)));
+        }
+    }
+};
+
+constexpr SeriesTable series;
+
+struct LocalPoint {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+// The local point for A = 1, by powers of -tau^2 from the first term on. A `Count` known at compile time is unrolled.
+template <class Count>
+inline LocalPoint SumTerms(double tau, Count count) {
+    const double factor = -tau * tau;
+    double power = 1.0;
+    double x = 0.0;
+    double y = 0.0;
+    for (std::size_t n = 0; n < count; ++n) {
+        x += power * series.x[n];
+        y += power * series.y[n];
+        power *= factor;
+    }
+    const double scale = std::sqrt(2.0 * tau);
+    return {scale * x, scale * tau * y};
+}
+
+inline LocalPoint UnitPoint(double tau, int terms) {
+    if (terms == Clothoid::defaultTerms)
+        return SumTerms(tau, std::integral_constant<std::size_t, Clothoid::defaultTerms>());
+    return SumTerms(tau, static_cast<std::size_t>(std::clamp(terms, 0, SeriesTable::size)));
+}
+
+// Bound of what the terms beyond the seventh add to x and y together, for A = 1 and tau below `mostTurn`.
+double SeriesError(double tau) {
+    constexpr std::size_t n = Clothoid::defaultTerms;
+    const double omitted = std::sqrt(2.0 * tau) * std::pow(tau, 2.0 * n) * (series.x[n] + tau * series.y[n]);
+    return omitted / (1.0 - tau * tau / ((2.0 * n + 1.0) * (2.0 * n + 2.0)));
+}
+
+}  // namespace
+
+// Evaluates the closed form at stations, relative to the start point.
+class Clothoid::Evaluator {
+public:
+    explicit Evaluator(const Clothoid& evaluated, int seriesTerms = defaultTerms)
+        : frame(evaluated.frame),
+          a(evaluated.parameter),
+          aSquared(a * a),
+          length(evaluated.GetLength()),
+          terms(seriesTerms) {
+        if (terms == defaultTerms) return;
+        const LocalPoint first = UnitPoint(Tau(frame.length1), terms);
+        frame.x1 = a * first.x;
+        frame.y1 = a * first.y;
+    }
+
+    double LengthFromInflection(double station) const { return frame.length1 + frame.xSign * station; }
+    double Tau(double l) const { return aSquared > 0.0 ? l * l / (2.0 * aSquared) : 0.0; }
+
+    LocalPoint PositionAt(double tau) const {
+        const LocalPoint local = UnitPoint(tau, terms);
+        const double dx = frame.xSign * (a * local.x - frame.x1);
+        const double dy = frame.ySign * (a * local.y - frame.y1);
+        return {dx * frame.cosine - dy * frame.sine, dx * frame.sine + dy * frame.cosine};
+    }
+    double SquaredDistance(double station, const Vec2D& query) const {
+        const LocalPoint at = PositionAt(Tau(LengthFromInflection(station)));
+        const double dx = at.x - query.GetX();
+        const double dy = at.y - query.GetY();
+        return dx * dx + dy * dy;
+    }
+    detail::CurveState At(double station) const {
+        const double l = LengthFromInflection(station);
+        const double tau = Tau(l);
+        const LocalPoint at = PositionAt(tau);
+        const double direction = frame.angle + frame.xSign * frame.ySign * tau;
+        return {at.x, at.y, std::cos(direction), std::sin(direction), Curvature(l)};
+    }
+    double GetDirection(double station) const {
+        return frame.angle + frame.xSign * frame.ySign * Tau(LengthFromInflection(station));
+    }
+    double GetCurvature(double station) const { return Curvature(LengthFromInflection(station)); }
+    double GetLargestRate() const { return aSquared > 0.0 ? 1.0 / aSquared : 0.0; }
+    double GetInflection() const { return -1.0; }  // at most an end lies there
+
+    PolylineElementPoint Sample(const Point2D& start, double station) const {
+        const detail::CurveState at = At(station);
+        return {start + Vec2D(at.x, at.y), Vec2D(at.cosine, at.sine), station};
+    }
+    // Calls emit(sample) at from + offset for every offset.
+    template <class Emit>
+    void SampleAll(const Point2D& start, const std::vector<double>& steps, double from, Emit&& emit) const {
+        for (const double offset : steps) emit(Sample(start, std::min(from + offset, length)));
+    }
+
+private:
+    double Curvature(double l) const { return aSquared > 0.0 ? frame.ySign * l / aSquared : 0.0; }
+
+    Frame frame;
+    double a;
+    double aSquared;
+    double length;
+    int terms;
+};
+
+Clothoid::Clothoid() { Update(); }
+
+Clothoid::Clothoid(double startRadiusValue, double endRadiusValue, double parameterValue, const Point2D& from,
+                   const Vec2D& tangent)
+    : start(from),
+      startTangent(tangent),
+      startRadius(startRadiusValue),
+      endRadius(endRadiusValue),
+      parameter(parameterValue) {
+    Update();
+}
+
+Clothoid::Clothoid(const Clothoid& other) : IPolyline2DElement(other) { CopyData(other); }
+
+Clothoid& Clothoid::operator=(const Clothoid& other) {
+    CopyData(other);
+    return *this;
+}
+
+void Clothoid::CopyData(const Clothoid& other) {
+    start = other.start;
+    end = other.end;
+    startTangent = other.startTangent;
+    startRadius = other.startRadius;
+    endRadius = other.endRadius;
+    parameter = other.parameter;
+    frame = other.frame;
+}
+
+void Clothoid::Update() {
+    end = ComputePointFromRadius(endRadius, defaultTerms);
+    frame = ComputeFrame();
+}
+
+Clothoid::Frame Clothoid::ComputeFrame() const {
+    const double length1 = std::abs(GetLength(startRadius));
+    const double length2 = std::abs(GetLength(endRadius));
+    Frame f;
+    f.length1 = length1;
+    f.xSign = length2 > length1 ? 1.0 : -1.0;
+    f.ySign = startRadius < 0.0 || endRadius < 0.0 ? -1.0 : 1.0;
+    const double tau1 = ComputeTauFromRadius(startRadius, parameter, detail::numericalZero);
+    const double tau2 = ComputeTauFromRadius(endRadius, parameter, detail::numericalZero);
+    // The rotation angle at tau1, also where equal radii give its sign rule nothing to go by.
+    f.angle = ComputeRotationAngle(0.0) - f.xSign * f.ySign * tau1;
+    f.cosine = std::cos(f.angle);
+    f.sine = std::sin(f.angle);
+    const Point2D first = ComputePoint(tau1, defaultTerms);
+    f.x1 = first.GetX();
+    f.y1 = first.GetY();
+    const bool opposite = !IsZero(startRadius) && !IsZero(endRadius) && (startRadius < 0.0) != (endRadius < 0.0);
+    f.usable = !opposite && parameter >= 0.0 && tau1 <= mostTurn && tau2 <= mostTurn && std::isfinite(f.angle) &&
+               std::isfinite(end.GetX()) && std::isfinite(end.GetY()) && std::isfinite(start.GetX()) &&
+               std::isfinite(start.GetY()) && std::isfinite(GetLength());
+    return f;
+}
+
+MathTypes Clothoid::GetType() const { return MathTypes::Clothoid; }
+
+BoundingBox2D Clothoid::GetBoundingBox2D() const {
+    if (!frame.usable) {
+        return {Point2D(std::min(start.GetX(), end.GetX()), std::min(start.GetY(), end.GetY())),
+                Point2D(std::max(start.GetX(), end.GetX()), std::max(start.GetY(), end.GetY()))};
+    }
+    const Evaluator curve(*this);
+    const double length = GetLength();
+    const BoundingBox2D box = detail::BoxOfCurve(curve, length);
+    const double furthest = std::max(frame.length1, curve.LengthFromInflection(length));
+    const double margin = 2.0 * parameter * SeriesError(curve.Tau(furthest));
+    const Vec2D toStart(start.GetX(), start.GetY());
+    return {box.GetMinPoint() + toStart - Vec2D(margin, margin), box.GetMaxPoint() + toStart + Vec2D(margin, margin)};
+}
+
+BoundingBox3D Clothoid::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
+
+bool Clothoid::IsEqualTo(const IGeometry& other, double tolerance) const {
+    return other.GetType() == MathTypes::Clothoid && IsEqualTo(static_cast<const Clothoid&>(other), tolerance);
+}
+
+bool Clothoid::IsEqualTo(const Clothoid& other, double tolerance) const {
+    return start.IsEqualTo(other.start, tolerance) && startTangent.IsEqualTo(other.startTangent, tolerance) &&
+           std::abs(startRadius - other.startRadius) < tolerance && std::abs(endRadius - other.endRadius) < tolerance &&
+           std::abs(parameter - other.parameter) < tolerance;
+}
+
+Clothoid* Clothoid::Clone() const { return new Clothoid(*this); }
+
+void Clothoid::Reverse() {
+    Vec2D tangent = GetEndTangent();
+    if (frame.usable) {
+        const detail::CurveState at = Evaluator(*this).At(GetLength());
+        tangent.SetCoordinates(at.cosine, at.sine);
+    }
+    *this = Clothoid(0.0 - endRadius, 0.0 - startRadius, parameter, end, -tangent);
+}
+
+double Clothoid::GetLength() const { return std::abs(GetLength(endRadius) - GetLength(startRadius)); }
+
+bool Clothoid::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
+    if (!frame.usable) return false;
+    const Clothoid whole(*this);
+    const Evaluator curve(whole);
+    return detail::BreakElement(
+        *this, breaks, startStation, out, modifyThis, tolerances.UserTolerance(),
+        [&](const detail::ElementCut& from, const detail::ElementCut& to) {
+            const PolylineElementPoint first = curve.Sample(whole.start, from.station);
+            const auto radius = [&](double station) { return whole.RadiusAt(curve.LengthFromInflection(station)); };
+            const bool atStart = from.station <= 0.0;
+            const bool atEnd = to.station >= whole.GetLength();
+            return std::make_unique<Clothoid>(
+                atStart ? whole.startRadius : radius(from.station), atEnd ? whole.endRadius : radius(to.station),
+                whole.parameter, atStart ? whole.start : first.point, atStart ? whole.startTangent : first.tangent);
+        });
+}
+
+bool Clothoid::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
+    double length = 0.0;
+    Vec2D tangent;
+    return GetLengthAndTangent(point, length, tangent, tolerances.UserTolerance());
+}
+
+bool Clothoid::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
+    Clothoid reversed(*this);
+    reversed.Reverse();
+    if (!reversed.ExtendEnd(point, tolerances)) return false;
+    reversed.Reverse();
+    *this = reversed;
+    return true;
+}
+
+bool Clothoid::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
+    if (!frame.usable || !(GetLength() > 0.0)) return false;
+    Clothoid whole(*this);
+    if (frame.xSign > 0.0) {
+        const double longest = std::max(parameter * std::sqrt(2.0 * extensionTurn), std::abs(GetLength(endRadius)));
+        whole.SetEndRadius(RadiusAt(longest));
+    } else {
+        whole.SetEndRadius(0.0);
+    }
+    PolylineElementPoint foot;
+    if (!whole.GetNearestPoint(point, 0.0, whole.GetLength(), foot)) return false;
+    const double user = tolerances.UserTolerance();
+    if (!(std::abs((point - foot.point).DotProduct(foot.tangent)) <= user) || !(foot.station > user)) return false;
+    const double fromInflection = Evaluator(*this).LengthFromInflection(foot.station);
+    SetEndRadius(fromInflection > user ? RadiusAt(fromInflection) : 0.0);
+    return true;
+}
+
+const Point2D& Clothoid::GetEnd(int terms) {
+    end = ComputePointFromRadius(endRadius, terms);
+    return end;
+}
+
+bool Clothoid::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
+    Vec2D tangent;
+    return GetLengthAndTangent(point, length, tangent, tolerance);
+}
+
+bool Clothoid::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
+    double fromStart = 0.0;
+    if (!GetLengthFromStartPoint(point, fromStart, tolerance)) return false;
+    length = GetLength() - fromStart;
+    return true;
+}
+
+bool Clothoid::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
+    double length = 0.0;
+    return GetLengthAndTangent(point, length, tangent, tolerances.UserTolerance());
+}
+
+bool Clothoid::GetLengthAndTangent(const Point2D& point, double& length, Vec2D& tangent, double tolerance) const {
+    constexpr int intervals = 20;
+    constexpr int mostPasses = 100;
+    constexpr double unitSpeedTurn = 4.0;  // tau [rad] below which the series is a curve of unit speed
+    if (!frame.usable) return false;
+    const Evaluator curve(*this);
+    const Vec2D query = point - start;
+    double low = 0.0;
+    double high = GetLength();
+    const bool unitSpeed = curve.Tau(std::max(frame.length1, curve.LengthFromInflection(high))) <= unitSpeedTurn;
+    for (int pass = 0; pass < mostPasses; ++pass) {
+        const double step = (high - low) / intervals;
+        const auto station = [&](int i) { return i == intervals ? high : low + i * step; };
+        int nearest = 0;
+        double squared = std::numeric_limits<double>::infinity();
+        for (int i = 0; i <= intervals; ++i) {
+            const double candidate = curve.SquaredDistance(station(i), query);
+            if (candidate < squared) {
+                squared = candidate;
+                nearest = i;
+            }
+        }
+        const double distance = std::sqrt(squared);
+        if (distance < tolerance) {
+            const detail::CurveState at = curve.At(station(nearest));
+            length = station(nearest);
+            tangent.SetCoordinates(at.cosine, at.sine);
+            return true;
+        }
+        if (step < tolerance) return false;
+        // No point of the curve is further than half a step from a sample: refining finds nothing this far away.
+        if (unitSpeed && distance > step + tolerance) return false;
+        const double first = station(std::max(nearest - 1, 0));
+        high = station(std::min(nearest + 1, intervals));
+        low = first;
+    }
+    return false;
+}
+
+Point2D Clothoid::GetNearestPoint(const Point2D& point, const Tolerances&) const {
+    PolylineElementPoint nearest;
+    return GetNearestPoint(point, 0.0, GetLength(), nearest) ? nearest.point : start;
+}
+
+bool Clothoid::GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const {
+    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to)) return false;
+    const Evaluator curve(*this);
+    const Vec2D query = point - start;
+    const double station = detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to);
+    nearest = curve.Sample(start, station);
+    return true;
+}
+
+void Clothoid::SetStart(const Point2D& value) {
+    start = value;
+    Update();
+}
+
+void Clothoid::SetStartTangent(const Vec2D& value) {
+    startTangent = value;
+    Update();
+}
+
+void Clothoid::SetStartRadius(double value) {
+    startRadius = value;
+    Update();
+}
+
+void Clothoid::SetEndRadius(double value) {
+    endRadius = value;
+    Update();
+}
+
+void Clothoid::SetParameter(double value) {
+    parameter = value;
+    Update();
+}
+
+Vec2D Clothoid::GetEndTangent() const {
+    const double tau1 = ComputeTauFromRadius(startRadius, parameter, detail::numericalZero);
+    const double tau2 = ComputeTauFromRadius(endRadius, parameter, detail::numericalZero);
+    int xSign = 1;
+    int ySign = 1;
+    ComputeXYSigns(startRadius, endRadius, tau1, tau2, xSign, ySign);
+    const double direction = ComputeRotationAngle(tau1) + xSign * ySign * tau2;
+    return {std::cos(direction), std::sin(direction)};
+}
+
+bool Clothoid::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    const double length = GetLength();
+    if (!frame.usable || !(station >= -detail::numericalZero) || !(station <= length + detail::numericalZero)) {
+        return false;
+    }
+    result = Evaluator(*this).Sample(start, std::clamp(station, 0.0, length));
+    return true;
+}
+
+double Clothoid::GetCurvature(double station) const {
+    return frame.usable ? Evaluator(*this).GetCurvature(station) : 0.0;
+}
+
+Point2D Clothoid::ComputePoint(double tau, int terms) const {
+    const LocalPoint unit = UnitPoint(tau, terms);
+    return {parameter * unit.x, parameter * unit.y};
+}
+
+Point2D Clothoid::ComputePointFromRadius(double radius, int terms) const {
+    if (radius == startRadius) return start;
+    double tau1 = 0.0, length1 = 0.0, tau = 0.0, length = 0.0;
+    ComputeTauAndLength(startRadius, parameter, tau1, length1, detail::numericalZero);
+    ComputeTauAndLength(radius, parameter, tau, length, detail::numericalZero);
+    const Point2D first = ComputePoint(tau1, terms);
+    const Point2D local = ComputePoint(tau, terms);
+    int xSign = 1;
+    int ySign = 1;
+    ComputeXYSigns(startRadius, radius, tau1, tau, xSign, ySign);
+    const auto size = [](double r) { return IsZero(r) ? detail::largestDouble : std::abs(r); };
+    const double difference = size(radius) - size(startRadius);
+    const double towardsEnd = Numbers::Sign(size(endRadius) - size(startRadius));
+    if (difference != 0.0 && towardsEnd != Numbers::Sign(difference)) xSign = -xSign;
+    const double angle = ComputeRotationAngle(tau1);
+    const double cosine = std::cos(angle);
+    const double sine = std::sin(angle);
+    const double dx = xSign * (local.GetX() - first.GetX());
+    const double dy = ySign * (local.GetY() - first.GetY());
+    return start + Vec2D(dx * cosine - dy * sine, dx * sine + dy * cosine);
+}
+
+double Clothoid::ComputeRotationAngle(double tau) const {
+    // A straight end counts as the largest radius of the other end's side.
+    const auto sided = [](double radius, double other) {
+        return IsZero(radius) ? Numbers::Sign(other) * detail::largestDouble : radius;
+    };
+    const bool bothStraight = IsZero(startRadius) && IsZero(endRadius);
+    const bool falling = sided(startRadius, endRadius) > sided(endRadius, startRadius) && !bothStraight;
+    // Sign and magnitude apart: a tangent due west with y = -0.0 points at +pi.
+    const double toTangent = std::atan2(std::abs(startTangent.GetY()), startTangent.GetX());
+    return Numbers::Sign(startTangent.GetY()) * toTangent + (falling ? -tau : tau);
+}
+
+void Clothoid::ComputeStartAndEndTausAndLengths(double& tau1, double& length1, double& tau2, double& length2,
+                                                double tolerance) const {
+    ComputeTauAndLength(startRadius, parameter, tau1, length1, tolerance);
+    ComputeTauAndLength(endRadius, parameter, tau2, length2, tolerance);
+}
+
+void Clothoid::ComputeXYSigns(int& xSign, int& ySign) const {
+    ComputeXYSigns(startRadius, endRadius, ComputeTauFromRadius(startRadius, parameter, detail::numericalZero),
+                   ComputeTauFromRadius(endRadius, parameter, detail::numericalZero), xSign, ySign);
+}
+
+Vec2D Clothoid::ComputeTangentFromLength(double length) const {
+    return ComputeTangentAtLength(length, parameter, detail::numericalZero);
+}
+
+Vec2D Clothoid::ComputeTangentFromRadius(double radius) const {
+    return ComputeTangentAtRadius(radius, parameter, detail::numericalZero);
+}
+
+double Clothoid::GetLengthFromStart(double radius) const { return GetLength(radius) - GetLength(startRadius); }
+
+double Clothoid::GetRadiusFromStart(double station) const {
+    const double first = GetLength(startRadius);
+    return GetRadius(startRadius > endRadius ? first + station : first - station);
+}
+
+double Clothoid::GetRadiusFromEnd(double station) const {
+    const double last = GetLength(endRadius);
+    return GetRadius(startRadius > endRadius ? last - station : last + station);
+}
+
+Matrix2D Clothoid::GetLocalToWorldCoordinatesMatrix() const {
+    const double xx = frame.xSign * frame.cosine;
+    const double xy = frame.xSign * frame.sine;
+    const double yx = -frame.ySign * frame.sine;
+    const double yy = frame.ySign * frame.cosine;
+    const double rows[3][3] = {
+        {xx, xy, 0.0},
+        {yx, yy, 0.0},
+        {start.GetX() - (frame.x1 * xx + frame.y1 * yx), start.GetY() - (frame.x1 * xy + frame.y1 * yy), 1.0}};
+    return Matrix2D(rows);
+}
+
+Matrix2D Clothoid::GetWorldToLocalCoordinatesMatrix() const {
+    const double xx = frame.xSign * frame.cosine;
+    const double xy = frame.xSign * frame.sine;
+    const double yx = -frame.ySign * frame.sine;
+    const double yy = frame.ySign * frame.cosine;
+    const double rows[3][3] = {
+        {xx, yx, 0.0},
+        {xy, yy, 0.0},
+        {frame.x1 - (start.GetX() * xx + start.GetY() * xy), frame.y1 - (start.GetX() * yx + start.GetY() * yy), 1.0}};
+    return Matrix2D(rows);
+}
+
+bool Clothoid::MakeLineString(LineString2D& lineString, double chordTolerance, int terms) const {
+    double from = 0.0;
+    double to = GetLength();
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsUsingHeight(steps, from, to, chordTolerance);
+    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+        lineString.AppendPoint(sample.point);
+    });
+    return !steps.empty();
+}
+
+bool Clothoid::MakeLineString(double from, double to, double step, LineString2D& lineString, int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
+    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+        lineString.AppendPoint(sample.point);
+    });
+    return !steps.empty();
+}
+
+bool Clothoid::MakeLineString(double from, double to, double step, std::list<double>& lengths,
+                              std::list<Point2D>& points, int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
+    for (const double offset : steps) lengths.push_back(from + offset);
+    return MakePoints(steps, from, terms, points);
+}
+
+bool Clothoid::MakePoints(double from, double to, double step, std::list<Point2D>& points, int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
+    return MakePoints(steps, from, terms, points);
+}
+
+bool Clothoid::MakePointsAndTangents(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                     int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
+    return CreatePolylineElements(steps, from, terms, points);
+}
+
+bool Clothoid::MakePointsAndTangents(double from, double to, double step, std::vector<Point2D>& points,
+                                     std::vector<Vec2D>& tangents, int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
+    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+        points.push_back(sample.point);
+        tangents.push_back(sample.tangent);
+    });
+    return !steps.empty();
+}
+
+bool Clothoid::MakePointsAndTangentsUsingHeight(double from, double to, double height,
+                                                std::vector<PolylineElementPoint>& points, int terms) const {
+    std::vector<double> steps;
+    if (ClipRange(from, to)) BuildStepsUsingHeight(steps, from, to, height);
+    return CreatePolylineElements(steps, from, terms, points);
+}
+
+bool Clothoid::ClipRange(double& from, double& to) const {
+    const double length = GetLength();
+    if (!frame.usable || !(from <= to) || !(from <= length + detail::numericalZero) || !(to >= 0.0)) return false;
+    from = std::clamp(from, 0.0, length);
+    to = std::clamp(to, 0.0, length);
+    return true;
+}
+
+bool Clothoid::MakePoints(const std::vector<double>& steps, double from, int terms, std::list<Point2D>& points) const {
+    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+        points.push_back(sample.point);
+    });
+    return !steps.empty();
+}
+
+bool Clothoid::CreatePolylineElements(const std::vector<double>& steps, double from, int terms,
+                                      std::vector<PolylineElementPoint>& points) const {
+    points.reserve(points.size() + steps.size());
+    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+        points.push_back(sample);
+    });
+    return !steps.empty();
+}
+
+void Clothoid::BuildStepsConstant(std::vector<double>& steps, double from, double to, double step) {
+    detail::BuildConstantSteps(steps, from, to, step);
+}
+
+void Clothoid::BuildStepsUsingHeight(std::vector<double>& steps, double from, double to, double height) const {
+    const Evaluator curve(*this);
+    detail::BuildStepsForHeight(steps, from, to, height, [&](double station) { return curve.GetCurvature(station); });
+}
+
+double Clothoid::RadiusAt(double length) const {
+    return length > detail::numericalZero ? frame.ySign * (parameter * parameter / length) : 0.0;
+}
+
+double Clothoid::ComputeParameter(double radius, double length) { return std::sqrt(radius * length); }
+
+double Clothoid::ComputeParameter(double r1, double r2, double length) {
+    if (IsZero(r1 - r2)) return 0.0;
+    if (IsZero(r1)) return std::sqrt(std::abs(r2 * length));
+    if (IsZero(r2)) return std::sqrt(std::abs(r1 * length));
+    return std::sqrt(std::abs(r1 * r2 * length / (r2 - r1)));
+}
+
+double Clothoid::ComputeTauFromLength(double length, double parameterValue, double tolerance) {
+    const double squared = parameterValue * parameterValue;
+    return IsZero(squared, tolerance) ? 0.0 : length * length / (2.0 * squared);
+}
+
+double Clothoid::ComputeTauFromRadius(double radius, double parameterValue, double tolerance) {
+    return IsZero(radius, tolerance) ? 0.0 : parameterValue * parameterValue / (2.0 * radius * radius);
+}
+
+void Clothoid::ComputeTauAndLength(double radius, double parameterValue, double& tau, double& length,
+                                   double tolerance) {
+    if (IsZero(radius, tolerance)) return;
+    const double squared = parameterValue * parameterValue;
+    tau = squared / (2.0 * radius * radius);
+    length = squared / radius;
+}
+
+void Clothoid::ComputeTauAndRadius(double length, double parameterValue, double& tau, double& radius,
+                                   double tolerance) {
+    tau = 0.0;
+    radius = 0.0;
+    const double squared = parameterValue * parameterValue;
+    if (IsZero(squared, tolerance) || IsZero(length, tolerance)) return;
+    tau = length * length / (2.0 * squared);
+    radius = squared / length;
+}
+
+double Clothoid::ComputeLength(double radius, double parameterValue) {
+    return IsZero(radius) ? 0.0 : parameterValue * parameterValue / radius;
+}
+
+double Clothoid::ComputeRadius(double length, double parameterValue) { return ComputeLength(length, parameterValue); }
+
+Vec2D Clothoid::ComputeTangentAtLength(double length, double parameterValue, double tolerance) {
+    const double tau = ComputeTauFromLength(length, parameterValue, tolerance);
+    return {std::cos(tau), std::sin(tau)};
+}
+
+Vec2D Clothoid::ComputeTangentAtRadius(double radius, double parameterValue, double tolerance) {
+    const double tau = ComputeTauFromRadius(radius, parameterValue, tolerance);
+    return {std::cos(tau), std::sin(tau)};
+}
+
+void Clothoid::ComputeXYSigns(double r1, double r2, double tau1, double tau2, int& xSign, int& ySign) {
+    xSign = tau1 > tau2 ? -1 : 1;
+    ySign = r1 < 0.0 || r2 < 0.0 ? -1 : 1;
+}
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/detail/Stations.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+/// Sampling offsets along a curve, relative to the first station. Both builders clear the list first and leave it empty
+/// for a step (height) that is not positive, for NaN, and where more than `mostSamples` would come out.
+namespace Kalvio::Math::detail {
+
+/// 0, step, 2 step ... and the span to - from itself, so that the last sample always falls on `to`. A multiple within
+/// 1e-10 of the span gives way to it.
+inline void BuildConstantSteps(std::vector<double>& steps, double from, double to, double step) {
+    steps.clear();
+    const double span = to - from;
+    const double count = std::ceil((std::abs(span) - numericalZero) / step);
+    if (!(step > 0.0) || !(count < mostSamples)) return;
+    for (double i = 0.0; i < count; ++i) steps.push_back(i * step);
+    steps.push_back(span);
+}
+
+/// Offsets such that no chord lies further than `height` from the curve, and none spans more than a quarter turn: over
+/// a step d with curvature at most k the height of the arc is at most k d^2 / 8.
+///
+/// @param curvature  curvature at a station of [from, to]; its magnitude must be largest at an end of any interval
+template <class Curvature>
+void BuildStepsForHeight(std::vector<double>& steps, double from, double to, double height, Curvature&& curvature) {
+    constexpr double mostTurn = 0.5 * pi;
+    steps.clear();
+    const double span = to - from;
+    if (!(height > 0.0) || !(span >= 0.0)) return;
+    const auto stepFor = [height](double k) { return std::min(std::sqrt(8.0 * height / k), mostTurn / k); };
+    const double atEnds = std::max(std::abs(curvature(from)), std::abs(curvature(to)));
+    if (!(span / stepFor(atEnds) < mostSamples)) return;
+    for (double offset = 0.0; offset < span;) {
+        steps.push_back(offset);
+        const double here = std::abs(curvature(from + offset));
+        const auto fitting = [&](double step) {
+            const double there = std::abs(curvature(from + std::min(offset + step, span)));
+            return stepFor(std::max(here, there));
+        };
+        // fitting() falls with its argument: of any step and its image the smaller fits. Their mean soon meets it.
+        double step = fitting(span - offset);
+        for (int i = 0; i < 4; ++i) {
+            const double longer = fitting(step);
+            if (!(longer > step)) break;
+            const double middle = 0.5 * (step + std::min(longer, span - offset));
+            step = std::min(middle, fitting(middle));
+        }
+        offset += step;
+    }
+    if (span > 0.0 && span - steps.back() <= numericalZero && steps.size() > 1) steps.pop_back();
+    steps.push_back(span);
+}
+
+}  // namespace Kalvio::Math::detail
