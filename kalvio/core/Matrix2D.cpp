@@ -1,8 +1,10 @@
 #include "kalvio/core/Matrix2D.h"
 
 #include "kalvio/core/detail/EigenSystem.h"
+#include "kalvio/curves/Polynomial.h"
 
 #include <cmath>
+#include <vector>
 
 namespace Kalvio::Math {
 
@@ -34,6 +36,11 @@ Matrix2D& Matrix2D::Rotate(const Angle& angle) {
         elements(i, 2) *= c;
     }
     return *this;
+}
+
+Polynomial Matrix2D::GetCharacteristicPolynomial() const {
+    const std::array<double, 4> coefficients = detail::CharacteristicCoefficients(elements);
+    return std::vector<double>(coefficients.begin(), coefficients.end());
 }
 
 bool Matrix2D::GetEigenValues(std::array<double, 3>& eigenValues) const {

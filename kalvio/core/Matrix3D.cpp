@@ -4,8 +4,10 @@
 #include "kalvio/core/Quaternion.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/EigenSystem.h"
+#include "kalvio/curves/Polynomial.h"
 
 #include <cmath>
+#include <vector>
 
 namespace Kalvio::Math {
 
@@ -155,6 +157,11 @@ bool Matrix3D::GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const {
     aboutX = quarter ? std::atan2(-normal.GetY(), second.GetY()) : std::atan2(second.GetZ(), normal.GetZ());
     aboutZ = quarter ? 0.0 : std::atan2(first.GetY(), first.GetX());
     return true;
+}
+
+Polynomial Matrix3D::GetCharacteristicPolynomial() const {
+    const std::array<double, 5> coefficients = detail::CharacteristicCoefficients(elements);
+    return std::vector<double>(coefficients.begin(), coefficients.end());
 }
 
 bool Matrix3D::GetEigenValues(std::array<double, 4>& eigenValues) const {

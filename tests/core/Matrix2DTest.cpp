@@ -1,6 +1,7 @@
 #include "kalvio/core/Matrix2D.h"
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/curves/Polynomial.h"
 #include "support/Near.h"
 #include "support/Origins.h"
 #include "support/Seed.h"
@@ -127,6 +128,10 @@ TEST(Matrix2DTest, AnalysisAtSurveyCoordinates) {
     EXPECT_EQ(values, (std::array{1.0, 0.5, 0.25}));
     const Point2D fixed(vectors.Get(0, 0) / vectors.Get(0, 2), vectors.Get(0, 1) / vectors.Get(0, 2));
     EXPECT_THAT(fixed, IsNear(center, 1e-8)) << "the row eigenvector of 1 is the fixed point";
+
+    const Polynomial characteristic = shrink.GetCharacteristicPolynomial();  // (x - 1) (x - 1/2) (x - 1/4)
+    const double expected[] = {-0.125, 0.875, -1.75, 1.0};
+    for (unsigned int i = 0; i < 4; ++i) EXPECT_EQ(characteristic[i], expected[i]);
 
     const Matrix2D shear = Affine(1, 0, 1, 1, 0, 0);
     EXPECT_TRUE(shear.GetEigenValues(values));

@@ -3,6 +3,7 @@
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/Quaternion.h"
+#include "kalvio/curves/Polynomial.h"
 #include "support/Near.h"
 #include "support/Seed.h"
 
@@ -127,6 +128,12 @@ void CheckDecompositions(const Matrix3D& m, double size, bool hasVectors) {
             }
         }
         EXPECT_LE(least, 1e-13 * size) << "M - lambda I is singular within rounding, lambda = " << value;
+    }
+    const Polynomial characteristic = m.GetCharacteristicPolynomial();
+    EXPECT_EQ(characteristic[4], 1.0);
+    for (const double x : {-2.0 * size, 0.0, size}) {
+        const Matrix3D shifted = (Matrix3D() *= -x) += m;  // of even size: the sign does not matter
+        EXPECT_NEAR(characteristic.Evaluate(x), shifted.Determinant(), 1e-13 * std::pow(size, 4.0));
     }
     std::array<double, 4> real{};
     Matrix3D vectors;

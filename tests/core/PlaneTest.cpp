@@ -1,0 +1,147 @@
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Matrix3D.h"
+#include "kalvio/core/Plane3D.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/Triangle3D.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double tol = 0x1p-13;  // exact in binary, near 1e-4
+const Tolerances tolerances(tol, 1e-10);
+
+TEST(Plane3DTest, CoefficientsAndSolutions) {
+    double a, b, c, d;
+    Plane3D(0, 0, 2, -4).GetParameters(a, b, c, d);
+    EXPECT_EQ((std::array{a, b, c, d}), (std::array{0.0, 0.0, 1.0, -2.0}));
+    double z = 7.0;
+    EXPECT_FALSE(Plane3D(1, 0, 0, 0).GetPointZ(1, 2, z));
+    EXPECT_EQ(z, 7.0);
+    const Plane3D tilted(2, -3, 6, 14);  // length 7
+    double x = 0.0, y = 0.0;
+    ASSERT_TRUE(tilted.GetPointZ(1, 2, z) && tilted.GetPointY(1, z, y) && tilted.GetPointX(2, z, x));
+    EXPECT_NEAR(z, -10.0 / 6.0, 1e-15);
+    EXPECT_NEAR(y, 2.0, 1e-15);
+    EXPECT_NEAR(x, 1.0, 1e-15);
+    EXPECT_THAT(tilted.GetPoint(), IsNear(Point3D(-4.0 / 7.0, 6.0 / 7.0, -12.0 / 7.0), 1e-15));
+    const Point3D o, ex(1, 0, 0), ey(0, 1, 0);
+    EXPECT_TRUE(Plane3D(o, ex, ey).IsEqualTo(Plane3D(0, 0, 1, 0), 1e-300));
+    EXPECT_TRUE(Plane3D(o, ey, ex).IsEqualTo(Plane3D(0, 0, -1, 0), 1e-300));
+    EXPECT_TRUE(Plane3D(Point3D(0, 0, 5), Vec3D(0, 0, 3)) == Plane3D(0, 0, 1, -5.004)) << "loose";
+    EXPECT_FALSE(Plane3D(0, 0, 1, -5) == Plane3D(0, 0, 1, -5.0051));
+    EXPECT_NEAR(Plane3D(1, 0, 0, 3).Plane3DAngle(Plane3D(1, 1, 0, 9)).GetRadians(), detail::pi / 4.0, 1e-15);
+    EXPECT_FALSE(tilted.IsEqualTo(static_cast<const IGeometry&>(o), 10.0));
+    const std::unique_ptr<IGeometry> copy(tilted.Clone());
+    EXPECT_TRUE(tilted.IsEqualTo(*copy, 1e-300));
+    EXPECT_FALSE(copy->IsPointOnGeometry(Point2D(), tolerances)) << "no plan points on a plane";
+    EXPECT_EQ(Plane3D(0, 0, 1, -5).GetBoundingBox3D().GetMaxPoint()[2], 5.0);
+    EXPECT_TRUE(std::isfinite(tilted.GetBoundingBox3D().GetMaxPoint()[0]));
+}
+
+TEST(Plane3DTest, PointsOnThePlane) {
+    const Plane3D plane(0, 0, 1, -2);
+    EXPECT_FALSE(plane.IsPointOnGeometry(Point3D(5, 5, 2 + tol), tolerances)) << "exactly the tolerance away";
+    EXPECT_TRUE(plane.IsPointOnGeometry(Point3D(5, 5, 2 + 0.99 * tol), tolerances));
+    for (const Plane3D& degenerate : {Plane3D(), Plane3D(Point3D(1, 1, 1), Point3D(2, 2, 2), Point3D(3, 3, 3))}) {
+        EXPECT_FALSE(degenerate.IsPointOnGeometry(Point3D(), tolerances));
+        EXPECT_THAT(degenerate.GetProjection(Point3D(1, 2, 3)), IsNear(Point3D(1, 2, 3), 0.0));
+        EXPECT_TRUE(degenerate.GetTransformationMatrix().IsUndefined());
+    }
+}
+
+TEST(Plane3DTest, PlaneCoordinates) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240607));
+    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    for (const Point2D& origin : surveyOrigins) {
+        const double bound = 1e-14 + 1e-15 * origin.GetY();
+        for (int i = 0; i < 200; ++i) {
+            const Point3D point(origin + Vec2D(any(random), any(random)), any(random));
+            const Vec3D normals[] = {Vec3D(any(random), any(random), any(random)), Vec3D(1e-9, 0, any(random)),
+                                     Vec3D(any(random), 1e-9, 0)};
+            const Plane3D plane(point, normals[i % 3]);
+            const Matrix3D m = plane.GetTransformationMatrix();
+            const Matrix3D axes = Matrix3D(m).PreMultiply(m.GetInverse());
+            EXPECT_TRUE(axes.Equal(Matrix3D::identity, 1e-14 + 2.0 * bound));
+            EXPECT_NEAR(m.Determinant(), 1.0, 1e-14) << "right-handed, unit axes";
+            const Point3D world = Point3D(3.0, -2.0, 0.0) * m;
+            EXPECT_TRUE(plane.IsPointOnGeometry(world, tolerances));
+            EXPECT_THAT((Point3D(3.0, -2.0, 0.5) * m) - world, IsNear(plane.GetNormal() * 0.5, bound));
+            const double a = plane.GetNormal().GetX();
+            const int near = std::abs(a) > 0.9 ? 1 : 0;
+            EXPECT_NEAR(m.Get(1, near), 0.0, 1e-15) << "the second axis is level with the world axis";
+            EXPECT_GT(m.Get(0, near), 0.0);
+            const Point3D foot = plane.GetProjection(Point3D(1.0, 2.0, 3.0));
+            EXPECT_LE(std::abs((Point3D(1.0, 2.0, 3.0) - foot).CrossProduct(plane.GetNormal()).Length()), bound);
+            EXPECT_TRUE(plane.IsPointOnGeometry(foot, tolerances));
+        }
+    }
+    EXPECT_TRUE(Plane3D(0, 0, 1, 0).GetTransformationMatrix() == Matrix3D::identity);
+}
+
+TEST(Triangle3DTest, PointsInside) {
+    struct Row {
+        const char* why;
+        double x, y, z;
+        bool expected;
+    };
+    const Row rows[] = {
+        {"interior", 1.0, 1.0, 0.0, true},
+        {"corner", 0.0, 0.0, 0.0, true},
+        {"on an edge", 2.0, 0.0, 0.0, true},
+        {"on the slanted edge", 2.0, 1.5, 0.0, true},
+        {"tolerance below", 1.0, 1.0, -tol, true},
+        {"beyond it", 1.0, 1.0, 1.001 * tol, false},
+        {"tolerance beside an edge", 2.0, -tol, 0.0, true},
+        {"beyond it", 2.0, -1.001 * tol, 0.0, false},
+        {"tolerance from a corner", -0.6 * tol, -0.7 * tol, 0.0, true},
+        {"corners are rounded", -0.8 * tol, -0.8 * tol, 0.0, false},
+        {"in line with an edge", 5.0, 0.0, 0.0, false},
+        {"beside and above within, but farther from the edge", 2.0, -0.8 * tol, 0.8 * tol, false},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        const Vec3D shift(origin.GetX(), origin.GetY(), 50.0);
+        const Point3D base = Point3D() + shift;
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.why);
+            const Point3D p = base + Vec3D(row.x, row.y, row.z);
+            Triangle3D triangle(base, base + Vec3D(4, 0, 0), base + Vec3D(0, 3, 0));
+            for (int turn = 0; turn < 3; ++turn) {
+                EXPECT_EQ(triangle.IsPointInside(p, tolerances), row.expected);
+                EXPECT_EQ(Triangle3D(triangle[2], triangle[1], triangle[0]).IsPointInside(p, tolerances), row.expected);
+                triangle = Triangle3D(triangle[1], triangle[2], triangle[0]);
+            }
+        }
+    }
+    const Triangle3D flat(Point3D(0, 0, 0), Point3D(2, 0, 0), Point3D(4, 0, 0));
+    EXPECT_TRUE(flat.IsPointInside(Point3D(3, tol, 0), tolerances));
+    EXPECT_FALSE(flat.IsPointInside(Point3D(3, 2 * tol, 0), tolerances) ||
+                 flat.IsPointInside(Point3D(5, 0, 0), tolerances));
+}
+
+TEST(Triangle3DTest, Measures) {
+    const Triangle3D triangle(Point3D(1, 0, 0), Point3D(1, 4, 0), Point3D(1, 0, 3));
+    EXPECT_EQ(triangle.GetArea(), 6.0);
+    EXPECT_THAT(triangle.GetNormal(), IsNear(Vec3D(1, 0, 0), 0.0));
+    EXPECT_THAT(triangle.GetCenter(), IsNear(Point3D(1, 4.0 / 3.0, 1), 1e-15));
+    EXPECT_THAT(triangle.GetBoundingBox3D().GetMaxPoint(), IsNear(Point3D(1, 4, 3), 0.0));
+    EXPECT_EQ(Triangle3D(Point3D(), Point3D(1e-10, 0, 0), Point3D(0, 1, 0)).GetArea(), 0.0) << "an edge of 1e-10";
+    EXPECT_GT(Triangle3D(Point3D(), Point3D(1.1e-10, 0, 0), Point3D(0, 1, 0)).GetArea(), 0.0);
+    const std::unique_ptr<Triangle3D> copy(triangle.Clone());
+    EXPECT_TRUE(triangle.IsEqualTo(*copy, 1e-300));
+    (*copy)[2].SetZ(3.5);
+    EXPECT_FALSE(triangle.IsEqualTo(*copy, 0.5)) << "strict";
+    EXPECT_TRUE(triangle.IsEqualTo(*copy, 0.51));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
