@@ -243,6 +243,15 @@ bool Arc2D::GetPointOffsetFromStart(double station, Point2D& point) const {
     return true;
 }
 
+bool Arc2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    const double curvature = GetCurvature();
+    if (curvature == 0.0 || !(station >= -detail::numericalZero) || !(station <= GetLength() + detail::numericalZero)) {
+        return false;
+    }
+    result = SampleAt(station, curvature);
+    return true;
+}
+
 bool Arc2D::MakeArc(double from, double to, Arc2D& part) const {
     const double length = GetLength();
     const double first = std::max(from, 0.0);

@@ -120,6 +120,8 @@ public:
     int GetY(double x, double& y, double tolerance) const;
     /// The point at a station; outside [0, length] further round the circle. False for radius 0.
     bool GetPointOffsetFromStart(double station, Point2D& point) const;
+    /// The sample at a station; false, `result` untouched, out of [0, length] by more than 1e-10 or for radius 0.
+    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// The part between two stations.
     /// @return false, `part` untouched, unless 0 <= from < to <= length, both ends within 1e-10
     bool MakeArc(double from, double to, Arc2D& part) const;

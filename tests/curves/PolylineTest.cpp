@@ -1,3 +1,5 @@
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/Polyline2D.h"
@@ -36,8 +38,25 @@ Polyline2D RandomRoad(std::mt19937_64& random, int count, const Point2D& origin)
     Point2D at = origin;
     Vec2D along(1.0, 0.0);
     for (int i = 0; i < count; ++i) {
-        along = Vec2D(along.GetX() - turn(random) * along.GetY(), along.GetY() + turn(random) * along.GetX(), 1.0);
-        road.AppendElement(new Line2D(at, Vec2D(along * length(random))));
+        switch (random() % 3) {
+            case 0:
+                road.AppendElement(new Line2D(at, Vec2D(along * length(random))));
+                break;
+            case 1: {
+                const double radius = std::copysign(20.0 + 3.0 * length(random), turn(random));
+                const Point2D center = at + along.GetNormalVector(true) * radius;
+                road.AppendElement(new Arc2D(at, center, Angle(length(random) / radius)));
+                break;
+            }
+            default: {
+                const double radius = std::copysign(50.0 + 3.0 * length(random), turn(random));
+                const bool tightens = random() % 2 == 0;
+                const double parameter = Clothoid::ComputeParameter(std::abs(radius), length(random));
+                road.AppendElement(
+                    new Clothoid(tightens ? 0.0 : radius, tightens ? radius : 0.0, parameter, at, along));
+                break;
+            }
+        }
         at = road.GetEnd();
         Polyline2D::PolylinePoint end;
         EXPECT_TRUE(road.MakePointAndTangentAt(road.GetLength(), end));

@@ -1,6 +1,8 @@
 #include "kalvio/curves/detail/PlanElements.h"
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -16,6 +18,10 @@ namespace {
 template <class Visit>
 bool WithClass(const IPolyline2DElement& element, Visit&& visit) {
     switch (element.GetType()) {
+        case MathTypes::Arc2D:
+            return visit(static_cast<const Arc2D&>(element));
+        case MathTypes::Clothoid:
+            return visit(static_cast<const Clothoid&>(element));
         case MathTypes::Line2D:
             return visit(static_cast<const Line2D&>(element));
         case MathTypes::LineString2D:
@@ -193,6 +199,10 @@ bool SampleElement(const IPolyline2DElement& element, std::span<const double> st
 bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, double to, double height,
                               std::vector<ElementPoint>& samples) {
     switch (element.GetType()) {
+        case MathTypes::Arc2D:
+            return static_cast<const Arc2D&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
+        case MathTypes::Clothoid:
+            return static_cast<const Clothoid&>(element).MakePointsAndTangentsUsingHeight(from, to, height, samples);
         case MathTypes::LineString2D: {
             // The ends of the range and the vertices between them.
             const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();

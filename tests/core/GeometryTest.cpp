@@ -1,0 +1,254 @@
+#include "kalvio/core/Geometry.h"
+
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/Point2DM.h"
+#include "kalvio/core/Vec2D.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <list>
+#include <memory>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+
+TEST(GeometryTest, EqualityIsStrict) {
+    EXPECT_FALSE(Geometry::AreEqual(1.0, 1.5, 0.5));
+    EXPECT_TRUE(Geometry::AreEqual(1.0, 1.5, 0.50001));
+    EXPECT_FALSE(Geometry::AreEqual(2.5, 2, 0.5));
+    EXPECT_TRUE(Geometry::AreEqual(2.25, 2, 0.5));
+    EXPECT_TRUE(Geometry::AreEqual(Angle(0.00001), Angle(6.28318), 0.0001)) << "across the full turn";
+    EXPECT_TRUE(Geometry::AreEqual2D(Point3D(1, 2, 3), Point3D(1, 2, 99), 0.1));
+    const Line2D line(Point2D(0, 0), Point2D(1, 2));
+    const Line2D back(Point2D(1, 2), Point2D(0, 0));
+    EXPECT_FALSE(Geometry::AreEqual(line, back, 1e-6));
+    EXPECT_TRUE(Geometry::AreEqualEitherWay(line, back, 1e-6));
+    EXPECT_FALSE(Geometry::AreEqualEitherWay(line, Point2D(), 1e-6));
+    Polyline2D chain;
+    chain.AppendElement(line.Clone());
+    EXPECT_TRUE(Geometry::AreEqual(line, chain, 1e-6));
+    EXPECT_TRUE(Geometry::AreEqual(line, LineString2D(line), 1e-6));
+    EXPECT_FALSE(Geometry::AreEqual(back, chain, 1e-6));
+}
+
+TEST(GeometryTest, CounterClockwiseNeedsTheMargin) {
+    const Point2D a(0, 0);
+    const Point2D b(1, 0);
+    EXPECT_TRUE(Geometry::ArePointsCCW(a, b, Point2D(0, 1)));
+    EXPECT_FALSE(Geometry::ArePointsCCW(a, Point2D(0, 1), b));
+    EXPECT_FALSE(Geometry::ArePointsCCW(a, b, Point2D(1, 1e-12)));
+    EXPECT_FALSE(Geometry::ArePointsCCW(a, b, Point2D(1, 4e-10)));
+    EXPECT_TRUE(Geometry::ArePointsCCW(Point2DM(0, 0, 9), Point2DM(1, 0, 8), Point2DM(1, 5e-10, 7)));
+}
+
+TEST(GeometryTest, TerminalsByType) {
+    Polyline2D inner;
+    inner.AppendElement(new Arc2D(Point2D(1, 0), Point2D(0, 0), Angle(1.0)));
+    Polyline2D outer;
+    outer.AppendElement(inner.Clone());
+    outer.AppendElement(new LineString2D({Point2D(5, 5), Point2D(6, 6), Point2D(7, 6)}));
+    const LineString3D heights({Point3D(1, 2, 3), Point3D(4, 5, 6)});
+    Point2D plan(9, 9);
+    Point3D space(9, 9, 9);
+    EXPECT_TRUE(Geometry::GetStartPoint(outer, plan));
+    EXPECT_EQ(plan, Point2D(1, 0));
+    EXPECT_TRUE(Geometry::GetEndPoint(outer, space));
+    EXPECT_THAT(space, IsNear(Point3D(7, 6, 0), 0.0));
+    EXPECT_TRUE(Geometry::GetEndPoint(heights, plan));
+    EXPECT_EQ(plan, Point2D(4, 5));
+    EXPECT_TRUE(Geometry::GetStartPoint(heights, space));
+    EXPECT_THAT(space, IsNear(Point3D(1, 2, 3), 0.0));
+    EXPECT_FALSE(Geometry::GetStartPoint(Circle2D(Point2D(), 1.0), plan));
+    EXPECT_EQ(plan, Point2D(4, 5));
+
+    EXPECT_EQ(Geometry::GetStartSegment(outer)->GetType(), MathTypes::Arc2D) << "through the nested chain";
+    const IGeometry* const last = Geometry::GetEndSegment(outer);
+    ASSERT_EQ(last->GetType(), MathTypes::Line2D);
+    EXPECT_EQ(static_cast<const Line2D*>(last)->GetStart(), Point2D(6, 6));
+    EXPECT_EQ(Geometry::GetStartSegment(heights)->GetType(), MathTypes::Line3D);
+    EXPECT_EQ(Geometry::GetStartSegment(Polyline2D()), nullptr);
+    EXPECT_EQ(Geometry::GetEndSegment(Polygon2D()), nullptr);
+
+    std::vector<Point3D> vertices;
+    std::vector<const IGeometry*> several{&outer, &heights};
+    EXPECT_TRUE(Geometry::GetVertices(several, vertices));
+    EXPECT_EQ(vertices.size(), 7U);
+    several.push_back(nullptr);
+    EXPECT_FALSE(Geometry::GetVertices(several, vertices));
+    EXPECT_EQ(vertices.size(), 7U);
+}
+
+std::vector<Point2D> Hull(const std::vector<Point2D>& points) {
+    Polygon2D hull;
+    hull.AppendPoint(Point2D(77, 77));
+    Geometry::ConvexHull(points, hull);
+    return hull.GetPoints();
+}
+
+TEST(GeometryTest, HullsWorkedOutByHand) {
+    using Points = std::vector<Point2D>;
+    struct Row {
+        const char* why;
+        Points points, hull;
+    };
+    const Row rows[] = {
+        {"nothing", {}, {}},
+        {"one point three times", {{1, 2}, {1, 2}, {1, 2}}, {{1, 2}}},
+        {"collinear points keep the extremes", {{1, 1}, {3, 3}, {0, 0}, {2, 2}}, {{0, 0}, {3, 3}}},
+        {"level collinear points", {{1, 4}, {3, 4}, {0, 4}, {2, 4}}, {{0, 4}, {3, 4}}},
+        {"square and its centre", {{1, 1}, {2, 2}, {0, 2}, {2, 0}, {0, 0}}, {{0, 0}, {2, 0}, {2, 2}, {0, 2}}},
+        {"points on the edges go",
+         {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 2}, {0, 2}, {0, 1}},
+         {{0, 0}, {2, 0}, {2, 2}, {0, 2}}},
+        {"not a number is left out", {{kNan, 0}, {0, 0}, {1, 0}, {0, 1}}, {{0, 0}, {1, 0}, {0, 1}}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const Points hull = Hull(row.points);
+        ASSERT_EQ(hull.size(), row.hull.size());
+        for (std::size_t i = 0; i < hull.size(); ++i) EXPECT_THAT(hull[i], IsNear(row.hull[i], 0.0));
+    }
+}
+
+TEST(GeometryTest, HullIsConvexAndHoldsEveryPoint) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 3));
+    for (int round = 0; round < 60; ++round) {
+        const Point2D origin = surveyOrigins[round % 2];
+        // Small integers bring equal, collinear and axis-parallel points.
+        std::uniform_int_distribution<int> coordinate(0, round < 30 ? 6 : 1000);
+        std::vector<Point2DM> measured;
+        std::vector<Point2D> points;
+        for (int i = 0; i < 5 + 4 * round; ++i) {
+            points.push_back(origin + Vec2D(coordinate(random), coordinate(random)));
+            measured.emplace_back(points.back().GetX(), points.back().GetY(), i);
+        }
+        const std::vector<Point2D> hull = Hull(points);
+        for (std::size_t i = 0; i < hull.size() && hull.size() > 2; ++i) {
+            const Point2D& a = hull[i];
+            const Point2D& b = hull[(i + 1) % hull.size()];
+            EXPECT_GT((b - a).PerpDotProduct(hull[(i + 2) % hull.size()] - b), 0.5);
+            for (const Point2D& p : points) EXPECT_GE((b - a).PerpDotProduct(p - a), 0.0);
+        }
+        Polygon2D ofMeasured;
+        Geometry::ConvexHull(measured, ofMeasured);
+        EXPECT_EQ(ofMeasured.GetPoints(), hull);
+        for (std::size_t i = 0; i < measured.size(); ++i) EXPECT_EQ(measured[i].GetM(), static_cast<double>(i));
+    }
+}
+
+TEST(GeometryTest, RandomPointsStayInTheirBox) {
+    std::list<Point2D> points{Point2D(-1, -1)};
+    Geometry::RandomPoints(Point2D(100, 200), Point2D(111, 221), 2000, points);
+    ASSERT_EQ(points.size(), 2001U);
+    std::set<double> different;
+    for (auto p = std::next(points.begin()); p != points.end(); ++p) {
+        EXPECT_TRUE(p->GetX() >= 100 && p->GetX() <= 111 && p->GetY() >= 200 && p->GetY() <= 221);
+        different.insert(p->GetX());
+    }
+    EXPECT_GT(different.size(), 1500U);
+}
+
+// Cuts a random chain into strings, shuffles and turns some round: merging must give the chain back.
+TEST(GeometryTest, MergingUndoesCutting) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 8));
+    for (const Point2D& origin : surveyOrigins) {
+        std::vector<LineString3D> strings;
+        std::list<std::pair<Point3D, Point3D>> segments;
+        constexpr int chains = 5;
+        double length = 0.0;
+        for (int chain = 0; chain < chains; ++chain) {
+            Point3D at(origin + Vec2D(0, 100.0 * chain), 0.0);
+            for (int piece = 0; piece < 20; ++piece) {
+                LineString3D string({at});
+                for (int i = 0; i < 3; ++i) {
+                    const Point3D next =
+                        at + Vec3D(1.0 + static_cast<double>(random() % 5), static_cast<double>(random() % 9), 1.0);
+                    length += next.Distance(at);
+                    segments.emplace_back(at, next);
+                    if (random() % 2 == 0) std::swap(segments.back().first, segments.back().second);
+                    string.AppendPoint(next);
+                    at = next;
+                }
+                if (random() % 2 == 0) string.Reverse();
+                strings.push_back(string);
+            }
+        }
+        std::shuffle(strings.begin(), strings.end(), random);
+        Geometry::MergeLineStrings(strings, 1e-4);
+        ASSERT_EQ(strings.size(), static_cast<std::size_t>(chains));
+        double merged = 0.0;
+        for (const LineString3D& string : strings) {
+            EXPECT_EQ(string.GetSize(), 61U) << "junction points are not doubled";
+            merged += string.GetLength();
+        }
+        EXPECT_NEAR(merged, length, 1e-6);
+        std::vector<LineString3D> fromSegments;
+        Geometry::LineSegmentsToLineStrings(segments, fromSegments, 1e-4);
+        EXPECT_EQ(fromSegments.size(), static_cast<std::size_t>(chains));
+    }
+}
+
+TEST(GeometryTest, MergingRules) {
+    const auto from = [](double x0, double x1) { return LineString2D({Point2D(x0, 0), Point2D(x1, 0)}); };
+    std::vector<LineString2D> strings{from(0, 1), LineString2D({Point2D(4, 4)}), from(1.25, 2), from(3, 2),
+                                      from(0, -1)};
+    Geometry::MergeLineStrings(strings, 0.25);
+    ASSERT_EQ(strings.size(), 3U) << "exactly the tolerance apart is apart; one point joins nothing";
+    EXPECT_EQ(strings[0].GetPoints(), (std::vector<Point2D>{{-1, 0}, {0, 0}, {1, 0}}));
+    EXPECT_EQ(strings[2].GetPoints(), (std::vector<Point2D>{{1.25, 0}, {2, 0}, {3, 0}}));
+    std::vector<LineString2D> fork{from(0, 1), from(1, 5), from(1, 2)};
+    Geometry::MergeLineStrings(fork, 0.25);
+    ASSERT_EQ(fork.size(), 2U) << "the first that fits wins";
+    EXPECT_EQ(fork[0].GetEnd(), Point2D(5, 0));
+    std::vector<LineString2D> ring{from(0, 1), LineString2D({Point2D(1, 0), Point2D(1, 1), Point2D(0, 0)}),
+                                   from(0, -1)};
+    Geometry::MergeLineStrings(ring, 0.25);
+    ASSERT_EQ(ring.size(), 2U) << "a ring that closed takes nothing more";
+    EXPECT_EQ(ring[0].GetSize(), 4U);
+
+    std::vector<LineString3D> steps{LineString3D({Point3D(0, 0, 0), Point3D(1, 0, 0)}),
+                                    LineString3D({Point3D(1, 0, 5), Point3D(2, 0, 5)})};
+    std::vector<LineString3D> plan = steps;
+    Geometry::MergeLineStrings(steps, 0.1);
+    Geometry::MergeLineStringsAs2D(plan, 0.1);
+    EXPECT_EQ(steps.size(), 2U);
+    ASSERT_EQ(plan.size(), 1U);
+    EXPECT_THAT(plan[0].GetPoint(1), IsNear(Point3D(1, 0, 0), 0.0));
+    EXPECT_FALSE(Geometry::MergeLineStrings(steps[0], steps[1], 0.1));
+    EXPECT_TRUE(Geometry::MergeLineStrings(steps[0], LineString3D({Point3D(3, 0, 0), Point3D(1, 0, 0)}), 0.1));
+    EXPECT_EQ(steps[0].GetSize(), 3U);
+}
+
+TEST(GeometryTest, RangesClippedToAnElement) {
+    double start = -1.0;
+    double end = -1.0;
+    EXPECT_TRUE(Geometry::ComputeStartEndLengthOnElement(10, 20, 5, 12, start, end, 1e-4));
+    EXPECT_EQ(start, 10.0);
+    EXPECT_EQ(end, 12.0);
+    EXPECT_FALSE(Geometry::ComputeStartEndLengthOnElement(10, 20, 20, 30, start, end, 1e-4))
+        << "touching is no overlap";
+    EXPECT_FALSE(Geometry::ComputeStartEndLengthOnElement(10, 20, kNan, 30, start, end, 1e-4));
+    EXPECT_EQ(end, 12.0);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
