@@ -4,6 +4,7 @@
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 
@@ -26,6 +27,8 @@ bool WithClass(const IPolyline2DElement& element, Visit&& visit) {
             return visit(static_cast<const Line2D&>(element));
         case MathTypes::LineString2D:
             return visit(static_cast<const LineString2D&>(element));
+        case MathTypes::Parabola:
+            return visit(static_cast<const Parabola&>(element));
         case MathTypes::Polyline2D:
             return visit(static_cast<const Polyline2D&>(element));
         default:
@@ -214,6 +217,13 @@ bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, do
             }
             if (to > from) stations.push_back(to);
             return SampleElement(element, stations, samples);
+        }
+        case MathTypes::Parabola: {
+            ElementPoint first;
+            ElementPoint last;
+            return EvaluateElement(element, from, first) && EvaluateElement(element, to, last) &&
+                   static_cast<const Parabola&>(element).MakePointsAndTangentsUsingHeight(
+                       first.point.GetX(), last.point.GetX(), samples, height);
         }
         case MathTypes::Polyline2D: {
             std::vector<Polyline2D::PolylinePoint> points;

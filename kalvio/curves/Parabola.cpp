@@ -1,0 +1,338 @@
+#include "kalvio/curves/Parabola.h"
+
+#include "kalvio/core/detail/BracketedNewton.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/detail/ArcSampling.h"
+#include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/Stations.h"
+#include "kalvio/polygons/LineString2D.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace Kalvio::Math {
+
+namespace {
+
+constexpr double touchTolerance = 1e-8;  // a length: a point this near to the curve lies on it for its tangents
+
+// asinh(x) / x
+double RelativeAsinh(double x) {
+    constexpr double linear = 1e-8;  // below it the next term, x^2 / 6, is beyond the last digit
+    return std::abs(x) < linear ? 1.0 : std::asinh(x) / x;
+}
+
+// Calls emit(x) at from, from +- step ... up to `to`.
+template <class Emit>
+bool ForEachAbscissa(double from, double to, double step, bool closeAtEnd, Emit&& emit) {
+    const double span = std::abs(to - from);
+    const double sign = to < from ? -1.0 : 1.0;
+    const auto emitOffset = [&](double offset) { emit(offset == span ? to : from + sign * offset); };
+    if (!std::isfinite(span)) return false;
+    return closeAtEnd ? detail::ForEachStationTo(0.0, span, step, emitOffset)
+                      : detail::ForEachStation(0.0, span, step, span, false, emitOffset);
+}
+
+}  // namespace
+
+MathTypes Parabola::GetType() const { return MathTypes::Parabola; }
+
+BoundingBox2D Parabola::GetBoundingBox2D() const {
+    const double minX = std::min(start.GetX(), end.GetX());
+    const double maxX = std::max(start.GetX(), end.GetX());
+    const auto [low, high] = std::minmax({start.GetY(), end.GetY(), Evaluate(minX), Evaluate(maxX)});
+    double minY = low;
+    double maxY = high;
+    const double summit = -b / (2.0 * a);
+    if (summit > minX && summit < maxX) {
+        minY = std::min(minY, Evaluate(summit));
+        maxY = std::max(maxY, Evaluate(summit));
+    }
+    return {Point2D(minX, minY), Point2D(maxX, maxY)};
+}
+
+BoundingBox3D Parabola::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
+
+bool Parabola::IsEqualTo(const IGeometry& other, double tolerance) const {
+    return other.GetType() == MathTypes::Parabola && IsEqualTo(static_cast<const Parabola&>(other), tolerance);
+}
+
+bool Parabola::IsEqualTo(const Parabola& other, double tolerance) const {
+    return start.IsEqualTo(other.start, tolerance) && end.IsEqualTo(other.end, tolerance) &&
+           std::abs(a - other.a) < tolerance && std::abs(b - other.b) < tolerance && std::abs(c - other.c) < tolerance;
+}
+
+Parabola* Parabola::Clone() const { return new Parabola(*this); }
+
+void Parabola::Reverse() { std::swap(start, end); }
+
+double Parabola::GetLength() const { return GetLength(start, end, detail::numericalZero); }
+
+bool Parabola::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
+    return detail::BreakElement(*this, breaks, startStation, out, modifyThis, tolerances.UserTolerance(),
+                                [this](const detail::ElementCut& from, const detail::ElementCut& to) {
+                                    return std::make_unique<Parabola>(from.point, to.point, a, b, c);
+                                });
+}
+
+bool Parabola::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
+    return point.Distance(GetNearestPoint(point, tolerances)) <= std::abs(tolerances.UserTolerance());
+}
+
+bool Parabola::ExtendStart(const Point2D& point, const Tolerances&) {
+    const Point2D moved = GetPointAt(point.GetX());
+    if (!std::isfinite(moved.GetX()) || !std::isfinite(moved.GetY()) || !std::isfinite(point.GetY())) return false;
+    start = moved;
+    return true;
+}
+
+bool Parabola::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
+    Reverse();
+    const bool extended = ExtendStart(point, tolerances);
+    Reverse();
+    return extended;
+}
+
+bool Parabola::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
+    const Point2D foot = GetNearestPoint(point, detail::TolerancesFor(tolerance));
+    if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
+    length = GetArcLength(start.GetX(), foot.GetX());
+    return true;
+}
+
+bool Parabola::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
+    const Point2D foot = GetNearestPoint(point, detail::TolerancesFor(tolerance));
+    if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
+    length = GetArcLength(foot.GetX(), end.GetX());
+    return true;
+}
+
+bool Parabola::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
+    if (!IsPointOnGeometry(point, tolerances)) return false;
+    tangent = ComputeTangent(point);
+    return true;
+}
+
+// With t = x - point.x, u the slope and h the height of the curve over the point there, half the derivative of the
+// squared distance is the cubic g(t) = t + (a t^2 + u t + h)(2 a t + u). It is monotone between the zeros of
+// g' = 6 a^2 t^2 + 6 a u t + 1 + u^2 + 2 a h, so each such interval holds at most one foot.
+Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const {
+    const double u = GetSlope(point.GetX());
+    const double h = Evaluate(point.GetX()) - point.GetY();
+    double limits[4] = {std::min(start.GetX(), end.GetX()) - point.GetX(), 0.0, 0.0,
+                        std::max(start.GetX(), end.GetX()) - point.GetX()};
+    const double discriminant = (u * u - 2.0 - 4.0 * a * h) / 3.0;
+    const double middle = -u / (2.0 * a);
+    const double offset = discriminant > 0.0 ? std::sqrt(discriminant) / std::abs(2.0 * a) : 0.0;
+    const auto inside = [&](double t) { return t > limits[0] ? std::min(t, limits[3]) : limits[0]; };
+    limits[1] = inside(middle - offset);
+    limits[2] = inside(middle + offset);
+
+    const auto g = [&](double t) {
+        const double height = (a * t + u) * t + h;
+        const double slope = 2.0 * a * t + u;
+        return detail::ValueAndSlope{t + height * slope, 1.0 + slope * slope + 2.0 * a * height};
+    };
+    const bool backwards = end.GetX() < start.GetX();
+    Point2D nearest[5] = {backwards ? end : start};
+    int number = 1;
+    for (int i = 0; i < 3; ++i) {
+        if (!(limits[i] < limits[i + 1]) || !(g(limits[i]).value < 0.0) || !(g(limits[i + 1]).value >= 0.0)) continue;
+        nearest[number++] = GetPointAt(point.GetX() + detail::BracketedNewton(limits[i], limits[i + 1], g));
+    }
+    nearest[number++] = backwards ? start : end;
+    if (backwards) std::reverse(nearest, nearest + number);
+    return *std::min_element(nearest, nearest + number,
+                             [&](const Point2D& p, const Point2D& q) { return point.Distance(p) < point.Distance(q); });
+}
+
+void Parabola::GetParameters(double& quadratic, double& linear, double& constant) const {
+    quadratic = a;
+    linear = b;
+    constant = c;
+}
+
+void Parabola::SetParameters(double quadratic, double linear, double constant) {
+    a = quadratic;
+    b = linear;
+    c = constant;
+}
+
+int Parabola::GetY(double x, double& y) const {
+    y = Evaluate(x);
+    return 1;
+}
+
+bool Parabola::GetSummit(Point2D& summit) const {
+    if (!(std::abs(a) >= detail::numericalZero)) return false;
+    summit = {-b / (2.0 * a), c - b * b / (4.0 * a)};
+    return true;
+}
+
+bool Parabola::GetFocus(Point2D& focus) const {
+    if (!(std::abs(a) >= detail::numericalZero)) return false;
+    focus = {-b / (2.0 * a), c + (1.0 - b * b) / (4.0 * a)};
+    return true;
+}
+
+bool Parabola::GetDirectix(double& y) const {
+    if (!(std::abs(a) >= detail::numericalZero)) return false;
+    y = c - (b * b + 1.0) / (4.0 * a);
+    return true;
+}
+
+double Parabola::GetParameterK() const {
+    constexpr double halfPercent = 0.005;
+    return a == 0.0 ? std::numeric_limits<double>::infinity() : std::abs(halfPercent / a);
+}
+
+int Parabola::FindRoots(double& x1, double& x2) const {
+    const double discriminant = b * b - 4.0 * a * c;
+    if (!(discriminant >= 0.0)) return 0;
+    // The root whose two terms have one sign first; the other from the product of the roots, c / a.
+    const bool bothNegative = b >= 0.0;
+    const double sum = -0.5 * (bothNegative ? b + std::sqrt(discriminant) : b - std::sqrt(discriminant));
+    const double larger = sum / a;
+    const double smaller = discriminant == 0.0 ? larger : c / sum;
+    x1 = bothNegative ? smaller : larger;
+    x2 = bothNegative ? larger : smaller;
+    return discriminant < detail::numericalZero ? 1 : 2;
+}
+
+double Parabola::GetLength(const Point2D& p1, const Point2D& p2, double tolerance) const {
+    if (!(std::abs(a) < tolerance)) return GetArcLength(p1.GetX(), p2.GetX());
+    const double run = p2.GetX() - p1.GetX();
+    return std::hypot(run, run * 0.5 * (GetSlope(p1.GetX()) + GetSlope(p2.GetX())));
+}
+
+// The length is (G(u2) - G(u1)) / 2a with G(u) = (asinh u + u sqrt(1 + u^2)) / 2. Both differences are written as
+// multiples of u2 - u1 = 2a (x2 - x1), so that a cancels and may be as small as it likes: with s = sqrt(1 + u^2),
+// asinh u2 - asinh u1 = asinh(u2 s1 - u1 s2), and for slopes of one sign u2 s1 - u1 s2 = (u2^2 - u1^2) / (u2 s1 + u1
+// s2) and u2 s2 - u1 s1 = (u2^2 - u1^2)(1 + u1^2 + u2^2) / (u2 s2 + u1 s1).
+double Parabola::GetArcLength(double x1, double x2) const {
+    constexpr double vertical = 1e100;  // a slope: horizontal run and asinh are beyond the last digit
+    const double run = std::abs(x2 - x1);
+    const double u1 = GetSlope(x1);
+    const double u2 = GetSlope(x2);
+    const double difference = 2.0 * a * (x2 - x1);
+    const bool oneSign = (u1 > 0.0 && u2 > 0.0) || (u1 < 0.0 && u2 < 0.0);
+    if (std::max(std::abs(u1), std::abs(u2)) > vertical) {
+        if (oneSign) return run * std::abs(0.5 * u1 + 0.5 * u2);
+        return 0.5 * (std::abs(u1 / (2.0 * a)) * std::abs(u1) + std::abs(u2 / (2.0 * a)) * std::abs(u2));
+    }
+    const double s1 = std::sqrt(1.0 + u1 * u1);
+    const double s2 = std::sqrt(1.0 + u2 * u2);
+    if (oneSign) {
+        const double turn = (u1 + u2) / (u2 * s1 + u1 * s2);
+        const double rise = (u1 + u2) * (1.0 + u1 * u1 + u2 * u2) / (u2 * s2 + u1 * s1);
+        return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
+    }
+    if (u1 == u2) return run;  // both 0
+    const double turn = (u2 * s1 - u1 * s2) / (u2 - u1);
+    const double rise = (u2 * s2 - u1 * s1) / (u2 - u1);
+    return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
+}
+
+Vec2D Parabola::ComputeTangent(const Point2D& point) const {
+    const double slope = GetSlope(point.GetX());
+    const double length = std::hypot(1.0, slope);
+    return {1.0 / length, slope / length};
+}
+
+int Parabola::GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const {
+    // The tangent at x = point.x + t passes a t^2 below the curve's height h over the point.
+    const double h = Evaluate(point.GetX()) - point.GetY();
+    if (std::abs(h) <= touchTolerance) {
+        left = Line2D(point, point + ComputeTangent(point));
+        return 1;
+    }
+    if (!(std::abs(a) >= detail::numericalZero) || !(h / a > 0.0)) return 0;
+    const double t = std::sqrt(h / a);
+    left = Line2D(point, GetPointAt(point.GetX() - t));
+    right = Line2D(point, GetPointAt(point.GetX() + t));
+    return 2;
+}
+
+IPolyline2DElement::PolylineElementPoint Parabola::GetSample(double x) const {
+    const Point2D point = GetPointAt(x);
+    const bool before = (x < start.GetX()) != (end.GetX() < start.GetX());
+    const double length = GetArcLength(start.GetX(), x);
+    return {point, ComputeTangent(point), before && length > 0.0 ? -length : length};
+}
+
+bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    const double length = GetLength();
+    if (!(station >= -detail::numericalZero && station <= length + detail::numericalZero)) return false;
+    if (station <= 0.0 || station >= length) {
+        const Point2D& point = station <= 0.0 ? start : end;
+        result = {point, ComputeTangent(point), station <= 0.0 ? 0.0 : length};
+        return true;
+    }
+    const double run = std::abs(end.GetX() - start.GetX());
+    const double sign = end.GetX() < start.GetX() ? -1.0 : 1.0;
+    const double along = detail::BracketedNewton(0.0, std::min(run, station), [&](double distance) {
+        const double x = start.GetX() + sign * distance;
+        return detail::ValueAndSlope{GetArcLength(start.GetX(), x) - station, std::hypot(1.0, GetSlope(x))};
+    });
+    const Point2D point = GetPointAt(start.GetX() + sign * along);
+    result = {point, ComputeTangent(point), station};
+    return true;
+}
+
+bool Parabola::MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                          bool closeAtEnd) const {
+    return ForEachAbscissa(from, to, step, closeAtEnd, [&](double x) { points.push_back(GetSample(x)); });
+}
+
+bool Parabola::MakePoints(double from, double to, double step, std::vector<Point2D>& points, bool closeAtEnd) const {
+    return ForEachAbscissa(from, to, step, closeAtEnd, [&](double x) { points.push_back(GetPointAt(x)); });
+}
+
+bool Parabola::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                     double step) const {
+    return MakePoints(from, to, step, points, true);
+}
+
+// The chord over a run d lies |a| d^2 / 4 from the curve at its middle.
+double Parabola::GetStep(double from, double to, double height) const {
+    const double span = std::abs(to - from);
+    if (!(height > 0.0) || !(span > 0.0)) return height > 0.0 ? 1.0 : 0.0;
+    return span / std::max(1.0, std::ceil(span * std::sqrt(std::abs(a) / height) * 0.5 - detail::partRounding));
+}
+
+bool Parabola::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
+                                                double height) const {
+    return MakePoints(from, to, GetStep(from, to, height), points, true);
+}
+
+bool Parabola::MakePointsUsingHeight(double from, double to, std::vector<Point2D>& points, double height) const {
+    return MakePoints(from, to, GetStep(from, to, height), points, true);
+}
+
+bool Parabola::MakeLineString(double from, double to, LineString2D& lineString, double step) const {
+    std::vector<Point2D> points;
+    if (!MakePoints(from, to, step, points, true)) return false;
+    lineString.AppendPoints(points);
+    return true;
+}
+
+Parabola& Parabola::Translate(const Vec2D& v) {
+    const double x = v.GetX();
+    start += v;
+    end += v;
+    c += (a * x - b) * x + v.GetY();
+    b -= 2.0 * a * x;
+    return *this;
+}
+
+Parabola Parabola::Translate(const Vec2D& v) const {
+    Parabola copy(*this);
+    return copy.Translate(v);
+}
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,302 @@
+#include "kalvio/curves/Parabola.h"
+
+#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+const Tolerances kTolerances = detail::StandardTolerances();
+using Sample = IPolyline2DElement::PolylineElementPoint;
+
+Parabola Between(double x1, double x2, double a, double b, double c) {
+    Parabola parabola(a, b, c);
+    parabola.SetStart(Point2D(x1, parabola.Evaluate(x1)));
+    parabola.SetEnd(Point2D(x2, parabola.Evaluate(x2)));
+    return parabola;
+}
+
+// A sag curve, a crest curve, a steep one that turns back, one towards smaller x, a straight grade.
+std::vector<Parabola> Elements() {
+    return {Between(0.0, 200.0, 1e-4, -0.03, 2.0), Between(-40.0, 320.0, -5e-5, 0.01, 30.0),
+            Between(-3.0, 2.0, 1.5, 0.4, -1.0), Between(120.0, 20.0, 0.002, -0.3, 0.0),
+            Between(5.0, 90.0, 0.0, 0.04, 7.0)};
+}
+
+TEST(ParabolaTest, FocusAndDirectrixAreEquallyFarFromEveryPoint) {
+    for (const Parabola& parabola : Elements()) {
+        Point2D summit(7.0, 7.0), focus(7.0, 7.0);
+        double directrix = 7.0, a = 0.0, b = 0.0, c = 0.0, y = 0.0;
+        parabola.GetParameters(a, b, c);
+        EXPECT_EQ(parabola.GetParameterK(), std::abs(0.005 / a));
+        EXPECT_EQ(parabola.GetY(3.0, y), 1);
+        EXPECT_EQ(y, parabola.Evaluate(3.0));
+        EXPECT_EQ(parabola.GetSummit(summit), a != 0.0);
+        EXPECT_EQ(parabola.GetFocus(focus), a != 0.0);
+        EXPECT_EQ(parabola.GetDirectix(directrix), a != 0.0);
+        if (a == 0.0) {
+            EXPECT_EQ(summit.GetX() + focus.GetX() + directrix, 21.0) << "untouched";
+            continue;
+        }
+        EXPECT_THAT(summit, IsNear(Point2D(focus.GetX(), 0.5 * (focus.GetY() + directrix)), 1e-12));
+        EXPECT_NEAR(parabola.Evaluate(summit.GetX()), summit.GetY(), 1e-13);
+        for (const double x : {-50.0, 0.0, 13.0, 400.0}) {
+            const Point2D p(x, parabola.Evaluate(x));
+            EXPECT_NEAR(p.Distance(focus), std::abs(p.GetY() - directrix), 1e-11 * p.Distance(focus));
+        }
+    }
+    EXPECT_EQ(Parabola(0.0005, 0.0, 0.0).GetParameterK(), 10.0);
+    EXPECT_EQ(Parabola(0.0, 1.0, 0.0).GetParameterK(), kInfinity);
+}
+
+TEST(ParabolaTest, RootsInTheOrderOfTheirFormula) {
+    struct Row {
+        const char* why;
+        double a, b, c;
+        int number;
+        double x1, x2;
+    };
+    const Row rows[] = {
+        {"two", 1.0, -5.0, 6.0, 2, 3.0, 2.0},
+        {"opening downward: the first is the smaller", -1.0, 5.0, -6.0, 2, 2.0, 3.0},
+        {"symmetric", 2.0, 0.0, -8.0, 2, 2.0, -2.0},
+        {"touching", 1.0, -2.2, 1.1 * 1.1, 1, 1.1, 1.1},
+        {"no cancellation", 1.0, 1e9, 1.0, 2, -1e-9, -1e9},
+        {"none", 1.0, 0.0, 1.0, 0, 7.0, 7.0},
+        {"not a number", kNan, 0.0, 1.0, 0, 7.0, 7.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        double x1 = 7.0, x2 = 7.0;
+        ASSERT_EQ(Parabola(row.a, row.b, row.c).FindRoots(x1, x2), row.number);
+        EXPECT_DOUBLE_EQ(x1, row.x1);
+        EXPECT_DOUBLE_EQ(x2, row.x2);
+    }
+}
+
+TEST(ParabolaTest, ArcLengthKeepsItsDigits) {
+    struct Row {
+        const char* why;
+        double a, b, x1, x2, expected;
+    };
+    const double sqrt5 = std::sqrt(5.0);
+    const Row rows[] = {
+        {"y = x^2 over [0, 1]: sqrt(5) / 2 + asinh(2) / 4", 1.0, 0.0, 0.0, 1.0, 1.478942857544597433828},
+        {"both sides of the summit", 1.0, 0.0, -1.0, 1.0, 2.957885715089194867656},
+        {"opening downward, backwards", -1.0, 0.0, 0.0, -1.0, 1.478942857544597433828},
+        {"straight", 0.0, 2.0, -1.0, 3.0, 4.0 * sqrt5},
+        {"a so small that the difference of two primitives is noise", 1e-17, 2.0, -1.0, 3.0, 4.0 * sqrt5},
+        {"a below the tolerance of GetLength, far from x = 0: the chord", 5e-11, 2.0 - 4e-5, 399999.0, 400001.0,
+         2.0 * sqrt5},
+        {"a small part far out", 0.5, 0.0, 2.0, 2.0 + 0x1p-30, 0x1p-30 * std::hypot(1.0, 2.0 + 0x1p-31)},
+        {"steep falling grade, where ln(u + sqrt(u^2 + 1)) is infinite", 1.0, -1e9, 0.0, 1.0, 999999999.0},
+        {"slopes whose squares overflow, one sign", 1e180, 0.0, 1.0, 3.0, 8e180},
+        {"slopes whose squares overflow, both signs", 1e180, 0.0, -1.0, 3.0, 1e181},
+        {"no extent", 3.0, 1.0, 2.0, 2.0, 0.0},
+        {"flat at both ends of no extent", 3.0, 0.0, 0.0, 0.0, 0.0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const Parabola parabola = Between(row.x1, row.x2, row.a, row.b, 0.0);
+        EXPECT_NEAR(parabola.GetLength(), row.expected, 5e-16 * row.expected);
+        EXPECT_NEAR(parabola.GetLength(Point2D(row.x2, kNan), Point2D(row.x1, 0.0), 0.0), row.expected,
+                    5e-16 * row.expected);
+    }
+    EXPECT_NEAR(Parabola(1e-3, 0.0, 0.0).GetLength(Point2D(0.0, 0.0), Point2D(100.0, 0.0), 1e-2),
+                std::hypot(100.0, 10.0), 1e-13);
+}
+
+TEST(ParabolaTest, StationsAgreeWithEachOtherAndWithChords) {
+    for (const Point2D& origin : surveyOrigins) {
+        const double noise =
+            origin.GetX() == 0.0 ? 1e-12 : 2e-8;  // of heights: a x^2 is 1e7 there, and 1e11 for a = 1.5
+        for (Parabola parabola : Elements()) {
+            double a = 0.0, b = 0.0, c = 0.0;
+            parabola.GetParameters(a, b, c);
+            if (std::abs(a) > 0.1 && origin.GetX() != 0.0) continue;
+            parabola.Translate(origin - Point2D());
+            const std::unique_ptr<IGeometry> turned(parabola.CloneAsReverse());
+            const auto& reversed = static_cast<const Parabola&>(*turned);
+            const double length = parabola.GetLength();
+            double chords = 0.0;
+            Point2D last = parabola.GetStart();
+            for (int i = 0; i <= 2000; ++i) {
+                Sample sample, back;
+                const double station = length * i / 2000.0;
+                ASSERT_TRUE(parabola.MakePointAndTangentAt(station, sample));
+                chords += last.Distance(sample.point);
+                last = sample.point;
+                ASSERT_NEAR(chords, station, 1e-6 * length);
+                EXPECT_NEAR(sample.station, station, 1e-12);
+                if (i % 250 != 0) continue;
+                EXPECT_THAT(sample.tangent, IsNear(parabola.ComputeTangent(sample.point), 0.0));
+                ASSERT_TRUE(reversed.MakePointAndTangentAt(length - station, back));
+                EXPECT_THAT(back.point, IsNear(sample.point, 10.0 * noise));
+                EXPECT_THAT(back.tangent, IsNear(sample.tangent, noise)) << "the tangent does not turn";
+                const Point2D beside = sample.point + sample.tangent.GetNormalVector(i % 500 == 0) * 9e-5;
+                double fromStart = -1.0, fromEnd = -1.0;
+                ASSERT_TRUE(parabola.GetLengthFromStartPoint(beside, fromStart, 1e-4));
+                ASSERT_TRUE(parabola.GetLengthFromEndPoint(beside, fromEnd, 1e-4));
+                EXPECT_NEAR(fromStart, station, 10.0 * noise);
+                EXPECT_NEAR(fromStart + fromEnd, length, 10.0 * noise);
+                EXPECT_NEAR(reversed.LengthFromEndPoint(beside, 1e-4), station, 10.0 * noise);
+                EXPECT_TRUE(parabola.IsPointOnGeometry(beside, kTolerances));
+                const Point2D off = sample.point + sample.tangent.GetNormalVector(true) * 1.1e-4;
+                EXPECT_FALSE(parabola.IsPointOnGeometry(off, kTolerances));
+                EXPECT_FALSE(parabola.GetLengthFromStartPoint(off, fromStart, 1e-4));
+                EXPECT_NEAR(fromStart, station, 10.0 * noise) << "untouched";
+                EXPECT_TRUE(parabola.GetBoundingBox().IsPointInside(sample.point, 10.0 * noise));
+            }
+            Sample untouched;
+            EXPECT_FALSE(parabola.MakePointAndTangentAt(length + 1e-9, untouched));
+            EXPECT_FALSE(parabola.MakePointAndTangentAt(kNan, untouched));
+        }
+    }
+}
+
+TEST(ParabolaTest, NearestPointIsTheGlobalOne) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240607));
+    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution<>(low, high)(random); };
+    for (int run = 0; run < 2000; ++run) {
+        const double a = run % 20 == 0 ? 0.0 : std::pow(10.0, uniform(-4.0, 1.0)) * (run % 2 == 0 ? 1.0 : -1.0);
+        const Parabola parabola =
+            Between(uniform(-3.0, 3.0), uniform(-3.0, 3.0), a, uniform(-1.0, 1.0), uniform(-1.0, 1.0));
+        Point2D query(uniform(-5.0, 5.0), uniform(-5.0, 5.0));
+        // Where the evolute has its cusp, all three feet fall together.
+        if (run % 7 == 0 && parabola.GetSummit(query)) query += Vec2D(0.0, 0.5 / a);
+        const double found = parabola.GetNearestPoint(query, kTolerances).Distance(query);
+        double least = kInfinity;
+        for (int i = 0; i <= 3000; ++i) {
+            const double x = std::lerp(parabola.GetStart().GetX(), parabola.GetEnd().GetX(), i / 3000.0);
+            least = std::min(least, query.Distance(Point2D(x, parabola.Evaluate(x))));
+        }
+        ASSERT_LE(found, least + 1e-13) << "run " << run;
+        ASSERT_GE(found, least - 1e-3) << "run " << run;
+    }
+    // Two feet equally near: the first in the direction of travel. Beyond an end: that end.
+    Parabola sag = Between(-2.0, 2.0, 1.0, 0.0, 0.0);
+    EXPECT_LT(sag.GetNearestPoint(Point2D(0.0, 3.0), kTolerances).GetX(), 0.0);
+    sag.Reverse();
+    EXPECT_GT(sag.GetNearestPoint(Point2D(0.0, 3.0), kTolerances).GetX(), 0.0);
+    EXPECT_EQ(sag.GetNearestPoint(Point2D(1.0, 40.0), kTolerances).GetX(), 2.0);
+    EXPECT_THAT(sag.GetNearestPoint(Point2D(0.0, 0.5), kTolerances), IsNear(Point2D(0.0, 0.0), 1e-5));
+}
+
+TEST(ParabolaTest, BreaksExtendsAndJoinsAChain) {
+    for (const Parabola& whole : Elements()) {
+        const double length = whole.GetLength();
+        std::vector<Point2D> points;
+        for (const double share : {0.7, 0.25}) {
+            Sample sample;
+            ASSERT_TRUE(whole.MakePointAndTangentAt(share * length, sample));
+            points.push_back(sample.point);
+        }
+        points.push_back(whole.GetStart());
+        points.push_back(Point2D(1e4, 1e4));
+        Parabola first(whole);
+        std::vector<IGeometry*> out;
+        ASSERT_TRUE(first.BreakAt(points, out, true, kTolerances));
+        ASSERT_EQ(out.size(), 2U);
+        Polyline2D chain;
+        chain.AppendElement(first.Clone());
+        for (IGeometry* const piece : out) chain.AppendElement(static_cast<Parabola*>(piece));
+        EXPECT_TRUE(chain.IsContinuous(1e-12));
+        EXPECT_NEAR(chain.GetLength(), length, 1e-11);
+        EXPECT_NEAR(chain.LengthFromStartPoint(points[0], 1e-6), 0.7 * length, 1e-9);
+        EXPECT_NEAR(chain.GetElementAtIndex(1).GetLength(), 0.45 * length, 1e-9);
+        std::vector<Polyline2D::PolylinePoint> samples;
+        EXPECT_TRUE(chain.MakePointsAndTangentsUsingHeight(0.0, length, samples, 0.01, 1e-6));
+        EXPECT_NEAR(samples.back().station, length, 1e-9);
+
+        Parabola longer(first);
+        EXPECT_TRUE(longer.ExtendEnd(whole.GetEnd() + Vec2D(0.0, 3.0), kTolerances));
+        EXPECT_TRUE(longer.IsEqualTo(whole, 1e-12));
+        EXPECT_TRUE(longer.ExtendStart(first.GetEnd(), kTolerances));
+        EXPECT_NEAR(longer.GetLength(), 0.75 * length, 1e-9);
+        EXPECT_FALSE(longer.ExtendStart(Point2D(kInfinity, 0.0), kTolerances));
+        EXPECT_FALSE(longer.ExtendEnd(Point2D(0.0, kNan), kTolerances));
+        EXPECT_NEAR(longer.GetLength(), 0.75 * length, 1e-9);
+        Parabola other(whole);
+        double a = 0.0, b = 0.0, c = 0.0;
+        whole.GetParameters(a, b, c);
+        other.SetParameters(a, b, c + 0x1p-20);
+        EXPECT_FALSE(other.IsEqualTo(static_cast<const IGeometry&>(whole), 0x1p-20)) << "strict";
+        EXPECT_TRUE(other.IsEqualTo(static_cast<const IGeometry&>(whole), 0x1p-19));
+        EXPECT_FALSE(whole.IsEqualTo(Line2D(whole.GetStart(), whole.GetEnd()), 1.0));
+    }
+}
+
+TEST(ParabolaTest, TangentsThroughAPointTouch) {
+    const Parabola parabola(0.5, -1.0, 2.0);
+    Line2D left, right;
+    ASSERT_EQ(parabola.GetTangentsThroughPoint(Point2D(3.0, -4.0), left, right), 2);
+    for (const Line2D& line : {left, right}) {
+        EXPECT_NEAR(line.GetEnd().GetY(), parabola.Evaluate(line.GetEnd().GetX()), 1e-13);
+        EXPECT_NEAR(line.GetDirection().PerpDotProduct(parabola.ComputeTangent(line.GetEnd())), 0.0, 1e-15);
+    }
+    EXPECT_LT(left.GetEnd().GetX(), 3.0);
+    EXPECT_GT(right.GetEnd().GetX(), 3.0);
+    ASSERT_EQ(parabola.GetTangentsThroughPoint(Point2D(2.0, 2.0), left, right), 1);
+    EXPECT_THAT(left.GetDirection(), IsNear(Vec2D(1.0, 1.0, 1.0), 1e-15));
+    EXPECT_EQ(parabola.GetTangentsThroughPoint(Point2D(2.0, 2.1), left, right), 0);
+    EXPECT_EQ(Parabola(0.0, 1.0, 0.0).GetTangentsThroughPoint(Point2D(2.0, 2.1), left, right), 0);
+}
+
+TEST(ParabolaTest, SamplesDoNotDriftAndCloseOnce) {
+    const Parabola sag = Between(0.0, 1000.0, 1e-4, -0.05, 0.0);
+    std::vector<Point2D> points;
+    std::vector<Sample> samples;
+    LineString2D lineString;
+    EXPECT_TRUE(sag.MakePoints(0.0, 1000.0, 0.1, points, true));
+    ASSERT_EQ(points.size(), 10001U);
+    EXPECT_EQ(points[7001].GetX(), 7001 * 0.1);
+    EXPECT_TRUE(sag.MakePoints(1000.0, 975.0, 10.0, points, false));
+    ASSERT_EQ(points.size(), 10004U) << "appended";
+    EXPECT_EQ(points.back().GetX(), 980.0);
+    EXPECT_TRUE(sag.MakePointsAndTangents(-20.0, 5.0, samples, 10.0));
+    ASSERT_EQ(samples.size(), 4U);
+    EXPECT_NEAR(samples[0].station, -sag.GetLength(samples[0].point, sag.GetStart(), 0.0), 1e-13);
+    EXPECT_EQ(samples[3].point.GetX(), 5.0);
+    EXPECT_GT(samples[3].station, 5.0);
+    EXPECT_TRUE(sag.MakeLineString(10.0, 10.0, lineString, 1.0));
+    EXPECT_EQ(lineString.GetSize(), 1U);
+
+    for (const double height : {10.0, 0.3, 0.001}) {
+        std::vector<Point2D> chain;
+        ASSERT_TRUE(sag.MakePointsUsingHeight(1000.0, 0.0, chain, height));
+        const auto heightOf = [&](double run) {  // over the middle of a chord; the same everywhere
+            return std::abs(0.5 * (sag.Evaluate(0.0) + sag.Evaluate(run)) - sag.Evaluate(0.5 * run));
+        };
+        const double steps = static_cast<double>(chain.size() - 1);
+        EXPECT_EQ(chain.back().GetX(), 0.0);
+        EXPECT_LE(heightOf(1000.0 / steps), height * (1.0 + 1e-9));
+        if (steps > 1.0) {
+            EXPECT_GT(heightOf(1000.0 / (steps - 1.0)), height);
+        }
+    }
+    for (const double bad : {0.0, -1.0, kNan}) {
+        EXPECT_FALSE(sag.MakePoints(0.0, 10.0, bad, samples, true));
+        EXPECT_FALSE(sag.MakePoints(0.0, 10.0, bad, points, false));
+        EXPECT_FALSE(sag.MakePointsAndTangentsUsingHeight(0.0, 10.0, samples, bad));
+        EXPECT_FALSE(sag.MakeLineString(0.0, 10.0, lineString, bad));
+    }
+    for (const double bad : {kNan, kInfinity}) EXPECT_FALSE(sag.MakePointsUsingHeight(0.0, bad, points, 1.0));
+    EXPECT_EQ(points.size() + samples.size() + lineString.GetSize(), 10004U + 4U + 1U);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
