@@ -47,8 +47,8 @@ void BM_ClothoidMakePointsAndTangents(benchmark::State& state) {
     std::vector<IPolyline2DElement::PolylineElementPoint> points;
     for (auto _ : state) {
         points.clear();
-        clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(),
-                                       clothoid.GetLength() / static_cast<double>(state.range(0)), points);
+        clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), points,
+                                       clothoid.GetLength() / static_cast<double>(state.range(0)));
         benchmark::DoNotOptimize(points.data());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));

@@ -248,18 +248,17 @@ double Clothoid::GetLength() const { return std::abs(GetLength(endRadius) - GetL
 bool Clothoid::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
                                 std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
     if (!frame.usable) return false;
-    const Clothoid whole(*this);
-    const Evaluator curve(whole);
+    const Evaluator curve(*this);
+    const double length = GetLength();
+    const auto radiusAt = [&](double station) { return RadiusAt(curve.LengthFromInflection(station)); };
     return detail::BreakElement(
         *this, breaks, startStation, out, modifyThis, tolerances.UserTolerance(),
         [&](const detail::ElementCut& from, const detail::ElementCut& to) {
-            const PolylineElementPoint first = curve.Sample(whole.start, from.station);
-            const auto radius = [&](double station) { return whole.RadiusAt(curve.LengthFromInflection(station)); };
-            const bool atStart = from.station <= 0.0;
-            const bool atEnd = to.station >= whole.GetLength();
-            return std::make_unique<Clothoid>(
-                atStart ? whole.startRadius : radius(from.station), atEnd ? whole.endRadius : radius(to.station),
-                whole.parameter, atStart ? whole.start : first.point, atStart ? whole.startTangent : first.tangent);
+            const double last = to.station < length ? radiusAt(to.station) : endRadius;
+            if (!(from.station > 0.0))
+                return std::make_unique<Clothoid>(startRadius, last, parameter, start, startTangent);
+            const PolylineElementPoint first = curve.Sample(start, from.station);
+            return std::make_unique<Clothoid>(radiusAt(from.station), last, parameter, first.point, first.tangent);
         });
 }
 
@@ -524,7 +523,7 @@ bool Clothoid::MakeLineString(LineString2D& lineString, double chordTolerance, i
     return !steps.empty();
 }
 
-bool Clothoid::MakeLineString(double from, double to, double step, LineString2D& lineString, int terms) const {
+bool Clothoid::MakeLineString(double from, double to, LineString2D& lineString, double step, int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
     Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
@@ -533,29 +532,29 @@ bool Clothoid::MakeLineString(double from, double to, double step, LineString2D&
     return !steps.empty();
 }
 
-bool Clothoid::MakeLineString(double from, double to, double step, std::list<double>& lengths,
-                              std::list<Point2D>& points, int terms) const {
+bool Clothoid::MakeLineString(double from, double to, std::list<double>& lengths, std::list<Point2D>& points,
+                              double step, int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
     for (const double offset : steps) lengths.push_back(from + offset);
     return MakePoints(steps, from, terms, points);
 }
 
-bool Clothoid::MakePoints(double from, double to, double step, std::list<Point2D>& points, int terms) const {
+bool Clothoid::MakePoints(double from, double to, std::list<Point2D>& points, double step, int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
     return MakePoints(steps, from, terms, points);
 }
 
-bool Clothoid::MakePointsAndTangents(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step,
                                      int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
     return CreatePolylineElements(steps, from, terms, points);
 }
 
-bool Clothoid::MakePointsAndTangents(double from, double to, double step, std::vector<Point2D>& points,
-                                     std::vector<Vec2D>& tangents, int terms) const {
+bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,
+                                     double step, int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
     Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
@@ -565,19 +564,15 @@ bool Clothoid::MakePointsAndTangents(double from, double to, double step, std::v
     return !steps.empty();
 }
 
-bool Clothoid::MakePointsAndTangentsUsingHeight(double from, double to, double height,
-                                                std::vector<PolylineElementPoint>& points, int terms) const {
+bool Clothoid::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
+                                                double height, int terms) const {
     std::vector<double> steps;
     if (ClipRange(from, to)) BuildStepsUsingHeight(steps, from, to, height);
     return CreatePolylineElements(steps, from, terms, points);
 }
 
 bool Clothoid::ClipRange(double& from, double& to) const {
-    const double length = GetLength();
-    if (!frame.usable || !(from <= to) || !(from <= length + detail::numericalZero) || !(to >= 0.0)) return false;
-    from = std::clamp(from, 0.0, length);
-    to = std::clamp(to, 0.0, length);
-    return true;
+    return frame.usable && detail::ClipStations(GetLength(), from, to);
 }
 
 bool Clothoid::MakePoints(const std::vector<double>& steps, double from, int terms, std::list<Point2D>& points) const {

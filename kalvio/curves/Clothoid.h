@@ -148,17 +148,17 @@ public:
     bool MakeLineString(LineString2D& lineString, double chordTolerance, int terms) const;
     /// The sampling functions append samples at from, from + step ... and at `to`, the range clipped to the curve.
     /// @return false, nothing appended, for an empty range (from > to included) or a step that is not positive
-    bool MakeLineString(double from, double to, double step, LineString2D& lineString, int terms = defaultTerms) const;
-    bool MakeLineString(double from, double to, double step, std::list<double>& lengths, std::list<Point2D>& points,
+    bool MakeLineString(double from, double to, LineString2D& lineString, double step, int terms = defaultTerms) const;
+    bool MakeLineString(double from, double to, std::list<double>& lengths, std::list<Point2D>& points, double step,
                         int terms = defaultTerms) const;
-    bool MakePoints(double from, double to, double step, std::list<Point2D>& points, int terms = defaultTerms) const;
-    bool MakePointsAndTangents(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+    bool MakePoints(double from, double to, std::list<Point2D>& points, double step, int terms = defaultTerms) const;
+    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step,
                                int terms = defaultTerms) const;
-    bool MakePointsAndTangents(double from, double to, double step, std::vector<Point2D>& points,
-                               std::vector<Vec2D>& tangents, int terms = defaultTerms) const;
+    bool MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,
+                               double step, int terms = defaultTerms) const;
     /// The same with steps such that no chord lies further than `height` from the curve.
-    bool MakePointsAndTangentsUsingHeight(double from, double to, double height,
-                                          std::vector<PolylineElementPoint>& points, int terms = defaultTerms) const;
+    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
+                                          double height, int terms = defaultTerms) const;
 
     /// sqrt(radius length).
     static double ComputeParameter(double radius, double length);

@@ -71,7 +71,7 @@ void ForEachClothoid(Check&& check) {
 
 std::vector<Sample> SamplesOf(const Clothoid& clothoid, double step) {
     std::vector<Sample> samples;
-    EXPECT_TRUE(clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), step, samples));
+    EXPECT_TRUE(clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, step));
     return samples;
 }
 
@@ -326,9 +326,9 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
         std::list<Point2D> points;
         std::list<double> lengths;
         LineString2D lineString;
-        EXPECT_EQ(clothoid.MakePointsAndTangents(row.from, row.to, row.step, samples), row.count > 0);
-        EXPECT_EQ(clothoid.MakeLineString(row.from, row.to, row.step, lengths, points), row.count > 0);
-        EXPECT_EQ(clothoid.MakeLineString(row.from, row.to, row.step, lineString), row.count > 0);
+        EXPECT_EQ(clothoid.MakePointsAndTangents(row.from, row.to, samples, row.step), row.count > 0);
+        EXPECT_EQ(clothoid.MakeLineString(row.from, row.to, lengths, points, row.step), row.count > 0);
+        EXPECT_EQ(clothoid.MakeLineString(row.from, row.to, lineString, row.step), row.count > 0);
         ASSERT_EQ(samples.size(), row.count);
         EXPECT_EQ(points.size(), row.count);
         EXPECT_EQ(lengths.size(), row.count);
@@ -343,7 +343,7 @@ TEST(ClothoidTest, ChordsKeepTheHeight) {
     ForEachClothoid([](const Clothoid& clothoid, const Reference&, const Vec2D&) {
         for (const double height : {0.001, 0.3}) {
             std::vector<Sample> samples;
-            ASSERT_TRUE(clothoid.MakePointsAndTangentsUsingHeight(0.0, clothoid.GetLength(), height, samples));
+            ASSERT_TRUE(clothoid.MakePointsAndTangentsUsingHeight(0.0, clothoid.GetLength(), samples, height));
             EXPECT_EQ(samples.back().station, clothoid.GetLength());
             double work = 0.0;  // chords of exactly that height: the integral of sqrt(k / (8 height))
             for (std::size_t i = 1; i < samples.size(); ++i) {
@@ -452,7 +452,7 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
         std::vector<IGeometry*> out;
         Sample nearest;
         double length = -1.0;
-        EXPECT_EQ(clothoid.MakePointsAndTangents(0.0, 10.0, 1.0, samples), row.hasStart);
+        EXPECT_EQ(clothoid.MakePointsAndTangents(0.0, 10.0, samples, 1.0), row.hasStart);
         EXPECT_EQ(samples.size(), row.hasStart ? 1u : 0u);
         EXPECT_EQ(clothoid.GetLengthFromStartPoint(from, length, 1e-4), row.hasStart);
         EXPECT_EQ(length, row.hasStart ? 0.0 : -1.0);

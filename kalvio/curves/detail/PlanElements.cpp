@@ -205,7 +205,7 @@ bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, do
         case MathTypes::Arc2D:
             return static_cast<const Arc2D&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
         case MathTypes::Clothoid:
-            return static_cast<const Clothoid&>(element).MakePointsAndTangentsUsingHeight(from, to, height, samples);
+            return static_cast<const Clothoid&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
         case MathTypes::LineString2D: {
             // The ends of the range and the vertices between them.
             const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();

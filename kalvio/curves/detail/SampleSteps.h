@@ -1,26 +1,34 @@
 #pragma once
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/curves/detail/Stations.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 /// Sampling offsets along a curve, relative to the first station. Both builders clear the list first and leave it empty
 /// for a step (height) that is not positive, for NaN, and where more than `mostSamples` would come out.
 namespace Kalvio::Math::detail {
 
-/// 0, step, 2 step ... and the span to - from itself, so that the last sample always falls on `to`. A multiple within
-/// 1e-10 of the span gives way to it.
+/// 0, step, 2 step ... and the span to - from itself, so that the last sample always falls on `to`.
 inline void BuildConstantSteps(std::vector<double>& steps, double from, double to, double step) {
     steps.clear();
     const double span = to - from;
-    const double count = std::ceil((std::abs(span) - numericalZero) / step);
-    if (!(step > 0.0) || !(count < mostSamples)) return;
-    for (double i = 0.0; i < count; ++i) steps.push_back(i * step);
+    const std::int64_t parts = NumberOfParts(std::abs(span), step);
+    if (parts == 0) return;
+    for (std::int64_t i = 0; i < parts && span != 0.0; ++i) steps.push_back(static_cast<double>(i) * step);
     steps.push_back(span);
+}
+
+/// Clips the range [from, to] to the curve [0, length]. @return false for an empty range, from > to included, or NaN
+inline bool ClipStations(double length, double& from, double& to) {
+    if (!(from <= to) || !(from <= length + numericalZero) || !(to >= 0.0)) return false;
+    from = std::clamp(from, 0.0, length);
+    to = std::clamp(to, 0.0, length);
+    return true;
 }
 
 /// Offsets such that no chord lies further than `height` from the curve, and none spans more than a quarter turn: over
