@@ -2,14 +2,21 @@
 
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
+#include "kalvio/polygons/detail/SmallestBox.h"
+#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <set>
+#include <utility>
 
 namespace Kalvio::Math {
 
@@ -65,6 +72,8 @@ BoundingBox2D LineString2D::GetBoundingBox2D() const {
 
 BoundingBox3D LineString2D::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
 
+OrientedBoundingBox2D LineString2D::GetOrientedBoundingBox2D() const { return detail::SmallestBox(points); }
+
 bool LineString2D::IsEqualTo(const IGeometry& other, double tolerance) const {
     switch (other.GetType()) {
         case MathTypes::Line2D: {
@@ -74,6 +83,11 @@ bool LineString2D::IsEqualTo(const IGeometry& other, double tolerance) const {
         }
         case MathTypes::LineString2D:
             return IsEqualTo(static_cast<const LineString2D&>(other), tolerance);
+        case MathTypes::Polyline2D: {
+            const auto& chain = static_cast<const Polyline2D&>(other);
+            return chain.GetNrOfElements() == 1 && chain.GetElementAtIndex(0).GetType() == GetType() &&
+                   IsEqualTo(chain.GetElementAtIndex(0), tolerance);
+        }
         default:
             return false;
     }
@@ -93,6 +107,32 @@ void LineString2D::Reverse() {
 
 double LineString2D::GetLength() const { return detail::ChainLength(points, lengthOf); }
 
+bool LineString2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                    std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
+    const double u = tolerances.UserTolerance();
+    const double total = GetLength();
+    std::size_t next = 1;  // vertex, and the length to it
+    double length = points.size() > 1 ? points[0].Distance(points[1]) : 0.0;
+    const auto advance = [&] {
+        length += points[next].Distance(points[next + 1]);
+        ++next;
+    };
+    return detail::BreakElement(
+        *this, breaks, startStation, out, modifyThis, u,
+        [&](const detail::ElementCut& from, const detail::ElementCut& to) {
+            auto piece = std::make_unique<LineString2D>();
+            piece->AppendPoint(from.point);
+            // A vertex within the tolerance of a cut gives way to it.
+            while (next + 1 < points.size() && from.station > 0.0 && !(length - from.station > u)) advance();
+            while (next + 1 < points.size() && !(to.station < total && to.station - length <= u)) {
+                piece->AppendPoint(points[next]);
+                advance();
+            }
+            piece->AppendPoint(to.point);
+            return piece;
+        });
+}
+
 bool LineString2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
     double length = 0.0;
     return GetLengthFromStartPoint(point, length, tolerances.UserTolerance());
@@ -110,6 +150,34 @@ bool LineString2D::ExtendEnd(const Point2D& point, const Tolerances&) {
     points.back() = point;
     Changed();
     return true;
+}
+
+IGeometry* LineString2D::Append(const IGeometry* const other) const {
+    if (other == nullptr) return nullptr;
+    auto appended = std::make_unique<LineString2D>(*this);
+    switch (other->GetType()) {
+        case MathTypes::Line2D:
+            appended->AppendPoint(static_cast<const Line2D*>(other)->GetEnd());
+            return appended.release();
+        case MathTypes::LineString2D: {
+            const std::vector<Point2D>& added = static_cast<const LineString2D*>(other)->points;
+            if (added.size() > 1) appended->AppendPoints(added.begin() + 1, added.end());
+            return appended.release();
+        }
+        case MathTypes::Arc2D: {
+            auto chain = std::make_unique<Polyline2D>();
+            chain->AppendElement(appended.release());
+            chain->AppendElement(static_cast<const Arc2D*>(other)->Clone());
+            return chain.release();
+        }
+        case MathTypes::Polyline2D: {
+            std::unique_ptr<Polyline2D> chain(static_cast<const Polyline2D*>(other)->Clone());
+            chain->Insert(0, appended.release());
+            return chain.release();
+        }
+        default:
+            return nullptr;
+    }
 }
 
 const Point2D& LineString2D::GetStart() const { return points.empty() ? Point2D::origo() : points.front(); }
@@ -132,15 +200,7 @@ bool LineString2D::GetLengthFromEndPoint(const Point2D& point, double& length, d
 }
 
 bool LineString2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const Point2D& a = points[i - 1];
-        const Point2D& b = points[i];
-        if (!detail::IsPointOnSegment(point, a, b, tolerances.UserTolerance())) continue;
-        if (!((b - a).Length() > detail::numericalZero)) continue;
-        tangent = (b - a).Normalize();
-        return true;
-    }
-    return false;
+    return detail::TangentAt(points, point, tolerances.UserTolerance(), tangent);
 }
 
 const Point2D LineString2D::GetMiddlePoint() const {
@@ -199,7 +259,8 @@ bool LineString2D::GetPoint(int index, Point2D& point) const {
 }
 
 bool LineString2D::Insert(unsigned int index, const Point2D& point) {
-    return Insert(index, std::vector<Point2D>{point});
+    Changed();
+    return detail::InsertPoint(points, index, point);
 }
 
 bool LineString2D::Insert(unsigned int index, const std::list<Point2D>& list) {
@@ -241,7 +302,102 @@ bool LineString2D::GetPointOffsetFromStart(double length, Point2D& point) const 
 }
 
 bool LineString2D::GetClosestSegment(const Point2D& point, unsigned int& index) const {
-    return detail::ClosestSegment(points, point, index);
+    detail::ChainFoot<Point2D> foot;
+    if (points.size() < 2 || !detail::FindNearest(points, point, detail::numericalZero, foot)) return false;
+    index = static_cast<unsigned int>(foot.segment);
+    return true;
+}
+
+bool LineString2D::GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const {
+    return ComputeTangent(point, tangent, detail::StandardTolerances());
+}
+
+bool LineString2D::GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const {
+    if (points.size() < 2 || !(length >= -tolerance && length <= GetLength() + tolerance)) return false;
+    const auto directionOf = [this](std::size_t i) { return (points[i + 1] - points[i]).Normalize(); };
+    const std::size_t last = points.size() - 2;
+    Vec2D direction = directionOf(last);
+    detail::WalkChain(points, lengthOf, [&](std::size_t i, double, double end) {
+        if (!(length - tolerance < end)) return false;
+        direction = directionOf(i);
+        if (!(length + tolerance < end) && i < last) direction += directionOf(i + 1);
+        return true;
+    });
+    tangent = direction.SetLength(1.0);
+    return true;
+}
+
+bool LineString2D::InsertAtLength(double length, const Point2D& point) {
+    if (!(length >= 0.0)) return false;
+    std::size_t index = 0;
+    const bool found = detail::WalkChain(points, lengthOf, [&](std::size_t i, double, double end) {
+        index = i + 1;
+        return end >= length;
+    });
+    return found && Insert(static_cast<unsigned int>(index), point);
+}
+
+void LineString2D::RemoveClosingPoint(double tolerance) {
+    while (IsClosed(tolerance)) points.pop_back();
+    Changed();
+}
+
+void LineString2D::ReducePoints(double tolerance) {
+    detail::ReduceChain(points, tolerance, [](std::size_t) {});
+    Changed();
+}
+
+bool LineString2D::ExtractLineString(double from, double to, LineString2D& out) const {
+    return detail::ExtractPart(points, lengthOf, from, to, out.GetPoints());
+}
+
+bool LineString2D::MakeLineString(double from, double to, LineString2D& out, double step) const {
+    std::vector<Point2D> samples;
+    const bool sampled = detail::SampleChain(
+        points, from, to, step, [&](const Point2D& point, const Vec2D&, double) { samples.push_back(point); });
+    if (sampled) out.AppendPoints(samples);
+    return sampled;
+}
+
+bool LineString2D::MakePointsAndTangents(double step, std::list<Point2D>& samples, std::list<Vec2D>& tangents) const {
+    return MakePointsAndTangents(0.0, GetLength(), step, samples, tangents);
+}
+
+bool LineString2D::MakePointsAndTangents(double from, double to, double step, std::list<Point2D>& samples,
+                                         std::list<Vec2D>& tangents) const {
+    return detail::SampleChain(points, from, to, step, [&](const Point2D& point, const Vec2D& tangent, double) {
+        samples.push_back(point);
+        tangents.push_back(tangent);
+    });
+}
+
+bool LineString2D::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& samples,
+                                         double step) const {
+    return detail::SampleChain(points, from, to, step, [&](const Point2D& point, const Vec2D& tangent, double length) {
+        samples.push_back({point, tangent, length});
+    });
+}
+
+bool LineString2D::Extend(const LineString2D& target, bool atEnd, double tolerance, bool straight, double maxDistance,
+                          const Angle& maxAngle) {
+    if (points.size() < 2) return false;
+    const Point2D end = atEnd ? points.back() : points.front();
+    const Line2D endSegment(atEnd ? points[points.size() - 2] : points[1], end);
+    const auto add = [&](const Point2D& point) { return Insert(atEnd ? GetSize() : 0, point); };
+    if (straight) {
+        std::vector<Point2D> crossings;
+        Intersection::LineStringLine(target, endSegment, crossings, tolerance);
+        const auto nearest = std::min_element(crossings.begin(), crossings.end(), [&](const auto& a, const auto& b) {
+            return end.Distance(a) < end.Distance(b);
+        });
+        if (nearest != crossings.end() && end.Distance(*nearest) <= maxDistance) return add(*nearest);
+    }
+    detail::ChainFoot<Point2D> foot;
+    if (!detail::FindNearest(target.points, end, tolerance, foot) || !(foot.distance <= maxDistance)) return false;
+    const Vec2D before = endSegment.GetEnd() - endSegment.GetStart();
+    const Vec2D after = foot.point - end;
+    const double turn = std::atan2(std::abs(before.PerpDotProduct(after)), before.DotProduct(after));
+    return turn <= maxAngle.GetRadians() && add(foot.point);
 }
 
 bool LineString2D::IsSelfCrossing(double tolerance) const {
@@ -304,6 +460,23 @@ bool LineString2D::IsSelfCrossing(std::vector<std::pair<Point2D, double>>& cross
         passages.insert({crossing.first, crossing.later});
     }
     return !crossings.empty();
+}
+
+LineString2D& LineString2D::Transform(const Matrix2D& matrix) {
+    for (Point2D& point : points) point.Transform(matrix);
+    Changed();
+    return *this;
+}
+
+LineString2D LineString2D::Transform(const Matrix2D& matrix) const {
+    LineString2D copy(*this);
+    return copy.Transform(matrix);
+}
+
+void LineString2D::Transform(const Matrix3D& matrix, std::vector<Point3D>& transformed) const {
+    transformed.clear();
+    transformed.reserve(points.size());
+    for (const Point2D& point : points) transformed.push_back(Point3D(point, 0.0).Transform(matrix));
 }
 
 LineString2D& LineString2D::Translate(const Vec2D& v) {

@@ -15,6 +15,9 @@
 
 namespace Kalvio::Math {
 
+class Matrix2D;
+class Matrix3D;
+
 /// Chain of points in plan joined by straight segments: a breakline, border, contour line or sampled alignment.
 ///
 /// Segment i joins point i to point i + 1. Lengths along the chain are plan lengths. The extent and the segment objects
@@ -38,10 +41,12 @@ public:
     BoundingBox2D GetBoundingBox2D() const override;
     /// The box at z = 0.
     BoundingBox3D GetBoundingBox3D() const override;
+    /// The rectangle of the smallest area around the points, its first axis along an edge of their convex hull.
+    OrientedBoundingBox2D GetOrientedBoundingBox2D() const;
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `LineString2D` of as many points, equal index by index, and with a `Line2D` of the same two
-    /// points in the same order.
+    /// Comparable with a `LineString2D` of as many points, equal index by index; with a `Line2D` of the same two points
+    /// in the same order; with a `Polyline2D` whose only element is an equal line string.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const LineString2D& other, double tolerance) const;
     [[nodiscard]] LineString2D* Clone() const override;
@@ -49,11 +54,20 @@ public:
     void Reverse() override;
     /// 0 for fewer than two points.
     double GetLength() const override;
+    /// The pieces are line strings with the vertices between two cuts; a vertex within the user tolerance of a cut
+    /// gives way to it.
+    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
+                          bool modifyThis, const Tolerances& tolerances) override;
+    using IPolyline2DElement::BreakAtPreSorted;
     /// True at the first segment that holds the point (`Intersection::PointOnLineSegment`, user tolerance).
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
     /// Moves the first (last) point to the given position; no point is added. False for an empty string.
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
     bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    /// With a `Line2D`, its end point is appended; with a `LineString2D`, its points from the second on; with an
+    /// `Arc2D`, a `Polyline2D` of clones of the two; with a `Polyline2D`, a copy of it that begins with a clone of this
+    /// string.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     /// The first (last) point; the origin for an empty string.
     const Point2D& GetStart() const override;
     const Point2D& GetEnd() const override;
@@ -135,7 +149,46 @@ public:
     /// @return false, `index` untouched, for fewer than two points and where no distance is finite
     bool GetClosestSegment(const Point2D& point, unsigned int& index) const;
 
-    /// A non-const string is changed in place.
+    /// `ComputeTangent` with the standard tolerances.
+    bool GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const;
+    /// Unit direction at a length from the start: of the segment there or, within the tolerance of the end of a
+    /// segment, the mean of its direction and the next one's (of length 0 where the string turns back on itself).
+    /// @return false, `tangent` untouched, for fewer than two points and beyond either end by more than the tolerance
+    bool GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const;
+
+    /// Inserts the point before the end point of the first segment that reaches the length: at length 0 it becomes the
+    /// second point.
+    /// @return false for a negative length, and for one beyond the end
+    bool InsertAtLength(double length, const Point2D& point);
+    /// Removes last points for as long as `IsClosed`: a string whose points all coincide ends empty.
+    void RemoveClosingPoint(double tolerance);
+    /// Removes points at most `tolerance` from the last point kept. When at least four are left and the last one equals
+    /// the first strictly within the tolerance, it is set to the first.
+    void ReducePoints(double tolerance);
+    /// Replaces the points of `out` by the part between two lengths: the point at `from`, the vertices between, the
+    /// point at `to`. A negative `from` extends the first segment backwards, a `to` beyond the end stops there.
+    /// @return whether `out` has any point; false, `out` untouched, for fewer than two points and for to < from
+    bool ExtractLineString(double from, double to, LineString2D& out) const;
+    /// Appends samples of the part between two lengths: at from, from + step, from + 2 step ... and at `to`, or at the
+    /// end of the string when that comes first. A negative `from` extends the first segment backwards; a vertex has the
+    /// direction of the segment before it.
+    /// @return false, nothing appended, for a string of no length, `from` beyond the end, to < from, to < 0, and a step
+    ///         that is not positive
+    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& samples, double step) const;
+    bool MakePointsAndTangents(double from, double to, double step, std::list<Point2D>& samples,
+                               std::list<Vec2D>& tangents) const;
+    /// The same along the whole string.
+    bool MakePointsAndTangents(double step, std::list<Point2D>& samples, std::list<Vec2D>& tangents) const;
+    /// The same, only the points, into a string.
+    bool MakeLineString(double from, double to, LineString2D& out, double step) const;
+    /// Lengthens the string by one point on `target`. With `straight`, the end segment is taken on as an infinite line
+    /// and meets `target` in the crossing nearest to the end. Without, or when that is further than `maxDistance`, the
+    /// end is projected: to the nearest point of `target`, if that is at most `maxDistance` away and at most `maxAngle`
+    /// off the direction of the end segment.
+    /// @return whether a point was added
+    bool Extend(const LineString2D& target, bool atEnd, double tolerance, bool straight, double maxDistance,
+                const Angle& maxAngle);
+
     /// True when two segments that are not neighbours cross or come within the tolerance (at least 1e-10) of each
     /// other, after `ReducePoints(tolerance)` on a copy. The joint of a closed string is no crossing. About n log n
     /// plus the crossings found; tracing a line back over itself crosses once per pair of segments.
@@ -149,6 +202,11 @@ public:
     /// The same, each with the length from the start of this string to its first passage.
     bool IsSelfCrossing(std::vector<std::pair<Point2D, double>>& crossings, double tolerance) const;
 
+    /// A non-const string is changed in place.
+    LineString2D& Transform(const Matrix2D& matrix);
+    LineString2D Transform(const Matrix2D& matrix) const;
+    /// Replaces `transformed` by the points, taken at z = 0, transformed by the matrix.
+    void Transform(const Matrix3D& matrix, std::vector<Point3D>& transformed) const;
     LineString2D& Translate(const Vec2D& v);
     LineString2D Translate(const Vec2D& v) const;
 

@@ -14,6 +14,7 @@
 namespace Kalvio::Math {
 
 class LineString2D;
+class Matrix3D;
 
 /// Chain of points in space joined by straight segments, with the height queries of borders and breaklines.
 ///
@@ -120,11 +121,89 @@ public:
     /// The segment nearest in space, the lowest index on ties.
     /// @return false, `index` untouched, for fewer than two points and where no distance is finite
     bool GetClosestSegment(const Point3D& point, unsigned int& index) const;
+    /// Unit direction of the first segment that holds the point in space within 1e-4 and is longer than 1e-10.
+    bool GetTangentAtPoint(const Point3D& point, Vec3D& tangent) const;
+    /// Removes points at most `tolerance`, in space, from the last point kept. When at least four are left and the last
+    /// one equals the first strictly within the tolerance, it is set to the first.
+    void ReducePoints(double tolerance);
+    /// Appends samples of the part between two lengths: at from, from + step, from + 2 step ... and at `to`, or at the
+    /// end of the string when that comes first. A negative `from` extends the first segment backwards; a vertex has the
+    /// direction of the segment before it.
+    /// @return false, nothing appended, for a string of no length, `from` beyond the end, to < from, to < 0, and a step
+    ///         that is not positive
+    bool MakePointsAndTangents(double from, double to, double step, std::list<Point3D>& samples,
+                               std::list<Vec3D>& tangents) const;
+    /// The same along the whole string.
+    bool MakePointsAndTangents(double step, std::list<Point3D>& samples, std::list<Vec3D>& tangents) const;
+    /// Replaces the points of `out` by the part between two lengths (two plan lengths): the point at `from`, the
+    /// vertices between, the point at `to`. A negative `from` extends the first segment backwards, a `to` beyond the
+    /// end stops there.
+    /// @return whether `out` has any point; false, `out` untouched, for fewer than two points and for to < from
+    bool ExtractLineString(double from, double to, LineString3D& out) const;
+    bool ExtractLineString2DLengths(double from, double to, LineString3D& out) const;
+    /// Replaces the points of `out` by the points first ... last, both included.
+    /// @return false, `out` untouched, when first > last or there is no point `last`
+    bool ExtractLineString(std::uint64_t first, std::uint64_t last, LineString3D& out) const;
+    /// Replaces `distances` by the length from the start at every point.
+    /// @param average  the whole length divided by the number of points (not of segments); 0 for an empty string
+    void GetAccumulatedDistances(std::vector<double>& distances, double& average) const;
+    /// Smallest and largest grade |rise| / plan length of the segments; infinite for a vertical one. A segment of no
+    /// length has no grade.
+    /// @param minGrade,maxGrade  untouched when no segment has a grade
+    void GetMinMaxGrades(double& minGrade, double& maxGrade) const;
+
+    /// Height at a plan position: interpolated on the first segment that holds it in plan within the tolerance.
+    /// @return false, `z` untouched, when none does
+    bool GetZ(const Point2D& p, double& z, double tolerance) const;
+    /// Heights of a border at a vertex. From ring[index], which must lie at p in plan (strictly within the tolerance
+    /// per coordinate), the vertices after it are followed, cyclically, for as long as they lie at p too: zFirst is the
+    /// height of the first, zLast of the last of them. When none follows and index is 0, the vertices before it are
+    /// followed backwards and zFirst is the height of the earliest.
+    /// @return 0 when ring[index] is not at p or does not exist, the heights untouched; 1 when they are equal strictly
+    ///         within the tolerance; 2 when they differ: a vertical step
+    static int GetHeightAtPoint(const std::vector<Point3D>& ring, int index, const Point2D& p, double& zFirst,
+                                double& zLast, double tolerance);
+    /// Height of the border's edge from ring[index] to the next point, cyclically, at p.
+    /// @return 0 when the edge does not hold p in plan (`Line2D::IsPointOnGeometry`) or does not exist, `z` untouched;
+    ///         1 when z is interpolated along the edge; 2 for an edge shorter than the tolerance: z of ring[index]
+    static int GetHeightAtLine(const std::vector<Point3D>& ring, int index, const Point2D& p, double& z,
+                               double tolerance);
+    /// Height of the closed border through the points at p: at the first vertex there, else on the first edge, the
+    /// closing one included.
+    /// @param takeLast  at a vertical step, not 0 takes the last height, 0 the first
+    /// @return the code of `GetHeightAtPoint` or `GetHeightAtLine`; 0, `z` untouched, when p is not on the border
+    int GetHeightAtBorder(const Point2D& p, double& z, double tolerance, int takeLast) const;
+
+    /// The length nearest to `segmentLength` that divides `length` into equal parts: length / max(1, round(length /
+    /// segmentLength)); 0 unless both are positive and finite.
+    double CalculateNormalizedSegmentLength(double length, double segmentLength) const;
+    /// Smooths the string: it is divided into equal parts of the normalized length h, and every division point becomes
+    /// the mean position of the string over the length h around it, (1/h) times the integral of the position from s -
+    /// h/2 to s + h/2. The ends stay. A straight part longer than h is kept as it is.
+    /// @param averaged  receives the smoothed string, as many points as parts and one more
+    /// @param indexes   receives for each of them the index of the segment of this string that it stands for
+    /// @return false, nothing written, for a string of no length and a segment length that is not positive or asks for
+    ///         more than 1e9 points
+    bool GetAveraged(LineString3D& averaged, std::vector<int>& indexes, double segmentLength) const;
+    /// Unit tangent on segment k = indexes[index] at `ratio` (0 its start, 1 its end, clamped): the tangents at its two
+    /// vertices, mixed linearly. The tangent at a vertex is the mean of the directions of the segments beside it.
+    /// @return the zero vector when there is no such segment
+    Vec3D GetInterpolatedTangent(const std::vector<int>& indexes, int index, double ratio) const;
+    /// Densifies the string along a centripetal Catmull-Rom spline (E. Catmull, R. Rom, 1974; C. Yuksel, S. Schaefer,
+    /// J. Keyser, 2011), which passes through all vertices without cusps or loops: with d = the root of a segment's
+    /// length, the derivative at vertex 1 towards vertex 2 is d12 ((p1 - p0) / d01 - (p2 - p0) / (d01 + d12) + (p2 -
+    /// p1) / d12), at an end that of the segment itself; each segment becomes `parts` parts of equal parameter. A
+    /// closed string stays smooth at its joint. Repeated vertices count once.
+    /// @return false, `spline` untouched, for a string of no length, parts < 1 and more than 1e9 points
+    bool GetSplineLineString(LineString3D& spline, int parts) const;
+
     /// True when a segment holds the point in space within the user tolerance.
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
     using IPolyline3DElement::IsPointOnGeometry;
 
     /// A non-const string is changed in place.
+    LineString3D& Transform(const Matrix3D& matrix);
+    LineString3D Transform(const Matrix3D& matrix) const;
     LineString3D& Translate(const Vec3D& v);
     LineString3D Translate(const Vec3D& v) const;
 

@@ -23,6 +23,10 @@ struct SegmentFoot {
         squaredDistance = offset.NormSquared();
     }
 
+    PointType PointOn(const PointType& a, const PointType& b) const {
+        return parameter == 1.0 ? b : a + (b - a) * parameter;
+    }
+
     double parameter;  // 0 at a, 1 at b
     bool isFoot;       // false: an end is nearest
     double squaredDistance;

@@ -5,11 +5,13 @@
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/curves/detail/Stations.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <utility>
 #include <vector>
 
 /// What chains of points in plan and in space share: editing, walking by length, cutting. Segment i joins point i to
@@ -34,6 +36,14 @@ double ChainLength(const std::vector<PointType>& points, Measure measure) {
     double length = 0.0;
     for (std::size_t i = 1; i < points.size(); ++i) length += measure(points[i - 1], points[i]);
     return length;
+}
+
+/// Lengths from the start at every point.
+template <class PointType, class Measure>
+std::vector<double> LengthsAtPoints(const std::vector<PointType>& points, Measure measure) {
+    std::vector<double> lengths(points.size(), 0.0);
+    for (std::size_t i = 1; i < points.size(); ++i) lengths[i] = lengths[i - 1] + measure(points[i - 1], points[i]);
+    return lengths;
 }
 
 /// Calls `visit(segment, length to its start, length to its end)` in order until it returns true.
@@ -93,22 +103,104 @@ bool LengthFromEnd(const std::vector<PointType>& points, const PointType& p, dou
     return false;
 }
 
-/// The segment nearest to p, the lowest index on ties.
-/// @return false, `index` untouched, when there is none at a finite distance
+/// The place of a chain nearest to a point.
 template <class PointType>
-bool ClosestSegment(const std::vector<PointType>& points, const PointType& p, unsigned int& index) {
+struct ChainFoot {
+    std::size_t segment = 0;
+    PointType point;
+    double distance = 0.0;
+};
+
+/// Finds the place nearest to p on the segments, on the earliest of equally near ones; of a single point, the point.
+/// @return false, `foot` untouched, for an empty chain and where no distance is finite
+template <class PointType>
+bool FindNearest(const std::vector<PointType>& points, const PointType& p, double tolerance,
+                 ChainFoot<PointType>& foot) {
+    if (points.size() == 1) {
+        foot = {0, points[0], points[0].Distance(p)};
+        return true;
+    }
     double best = std::numeric_limits<double>::infinity();
-    std::size_t closest = 0;
+    std::size_t nearest = 0;
     for (std::size_t i = 1; i < points.size(); ++i) {
-        const double squared = SegmentFoot(p, points[i - 1], points[i], numericalZero).squaredDistance;
-        if (squared < best) {
+        const double squared = SegmentFoot(p, points[i - 1], points[i], tolerance).squaredDistance;
+        // Distances decide: squares that differ in the last digit only are equally near.
+        if (squared < best && std::sqrt(squared) < std::sqrt(best)) {
             best = squared;
-            closest = i - 1;
+            nearest = i - 1;
         }
     }
     if (!(best < std::numeric_limits<double>::infinity())) return false;
-    index = static_cast<unsigned int>(closest);
+    const SegmentFoot onSegment(p, points[nearest], points[nearest + 1], tolerance);
+    foot = {nearest, onSegment.PointOn(points[nearest], points[nearest + 1]), std::sqrt(best)};
     return true;
+}
+
+/// The points of the chain between two lengths: the point at `from`, the vertices between, the point at `to`. Segments
+/// that end before `from` are skipped; a negative `from` extends the first segment backwards; a `to` beyond the end
+/// adds no point of its own.
+/// @return false for fewer than two points and for to < from, `part` untouched; and when the part has no points
+template <class PointType, class Measure>
+bool ExtractPart(const std::vector<PointType>& points, Measure measure, double from, double to,
+                 std::vector<PointType>& part) {
+    if (points.size() < 2 || !(to >= from)) return false;
+    std::vector<PointType> extracted;
+    WalkChain(points, measure, [&](std::size_t i, double start, double end) {
+        if (start >= to) return true;
+        if (!(from <= end + numericalZero)) return false;
+        const PointType& a = points[i];
+        const PointType& b = points[i + 1];
+        const double length = measure(a, b);
+        const auto pointAt = [&](double along) { return length > numericalZero ? a + (b - a) * (along / length) : a; };
+        if (extracted.empty()) extracted.push_back(pointAt(from - start));
+        if (end < to - numericalZero) {
+            if (!b.IsEqualTo(extracted.back(), numericalZero)) extracted.push_back(b);
+            return false;
+        }
+        extracted.push_back(pointAt(to - start));
+        return true;
+    });
+    part = std::move(extracted);
+    return !part.empty();
+}
+
+/// Calls emit(point, unit tangent, length) at from, from + step, from + 2 step ... below `to` and at `to`, or at the
+/// end of the chain when that comes first. A vertex has the direction of the segment before it.
+/// @return false, without any call, for a chain of no length, from beyond the end, to < from, to < 0, a step that is
+/// not
+///         positive, or NaN
+template <class PointType, class Emit>
+bool SampleChain(const std::vector<PointType>& points, double from, double to, double step, Emit&& emit) {
+    const double total = ChainLength(points, lengthOf);
+    if (!(total > numericalZero) || !(to >= from) || !(to >= 0.0)) return false;
+    std::size_t i = 0;
+    double start = 0.0;
+    double end = points[0].Distance(points[1]);
+    return ForEachStation(
+        from, std::numeric_limits<double>::infinity(), step, std::min(to, total), true, [&](double length) {
+            while (i + 2 < points.size() && (length > end + numericalZero || !(end - start > numericalZero))) {
+                ++i;
+                start = end;
+                end += points[i].Distance(points[i + 1]);
+            }
+            const auto along = points[i + 1] - points[i];
+            auto tangent = along;
+            emit(points[i] + along * ((length - start) / (end - start)), tangent.Normalize(), length);
+        });
+}
+
+/// The direction of the first segment longer than 1e-10 that holds p within the tolerance.
+/// @return false, `tangent` untouched, when there is none
+template <class PointType, class Vector>
+bool TangentAt(const std::vector<PointType>& points, const PointType& p, double tolerance, Vector& tangent) {
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        if (!IsPointOnSegment(p, points[i - 1], points[i], tolerance)) continue;
+        Vector along = points[i] - points[i - 1];
+        if (!(along.Length() > numericalZero)) continue;
+        tangent = along.Normalize();
+        return true;
+    }
+    return false;
 }
 
 /// Extent of the points, as `BoundingBox2D` or `BoundingBox3D`; the point box at the origin when there are none.
@@ -149,6 +241,15 @@ std::vector<LineType> SegmentsOf(const std::vector<PointType>& points) {
     for (std::size_t i = 1; i < points.size(); ++i) segments.emplace_back(points[i - 1], points[i]);
     if (segments.empty()) segments.emplace_back();
     return segments;
+}
+
+/// Inserts before position `index` (index = size appends); the point may be one of the chain.
+/// @return false, nothing changed, when index > size
+template <class PointType>
+bool InsertPoint(std::vector<PointType>& points, std::size_t index, const PointType& point) {
+    if (index > points.size()) return false;
+    points.insert(points.begin() + static_cast<std::ptrdiff_t>(index), point);
+    return true;
 }
 
 /// Inserts before position `index` (index = size appends); the source may be the chain itself.
