@@ -112,16 +112,18 @@ Matrix3D& Matrix3D::Invert() {
         elements(0, 3) == 0.0 && elements(1, 3) == 0.0 && elements(2, 3) == 0.0 && elements(3, 3) == 1.0;
     const unsigned int size = affine ? 3 : 4;  // the translation of an affine matrix is inverted apart, without loss
     const unsigned int all = (1U << size) - 1;
-    const auto old = elements;
+    detail::SquareMatrix<4> inverse = elements;
     for (unsigned int i = 0; i < size; ++i) {
         for (unsigned int j = 0; j < size; ++j) {
-            const double minor = detail::Minor(old.values.data(), 4, all & ~(1U << j), all & ~(1U << i));
-            elements(i, j) = ((i + j) % 2 == 0 ? minor : -minor) / d;
+            const double minor = detail::Minor(elements.values.data(), 4, all & ~(1U << j), all & ~(1U << i));
+            inverse(i, j) = ((i + j) % 2 == 0 ? minor : -minor) / d;
         }
     }
     for (unsigned int j = 0; affine && j < 3; ++j) {
-        elements(3, j) = -(old(3, 0) * elements(0, j) + old(3, 1) * elements(1, j) + old(3, 2) * elements(2, j));
+        inverse(3, j) = 0.0;
+        for (unsigned int k = 0; k < 3; ++k) inverse(3, j) -= elements(3, k) * inverse(k, j);
     }
+    elements = inverse;
     return *this;
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <limits>
 #include <numeric>
@@ -15,7 +16,7 @@ namespace Kalvio::Math {
 
 namespace {
 
-constexpr unsigned int largestExpanded = 4;  // rows; larger matrices are eliminated
+constexpr std::size_t largestExpanded = 4;  // rows; larger matrices are eliminated
 
 bool IsZero(double value) { return !(std::abs(value) >= detail::numericalZero); }
 
@@ -53,7 +54,7 @@ public:
     explicit Expansion(const std::vector<VecND>& rows) : size(static_cast<unsigned int>(rows.size())) {
         for (unsigned int i = 0; i < size; ++i) {
             const std::vector<double>& row = rows[i].GetCoordinates();
-            std::copy(row.begin(), row.end(), values.begin() + i * size);
+            std::copy(row.begin(), row.end(), values.begin() + Offset(i));
         }
     }
     // Equal rows are looked for, as the expansion may leave their rounding.
@@ -71,7 +72,8 @@ public:
     }
 
 private:
-    const double* Row(unsigned int i) const { return values.data() + i * size; }
+    std::ptrdiff_t Offset(unsigned int i) const { return static_cast<std::ptrdiff_t>(i) * size; }
+    const double* Row(unsigned int i) const { return values.data() + Offset(i); }
     unsigned int All() const { return (1U << size) - 1; }
 
     unsigned int size;

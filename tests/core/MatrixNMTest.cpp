@@ -45,15 +45,13 @@ protected:
     std::uniform_real_distribution<double> any{-1.0, 1.0};
 };
 
-double LargestDifference(const MatrixNM& a, const MatrixNM& b) {
-    if (a.GetNumRows() != b.GetNumRows()) return std::numeric_limits<double>::infinity();
-    double largest = 0.0;
-    for (unsigned int i = 0; i < a.GetNumRows(); ++i) {
-        const VecND difference = a[i] - b[i];
-        for (const double value : difference.GetCoordinates()) largest = std::fmax(largest, std::abs(value));
-    }
-    return largest;
+bool AreNear(const MatrixNM& a, const MatrixNM& b, double tolerance) {
+    bool near = a.GetNumRows() == b.GetNumRows();
+    for (unsigned int i = 0; near && i < a.GetNumRows(); ++i) near = a[i].IsEqualTo(b[i], tolerance);
+    return near;
 }
+
+MatrixNM Identity(unsigned int n) { return Diagonal(std::vector<double>(n, 1.0)); }
 
 MatrixNM Without(const MatrixNM& m, unsigned int row, int column) {
     const unsigned int n = m.GetNumRows();
@@ -113,7 +111,7 @@ TEST_F(MatrixNMTest, InverseUndoesEverySize) {
         double determinant = 0.0;
         ASSERT_TRUE(m.Determinant(determinant));
         ASSERT_EQ(m.GetInverse(inverse), std::abs(determinant) >= 1e-10) << n;
-        EXPECT_LE(LargestDifference(m * inverse, Diagonal(std::vector<double>(n, 1.0))), 1e-11) << n;
+        EXPECT_TRUE(AreNear(m * inverse, Identity(n), 1e-11)) << n;
         for (int run = 0; run < 5 && n > 1; ++run) {
             m = Random(n, n);
             m[n - 1 - static_cast<unsigned int>(run) % (n / 2)] = m[static_cast<unsigned int>(run) % (n / 2)];
@@ -147,27 +145,23 @@ TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
         SCOPED_TRACE(row.why);
         MatrixNM inverse = Diagonal({7.0});
         EXPECT_EQ(row.matrix.GetInverse(inverse), row.expected);
-        if (row.expected) {
-            EXPECT_LE(
-                LargestDifference(row.matrix * inverse, Diagonal(std::vector<double>(row.matrix.GetNumRows(), 1.0))),
-                1e-15);
-        } else {
+        if (!row.expected) {
             EXPECT_TRUE(inverse == Diagonal({7.0})) << "untouched";
+            continue;
         }
+        EXPECT_TRUE(AreNear(row.matrix * inverse, Identity(row.matrix.GetNumRows()), 1e-15));
     }
     double determinant = 7.0;
-    EXPECT_FALSE(MatrixNM(2, 3).Determinant(determinant));
-    EXPECT_FALSE(MatrixNM().Determinant(determinant));
-    EXPECT_EQ(determinant, 7.0);
+    EXPECT_FALSE(MatrixNM(2, 3).Determinant(determinant) || MatrixNM().Determinant(determinant));
     MatrixNM cofactors;
     ASSERT_TRUE(Diagonal({0.0}).CoFactor(cofactors));
     EXPECT_EQ(cofactors[0][0], 1.0);
     MatrixNM jagged(3, 3);
     jagged[1].SetDimension(2);
     EXPECT_FALSE(jagged.Determinant(determinant) || jagged.CoFactor(jagged) || jagged.GetInverse(jagged));
-    EXPECT_EQ(
-        (jagged * Random(3, 3)).GetNumRows() + (jagged * VecND(3U)).GetDimension() + jagged.GetTranspose().GetNumRows(),
-        0U);
+    EXPECT_EQ((jagged * Random(3, 3)).GetNumRows() + (jagged * VecND(3U)).GetDimension(), 0U);
+    EXPECT_EQ(jagged.GetTranspose().GetNumRows(), 0U);
+    EXPECT_EQ(determinant, 7.0) << "untouched by the failures";
 }
 
 TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
@@ -180,7 +174,7 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
         for (const Method method : {Method::Crout, Method::Doolittle, Method::Cholesky}) {
             MatrixNM l, u;
             ASSERT_TRUE(m.LUDecomposition(l, u, method));
-            EXPECT_LE(LargestDifference(l * u, m), 1e-13);
+            EXPECT_TRUE(AreNear(l * u, m, 1e-13));
             for (unsigned int i = 0; i < n; ++i) {
                 const int d = static_cast<int>(i);
                 EXPECT_EQ(method == Method::Crout ? u[i][d] : method == Method::Doolittle ? l[i][d] : 1.0, 1.0);
@@ -191,7 +185,6 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
             EXPECT_TRUE(x.IsEqualTo(expected, 1e-12));
         }
     }
-    const MatrixNM swapped = From({{0, 1}, {1, 0}});
     struct Row {
         const char* why;
         MatrixNM matrix;
@@ -200,15 +193,13 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
     };
     const Row rows[] = {
         {"no such method", Diagonal({1, 1}), static_cast<Method>(3), false, false},
-        {"no pivoting", swapped, Method::Doolittle, false, false},
-        {"no pivoting", swapped, Method::Crout, false, false},
+        {"no pivoting", From({{0, 1}, {1, 0}}), Method::Doolittle, false, false},
         {"a small pivot that divides", Diagonal({9e-11, 1}), Method::Doolittle, false, false},
         {"the last pivot divides in the solution only", Diagonal({1, 9e-11}), Method::Doolittle, true, false},
         {"the last pivot divides in the solution only", Diagonal({1, 9e-11}), Method::Crout, true, false},
         {"large enough", Diagonal({1e-10, 1}), Method::Crout, true, true},
         {"negative pivot", From({{1, 2}, {2, 1}}), Method::Cholesky, false, false},
         {"not symmetric", From({{4, 1}, {2, 4}}), Method::Cholesky, false, false},
-        {"not square", MatrixNM(2, 3), Method::Doolittle, false, false},
         {"not finite", Diagonal({1, std::numeric_limits<double>::quiet_NaN()}), Method::Doolittle, false, false},
     };
     for (const Row& row : rows) {
@@ -227,8 +218,6 @@ TEST_F(MatrixNMTest, ProductsAndTheTextForm) {
     EXPECT_TRUE(m * m.GetTranspose() == From({{14, 32}, {32, 77}}));
     EXPECT_EQ((m * VecND(std::vector<double>{1, 0, -1})).GetCoordinates(), (std::vector<double>{-2, -2}));
     EXPECT_EQ((m * m).GetNumRows(), 0U) << "sizes do not match";
-    EXPECT_FALSE(m == MatrixNM(m).Transpose());
-    EXPECT_FALSE(m == (MatrixNM(m) *= 2.0));
     const std::string path = testing::TempDir() + "kalvio_matrix.txt";
     ASSERT_TRUE(From({{1, -2.5}, {1e-7, 1e6}}).DumpToFile(path));
     std::ifstream file(path);

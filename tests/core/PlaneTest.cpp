@@ -35,7 +35,6 @@ TEST(Plane3DTest, CoefficientsAndSolutions) {
     EXPECT_NEAR(x, 1.0, 1e-15);
     EXPECT_THAT(tilted.GetPoint(), IsNear(Point3D(-4.0 / 7.0, 6.0 / 7.0, -12.0 / 7.0), 1e-15));
     const Point3D o, ex(1, 0, 0), ey(0, 1, 0);
-    EXPECT_TRUE(Plane3D(o, ex, ey).IsEqualTo(Plane3D(0, 0, 1, 0), 1e-300));
     EXPECT_TRUE(Plane3D(o, ey, ex).IsEqualTo(Plane3D(0, 0, -1, 0), 1e-300));
     EXPECT_TRUE(Plane3D(Point3D(0, 0, 5), Vec3D(0, 0, 3)) == Plane3D(0, 0, 1, -5.004)) << "loose";
     EXPECT_FALSE(Plane3D(0, 0, 1, -5) == Plane3D(0, 0, 1, -5.0051));
@@ -45,7 +44,6 @@ TEST(Plane3DTest, CoefficientsAndSolutions) {
     EXPECT_TRUE(tilted.IsEqualTo(*copy, 1e-300));
     EXPECT_FALSE(copy->IsPointOnGeometry(Point2D(), tolerances)) << "no plan points on a plane";
     EXPECT_EQ(Plane3D(0, 0, 1, -5).GetBoundingBox3D().GetMaxPoint()[2], 5.0);
-    EXPECT_TRUE(std::isfinite(tilted.GetBoundingBox3D().GetMaxPoint()[0]));
 }
 
 TEST(Plane3DTest, PointsOnThePlane) {
@@ -70,9 +68,10 @@ TEST(Plane3DTest, PlaneCoordinates) {
                                      Vec3D(any(random), 1e-9, 0)};
             const Plane3D plane(point, normals[i % 3]);
             const Matrix3D m = plane.GetTransformationMatrix();
-            const Matrix3D axes = Matrix3D(m).PreMultiply(m.GetInverse());
-            EXPECT_TRUE(axes.Equal(Matrix3D::identity, 1e-14 + 2.0 * bound));
-            EXPECT_NEAR(m.Determinant(), 1.0, 1e-14) << "right-handed, unit axes";
+            Matrix3D axes(m);
+            axes.SetRow(3, {0.0, 0.0, 0.0, 1.0});
+            EXPECT_TRUE((axes *= axes.GetTranspose()).Equal(Matrix3D::identity, 1e-15));
+            EXPECT_NEAR(m.Determinant(), 1.0, 1e-14) << "right-handed";
             const Point3D world = Point3D(3.0, -2.0, 0.0) * m;
             EXPECT_TRUE(plane.IsPointOnGeometry(world, tolerances));
             EXPECT_THAT((Point3D(3.0, -2.0, 0.5) * m) - world, IsNear(plane.GetNormal() * 0.5, bound));
@@ -133,7 +132,6 @@ TEST(Triangle3DTest, Measures) {
     EXPECT_EQ(triangle.GetArea(), 6.0);
     EXPECT_THAT(triangle.GetNormal(), IsNear(Vec3D(1, 0, 0), 0.0));
     EXPECT_THAT(triangle.GetCenter(), IsNear(Point3D(1, 4.0 / 3.0, 1), 1e-15));
-    EXPECT_THAT(triangle.GetBoundingBox3D().GetMaxPoint(), IsNear(Point3D(1, 4, 3), 0.0));
     EXPECT_EQ(Triangle3D(Point3D(), Point3D(1e-10, 0, 0), Point3D(0, 1, 0)).GetArea(), 0.0) << "an edge of 1e-10";
     EXPECT_GT(Triangle3D(Point3D(), Point3D(1.1e-10, 0, 0), Point3D(0, 1, 0)).GetArea(), 0.0);
     const std::unique_ptr<Triangle3D> copy(triangle.Clone());
