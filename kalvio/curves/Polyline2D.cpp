@@ -177,14 +177,20 @@ Point2D Polyline2D::GetNearestPoint(const Point2D& point, const Tolerances& tole
     const Index& boxes = GetIndex();
     Point2D nearest = point;
     double best = std::numeric_limits<double>::infinity();
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (boxes.Rejects(i, point, best)) continue;
+    std::size_t bestElement = elements.Size();
+    const auto tryElement = [&](std::size_t i) {
         const Point2D candidate = detail::NearestPointOnElement(elements[i], point, tolerances);
         const double distance = candidate.Distance(point);
-        if (distance < best) {
-            best = distance;
-            nearest = candidate;
-        }
+        if (!(distance < best || (distance == best && i < bestElement))) return;
+        best = distance;
+        bestElement = i;
+        nearest = candidate;
+    };
+    // The element of the nearest box goes first: its distance rejects most of the others.
+    const std::size_t first = boxes.NearestBox(point);
+    if (first < elements.Size()) tryElement(first);
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (i != first && !boxes.Rejects(i, point, best)) tryElement(i);
     }
     return nearest;
 }
@@ -289,6 +295,21 @@ Polyline2D::Index Polyline2D::BuildIndex(const detail::ElementChain<IPolyline2DE
     return result;
 }
 
+std::size_t Polyline2D::Index::NearestBox(const Point2D& p) const {
+    std::size_t nearest = minX.size();
+    double best = std::numeric_limits<double>::infinity();
+    for (std::size_t i = 0; i < minX.size(); ++i) {
+        const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
+        const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
+        const double squared = dx * dx + dy * dy;
+        if (squared < best) {
+            best = squared;
+            nearest = i;
+        }
+    }
+    return nearest;
+}
+
 const Polyline2D::Index& Polyline2D::GetIndex() const {
     return index.Get([this] { return BuildIndex(elements); });
 }
@@ -296,7 +317,9 @@ const Polyline2D::Index& Polyline2D::GetIndex() const {
 std::size_t Polyline2D::ElementAt(double station) const {
     const std::vector<double>& stations = GetIndex().station;
     const auto next = std::upper_bound(stations.begin(), stations.end() - 1, station);
-    return next == stations.begin() ? 0 : static_cast<std::size_t>(next - stations.begin()) - 1;
+    std::size_t i = next == stations.begin() ? 0 : static_cast<std::size_t>(next - stations.begin()) - 1;
+    while (i > 0 && !(stations[i + 1] > stations[i])) --i;  // the end of the chain is not left to elements of no length
+    return i;
 }
 
 bool Polyline2D::ClipRange(double& from, double& to) const {
@@ -356,11 +379,12 @@ bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<Polyl
                                        double tolerance) const {
     if (!ClipRange(from, to) || !(step > 0.0) || !((to - from) / step < detail::mostSamples)) return false;
     const std::vector<double>& stations = GetIndex().station;
-    std::vector<PolylinePoint> samples;
-    std::vector<detail::ElementPoint> ofElement;
-    std::vector<double> local;
+    const std::size_t known = points.size();
     const auto count = static_cast<std::size_t>((to - from) / step) + 1;
+    if (count > known) points.reserve(known + count + 1);
     const auto stationOf = [&](std::size_t k) { return std::min(from + static_cast<double>(k) * step, to); };
+    std::vector<double> local;
+    std::vector<detail::ElementPoint> ofElement;
     for (std::size_t k = 0; k < count;) {
         const std::size_t i = ElementAt(stationOf(k));
         const bool isLast = i + 1 == elements.Size();
@@ -369,16 +393,18 @@ bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<Polyl
             local.push_back(std::min(stationOf(k) - stations[i], stations[i + 1] - stations[i]));
         }
         ofElement.clear();
-        if (!detail::SampleElement(elements[i], local, ofElement)) return false;
+        if (!detail::SampleElement(elements[i], local, ofElement)) {
+            points.resize(known);
+            return false;
+        }
         for (const detail::ElementPoint& sample : ofElement) {
-            samples.push_back(
+            points.push_back(
                 {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, stations[i] + sample.station});
         }
     }
-    while (samples.size() > 1 && to - samples.back().station < std::abs(tolerance)) samples.pop_back();
+    while (points.size() > known + 1 && to - points.back().station < std::abs(tolerance)) points.pop_back();
     PolylinePoint last;
-    if (to > samples.back().station && MakePointAndTangentAt(to, last)) samples.push_back(last);
-    points.insert(points.end(), samples.begin(), samples.end());
+    if (to > points.back().station && MakePointAndTangentAt(to, last)) points.push_back(last);
     return true;
 }
 

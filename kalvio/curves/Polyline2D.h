@@ -142,6 +142,8 @@ private:
         std::vector<double> minX, minY, maxX, maxY;
         std::vector<double> station;  // start of each element; one more for the end of the chain
 
+        // The box nearest to the point, the first of equals; their number when none has a distance.
+        std::size_t NearestBox(const Point2D& p) const;
         // True when the point is further than `distance` from the box; never for NaN.
         bool Rejects(std::size_t i, const Point2D& p, double distance) const {
             const double d = std::abs(distance) + detail::numericalZero;

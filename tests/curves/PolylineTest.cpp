@@ -38,7 +38,7 @@ Polyline2D RandomRoad(std::mt19937_64& random, int count, const Point2D& origin)
     Point2D at = origin;
     Vec2D along(1.0, 0.0);
     for (int i = 0; i < count; ++i) {
-        switch (random() % 3) {
+        switch (random() % 4) {
             case 0:
                 road.AppendElement(new Line2D(at, Vec2D(along * length(random))));
                 break;
@@ -46,6 +46,16 @@ Polyline2D RandomRoad(std::mt19937_64& random, int count, const Point2D& origin)
                 const double radius = std::copysign(20.0 + 3.0 * length(random), turn(random));
                 const Point2D center = at + along.GetNormalVector(true) * radius;
                 road.AppendElement(new Arc2D(at, center, Angle(length(random) / radius)));
+                break;
+            }
+            case 2: {
+                LineString2D string({at});
+                for (int k = 0; k < 4; ++k) {
+                    const double bend = turn(random);
+                    along = Vec2D(along.GetX() - bend * along.GetY(), along.GetY() + bend * along.GetX(), 1.0);
+                    string.AppendPoint(string.GetPoints().back() + along * length(random));
+                }
+                road.AppendElement(string.Clone());
                 break;
             }
             default: {
