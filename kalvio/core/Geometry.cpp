@@ -14,7 +14,9 @@
 #include "kalvio/core/VecND.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Circle3D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
@@ -262,6 +264,11 @@ bool Geometry::AreEqual(const Arc2D& a, const Polyline2D& b, double tolerance) {
 }
 
 template <>
+bool Geometry::AreEqual(const Arc3D& a, const Arc3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
 bool Geometry::AreEqual(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
@@ -278,6 +285,11 @@ bool Geometry::AreEqual(const BoundingBoxND& a, const BoundingBoxND& b, double t
 
 template <>
 bool Geometry::AreEqual(const Circle2D& a, const Circle2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Circle3D& a, const Circle3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

@@ -10,10 +10,12 @@ namespace Kalvio::Math {
 
 class Angle;
 class Arc2D;
+class Arc3D;
 class BoundingBox2D;
 class BoundingBox3D;
 class BoundingBoxND;
 class Circle2D;
+class Circle3D;
 class Clothoid;
 class IGeometry;
 class Line2D;
@@ -110,6 +112,8 @@ KALVIO_MATH_API bool Geometry::AreEqual(const Arc2D& a, const Arc2D& b, double t
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Arc2D& a, const Polyline2D& b, double tolerance);
 template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Arc3D& a, const Arc3D& b, double tolerance);
+template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance);
@@ -117,6 +121,8 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const BoundingBoxND& a, const BoundingBoxND& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Circle2D& a, const Circle2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Circle3D& a, const Circle3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Clothoid& a, const Clothoid& b, double tolerance);
 template <>

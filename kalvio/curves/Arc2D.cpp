@@ -62,6 +62,7 @@ BoundingBox2D Arc2D::GetBoundingBox2D() const {
 BoundingBox3D Arc2D::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
 
 bool Arc2D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline2D) return other.IsEqualTo(*this, tolerance);
     return other.GetType() == MathTypes::Arc2D && IsEqualTo(static_cast<const Arc2D&>(other), tolerance);
 }
 
@@ -92,6 +93,10 @@ bool Arc2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double sta
 
 bool Arc2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
     return Intersection::PointOnArc(point, *this, tolerances.UserTolerance());
+}
+
+IGeometry* Arc2D::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
 }
 
 bool Arc2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {

@@ -34,7 +34,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with an `Arc2D` only.
+    /// Comparable with an `Arc2D` and a `Polyline2D` of one arc.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start, middle, end and centre agree strictly per coordinate; a reversed arc is not equal.
     bool IsEqualTo(const Arc2D& other, double tolerance) const;
@@ -49,6 +49,8 @@ public:
     using IPolyline2DElement::BreakAtPreSorted;
     /// On the circle and within the sweep; the rule of `Intersection::PointOnArc`.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
+    /// `GeometryCreator::Append`; null for a null pointer.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     const Point2D& GetStart() const override { return startPoint; }
     const Point2D& GetEnd() const override { return endPoint; }
     /// Length along the arc to the point's direction from the centre, in the direction of travel. Points beyond an end,

@@ -62,20 +62,7 @@ Point2D Circle2D::NormalProjectionPointOnCircle(const Point2D& point) const {
 }
 
 int Circle2D::GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const {
-    const Vec2D out = point - center;
-    const double distance = out.Length();
-    if (radius > 0.0 && distance > 0.0 && std::abs(distance - radius) <= touchTolerance) {
-        left = Line2D(point, out.GetNormalVector(true) / distance);
-        return 1;
-    }
-    if (!(distance > radius)) return 0;
-    // Foot of the chord of contact and half its length: r^2 / d and r sqrt(d^2 - r^2) / d from the centre.
-    const Vec2D foot = out * (radius * radius / (distance * distance));
-    const double half = radius * std::sqrt((distance - radius) * (distance + radius)) / (distance * distance);
-    left = Line2D(point, center + foot + out.GetNormalVector(false) * half);
-    if (radius == 0.0) return 1;
-    right = Line2D(point, center + foot + out.GetNormalVector(true) * half);
-    return 2;
+    return Circle2D(point, 0.0).GetNonCrossingTangents(*this, left, right);
 }
 
 // Both kinds touch where the unit normal n has n.u = (r1 - side r2) / d with u the direction of the centres: the other

@@ -56,7 +56,7 @@ public:
 
     /// Tangents from a point to where they touch, `left` touching to the left of the way from the point to the centre.
     ///
-    /// A point within 1e-8 of the circle has one tangent, in `left`: a line of unit length from it, counter-clockwise.
+    /// A point within 1e-8 of the circle has one tangent, in `left`: a line of unit length to the left from it.
     /// @return their number: 2; 1 on the circle and for radius 0; 0 inside. Lines beyond that number are untouched
     int GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const;
     /// Tangents, from where they touch this circle to where they touch the other, that cross the line of the centres.

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Point3D.h"
 #include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
@@ -85,6 +86,15 @@ IGeometry* GeometryCreator::Append(const IGeometry& first, const IGeometry& seco
         }
     }
     return chain.release();
+}
+
+bool GeometryCreator::Arc2DFrom3D(const Arc3D& arc, Arc2D& plan) {
+    const double up = arc.GetPlane().GetNormal().GetZ();
+    if (!(arc.GetRadius() * (1.0 - std::abs(up)) <= detail::standardUserTolerance)) return false;
+    const double sweep = arc.GetAngle().GetRadians();
+    const bool turned = up < 0.0 && sweep < detail::twoPi;  // a full circle has no direction
+    plan.Set(arc.GetStart().GetPoint2D(), arc.GetCenter().GetPoint2D(), Angle(turned ? -sweep : sweep));
+    return true;
 }
 
 }  // namespace Kalvio::Math
