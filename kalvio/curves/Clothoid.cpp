@@ -127,14 +127,14 @@ public:
     double GetLargestRate() const { return aSquared > 0.0 ? 1.0 / aSquared : 0.0; }
     double GetInflection() const { return -1.0; }  // at most an end lies there
 
-    PolylineElementPoint Sample(const Point2D& start, double station) const {
+    PolylineElementPoint Sample(const Point2D& origin, double station) const {
         const detail::CurveState at = At(station);
-        return {start + Vec2D(at.x, at.y), Vec2D(at.cosine, at.sine), station};
+        return {origin + Vec2D(at.x, at.y), Vec2D(at.cosine, at.sine), station};
     }
     // Calls emit(sample) at from + offset for every offset.
     template <class Emit>
-    void SampleAll(const Point2D& start, const std::vector<double>& steps, double from, Emit&& emit) const {
-        for (const double offset : steps) emit(Sample(start, std::min(from + offset, length)));
+    void SampleAll(const Point2D& origin, const std::vector<double>& steps, double from, Emit&& emit) const {
+        for (const double offset : steps) emit(Sample(origin, std::min(from + offset, length)));
     }
 
 private:

@@ -84,7 +84,9 @@ private:
     static constexpr double distanceNoise = 1e-12;  // a length
     static constexpr double bend = 0.14;  // above 1.05 / 8: largest response of g to a unit force over a piece
     static constexpr double footAdvantage = 1e-14;  // relative
-    static constexpr int mostHalvings = 48;
+    static constexpr int deepestHalving = 48;
+    // In all: real curves need some hundred at most, one whose numbers overflow would never end.
+    static constexpr int mostHalvings = 10000;
 
     Probe ProbeAt(double station, bool isFoot = false) {
         const CurveState at = curve.At(station);
@@ -102,7 +104,7 @@ private:
         return probe;
     }
 
-    void Search(const Probe& a, const Probe& b, int halvings) {
+    void Search(const Probe& a, const Probe& b, int depth) {
         const double length = b.station - a.station;
         if (0.5 * (a.distance + b.distance - length) > best.distance) return;  // the curve is no longer than its length
         if (a.along < 0.0 && b.along > 0.0) {
@@ -118,10 +120,11 @@ private:
         const double reach = std::min(a.distance, b.distance) + length;
         const double bending = bend * rate * length * length;
         if (std::min(std::abs(a.along), std::abs(b.along)) >= bending * reach) return;
-        if (bending * length <= distanceNoise || halvings == mostHalvings) return;
+        if (bending * length <= distanceNoise || depth == deepestHalving || halvings == mostHalvings) return;
+        ++halvings;
         const Probe middle = ProbeAt(0.5 * (a.station + b.station));
-        Search(a, middle, halvings + 1);
-        Search(middle, b, halvings + 1);
+        Search(a, middle, depth + 1);
+        Search(middle, b, depth + 1);
     }
 
     const Curve& curve;
@@ -129,6 +132,7 @@ private:
     double qy;
     Probe best;
     double bestRank = std::numeric_limits<double>::infinity();
+    int halvings = 0;
 };
 
 /// Box over [0, length], relative to the start: the ends and every point whose tangent is parallel to an axis.
