@@ -5,12 +5,17 @@
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/polygons/LineString2D.h"
 
+#include <cstdint>
 #include <initializer_list>
 #include <list>
 #include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
+
+class Matrix2D;
+class Matrix3D;
+class Polygon3D;
 
 /// Area in plan: an outer ring of points and the rings of its holes.
 ///
@@ -20,6 +25,15 @@ namespace Kalvio::Math {
 /// writing until the next query.
 class KALVIO_MATH_API Polygon2D final : public IGeometry {
 public:
+    /// Where something lies seen from the polygon.
+    enum class PositionResult : std::uint32_t {
+        Outside = 1,        // outside the outer ring
+        OnOuterBorder = 2,  // on the outer ring within the tolerance
+        Inside = 3,         // inside the outer ring and in no hole
+        OnHoleBorder = 4,   // on the border of a hole
+        InsideHole = 5,     // strictly inside a hole
+    };
+
     Polygon2D() = default;
     Polygon2D(std::vector<Point2D> outerRing) : points(std::move(outerRing)) {}
     Polygon2D(std::initializer_list<Point2D> outerRing) : points(outerRing) {}
@@ -97,11 +111,52 @@ public:
     /// sum) gives the mean of its points, an empty one the origin.
     Point2D GetCentroid() const;
 
+    /// True when all turns of the ring go the same way once round, and there is no hole. Points on a straight side
+    /// (within 1e-10, or the rounding of the coordinates if that is more) do not matter. A ring without area is not.
+    bool IsConvex() const;
+
+    /// Inside the outer ring and in no hole, by the nonzero winding rule; points on the outer ring and on the borders
+    /// of holes (`Intersection::PointOnLineSegment`) count as inside. A ring answers the same with and without its
+    /// closing point.
+    bool IsPointInside(const Point2D& p, double tolerance) const { return IsPointInsideAndBorders(p, tolerance, true); }
+    /// The same, with the points on all borders counted as inside or as outside.
+    bool IsPointInsideAndBorders(const Point2D& p, double tolerance, bool includeBorders) const;
+    /// Inside by crossing parity, the borders of the outer ring included: a point on the border of a hole counts as
+    /// inside.
+    bool IsPointInsideByRay(const Point2D& p, double tolerance) const;
+    /// Position by crossing parity. Points near a vertex in both coordinates count as on the border. Holes are tried in
+    /// order, the first that holds the point decides.
+    /// @param holeIndex  the hole for `InsideHole`, else -1
+    PositionResult CheckPositionOf(const Point2D& p, int& holeIndex, double tolerance) const;
+    /// Position of the outer ring of another polygon: `OnOuterBorder` and `OnHoleBorder` when it crosses or touches the
+    /// ring. A ring around this polygon is `Outside`, one around a hole `Inside`.
+    PositionResult CheckPositionOf(const Polygon2D& other, int& holeIndex, double tolerance) const;
+    /// True when the area of `inner` lies in the area of `outer`: no part of it outside, none in a hole. Their borders
+    /// may touch. Both are taken as valid.
+    static bool IsPolygonInsideNotCrossing(const Polygon2D& inner, const Polygon2D& outer, double tolerance);
+    /// The closed outer ring by the rules of `LineString2D::IsSelfCrossing`; holes play no part.
+    bool IsSelfCrossing(double tolerance) const;
+    bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
+    bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
+    /// A point of the area well inside: the middle of the longest stretch inside on one of several lines across the
+    /// polygon, that one which is farthest from all borders, moved on to the middle the other way where that is
+    /// farther.
+    /// @return false, `point` untouched, when none is farther than the tolerance
+    bool GetPointInsideBoundary(Point2D& point, double tolerance) const;
+    /// Looks for the first fault, in this order: a coordinate that is not finite; in the outer ring, then in each hole,
+    /// fewer than three points more than the tolerance apart, or a ring that meets itself or turns back on itself; in
+    /// each hole, a part outside the outer ring or inside an earlier hole. Rings may touch from their proper sides.
+    /// @param where       a point of the fault; untouched for a valid polygon and an empty ring
+    /// @param checkHoles  false: the outer ring alone
+    /// @return true for a valid polygon
+    bool Validate(Point2D& where, bool checkHoles, double tolerance) const;
+
     /// A non-const polygon is changed in place.
     Polygon2D& Translate(const Vec2D& v);
     Polygon2D Translate(const Vec2D& v) const;
 
 private:
+    LineString2D ClosedRing() const;
     void Changed() noexcept { boundingBox.Invalidate(); }
     BoundingBox2D ComputeBoundingBox() const;
 

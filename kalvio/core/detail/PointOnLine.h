@@ -9,6 +9,19 @@
 /// them to callers.
 namespace Kalvio::Math::detail {
 
+/// Twice the signed area of the triangle a, b, c: positive when the turn a -> b -> c is counter-clockwise.
+template <class PointType>
+double DoubledTurn(const PointType& a, const PointType& b, const PointType& c) {
+    return (b.GetX() - a.GetX()) * (c.GetY() - a.GetY()) - (c.GetX() - a.GetX()) * (b.GetY() - a.GetY());
+}
+
+/// True when the turn a -> b -> c is counter-clockwise by more than 4e-10 of doubled signed area.
+template <class PointType>
+bool ArePointsCCW(const PointType& a, const PointType& b, const PointType& c) {
+    return (b.GetX() - a.GetX()) * (c.GetY() - a.GetY()) >
+           (c.GetX() - a.GetX()) * (b.GetY() - a.GetY()) + windingMargin;
+}
+
 /// Signed distance of p from the infinite line a -> b, positive to the right of the direction of travel. A line of
 /// length at most 1e-10 measures the plain distance from a.
 ///

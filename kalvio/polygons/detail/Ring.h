@@ -31,6 +31,12 @@ std::size_t OpenRingSize(const std::vector<PointType>& ring) {
     return ring.size() - (isClosed ? 1 : 0);
 }
 
+/// Whether the edge from the last point to the first has a length, or is all there is.
+inline bool HasClosingEdge(const std::vector<Point2D>& ring) {
+    return !ring.empty() &&
+           (ring.size() == 1 || ring.front().GetX() != ring.back().GetX() || ring.front().GetY() != ring.back().GetY());
+}
+
 /// Twice the signed area, positive counter-clockwise, summed over coordinates relative to `origin`.
 inline double DoubledArea(const std::vector<Point2D>& ring, const Point2D& origin) {
     double sum = 0.0;
