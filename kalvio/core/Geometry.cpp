@@ -13,6 +13,7 @@
 #include "kalvio/core/Vec3D.h"
 #include "kalvio/core/VecND.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Circle2D.h"
@@ -37,12 +38,6 @@
 namespace Kalvio::Math {
 
 namespace {
-
-template <class PointType>
-bool TurnsCounterClockwise(const PointType& a, const PointType& b, const PointType& c) {
-    return (b.GetX() - a.GetX()) * (c.GetY() - a.GetY()) >
-           (c.GetX() - a.GetX()) * (b.GetY() - a.GetY()) + detail::windingMargin;
-}
 
 Point3D Lifted(const Point2D& p) { return {p, 0.0}; }
 Point3D Lifted(const Point3D& p) { return p; }
@@ -412,11 +407,11 @@ bool Geometry::AreEqualEitherWay(const IGeometry& a, const IGeometry& b, double 
 }
 
 bool Geometry::ArePointsCCW(const Point2D& a, const Point2D& b, const Point2D& c) {
-    return TurnsCounterClockwise(a, b, c);
+    return detail::ArePointsCCW(a, b, c);
 }
 
 bool Geometry::ArePointsCCW(const Point2DM& a, const Point2DM& b, const Point2DM& c) {
-    return TurnsCounterClockwise(a, b, c);
+    return detail::ArePointsCCW(a, b, c);
 }
 
 bool Geometry::GetStartPoint(const IGeometry& geometry, Point2D& point) { return GetTerminal(geometry, true, point); }

@@ -5,6 +5,7 @@
 #include "kalvio/polygons/detail/PointInRing.h"
 #include "kalvio/polygons/detail/Ring.h"
 #include "kalvio/polygons/detail/RingRelation.h"
+#include "kalvio/polygons/detail/SmallestBox.h"
 
 #include <algorithm>
 #include <cmath>
@@ -173,6 +174,15 @@ bool Polygon2D::Insert(unsigned int index, const Point2D& point) {
     return detail::InsertPoints(points, index, &point, &point + 1);
 }
 
+bool Polygon2D::InsertAtLength(double length, const Point2D& point) {
+    LineString2D ring = ClosedRing();
+    if (!ring.InsertAtLength(length, point)) return false;
+    if (detail::HasClosingEdge(points)) ring.GetPoints().pop_back();
+    points = std::move(ring.GetPoints());
+    Changed();
+    return true;
+}
+
 void Polygon2D::RemoveAllPoints() {
     points.clear();
     Changed();
@@ -190,6 +200,34 @@ void Polygon2D::Close() {
 
 bool Polygon2D::IsClosed(double tolerance) const {
     return !points.empty() && points.front().IsEqualTo(points.back(), tolerance);
+}
+
+void Polygon2D::RemoveClosingPoint(double tolerance) {
+    while (IsClosed(tolerance)) points.pop_back();
+    Changed();
+}
+
+void Polygon2D::ReducePoints(double tolerance) {
+    detail::ReduceChain(points, tolerance, [](std::size_t) {});
+    Changed();
+}
+
+void Polygon2D::RearrangePointsByStartingFromMinXMinY(Polygon2D& polygon, double tolerance) {
+    std::vector<Point2D>& ring = polygon.GetPoints();
+    const bool isClosed = ring.size() > 1 && polygon.IsClosed(tolerance);
+    if (isClosed) ring.pop_back();
+    if (ring.empty()) return;
+    double left = ring.front().GetX();
+    for (const Point2D& point : ring) left = std::min(left, point.GetX());
+    auto start = ring.end();
+    for (auto point = ring.begin(); point != ring.end(); ++point) {
+        if (point->GetX() - left > std::abs(tolerance)) continue;
+        if (start == ring.end() || point->GetY() < start->GetY()) start = point;
+    }
+    if (start == ring.end()) start = ring.begin();
+    std::rotate(ring.begin(), start, ring.end());
+    if (isClosed) ring.push_back(Point2D(ring.front()));
+    polygon.Changed();
 }
 
 double Polygon2D::GetArea() const {
@@ -234,6 +272,27 @@ Point2D Polygon2D::GetCentroid() const {
     for (std::size_t i = 0; i < size; ++i) sum += (points[i] - origin) / static_cast<double>(size);
     return origin + sum;
 }
+
+double Polygon2D::GetMaxWidth(double tolerance) const {
+    Point2D origin;
+    const std::vector<Vec2D> hull = detail::RelativeHull(points, origin);
+    if (hull.size() < 3) return 0.0;
+    const auto at = [&hull](std::size_t i) -> const Vec2D& { return hull[i < hull.size() ? i : i - hull.size()]; };
+    double narrowest = std::numeric_limits<double>::infinity();
+    std::size_t far = 1;
+    for (std::size_t i = 0; i < hull.size(); ++i) {
+        const Vec2D side = at(i + 1) - hull[i];
+        const double length = side.Length();
+        if (!(length > std::abs(tolerance))) continue;
+        const auto height = [&](std::size_t k) { return side.PerpDotProduct(at(k % hull.size()) - hull[i]); };
+        far = std::max(far, i + 1);
+        while (far < i + hull.size() && height(far + 1) > height(far)) ++far;
+        narrowest = std::min(narrowest, height(far) / length);
+    }
+    return std::isfinite(narrowest) ? narrowest : 0.0;
+}
+
+OrientedBoundingBox2D Polygon2D::GetOrientedBoundingBox2D() const { return detail::SmallestBox(points); }
 
 bool Polygon2D::IsConvex() const {
     if (!holes.empty() || points.size() < 3) return false;
@@ -422,6 +481,18 @@ bool Polygon2D::Validate(Point2D& where, bool checkHoles, double tolerance) cons
         }
     }
     return true;
+}
+
+Polygon2D& Polygon2D::Transform(const Matrix2D& matrix) {
+    for (Point2D& point : points) point.Transform(matrix);
+    for (LineString2D& hole : holes) hole.Transform(matrix);
+    Changed();
+    return *this;
+}
+
+Polygon2D Polygon2D::Transform(const Matrix2D& matrix) const {
+    Polygon2D copy(*this);
+    return copy.Transform(matrix);
 }
 
 Polygon2D& Polygon2D::Translate(const Vec2D& v) {

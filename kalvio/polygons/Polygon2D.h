@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/WindingValue.h"
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -83,6 +84,10 @@ public:
     /// Inserts before position `index`; index = size appends.
     /// @return false when index > size
     bool Insert(unsigned int index, const Point2D& point);
+    /// Inserts the point before the end point of the first edge of the closed ring that reaches the length from the
+    /// first point: at length 0 it becomes the second point, on the closing edge the last one.
+    /// @return false for a negative length, and for one beyond the perimeter
+    bool InsertAtLength(double length, const Point2D& point);
     /// Empties the outer ring; holes stay.
     void RemoveAllPoints();
     /// Removes points and holes.
@@ -91,6 +96,14 @@ public:
     void Close();
     /// First and last point agree strictly in x and in y; false for an empty ring, true for a single point.
     bool IsClosed(double tolerance) const;
+
+    /// Removes last points of the outer ring for as long as `IsClosed`: points that all coincide leave none.
+    void RemoveClosingPoint(double tolerance);
+    /// Removes points of the outer ring at most `tolerance` from the last point kept, as for line strings.
+    void ReducePoints(double tolerance);
+    /// Turns the list of points until it starts from the one of the smallest x, of those (x within the tolerance) from
+    /// the one of the smallest y. A closing point, within the tolerance, becomes a copy of the new first point.
+    static void RearrangePointsByStartingFromMinXMinY(Polygon2D& polygon, double tolerance);
 
     void AppendHoleBoundary(const LineString2D& ring) { holes.push_back(ring); }
     /// Unchecked.
@@ -111,6 +124,12 @@ public:
     /// sum) gives the mean of its points, an empty one the origin.
     Point2D GetCentroid() const;
 
+    /// The smallest width of the outer ring over all directions (rotating calipers on the convex hull, M. I. Shamos,
+    /// 1978): a sliver is thin however it lies. 0 for fewer than three points that are not on one line.
+    /// @param tolerance  hull edges at most this long give no direction
+    double GetMaxWidth(double tolerance) const;
+    /// The rectangle of the smallest area around the outer ring, its first axis along an edge of the convex hull.
+    OrientedBoundingBox2D GetOrientedBoundingBox2D() const;
     /// True when all turns of the ring go the same way once round, and there is no hole. Points on a straight side
     /// (within 1e-10, or the rounding of the coordinates if that is more) do not matter. A ring without area is not.
     bool IsConvex() const;
@@ -152,6 +171,8 @@ public:
     bool Validate(Point2D& where, bool checkHoles, double tolerance) const;
 
     /// A non-const polygon is changed in place.
+    Polygon2D& Transform(const Matrix2D& matrix);
+    Polygon2D Transform(const Matrix2D& matrix) const;
     Polygon2D& Translate(const Vec2D& v);
     Polygon2D Translate(const Vec2D& v) const;
 

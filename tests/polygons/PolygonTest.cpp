@@ -1,4 +1,5 @@
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Matrix2D.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/queries/Intersection.h"
 #include "support/Near.h"
@@ -432,6 +433,78 @@ TEST(PolygonTest, PointInsideIsWellInside) {
     EXPECT_FALSE(filled.GetPointInsideBoundary(untouched, 1e-4));
     EXPECT_FALSE(Polygon2D({Point2D(kNan, 0), Point2D(1, kNan)}).GetPointInsideBoundary(untouched, 1e-4));
     EXPECT_EQ(untouched, Point2D(7, 7));
+}
+
+TEST(PolygonTest, EditsAlongTheRingCountTheClosingEdge) {
+    const auto order = [](const Polygon2D& polygon) {
+        std::string names;
+        for (const Point2D& p : polygon.GetPoints()) names += std::to_string(static_cast<int>(p.GetX() + 3 * p.GetY()));
+        return names;
+    };
+    struct Row {
+        const char* why;
+        double length;
+        bool isClosed;
+        const char* expected;  // the corners are 0, 2, 8, 6, the inserted point is 4
+    };
+    const Row rows[] = {
+        {"at the start", 0, false, "04286"},         {"on the second side", 3, false, "02486"},
+        {"on the closing edge", 7, false, "02864"},  {"on the closing edge of a closed ring", 7, true, "028640"},
+        {"before the start", -1e-9, false, nullptr}, {"beyond the end", 8.1, true, nullptr},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Polygon2D polygon(Rectangle(0, 0, 2, 2));
+        if (row.isClosed) polygon.Close();
+        EXPECT_EQ(polygon.InsertAtLength(row.length, Point2D(1, 1)), row.expected != nullptr);
+        EXPECT_EQ(order(polygon), row.expected != nullptr ? row.expected : row.isClosed ? "02860" : "0286");
+    }
+    Polygon2D ring{Point2D(2, 2), Point2D(0, 2), Point2D(0.05, 0), Point2D(2, 0), Point2D(2.01, 0), Point2D(2, 2)};
+    ring.ReducePoints(0.1);
+    EXPECT_EQ(order(ring), "86028");
+    Polygon2D::RearrangePointsByStartingFromMinXMinY(ring, 0.1);
+    EXPECT_EQ(order(ring), "02860") << "closed before, closed after";
+    Polygon2D::RearrangePointsByStartingFromMinXMinY(ring, 0.01);
+    EXPECT_EQ(order(ring), "60286");
+    ring.RemoveClosingPoint(1e-4);
+    EXPECT_EQ(order(ring), "6028");
+    EXPECT_FALSE(Polygon2D().InsertAtLength(0, Point2D()));
+}
+
+TEST(PolygonTest, WidthAndSmallestBoxTurnWithThePolygon) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    for (int round = 0; round < 40; ++round) {
+        const std::vector<Point2D> star = RandomStar(random, Point2D(0, 0), 10.0, 3 + round);
+        double width = 1e9;
+        for (const Point2D& a : star) {
+            for (const Point2D& b : star) {
+                const Vec2D normal = Vec2D(b - a).Normalize().GetNormalVector(true);
+                if (&a == &b) continue;
+                double low = 1e9;
+                double high = -1e9;
+                for (const Point2D& p : star) {
+                    low = std::min(low, (p - a).DotProduct(normal));
+                    high = std::max(high, (p - a).DotProduct(normal));
+                }
+                width = std::min(width, high - low);
+            }
+        }
+        Matrix2D motion;
+        motion.Rotate(Angle(0.1 * round)).Translate(385000.0, 6672000.0);
+        const Polygon2D polygon = Polygon2D(star).Transform(motion);
+        EXPECT_NEAR(polygon.GetMaxWidth(1e-10), width, 2e-8);
+        const OrientedBoundingBox2D box = polygon.GetOrientedBoundingBox2D();
+        EXPECT_GE(std::min(box.GetSize().GetX(), box.GetSize().GetY()), width - 2e-8);
+        for (const Point2D& corner : polygon.GetPoints()) {
+            OrientedBoundingBox2D wider(box);
+            wider.SetSize(box.GetSize() + Vec2D(1e-8, 1e-8));
+            EXPECT_TRUE(wider.IsPointInside(corner));
+        }
+    }
+    const double root = std::sqrt(0.5);
+    EXPECT_NEAR(Polygon2D({Point2D(0, 0), Point2D(9, 9), Point2D(9, 10), Point2D(0, 1)}).GetMaxWidth(0), root, 1e-12);
+    EXPECT_EQ(Polygon2D({Point2D(0, 0), Point2D(1, 1), Point2D(3, 3)}).GetMaxWidth(1e-10), 0.0);
+    EXPECT_EQ(Polygon2D().GetMaxWidth(1e-10), 0.0);
 }
 
 // Rows of numbers of a CSV file, without its heading; empty where the file is not there.
