@@ -26,6 +26,33 @@ double RelativeAsinh(double x) {
     return std::abs(x) < linear ? 1.0 : std::asinh(x) / x;
 }
 
+// Arc length over a signed run from where the slope is u1. It is (G(u2) - G(u1)) / 2a with G(u) = (asinh u + u sqrt(1 +
+// u^2)) / 2. Both differences are written as multiples of u2 - u1 = 2a run, so that a cancels and may be as small as it
+// likes: with s = sqrt(1 + u^2), asinh u2 - asinh u1 = asinh(u2 s1 - u1 s2), and for slopes of one sign u2 s1 - u1 s2 =
+// (u2^2 - u1^2) / (u2 s1 + u1 s2) and u2 s2 - u1 s1 = (u2^2 - u1^2)(1 + u1^2 + u2^2) / (u2 s2 + u1 s1).
+double ArcLength(double a, double u1, double run) {
+    constexpr double vertical = 1e100;  // a slope: horizontal run and asinh are beyond the last digit
+    const double difference = 2.0 * a * run;
+    const double u2 = u1 + difference;
+    run = std::abs(run);
+    const bool oneSign = (u1 > 0.0 && u2 > 0.0) || (u1 < 0.0 && u2 < 0.0);
+    if (std::max(std::abs(u1), std::abs(u2)) > vertical) {
+        if (oneSign) return run * std::abs(0.5 * u1 + 0.5 * u2);
+        return 0.5 * (std::abs(u1 / (2.0 * a)) * std::abs(u1) + std::abs(u2 / (2.0 * a)) * std::abs(u2));
+    }
+    const double s1 = std::sqrt(1.0 + u1 * u1);
+    const double s2 = std::sqrt(1.0 + u2 * u2);
+    if (oneSign) {
+        const double turn = (u1 + u2) / (u2 * s1 + u1 * s2);
+        const double rise = (u1 + u2) * (1.0 + u1 * u1 + u2 * u2) / (u2 * s2 + u1 * s1);
+        return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
+    }
+    if (u1 == u2) return run;  // both 0
+    const double turn = (u2 * s1 - u1 * s2) / (u2 - u1);
+    const double rise = (u2 * s2 - u1 * s1) / (u2 - u1);
+    return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
+}
+
 // Calls emit(x) at from, from +- step ... up to `to`.
 template <class Emit>
 bool ForEachAbscissa(double from, double to, double step, bool closeAtEnd, Emit&& emit) {
@@ -210,33 +237,7 @@ double Parabola::GetLength(const Point2D& p1, const Point2D& p2, double toleranc
     return std::hypot(run, run * 0.5 * (GetSlope(p1.GetX()) + GetSlope(p2.GetX())));
 }
 
-// The length is (G(u2) - G(u1)) / 2a with G(u) = (asinh u + u sqrt(1 + u^2)) / 2. Both differences are written as
-// multiples of u2 - u1 = 2a (x2 - x1), so that a cancels and may be as small as it likes: with s = sqrt(1 + u^2),
-// asinh u2 - asinh u1 = asinh(u2 s1 - u1 s2), and for slopes of one sign u2 s1 - u1 s2 = (u2^2 - u1^2) / (u2 s1 + u1
-// s2) and u2 s2 - u1 s1 = (u2^2 - u1^2)(1 + u1^2 + u2^2) / (u2 s2 + u1 s1).
-double Parabola::GetArcLength(double x1, double x2) const {
-    constexpr double vertical = 1e100;  // a slope: horizontal run and asinh are beyond the last digit
-    const double run = std::abs(x2 - x1);
-    const double u1 = GetSlope(x1);
-    const double u2 = GetSlope(x2);
-    const double difference = 2.0 * a * (x2 - x1);
-    const bool oneSign = (u1 > 0.0 && u2 > 0.0) || (u1 < 0.0 && u2 < 0.0);
-    if (std::max(std::abs(u1), std::abs(u2)) > vertical) {
-        if (oneSign) return run * std::abs(0.5 * u1 + 0.5 * u2);
-        return 0.5 * (std::abs(u1 / (2.0 * a)) * std::abs(u1) + std::abs(u2 / (2.0 * a)) * std::abs(u2));
-    }
-    const double s1 = std::sqrt(1.0 + u1 * u1);
-    const double s2 = std::sqrt(1.0 + u2 * u2);
-    if (oneSign) {
-        const double turn = (u1 + u2) / (u2 * s1 + u1 * s2);
-        const double rise = (u1 + u2) * (1.0 + u1 * u1 + u2 * u2) / (u2 * s2 + u1 * s1);
-        return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
-    }
-    if (u1 == u2) return run;  // both 0
-    const double turn = (u2 * s1 - u1 * s2) / (u2 - u1);
-    const double rise = (u2 * s2 - u1 * s1) / (u2 - u1);
-    return 0.5 * run * (turn * RelativeAsinh(turn * difference) + rise);
-}
+double Parabola::GetArcLength(double x1, double x2) const { return ArcLength(a, GetSlope(x1), x2 - x1); }
 
 Vec2D Parabola::ComputeTangent(const Point2D& point) const {
     const double slope = GetSlope(point.GetX());
@@ -275,9 +276,10 @@ bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& resul
     }
     const double run = std::abs(end.GetX() - start.GetX());
     const double sign = end.GetX() < start.GetX() ? -1.0 : 1.0;
+    const double slope = GetSlope(start.GetX());
     const double along = detail::BracketedNewton(0.0, std::min(run, station), [&](double distance) {
-        const double x = start.GetX() + sign * distance;
-        return detail::ValueAndSlope{GetArcLength(start.GetX(), x) - station, std::hypot(1.0, GetSlope(x))};
+        const double x = sign * distance;
+        return detail::ValueAndSlope{ArcLength(a, slope, x) - station, std::hypot(1.0, slope + 2.0 * a * x)};
     });
     const Point2D point = GetPointAt(start.GetX() + sign * along);
     result = {point, ComputeTangent(point), station};

@@ -13,7 +13,6 @@ namespace Kalvio::Math {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 using Complex = std::complex<double>;
 
 TEST(CubicFunctionTest, RootsOfKnownFunctions) {
@@ -28,29 +27,15 @@ TEST(CubicFunctionTest, RootsOfKnownFunctions) {
         {"three real", 2.0, -12.0, 22.0, -12.0, 3, 3, {1.0, 2.0, 3.0}, 1e-15},
         {"one real, sorted first", 1.0, -4.0, 9.0, -10.0, 3, 1, {2.0, {1.0, 2.0}, {1.0, -2.0}}, 1e-15},
         {"triple", 1.0, -3.3, 3.63, -1.331, 3, 3, {1.1, 1.1, 1.1}, 1e-15},
-        {"triple at zero", -3.0, 0.0, 0.0, 0.0, 3, 3, {0.0, 0.0, 0.0}, 0.0},
         {"double below simple", 1.0, -4.0, 5.0, -2.0, 3, 3, {1.0, 1.0, 2.0}, 1e-15},
         {"double above simple, coefficients rounded", 1.0, 0.1, -0.1892, 0.026136, 3, 3, {-0.54, 0.22, 0.22}, 2e-15},
         {"inflection at the middle root", 1.0, 0.0, -4.0, 0.0, 3, 3, {-2.0, 0.0, 2.0}, 1e-15},
-        {"pure cube root",
-         1.0,
-         0.0,
-         0.0,
-         8.0,
-         3,
-         1,
-         {-2.0, {1.0, 1.7320508075688772}, {1.0, -1.7320508075688772}},
-         1e-15},
         {"magnitudes far apart", 1.0, -(1e8 + 1.0 + 1e-8), 1e8 + 1.0 + 1e-8, -1.0, 3, 3, {1e-8, 1.0, 1e8}, 1e-15},
         {"small leading coefficient, above epsilon", 1e-11, 1.0, -3.0, 2.0, 3, 3, {-1.0e11 - 3.0, 1.0, 2.0}, 1e-10},
-        {"all coefficients huge", 1e300, -6e300, 11e300, -6e300, 3, 3, {1.0, 2.0, 3.0}, 1e-15},
         {"roots of 1e-4 beside tiny values", 1.0, -6e-4, 11e-8, -6e-12, 3, 3, {1e-4, 2e-4, 3e-4}, 1e-14},
         {"leading coefficient within epsilon", 9e-13, 1.0, -5.0, 6.0, 2, 2, {2.0, 3.0}, 1e-15},
         {"quadratic with a complex pair", 0.0, 1.0, -2.0, 5.0, 2, 0, {{1.0, 2.0}, {1.0, -2.0}}, 1e-15},
-        {"linear", 0.0, 0.0, -4.0, 2.0, 1, 1, {0.5}, 0.0},
-        {"constant", 0.0, 0.0, 0.0, 1.0, 0, 0, {}, 0.0},
         {"not a number", 1.0, kNan, 0.0, 1.0, 0, 0, {}, 0.0},
-        {"infinite", 1.0, 2.0, kInfinity, 1.0, 0, 0, {}, 0.0},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.why);
@@ -63,49 +48,39 @@ TEST(CubicFunctionTest, RootsOfKnownFunctions) {
         for (int i = 0; i < 3; ++i) {
             double value = 7.0;
             EXPECT_EQ(f.GetRoot(i, value), i < row.real);
-            if (i < row.number) {
-                EXPECT_LE(std::abs(all[i] - row.roots[i]), row.bound * std::abs(row.roots[i])) << all[i];
-                EXPECT_EQ(f.GetRoot(i), all[i]);
-            } else {
-                EXPECT_EQ(all[i], untouched);
-                EXPECT_TRUE(std::isnan(f.GetRoot(i).real()));
-            }
-            EXPECT_EQ(real[i], i < row.real ? all[i].real() : 7.0);
-            EXPECT_EQ(value, real[i]);
+            EXPECT_EQ(value, i < row.real ? all[i].real() : 7.0);
+            EXPECT_EQ(real[i], value);
+            const Complex expected = i < row.number ? row.roots[i] : untouched;
+            EXPECT_LE(std::abs(all[i] - expected), row.bound * std::abs(expected)) << all[i];
+            EXPECT_TRUE(i < row.number ? f.GetRoot(i) == all[i] : std::isnan(f.GetRoot(i).real()));
         }
     }
 }
 
-// Each root is compared in units of its own condition: one rounding of the coefficients moves it by that much.
+// Both ways from known roots: each is compared in units of its condition, the shift that one rounding of the
+// coefficients brings about. Near-double roots are a class of their own.
 TEST(CubicFunctionTest, RandomRootsAreFoundToTheirCondition) {
     std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240602));
     const auto uniform = [&](double low, double high) { return std::uniform_real_distribution<>(low, high)(random); };
-    for (int run = 0; run < 20000; ++run) {
+    for (int run = 0; run < 20000 && !HasFailure(); ++run) {
         const double a = std::pow(10.0, uniform(-6.0, 6.0));
         const double spread = run % 2 == 0 ? 0.0 : 4.0;
         const double x = uniform(-2.0, 2.0) * std::pow(10.0, uniform(-spread, spread));
         const double m = uniform(-2.0, 2.0) * std::pow(10.0, uniform(-spread, spread));
-        const Complex h =
-            run % 3 == 0 ? Complex(0.0, uniform(0.01, 1.0) * std::abs(m)) : Complex(uniform(0.01, 1.0) * m);
-        const Complex expected[3] = {x, m + h, m - h};
+        const Complex h = Complex(run % 3 != 0, run % 3 == 0) * uniform(0.01, 1.0) * m;
         const double product = ((m + h) * (m - h)).real();
         const CubicFunction f(a, -a * (x + 2.0 * m), a * (product + 2.0 * m * x), -a * x * product);
+        const CubicFunction magnitudes(a, std::abs(f.GetB()), std::abs(f.GetC()), std::abs(f.GetD()));
         Complex roots[3];
         ASSERT_EQ(f.GetRoots(roots[0], roots[1], roots[2]), 3);
-        for (const Complex& root : expected) {
-            const double size = std::abs(root);
-            const double terms = a * (((size + std::abs(x + 2.0 * m)) * size + std::abs(x) * std::abs(2.0 * m) +
-                                       std::norm(m) + std::norm(h)) *
-                                          size +
-                                      std::abs(x) * (std::norm(m) + std::norm(h)));
-            const double slope = a * std::abs((3.0 * root - 2.0 * (x + 2.0 * m)) * root + product + 2.0 * m * x);
-            const Complex* const nearest = std::min_element(roots, roots + 3, [&](const Complex& p, const Complex& q) {
-                return std::abs(p - root) < std::abs(q - root);
-            });
-            if (terms / slope > 1e4 * size) continue;  // a near-double root: a class of its own
-            EXPECT_LE(std::abs(*nearest - root), 2e-15 * terms / slope) << "run " << run << ", root " << root;
+        for (const Complex& root : {Complex(x), m + h, m - h}) {
+            const double slope = std::abs((3.0 * a * root + 2.0 * f.GetB()) * root + f.GetC());
+            const double condition = magnitudes.GetValue(std::abs(root)) / slope;
+            if (condition > 1e4 * std::abs(root)) continue;
+            double nearest = std::abs(roots[0] - root);
+            for (const Complex& found : roots) nearest = std::min(nearest, std::abs(found - root));
+            EXPECT_LE(nearest, 3e-15 * condition) << "run " << run << ", root " << root;
         }
-        if (HasFailure()) break;
     }
 }
 
