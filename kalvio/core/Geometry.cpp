@@ -23,6 +23,7 @@
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -380,6 +381,16 @@ bool Geometry::AreEqual(const Polyline2D& a, const Polyline2D& b, double toleran
 
 template <>
 bool Geometry::AreEqual(const Polyline3D& a, const Polyline3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Spiral2D& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

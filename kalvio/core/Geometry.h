@@ -30,6 +30,7 @@ class PointND;
 class Polygon2D;
 class Polyline2D;
 class Polyline3D;
+class Spiral2D;
 class Vec2D;
 class Vec3D;
 class VecND;
@@ -161,6 +162,10 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polyline2D& a, const Polyline2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polyline3D& a, const Polyline3D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Polyline2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Vec2D& a, const Vec2D& b, double tolerance);
 template <>

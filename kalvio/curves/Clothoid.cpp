@@ -7,6 +7,7 @@
 #include "kalvio/curves/detail/CurveSearch.h"
 #include "kalvio/curves/detail/SampleSteps.h"
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/queries/GeometryCreator.h"
 
 #include <algorithm>
 #include <array>
@@ -293,6 +294,10 @@ bool Clothoid::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
     const double fromInflection = Evaluator(*this).LengthFromInflection(foot.station);
     SetEndRadius(fromInflection > user ? RadiusAt(fromInflection) : 0.0);
     return true;
+}
+
+IGeometry* Clothoid::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
 }
 
 const Point2D& Clothoid::GetEnd(int terms) {

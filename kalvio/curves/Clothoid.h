@@ -71,6 +71,7 @@ public:
     ///         to the other side; beyond tau = 2, where the series ends; within the user tolerance of the other end
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
     bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     const Point2D& GetStart() const override { return start; }
     /// The end by seven terms, computed by the constructors and setters: this reads only.
     const Point2D& GetEnd() const override { return end; }

@@ -6,6 +6,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <array>
@@ -31,6 +32,8 @@ bool WithClass(const IPolyline2DElement& element, Visit&& visit) {
             return visit(static_cast<const Parabola&>(element));
         case MathTypes::Polyline2D:
             return visit(static_cast<const Polyline2D&>(element));
+        case MathTypes::Spiral2D:
+            return visit(static_cast<const Spiral2D&>(element));
         default:
             return false;
     }
@@ -234,6 +237,8 @@ bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, do
             for (const Polyline2D::PolylinePoint& p : points) samples.push_back({p.point, p.tangent, p.station});
             return true;
         }
+        case MathTypes::Spiral2D:
+            return static_cast<const Spiral2D&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
         default:
             return SampleElement(element, std::array{from, to}, samples);
     }

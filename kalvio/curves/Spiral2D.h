@@ -1,0 +1,174 @@
+#pragma once
+
+#include "kalvio/curves/IPolyline2DElement.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace Kalvio::Math {
+
+class LineString2D;
+
+/// Transition curve of a chosen curvature law between two radii, over a given length.
+///
+/// Radii are signed: positive turns left, negative right, 0 is straight. They may be equal (an arc, or a straight) and
+/// of opposite sign (the curve changes sides). The direction is the integral of the curvature in closed form; the
+/// position is its Gauss-Legendre quadrature with 8 nodes over panels that turn at most 0.5 rad, computed once by the
+/// constructors and setters, so that a point costs one panel. The error against 40-digit quadrature is below 1e-12 of
+/// the length, for any length in use below 1e-10 m.
+///
+///     const Spiral2D bloss(Spiral2D::Spiral2DType::Bloss, 0.0, 300.0, 75.0, Point2D(100, 0), Vec2D(1, 0));
+///     bloss.GetEnd();  // (174.8931, 2.8093)
+///
+/// Where the values make no curve - not finite, a negative length, an unknown type, more than 1000 rad of turn, a cubic
+/// parabola that does not exist - sampling and searching answer false, and the end is the start. A length of 0 is the
+/// start point alone.
+class KALVIO_MATH_API Spiral2D final : public IPolyline2DElement {
+public:
+    /// Curvature law. With t = s / length, the curvature is k1 + (k2 - k1) f(t) for all but `Cubic`.
+    enum class Spiral2DType : std::uint32_t {
+        Clothoid = 0,     // f = t
+        Bloss = 1,        // f = 3 t^2 - 2 t^3 (Bloss 1936)
+        Sine = 2,         // f = t - sin(2 pi t) / (2 pi) (Klein 1937)
+        Cosine = 3,       // f = (1 - cos(pi t)) / 2: half a wave
+        Biquadratic = 4,  // f = 2 t^2 up to the middle, then 1 - 2 (1 - t)^2 (Helmert 1872, Schramm)
+        Cubic = 5,        // a part of a cubic parabola, see below
+    };
+    // `Cubic` is a part of the cubic parabola y = c x^3 about its inflection point, exact, between the points whose
+    // true radii of curvature are the given ones; not the railway approximation y = x^3 / (6 R X), whose curvature at
+    // the end falls short of 1/R. The curvature of a cubic parabola culminates at the slope 1/sqrt(5), 24.1 degrees
+    // from the inflection tangent: radii and lengths that need more (length / R > 0.6937 from a straight; nearly equal
+    // radii) have no such curve. Exactly equal radii make an arc, as for every type.
+
+    /// A clothoid of length 0 at the origin.
+    Spiral2D();
+    /// @param spiralLength  length of the curve, >= 0
+    /// @param tangent       direction of travel at the start
+    Spiral2D(Spiral2DType spiralType, double startRadiusValue, double endRadiusValue, double spiralLength,
+             const Point2D& from, const Vec2D& tangent);
+    Spiral2D(const Spiral2D& other);
+    Spiral2D& operator=(const Spiral2D& other);
+
+    MathTypes GetType() const override;
+    /// The box of the ends and of every point whose tangent is parallel to an axis.
+    BoundingBox2D GetBoundingBox() const { return GetBoundingBox2D(); }
+    BoundingBox2D GetBoundingBox2D() const override;
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 2; }
+    unsigned int GetTopologicalDimension() const override { return 1; }
+    /// Another spiral of the same type with equal radii, length, start and start tangent, strictly; pieces must also be
+    /// the same part of their law.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    bool IsEqualTo(const Spiral2D& other, double tolerance) const;
+    [[nodiscard]] Spiral2D* Clone() const override;
+    /// The radii change places and signs; every law, read backwards, is itself.
+    void Reverse() override;
+    double GetLength() const override { return length; }
+    /// Pieces are exact parts of this curve. A piece of a clothoid is a clothoid; a piece of another type keeps the law
+    /// of the whole and its place in it, and reports the radii of its own ends. Changing the type, a radius or the
+    /// length of such a piece makes it a whole spiral of its type.
+    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
+                          bool modifyThis, const Tolerances& tolerances) override;
+    using IPolyline2DElement::BreakAtPreSorted;
+    /// Distance from the curve strictly below the user tolerance.
+    bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
+    /// The start (end) moves along the curve to the foot of the point: back into it; out along a clothoid until its
+    /// length is doubled; out along a piece of another type until its whole is restored. The other end stays.
+    /// @return false, nothing changed, for a point without a foot there, or one within the user tolerance of the other
+    /// end
+    bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
+    bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
+    const Point2D& GetStart() const override { return start; }
+    const Point2D& GetEnd() const override { return end; }
+    /// The station of the foot, when the point is nearer to the curve than the tolerance, strictly.
+    bool GetLengthFromStartPoint(const Point2D& point, double& stationFromStart, double tolerance) const override;
+    bool GetLengthFromEndPoint(const Point2D& point, double& stationFromEnd, double tolerance) const override;
+    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    /// The foot (or end) nearest to the point over the whole curve, to rounding; the first of equals.
+    Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
+    /// The same over the stations [from, to], with tangent and station. False for an empty range, or no curve.
+    bool GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const;
+
+    Spiral2DType GetSpiralType() const { return type; }
+    double GetStartRadius() const { return startRadius; }
+    double GetEndRadius() const { return endRadius; }
+    const Vec2D& GetStartTangent() const { return startTangent; }
+    Vec2D GetEndTangent() const;
+    void SetSpiralType(Spiral2DType value);
+    void SetStartRadius(double value);
+    void SetEndRadius(double value);
+    void SetLength(double value);
+    void SetStart(const Point2D& value);
+    void SetStartTangent(const Vec2D& value);
+
+    /// Point, tangent and station at a length from the start; false more than 1e-10 outside [0, length].
+    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    /// Signed curvature 1/R at a station, positive turning left.
+    double GetCurvature(double station) const;
+
+    /// Appends samples at from, from + step ... and at `to`, the range clipped to the curve; with `height`, in steps
+    /// such that no chord lies further than that from the curve.
+    /// @return false, nothing appended, for an empty range (from > to included) or a step or height that is not
+    /// positive
+    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step) const;
+    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
+                                          double height) const;
+    bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
+    bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const;
+
+private:
+    class Evaluator;
+
+    // The curvature over the whole length of the law.
+    struct Law {
+        Spiral2DType type = Spiral2DType::Clothoid;
+        double k1 = 0.0;
+        double k2 = 0.0;
+        double length = 0.0;
+        // Cubic parabola: u = scale x is its abscissa in units of the culmination law, `first` the length from the
+        // inflection point to the start and `side` +1 for curvature that grows to the left, both in those units.
+        double scale = 0.0;
+        double first = 0.0;
+        double side = 1.0;
+
+        bool SolveCubic();
+        bool IsParabola() const { return type == Spiral2DType::Cubic && k1 != k2 && length > 0.0; }
+        double GetAbscissa(double station) const;  // u
+        double GetCurvature(double station) const;
+        double GetTurn(double station) const;  // integral of the curvature from 0
+        double GetLargestRate() const;
+    };
+    struct Position {
+        double x = 0.0;
+        double y = 0.0;
+    };
+
+    void CopyData(const Spiral2D& other);
+    void MakeWhole();
+    void Update();
+    bool IsUsable() const;
+    Position Integrate(double from, double to) const;
+    Position GetPosition(double station) const;
+    Spiral2D GetPart(double from, double to) const;
+    bool FindPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
+    bool ClipRange(double& from, double& to) const;
+
+    Spiral2DType type = Spiral2DType::Clothoid;
+    double startRadius = 0.0;
+    double endRadius = 0.0;
+    double length = 0.0;
+    Point2D start;
+    Vec2D startTangent;
+
+    Law law;  // this spiral is its part [lawStart, lawStart + length]
+    double lawStart = 0.0;
+    double startTurn = 0.0;    // turn of the law up to lawStart
+    double inflection = -1.0;  // station of curvature 0; negative when there is none inside
+    bool usable = false;
+    double panel = 0.0;               // length of a panel
+    std::vector<Position> positions;  // at the panels' starts, from the start of the spiral, x along its tangent
+    Point2D end;
+};
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,279 @@
+#include "kalvio/curves/Spiral2D.h"
+
+#include "kalvio/core/Geometry.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "support/Concurrently.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+using Type = Spiral2D::Spiral2DType;
+using Sample = IPolyline2DElement::PolylineElementPoint;
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+const Tolerances kTolerances(1e-4, 1e-10);
+const Vec2D kDirections[] = {{1, 0}, {-1, -0.0}, {-0.6, 0.8}, {0.8, -0.6}};
+
+// Ends from the origin along +X by quadrature with 30 digits; of the cubic parabola in closed form.
+struct Reference {
+    Type type;
+    double startRadius, endRadius, length, x, y, turn;
+};
+const Reference kReferences[] = {
+    {Type::Clothoid, 0, 300, 75, 74.8828972404903837, 3.12151401026604514, 0.125},
+    {Type::Clothoid, 300, -200, 120, 119.800084110946375, 3.99714353527768969, -0.1},
+    {Type::Clothoid, 500, 499.9999, 200, 194.709170368462207, 39.4695055384386254, 0.400000040000008},
+    {Type::Clothoid, 20, -15, 500, -37.0259317962961364, -151.2769519301709, -4.16666666666666667},
+    {Type::Bloss, 300, 0, 75, 74.6590269124047434, 6.54992408236969646, 0.125},
+    {Type::Bloss, -600, -300, 100, 99.1521161334862303, -10.7818251389962051, -0.25},
+    {Type::Bloss, 500, 500, 200, 194.709171154325246, 39.4695029985574586, 0.4},
+    {Type::Bloss, 20, -15, 500, 121.598095021494404, 18.6363361352702717, -4.16666666666666667},
+    {Type::Sine, 0, 300, 75, 74.8974159398254476, 2.6469259219752472, 0.125},
+    {Type::Sine, 300, -200, 120, 119.56436551777563, 7.02592443400020704, -0.1},
+    {Type::Sine, 20, -15, 500, 35.1740995478501953, 118.550408941006682, -4.16666666666666667},
+    {Type::Cosine, 0, 40, 240, 112.310335930240236, 107.571308529710698, 3.0},
+    {Type::Cosine, -600, -300, 100, 99.1543577147561248, -10.7599390372469185, -0.25},
+    {Type::Cosine, 500, 499.9999, 200, 194.709170425479914, 39.4695052571614592, 0.400000040000008},
+    {Type::Biquadratic, 0, 40, 240, 114.42325910439303, 104.551866681916035, 3.0},
+    {Type::Biquadratic, 300, 0, 75, 74.6513676904599268, 6.62765687763484639, 0.125},
+    {Type::Biquadratic, 300, -200, 120, 119.615803291447242, 6.48903584546680548, -0.1},
+    {Type::Cubic, 0, 300, 75, 74.8778463593190297, 3.19153443795628656, 0.127179481889868884},
+    {Type::Cubic, -600, -300, 60, 59.8032348296316675, -4.06280687990885637, -0.152488970632387613},
+    {Type::Cubic, 300, -200, 120, 119.797109559483621, 3.44190419131833722, -0.112621861380591979},
+    {Type::Cubic, 500, 500, 200, 194.709171154325246, 39.4695029985574586, 0.4},
+};
+
+Vec2D Turned(const Vec2D& v, const Vec2D& direction) {
+    return {v.GetX() * direction.GetX() - v.GetY() * direction.GetY(),
+            v.GetX() * direction.GetY() + v.GetY() * direction.GetX()};
+}
+
+template <class Check>
+void ForEachSpiral(Check&& check) {
+    for (const Point2D& origin : surveyOrigins) {
+        for (const Vec2D& direction : kDirections) {
+            for (const Reference& r : kReferences) {
+                SCOPED_TRACE(testing::Message()
+                             << "type " << static_cast<int>(r.type) << " radii " << r.startRadius << ", " << r.endRadius
+                             << " along " << testing::PrintToString(direction));
+                check(Spiral2D(r.type, r.startRadius, r.endRadius, r.length, origin, direction), r, direction);
+            }
+        }
+    }
+}
+
+Sample At(const Spiral2D& spiral, double station) {
+    Sample sample;
+    EXPECT_TRUE(spiral.MakePointAndTangentAt(station, sample));
+    return sample;
+}
+
+TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
+    ForEachSpiral([](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
+        const double rounding = spiral.GetStart().GetY() == 0.0 ? 1e-10 : 2e-9;
+        EXPECT_THAT(spiral.GetEnd(), IsNear(spiral.GetStart() + Turned(Vec2D(r.x, r.y), direction), rounding));
+        EXPECT_THAT(spiral.GetEndTangent(),
+                    IsNear(Turned(Vec2D(std::cos(r.turn), std::sin(r.turn)), direction), 1e-13));
+        const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
+        EXPECT_NEAR(spiral.GetCurvature(0.0), curvature(r.startRadius), 1e-15);
+        EXPECT_NEAR(spiral.GetCurvature(r.length), curvature(r.endRadius), 1e-15);
+        // Everywhere: unit speed, and the tangent turns by the curvature.
+        const double h = r.length * 1e-3;
+        for (const double share : {0.05, 0.3, 0.5, 0.62, 0.97}) {
+            const Sample before = At(spiral, share * r.length - h), after = At(spiral, share * r.length + h);
+            const double turn = std::asin(before.tangent.PerpDotProduct(after.tangent));
+            EXPECT_NEAR(turn, 2.0 * h * spiral.GetCurvature(share * r.length), 2e-6 * (1.0 + r.length / 100.0));
+            EXPECT_NEAR((after.point - before.point).Length(), 2.0 * h * (1.0 - turn * turn / 24.0),
+                        1e-6 * h + rounding);
+        }
+    });
+}
+
+TEST(Spiral2DTest, ClothoidTypeIsTheClothoid) {
+    for (const auto& [r1, r2] : {std::pair(0.0, 300.0), {-200.0, 0.0}, {600.0, 250.0}, {-250.0, -600.0}}) {
+        const Clothoid clothoid(r1, r2, 150.0, Point2D(3, 4), Vec2D(-0.6, -0.8));
+        const Spiral2D spiral(Type::Clothoid, r1, r2, clothoid.GetLength(), Point2D(3, 4), Vec2D(-0.6, -0.8));
+        for (double station = 0.0; station < clothoid.GetLength(); station += 0.9) {
+            Sample expected;
+            ASSERT_TRUE(clothoid.MakePointAndTangentAt(station, expected));
+            EXPECT_THAT(At(spiral, station).point, IsNear(expected.point, 1e-12));
+            EXPECT_THAT(At(spiral, station).tangent, IsNear(expected.tangent, 1e-14));
+            EXPECT_NEAR(spiral.GetCurvature(station), clothoid.GetCurvature(station), 1e-16);
+        }
+    }
+}
+
+TEST(Spiral2DTest, ReversedAndBrokenItStaysTheSameCurve) {
+    ForEachSpiral([](const Spiral2D& spiral, const Reference& r, const Vec2D&) {
+        std::vector<IGeometry*> out;
+        std::map<double, const Point2D> breaks;
+        for (const double share : {0.15, 0.45, 0.8}) breaks.emplace(1000.0 + share * r.length, Point2D());
+        Spiral2D first(spiral);
+        ASSERT_TRUE(first.BreakAtPreSorted(breaks, 1000.0, out, true, kTolerances));
+        ASSERT_EQ(out.size(), 3u);
+        std::vector<std::unique_ptr<Spiral2D>> pieces;
+        pieces.push_back(std::make_unique<Spiral2D>(first));
+        for (IGeometry* const piece : out) pieces.emplace_back(static_cast<Spiral2D*>(piece));
+        double station = 0.0;
+        for (const std::unique_ptr<Spiral2D>& piece : pieces) {
+            Spiral2D reversed(*piece);
+            reversed.Reverse();
+            EXPECT_NEAR(reversed.GetStartRadius() + piece->GetEndRadius(), 0.0, 1e-9);
+            for (const double share : {0.0, 0.4, 1.0}) {
+                const double along = share * piece->GetLength();
+                const Sample whole = At(spiral, station + along), back = At(reversed, piece->GetLength() - along);
+                EXPECT_THAT(At(*piece, along).point, IsNear(whole.point, 3e-9));
+                EXPECT_THAT(back.point, IsNear(whole.point, 3e-9));
+                EXPECT_THAT(back.tangent, IsNear(-whole.tangent, 1e-12));
+                EXPECT_NEAR(reversed.GetCurvature(piece->GetLength() - along), -spiral.GetCurvature(station + along),
+                            1e-14);
+            }
+            station += piece->GetLength();
+        }
+        EXPECT_NEAR(station, r.length, 1e-9);
+        // A middle piece grows back to the whole, out to the points of its lost ends.
+        Spiral2D grown(*pieces[2]);
+        ASSERT_TRUE(grown.ExtendEnd(spiral.GetEnd(), kTolerances));
+        EXPECT_NEAR(grown.GetLength(), 0.55 * r.length, 1e-8);
+        EXPECT_THAT(grown.GetEndTangent(), IsNear(spiral.GetEndTangent(), 1e-8));
+        EXPECT_FALSE(grown.ExtendEnd(grown.GetStart(), kTolerances)) << "nothing would be left";
+        if (r.type != Type::Clothoid && r.length < 400.0) {  // longer ones coil, and other feet are nearer
+            EXPECT_FALSE(grown.ExtendEnd(spiral.GetEnd() + spiral.GetEndTangent(), kTolerances));
+            ASSERT_TRUE(grown.ExtendStart(spiral.GetStart(), kTolerances));
+            EXPECT_NEAR(grown.GetLength(), r.length, 1e-8);
+            EXPECT_THAT(grown.GetStartTangent(), IsNear(spiral.GetStartTangent(), 1e-8));
+        }
+    });
+}
+
+TEST(Spiral2DTest, StationsAndFeetRoundTrip) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240612));
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    ForEachSpiral([&](const Spiral2D& spiral, const Reference& r, const Vec2D&) {
+        for (const double station : {0.0, unit(random) * r.length, r.length}) {
+            const Sample sample = At(spiral, station);
+            double fromStart = -1.0, fromEnd = -1.0;
+            ASSERT_TRUE(spiral.GetLengthFromStartPoint(sample.point, fromStart, 1e-7));
+            ASSERT_TRUE(spiral.GetLengthFromEndPoint(sample.point, fromEnd, 1e-7));
+            EXPECT_NEAR(fromStart, station, 4e-9);
+            EXPECT_NEAR(fromEnd, r.length - station, 4e-9);
+            Vec2D tangent;
+            ASSERT_TRUE(spiral.ComputeTangent(sample.point, tangent, kTolerances));
+            EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-9));
+            EXPECT_FALSE(
+                spiral.IsPointOnGeometry(sample.point + sample.tangent.GetNormalVector(true) * 2e-4, kTolerances));
+        }
+        const Point2D query = At(spiral, unit(random) * r.length).point +
+                              Vec2D(unit(random) - 0.5, unit(random) - 0.5) * (unit(random) < 0.5 ? 600.0 : 40.0);
+        std::vector<Sample> samples;
+        ASSERT_TRUE(spiral.MakePointsAndTangents(0.0, r.length, samples, r.length / 4000.0));
+        double least = std::numeric_limits<double>::infinity();
+        Point2D low = spiral.GetStart(), high = low;
+        for (const Sample& sample : samples) {
+            least = std::min(least, sample.point.Distance(query));
+            low = Point2D(std::min(low.GetX(), sample.point.GetX()), std::min(low.GetY(), sample.point.GetY()));
+            high = Point2D(std::max(high.GetX(), sample.point.GetX()), std::max(high.GetY(), sample.point.GetY()));
+        }
+        const double found = spiral.GetNearestPoint(query, kTolerances).Distance(query);
+        EXPECT_LE(found, least + 2e-9);
+        EXPECT_GE(found, least - r.length / 8000.0);
+        EXPECT_THAT(spiral.GetBoundingBox().GetMinPoint(), IsNear(low, 4e-4));
+        EXPECT_THAT(spiral.GetBoundingBox().GetMaxPoint(), IsNear(high, 4e-4));
+        EXPECT_TRUE(spiral.GetBoundingBox().IsPointInside(low, 2e-9) &&
+                    spiral.GetBoundingBox().IsPointInside(high, 2e-9));
+
+        samples.clear();
+        ASSERT_TRUE(spiral.MakePointsAndTangentsUsingHeight(0.0, r.length, samples, 0.01));
+        for (std::size_t i = 1; i < samples.size(); ++i) {
+            const Vec2D chord = (samples[i].point - samples[i - 1].point).Normalize();
+            const Sample inside = At(spiral, 0.5 * (samples[i].station + samples[i - 1].station));
+            EXPECT_LE(std::abs(chord.PerpDotProduct(inside.point - samples[i - 1].point)), 0.01001);
+        }
+    });
+}
+
+TEST(Spiral2DTest, WhatIsNoCurveAnswersFalse) {
+    struct Row {
+        const char* why;
+        Spiral2D spiral;
+    };
+    const Point2D start(7, 8);
+    const Vec2D east(1, 0);
+    const Row rows[] = {
+        {"NaN radius", {Type::Bloss, kNan, 300, 75, start, east}},
+        {"negative length", {Type::Sine, 0, 300, -75, start, east}},
+        {"NaN length", {Type::Clothoid, 0, 300, kNan, start, east}},
+        {"NaN tangent", {Type::Clothoid, 0, 300, 75, start, Vec2D(0, kNan)}},
+        {"unknown type", {static_cast<Type>(17), 0, 300, 75, start, east}},
+        {"endless turning", {Type::Cosine, 0, 1e-3, 75, start, east}},
+        {"cubic parabola beyond its culmination", {Type::Cubic, 0, 300, 208.2, start, east}},
+        {"cubic parabola of nearly equal radii", {Type::Cubic, 300, 299, 75, start, east}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Spiral2D spiral(row.spiral);
+        std::vector<Sample> samples;
+        std::vector<IGeometry*> out;
+        double station = -1.0;
+        EXPECT_FALSE(spiral.MakePointsAndTangents(0.0, 10.0, samples, 1.0));
+        EXPECT_FALSE(spiral.GetLengthFromStartPoint(start, station, 1e-4));
+        EXPECT_FALSE(spiral.BreakAt({start, Point2D(10, 8)}, out, false, kTolerances));
+        EXPECT_FALSE(spiral.ExtendEnd(Point2D(20, 8), kTolerances));
+        EXPECT_EQ(station, -1.0);
+        EXPECT_THAT(spiral.GetEnd(), IsNear(start, 0.0));
+        EXPECT_THAT(spiral.GetNearestPoint(Point2D(1, 1), kTolerances), IsNear(start, 0.0));
+        spiral.Reverse();
+    }
+    EXPECT_TRUE(Spiral2D(Type::Cubic, 0, 300, 208.0, start, east).GetCurvature(208.0) > 0.0) << "up to the culmination";
+    const Spiral2D point(Type::Sine, 0, 300, 0, start, east);
+    double station = -1.0;
+    EXPECT_TRUE(point.GetLengthFromStartPoint(start, station, 1e-4));
+    EXPECT_EQ(station, 0.0);
+}
+
+TEST(Spiral2DTest, SettersMakeItAnew) {
+    Spiral2D spiral(Type::Clothoid, 0, 300, 60, Point2D(1, 2), Vec2D(0, 1));
+    spiral.SetSpiralType(Type::Bloss);
+    spiral.SetStartRadius(-600);
+    spiral.SetEndRadius(-300);
+    spiral.SetLength(100);
+    spiral.SetStart(Point2D());
+    spiral.SetStartTangent(Vec2D(1, 0));
+    EXPECT_TRUE(spiral.IsEqualTo(
+        static_cast<const IGeometry&>(Spiral2D(Type::Bloss, -600, -300, 100, Point2D(), Vec2D(1, 0))), 1e-12));
+    EXPECT_THAT(spiral.GetEnd(), IsNear(Point2D(99.1521161334862303, -10.7818251389962051), 1e-12));
+    EXPECT_FALSE(spiral.IsEqualTo(Spiral2D(Type::Sine, -600, -300, 100, Point2D(), Vec2D(1, 0)), 1.0));
+
+    // In a chain it is an element like every other.
+    const Clothoid out(-300, 0, 150, spiral.GetEnd(), spiral.GetEndTangent());
+    const std::unique_ptr<Polyline2D> chain(static_cast<Polyline2D*>(spiral.Append(&out)));
+    Polyline2D::PolylinePoint on;
+    ASSERT_TRUE(chain->MakePointAndTangentAt(40.0, on));
+    EXPECT_THAT(on.point, IsNear(At(spiral, 40.0).point, 1e-12));
+    EXPECT_NEAR(chain->LengthFromStartPoint(out.GetEnd(), 1e-6), 175.0, 1e-6);
+    std::vector<Polyline2D::PolylinePoint> samples;
+    ASSERT_TRUE(chain->MakePointsAndTangentsUsingHeight(0.0, 175.0, samples, 0.01, 1e-9));
+    EXPECT_GT(samples.size(), 10u);
+    EXPECT_FALSE(Geometry::AreEqual(spiral, *chain, 1e-6));
+
+    const Spiral2D& shared = spiral;
+    std::vector<double> stations(8, -1.0);
+    Concurrently(8, [&](unsigned int i) { shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6); });
+    for (const double station : stations) EXPECT_NEAR(station, 100.0, 1e-9);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
