@@ -117,8 +117,9 @@ template <class PointType>
 bool FindNearest(const std::vector<PointType>& points, const PointType& p, double tolerance,
                  ChainFoot<PointType>& foot) {
     if (points.size() == 1) {
-        foot = {0, points[0], points[0].Distance(p)};
-        return true;
+        const double distance = points[0].Distance(p);
+        if (std::isfinite(distance)) foot = {0, points[0], distance};
+        return std::isfinite(distance);
     }
     double best = std::numeric_limits<double>::infinity();
     std::size_t nearest = 0;
