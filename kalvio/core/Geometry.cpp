@@ -5,10 +5,12 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/BoundingBoxND.h"
 #include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Plane3D.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point2DM.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/PointND.h"
+#include "kalvio/core/Triangle3D.h"
 #include "kalvio/core/Vec2D.h"
 #include "kalvio/core/Vec3D.h"
 #include "kalvio/core/VecND.h"
@@ -21,6 +23,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/curves/Spiral2D.h"
@@ -137,6 +140,11 @@ bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) 
         case MathTypes::Point3D:
             vertices.push_back(static_cast<const Point3D&>(geometry));
             return true;
+        case MathTypes::Triangle3D: {
+            const auto& triangle = static_cast<const Triangle3D&>(geometry);
+            vertices.insert(vertices.end(), {triangle.GetPointA(), triangle.GetPointB(), triangle.GetPointC()});
+            return true;
+        }
         case MathTypes::LineString2D:
             for (const Point2D& point : static_cast<const LineString2D&>(geometry).GetPoints()) {
                 vertices.push_back(Lifted(point));
@@ -406,6 +414,26 @@ bool Geometry::AreEqual(const Vec3D& a, const Vec3D& b, double tolerance) {
 
 template <>
 bool Geometry::AreEqual(const VecND& a, const VecND& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Parabola& a, const Parabola& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Parabola& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Plane3D& a, const Plane3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

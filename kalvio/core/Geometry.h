@@ -23,6 +23,8 @@ class Line3D;
 class LineString2D;
 class LineString3D;
 class Matrix2D;
+class Parabola;
+class Plane3D;
 class Point2D;
 class Point2DM;
 class Point3D;
@@ -31,6 +33,7 @@ class Polygon2D;
 class Polyline2D;
 class Polyline3D;
 class Spiral2D;
+class Triangle3D;
 class Vec2D;
 class Vec3D;
 class VecND;
@@ -149,6 +152,12 @@ KALVIO_MATH_API bool Geometry::AreEqual(const LineString3D& a, const LineString3
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Matrix2D& a, const Matrix2D& b, double tolerance);
 template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Parabola& a, const Parabola& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Parabola& a, const Polyline2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Plane3D& a, const Plane3D& b, double tolerance);
+template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Point2D& a, const Point2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Point2DM& a, const Point2DM& b, double tolerance);
@@ -166,6 +175,8 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Polyline2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Vec2D& a, const Vec2D& b, double tolerance);
 template <>

@@ -1,0 +1,405 @@
+// Reads the alignments of a LandXML file, checks and stations them, answers points, draws plan and profile.
+
+#include "common/LandXml.h"
+#include "common/Svg.h"
+
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Spiral2D.h"
+#include "kalvio/queries/Distance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <numbers>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y ...]\n"
+    "  --step    distance of the stations written to the table (20)\n"
+    "  --svg     draws plan and profile\n"
+    "  --csv     writes station, x, y, height, bearing and curvature\n"
+    "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n";
+
+constexpr int kBadInput = 2;
+
+struct Options {
+    std::string file;
+    double step = 20.0;
+    std::string svg;
+    std::string csv;
+    std::vector<Point2D> points;
+};
+
+std::optional<double> ToNumber(const std::string& text) {
+    char* end = nullptr;
+    const double value = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != '\0' || !std::isfinite(value)) return std::nullopt;
+    return value;
+}
+
+std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        if (word.rfind("--", 0) != 0) {
+            if (!options.file.empty()) return std::nullopt;
+            options.file = word;
+            continue;
+        }
+        if (++i == arguments.size()) return std::nullopt;
+        const std::string& value = arguments[i];
+        if (word == "--svg") {
+            options.svg = value;
+        } else if (word == "--csv") {
+            options.csv = value;
+        } else if (word == "--step") {
+            const std::optional<double> step = ToNumber(value);
+            if (!step || !(*step > 0.0)) return std::nullopt;
+            options.step = *step;
+        } else if (word == "--locate") {
+            const std::size_t comma = value.find(',');
+            if (comma == std::string::npos) return std::nullopt;
+            const std::optional<double> x = ToNumber(value.substr(0, comma));
+            const std::optional<double> y = ToNumber(value.substr(comma + 1));
+            if (!x || !y) return std::nullopt;
+            options.points.emplace_back(*x, *y);
+        } else {
+            return std::nullopt;
+        }
+    }
+    return options.file.empty() ? std::nullopt : std::optional<Options>(options);
+}
+
+// Signed curvature [1/length], positive to the left, at a station along one element.
+double CurvatureAt(const IPolyline2DElement& element, double station) {
+    const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
+    switch (element.GetType()) {
+        case MathTypes::Arc2D:
+            return curvature(static_cast<const Arc2D&>(element).GetSignedRadius());
+        case MathTypes::Clothoid: {
+            const auto& clothoid = static_cast<const Clothoid&>(element);
+            const double from = curvature(clothoid.GetStartRadius());
+            const double to = curvature(clothoid.GetEndRadius());
+            return from + (to - from) * station / clothoid.GetLength();
+        }
+        case MathTypes::Spiral2D:
+            return static_cast<const Spiral2D&>(element).GetCurvature(station);
+        default:
+            return 0.0;
+    }
+}
+
+std::string RadiusText(double radius) { return radius == 0.0 ? "-" : Fixed(radius, 3); }
+
+// Bearing of a direction, clockwise from north, in degrees in [0, 360).
+double BearingOf(const Vec2D& direction) {
+    Angle bearing(Point2D(), Point2D() + direction);
+    const double degrees = bearing.GetDegrees();
+    return degrees < 0.0 ? degrees + 360.0 : degrees;
+}
+
+void Report(const Alignment& alignment, const std::string& unit) {
+    const Polyline2D& plan = alignment.plan;
+    std::printf("Alignment %s: %u elements, length %.6f %s", alignment.name.c_str(), plan.GetNrOfElements(),
+                plan.GetLength(), unit.c_str());
+    if (alignment.statedLength > 0.0) {
+        std::printf(" (stated %.6f, difference %.6f)", alignment.statedLength,
+                    plan.GetLength() - alignment.statedLength);
+    }
+    std::printf("\n  %3s  %-11s %13s %13s %11s %11s %12s %12s\n", "#", "type", "station", "length", "R start", "R end",
+                "closure", "gap to next");
+    double station = alignment.startStation;
+    double worstClosure = 0.0;
+    double worstGap = 0.0;
+    for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
+        const IPolyline2DElement& element = plan.GetElementAtIndex(i);
+        const StatedElement& stated = alignment.elements[i];
+        const double closure = Distance::PointToPoint(element.GetEnd(), stated.statedEnd);
+        std::string gapText = "-";
+        if (i + 1 < plan.GetNrOfElements()) {
+            const double gap = Distance::PointToPoint(element.GetEnd(), plan.GetElementAtIndex(i + 1).GetStart());
+            worstGap = std::max(worstGap, gap);
+            gapText = Fixed(gap, 8);
+        }
+        worstClosure = std::max(worstClosure, closure);
+        std::printf("  %3u  %-11s %13.6f %13.6f %11s %11s %12.8f %12s\n", i + 1, stated.type.c_str(), station,
+                    element.GetLength(), RadiusText(stated.startRadius).c_str(), RadiusText(stated.endRadius).c_str(),
+                    closure, gapText.c_str());
+        station += element.GetLength();
+    }
+    std::printf("  ends within %.8f of the stated points, elements within %.8f of each other: %s within 0.0001\n",
+                worstClosure, worstGap, plan.IsContinuous(1e-4) ? "continuous" : "NOT continuous");
+    if (alignment.profile.GetNrOfElements() > 0) {
+        const double start = alignment.profile.GetStart().GetX();
+        const double end = alignment.profile.GetEnd().GetX();
+        std::printf("  design profile: %u elements from station %.6f to %.6f\n", alignment.profile.GetNrOfElements(),
+                    start, end);
+    }
+}
+
+void WarnOfGaps(const Alignment& alignment) {
+    for (const ProfileGap& gap : alignment.gaps) {
+        std::fprintf(stderr, "warning: %s: no height between stations %.3f and %.3f: %s\n", alignment.name.c_str(),
+                     gap.from, gap.to, gap.reason.c_str());
+    }
+}
+
+// Calls emit(sample) every `step` along the chain and at its end.
+template <class Emit>
+void ForEachSample(const Polyline2D& plan, double step, Emit&& emit) {
+    std::vector<Polyline2D::PolylinePoint> samples;
+    plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, step, 1e-6);
+    for (const Polyline2D::PolylinePoint& sample : samples) emit(sample);
+}
+
+bool WriteTable(const std::string& path, const std::vector<Alignment>& alignments, double step) {
+    std::ofstream file(path, std::ios::binary);
+    file << "alignment,station,x,y,height,bearing_deg,curvature\n";
+    for (const Alignment& alignment : alignments) {
+        const Polyline2D& plan = alignment.plan;
+        std::vector<double> starts{0.0};
+        for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
+            starts.push_back(starts.back() + plan.GetElementAtIndex(i).GetLength());
+        }
+        ForEachSample(plan, step, [&](const Polyline2D::PolylinePoint& sample) {
+            const double station = alignment.startStation + sample.station;
+            double height = 0.0;
+            const std::string heightText = alignment.GetHeight(station, height) ? Fixed(height, 6) : "";
+            const IPolyline2DElement& element = plan.GetElementAtIndex(sample.elementIndex);
+            file << alignment.name << ',' << Fixed(station, 6) << ',' << Fixed(sample.point.GetX(), 6) << ','
+                 << Fixed(sample.point.GetY(), 6) << ',' << heightText << ',' << Fixed(BearingOf(sample.tangent), 8)
+                 << ',' << Fixed(CurvatureAt(element, sample.station - starts[sample.elementIndex]), 9) << '\n';
+        });
+    }
+    file.close();
+    return !file.fail();
+}
+
+void Locate(const std::vector<Alignment>& alignments, const Point2D& point) {
+    const Tolerances tolerances(1e-4, 1e-10);
+    std::printf("Point %.3f, %.3f:\n", point.GetX(), point.GetY());
+    for (const Alignment& alignment : alignments) {
+        const Point2D foot = alignment.plan.GetNearestPoint(point, tolerances);
+        double station = 0.0;
+        Vec2D tangent;
+        if (!alignment.plan.GetLengthFromStartPoint(foot, station, 1e-4) ||
+            !alignment.plan.ComputeTangent(foot, tangent, tolerances)) {
+            std::printf("  %s: not found\n", alignment.name.c_str());
+            continue;
+        }
+        const double side = Distance::PointToLine(point, foot, foot + tangent);
+        const double offset = std::copysign(point.Distance(foot), side);
+        std::printf("  %s: station %.4f, offset %.4f (%s)", alignment.name.c_str(), alignment.startStation + station,
+                    offset,
+                    offset > 0.0   ? "right"
+                    : offset < 0.0 ? "left"
+                                   : "on the axis");
+        double height = 0.0;
+        if (alignment.GetHeight(alignment.startStation + station, height)) std::printf(", height %.4f", height);
+        std::printf("\n");
+    }
+}
+
+const std::map<std::string, std::string> kColors = {
+    {"Line", "#3b6ea5"}, {"Arc", "#d1495b"},    {"Clothoid", "#2e8b57"}, {"Bloss", "#8a5fbf"},
+    {"Sine", "#c77d1e"}, {"Cosine", "#b0a01a"}, {"Cubic", "#1c9aa0"},    {"Biquadratic", "#a0522d"}};
+
+const std::string& ColorOf(const std::string& type) {
+    static const std::string black = "#000000";
+    const auto found = kColors.find(type);
+    return found == kColors.end() ? black : found->second;
+}
+
+BoundingBox2D BoxOfPlans(const std::vector<Alignment>& alignments) {
+    BoundingBox2D box = alignments.front().plan.GetBoundingBox();
+    for (const Alignment& alignment : alignments) box += alignment.plan.GetBoundingBox();
+    return box;
+}
+
+void DrawScaleBar(Svg& svg, double x, double y, double scale, const std::string& unit) {
+    const double length = NiceStep(100.0 / scale, 1);
+    const double end = x + length * scale;
+    svg.Polyline({Point2D(x, y - 4), Point2D(x, y), Point2D(end, y), Point2D(end, y - 4)}, {"#333333", 1.2, "", ""});
+    svg.Text(Point2D((x + end) * 0.5, y - 6), Fixed(length, length < 1.0 ? 2 : 0) + ' ' + unit, 11, "#333333",
+             SvgAnchor::Middle);
+}
+
+// The chain element by element in its colour, with a tick and the station at every multiple of `labelStep`.
+void DrawPlan(Svg& svg, const SvgPanel& panel, const Alignment& alignment, double labelStep) {
+    const Polyline2D& plan = alignment.plan;
+    for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
+        constexpr int pieces = 48;
+        std::vector<Point2D> points;
+        for (int k = 0; k <= pieces; ++k) {
+            Polyline2D::PolylinePoint sample;
+            const double along = plan.GetElementAtIndex(i).GetLength() * k / pieces;
+            if (plan.MakePointAndTangentAt(static_cast<int>(i), along, sample)) points.push_back(sample.point);
+        }
+        svg.Polyline(panel.ToPage(points), {ColorOf(alignment.elements[i].type), 2.6, "", ""});
+        svg.Circle(panel.ToPage(plan.GetElementAtIndex(i).GetStart()), 2.2, {"#333333", 0.8, "white", ""});
+    }
+    svg.Circle(panel.ToPage(plan.GetEnd()), 2.2, {"#333333", 0.8, "white", ""});
+
+    const double first = std::ceil(alignment.startStation / labelStep) * labelStep;
+    std::vector<Polyline2D::PolylinePoint> samples;
+    plan.MakePointsAndTangents(first - alignment.startStation, plan.GetLength(), samples, labelStep, 1e-6);
+    for (const Polyline2D::PolylinePoint& sample : samples) {
+        const double station = alignment.startStation + sample.station;
+        if (std::abs(std::remainder(station, labelStep)) > 1e-3) continue;  // the end of the chain
+        const Vec2D right = sample.tangent.GetNormalVector(false);
+        const Point2D at = panel.ToPage(sample.point);
+        const Vec2D across(right.GetX(), -right.GetY());
+        svg.Polyline({at - across * 5.0, at + across * 5.0}, {"#333333", 0.9, "", ""});
+        double turn = std::atan2(across.GetY(), across.GetX()) * 180.0 / std::numbers::pi;
+        const bool flip = turn > 90.0 || turn < -90.0;
+        if (flip) turn += 180.0;
+        svg.Text(at + across * 9.0, Fixed(station, 0), 10, "#333333", flip ? SvgAnchor::End : SvgAnchor::Start, turn);
+    }
+}
+
+void DrawProfile(Svg& svg, double left, double top, double width, double height, const Alignment& alignment,
+                 const std::string& unit) {
+    std::vector<std::vector<Point2D>> curves;
+    constexpr int samples = 600;
+    const double from = std::max(alignment.startStation, alignment.profile.GetStart().GetX());
+    const double to = std::min(alignment.startStation + alignment.plan.GetLength(), alignment.profile.GetEnd().GetX());
+    bool open = false;
+    for (int k = 0; k <= samples; ++k) {
+        const double station = from + (to - from) * k / samples;
+        double z = 0.0;
+        if (!alignment.GetHeight(station, z)) {
+            open = false;
+            continue;
+        }
+        if (!open) curves.emplace_back();
+        open = true;
+        curves.back().emplace_back(station, z);
+    }
+    double low = 0.0;
+    double high = 0.0;
+    bool any = false;
+    for (const auto& curve : curves) {
+        for (const Point2D& p : curve) {
+            low = any ? std::min(low, p.GetY()) : p.GetY();
+            high = any ? std::max(high, p.GetY()) : p.GetY();
+            any = true;
+        }
+    }
+    if (!any) return;
+    const double stepZ = NiceStep(std::max(high - low, 1e-3), 6);
+    const double stepS = NiceStep(to - from, 10);
+    low = std::floor(low / stepZ) * stepZ;
+    high = std::max(std::ceil(high / stepZ), low / stepZ + 1.0) * stepZ;
+    const SvgPanel panel(left, top, width, height, BoundingBox2D(Point2D(from, low), Point2D(to, high)), false);
+    const SvgStyle grid{"#dddddd", 0.7, "", ""};
+    for (double z = low; z <= high + stepZ * 0.5; z += stepZ) {
+        svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(from, z), Point2D(to, z)}), grid);
+        svg.Text(panel.ToPage(Point2D(from, z)) + Vec2D(-6, 3.5), Fixed(z, stepZ < 1.0 ? 1 : 0), 10, "#555555",
+                 SvgAnchor::End);
+    }
+    for (double s = std::ceil(from / stepS) * stepS; s <= to; s += stepS) {
+        svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(s, low), Point2D(s, high)}), grid);
+        svg.Text(panel.ToPage(Point2D(s, low)) + Vec2D(0, 14), Fixed(s, 0), 10, "#555555", SvgAnchor::Middle);
+    }
+    for (const auto& curve : curves) svg.Polyline(panel.ToPage(curve), {"#3b6ea5", 2.0, "", ""});
+    // Where one profile element ends and the next begins.
+    for (unsigned int i = 0; i < alignment.profile.GetNrOfElements(); ++i) {
+        const Point2D& joint = alignment.profile.GetElementAtIndex(i).GetStart();
+        if (joint.GetX() >= from && joint.GetX() <= to)
+            svg.Circle(panel.ToPage(joint), 2.0, {"#333333", 0.8, "white", ""});
+    }
+    svg.Text(Point2D(left, top - 10),
+             "Profile of " + alignment.name + ", heights " + Fixed(panel.GetScaleY() / panel.GetScaleX(), 0) +
+                 " times exaggerated [" + unit + "]",
+             12, "#222222");
+}
+
+bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignments, const std::string& unit) {
+    constexpr double width = 1100.0;
+    constexpr double margin = 60.0;
+    constexpr double planHeight = 560.0;
+    constexpr double profileHeight = 190.0;
+    const auto withProfile = std::find_if(alignments.begin(), alignments.end(),
+                                          [](const Alignment& a) { return a.profile.GetNrOfElements() > 0; });
+    const bool hasProfile = withProfile != alignments.end();
+    const double height = margin + planHeight + margin + (hasProfile ? profileHeight + margin : 0.0);
+    Svg svg(width, height);
+    const SvgPanel panel(margin, margin, width - 2.0 * margin, planHeight, BoxOfPlans(alignments), true);
+    double longest = 0.0;
+    for (const Alignment& alignment : alignments) longest = std::max(longest, alignment.plan.GetLength());
+    std::map<std::string, bool> used;
+    for (const Alignment& alignment : alignments) {
+        DrawPlan(svg, panel, alignment, NiceStep(longest, 14));
+        for (const StatedElement& element : alignment.elements) used[element.type] = true;
+    }
+    svg.Text(Point2D(margin, 28),
+             alignments.size() == 1 ? alignments.front().name : std::to_string(alignments.size()) + " alignments", 15,
+             "#222222");
+    double x = margin;
+    for (const auto& [type, isUsed] : used) {
+        svg.Polyline({Point2D(x, 46), Point2D(x + 24, 46)}, {ColorOf(type), 3.0, "", ""});
+        svg.Text(Point2D(x + 30, 50), type, 11, "#333333");
+        x += 48.0 + 7.0 * static_cast<double>(type.size());
+    }
+    DrawScaleBar(svg, width - margin - 260.0, 50.0, panel.GetScaleX(), unit);
+    svg.Polyline({Point2D(width - 40, 62), Point2D(width - 40, 26), Point2D(width - 44, 36), Point2D(width - 40, 26),
+                  Point2D(width - 36, 36)},
+                 {"#333333", 1.2, "", ""});
+    svg.Text(Point2D(width - 40, 20), "N", 11, "#333333", SvgAnchor::Middle);
+    if (hasProfile)
+        DrawProfile(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, *withProfile, unit);
+    return svg.Write(path);
+}
+
+int Run(const Options& options) {
+    const LandXmlFile file = ReadLandXml(options.file);
+    const std::string unit = file.linearUnit.empty() || file.linearUnit == "meter" ? "m" : file.linearUnit;
+    std::fprintf(stderr, "%s: %zu alignment(s)\n", options.file.c_str(), file.alignments.size());
+    for (const Alignment& alignment : file.alignments) {
+        Report(alignment, unit);
+        WarnOfGaps(alignment);
+    }
+    for (const Point2D& point : options.points) Locate(file.alignments, point);
+    if (!options.csv.empty()) {
+        if (!WriteTable(options.csv, file.alignments, options.step))
+            throw InputError(options.csv + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", options.csv.c_str());
+    }
+    if (!options.svg.empty()) {
+        if (!DrawPicture(options.svg, file.alignments, unit)) throw InputError(options.svg + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace Kalvio::Examples
+
+int main(int argc, char** argv) {
+    using namespace Kalvio::Examples;
+    const auto options = ReadOptions(std::vector<std::string>(argv + 1, argv + argc));
+    if (!options) {
+        std::fputs(kUsage, stderr);
+        return kBadInput;
+    }
+    try {
+        return Run(*options);
+    } catch (const InputError& error) {
+        std::fprintf(stderr, "alignment: %s\n", error.what());
+        return kBadInput;
+    }
+}

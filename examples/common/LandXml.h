@@ -1,0 +1,58 @@
+#pragma once
+
+#include "kalvio/core/Point2D.h"
+#include "kalvio/curves/Polyline2D.h"
+
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+/// A file that cannot be used; the message names the line.
+class InputError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// One element of CoordGeom as the file states it, beside the element that the library made of it.
+struct StatedElement {
+    std::string type;          // Line, Arc, Clothoid, Bloss ...
+    double startRadius = 0.0;  // signed, positive to the left; 0 straight
+    double endRadius = 0.0;
+    Math::Point2D statedEnd;
+    int line = 0;  // of the file
+};
+
+/// Stations along x between which the file defines no height, and why.
+struct ProfileGap {
+    double from = 0.0;
+    double to = 0.0;
+    std::string reason;
+};
+
+/// A horizontal alignment with its design profile. x is the easting and y the northing.
+struct Alignment {
+    std::string name;
+    double startStation = 0.0;  // internal station of the start
+    double statedLength = 0.0;  // 0 when the file states none
+    Math::Polyline2D plan;
+    std::vector<StatedElement> elements;  // one for each element of `plan`
+    Math::Polyline2D profile;             // x station, y height; empty when there is none
+    std::vector<ProfileGap> gaps;
+
+    /// Design height at a station of the file's scale. @return false when the profile does not define it
+    bool GetHeight(double station, double& height) const;
+};
+
+struct LandXmlFile {
+    std::string linearUnit;
+    std::vector<Alignment> alignments;
+};
+
+/// Reads the alignments of a LandXML file: Line, Curve and Spiral of CoordGeom; PVI, ParaCurve, UnsymParaCurve and
+/// CircCurve of the design profile.
+/// @throws InputError for a file that is missing, broken or foreign
+LandXmlFile ReadLandXml(const std::string& path);
+
+}  // namespace Kalvio::Examples

@@ -1,0 +1,139 @@
+#include "common/LandXml.h"
+
+#include "support/Near.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+namespace Kalvio::Examples {
+namespace {
+
+using namespace Math;
+
+// Every element ends where the file says and where the next one starts.
+void CheckClosure(const Alignment& alignment, double tolerance) {
+    SCOPED_TRACE(alignment.name);
+    ASSERT_EQ(alignment.elements.size(), alignment.plan.GetNrOfElements());
+    for (unsigned int i = 0; i < alignment.plan.GetNrOfElements(); ++i) {
+        SCOPED_TRACE(alignment.elements[i].type + " in line " + std::to_string(alignment.elements[i].line));
+        EXPECT_THAT(alignment.plan.GetElementAtIndex(i).GetEnd(), IsNear(alignment.elements[i].statedEnd, tolerance));
+    }
+    EXPECT_TRUE(alignment.plan.IsContinuous(tolerance));
+    if (alignment.statedLength > 0.0) {
+        EXPECT_NEAR(alignment.plan.GetLength(), alignment.statedLength, 1e-5);
+    }
+}
+
+TEST(LandXmlTest, SampleRoadClosesThroughItsTransitions) {
+    const LandXmlFile file = ReadLandXml(KALVIO_EXAMPLE_DATA "/alignment.xml");
+    ASSERT_EQ(file.alignments.size(), 1U);
+    const Alignment& road = file.alignments.front();
+    ASSERT_EQ(road.plan.GetNrOfElements(), 15U);
+    CheckClosure(road, 3e-6);  // points and radii are rounded to the micrometre
+    EXPECT_EQ(road.elements[3].type, "Clothoid");
+    EXPECT_NEAR(road.elements[3].startRadius, 300.0, 1e-9);
+    EXPECT_NEAR(road.elements[3].endRadius, 150.0, 1e-9);
+    EXPECT_EQ(road.elements[11].type, "Bloss");
+
+    // Heights worked out from the tangents: 41.2 + 0.03 s before the first curve; the parabola's middle lies
+    // (g2 - g1) L / 8 = -1 over its vertex; the unsymmetric one's (g2 - g1) a b / (2 (a + b)).
+    double height = 0.0;
+    ASSERT_TRUE(road.GetHeight(100.0, height));
+    EXPECT_NEAR(height, 41.2 + 100.0 * 0.03, 1e-9);
+    ASSERT_TRUE(road.GetHeight(260.0, height));
+    EXPECT_NEAR(height, 49.0 + (-0.02 - 0.03) * 160.0 / 8.0, 1e-9);
+    const double outGrade = (45.0 - 52.9) / (1375.5 - 890.0);
+    ASSERT_TRUE(road.GetHeight(890.0, height));
+    EXPECT_NEAR(height, 52.9 + (outGrade - 0.03) * 90.0 * 140.0 / (2.0 * 230.0), 1e-9);
+    // The sag of R = 2500 lies R (sec(half the turn) - 1) from its vertex, along the bisector.
+    ASSERT_TRUE(road.GetHeight(560.0, height));
+    EXPECT_NEAR(height, 43.0 + 0.781, 2e-3);
+    EXPECT_FALSE(road.GetHeight(1376.0, height));
+    EXPECT_TRUE(road.profile.IsContinuous(1e-6));
+}
+
+TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
+    struct Row {
+        const char* why;
+        std::string text;
+        const char* message;
+    };
+    const std::string head = "<LandXML>\n<Alignments>\n<Alignment>\n<CoordGeom>\n";
+    const std::string tail = "\n</CoordGeom></Alignment></Alignments></LandXML>";
+    const Row rows[] = {
+        {"not XML", "<LandXML>\n<oops\n", "line 2: Error parsing"},
+        {"foreign", "\n<svg/>", "line 2: not a LandXML file"},
+        {"empty", "<LandXML/>", "no <Alignment>"},
+        {"no elements", head + tail, "without elements"},
+        {"missing end", head + "<Line><Start>1 2</Start></Line>" + tail, "line 5: <Line> without <End>"},
+        {"a word", head + "<Line><Start>1 2</Start><End>1 x</End></Line>" + tail, "\"x\" is not a number"},
+        {"no length", head + "<Line><Start>1 2</Start><End>1 2</End></Line>" + tail, "of no length"},
+        {"no turn", head + "<Curve><Start>1 2</Start><Center>0 0</Center><End>2 1</End></Curve>" + tail, "rot"},
+        {"unknown spiral",
+         head +
+             "<Spiral rot=\"cw\" length=\"9\" radiusStart=\"INF\" radiusEnd=\"9\" spiType=\"wave\"><Start>1 2</Start>"
+             "<PI>2 2</PI><End>3 3</End></Spiral>" +
+             tail,
+         "\"wave\""},
+        {"unknown point", head + "<Line><Start pntRef=\"7\"/><End>1 2</End></Line>" + tail, "no point named 7"},
+        {"unknown element", head + "<Arc/>" + tail, "<Arc> is no element"},
+    };
+    const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "kalvio_broken.xml";
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::ofstream(path) << row.text;
+        try {
+            ReadLandXml(path.string());
+            ADD_FAILURE() << "was read";
+        } catch (const InputError& error) {
+            EXPECT_THAT(error.what(), testing::HasSubstr(row.message));
+        }
+    }
+    std::filesystem::remove(path);
+    EXPECT_THROW(ReadLandXml(path.string()), InputError);
+}
+
+// Roads built or planned by others; KALVIO_TEST_DATA names the folder that holds them.
+class RealRoadTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* const folder = std::getenv("KALVIO_TEST_DATA");
+        if (folder == nullptr) GTEST_SKIP() << "KALVIO_TEST_DATA is not set: the real roads are not here";
+        data = std::string(folder) + "/landxml/";
+        if (!std::filesystem::exists(data)) GTEST_SKIP() << data << " is not here";
+    }
+    std::string data;
+};
+
+TEST_F(RealRoadTest, StatedEndsClose) {
+    for (const char* const name : {"M3.xml", "Y10.xml", "Y11.xml"}) {
+        const LandXmlFile file = ReadLandXml(data + name);
+        for (const Alignment& alignment : file.alignments) CheckClosure(alignment, 1e-5);
+    }
+    const LandXmlFile m3 = ReadLandXml(data + "M3.xml");
+    EXPECT_NEAR(m3.alignments.front().plan.GetLength(), 1266.246238, 2e-6);
+    const LandXmlFile feet = ReadLandXml(data + "subdivision.xml");
+    EXPECT_EQ(feet.alignments.size(), 6U);
+    for (const Alignment& alignment : feet.alignments) CheckClosure(alignment, 1e-4);
+}
+
+TEST_F(RealRoadTest, EveryStationIsFoundAgain) {
+    const LandXmlFile file = ReadLandXml(data + "M3.xml");
+    const Polyline2D& plan = file.alignments.front().plan;
+    std::vector<Polyline2D::PolylinePoint> samples;
+    ASSERT_TRUE(plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, 5.0, 1e-6));
+    for (const Polyline2D::PolylinePoint& sample : samples) {
+        double station = -1.0;
+        ASSERT_TRUE(plan.GetLengthFromStartPoint(sample.point, station, 1e-6));
+        EXPECT_NEAR(station, sample.station, 1e-6);
+        const Point2D off = sample.point + sample.tangent.GetNormalVector(false) * 4.0;
+        EXPECT_THAT(plan.GetNearestPoint(off, Tolerances(1e-4, 1e-10)), IsNear(sample.point, 1e-3));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Examples
