@@ -476,9 +476,9 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
         EXPECT_THAT(good.GetNearestPoint(Point2D(bad, 0.0), kTolerances), IsNear(start, 0.0));
     }
     // Numbers that overflow inside: the search ends, wherever.
-    const Clothoid huge(-1.7176946888332866e+305, -7.744533818046742e-121, 1.1063927031522055e+74,
-                        Point2D(-5.486124068793689e+303, 1.3179154764561842e+75), Vec2D(1.1063927031522055e+74, 1, 1));
-    (void)huge.GetNearestPoint(Point2D(-7.5e-122, 1.7e-312), kTolerances);
+    const Clothoid huge(1.1063927031522055e+74, 9.633714431665e-310, 1.1063927031522055e+74,
+                        Point2D(1.1063927031522055e+74, 1.1063925353722221e+74), Vec2D(1.1063494003532771e+74, 1, 1));
+    (void)huge.GetNearestPoint(Point2D(-4.926807924003149e+255, 2.2906209232063245e+77), kTolerances);
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, kNan));
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, 0.0));
     EXPECT_EQ(length, -1.0);
