@@ -22,6 +22,8 @@ using detail::twoPi;
 
 constexpr double turnPerPanel = 0.5;                 // [rad]; with 8 nodes the quadrature is exact to rounding
 constexpr double leastPanels = 8.0;                  // that resolve the waves of the laws
+constexpr double extensionTurn = 2.0;                // [rad]; a clothoid is extended by no more
+constexpr double mostExtension = 1e3;                // in lengths; bounds the extension of a straight
 constexpr double mostTurn = 1000.0;                  // [rad]; more is no transition curve
 constexpr double culmination = 0.66874030497642202;  // 5^(-1/4): u at the largest curvature of the cubic parabola
 constexpr double culminationCurvature = 1.0174559726346407;  // 2 u / (1 + u^4)^(3/2) there
@@ -397,7 +399,12 @@ bool Spiral2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
     if (!usable || !(length > 0.0)) return false;
     Spiral2D longest(*this);
     if (type == Spiral2DType::Clothoid) {
-        longest = Spiral2D(type, startRadius, RadiusOf(2.0 * law.k2 - law.k1), 2.0 * length, start, startTangent);
+        // |k2| e + |rate| e^2 / 2 bounds the turn over a length e beyond the end.
+        const double rate = (law.k2 - law.k1) / length;
+        const double root = std::sqrt(law.k2 * law.k2 + 2.0 * extensionTurn * std::abs(rate));
+        const double extension = std::min(2.0 * extensionTurn / (std::abs(law.k2) + root), mostExtension * length);
+        longest =
+            Spiral2D(type, startRadius, RadiusOf(law.k2 + rate * extension), length + extension, start, startTangent);
     } else {
         longest.length = law.length - lawStart;
         longest.endRadius = RadiusOf(law.k2);

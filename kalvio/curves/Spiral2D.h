@@ -72,8 +72,8 @@ public:
     using IPolyline2DElement::BreakAtPreSorted;
     /// Distance from the curve strictly below the user tolerance.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
-    /// The start (end) moves along the curve to the foot of the point: back into it; out along a clothoid until its
-    /// length is doubled; out along a piece of another type until its whole is restored. The other end stays.
+    /// The start (end) moves along the curve to the foot of the point: back into it; out along a clothoid by up to 2
+    /// rad of turn; out along a piece of another type until its whole is restored. The other end stays.
     /// @return false, nothing changed, for a point without a foot there, or one within the user tolerance of the other
     /// end
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;

@@ -1,10 +1,9 @@
 #include "kalvio/curves/Clothoid.h"
 
+#include "curves/TransitionChecks.h"
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "support/Concurrently.h"
-#include "support/Near.h"
-#include "support/Origins.h"
 #include "support/Seed.h"
 
 #include <gtest/gtest.h>
@@ -22,10 +21,8 @@ namespace {
 
 using Sample = IPolyline2DElement::PolylineElementPoint;
 
-constexpr double kPi = 3.141592653589793;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-const Tolerances kTolerances(1e-4, 1e-10);
 
 // Ends from a start at the origin along +X: the integrals of cos and sin of the direction, by quadrature with 40
 // digits.
@@ -44,15 +41,6 @@ const Reference kReferences[] = {
     {-25, -100, 30, 27.0, 24.3309209336339931, -10.445669395819226, -0.675},
 };
 
-// Both axes exactly, due west from above and below, and the four quadrants.
-const Vec2D kDirections[] = {{1, 0},     {0, 1},      {-1, 0.0},    {-1, -0.0}, {0, -1},
-                             {0.6, 0.8}, {-0.6, 0.8}, {-0.8, -0.6}, {0.8, -0.6}};
-
-Vec2D Turned(const Vec2D& v, const Vec2D& direction) {
-    return {v.GetX() * direction.GetX() - v.GetY() * direction.GetY(),
-            v.GetX() * direction.GetY() + v.GetY() * direction.GetX()};
-}
-
 // Calls check(clothoid, reference, direction) for all references, directions and origins.
 template <class Check>
 void ForEachClothoid(Check&& check) {
@@ -67,12 +55,6 @@ void ForEachClothoid(Check&& check) {
             }
         }
     }
-}
-
-std::vector<Sample> SamplesOf(const Clothoid& clothoid, double step) {
-    std::vector<Sample> samples;
-    EXPECT_TRUE(clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, step));
-    return samples;
 }
 
 TEST(ClothoidTest, SeriesHasTheStatedAccuracy) {
@@ -107,24 +89,11 @@ TEST(ClothoidTest, EndAndTangentMatchTheIntegratedCurvature) {
         EXPECT_NEAR(clothoid.GetLength(), reference.length, 1e-12);
         EXPECT_THAT(clothoid.GetEnd(), IsNear(end, 3e-9));
         EXPECT_THAT(clothoid.GetEndTangent(), IsNear(Turned(turn, direction), 1e-14));
-
-        const std::vector<Sample> samples = SamplesOf(clothoid, 0.7);
-        EXPECT_THAT(samples.front().point, IsNear(clothoid.GetStart(), 1e-12));
-        EXPECT_THAT(samples.front().tangent, IsNear(direction, 1e-15));
-        EXPECT_THAT(samples.back().point, IsNear(clothoid.GetEnd(), 1e-9));
-        EXPECT_THAT(samples.back().tangent, IsNear(clothoid.GetEndTangent(), 1e-14));
-        // A chord of length c differs from its arc by k^2 c^3 / 24, and its direction from the mean tangent by c^2 /
-        // (12 A^2).
-        for (std::size_t i = 1; i < samples.size(); ++i) {
-            const Vec2D chord = samples[i].point - samples[i - 1].point;
-            EXPECT_NEAR(chord.Length(), samples[i].station - samples[i - 1].station, 3e-5);
-            const Vec2D mean = samples[i].tangent + samples[i - 1].tangent;
-            EXPECT_NEAR(chord.PerpDotProduct(mean), 0.0, 1e-4);
-            const double k =
-                0.5 * (clothoid.GetCurvature(samples[i].station) + clothoid.GetCurvature(samples[i - 1].station));
-            EXPECT_NEAR(samples[i - 1].tangent.PerpDotProduct(samples[i].tangent),
-                        std::sin(k * (samples[i].station - samples[i - 1].station)), 1e-14);
-        }
+        EXPECT_THAT(At(clothoid, 0.0).point, IsNear(clothoid.GetStart(), 1e-12));
+        EXPECT_THAT(At(clothoid, 0.0).tangent, IsNear(direction, 1e-15));
+        EXPECT_THAT(At(clothoid, clothoid.GetLength()).point, IsNear(clothoid.GetEnd(), 1e-9));
+        EXPECT_THAT(At(clothoid, clothoid.GetLength()).tangent, IsNear(clothoid.GetEndTangent(), 1e-14));
+        CheckMotion(clothoid, 3e-9);
     });
 }
 
@@ -133,59 +102,32 @@ TEST(ClothoidTest, MatricesCarryTheLocalFrame) {
         double tau1 = 0.0, length1 = 0.0, tau2 = 0.0, length2 = 0.0;
         clothoid.ComputeStartAndEndTausAndLengths(tau1, length1, tau2, length2, 1e-10);
         const Matrix2D toWorld = clothoid.GetLocalToWorldCoordinatesMatrix();
-        const Matrix2D toLocal = clothoid.GetWorldToLocalCoordinatesMatrix();
         EXPECT_THAT(clothoid.ComputePoint(tau1, 7) * toWorld, IsNear(clothoid.GetStart(), 4e-9));
         EXPECT_THAT(clothoid.ComputePoint(tau2, 7) * toWorld, IsNear(clothoid.GetEnd(), 4e-9));
-        EXPECT_THAT(clothoid.GetEnd() * toLocal, IsNear(clothoid.ComputePoint(tau2, 7), 4e-9));
+        EXPECT_THAT(clothoid.GetEnd() * clothoid.GetWorldToLocalCoordinatesMatrix(),
+                    IsNear(clothoid.ComputePoint(tau2, 7), 4e-9));
         EXPECT_NEAR(std::abs(length2 - length1), clothoid.GetLength(), 1e-12);
-        EXPECT_THAT(clothoid.ComputePointFromRadius(clothoid.GetEndRadius(), 7), IsNear(clothoid.GetEnd(), 0.0));
-        EXPECT_THAT(clothoid.ComputePointFromRadius(clothoid.GetStartRadius(), 7), IsNear(clothoid.GetStart(), 0.0));
     });
 }
 
-TEST(ClothoidTest, StationsRoundTripAndReverse) {
+TEST(ClothoidTest, StationsPiecesAndChordsOfEveryKind) {
     ForEachClothoid([](const Clothoid& clothoid, const Reference& reference, const Vec2D&) {
-        const std::unique_ptr<Clothoid> reversed(clothoid.Clone());
-        reversed->Reverse();
-        EXPECT_EQ(reversed->GetStartRadius(), -reference.endRadius);
-        EXPECT_THAT(reversed->GetEnd(), IsNear(clothoid.GetStart(), 2e-9));
-        for (const double share : {0.0, 0.013, 0.5, 0.77, 1.0}) {
-            const double station = share * clothoid.GetLength();
-            Sample sample, back;
-            ASSERT_TRUE(clothoid.MakePointAndTangentAt(station, sample));
-            ASSERT_TRUE(reversed->MakePointAndTangentAt(clothoid.GetLength() - station, back));
-            EXPECT_THAT(back.point, IsNear(sample.point, 2e-9));
-            EXPECT_THAT(back.tangent, IsNear(-sample.tangent, 1e-13));
-
-            const double tolerance = 1e-6;
-            double fromStart = -1.0, fromEnd = -1.0;
-            ASSERT_TRUE(clothoid.GetLengthFromStartPoint(sample.point, fromStart, tolerance));
-            ASSERT_TRUE(clothoid.GetLengthFromEndPoint(sample.point, fromEnd, tolerance));
-            EXPECT_NEAR(fromStart, station, tolerance);
-            EXPECT_NEAR(fromEnd, clothoid.GetLength() - station, tolerance);
-            Vec2D tangent;
-            ASSERT_TRUE(clothoid.ComputeTangent(sample.point, tangent, kTolerances));
-            EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-5));
-            const Point2D beside = sample.point + sample.tangent.GetNormalVector(true) * 2e-4;
-            EXPECT_FALSE(clothoid.IsPointOnGeometry(beside, kTolerances));
-            EXPECT_FALSE(clothoid.GetLengthFromStartPoint(beside, fromStart, tolerance));
-            EXPECT_NEAR(fromStart, station, tolerance) << "untouched";
-            Sample nearest;
-            ASSERT_TRUE(clothoid.GetNearestPoint(beside, 0.0, clothoid.GetLength(), nearest));
-            EXPECT_NEAR(nearest.station, station, 4e-9);
-        }
+        for (const double share : {0.0, 0.013, 0.5, 0.77, 1.0})
+            CheckStation(clothoid, share * clothoid.GetLength(), 1e-6);
+        CheckPieces(clothoid, true);
+        for (const double height : {0.001, 0.3}) CheckChords(clothoid, height);
+        Clothoid changed(clothoid);
+        changed.Reverse();
+        changed.Reverse();
+        EXPECT_TRUE(changed.IsEqualTo(clothoid, 4e-9));
+        if (reference.endRadius != 0.0) return;
+        // Beyond the inflection point there is none of it.
+        EXPECT_FALSE(changed.ExtendEnd(clothoid.GetEnd() + clothoid.GetEndTangent(), kTolerances));
+        EXPECT_TRUE(changed.IsEqualTo(static_cast<const IGeometry&>(clothoid), 4e-9));
     });
 }
 
-double LeastSampledDistance(const Clothoid& clothoid, const Point2D& query) {
-    double least = kInfinity;
-    for (const Sample& sample : SamplesOf(clothoid, clothoid.GetLength() / 20000.0)) {
-        least = std::min(least, sample.point.Distance(query));
-    }
-    return least;
-}
-
-TEST(ClothoidTest, NearestPointIsTheGlobalOne) {
+TEST(ClothoidTest, NearestPointIsTheGlobalOneAndTheBoxTight) {
     std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240611));
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     for (int i = 0; i < 120; ++i) {
@@ -198,103 +140,15 @@ TEST(ClothoidTest, NearestPointIsTheGlobalOne) {
         const Vec2D direction(std::cos(0.1 * i), std::sin(0.1 * i));
         Clothoid clothoid(side * small, side * large, parameter, surveyOrigins[0], direction);
         if (i % 5 < 2) clothoid.Reverse();
-        Sample on;
-        ASSERT_TRUE(clothoid.MakePointAndTangentAt(clothoid.GetLength() * unit(random), on));
+        const Sample on = At(clothoid, clothoid.GetLength() * unit(random));
         // From nothing to beyond the centre of curvature, both sides.
         const double offset =
             i % 4 == 0 ? 1.0 / clothoid.GetCurvature(on.station) : 3.0 * small * (2.0 * unit(random) - 1.0);
         if (!(std::abs(offset) < 1e4)) continue;
         const Point2D query = on.point + on.tangent.GetNormalVector(true) * offset;
-        SCOPED_TRACE(testing::Message() << "case " << i << ", query " << testing::PrintToString(query));
-        Sample nearest;
-        ASSERT_TRUE(clothoid.GetNearestPoint(query, 0.0, clothoid.GetLength(), nearest));
-        EXPECT_LE(nearest.point.Distance(query), LeastSampledDistance(clothoid, query) + (tau < 1.4 ? 1e-9 : 1e-6));
-        Sample again;
-        ASSERT_TRUE(clothoid.MakePointAndTangentAt(nearest.station, again));
-        EXPECT_THAT(again.point, IsNear(nearest.point, 0.0));
-        if (tau < 1.4 && nearest.station > 0.0 && nearest.station < clothoid.GetLength()) {
-            EXPECT_NEAR((query - nearest.point).DotProduct(nearest.tangent), 0.0, 1e-8);
-        }
+        SCOPED_TRACE(i);
+        CheckAgainstSamples(clothoid, query, tau < 1.4 ? 1e-9 : 2e-6);  // the series errs by 4.6e-6 A at most
     }
-}
-
-TEST(ClothoidTest, BoxIsTight) {
-    for (double angle = 0.0; angle < 6.3; angle += 0.37) {
-        for (const double radius : {20.0, -20.0, 60.0}) {
-            const Clothoid clothoid(0.0, radius, 49.0, surveyOrigins[1], Vec2D(std::cos(angle), std::sin(angle)));
-            const std::vector<Sample> samples = SamplesOf(clothoid, 0.002);
-            Point2D low = samples[0].point, high = low;
-            for (const Sample& sample : samples) {
-                low = Point2D(std::min(low.GetX(), sample.point.GetX()), std::min(low.GetY(), sample.point.GetY()));
-                high = Point2D(std::max(high.GetX(), sample.point.GetX()), std::max(high.GetY(), sample.point.GetY()));
-            }
-            const double seriesError =
-                radius == 60.0 ? 1e-8 : 3e-3;  // tau 3 costs 2 x 4.6e-6 A twice, once in each term
-            const BoundingBox2D box = clothoid.GetBoundingBox();
-            EXPECT_TRUE(box.IsPointInside(low, 1e-9) && box.IsPointInside(high, 1e-9));
-            EXPECT_THAT(box.GetMinPoint(), IsNear(low, seriesError));
-            EXPECT_THAT(box.GetMaxPoint(), IsNear(high, seriesError));
-        }
-    }
-}
-
-TEST(ClothoidTest, PiecesAreClothoidsOfTheSameParameter) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference& reference, const Vec2D&) {
-        const double length = clothoid.GetLength();
-        std::vector<Point2D> points;
-        for (const double share : {0.75, 0.25}) {
-            Sample sample;
-            ASSERT_TRUE(clothoid.MakePointAndTangentAt(share * length, sample));
-            points.push_back(sample.point);
-        }
-        points.push_back(clothoid.GetStart() + Vec2D(1e3, 1e3));  // not on the curve
-        points.push_back(clothoid.GetEnd());                      // at the end nothing is cut
-        std::vector<IGeometry*> out;
-        Clothoid first(clothoid);
-        ASSERT_TRUE(first.BreakAt(points, out, true, Tolerances(1e-6, 1e-10)));
-        ASSERT_EQ(out.size(), 2u);
-        const std::unique_ptr<Clothoid> second(static_cast<Clothoid*>(out[0])), third(static_cast<Clothoid*>(out[1]));
-        const Clothoid* const pieces[] = {&first, second.get(), third.get()};
-        const double lengths[] = {0.25, 0.5, 0.25};
-        Point2D joint = clothoid.GetStart();
-        for (int i = 0; i < 3; ++i) {
-            EXPECT_EQ(pieces[i]->GetParameter(), reference.parameter);
-            EXPECT_NEAR(pieces[i]->GetLength(), lengths[i] * length, 2e-6);
-            EXPECT_THAT(pieces[i]->GetStart(), IsNear(joint, 2e-9));
-            Sample middle;
-            ASSERT_TRUE(pieces[i]->MakePointAndTangentAt(0.5 * pieces[i]->GetLength(), middle));
-            EXPECT_THAT(clothoid.GetNearestPoint(middle.point, kTolerances), IsNear(middle.point, 3e-9));
-            joint = pieces[i]->GetEnd();
-        }
-        EXPECT_THAT(joint, IsNear(clothoid.GetEnd(), 4e-9));
-    });
-}
-
-TEST(ClothoidTest, ExtensionStaysOnTheClothoid) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference& reference, const Vec2D&) {
-        // A part of the clothoid, given the foot points of the ends it lost, grows back to the whole.
-        const double length = clothoid.GetLength();
-        std::map<double, const Point2D> breaks;
-        breaks.emplace(0.2 * length, Point2D());
-        breaks.emplace(0.9 * length, Point2D());
-        std::vector<IGeometry*> out;
-        ASSERT_TRUE(clothoid.BreakAtPreSorted(breaks, 0.0, out, kTolerances));
-        ASSERT_EQ(out.size(), 3u);
-        std::vector<std::unique_ptr<Clothoid>> pieces;
-        for (IGeometry* const piece : out) pieces.emplace_back(static_cast<Clothoid*>(piece));
-        Clothoid& part = *pieces[1];
-        const Vec2D beside = clothoid.GetEndTangent().GetNormalVector(reference.turn < 0.0) * 3.0;
-        ASSERT_TRUE(part.ExtendEnd(clothoid.GetEnd() + beside, kTolerances));
-        EXPECT_THAT(part.GetEnd(), IsNear(clothoid.GetEnd(), 1e-8));
-        ASSERT_TRUE(part.ExtendStart(clothoid.GetStart(), kTolerances));
-        EXPECT_TRUE(part.IsEqualTo(clothoid, 1e-6));
-        // Beyond the inflection point there is none of it; a straight end has it there.
-        if (reference.endRadius == 0.0) {
-            EXPECT_FALSE(part.ExtendEnd(clothoid.GetEnd() + clothoid.GetEndTangent(), kTolerances));
-            EXPECT_TRUE(part.IsEqualTo(clothoid, 1e-6));
-        }
-        EXPECT_FALSE(part.ExtendEnd(clothoid.GetStart(), kTolerances)) << "nothing would be left";
-    });
 }
 
 TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
@@ -339,30 +193,6 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
     }
 }
 
-TEST(ClothoidTest, ChordsKeepTheHeight) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference&, const Vec2D&) {
-        for (const double height : {0.001, 0.3}) {
-            std::vector<Sample> samples;
-            ASSERT_TRUE(clothoid.MakePointsAndTangentsUsingHeight(0.0, clothoid.GetLength(), samples, height));
-            EXPECT_EQ(samples.back().station, clothoid.GetLength());
-            double work = 0.0;  // chords of exactly that height: the integral of sqrt(k / (8 height))
-            for (std::size_t i = 1; i < samples.size(); ++i) {
-                const Vec2D chord = (samples[i].point - samples[i - 1].point).Normalize();
-                for (const double share : {0.25, 0.5, 0.6, 0.75}) {
-                    Sample inside;
-                    const double a = samples[i - 1].station, b = samples[i].station;
-                    ASSERT_TRUE(clothoid.MakePointAndTangentAt(a + share * (b - a), inside));
-                    EXPECT_LE(std::abs(chord.PerpDotProduct(inside.point - samples[i - 1].point)),
-                              height * (1.0 + 1e-6));
-                    work +=
-                        0.25 * (b - a) * std::sqrt(std::abs(clothoid.GetCurvature(inside.station)) / (8.0 * height));
-                }
-            }
-            EXPECT_LE(static_cast<double>(samples.size()), 1.35 * work + 4.0) << "no more samples than it takes";
-        }
-    });
-}
-
 TEST(ClothoidTest, StaticFunctionsFollowTheirDefinitions) {
     EXPECT_EQ(Clothoid::ComputeParameter(300.0, 75.0), 150.0);
     EXPECT_EQ(Clothoid::ComputeParameter(300.0, 300.0, 75.0), 0.0);
@@ -397,11 +227,9 @@ TEST(ClothoidTest, RadiusFormulasOfTheEnds) {
     const Clothoid in(0.0, 300.0, 150.0, Point2D(), Vec2D(1, 0));
     EXPECT_NEAR(in.GetRadiusFromStart(50.0), -450.0, 1e-9) << "a straight counts as radius 0 in the order";
     EXPECT_NEAR(in.GetCurvature(50.0), 1.0 / 450.0, 1e-15);
-    // Beyond the start, seen from the end, and between the ends: one clothoid.
-    const Clothoid longer(1200.0, 300.0, 200.0, egg.ComputePointFromRadius(1200.0, 7), Vec2D(1, 0));
-    EXPECT_NEAR(longer.GetStart().Distance(egg.GetStart()), 33.33, 0.01);
-    EXPECT_THAT(egg.GetNearestPoint(egg.ComputePointFromRadius(400.0, 7), kTolerances),
-                IsNear(egg.ComputePointFromRadius(400.0, 7), 1e-12));
+    // Further out on the same clothoid: as far from its start as from the end of the one between the two radii.
+    const Clothoid outer(1200.0, 600.0, 200.0, Point2D(), Vec2D(1, 0));
+    EXPECT_NEAR(egg.ComputePointFromRadius(1200.0, 7).Distance(Point2D()), outer.GetEnd().Distance(Point2D()), 1e-9);
     // Equal radii: no length, and the end tangent turned by 2 tau for positive ones.
     const Clothoid positive(300.0, 300.0, 150.0, Point2D(7, 8), Vec2D(1, 0));
     EXPECT_EQ(positive.GetLength(), 0.0);
@@ -482,14 +310,6 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, kNan));
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, 0.0));
     EXPECT_EQ(length, -1.0);
-}
-
-TEST(ClothoidTest, EqualityIsStrictInEveryField) {
-    const Clothoid a(0, 300, 150, Point2D(1, 2), Vec2D(1, 0));
-    EXPECT_TRUE(a.IsEqualTo(static_cast<const IGeometry&>(Clothoid(0, 300, 150, Point2D(1, 2), Vec2D(1, 0))), 1e-9));
-    EXPECT_FALSE(a.IsEqualTo(Clothoid(0, 300.25, 150, Point2D(1, 2), Vec2D(1, 0)), 0.25));
-    EXPECT_TRUE(a.IsEqualTo(Clothoid(0.125, 300, 150.125, Point2D(1.125, 2), Vec2D(1, 0.125)), 0.25));
-    EXPECT_FALSE(a.IsEqualTo(static_cast<const IGeometry&>(Point2D(1, 2)), 1e9));
 }
 
 TEST(ClothoidTest, ConstCallsRunConcurrently) {

@@ -1,11 +1,10 @@
 #include "kalvio/curves/Spiral2D.h"
 
+#include "curves/TransitionChecks.h"
 #include "kalvio/core/Geometry.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "support/Concurrently.h"
-#include "support/Near.h"
-#include "support/Origins.h"
 #include "support/Seed.h"
 
 #include <gtest/gtest.h>
@@ -24,8 +23,6 @@ using Type = Spiral2D::Spiral2DType;
 using Sample = IPolyline2DElement::PolylineElementPoint;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-const Tolerances kTolerances(1e-4, 1e-10);
-const Vec2D kDirections[] = {{1, 0}, {-1, -0.0}, {-0.6, 0.8}, {0.8, -0.6}};
 
 // Ends from the origin along +X by quadrature with 30 digits; of the cubic parabola in closed form.
 struct Reference {
@@ -56,11 +53,6 @@ const Reference kReferences[] = {
     {Type::Cubic, 500, 500, 200, 194.709171154325246, 39.4695029985574586, 0.4},
 };
 
-Vec2D Turned(const Vec2D& v, const Vec2D& direction) {
-    return {v.GetX() * direction.GetX() - v.GetY() * direction.GetY(),
-            v.GetX() * direction.GetY() + v.GetY() * direction.GetX()};
-}
-
 template <class Check>
 void ForEachSpiral(Check&& check) {
     for (const Point2D& origin : surveyOrigins) {
@@ -75,12 +67,6 @@ void ForEachSpiral(Check&& check) {
     }
 }
 
-Sample At(const Spiral2D& spiral, double station) {
-    Sample sample;
-    EXPECT_TRUE(spiral.MakePointAndTangentAt(station, sample));
-    return sample;
-}
-
 TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
     ForEachSpiral([](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
         const double rounding = spiral.GetStart().GetY() == 0.0 ? 1e-10 : 2e-9;
@@ -90,15 +76,7 @@ TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
         const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
         EXPECT_NEAR(spiral.GetCurvature(0.0), curvature(r.startRadius), 1e-15);
         EXPECT_NEAR(spiral.GetCurvature(r.length), curvature(r.endRadius), 1e-15);
-        // Everywhere: unit speed, and the tangent turns by the curvature.
-        const double h = r.length * 1e-3;
-        for (const double share : {0.05, 0.3, 0.5, 0.62, 0.97}) {
-            const Sample before = At(spiral, share * r.length - h), after = At(spiral, share * r.length + h);
-            const double turn = std::asin(before.tangent.PerpDotProduct(after.tangent));
-            EXPECT_NEAR(turn, 2.0 * h * spiral.GetCurvature(share * r.length), 2e-6 * (1.0 + r.length / 100.0));
-            EXPECT_NEAR((after.point - before.point).Length(), 2.0 * h * (1.0 - turn * turn / 24.0),
-                        1e-6 * h + rounding);
-        }
+        CheckMotion(spiral, rounding);
     });
 }
 
@@ -116,92 +94,20 @@ TEST(Spiral2DTest, ClothoidTypeIsTheClothoid) {
     }
 }
 
-TEST(Spiral2DTest, ReversedAndBrokenItStaysTheSameCurve) {
-    ForEachSpiral([](const Spiral2D& spiral, const Reference& r, const Vec2D&) {
-        std::vector<IGeometry*> out;
-        std::map<double, const Point2D> breaks;
-        for (const double share : {0.15, 0.45, 0.8}) breaks.emplace(1000.0 + share * r.length, Point2D());
-        Spiral2D first(spiral);
-        ASSERT_TRUE(first.BreakAtPreSorted(breaks, 1000.0, out, true, kTolerances));
-        ASSERT_EQ(out.size(), 3u);
-        std::vector<std::unique_ptr<Spiral2D>> pieces;
-        pieces.push_back(std::make_unique<Spiral2D>(first));
-        for (IGeometry* const piece : out) pieces.emplace_back(static_cast<Spiral2D*>(piece));
-        double station = 0.0;
-        for (const std::unique_ptr<Spiral2D>& piece : pieces) {
-            Spiral2D reversed(*piece);
-            reversed.Reverse();
-            EXPECT_NEAR(reversed.GetStartRadius() + piece->GetEndRadius(), 0.0, 1e-9);
-            for (const double share : {0.0, 0.4, 1.0}) {
-                const double along = share * piece->GetLength();
-                const Sample whole = At(spiral, station + along), back = At(reversed, piece->GetLength() - along);
-                EXPECT_THAT(At(*piece, along).point, IsNear(whole.point, 3e-9));
-                EXPECT_THAT(back.point, IsNear(whole.point, 3e-9));
-                EXPECT_THAT(back.tangent, IsNear(-whole.tangent, 1e-12));
-                EXPECT_NEAR(reversed.GetCurvature(piece->GetLength() - along), -spiral.GetCurvature(station + along),
-                            1e-14);
-            }
-            station += piece->GetLength();
-        }
-        EXPECT_NEAR(station, r.length, 1e-9);
-        // A middle piece grows back to the whole, out to the points of its lost ends.
-        Spiral2D grown(*pieces[2]);
-        ASSERT_TRUE(grown.ExtendEnd(spiral.GetEnd(), kTolerances));
-        EXPECT_NEAR(grown.GetLength(), 0.55 * r.length, 1e-8);
-        EXPECT_THAT(grown.GetEndTangent(), IsNear(spiral.GetEndTangent(), 1e-8));
-        EXPECT_FALSE(grown.ExtendEnd(grown.GetStart(), kTolerances)) << "nothing would be left";
-        if (r.type != Type::Clothoid && r.length < 400.0) {  // longer ones coil, and other feet are nearer
-            EXPECT_FALSE(grown.ExtendEnd(spiral.GetEnd() + spiral.GetEndTangent(), kTolerances));
-            ASSERT_TRUE(grown.ExtendStart(spiral.GetStart(), kTolerances));
-            EXPECT_NEAR(grown.GetLength(), r.length, 1e-8);
-            EXPECT_THAT(grown.GetStartTangent(), IsNear(spiral.GetStartTangent(), 1e-8));
-        }
-    });
-}
-
-TEST(Spiral2DTest, StationsAndFeetRoundTrip) {
+TEST(Spiral2DTest, StationsPiecesFeetAndChordsOfEveryKind) {
     std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240612));
     std::uniform_real_distribution<double> unit(0.0, 1.0);
-    ForEachSpiral([&](const Spiral2D& spiral, const Reference& r, const Vec2D&) {
-        for (const double station : {0.0, unit(random) * r.length, r.length}) {
-            const Sample sample = At(spiral, station);
-            double fromStart = -1.0, fromEnd = -1.0;
-            ASSERT_TRUE(spiral.GetLengthFromStartPoint(sample.point, fromStart, 1e-7));
-            ASSERT_TRUE(spiral.GetLengthFromEndPoint(sample.point, fromEnd, 1e-7));
-            EXPECT_NEAR(fromStart, station, 4e-9);
-            EXPECT_NEAR(fromEnd, r.length - station, 4e-9);
-            Vec2D tangent;
-            ASSERT_TRUE(spiral.ComputeTangent(sample.point, tangent, kTolerances));
-            EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-9));
-            EXPECT_FALSE(
-                spiral.IsPointOnGeometry(sample.point + sample.tangent.GetNormalVector(true) * 2e-4, kTolerances));
-        }
+    ForEachSpiral([&](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
+        for (const double station : {0.0, unit(random) * r.length, r.length}) CheckStation(spiral, station, 1e-7);
+        CheckPieces(spiral, r.length < 400.0);  // longer ones coil, and other feet are nearer
+        CheckChords(spiral, 0.01);
+        if (direction.GetY() >= 0.0) return;
         const Point2D query = At(spiral, unit(random) * r.length).point +
                               Vec2D(unit(random) - 0.5, unit(random) - 0.5) * (unit(random) < 0.5 ? 600.0 : 40.0);
-        std::vector<Sample> samples;
-        ASSERT_TRUE(spiral.MakePointsAndTangents(0.0, r.length, samples, r.length / 4000.0));
-        double least = std::numeric_limits<double>::infinity();
-        Point2D low = spiral.GetStart(), high = low;
-        for (const Sample& sample : samples) {
-            least = std::min(least, sample.point.Distance(query));
-            low = Point2D(std::min(low.GetX(), sample.point.GetX()), std::min(low.GetY(), sample.point.GetY()));
-            high = Point2D(std::max(high.GetX(), sample.point.GetX()), std::max(high.GetY(), sample.point.GetY()));
-        }
-        const double found = spiral.GetNearestPoint(query, kTolerances).Distance(query);
-        EXPECT_LE(found, least + 2e-9);
-        EXPECT_GE(found, least - r.length / 8000.0);
-        EXPECT_THAT(spiral.GetBoundingBox().GetMinPoint(), IsNear(low, 4e-4));
-        EXPECT_THAT(spiral.GetBoundingBox().GetMaxPoint(), IsNear(high, 4e-4));
-        EXPECT_TRUE(spiral.GetBoundingBox().IsPointInside(low, 2e-9) &&
-                    spiral.GetBoundingBox().IsPointInside(high, 2e-9));
-
-        samples.clear();
-        ASSERT_TRUE(spiral.MakePointsAndTangentsUsingHeight(0.0, r.length, samples, 0.01));
-        for (std::size_t i = 1; i < samples.size(); ++i) {
-            const Vec2D chord = (samples[i].point - samples[i - 1].point).Normalize();
-            const Sample inside = At(spiral, 0.5 * (samples[i].station + samples[i - 1].station));
-            EXPECT_LE(std::abs(chord.PerpDotProduct(inside.point - samples[i - 1].point)), 0.01001);
-        }
+        CheckAgainstSamples(spiral, query, 2e-9);
+        const Point2D beyond = spiral.GetEnd() + spiral.GetEndTangent();
+        const bool extended = Spiral2D(spiral).ExtendEnd(beyond, kTolerances);
+        EXPECT_TRUE(extended == (r.type == Type::Clothoid) || r.length > 400.0);
     });
 }
 

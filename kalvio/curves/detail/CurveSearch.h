@@ -64,9 +64,9 @@ public:
     NearestSearch(const Curve& searched, double queryX, double queryY) : curve(searched), qx(queryX), qy(queryY) {}
 
     double Find(double from, double to) {
-        Probe last = ProbeAt(from);
+        Probe last = Consider(ProbeAt(from), false);
         ForEachTurn(curve, from, to, [&](double, double b) {
-            const Probe next = ProbeAt(b);
+            const Probe next = Consider(ProbeAt(b), false);
             Search(last, next, 0);
             last = next;
         });
@@ -83,21 +83,25 @@ private:
 
     static constexpr double distanceNoise = 1e-12;  // a length
     static constexpr double bend = 0.14;  // above 1.05 / 8: largest response of g to a unit force over a piece
-    static constexpr double footAdvantage = 1e-14;  // relative
+    static constexpr double roundingFactor = 4.0 * std::numeric_limits<double>::epsilon();
     static constexpr int deepestHalving = 48;
     // In all: real curves need some hundred at most, one whose numbers overflow would never end.
     static constexpr int mostHalvings = 10000;
 
-    Probe ProbeAt(double station, bool isFoot = false) {
+    Probe ProbeAt(double station) const {
         const CurveState at = curve.At(station);
         const double dx = at.x - qx;
         const double dy = at.y - qy;
         const double normal = dx * at.sine - dy * at.cosine;
-        const Probe probe{station, dx * at.cosine + dy * at.sine, std::sqrt(dx * dx + dy * dy),
-                          1.0 - at.curvature * normal};
-        // A foot is good to rounding in its station: of points beside it, equally far within rounding, it wins.
-        const double rank = isFoot ? probe.distance * (1.0 - footAdvantage) : probe.distance;
-        if (rank < bestRank || (rank == bestRank && station < best.station)) {
+        return {station, dx * at.cosine + dy * at.sine, std::sqrt(dx * dx + dy * dy), 1.0 - at.curvature * normal};
+    }
+
+    // A foot is good to rounding in its station: of points beside it, equally far within the rounding of the distance,
+    // it is the answer.
+    Probe Consider(const Probe& probe, bool isFoot) {
+        const double rounding = isFoot ? roundingFactor * (std::abs(qx) + std::abs(qy) + probe.distance) : 0.0;
+        const double rank = probe.distance - rounding;
+        if (rank < bestRank || (rank == bestRank && probe.station < best.station)) {
             best = probe;
             bestRank = rank;
         }
@@ -112,7 +116,7 @@ private:
                 const Probe probe = ProbeAt(station);
                 return ValueAndSlope{probe.along, probe.slope};
             });
-            ProbeAt(foot, true);
+            Consider(ProbeAt(foot), true);
             return;
         }
         if (a.along > 0.0 && b.along < 0.0) return;
@@ -122,7 +126,7 @@ private:
         if (std::min(std::abs(a.along), std::abs(b.along)) >= bending * reach) return;
         if (bending * length <= distanceNoise || depth == deepestHalving || halvings == mostHalvings) return;
         ++halvings;
-        const Probe middle = ProbeAt(0.5 * (a.station + b.station));
+        const Probe middle = Consider(ProbeAt(0.5 * (a.station + b.station)), false);
         Search(a, middle, depth + 1);
         Search(middle, b, depth + 1);
     }

@@ -1,0 +1,156 @@
+#pragma once
+
+#include "kalvio/curves/IPolyline2DElement.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+/// Laws that clothoids and spirals obey alike, each checked on one curve.
+namespace Kalvio::Math {
+
+inline const Tolerances kTolerances(1e-4, 1e-10);
+
+// Both axes exactly, due west from above and below, and the four quadrants.
+inline const Vec2D kDirections[] = {{1, 0},     {0, 1},      {-1, 0.0},    {-1, -0.0}, {0, -1},
+                                    {0.6, 0.8}, {-0.6, 0.8}, {-0.8, -0.6}, {0.8, -0.6}};
+
+inline Vec2D Turned(const Vec2D& v, const Vec2D& direction) {
+    return {v.GetX() * direction.GetX() - v.GetY() * direction.GetY(),
+            v.GetX() * direction.GetY() + v.GetY() * direction.GetX()};
+}
+
+template <class Curve>
+IPolyline2DElement::PolylineElementPoint At(const Curve& curve, double station) {
+    IPolyline2DElement::PolylineElementPoint sample;
+    EXPECT_TRUE(curve.MakePointAndTangentAt(station, sample));
+    return sample;
+}
+
+// Unit speed, and the tangent turns by the curvature.
+template <class Curve>
+void CheckMotion(const Curve& curve, double rounding) {
+    const double h = curve.GetLength() * 1e-3;
+    for (const double share : {0.05, 0.3, 0.5, 0.62, 0.97}) {
+        const double station = share * curve.GetLength();
+        const auto before = At(curve, station - h), after = At(curve, station + h);
+        const double turn = std::asin(before.tangent.PerpDotProduct(after.tangent));
+        EXPECT_NEAR(turn, 2.0 * h * curve.GetCurvature(station), 4e-8 * curve.GetLength());
+        const Vec2D chord = after.point - before.point;
+        EXPECT_NEAR(chord.Length(), 2.0 * h * (1.0 - turn * turn / 24.0), 1e-6 * h + rounding);
+        EXPECT_NEAR(chord.PerpDotProduct(before.tangent + after.tangent), 0.0, 2e-7 * curve.GetLength());
+    }
+}
+
+// A point on the curve has its station, from both ends, and its tangent; one beside it has none.
+template <class Curve>
+void CheckStation(const Curve& curve, double station, double tolerance) {
+    const auto sample = At(curve, station);
+    double fromStart = -1.0, fromEnd = -1.0;
+    ASSERT_TRUE(curve.GetLengthFromStartPoint(sample.point, fromStart, tolerance));
+    ASSERT_TRUE(curve.GetLengthFromEndPoint(sample.point, fromEnd, tolerance));
+    EXPECT_NEAR(fromStart, station, tolerance);
+    EXPECT_NEAR(fromEnd, curve.GetLength() - station, tolerance);
+    Vec2D tangent;
+    ASSERT_TRUE(curve.ComputeTangent(sample.point, tangent, kTolerances));
+    EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-5));
+    const Point2D beside = sample.point + sample.tangent.GetNormalVector(true) * 2e-4;
+    EXPECT_FALSE(curve.IsPointOnGeometry(beside, kTolerances));
+    EXPECT_FALSE(curve.GetLengthFromStartPoint(beside, fromStart, tolerance));
+    EXPECT_NEAR(fromStart, station, tolerance) << "untouched";
+    IPolyline2DElement::PolylineElementPoint nearest;
+    ASSERT_TRUE(curve.GetNearestPoint(beside, 0.0, curve.GetLength(), nearest));
+    EXPECT_NEAR(nearest.station, station, 4e-9);
+}
+
+// Broken at three stations, its pieces and their reverses run along the curve; a middle piece grows back over its ends.
+template <class Curve>
+void CheckPieces(const Curve& curve, bool growsBack) {
+    const double length = curve.GetLength();
+    std::map<double, const Point2D> breaks;
+    for (const double share : {0.15, 0.45, 0.45000001, 0.8, 1.0}) breaks.emplace(1000.0 + share * length, Point2D());
+    std::vector<IGeometry*> out;
+    Curve first(curve);
+    ASSERT_TRUE(first.BreakAtPreSorted(breaks, 1000.0, out, true, kTolerances));
+    ASSERT_EQ(out.size(), 3u);
+    std::vector<std::unique_ptr<Curve>> pieces;
+    pieces.push_back(std::make_unique<Curve>(first));
+    for (IGeometry* const piece : out) pieces.emplace_back(static_cast<Curve*>(piece));
+    double station = 0.0;
+    for (const std::unique_ptr<Curve>& piece : pieces) {
+        const double pieceLength = piece->GetLength();
+        Curve reversed(*piece);
+        reversed.Reverse();
+        for (const double share : {0.0, 0.4, 1.0}) {
+            const auto whole = At(curve, std::min(station + share * pieceLength, length));
+            const auto back = At(reversed, pieceLength - share * pieceLength);
+            EXPECT_THAT(At(*piece, share * pieceLength).point, IsNear(whole.point, 4e-9));
+            EXPECT_THAT(back.point, IsNear(whole.point, 4e-9));
+            EXPECT_THAT(back.tangent, IsNear(-whole.tangent, 1e-12));
+            EXPECT_NEAR(reversed.GetCurvature(back.station), -curve.GetCurvature(whole.station), 1e-14);
+        }
+        station += pieceLength;
+    }
+    EXPECT_NEAR(station, length, 1e-9);
+    Curve grown(*pieces[1]);
+    if (!growsBack) return;
+    ASSERT_TRUE(grown.ExtendEnd(curve.GetEnd() + curve.GetEndTangent().GetNormalVector(true) * 0.5, kTolerances));
+    EXPECT_NEAR(grown.GetLength(), 0.85 * length, 2e-8);
+    EXPECT_THAT(grown.GetEnd(), IsNear(curve.GetEnd(), 2e-8));
+    ASSERT_TRUE(grown.ExtendStart(curve.GetStart(), kTolerances));
+    EXPECT_NEAR(grown.GetLength(), length, 2e-8);
+    EXPECT_THAT(grown.GetStartTangent(), IsNear(curve.GetStartTangent(), 1e-8));
+    ASSERT_TRUE(grown.ExtendEnd(At(curve, 0.7 * length).point, kTolerances)) << "back into the curve";
+    EXPECT_NEAR(grown.GetLength(), 0.7 * length, 2e-8);
+    EXPECT_FALSE(grown.ExtendEnd(grown.GetStart(), kTolerances)) << "nothing would be left";
+    EXPECT_NEAR(grown.GetLength(), 0.7 * length, 2e-8);
+}
+
+// Against 20001 samples: the nearest point is the global one, the box tight.
+template <class Curve>
+void CheckAgainstSamples(const Curve& curve, const Point2D& query, double slack) {
+    std::vector<IPolyline2DElement::PolylineElementPoint> samples;
+    ASSERT_TRUE(curve.MakePointsAndTangents(0.0, curve.GetLength(), samples, curve.GetLength() / 20000.0));
+    double least = std::numeric_limits<double>::infinity();
+    Point2D low = samples[0].point, high = low;
+    for (const auto& sample : samples) {
+        least = std::min(least, sample.point.Distance(query));
+        low = Point2D(std::min(low.GetX(), sample.point.GetX()), std::min(low.GetY(), sample.point.GetY()));
+        high = Point2D(std::max(high.GetX(), sample.point.GetX()), std::max(high.GetY(), sample.point.GetY()));
+    }
+    IPolyline2DElement::PolylineElementPoint nearest;
+    ASSERT_TRUE(curve.GetNearestPoint(query, 0.0, curve.GetLength(), nearest));
+    EXPECT_LE(nearest.point.Distance(query), least + slack) << testing::PrintToString(query);
+    EXPECT_THAT(At(curve, nearest.station).point, IsNear(nearest.point, 0.0));
+    const BoundingBox2D box = curve.GetBoundingBox();
+    EXPECT_TRUE(box.IsPointInside(low, 2e-9) && box.IsPointInside(high, 2e-9));
+    EXPECT_THAT(box.GetMinPoint(), IsNear(low, 1e-4 + 2e3 * slack));
+    EXPECT_THAT(box.GetMaxPoint(), IsNear(high, 1e-4 + 2e3 * slack));
+}
+
+// Sampled by height, no chord lies further from the curve, and there are not many more of them than it takes.
+template <class Curve>
+void CheckChords(const Curve& curve, double height) {
+    std::vector<IPolyline2DElement::PolylineElementPoint> samples;
+    ASSERT_TRUE(curve.MakePointsAndTangentsUsingHeight(0.0, curve.GetLength(), samples, height));
+    EXPECT_EQ(samples.back().station, curve.GetLength());
+    double needed = 0.0;  // the integral of sqrt(k / (8 height))
+    for (std::size_t i = 1; i < samples.size(); ++i) {
+        const Vec2D chord = (samples[i].point - samples[i - 1].point).Normalize();
+        const double span = samples[i].station - samples[i - 1].station;
+        for (const double share : {0.25, 0.5, 0.6, 0.75}) {
+            const auto inside = At(curve, samples[i - 1].station + share * span);
+            EXPECT_LE(std::abs(chord.PerpDotProduct(inside.point - samples[i - 1].point)), height * 1.00001);
+            needed += 0.25 * span * std::sqrt(std::abs(curve.GetCurvature(inside.station)) / (8.0 * height));
+        }
+    }
+    EXPECT_LE(static_cast<double>(samples.size()), 1.35 * needed + 5.0);
+}
+
+}  // namespace Kalvio::Math
