@@ -126,9 +126,10 @@ private:
         double k1 = 0.0;
         double k2 = 0.0;
         double length = 0.0;
-        // Cubic parabola: u = scale x is its abscissa in units of the culmination law, `first` the length from the
-        // inflection point to the start and `side` +1 for curvature that grows to the left, both in those units.
+        // Cubic parabola in its own unit 1 / scale: abscissa of the start and length to it from the inflection point;
+        // side +1 where the curvature grows to the left, else -1.
         double scale = 0.0;
+        double firstAbscissa = 0.0;
         double first = 0.0;
         double side = 1.0;
 
