@@ -1,4 +1,5 @@
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
 #include "polygons/Rings.h"
 
 #include <benchmark/benchmark.h>
@@ -68,6 +69,31 @@ void BM_PolygonGetPointInsideBoundary(benchmark::State& state) {
     });
 }
 BENCHMARK(BM_PolygonGetPointInsideBoundary)->ArgName("vertices")->Arg(1000)->Arg(100000);
+
+void BM_PolygonTriangulate(benchmark::State& state) {
+    const Polygon3D polygon(Shore(state.range(0)), 0.0);
+    std::vector<unsigned int> corners;
+    for (auto _ : state) benchmark::DoNotOptimize(polygon.Triangulate(corners, 1e-10));
+    if (corners.size() / 3 + 2 != polygon.GetSize()) state.SkipWithError("not triangulated");
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_PolygonTriangulate)->ArgName("vertices")->Arg(100)->Arg(1000)->Arg(10000)->Arg(100000);
+
+// Narrow strips side by side: every edge crosses many triangles of the points alone.
+void BM_PolygonTriangulateComb(benchmark::State& state) {
+    std::vector<Point3D> ring{Point3D(0, 0, 0)};
+    for (std::int64_t i = 0; i < state.range(0) / 2; ++i) {
+        ring.emplace_back(static_cast<double>(i), 1.0, 0.0);
+        ring.emplace_back(static_cast<double>(i) + 0.5, 5000.0, 0.0);
+    }
+    ring.emplace_back(ring.back().GetX(), 0, 0);
+    const Polygon3D polygon(ring);
+    std::vector<unsigned int> corners;
+    for (auto _ : state) benchmark::DoNotOptimize(polygon.Triangulate(corners, 1e-10));
+    if (corners.size() / 3 + 2 != polygon.GetSize()) state.SkipWithError("not triangulated");
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_PolygonTriangulateComb)->ArgName("vertices")->Arg(1000)->Arg(10000);
 
 }  // namespace
 }  // namespace Kalvio::Math

@@ -31,6 +31,7 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/polygons/detail/MergeChains.h"
 
 #include <algorithm>
@@ -379,6 +380,11 @@ bool Geometry::AreEqual(const PointND& a, const PointND& b, double tolerance) {
 
 template <>
 bool Geometry::AreEqual(const Polygon2D& a, const Polygon2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Polygon3D& a, const Polygon3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

@@ -30,6 +30,7 @@ class Point2DM;
 class Point3D;
 class PointND;
 class Polygon2D;
+class Polygon3D;
 class Polyline2D;
 class Polyline3D;
 class Spiral2D;
@@ -167,6 +168,8 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const PointND& a, const PointND& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polygon2D& a, const Polygon2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const Polygon3D& a, const Polygon3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polyline2D& a, const Polyline2D& b, double tolerance);
 template <>

@@ -1,7 +1,9 @@
 #include "kalvio/polygons/Polygon2D.h"
 
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/polygons/detail/ConvexRing.h"
 #include "kalvio/polygons/detail/PointInRing.h"
 #include "kalvio/polygons/detail/Ring.h"
 #include "kalvio/polygons/detail/RingRelation.h"
@@ -171,16 +173,12 @@ void Polygon2D::AppendPoints(const std::vector<Point2D>& vertices) {
 
 bool Polygon2D::Insert(unsigned int index, const Point2D& point) {
     Changed();
-    return detail::InsertPoints(points, index, &point, &point + 1);
+    return detail::InsertPoint(points, index, point);
 }
 
 bool Polygon2D::InsertAtLength(double length, const Point2D& point) {
-    LineString2D ring = ClosedRing();
-    if (!ring.InsertAtLength(length, point)) return false;
-    if (detail::HasClosingEdge(points)) ring.GetPoints().pop_back();
-    points = std::move(ring.GetPoints());
     Changed();
-    return true;
+    return detail::InsertAtRingLength(points, length, point);
 }
 
 void Polygon2D::RemoveAllPoints() {
@@ -295,42 +293,7 @@ double Polygon2D::GetMaxWidth(double tolerance) const {
 OrientedBoundingBox2D Polygon2D::GetOrientedBoundingBox2D() const { return detail::SmallestBox(points); }
 
 bool Polygon2D::IsConvex() const {
-    if (!holes.empty() || points.size() < 3) return false;
-    double largest = 0.0;
-    for (const Point2D& p : points) largest = std::max({largest, std::abs(p.GetX()), std::abs(p.GetY())});
-    const double tolerance = std::max(detail::numericalZero, 4.0 * std::numeric_limits<double>::epsilon() * largest);
-    // The leftmost point, of those the lowest, is a corner: from there the sides are gathered until the ring turns.
-    const auto start = std::min_element(points.begin(), points.end(), [](const Point2D& a, const Point2D& b) {
-        return a.GetX() < b.GetX() || (a.GetX() == b.GetX() && a.GetY() < b.GetY());
-    });
-    const auto first = static_cast<std::size_t>(start - points.begin());
-    Point2D sideStart = *start;
-    Point2D sideEnd = *start;
-    bool hasSide = false;
-    double turned = 0.0;
-    bool isLeft = false;
-    for (std::size_t i = 1; i <= points.size() + 1; ++i) {
-        // One point more than the ring has: the turn at the start counts too.
-        const Point2D& next = points[(first + i) % points.size()];
-        const Vec2D step = next - sideEnd;
-        if (!(step.Length() > tolerance)) continue;
-        if (hasSide) {
-            const Vec2D side = sideEnd - sideStart;
-            const double cross = side.PerpDotProduct(step);
-            const double dot = side.DotProduct(step);
-            const bool isStraight = std::abs(cross) <= tolerance * (next - sideStart).Length();
-            if (isStraight && !(dot > 0.0)) return false;
-            if (!isStraight) {
-                if (turned == 0.0) isLeft = cross > 0.0;
-                if (isLeft != (cross > 0.0)) return false;
-                turned += std::atan2(std::abs(cross), dot);
-                sideStart = sideEnd;
-            }
-        }
-        hasSide = true;
-        sideEnd = next;
-    }
-    return turned > detail::pi && turned < 3.0 * detail::pi;
+    return holes.empty() && detail::IsRingConvex(points, detail::CoordinateNoise(points));
 }
 
 bool Polygon2D::IsPointInsideAndBorders(const Point2D& p, double tolerance, bool includeBorders) const {
@@ -493,6 +456,10 @@ Polygon2D& Polygon2D::Transform(const Matrix2D& matrix) {
 Polygon2D Polygon2D::Transform(const Matrix2D& matrix) const {
     Polygon2D copy(*this);
     return copy.Transform(matrix);
+}
+
+void Polygon2D::Transform(const Matrix3D& matrix, Polygon3D& transformed) const {
+    transformed = Polygon3D(*this, 0.0).Transform(matrix);
 }
 
 Polygon2D& Polygon2D::Translate(const Vec2D& v) {

@@ -173,6 +173,8 @@ public:
     /// A non-const polygon is changed in place.
     Polygon2D& Transform(const Matrix2D& matrix);
     Polygon2D Transform(const Matrix2D& matrix) const;
+    /// Replaces `transformed` by this polygon, taken at z = 0, transformed by the matrix.
+    void Transform(const Matrix3D& matrix, Polygon3D& transformed) const;
     Polygon2D& Translate(const Vec2D& v);
     Polygon2D Translate(const Vec2D& v) const;
 

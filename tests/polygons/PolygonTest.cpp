@@ -1,6 +1,8 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Triangle3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/queries/Intersection.h"
 #include "support/Near.h"
 #include "support/Origins.h"
@@ -551,6 +553,11 @@ TEST(PolygonTest, CountriesHaveTheirStatedMeasuresAndPoints) {
         EXPECT_TRUE(country.GetPointInsideBoundary(inside, 1e-3));
         Point2D fault;
         EXPECT_TRUE(country.Validate(fault, true, 1e-9)) << testing::PrintToString(fault);
+        std::vector<Triangle3D> triangles;
+        ASSERT_TRUE(Polygon3D(country, 0.0).Triangulate(triangles, 1e-10));
+        double area = 0.0;
+        for (const Triangle3D& triangle : triangles) area += triangle.GetArea();
+        EXPECT_NEAR(area, std::abs(row[4]), 1e-10 * std::abs(row[4]));
     }
     for (const std::vector<double>& row : ReadTable(prefix + "points.csv", -1)) {
         const Polygon2D& country = countries[static_cast<int>(row[0])];

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/polygons/detail/Chain.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -32,9 +33,28 @@ std::size_t OpenRingSize(const std::vector<PointType>& ring) {
 }
 
 /// Whether the edge from the last point to the first has a length, or is all there is.
-inline bool HasClosingEdge(const std::vector<Point2D>& ring) {
-    return !ring.empty() &&
-           (ring.size() == 1 || ring.front().GetX() != ring.back().GetX() || ring.front().GetY() != ring.back().GetY());
+template <class PointType>
+bool HasClosingEdge(const std::vector<PointType>& ring) {
+    if (ring.size() < 2) return !ring.empty();
+    for (int axis = 0; axis < static_cast<int>(ring.front().GetDimension()); ++axis) {
+        if (ring.front()[axis] != ring.back()[axis]) return true;
+    }
+    return false;
+}
+
+/// Inserts the point before the end point of the first edge that reaches the length from the first point.
+/// @return false, nothing changed, for a negative length, and for one beyond the whole ring
+template <class PointType>
+bool InsertAtRingLength(std::vector<PointType>& ring, double length, const PointType& point) {
+    if (!(length >= 0.0)) return false;
+    double end = 0.0;
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+        const bool isClosing = i + 1 == ring.size();
+        if (isClosing && !HasClosingEdge(ring)) break;
+        end += ring[i].Distance(ring[isClosing ? 0 : i + 1]);
+        if (end >= length) return InsertPoint(ring, i + 1, point);
+    }
+    return false;
 }
 
 /// Twice the signed area, positive counter-clockwise, summed over coordinates relative to `origin`.
