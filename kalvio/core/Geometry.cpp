@@ -503,7 +503,9 @@ void Geometry::RandomPoints(const Point2D& min, const Point2D& max, unsigned int
         const int r2 = draws.Next();
         const int r3 = draws.Next();
         const int r4 = draws.Next();
-        out.emplace_back(min.GetX() + r1 * spanX / most + r2 / 32767, min.GetY() + r3 * spanY / most + r4 / 32767);
+        const int wholeX = r2 / 32767;  // 1 only for the largest draw
+        const int wholeY = r4 / 32767;
+        out.emplace_back(min.GetX() + r1 * spanX / most + wholeX, min.GetY() + r3 * spanY / most + wholeY);
     }
 }
 

@@ -118,7 +118,7 @@ double AngleBetween(const Vec2D& a, const Vec2D& b) { return std::atan2(a.PerpDo
 TEST(LineStringTest, StationsExtractionsBreaksAndSamplesAgreeAlongRandomChains) {
     std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20261));
     std::uniform_real_distribution<double> fraction(0.0, 1.0);
-    for (int round = 0; round < 60; ++round) {
+    for (unsigned int round = 0; round < 60; ++round) {
         const std::vector<Point2D> points = RandomChain(random, surveyOrigins[round % 2], 2U + round % 30U);
         const LineString2D string(points);
         const double total = string.GetLength();

@@ -52,7 +52,7 @@ public:
     void Remove(std::size_t first, std::size_t last, bool release) {
         const auto from = elements.begin() + static_cast<std::ptrdiff_t>(first);
         const auto to = elements.begin() + static_cast<std::ptrdiff_t>(last);
-        if (release) std::for_each(from, to, [](std::unique_ptr<Element>& element) { element.release(); });
+        if (release) std::for_each(from, to, [](std::unique_ptr<Element>& element) { (void)element.release(); });
         elements.erase(from, to);
     }
 
