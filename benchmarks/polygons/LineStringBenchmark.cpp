@@ -1,4 +1,5 @@
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/detail/SegmentBoxes.h"
 
 #include <benchmark/benchmark.h>
 
@@ -6,6 +7,8 @@
 #include <cstdint>
 #include <numbers>
 #include <random>
+#include <utility>
+#include <vector>
 
 namespace Kalvio::Math {
 namespace {
@@ -60,6 +63,24 @@ void BM_LineStringIsSelfCrossingMeander(benchmark::State& state) {
     state.counters["crossings"] = static_cast<double>(crossings.size());
 }
 BENCHMARK(BM_LineStringIsSelfCrossingMeander)->ArgName("vertices")->RangeMultiplier(10)->Range(1000, 100000);
+
+// The segment pairs of two borders that come near each other, building included.
+void BM_SegmentBoxesOfTwoBorders(benchmark::State& state) {
+    const LineString2D border = Border(state.range(0));
+    LineString2D other = border;
+    other.Translate(Vec2D(40.0, 30.0));
+    std::int64_t pairs = 0;
+    for (auto _ : state) {
+        pairs = 0;
+        const detail::SegmentBoxes boxes(border.GetPoints());
+        const detail::SegmentBoxes otherBoxes(std::as_const(other).GetPoints());
+        boxes.ForEachPair(otherBoxes, 1e-10, [&pairs](std::size_t, std::size_t) { return ++pairs < 0; });
+        benchmark::DoNotOptimize(pairs);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.counters["pairs"] = static_cast<double>(pairs);
+}
+BENCHMARK(BM_SegmentBoxesOfTwoBorders)->ArgName("vertices")->RangeMultiplier(10)->Range(1000, 100000);
 
 void BM_LineStringGetClosestSegment(benchmark::State& state) {
     const LineString2D border = Border(state.range(0));

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <tuple>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -17,87 +18,50 @@ constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 TEST(IntersectionTest, LineLine) {
     using R = IntersectionResult;
-    struct Row {
-        const char* why;
-        Line2D a, b;
-        R result;
-        Point2D p;
-    };
-    const Row rows[] = {
-        {"cross", {Point2D(0, 0), Point2D(4, 4)}, {Point2D(0, 4), Point2D(4, 0)}, R::Intersecting, Point2D(2, 2)},
-        {"cross beyond both",
-         {Point2D(0, 0), Point2D(1, 0)},
-         {Point2D(5, 3), Point2D(5, 1)},
-         R::Intersecting,
-         Point2D(5, 0)},
-        {"the same line", {Point2D(0, 0), Point2D(4, 2)}, {Point2D(8, 4), Point2D(6, 3)}, R::Coincident, Point2D(7, 7)},
-        {"parallel", {Point2D(0, 0), Point2D(4, 2)}, {Point2D(0, 1), Point2D(4, 3)}, R::NoIntersection, Point2D(7, 7)},
-        {"parallel within the user tolerance",
-         {Point2D(0, 0), Point2D(4, 0)},
-         {Point2D(0, 0.125), Point2D(4, 0.125)},
-         R::Coincident,
-         Point2D(7, 7)},
-        {"as short as the user tolerance",
-         {Point2D(0, 0), Point2D(0.125, 0)},
-         {Point2D(0, 1), Point2D(0, 2)},
-         R::Degenerate,
-         Point2D(7, 7)},
-        {"a short one at a slight angle to a long one is not the same line",
-         {Point2D(0, 0), Point2D(0.25, 2e-11)},
-         {Point2D(-8, 0), Point2D(8, 0)},
-         R::Intersecting,
-         Point2D(0, 0)},
-        {"NaN", {Point2D(0, 0), Point2D(4, kNan)}, {Point2D(0, 4), Point2D(4, 0)}, R::NoIntersection, Point2D(7, 7)},
+    using P = Point2D;
+    const std::tuple<const char*, Line2D, Line2D, R, Point2D> rows[] = {
+        {"cross", {P(0, 0), P(4, 4)}, {P(0, 4), P(4, 0)}, R::Intersecting, P(2, 2)},
+        {"beyond both", {P(0, 0), P(1, 0)}, {P(5, 3), P(5, 1)}, R::Intersecting, P(5, 0)},
+        {"the same line", {P(0, 0), P(4, 2)}, {P(8, 4), P(6, 3)}, R::Coincident, P(7, 7)},
+        {"parallel", {P(0, 0), P(4, 2)}, {P(0, 1), P(4, 3)}, R::NoIntersection, P(7, 7)},
+        {"parallel within tol", {P(0, 0), P(4, 0)}, {P(0, 0.125), P(4, 0.125)}, R::Coincident, P(7, 7)},
+        {"as short as tol", {P(0, 0), P(0.125, 0)}, {P(0, 1), P(0, 2)}, R::Degenerate, P(7, 7)},
+        {"short, at a slight angle", {P(0, 0), P(0.25, 2e-11)}, {P(-8, 0), P(8, 0)}, R::Intersecting, P(0, 0)},
+        {"NaN", {P(0, 0), P(4, kNan)}, {P(0, 4), P(4, 0)}, R::NoIntersection, P(7, 7)},
     };
     const Tolerances tolerances(0.125, 1e-10);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        for (const bool swapped : {false, true}) {
-            const Line2D& a = swapped ? row.b : row.a;
-            const Line2D& b = swapped ? row.a : row.b;
-            Point2D p(7, 7);
-            EXPECT_EQ(Intersection::LineLine(a, b, p, tolerances), row.result);
-            EXPECT_THAT(p, IsNear(row.p, 1e-9));
-            EXPECT_EQ(Intersection::LineLine(a.GetStart(), a.GetEnd(), b.GetStart(), b.GetEnd(), p, tolerances),
-                      row.result);
-        }
+    for (const auto& [why, a, b, result, expected] : rows) {
+        Point2D p(7, 7), q(7, 7);
+        EXPECT_EQ(Intersection::LineLine(a, b, p, tolerances), result) << why;
+        EXPECT_EQ(Intersection::LineLine(b.GetStart(), b.GetEnd(), a.GetStart(), a.GetEnd(), q, tolerances), result);
+        EXPECT_THAT(p, IsNear(expected, 1e-9)) << why;
+        EXPECT_THAT(q, IsNear(expected, 1e-9)) << why;
     }
-    const Vec2D shift = surveyOrigins[1] - Point2D();
-    Point2D p;
-    EXPECT_EQ(Intersection::LineLine(Line2D(Point2D(0, 0) + shift, Point2D(4, 4) + shift),
-                                     Line2D(Point2D(0, 4) + shift, Point2D(4, 0) + shift), p, tolerances),
-              R::Intersecting);
-    EXPECT_THAT(p, IsNear(Point2D(2, 2) + shift, 0.0));
 }
 
 TEST(IntersectionTest, LineStringLine) {
-    struct Row {
-        const char* why;
-        LineString2D string;
-        std::vector<Point2D> points;
-    };
-    const Row rows[] = {
+    using P = Point2D;
+    const std::tuple<const char*, LineString2D, std::vector<Point2D>> rows[] = {
         {"nothing", {}, {}},
-        {"a point on it", {Point2D(3, 0.25)}, {Point2D(3, 0.25)}},
-        {"through", {Point2D(9, -2), Point2D(9, 2), Point2D(-7, -2)}, {Point2D(9, 0), Point2D(1, 0)}},
-        {"a vertex on it once", {Point2D(1, -1), Point2D(2, 0), Point2D(3, 1)}, {Point2D(2, 0)}},
-        {"a vertex that touches", {Point2D(1, 1), Point2D(2, 0), Point2D(3, 1)}, {Point2D(2, 0)}},
-        {"a vertex just across", {Point2D(1, 1), Point2D(2, -0.125), Point2D(3, 1)}, {Point2D(2, -0.125)}},
-        {"along it",
-         {Point2D(1, 1), Point2D(2, 0), Point2D(4, 0), Point2D(5, 0), Point2D(6, -1)},
-         {Point2D(2, 0), Point2D(4, 0), Point2D(5, 0)}},
-        {"NaN", {Point2D(1, -1), Point2D(2, kNan), Point2D(3, 1)}, {}},
+        {"a point on it", {P(3, 0.25)}, {P(3, 0.25)}},
+        {"through", {P(9, -2), P(9, 2), P(-7, -2)}, {P(9, 0), P(1, 0)}},
+        {"a vertex on it once", {P(1, -1), P(2, 0), P(3, 1)}, {P(2, 0)}},
+        {"a vertex that touches, just across", {P(1, 1), P(2, -0.125), P(3, 1)}, {P(2, -0.125)}},
+        {"along it", {P(1, 1), P(2, 0), P(4, 0), P(6, -1)}, {P(2, 0), P(4, 0)}},
+        {"NaN", {P(1, -1), P(2, kNan), P(3, 1)}, {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        std::vector<Point2D> points{Point2D(7, 7)};
-        const Line2D line(Point2D(0, 0), Point2D(1, 0));
-        EXPECT_EQ(Intersection::LineStringLine(row.string, line, points, 0.25), static_cast<int>(row.points.size()));
-        ASSERT_EQ(points.size(), row.points.size() + 1);
-        for (std::size_t i = 0; i < row.points.size(); ++i) {
-            EXPECT_THAT(points[i + 1], IsNear(row.points[i], 1e-15));
+    for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - Point2D()}) {
+        for (const auto& [why, string, expected] : rows) {
+            std::vector<Point2D> points{Point2D(7, 7)};
+            const Line2D line(Point2D() + shift, Point2D(1, 0) + shift);
+            const int count = static_cast<int>(expected.size());
+            EXPECT_EQ(Intersection::LineStringLine(string.Translate(shift), line, points, 0.25), count) << why;
+            ASSERT_EQ(points.size(), expected.size() + 1) << why;
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                EXPECT_THAT(points[i + 1], IsNear(expected[i] + shift, 1e-9)) << why;
+            }
+            EXPECT_EQ(Intersection::LineStringLine(string, Line2D(), points, 0.25), 0) << "no line";
         }
-        EXPECT_EQ(Intersection::LineStringLine(row.string, Line2D(), points, 0.25), 0) << "no line";
     }
 }
 
