@@ -28,12 +28,6 @@ struct Extent {
         maxX = std::max(maxX, other.maxX);
         maxY = std::max(maxY, other.maxY);
     }
-    void Widen(double distance) {
-        minX -= distance;
-        minY -= distance;
-        maxX += distance;
-        maxY += distance;
-    }
     /// Inclusive; false for an empty extent.
     bool Meets(const Extent& other) const {
         return minX <= other.maxX && other.minX <= maxX && minY <= other.maxY && other.minY <= maxY;
@@ -55,7 +49,11 @@ public:
           last(chain.empty() ? 0 : chain.size() - 1),
           count(chain.size() < 2 ? 0 : last + (closing == Closing::Ring ? 1 : 0)) {
         std::vector<Extent>& leaves = levels.emplace_back((count + leafSize - 1) / leafSize);
-        for (std::size_t i = 0; i < count; ++i) leaves[i / leafSize].Add(SegmentExtent(i));
+        for (std::size_t leaf = 0; leaf < leaves.size(); ++leaf) {
+            const auto [from, to] = Segments({0, leaf});
+            for (std::size_t i = from; i < to; ++i) leaves[leaf].Add(GetStart(i));
+            leaves[leaf].Add(GetEnd(to - 1));
+        }
         while (levels.back().size() > 1) {
             const std::vector<Extent>& below = levels.back();
             std::vector<Extent> above((below.size() + fanOut - 1) / fanOut);
@@ -85,9 +83,8 @@ public:
 
     /// Calls visit(i) for the segments whose boxes come within `tolerance` of the extent.
     template <class Visit>
-    bool ForEachNear(Extent extent, double tolerance, Visit&& visit) const {
-        extent.Widen(tolerance);
-        return count > 0 && VisitNear({levels.size() - 1, 0}, extent, visit);
+    bool ForEachNear(const Extent& extent, double tolerance, Visit&& visit) const {
+        return count > 0 && VisitNear({levels.size() - 1, 0}, Widened(extent, tolerance), visit);
     }
 
 private:
@@ -117,13 +114,48 @@ private:
         return {node.index * fanOut, std::min(levels[node.level - 1].size(), (node.index + 1) * fanOut)};
     }
 
+    // The segments of one run whose boxes meet an extent, with their boxes.
+    struct NearSegments {
+        NearSegments(const SegmentBoxes& of, const Node& leaf, const Extent& extent) {
+            const auto [from, to] = of.Segments(leaf);
+            for (std::size_t i = from; i < to; ++i) {
+                extents[size] = of.SegmentExtent(i);
+                segments[size] = i;
+                size += extents[size].Meets(extent) ? 1 : 0;
+            }
+        }
+
+        /// Calls visit(segment, j) for those of the segments from index `first` on whose boxes meet the segment's.
+        template <class Visitor>
+        bool Visit(std::size_t segment, const Extent& extent, std::size_t first, double tolerance,
+                   Visitor& visit) const {
+            const Extent widened = Widened(extent, tolerance);
+            for (std::size_t k = first; k < size; ++k) {
+                if (widened.Meets(extents[k]) && visit(segment, segments[k])) return true;
+            }
+            return false;
+        }
+
+        Extent extents[leafSize];
+        std::size_t segments[leafSize];
+        std::size_t size = 0;
+    };
+
+    static Extent Widened(Extent extent, double distance) {
+        extent.minX -= distance;
+        extent.minY -= distance;
+        extent.maxX += distance;
+        extent.maxY += distance;
+        return extent;
+    }
+
     // All pairs inside one node.
     template <class Visit>
     bool VisitWithin(const Node& node, double tolerance, Visit& visit) const {
         if (node.level == 0) {
-            const auto [from, to] = Segments(node);
-            for (std::size_t i = from; i + 1 < to; ++i) {
-                if (VisitSegment(i, *this, {i + 1, to}, tolerance, visit)) return true;
+            const NearSegments run(*this, node, ExtentOf(node));
+            for (std::size_t i = 0; i < run.size; ++i) {
+                if (run.Visit(run.segments[i], run.extents[i], i + 1, tolerance, visit)) return true;
             }
             return false;
         }
@@ -141,16 +173,14 @@ private:
     template <class Visit>
     bool VisitBetween(const Node& node, const SegmentBoxes& other, const Node& otherNode, double tolerance,
                       Visit& visit) const {
-        Extent extent = ExtentOf(node);
-        extent.Widen(tolerance);
+        const Extent extent = Widened(ExtentOf(node), tolerance);
         if (!extent.Meets(other.ExtentOf(otherNode))) return false;
         if (node.level == 0 && otherNode.level == 0) {
-            const auto [from, to] = Segments(node);
-            Extent otherExtent = other.ExtentOf(otherNode);
-            otherExtent.Widen(tolerance);
-            for (std::size_t i = from; i < to; ++i) {
-                if (!otherExtent.Meets(SegmentExtent(i))) continue;
-                if (VisitSegment(i, other, other.Segments(otherNode), tolerance, visit)) return true;
+            const NearSegments run(*this, node, Widened(other.ExtentOf(otherNode), tolerance));
+            if (run.size == 0) return false;
+            const NearSegments otherRun(other, otherNode, extent);
+            for (std::size_t i = 0; i < run.size; ++i) {
+                if (otherRun.Visit(run.segments[i], run.extents[i], 0, tolerance, visit)) return true;
             }
             return false;
         }
@@ -164,17 +194,6 @@ private:
         const auto [from, to] = other.Children(otherNode);
         for (std::size_t j = from; j < to; ++j) {
             if (VisitBetween(node, other, {otherNode.level - 1, j}, tolerance, visit)) return true;
-        }
-        return false;
-    }
-
-    template <class Visit>
-    bool VisitSegment(std::size_t segment, const SegmentBoxes& other, const Range& range, double tolerance,
-                      Visit& visit) const {
-        Extent extent = SegmentExtent(segment);
-        extent.Widen(tolerance);
-        for (std::size_t j = range.from; j < range.to; ++j) {
-            if (extent.Meets(other.SegmentExtent(j)) && visit(segment, j)) return true;
         }
         return false;
     }
