@@ -32,6 +32,8 @@
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
+#include "kalvio/polygons/PolygonCurve3D.h"
 #include "kalvio/polygons/detail/MergeChains.h"
 
 #include <algorithm>
@@ -385,6 +387,16 @@ bool Geometry::AreEqual(const Polygon2D& a, const Polygon2D& b, double tolerance
 
 template <>
 bool Geometry::AreEqual(const Polygon3D& a, const Polygon3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const PolygonCurve2D& a, const PolygonCurve2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const PolygonCurve3D& a, const PolygonCurve3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

@@ -31,6 +31,8 @@ class Point3D;
 class PointND;
 class Polygon2D;
 class Polygon3D;
+class PolygonCurve2D;
+class PolygonCurve3D;
 class Polyline2D;
 class Polyline3D;
 class Spiral2D;
@@ -170,6 +172,10 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polygon2D& a, const Polygon2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polygon3D& a, const Polygon3D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const PolygonCurve2D& a, const PolygonCurve2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const PolygonCurve3D& a, const PolygonCurve3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Polyline2D& a, const Polyline2D& b, double tolerance);
 template <>

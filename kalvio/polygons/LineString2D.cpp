@@ -218,16 +218,7 @@ unsigned int LineString2D::GetNrOfElements() const { return static_cast<unsigned
 
 void LineString2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                            const Tolerances& tolerances) const {
-    const double tolerance = std::abs(tolerances.UserTolerance());
-    lengths.clear();
-    detail::WalkChain(points, lengthOf, [&](std::size_t i, double from, double) {
-        if (detail::IsPointOnSegment(point, points[i], points[i + 1], tolerance)) {
-            const double length = from + points[i].Distance(point);
-            // Beside a vertex both of its segments hold the point, measured up to 2 sqrt(3) tolerances apart.
-            if (lengths.empty() || length - lengths.back() > 4.0 * tolerance) lengths.push_back(length);
-        }
-        return false;
-    });
+    detail::LengthsAlong(points, point, tolerances.UserTolerance(), lengths);
 }
 
 bool LineString2D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {

@@ -6,6 +6,7 @@
 #include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/ConvexRing.h"
 #include "kalvio/polygons/detail/Ring.h"
+#include "kalvio/polygons/detail/RingPlane.h"
 #include "kalvio/polygons/detail/TriangulateRings.h"
 #include "kalvio/queries/GeometryCreator.h"
 
@@ -16,40 +17,8 @@
 
 namespace Kalvio::Math {
 
-namespace {
-
-// Twice the vector area (M. E. Newell; I. E. Sutherland et al., 1974), relative to `origin`; the zero vector when it is
-// no more than the rounding of the sum.
-Vec3D DoubledVectorArea(const std::vector<Point3D>& ring, const Point3D& origin) {
-    Vec3D sum;
-    double magnitude = 0.0;
-    detail::WalkRing(ring, [&](const Point3D& a, const Point3D& b) {
-        const Vec3D part = (a - origin).CrossProduct(b - origin);
-        sum += part;
-        magnitude += part.Length();
-        return false;
-    });
-    const double noise = std::numeric_limits<double>::epsilon() * magnitude * static_cast<double>(ring.size());
-    return sum.Length() > noise ? sum : Vec3D();
-}
-
-// Axes u and v in the plane with the unit normal n, so that u x v = n.
-struct PlaneAxes {
-    explicit PlaneAxes(const Vec3D& n) {
-        Vec3D smallest;
-        const int axis = std::abs(n.GetX()) <= std::abs(n.GetY()) && std::abs(n.GetX()) <= std::abs(n.GetZ()) ? 0
-                         : std::abs(n.GetY()) <= std::abs(n.GetZ())                                           ? 1
-                                                                                                              : 2;
-        smallest[axis] = 1.0;
-        u = smallest.CrossProduct(n).Normalize();
-        v = n.CrossProduct(u);
-    }
-
-    Vec3D u;
-    Vec3D v;
-};
-
-}  // namespace
+using detail::DoubledVectorArea;
+using detail::PlaneAxes;
 
 Polygon3D::Polygon3D(const Polygon2D& plan, double z) : points(LineString3D(plan.GetPoints(), z).GetPoints()) {
     for (unsigned int i = 0; i < plan.GetNumHoleBoundaries(); ++i) holes.emplace_back(plan.GetHoleBoundary(i), z);

@@ -103,6 +103,21 @@ bool LengthFromEnd(const std::vector<PointType>& points, const PointType& p, dou
     return false;
 }
 
+/// Replaces `lengths` by the lengths at which the chain passes through p. Passages at most four tolerances apart count
+/// once: beside a vertex both of its segments hold the point, measured up to 2 sqrt(3) tolerances apart.
+template <class PointType>
+void LengthsAlong(const std::vector<PointType>& points, const PointType& p, double tolerance,
+                  std::vector<double>& lengths) {
+    lengths.clear();
+    WalkChain(points, lengthOf, [&](std::size_t i, double from, double) {
+        if (IsPointOnSegment(p, points[i], points[i + 1], tolerance)) {
+            const double length = from + points[i].Distance(p);
+            if (lengths.empty() || length - lengths.back() > 4.0 * std::abs(tolerance)) lengths.push_back(length);
+        }
+        return false;
+    });
+}
+
 /// The place of a chain nearest to a point.
 template <class PointType>
 struct ChainFoot {

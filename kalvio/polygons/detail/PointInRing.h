@@ -18,12 +18,14 @@ enum class RingSide : std::uint32_t {
 };
 
 /// How the edges of a ring go around a point, collected edge by edge from any source and in any order. An edge beyond
-/// the tolerance above or below the point costs two comparisons.
+/// the tolerance above or below the point costs two comparisons. No ring goes around a point that is not a number.
 ///
 /// Source: winding number by crossings (D. Sunday, 2001), with the turns of `ArePointsCCW`.
 class RingAroundPoint {
 public:
-    RingAroundPoint(const Point2D& point, double borderTolerance) : p(point), tolerance(std::abs(borderTolerance)) {}
+    RingAroundPoint(const Point2D& point, double borderTolerance) : p(point), tolerance(std::abs(borderTolerance)) {
+        if (std::isnan(p.GetX())) p.SetY(p.GetX());  // an edge crosses no such level
+    }
 
     /// Takes the edge a -> b.
     /// @return false when the point lies on it; the counts do not include it then

@@ -1,0 +1,140 @@
+#include "kalvio/polygons/RingCurve3D.h"
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Arc3D.h"
+#include "kalvio/curves/Line3D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/polygons/detail/PointInRingCurve.h"
+#include "kalvio/polygons/detail/RingPlane.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <utility>
+
+namespace Kalvio::Math {
+
+namespace {
+
+constinit const Line3D noElement;
+
+// Points that span the plane of the element with its chord.
+void AppendCorners(const IPolyline3DElement& element, std::vector<Point3D>& corners) {
+    if (element.GetType() == MathTypes::LineString3D) {
+        const std::vector<Point3D>& points = static_cast<const LineString3D&>(element).GetPoints();
+        corners.insert(corners.end(), points.begin(), points.end());
+        return;
+    }
+    corners.push_back(element.GetStart());
+    if (element.GetType() == MathTypes::Arc3D) {
+        const auto& arc = static_cast<const Arc3D&>(element);
+        for (const double part : {1.0 / 3.0, 2.0 / 3.0}) {
+            Point3D point;
+            if (arc.GetPointOffsetFromStart(arc.GetLength() * part, point)) corners.push_back(point);
+        }
+    }
+    corners.push_back(element.GetEnd());
+}
+
+}  // namespace
+
+MathTypes RingCurve3D::GetType() const { return MathTypes::RingCurve3D; }
+
+const IPolyline3DElement& RingCurve3D::GetElementAtIndex(unsigned int index) const {
+    if (chain.IsEmpty()) return noElement;
+    return chain[index < chain.Size() ? index : 0];
+}
+
+void RingCurve3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<double>& lengths,
+                                          const Tolerances& tolerances) const {
+    const double u = tolerances.UserTolerance();
+    std::vector<double> found;
+    double before = 0.0;
+    for (std::size_t i = 0; i < chain.Size(); ++i) {
+        std::vector<double> onElement;
+        if (chain[i].GetType() == MathTypes::LineString3D) {
+            detail::LengthsAlong(static_cast<const LineString3D&>(chain[i]).GetPoints(), point, u, onElement);
+        } else if (double length = 0.0; chain[i].GetLengthFromStartPoint(point, length, u)) {
+            onElement.push_back(length);
+        }
+        for (const double length : onElement) {
+            if (found.empty() || before + length - found.back() > u) found.push_back(before + length);
+        }
+        before += chain[i].GetLength();
+    }
+    lengths = std::move(found);
+}
+
+bool RingCurve3D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {
+    return chain.FindShort(indexes, minLength);
+}
+
+void RingCurve3D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
+    std::size_t end = chain.Size();  // indexes from here on are done, or out of range
+    for (auto index = indexes.rbegin(); index != indexes.rend(); ++index) {
+        if (!(*index < end)) continue;
+        end = *index;
+        chain.Remove(end, end + 1, !deleteElements);
+    }
+}
+
+bool RingCurve3D::AppendElement(IGeometry* element) {
+    if (element == nullptr) return false;
+    switch (element->GetType()) {
+        case MathTypes::Arc3D:
+        case MathTypes::Line3D:
+        case MathTypes::LineString3D:
+            chain.Append(std::unique_ptr<IPolyline3DElement>(static_cast<IPolyline3DElement*>(element)));
+            return true;
+        default:
+            return false;
+    }
+}
+
+const Point3D& RingCurve3D::GetStartPoint() const {
+    return chain.IsEmpty() ? Point3D::origo() : chain.Front().GetStart();
+}
+
+const Point3D& RingCurve3D::GetEndPoint() const { return chain.IsEmpty() ? Point3D::origo() : chain.Back().GetEnd(); }
+
+BoundingBox3D RingCurve3D::GetBoundingBox() const {
+    if (chain.IsEmpty()) return {};
+    BoundingBox3D box = chain.Front().GetBoundingBox3D();
+    for (std::size_t i = 1; i < chain.Size(); ++i) box += chain[i].GetBoundingBox3D();
+    return box;
+}
+
+bool RingCurve3D::IsClosed() const {
+    return !chain.IsEmpty() && GetStartPoint().IsEqualTo2d(GetEndPoint(), detail::numericalZero);
+}
+
+bool RingCurve3D::IsPointInside(const Point3D& p, double tolerance) const {
+    std::vector<Point3D> corners;
+    for (std::size_t i = 0; i < chain.Size(); ++i) AppendCorners(chain[i], corners);
+    detail::PlaneFrame frame;
+    if (!detail::FrameOfRing(corners, frame)) return false;
+    if (!(std::abs(frame.HeightOf(p)) <= std::abs(tolerance))) return false;
+
+    detail::CurvesAroundPoint around(frame.ToPlane(p));
+    for (std::size_t i = 0; i < chain.Size(); ++i) {
+        const IPolyline3DElement& element = chain[i];
+        if (element.GetType() == MathTypes::Arc3D) {
+            const auto& arc = static_cast<const Arc3D&>(element);
+            const bool isTurned = arc.GetPlane().GetNormal().DotProduct(frame.normal) < 0.0;
+            const double sweep = arc.GetAngle().GetRadians();
+            around.AddArc(
+                Arc2D(frame.ToPlane(arc.GetStart()), frame.ToPlane(arc.GetCenter()), Angle(isTurned ? -sweep : sweep)));
+        } else if (element.GetType() == MathTypes::LineString3D) {
+            const std::vector<Point3D>& points = static_cast<const LineString3D&>(element).GetPoints();
+            for (std::size_t k = 1; k < points.size(); ++k) {
+                around.AddLine(frame.ToPlane(points[k - 1]), frame.ToPlane(points[k]));
+            }
+        } else {
+            around.AddLine(frame.ToPlane(element.GetStart()), frame.ToPlane(element.GetEnd()));
+        }
+    }
+    return around.IsInside();
+}
+
+}  // namespace Kalvio::Math
