@@ -359,7 +359,7 @@ double Arc2D::StationOf(double travel, double tolerance) const {
     const double r = GetRadius();
     const double sweep = std::abs(sweepAngle.GetRadians());
     const double before = detail::twoPi - travel;
-    if (r * before <= std::abs(tolerance)) return 0.0;
+    if (sweep >= detail::twoPi && r * before <= std::abs(tolerance)) return 0.0;  // the seam of a full circle
     if (travel <= sweep) return r * travel;
     return before < travel - sweep ? 0.0 : r * sweep;
 }

@@ -72,7 +72,7 @@ int Circle2D::TangentsTo(const Circle2D& other, double otherSide, double toleran
     const double difference = radius - otherRadius;
     const Vec2D between = other.center - center;
     const double distance = between.Length();
-    if (!(distance > detail::numericalZero)) return 0;
+    if (!(distance > detail::numericalZero && distance <= detail::largestDouble)) return 0;
     const Vec2D ahead = between / distance;
     const Vec2D aside = ahead.GetNormalVector(true);
     if (std::abs(difference) > 0.0 && std::abs(distance - std::abs(difference)) <= tolerance) {

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/Stations.h"
 #include "kalvio/queries/GeometryCreator.h"
@@ -17,13 +18,16 @@ namespace {
 
 // Slope test of IsHorizontal: rise / run is zero, or the rise itself where the run is.
 bool IsFlat(double rise, double run, double tolerance) {
-    return std::abs(run) < tolerance ? std::abs(rise) < tolerance : std::abs(rise / run) < tolerance;
+    const double t = std::abs(tolerance);
+    return std::abs(run) <= t ? std::abs(rise) <= t : std::abs(rise / run) <= t;
 }
 
 // Value of the line through (u1, v1) and (u2, v2) at u; the codes of Line2D::GetX.
 int Solve(double u1, double v1, double u2, double v2, double u, double& v) {
     if (std::abs(u1 - u2) < detail::numericalZero) return std::abs(u - u1) < detail::numericalZero ? 2 : 0;
-    v = v1 + (u - u1) * (v2 - v1) / (u2 - u1);
+    const double value = v1 + (u - u1) * (v2 - v1) / (u2 - u1);
+    if (!std::isfinite(value)) return 0;
+    v = value;
     return 1;
 }
 
@@ -84,7 +88,12 @@ bool Line2D::ExtendEnd(const Point2D& point, const Tolerances&) {
 }
 
 IGeometry* Line2D::Append(const IGeometry* const other) const {
-    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+    if (other == nullptr) return nullptr;
+    if (other->GetType() != MathTypes::Polyline2D) return GeometryCreator::Append(*this, *other);
+    auto chain = std::make_unique<Polyline2D>();
+    chain->AppendElement(Clone());
+    chain->AppendElement(static_cast<const Polyline2D&>(*other).Clone());
+    return chain.release();
 }
 
 bool Line2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
@@ -141,7 +150,7 @@ bool Line2D::GetPointOffsetFromStart(double station, Point2D& point) const {
 
 bool Line2D::GetPointOffsetFromStart(double station, double offset, const Vec2D& direction, Point2D& point) const {
     const double length = GetLength();
-    if (!(length >= detail::numericalZero)) return false;
+    if (!detail::IsUsableLength(length)) return false;
     point = start + (end - start) * (station / length) + direction * offset;
     return true;
 }
@@ -156,7 +165,7 @@ bool Line2D::GetPointOffsetFromStart(double station, double offset, const Angle&
 
 bool Line2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
     const double length = GetLength();
-    if (!(length >= detail::numericalZero) || !(station >= -detail::numericalZero) ||
+    if (!detail::IsUsableLength(length) || !(station >= -detail::numericalZero) ||
         !(station <= length + detail::numericalZero)) {
         return false;
     }

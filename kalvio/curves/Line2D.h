@@ -50,7 +50,7 @@ public:
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
     bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
     /// With a `Line2D`: a `LineString2D` of this start, this end and the other's end (the other's start is not looked
-    /// at). With a `Polyline2D`: a `Polyline2D` of clones of this line and the polyline. Others:
+    /// at). With a `Polyline2D`: a `Polyline2D` of two elements, clones of this line and of that polyline. Others:
     /// `GeometryCreator::Append`.
     [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     const Point2D& GetStart() const override { return start; }
@@ -68,8 +68,7 @@ public:
     void SetStart(const Point2D& value) { start = value; }
     void SetEnd(const Point2D& value) { end = value; }
     void SetPoints(const Point2D& from, const Point2D& to) {
-        start = from;
-        end = to;
+        CopyData(Line2D(from, to));  // the arguments may be points of this line
     }
 
     /// Unit direction from start to end; unchanged difference for a length of at most 1e-10.
@@ -77,9 +76,9 @@ public:
     /// Direction counter-clockwise from +X in (-pi, pi].
     Angle GetAngle() const { return (end - start).GetAngle(); }
     /// Unsigned angle between the directions of the two lines in [0, pi].
-    Angle GetAngleWithLine(const Line2D& other) const { return (end - start).GetAngle(other.end - other.start); }
+    Angle GetAngleWithLine(const Line2D& other) const { return GetDirection().GetAngle(other.GetDirection()); }
     /// The slope dy/dx (dx/dy), not the height difference, is zero within the tolerance; where dx (dy) is itself zero,
-    /// dy (dx) is tested. Strict. So a long line with a small rise counts as horizontal.
+    /// dy (dx) is tested. Inclusive, |tolerance|. So a long line with a small rise counts as horizontal.
     bool IsHorizontal(double tolerance) const;
     bool IsVertical(double tolerance) const;
     /// The point of the infinite line at height y (at abscissa x).
@@ -117,6 +116,10 @@ public:
     Line2D Translate(const Vec2D& v) const;
 
 private:
+    void CopyData(const Line2D& other) {
+        start = other.start;
+        end = other.end;
+    }
     Point2D start;
     Point2D end;
 };

@@ -61,7 +61,7 @@ Point3D Line3D::GetNearestPoint(const Point3D& point, const Tolerances& toleranc
 
 bool Line3D::GetPointOffsetFromStart(double station, Point3D& point) const {
     const double length = GetLength();
-    if (!(length >= detail::numericalZero)) return false;
+    if (!detail::IsUsableLength(length)) return false;
     point = start + (end - start) * (station / length);
     return true;
 }
@@ -84,8 +84,9 @@ double Line3D::GetZOnSegment(const Point2D& p, double tolerance) const {
 
 double Line3D::GetZByInterpolation(const Point2D& p, double tolerance) const {
     const Vec3D d = end - start;
-    if (!(std::abs(d.GetY()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetY() - start.GetY()) / d.GetY();
-    if (!(std::abs(d.GetX()) < tolerance)) return start.GetZ() + d.GetZ() * (p.GetX() - start.GetX()) / d.GetX();
+    const double t = std::abs(tolerance);
+    if (!(std::abs(d.GetY()) <= t)) return start.GetZ() + d.GetZ() * (p.GetY() - start.GetY()) / d.GetY();
+    if (!(std::abs(d.GetX()) <= t)) return start.GetZ() + d.GetZ() * (p.GetX() - start.GetX()) / d.GetX();
     return start.GetZ();
 }
 

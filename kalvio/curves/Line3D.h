@@ -45,8 +45,7 @@ public:
     void SetStart(const Point3D& value) { start = value; }
     void SetEnd(const Point3D& value) { end = value; }
     void SetPoints(const Point3D& from, const Point3D& to) {
-        start = from;
-        end = to;
+        CopyData(Line3D(from, to));  // the arguments may be points of this line
     }
 
     /// Length in plan.
@@ -75,6 +74,10 @@ public:
     Line3D Translate(const Vec3D& v) const;
 
 private:
+    void CopyData(const Line3D& other) {
+        start = other.start;
+        end = other.end;
+    }
     bool Holds(const Point3D& point, double tolerance) const;
 
     Point3D start;

@@ -119,8 +119,9 @@ bool Parabola::ExtendStart(const Point2D& point, const Tolerances&) {
 }
 
 bool Parabola::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
+    const Point2D target = point;  // which may be this start or end
     Reverse();
-    const bool extended = ExtendStart(point, tolerances);
+    const bool extended = ExtendStart(target, tolerances);
     Reverse();
     return extended;
 }

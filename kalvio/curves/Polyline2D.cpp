@@ -227,11 +227,11 @@ bool Polyline2D::FindShortElements(std::vector<std::uint64_t>& indexes, double m
 
 void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
     const Tolerances standard = detail::StandardTolerances();
+    const std::vector<std::uint64_t> removed = elements.KnownIndexes(indexes);
     std::vector<std::pair<std::size_t, std::size_t>> runs;  // [first, last), ascending
-    for (std::size_t i = 0; i < indexes.size();) {
-        const std::size_t last = GetLastConsecutiveIndex(indexes, i);
-        const auto end = std::min<std::uint64_t>(indexes[last] + 1, elements.Size());
-        if (indexes[i] < end) runs.emplace_back(indexes[i], end);
+    for (std::size_t i = 0; i < removed.size();) {
+        const std::size_t last = GetLastConsecutiveIndex(removed, i);
+        runs.emplace_back(removed[i], removed[last] + 1);
         i = last + 1;
     }
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
@@ -382,7 +382,9 @@ bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<Polyl
     const std::size_t known = points.size();
     const auto count = static_cast<std::size_t>((to - from) / step) + 1;
     if (count > known) points.reserve(known + count + 1);
-    const auto stationOf = [&](std::size_t k) { return std::min(from + static_cast<double>(k) * step, to); };
+    const auto stationOf = [&](std::size_t k) {
+        return std::min(from + detail::Steps(static_cast<std::int64_t>(k), step), to);
+    };
     std::vector<double> local;
     std::vector<detail::ElementPoint> ofElement;
     for (std::size_t k = 0; k < count;) {

@@ -91,9 +91,9 @@ public:
     /// true
     ///         and no indexes
     bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
-    /// Removes the elements of the ascending indexes; indexes out of range are ignored. A gap that opens inside the
-    /// chain is closed where the line or line string behind it, else before it, can be moved to its other side; next to
-    /// other elements it stays.
+    /// Removes the elements of the indexes; indexes out of range are ignored, repeated ones count once. A gap that
+    /// opens inside the chain is closed where the line or line string behind it, else before it, can be moved to its
+    /// other side; next to other elements it stays.
     /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers
     void RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) override;
 

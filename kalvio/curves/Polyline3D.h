@@ -8,9 +8,20 @@
 
 namespace Kalvio::Math {
 
+class LineString3D;
+
 /// An ordered chain of elements in space, evaluated by station along its 3D length: the contract of `Polyline2D`.
 class KALVIO_MATH_API Polyline3D final : public IPolyline3DElement {
 public:
+    /// A point of the chain.
+    struct PolylinePoint {
+        Point3D point;
+        Vec3D tangent;                   // unit, in the direction of travel
+        std::uint32_t elementIndex = 0;  // element that holds the point
+        double distance = 0.0;           // from the query point, where there is one
+        double station = 0.0;            // length along the whole chain from its start
+    };
+
     Polyline3D() = default;
 
     MathTypes GetType() const override;
@@ -35,10 +46,18 @@ public:
     /// The nearest point over all elements, the first of equals; the query point for an empty chain.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
 
-    /// Unchecked. The element stays owned by the chain.
-    const IPolyline3DElement& GetElementAtIndex(unsigned int index) const { return elements[index]; }
+    /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
+    /// when the chain is empty.
+    const IPolyline3DElement& GetElementAtIndex(unsigned int index) const;
     unsigned int GetNrOfElements() const { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }
+    /// Replaces `lengths` by every length along the chain at which the point lies; at a joint once.
+    void GetLengthsAlongGeometry(const Point3D& point, std::vector<double>& lengths,
+                                 const Tolerances& tolerances) const;
+    /// As for `Polyline2D`: a gap that opens inside the chain is closed where the line or line string behind it, else
+    /// before it, can be moved to its other side.
+    /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers
+    void RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements);
     /// @return true when some element is shorter than `minLength`. A chain that is shorter as a whole (or empty) gives
     /// true
     ///         and no indexes
@@ -54,6 +73,21 @@ public:
 
     /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.
     bool IsContinuous(double tolerance) const { return elements.IsContinuous(tolerance); }
+
+    /// The point at half the length; the origin for an empty chain.
+    Point3D GetMidPoint() const;
+    /// Point, tangent and station at a station of the chain; at a joint the element that starts there. @return false,
+    /// the result untouched, out of [0, length] by more than 1e-10 or where a degenerate element cannot be evaluated
+    bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
+    /// The same at a length along one element.
+    bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
+    /// Appends samples at from, from + step ... and `to`, the range clipped to the chain. A last sample nearer than the
+    /// tolerance to `to` gives way to it.
+    /// @return false, nothing appended, for an empty range or a step that is not positive
+    bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
+                               double tolerance) const;
+    /// The points alone, appended to a line string.
+    bool MakeLineString(double from, double to, LineString3D& lineString, double step, double tolerance) const;
 
 private:
     detail::ElementChain<IPolyline3DElement> elements;

@@ -277,6 +277,7 @@ void Spiral2D::Update() {
         const double turn = std::max(std::abs(first), std::abs(last)) * length;
         const double panels = std::max(leastPanels, std::ceil(turn / turnPerPanel));
         panel = length / panels;
+        usable = panel > 0.0;
         Position position;
         for (double i = 0.0; i < panels && !law.IsParabola(); ++i) {
             positions.push_back(position);
@@ -327,7 +328,7 @@ Spiral2D::Position Spiral2D::GetPosition(double station) const {
         return {(dx + dy * slope) / norm, (dy - dx * slope) / norm};
     }
     const double last = static_cast<double>(positions.size()) - 1.0;
-    const double index = std::clamp(std::floor(station / panel), 0.0, last);
+    const double index = station > 0.0 ? std::min(std::floor(station / panel), last) : 0.0;
     const Position& before = positions[static_cast<std::size_t>(index)];
     const Position step = Integrate(index * panel, station);
     return {before.x + step.x, before.y + step.y};

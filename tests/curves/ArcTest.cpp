@@ -407,5 +407,16 @@ TEST(ArcTest, PlanArcsComeBack) {
         << "the wanted normal is along the radius";
 }
 
+// The end lies within the tolerance of the start, and a point of a small arc within the tolerance of both.
+TEST(ArcTest, NearlyFullTurnsKeepTheirStations) {
+    const Arc2D arc(Point2D(10, 0), Point2D(0, 0), Angle(6.2827));
+    double length = -1.0;
+    ASSERT_TRUE(arc.GetLengthFromStartPoint(arc.GetEnd(), length, 0.01));
+    EXPECT_NEAR(length, 62.827, 1e-9);
+    const Arc2D small(Point2D(0.001, 0), Point2D(0, 0), Angle(3.0));
+    ASSERT_TRUE(small.GetLengthFromStartPoint(small.GetMiddlePoint(), length, 0.01));
+    EXPECT_NEAR(length, 0.0015, 1e-12);
+}
+
 }  // namespace
 }  // namespace Kalvio::Math

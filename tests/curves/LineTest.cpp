@@ -21,6 +21,7 @@ namespace Kalvio::Math {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const Tolerances kTolerances(0.0001, 1e-10);
 const Vec2D kOrigins[] = {Vec2D(0.0, 0.0), Vec2D(385000.0, 6672000.0)};
 
@@ -83,12 +84,20 @@ TEST(LineTest, ZeroLengthIsHarmless) {
     EXPECT_EQ(dot.GetNearestPoint(Point2D(7, 7), kTolerances), Point2D(3, 4));
     EXPECT_EQ(Projection::NormalPointOnLine(Point2D(7, 7), dot), Point2D(3, 4));
     EXPECT_EQ(dot.GetDirection().Length(), 0.0);
+    // Nor is anything on a line whose length is beyond all numbers.
+    const Line2D endless(Point2D(0, 0), Point2D(1e200, 0));
+    std::vector<Point2D> points;
+    EXPECT_FALSE(Intersection::PointOnLine(Point2D(0, 5), endless, 1e-4));
+    EXPECT_FALSE(endless.GetPointOffsetFromStart(1.0, p));
+    EXPECT_FALSE(endless.MakePoints(0.0, 2.0, 1.0, points, true));
+    EXPECT_EQ(endless.GetY(kNan, s), 0);
 }
 
 TEST(LineTest, SlopeAndAxisQueries) {
     double value = -1.0;
     const Line2D flat(Point2D(0, 2), Point2D(1000, 2.05));
     EXPECT_TRUE(flat.IsHorizontal(1e-4)) << "the slope counts, not the rise";
+    EXPECT_TRUE(Line2D(Point2D(0, 2), Point2D(3, 2)).IsHorizontal(0.0));
     EXPECT_FALSE(flat.IsHorizontal(1e-5));
     EXPECT_FALSE(flat.IsVertical(1e-4));
     const Line2D level(Point2D(0, 2), Point2D(4, 2));
@@ -101,6 +110,12 @@ TEST(LineTest, SlopeAndAxisQueries) {
     EXPECT_TRUE(upright.IsVertical(1e-9));
     EXPECT_EQ(upright.GetY(1.0, value), 2);
     EXPECT_EQ(upright.GetY(1.5, value), 0);
+    Line2D turned(Point2D(0, 0), Point2D(2, 4));
+    turned.SetPoints(turned.GetEnd(), turned.GetStart());
+    EXPECT_TRUE(turned.IsEqualTo(Line2D(Point2D(2, 4), Point2D(0, 0)), 1e-12)) << "its own points as arguments";
+    const Line2D tiny(Point2D(0, 0), Point2D(5e-6, 0));
+    EXPECT_DOUBLE_EQ(tiny.GetAngleWithLine(Line2D(Point2D(0, 0), Point2D(0, 5e-6))).GetRadians(),
+                     std::numbers::pi / 2.0);
     EXPECT_EQ(Line2D(Point2D(0, 0), Point2D(2, 4)).GetX(6.0, value), 1);
     EXPECT_EQ(value, 3.0);
 }
@@ -137,6 +152,7 @@ TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
         {"not closed when to is the end", 3.0, 4.0, 0.75, true, true, {3.0, 3.75}},
         {"beyond the end", 4.5, 9.0, 1.0, true, false, {}},
         {"before the start", -3.0, -1.0, 1.0, true, false, {}},
+        {"an infinite step keeps its first sample", 1.0, 9.0, kInfinity, true, true, {1.0, 4.0}},
         {"step 0", 0.0, 4.0, 0.0, true, false, {}},
         {"step NaN", 0.0, 4.0, kNan, true, false, {}},
         {"more steps than anything holds", 0.0, 4.0, 1e-300, true, false, {}},

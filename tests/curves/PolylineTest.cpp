@@ -1,10 +1,13 @@
+#include "kalvio/core/Plane3D.h"
 #include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
 #include "support/Concurrently.h"
 #include "support/Near.h"
 #include "support/Origins.h"
@@ -213,6 +216,8 @@ TEST(PolylineTest, OwnsWhatItTakesAndRefusesWhatItCannot) {
     EXPECT_FALSE(chain.Insert(2, refused.get()));
     std::vector<IPolyline2DElement*> holed{refused.get(), nullptr};
     EXPECT_FALSE(chain.Insert(0, holed));
+    std::vector<IPolyline2DElement*> twice{refused.get(), refused.get()};
+    EXPECT_FALSE(chain.Insert(0, twice));
     std::vector<IPolyline2DElement*> added{new Line2D(Point2D(-2, 0), Point2D(-1, 0)),
                                            new Line2D(Point2D(-1, 0), Point2D(0, 0))};
     EXPECT_TRUE(chain.Insert(0, added));
@@ -297,7 +302,7 @@ TEST(PolylineTest, RemovedRunsAreBridged) {
     indexes.clear();
     EXPECT_TRUE(chain.FindShortElements(indexes, 100.0)) << "the whole chain counts as short";
     EXPECT_TRUE(indexes.empty());
-    chain.RemoveElements({1, 2, 4, 77}, true);
+    chain.RemoveElements({4, 77, 2, 1, 2}, true);  // in any order
     ASSERT_EQ(chain.GetNrOfElements(), 3U);
     EXPECT_TRUE(chain.IsContinuous(1e-12));
     EXPECT_TRUE(chain.GetElementAtIndex(1).IsEqualTo(Line2D(Point2D(1, 1), Point2D(4, 0)), 1e-12));
@@ -319,7 +324,11 @@ TEST(PolylineTest, SingleElementEqualsItsChain) {
     EXPECT_EQ(bent->GetType(), MathTypes::LineString2D);
     const std::unique_ptr<IGeometry> joined(line.Append(&chain));
     ASSERT_EQ(joined->GetType(), MathTypes::Polyline2D);
-    EXPECT_EQ(AsPolyline(joined).GetNrOfElements(), 2U) << "taken one by one";
+    ASSERT_EQ(AsPolyline(joined).GetNrOfElements(), 2U);
+    EXPECT_EQ(AsPolyline(joined).GetElementAtIndex(1).GetType(), MathTypes::Polyline2D)
+        << "the chain stays one element";
+    const std::unique_ptr<IGeometry> flat(chain.Append(joined.get()));
+    EXPECT_EQ(AsPolyline(flat).GetNrOfElements(), 3U) << "here the elements are taken one by one";
     EXPECT_EQ(std::unique_ptr<IGeometry>(line.Append(nullptr)), nullptr);
     const Point2D point;
     EXPECT_EQ(std::unique_ptr<IGeometry>(chain.Append(&point)), nullptr);
@@ -387,6 +396,30 @@ TEST(Polyline3DTest, ChainInSpace) {
     EXPECT_EQ(static_cast<const Polyline3D&>(*reversed).GetStart().GetZ(), 16.0);
     EXPECT_TRUE(static_cast<const Polyline3D&>(*reversed).IsContinuous(1e-9));
     EXPECT_EQ(chain.GetBoundingBox3D().GetSize().GetZ(), 16.0);
+
+    chain.AppendElement(new LineString3D({Point3D(2, 3, 16), Point3D(3, 3, 16), Point3D(3, 5, 16)}));
+    const Plane3D wall(Point3D(3, 5, 16), Vec3D(1, 0, 0));
+    chain.AppendElement(new Arc3D(Point3D(3, 5, 16), Point3D(3, 7, 16), Angle(3.0), wall));
+    Polyline3D nested;
+    nested.AppendElement(chain.Clone());
+    for (const Polyline3D* const road : {&chain, &nested}) {
+        std::vector<Polyline3D::PolylinePoint> samples;
+        ASSERT_TRUE(road->MakePointsAndTangents(0.0, 1e9, samples, 0.7, 1e-6));
+        EXPECT_EQ(samples.back().station, road->GetLength());
+        for (const Polyline3D::PolylinePoint& sample : samples) {
+            double station = -1.0;
+            ASSERT_TRUE(road->GetLengthFromStartPoint(sample.point, station, 1e-6));
+            EXPECT_NEAR(station, sample.station, 1e-6);
+            EXPECT_NEAR(sample.tangent.Length(), 1.0, 1e-12);
+        }
+    }
+    std::vector<double> lengths;
+    chain.GetLengthsAlongGeometry(Point3D(2, 3, 6), lengths, kTolerances);
+    EXPECT_EQ(lengths, std::vector<double>{7.0});
+    chain.RemoveElements({1, 1, 9}, true);
+    EXPECT_EQ(chain.GetNrOfElements(), 3U);
+    EXPECT_TRUE(chain.IsContinuous(1e-9)) << "the line string moved to the gap's other side";
+    EXPECT_EQ(Polyline3D().GetElementAtIndex(2).GetLength(), 0.0);
 }
 
 }  // namespace

@@ -36,12 +36,14 @@ inline double SignedDistanceToLine(const Point2D& p, const Point2D& a, const Poi
     return ((a.GetY() - p.GetY()) * dx - (a.GetX() - p.GetX()) * dy) / length;
 }
 
-/// True when p lies on the infinite line a -> b: |cross| / length <= |tolerance|, inclusive. Never for a zero length.
+/// True when p lies on the infinite line a -> b: |cross| / length <= |tolerance|, inclusive. Never for a length that is
+/// zero or not finite.
 inline bool IsPointOnLine(const Point2D& p, const Point2D& a, const Point2D& b, double tolerance) {
     const double dx = b.GetX() - a.GetX();
     const double dy = b.GetY() - a.GetY();
     const double cross = (p.GetX() - a.GetX()) * dy - (p.GetY() - a.GetY()) * dx;
-    return std::abs(cross) / std::sqrt(dx * dx + dy * dy) <= std::abs(tolerance);
+    const double length = std::sqrt(dx * dx + dy * dy);
+    return length <= largestDouble && std::abs(cross) / length <= std::abs(tolerance);
 }
 
 /// True when p lies on the segment a -> b: inside its box widened by |tolerance| and on its line, both inclusive. A

@@ -26,7 +26,7 @@ bool ForEachStationTo(double from, double to, double step, Emit&& emit) {
     const std::int64_t parts = NumberOfParts(to - from, step);
     if (parts == 0) return false;
     if (from < to) {
-        for (std::int64_t i = 0; i < parts; ++i) emit(from + static_cast<double>(i) * step);
+        for (std::int64_t i = 0; i < parts; ++i) emit(from + Steps(i, step));
     }
     emit(to);
     return true;

@@ -18,7 +18,8 @@ struct ElementCut {
 /// The common contract of `BreakAtPreSorted`: cuts `element` at the stations of `breaks`.
 ///
 /// A cut nearer than the user tolerance to the cut (or start) before it is skipped; cuts at or beyond the end are
-/// ignored. The last piece is left out when it is no longer than the tolerance, unless no other piece went to `out`.
+/// ignored. The last piece is left out when it is no longer than the tolerance, unless this call puts no other piece
+/// into `out`.
 ///
 /// @param startStation  station of the element's start on the scale of `breaks`
 /// @param modifyThis    the element becomes the first piece and only the others go to `out`

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -36,16 +37,27 @@ public:
     void Append(std::unique_ptr<Element> element) { elements.push_back(std::move(element)); }
     void AppendClone(const Element& element) { Append(CloneOf(element)); }
 
-    /// Takes the elements over before position `index`. @return false, nothing taken, for a null pointer or an index
-    /// beyond the size
+    /// Takes the elements over before position `index`. @return false, nothing taken, for a null pointer, a pointer
+    /// given twice or an index beyond the size
     bool Insert(std::size_t index, const std::vector<Element*>& added) {
         if (index > elements.size()) return false;
-        if (std::find(added.begin(), added.end(), nullptr) != added.end()) return false;
+        std::vector<const Element*> sorted(added.begin(), added.end());
+        std::sort(sorted.begin(), sorted.end(), std::less<>());
+        if (!sorted.empty() && sorted.front() == nullptr) return false;
+        if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) return false;
         elements.reserve(elements.size() + added.size());
         auto position = elements.begin() + static_cast<std::ptrdiff_t>(index);
         for (Element* const element : added)
             position = elements.insert(position, std::unique_ptr<Element>(element)) + 1;
         return true;
+    }
+
+    /// The indexes that there are, ascending and each once.
+    std::vector<std::uint64_t> KnownIndexes(std::vector<std::uint64_t> indexes) const {
+        std::sort(indexes.begin(), indexes.end());
+        indexes.erase(std::unique(indexes.begin(), indexes.end()), indexes.end());
+        indexes.erase(std::lower_bound(indexes.begin(), indexes.end(), elements.size()), indexes.end());
+        return indexes;
     }
 
     /// Removes [first, last); with `release` the elements live on, owned by whoever holds their pointers.

@@ -7,6 +7,7 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
+#include "kalvio/curves/detail/WalkPoints.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <array>
@@ -39,28 +40,6 @@ bool WithClass(const IPolyline2DElement& element, Visit&& visit) {
     }
 }
 
-// One walk along a line string for all of the ascending stations; at a vertex the segment that starts there gives the
-// tangent.
-bool WalkLineString(const LineString2D& lineString, std::span<const double> stations,
-                    std::vector<ElementPoint>& samples) {
-    const std::vector<Point2D>& points = lineString.GetPoints();
-    if (points.size() < 2) return false;
-    std::size_t i = 0;
-    double start = 0.0;
-    double length = points[0].Distance(points[1]);
-    for (const double station : stations) {
-        while (i + 2 < points.size() && !(station < start + length)) {
-            start += length;
-            ++i;
-            length = points[i].Distance(points[i + 1]);
-        }
-        const Vec2D direction = points[i + 1] - points[i];
-        const double t = length > 0.0 ? (station - start) / length : 0.0;
-        samples.push_back({points[i] + direction * t, Vec2D(direction).Normalize(), station});
-    }
-    return true;
-}
-
 struct Evaluate {
     double station;
     ElementPoint& result;
@@ -71,7 +50,7 @@ struct Evaluate {
     }
     bool operator()(const LineString2D& lineString) const {
         std::vector<ElementPoint> one;
-        if (!WalkLineString(lineString, std::span(&station, 1), one)) return false;
+        if (!WalkPoints(lineString.GetPoints(), std::span(&station, 1), one)) return false;
         result = one.front();
         return true;
     }
@@ -190,7 +169,7 @@ bool EvaluateElement(const IPolyline2DElement& element, double station, ElementP
 bool SampleElement(const IPolyline2DElement& element, std::span<const double> stations,
                    std::vector<ElementPoint>& samples) {
     if (element.GetType() == MathTypes::LineString2D) {
-        return WalkLineString(static_cast<const LineString2D&>(element), stations, samples);
+        return WalkPoints(static_cast<const LineString2D&>(element).GetPoints(), stations, samples);
     }
     return WithClass(element, [&](const auto& curve) {
         for (const double station : stations) {

@@ -19,7 +19,7 @@ inline void BuildConstantSteps(std::vector<double>& steps, double from, double t
     const double span = to - from;
     const std::int64_t parts = NumberOfParts(std::abs(span), step);
     if (parts == 0) return;
-    for (std::int64_t i = 0; i < parts && span != 0.0; ++i) steps.push_back(static_cast<double>(i) * step);
+    for (std::int64_t i = 0; i < parts && span != 0.0; ++i) steps.push_back(Steps(i, step));
     steps.push_back(span);
 }
 
