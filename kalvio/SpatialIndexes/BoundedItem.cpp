@@ -1,0 +1,7 @@
+#include "kalvio/SpatialIndexes/BoundedItem.h"
+
+namespace Kalvio::Math::SpatialIndexes {
+
+BoundedItem::~BoundedItem() = default;
+
+}  // namespace Kalvio::Math::SpatialIndexes

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "kalvio/Export.h"
+#include "kalvio/SpatialIndexes/SpatialIndexTypes.h"
+
+#include <cstdint>
+#include <list>
+
+namespace Kalvio::Math {
+class BoundingBoxND;
+class PointND;
+}  // namespace Kalvio::Math
+
+namespace Kalvio::Math::SpatialIndexes {
+
+class ISpatialIndexData;
+class ISpatialIndexVisit;
+
+/// Index of boxed items, searched by box and by point. It never owns its items unless a class says so.
+///
+///     class Pipe : public ISpatialIndexData { ... GetEnvelope(BoundingBoxND& box) const override ... };
+///     RStarTree index(false);
+///     index.Insert(&pipe);
+///     std::list<ISpatialIndexData*> found;
+///     index.Search(BoundingBoxND(BoundingBox2D(Point2D(0, 0), Point2D(10, 10))), true, found);
+///
+/// Every index gives the same answers, in an order of its own. Box tests are closed and exact: touching boxes overlap,
+/// and a box lies inside itself; point searches reach 0.005 outside a box. A search with fewer axes than the index
+/// finds nothing, further axes are ignored. Any box may be inserted: one with a NaN bound is found by no search but can
+/// be removed.
+///
+/// Any number of threads may search one index at once while none changes it.
+class KALVIO_MATH_API ISpatialIndex {
+public:
+    ISpatialIndex() = default;
+    ISpatialIndex(const ISpatialIndex&) = default;
+    ISpatialIndex& operator=(const ISpatialIndex&) = default;
+    virtual ~ISpatialIndex() = default;
+
+    /// Number of axes that count; each class says which it serves.
+    virtual void SetDimension(int dimension) = 0;
+    virtual int GetDimension() const = 0;
+    /// @return true; false, and nothing changes, for a null item
+    virtual bool Insert(const ISpatialIndexData* item) = 0;
+    /// Takes an item out again; it is looked for where its box says.
+    /// @return false, and nothing changes, when the item is not found there
+    virtual bool Remove(const ISpatialIndexData* item) = 0;
+    /// Nothing to do: an index is ready after every change.
+    /// @return true
+    virtual bool Build() = 0;
+    /// Visits the items whose box holds the point, or lies within 0.005 of it along every axis.
+    /// @return number of visits
+    virtual int SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const = 0;
+    /// Visits the items whose box intersects the given one (`overlap`), or lies inside it (not `overlap`).
+    /// @return number of visits
+    virtual int SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const = 0;
+    /// Appends what `SearchAndVisit` visits, in its order.
+    /// @return size of the list afterwards, what it held before included
+    virtual std::uint64_t Search(const PointND& point, std::list<ISpatialIndexData*>& items) const = 0;
+    virtual std::uint64_t Search(const BoundingBoxND& box, bool overlap,
+                                 std::list<ISpatialIndexData*>& items) const = 0;
+    virtual SpatialIndexTypes GetType() const = 0;
+};
+
+}  // namespace Kalvio::Math::SpatialIndexes

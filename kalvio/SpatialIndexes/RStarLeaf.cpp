@@ -1,0 +1,7 @@
+#include "kalvio/SpatialIndexes/RStarLeaf.h"
+
+namespace Kalvio::Math::SpatialIndexes {
+
+RStarLeaf::~RStarLeaf() = default;
+
+}  // namespace Kalvio::Math::SpatialIndexes

@@ -1,0 +1,161 @@
+#include "kalvio/SpatialIndexes/RStarTree.h"
+
+#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
+#include "kalvio/SpatialIndexes/RStarTreeNode.h"
+#include "kalvio/SpatialIndexes/detail/Answers.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace Kalvio::Math::SpatialIndexes {
+
+struct RStarTreeData {
+    std::unique_ptr<RStarTreeNode> root;  // null before the first insertion
+    unsigned int dimension = 2;
+    unsigned int nrOfItems = 0;
+    bool deletes = false;
+    std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
+
+    detail::FlatBox BoxOf(const ISpatialIndexData& item) const {
+        BoundingBoxND envelope(dimension);
+        item.GetEnvelope(envelope);
+        return {envelope, dimension};
+    }
+
+    std::vector<ISpatialIndexData*> Items() const {
+        std::vector<ISpatialIndexData*> items;
+        items.reserve(nrOfItems);
+        auto collect = [&items](ISpatialIndexData* item) { items.push_back(item); };
+        if (root != nullptr) root->GetEntries().Block().FindAll(collect);
+        items.insert(items.end(), unplaced.begin(), unplaced.end());
+        return items;
+    }
+
+    void DeleteItems() const {
+        std::vector<ISpatialIndexData*> items = Items();
+        std::sort(items.begin(), items.end());
+        items.erase(std::unique(items.begin(), items.end()), items.end());
+        for (const ISpatialIndexData* item : items) delete item;
+    }
+
+    auto Walk() const {
+        return [this](const auto& nodeQuery, const auto& itemQuery, auto& found) {
+            if (root != nullptr) root->GetEntries().Block().Search(nodeQuery, itemQuery, found);
+        };
+    }
+
+    void Insert(const detail::FlatBox& box, ISpatialIndexData* item) {
+        if (box.HasNaN()) {
+            unplaced.push_back(item);
+            return;
+        }
+        if (root == nullptr) root = std::make_unique<RStarTreeNode>(true, dimension, deletes);
+        RStarTreeNode::Insertion insertion;
+        InsertFromRoot(box, item, insertion);
+        // Forced reinsertion waits until the walk down has come back up: it may split the nodes on the way.
+        const std::vector<RStarTreeNode::Entry> removed = std::move(insertion.removed);
+        for (const RStarTreeNode::Entry& entry : removed) InsertFromRoot(entry.box, entry.item, insertion);
+    }
+
+    void InsertFromRoot(const detail::FlatBox& box, ISpatialIndexData* item, RStarTreeNode::Insertion& insertion) {
+        std::unique_ptr<RStarTreeNode> sibling = root->Insert(box, item, true, insertion);
+        if (sibling == nullptr) return;
+        auto above = std::make_unique<RStarTreeNode>(false, dimension, deletes);
+        for (std::unique_ptr<RStarTreeNode>* half : {&root, &sibling}) {
+            const detail::FlatBox halfBox = (*half)->box;
+            above->entries.Append({halfBox, std::move(*half), nullptr});
+        }
+        above->UpdateBox();
+        root = std::move(above);
+    }
+};
+
+RStarTree::RStarTree(bool deleteFlag) : data(std::make_unique<RStarTreeData>()) { data->deletes = deleteFlag; }
+
+RStarTree::RStarTree(const RStarTree& other) : RStarTree(false) { *this = other; }
+
+RStarTree& RStarTree::operator=(const RStarTree& other) {
+    if (this == &other) return *this;
+    auto copy = std::make_unique<RStarTreeData>();
+    if (other.data->root != nullptr) copy->root = std::make_unique<RStarTreeNode>(*other.data->root);
+    copy->dimension = other.data->dimension;
+    copy->nrOfItems = other.data->nrOfItems;
+    copy->unplaced = other.data->unplaced;
+    if (data->deletes) data->DeleteItems();
+    data = std::move(copy);
+    return *this;
+}
+
+RStarTree::~RStarTree() {
+    if (data->deletes) data->DeleteItems();
+}
+
+void RStarTree::SetDimension(int dimension) {
+    const auto wanted = static_cast<unsigned int>(dimension);
+    if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
+    const std::vector<ISpatialIndexData*> items = data->Items();
+    data->root = nullptr;
+    data->unplaced.clear();
+    data->dimension = wanted;
+    for (ISpatialIndexData* item : items) data->Insert(data->BoxOf(*item), item);
+}
+
+int RStarTree::GetDimension() const { return static_cast<int>(data->dimension); }
+
+bool RStarTree::Insert(const ISpatialIndexData* item) {
+    if (item == nullptr) return false;
+    data->Insert(data->BoxOf(*item), const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
+    ++data->nrOfItems;
+    return true;
+}
+
+bool RStarTree::Remove(const ISpatialIndexData* item) {
+    if (item == nullptr) return false;
+    const detail::FlatBox itemBox = data->BoxOf(*item);
+    if (itemBox.HasNaN()) {
+        const std::size_t nrOfRemoved = std::erase(data->unplaced, item);
+        data->nrOfItems -= static_cast<unsigned int>(nrOfRemoved);
+        return nrOfRemoved > 0;
+    }
+    RStarTreeNode::Removal removal{item, itemBox, 0, {}};
+    if (data->root == nullptr || !data->root->box.Intersects(itemBox) || !data->root->Remove(removal)) return false;
+    data->nrOfItems -= removal.nrOfLeaves;
+
+    while (!data->root->HoldsLeaves() && data->root->GetNrOfEntries() == 1) {
+        data->root = data->root->entries.TakeChild(0);
+    }
+    if (data->root->GetNrOfEntries() == 0) {
+        data->root = std::make_unique<RStarTreeNode>(true, data->dimension, data->deletes);
+    }
+    RStarTreeNode::Insertion again;
+    again.mayReinsert = false;  // they are being reinserted
+    for (const RStarTreeNode::Entry& orphan : removal.orphans) data->InsertFromRoot(orphan.box, orphan.item, again);
+    return true;
+}
+
+int RStarTree::SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const {
+    return detail::VisitAnswers(data->Walk(), visitor, data->dimension, point);
+}
+
+int RStarTree::SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const {
+    return detail::VisitAnswers(data->Walk(), visitor, data->dimension, box, overlap);
+}
+
+std::uint64_t RStarTree::Search(const PointND& point, std::list<ISpatialIndexData*>& items) const {
+    return detail::ListAnswers(data->Walk(), items, data->dimension, point);
+}
+
+std::uint64_t RStarTree::Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const {
+    return detail::ListAnswers(data->Walk(), items, data->dimension, box, overlap);
+}
+
+SpatialIndexTypes RStarTree::GetType() const { return SpatialIndexTypes::RStarTree; }
+
+bool RStarTree::GetDelete() const { return data->deletes; }
+
+unsigned int RStarTree::GetNrOfItems() const { return data->nrOfItems; }
+
+const RStarTreeNode* RStarTree::GetRoot() const { return data->root.get(); }
+
+}  // namespace Kalvio::Math::SpatialIndexes

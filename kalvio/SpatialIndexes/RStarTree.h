@@ -1,0 +1,54 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/ISpatialIndex.h"
+
+#include <memory>
+
+namespace Kalvio::Math::SpatialIndexes {
+
+class RStarTreeNode;
+struct RStarTreeData;
+
+/// R*-tree: a balanced tree of boxes with up to 64 entries per node, in any dimension. The index to take when items
+/// come and go and searches matter.
+///
+/// Insertion, removal and small searches cost O(log n). An item that is inserted twice is found twice and removed by
+/// one call. Moving the tree is not offered; a copy shares the items and copies the nodes.
+class KALVIO_MATH_API RStarTree final : public ISpatialIndex {
+public:
+    static constexpr int largestDimension = 1024;
+
+    /// An empty tree of dimension 2.
+    /// @param deleteFlag  whether the tree owns its items: its destructor, and an assignment to it, deletes those that
+    ///                    are in it then, each once. `Remove` never deletes.
+    explicit RStarTree(bool deleteFlag = false);
+    /// The copy does not own the items.
+    RStarTree(const RStarTree& other);
+    RStarTree& operator=(const RStarTree& other);
+    ~RStarTree() override;
+
+    /// Items' boxes are sized to the dimension: further axes are dropped, missing ones are 0 ... 0. Items that are in
+    /// the tree are inserted anew. Dimensions outside 1 ... `largestDimension` change nothing.
+    void SetDimension(int dimension) override;
+    int GetDimension() const override;
+    bool Insert(const ISpatialIndexData* item) override;
+    bool Remove(const ISpatialIndexData* item) override;
+    bool Build() override { return true; }
+    int SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const override;
+    int SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const override;
+    std::uint64_t Search(const PointND& point, std::list<ISpatialIndexData*>& items) const override;
+    std::uint64_t Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const override;
+    SpatialIndexTypes GetType() const override;
+
+    /// Whether the tree owns its items.
+    bool GetDelete() const;
+    /// Number of items, those inserted twice counted twice.
+    unsigned int GetNrOfItems() const;
+    /// Null before the first insertion; owned by the tree and valid until it changes.
+    const RStarTreeNode* GetRoot() const;
+
+private:
+    std::unique_ptr<RStarTreeData> data;
+};
+
+}  // namespace Kalvio::Math::SpatialIndexes

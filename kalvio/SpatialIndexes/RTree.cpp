@@ -1,0 +1,145 @@
+#include "kalvio/SpatialIndexes/RTree.h"
+
+#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
+#include "kalvio/SpatialIndexes/RTreeNode.h"
+#include "kalvio/SpatialIndexes/detail/Answers.h"
+#include "kalvio/core/detail/Constants.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+#include <vector>
+
+namespace Kalvio::Math::SpatialIndexes {
+
+namespace {
+
+/// Volume of the ball of radius 1: pi^(n/2) / Gamma(n/2 + 1), by V(n) = V(n - 2) 2 pi / n. The least normal double
+/// takes the place of what is less.
+double UnitSphereVolume(unsigned int dimension) {
+    double volume = dimension % 2 == 0 ? 1.0 : 2.0;
+    for (unsigned int n = dimension % 2 == 0 ? 2 : 3; n <= dimension; n += 2) volume *= Math::detail::twoPi / n;
+    return std::max(volume, std::numeric_limits<double>::min());
+}
+
+}  // namespace
+
+struct RTreeData {
+    std::unique_ptr<RTreeNode> root;  // null before the first insertion
+    unsigned int dimension = 2;
+    double unitSphereVolume = UnitSphereVolume(2);
+    std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
+
+    detail::FlatBox BoxOf(const ISpatialIndexData& item) const {
+        BoundingBoxND envelope(dimension);
+        item.GetEnvelope(envelope);
+        return {envelope, dimension};
+    }
+
+    auto Walk() const {
+        return [this](const auto& nodeQuery, const auto& itemQuery, auto& found) {
+            if (root != nullptr) root->GetEntries().Block().Search(nodeQuery, itemQuery, found);
+        };
+    }
+
+    void Insert(ISpatialIndexData* item) {
+        const detail::FlatBox box = BoxOf(*item);
+        if (box.HasNaN()) {
+            unplaced.push_back(item);
+            return;
+        }
+        if (root == nullptr) root = std::make_unique<RTreeNode>(0, dimension);
+        Insert({box, nullptr, item}, 0);
+    }
+
+    void Insert(RTreeNode::Branch branch, unsigned int level) {
+        std::unique_ptr<RTreeNode> sibling = root->Insert(std::move(branch), level, unitSphereVolume);
+        if (sibling == nullptr) return;
+        auto above = std::make_unique<RTreeNode>(root->level + 1, dimension);
+        for (std::unique_ptr<RTreeNode>* half : {&root, &sibling}) {
+            const detail::FlatBox cover = (*half)->entries.Cover();
+            above->entries.Append({cover, std::move(*half), nullptr});
+        }
+        root = std::move(above);
+    }
+
+    bool Remove(const ISpatialIndexData& item) {
+        const detail::FlatBox box = BoxOf(item);
+        if (box.HasNaN()) {
+            const auto place = std::find(unplaced.begin(), unplaced.end(), &item);
+            if (place == unplaced.end()) return false;
+            unplaced.erase(place);
+            return true;
+        }
+        std::vector<RTreeNode::Orphan> orphans;
+        if (root == nullptr || !root->Remove(box, &item, orphans)) return false;
+        // From high levels to low ones: whole subtrees find the tree as it was.
+        for (auto orphan = orphans.rbegin(); orphan != orphans.rend(); ++orphan) {
+            Insert(std::move(orphan->branch), orphan->level);
+        }
+        while (root->level > 0 && root->GetNrOfBranches() == 1) root = root->entries.TakeChild(0);
+        return true;
+    }
+};
+
+RTree::RTree() : data(std::make_unique<RTreeData>()) {}
+
+RTree::RTree(const RTree& other) : RTree() { *this = other; }
+
+RTree& RTree::operator=(const RTree& other) {
+    if (this == &other) return *this;
+    auto copy = std::make_unique<RTreeData>();
+    if (other.data->root != nullptr) copy->root = std::make_unique<RTreeNode>(*other.data->root);
+    copy->dimension = other.data->dimension;
+    copy->unitSphereVolume = other.data->unitSphereVolume;
+    copy->unplaced = other.data->unplaced;
+    data = std::move(copy);
+    return *this;
+}
+
+RTree::~RTree() = default;
+
+void RTree::SetDimension(int dimension) {
+    const auto wanted = static_cast<unsigned int>(dimension);
+    if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
+    std::vector<ISpatialIndexData*> items = std::move(data->unplaced);
+    auto collect = [&items](ISpatialIndexData* item) { items.push_back(item); };
+    if (data->root != nullptr) data->root->GetEntries().Block().FindAll(collect);
+    data->unplaced.clear();
+    data->root = nullptr;
+    data->dimension = wanted;
+    data->unitSphereVolume = UnitSphereVolume(wanted);
+    for (ISpatialIndexData* item : items) data->Insert(item);
+}
+
+int RTree::GetDimension() const { return static_cast<int>(data->dimension); }
+
+bool RTree::Insert(const ISpatialIndexData* item) {
+    if (item == nullptr) return false;
+    data->Insert(const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
+    return true;
+}
+
+bool RTree::Remove(const ISpatialIndexData* item) { return item != nullptr && data->Remove(*item); }
+
+int RTree::SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const {
+    return detail::VisitAnswers(data->Walk(), visitor, data->dimension, point);
+}
+
+int RTree::SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const {
+    return detail::VisitAnswers(data->Walk(), visitor, data->dimension, box, overlap);
+}
+
+std::uint64_t RTree::Search(const PointND& point, std::list<ISpatialIndexData*>& items) const {
+    return detail::ListAnswers(data->Walk(), items, data->dimension, point);
+}
+
+std::uint64_t RTree::Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const {
+    return detail::ListAnswers(data->Walk(), items, data->dimension, box, overlap);
+}
+
+SpatialIndexTypes RTree::GetType() const { return SpatialIndexTypes::RTree; }
+
+const RTreeNode* RTree::GetRoot() const { return data->root.get(); }
+
+}  // namespace Kalvio::Math::SpatialIndexes

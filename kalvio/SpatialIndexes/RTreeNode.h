@@ -1,0 +1,56 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/ISpatialIndexNode.h"
+#include "kalvio/SpatialIndexes/detail/NodeEntries.h"
+
+#include <memory>
+#include <vector>
+
+namespace Kalvio::Math::SpatialIndexes {
+
+/// Node of an `RTree`: up to 8 branches, each a box with a child node, which it owns, or on level 0 with an item.
+class KALVIO_MATH_API RTreeNode final : public ISpatialIndexNode {
+public:
+    static constexpr unsigned int mostBranches = 8;
+    static constexpr unsigned int fewestBranches = 3;  // below the root
+
+    /// An empty node.
+    explicit RTreeNode(unsigned int nodeLevel = 0, unsigned int dimension = 2);
+    /// Copies the nodes below, not the items.
+    RTreeNode(const RTreeNode& other) = default;
+    RTreeNode& operator=(const RTreeNode& other);
+    ~RTreeNode() override;
+
+    SpatialIndexNodeTypes GetType() const override;
+    /// Levels above the leaves.
+    unsigned int GetLevel() const { return level; }
+    unsigned int GetNrOfBranches() const { return entries.GetCount(); }
+    /// The box, child and item of an index below the number of branches. The child is null on level 0, the item above.
+    BoundingBoxND GetBranchBox(unsigned int index) const { return entries.GetBox(index).ToBoundingBox(); }
+    const RTreeNode* GetChild(unsigned int index) const { return level == 0 ? nullptr : &entries.Child(index); }
+    ISpatialIndexData* GetItem(unsigned int index) const { return level == 0 ? entries.Item(index) : nullptr; }
+
+    const detail::NodeEntries<RTreeNode>& GetEntries() const { return entries; }
+
+private:
+    friend struct RTreeData;
+    using Branch = detail::NodeEntry<RTreeNode>;
+
+    /// Branches of a node that fell below the fewest, with the level of that node.
+    struct Orphan {
+        Branch branch;
+        unsigned int level;
+    };
+
+    /// Puts a branch into a node of a level below.
+    /// @return the new sibling when this node was split, else null
+    std::unique_ptr<RTreeNode> Insert(Branch branch, unsigned int branchLevel, double unitSphereVolume);
+    bool Remove(const detail::FlatBox& box, const ISpatialIndexData* item, std::vector<Orphan>& orphans);
+    unsigned int ChooseBranch(const detail::FlatBox& box, double unitSphereVolume) const;
+    std::unique_ptr<RTreeNode> Split(double unitSphereVolume);
+
+    unsigned int level;
+    detail::NodeEntries<RTreeNode> entries;
+};
+
+}  // namespace Kalvio::Math::SpatialIndexes

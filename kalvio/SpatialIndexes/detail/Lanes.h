@@ -1,0 +1,75 @@
+#pragma once
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define KALVIO_LANES_SSE2
+#include <emmintrin.h>
+#endif
+
+namespace Kalvio::Math::SpatialIndexes::detail {
+
+#ifdef KALVIO_LANES_SSE2
+
+/// Answers of one comparison on two neighbouring numbers.
+struct LaneMask {
+    __m128d value;
+    unsigned int Bits() const { return static_cast<unsigned int>(_mm_movemask_pd(value)); }
+};
+inline LaneMask operator&(LaneMask a, LaneMask b) { return {_mm_and_pd(a.value, b.value)}; }
+
+/// Two neighbouring numbers that are worked on at once. Comparisons with NaN are false, as between single numbers.
+struct Lanes {
+    __m128d value;
+    static Lanes Load(const double* first) { return {_mm_loadu_pd(first)}; }
+    static Lanes Of(double first, double second) { return {_mm_set_pd(second, first)}; }
+    static Lanes Repeat(double number) { return {_mm_set1_pd(number)}; }
+};
+inline LaneMask operator<=(Lanes a, Lanes b) { return {_mm_cmple_pd(a.value, b.value)}; }
+inline Lanes operator+(Lanes a, Lanes b) { return {_mm_add_pd(a.value, b.value)}; }
+inline Lanes operator-(Lanes a, Lanes b) { return {_mm_sub_pd(a.value, b.value)}; }
+inline Lanes operator*(Lanes a, Lanes b) { return {_mm_mul_pd(a.value, b.value)}; }
+inline Lanes Min(Lanes a, Lanes b) { return {_mm_min_pd(a.value, b.value)}; }
+inline Lanes Max(Lanes a, Lanes b) { return {_mm_max_pd(a.value, b.value)}; }
+inline void Store(Lanes a, double* first) { _mm_storeu_pd(first, a.value); }
+
+#else
+
+struct LaneMask {
+    unsigned int bits;
+    unsigned int Bits() const { return bits; }
+};
+inline LaneMask operator&(LaneMask a, LaneMask b) { return {a.bits & b.bits}; }
+
+struct Lanes {
+    double first;
+    double second;
+    static Lanes Load(const double* numbers) { return {numbers[0], numbers[1]}; }
+    static Lanes Of(double one, double two) { return {one, two}; }
+    static Lanes Repeat(double number) { return {number, number}; }
+};
+inline LaneMask operator<=(Lanes a, Lanes b) {
+    return {static_cast<unsigned int>(a.first <= b.first) | static_cast<unsigned int>(a.second <= b.second) << 1U};
+}
+inline Lanes operator+(Lanes a, Lanes b) { return {a.first + b.first, a.second + b.second}; }
+inline Lanes operator-(Lanes a, Lanes b) { return {a.first - b.first, a.second - b.second}; }
+inline Lanes operator*(Lanes a, Lanes b) { return {a.first * b.first, a.second * b.second}; }
+inline Lanes Min(Lanes a, Lanes b) {
+    return {a.first < b.first ? a.first : b.first, a.second < b.second ? a.second : b.second};
+}
+inline Lanes Max(Lanes a, Lanes b) {
+    return {a.first > b.first ? a.first : b.first, a.second > b.second ? a.second : b.second};
+}
+inline void Store(Lanes a, double* numbers) {
+    numbers[0] = a.first;
+    numbers[1] = a.second;
+}
+
+#endif
+
+/// Asks for a cache line that will be read soon.
+inline void Prefetch([[maybe_unused]] const void* address) {
+#ifdef KALVIO_LANES_SSE2
+    _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0);
+#endif
+}
+
+}  // namespace Kalvio::Math::SpatialIndexes::detail

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/ISpatialIndex.h"
+#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
+#include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
+#include "kalvio/core/BoundingBoxND.h"
+
+#include <algorithm>
+#include <list>
+#include <vector>
+
+namespace Kalvio::Math::SpatialIndexes {
+
+inline PointND PointOf(std::vector<double> coordinates) { return PointND(coordinates); }
+inline BoundingBoxND Box(double minX, double minY, double maxX, double maxY) {
+    return {PointOf({minX, minY}), PointOf({maxX, maxY})};
+}
+
+class Item : public ISpatialIndexData {
+public:
+    explicit Item(const BoundingBoxND& itemBox) : box(itemBox) {}
+    void GetEnvelope(BoundingBoxND& envelope) const override { envelope = box; }
+
+    BoundingBoxND box;
+};
+
+using Found = std::vector<const ISpatialIndexData*>;
+
+class Collector final : public ISpatialIndexVisit {
+public:
+    void Visit(ISpatialIndexData* item) const override { found.push_back(item); }
+    mutable Found found;
+};
+
+inline Found Sorted(Found items) {
+    std::sort(items.begin(), items.end());
+    return items;
+}
+
+/// The items that a search finds, sorted. `where` is a point, or a box and the overlap flag.
+template <class... Where>
+Found Search(const ISpatialIndex& index, const Where&... where) {
+    std::list<ISpatialIndexData*> items;
+    index.Search(where..., items);
+    return Sorted(Found(items.begin(), items.end()));
+}
+
+}  // namespace Kalvio::Math::SpatialIndexes

@@ -1,0 +1,280 @@
+#include "SpatialIndexes/Items.h"
+#include "SpatialIndexes/Structure.h"
+#include "support/Concurrently.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <limits>
+#include <memory>
+#include <random>
+
+namespace Kalvio::Math::SpatialIndexes {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kLargest = std::numeric_limits<double>::max();
+
+bool HasNaN(const BoundingBoxND& box) {
+    for (unsigned int axis = 0; axis < box.GetDimension(); ++axis) {
+        if (std::isnan(box.GetMin(axis)) || std::isnan(box.GetMax(axis))) return true;
+    }
+    return false;
+}
+
+/// Boxes of every kind that may arrive, many of them equal or touching.
+class Boxes {
+public:
+    Boxes(std::uint64_t seed, unsigned int axes) : random(seed), dimension(axes) {}
+
+    BoundingBoxND Next() {
+        PointND low(dimension);
+        PointND high(dimension);
+        const int kind = Integer(0, 24);
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            const double place = Integer(-400, 400) * 0.5;
+            const double fine = std::uniform_real_distribution<double>(-200.0, 200.0)(random);
+            double from = place;
+            double to = place + Integer(0, 3);            // degenerate points and lines among them, touching others
+            if (kind == 0) from = to = 12.5;              // always the same point
+            if (kind == 1) from = -(to = Integer(0, 5));  // on the axes
+            if (kind == 2) from = -1e300, to = fine * 1e299;
+            if (kind == 3) to = std::nextafter(from = fine + 385000.0, kInfinity);  // as small as can be
+            if (kind == 4) to = (from = 1e-300 * Integer(0, 9)) * 2.0;
+            if (kind == 5) from = 0.3 * kLargest, to = (0.5 + 0.001 * Integer(0, 9)) * kLargest;
+            if (kind == 6 && axis == 0) to = kInfinity;
+            if (kind == 7 && axis == 0) (Integer(0, 1) == 0 ? from : to) = kNaN;
+            if (kind == 8) std::swap(from, to);
+            if (kind == 9) from = to = 1e17 + fine;  // half a minimum extent is lost beside it
+            if (kind > 16) to = (from = fine) + 0.01 * Integer(0, 99);
+            low.SetCoordinate(axis, from);
+            high.SetCoordinate(axis, to);
+        }
+        return {low, high};
+    }
+    int Integer(int first, int last) { return std::uniform_int_distribution<int>(first, last)(random); }
+
+private:
+    std::mt19937_64 random;
+    unsigned int dimension;
+};
+
+/// A tree and a plain list that are asked the same.
+template <class Tree>
+class Model {
+public:
+    Model(std::uint64_t seed, unsigned int dimension) : boxes(seed, dimension) {
+        tree.SetDimension(static_cast<int>(dimension));
+    }
+
+    void InsertNew() {
+        items.emplace_back(boxes.Next());
+        Insert(&items.back());
+    }
+    void InsertAgain() {
+        if (removed.empty()) return;
+        Insert(removed.back());
+        removed.pop_back();
+    }
+    void Remove() {
+        if (inside.empty()) return;
+        const auto i = static_cast<std::size_t>(boxes.Integer(0, static_cast<int>(inside.size()) - 1));
+        Item* const item = inside[i];
+        inside[i] = inside.back();
+        inside.pop_back();
+        ASSERT_TRUE(tree.Remove(item));
+        ASSERT_FALSE(tree.Remove(item)) << "it is no longer there";
+        removed.push_back(item);
+    }
+    void CheckSearches() {
+        const BoundingBoxND window = boxes.Integer(0, 1) == 0 ? boxes.Next() : boxes.Next() + boxes.Next();
+        for (const bool overlap : {true, false}) {
+            const auto matches = [&](const BoundingBoxND& box) {
+                return overlap ? box.Intersects(window) : window.Contains(box);
+            };
+            Check(matches, window, overlap);
+        }
+        PointND point = boxes.Next().GetMinPoint();
+        const double steps[]{0.0, 0.004, 0.006, -0.004};
+        point.SetCoordinate(0, point[0] + steps[boxes.Integer(0, 3)]);
+        Check([&](const BoundingBoxND& box) { return box.IsPointInside(point, 0.005); }, point);
+    }
+    void CheckStructureOfTree() const {
+        const auto nrOfUnplaced = std::count_if(inside.begin(), inside.end(), [](Item* i) { return HasNaN(i->box); });
+        CheckStructure(tree, static_cast<std::size_t>(nrOfUnplaced), inside.size());
+    }
+
+    Boxes boxes;
+    Tree tree;
+    std::vector<Item*> inside;
+
+private:
+    void Insert(Item* item) {
+        ASSERT_TRUE(tree.Insert(item));
+        inside.push_back(item);
+    }
+    template <class Matches, class... Where>
+    void Check(const Matches& matches, const Where&... where) const {
+        Found expected;
+        for (const Item* item : inside) {
+            if (matches(item->box)) expected.push_back(item);
+        }
+        EXPECT_EQ(Search(tree, where...), Sorted(expected));
+        Collector visitor;
+        EXPECT_EQ(tree.SearchAndVisit(where..., visitor), static_cast<int>(expected.size()));
+        EXPECT_EQ(Sorted(visitor.found), Sorted(expected));
+    }
+
+    std::deque<Item> items;
+    std::vector<Item*> removed;
+};
+
+template <class Tree>
+void RunModel(unsigned int dimension, int nrOfSteps) {
+    Model<Tree> model(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601), dimension);
+    // It grows, shrinks to nothing, and grows again.
+    for (const int chanceOfInsertion : {80, 25, 70}) {
+        for (int step = 0; step < nrOfSteps && !testing::Test::HasFailure(); ++step) {
+            SCOPED_TRACE(testing::Message() << "chance " << chanceOfInsertion << ", step " << step);
+            const bool insert = model.boxes.Integer(0, 99) < chanceOfInsertion;
+            if (!insert) model.Remove();
+            if (insert && step % 3 == 0) model.InsertAgain();
+            if (insert && step % 3 != 0) model.InsertNew();
+            if (step % 5 == 0) model.CheckSearches();
+            if (step % 100 == 0) model.CheckStructureOfTree();
+        }
+    }
+    while (!model.inside.empty() && !testing::Test::HasFailure()) model.Remove();
+    model.CheckStructureOfTree();
+    EXPECT_TRUE(Search(model.tree, Box(-kInfinity, -kInfinity, kInfinity, kInfinity), true).empty());
+}
+
+template <class Tree>
+class SpatialIndexTest : public testing::Test {};
+using Trees = testing::Types<RTree, RStarTree, QuadTree>;
+TYPED_TEST_SUITE(SpatialIndexTest, Trees);
+
+TYPED_TEST(SpatialIndexTest, AnswersEqualALinearScanThroughAnyHistory) { RunModel<TypeParam>(2, 5000); }
+
+TEST(SpatialIndexDimensionTest, AnswersEqualALinearScanInOtherDimensions) {
+    for (const unsigned int dimension : {1U, 3U, 5U}) {
+        SCOPED_TRACE(dimension);
+        RunModel<RTree>(dimension, 1000);
+        RunModel<RStarTree>(dimension, 1500);
+    }
+}
+
+TEST(SpatialIndexDimensionTest, ItemsMoveToANewDimensionAndQueriesNeedItsAxes) {
+    Item flat(Box(0, 0, 1, 1));
+    Item high(BoundingBoxND(PointOf({0, 0, 5}), PointOf({1, 1, 6})));
+    const BoundingBoxND atHeight(PointOf({0, 0, 4}), PointOf({2, 2, 5}));
+    const auto check = [&](ISpatialIndex& tree) {
+        tree.Insert(&flat);
+        tree.Insert(&high);
+        EXPECT_EQ(tree.GetDimension(), 2);
+        EXPECT_EQ(Search(tree, atHeight, true).size(), 2U) << "the third axis of the window is ignored";
+        for (const int refused : {0, -1, 1025}) tree.SetDimension(refused);
+        tree.SetDimension(3);
+        EXPECT_EQ(tree.GetDimension(), 3);
+        EXPECT_EQ(Search(tree, atHeight, true), Found{&high}) << "the flat item lies at height 0";
+        EXPECT_TRUE(Search(tree, Box(0, 0, 2, 2), true).empty()) << "the window has too few axes";
+        EXPECT_TRUE(Search(tree, PointOf({0, 0})).empty());
+        EXPECT_TRUE(tree.Remove(&flat));
+    };
+    RTree small;
+    RStarTree large(false);
+    check(small);
+    check(large);
+    QuadTree plane;
+    plane.SetDimension(3);
+    EXPECT_EQ(plane.GetDimension(), 2);
+}
+
+TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
+    for (const Point2D& origin : surveyOrigins) {
+        SCOPED_TRACE(testing::Message() << "origin " << origin.GetX());
+        const double x = origin.GetX() + 10.0;
+        const double y = origin.GetY() + 10.0;
+        TypeParam tree;
+        Item item(Box(x, y, x + 4, y + 4));
+        Item other(Box(x + 100, y + 100, x + 101, y + 101));
+        EXPECT_TRUE(tree.Build());
+        tree.Insert(&item);
+        tree.Insert(&other);
+        struct Row {
+            const char* why;
+            BoundingBoxND window;
+            bool overlap;
+            bool found;
+        };
+        const Row rows[] = {
+            {"touches along an edge", Box(x + 4, y, x + 8, y + 4), true, true},
+            {"touches at a corner", Box(x - 8, y - 8, x, y), true, true},
+            {"touching is not inside", Box(x + 4, y, x + 8, y + 4), false, false},
+            {"the box itself", Box(x, y, x + 4, y + 4), false, true},
+            {"an inside edge short", Box(x, y, x + 4, y + 3.5), false, false},
+            {"apart", Box(x + 4.25, y, x + 8, y + 4), true, false},
+            {"within the item", Box(x + 1, y + 1, x + 2, y + 2), true, true},
+            {"no axis", BoundingBoxND(), true, false},
+        };
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.why);
+            EXPECT_EQ(Search(tree, row.window, row.overlap), row.found ? Found{&item} : Found{});
+        }
+        EXPECT_EQ(Search(tree, PointOf({x + 4.004, y - 0.004})), Found{&item});
+        EXPECT_EQ(Search(tree, PointOf({x + 4.006, y})), Found{});
+        EXPECT_EQ(Search(tree, PointOf({kNaN, y})), Found{});
+
+        std::list<ISpatialIndexData*> list(3, &other);
+        tree.Insert(&item);  // again
+        EXPECT_EQ(tree.Search(PointOf({x, y}), list), 5U) << "what was in the list counts";
+        EXPECT_EQ(tree.Search(Box(x, y, x, y), true, list), 7U);
+        EXPECT_EQ(list.front(), &other);
+        Item stranger(Box(x, y, x + 4, y + 4));
+        EXPECT_FALSE(tree.Remove(&stranger));
+        EXPECT_FALSE(tree.Insert(nullptr));
+        EXPECT_FALSE(tree.Remove(nullptr));
+    }
+}
+
+TYPED_TEST(SpatialIndexTest, ACopyLivesOnItsOwn) {
+    Boxes boxes(SeedFromEnvironment("KALVIO_TEST_SEED", 7), 2);
+    std::deque<Item> items;
+    TypeParam tree;
+    for (int i = 0; i < 300; ++i) tree.Insert(&items.emplace_back(boxes.Next()));
+    TypeParam copy(tree);
+    TypeParam assigned;
+    assigned.Insert(&items[0]);
+    assigned = tree;
+    const BoundingBoxND everywhere = Box(-kInfinity, -kInfinity, kInfinity, kInfinity);
+    const Found all = Search(tree, everywhere, true);
+    for (Item& item : items) EXPECT_TRUE(tree.Remove(&item));
+    EXPECT_TRUE(Search(tree, everywhere, true).empty());
+    EXPECT_EQ(Search(copy, everywhere, true), all);
+    EXPECT_EQ(Search(assigned, everywhere, true), all);
+    const auto nrOfUnplaced = std::count_if(items.begin(), items.end(), [](const Item& i) { return HasNaN(i.box); });
+    CheckStructure(copy, static_cast<std::size_t>(nrOfUnplaced), items.size());
+}
+
+TYPED_TEST(SpatialIndexTest, ManyThreadsSearchOneTree) {
+    Boxes boxes(SeedFromEnvironment("KALVIO_TEST_SEED", 11), 2);
+    std::deque<Item> items;
+    TypeParam tree;
+    for (int i = 0; i < 1000; ++i) tree.Insert(&items.emplace_back(boxes.Next()));
+    const auto nrOfUnplaced = std::count_if(items.begin(), items.end(), [](const Item& i) { return HasNaN(i.box); });
+    const BoundingBoxND window = Box(-50, -50, 120, 120);
+    const Found alone = Search(tree, window, true);
+    std::vector<Found> together(4);
+    Concurrently(4, [&](unsigned int i) {
+        together[i] = Search(tree, window, true);
+        (void)Search(tree, PointOf({12.5, 12.5}));
+        CheckStructure(tree, static_cast<std::size_t>(nrOfUnplaced), items.size());  // quadtrees make squares on demand
+    });
+    for (const Found& found : together) EXPECT_EQ(found, alone);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math::SpatialIndexes

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/QuadTree.h"
+#include "kalvio/SpatialIndexes/QuadTreeNode.h"
+#include "kalvio/SpatialIndexes/RStarTree.h"
+#include "kalvio/SpatialIndexes/RStarTreeNode.h"
+#include "kalvio/SpatialIndexes/RTree.h"
+#include "kalvio/SpatialIndexes/RTreeNode.h"
+
+#include "SpatialIndexes/Items.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+
+/// Checks what holds in every tree at any time: boxes contain what is below them, levels are even, nodes are filled.
+namespace Kalvio::Math::SpatialIndexes {
+
+/// An item's box as its parents must contain it: corners in order.
+inline BoundingBoxND Ordered(const BoundingBoxND& box) {
+    BoundingBoxND ordered(box.GetDimension());
+    ordered.Reset();
+    return ordered + BoundingBoxND(box.GetMinPoint(), box.GetMinPoint()) +
+           BoundingBoxND(box.GetMaxPoint(), box.GetMaxPoint());
+}
+
+/// Exactly, infinite bounds included.
+inline bool Same(const BoundingBoxND& a, const BoundingBoxND& b) { return a.Contains(b) && b.Contains(a); }
+
+/// @return number of items below
+inline std::size_t CheckNode(const RStarTreeNode& node, bool isRoot, int& depth) {
+    const unsigned int n = node.GetNrOfEntries();
+    EXPECT_LE(n, RStarTreeNode::mostEntries);
+    if (!isRoot) {
+        EXPECT_GE(n, RStarTreeNode::fewestEntries);
+    }
+    if (isRoot && !node.HoldsLeaves()) {
+        EXPECT_GE(n, 2U);
+    }
+    BoundingBoxND cover(node.GetBox().GetDimension());
+    cover.Reset();
+    std::size_t items = 0;
+    depth = 0;
+    for (unsigned int i = 0; i < n; ++i) {
+        if (node.HoldsLeaves()) {
+            const RStarLeaf leaf = node.GetLeaf(i);
+            EXPECT_NE(leaf.GetItem(), nullptr);
+            cover += Ordered(leaf.GetBox());
+            ++items;
+            continue;
+        }
+        int childDepth = 0;
+        const RStarTreeNode& child = *node.GetChild(i);
+        items += CheckNode(child, false, childDepth);
+        cover += child.GetBox();
+        EXPECT_TRUE(Same(node.GetEntries().GetBox(i).ToBoundingBox(), child.GetBox()));
+        if (i > 0) {
+            EXPECT_EQ(depth, childDepth + 1) << "uneven levels";
+        }
+        depth = childDepth + 1;
+    }
+    EXPECT_TRUE(n == 0 || Same(node.GetBox(), cover)) << "not the cover of the entries";
+    return items;
+}
+
+inline std::size_t CheckNode(const RTreeNode& node, bool isRoot, BoundingBoxND& cover) {
+    const unsigned int n = node.GetNrOfBranches();
+    EXPECT_LE(n, RTreeNode::mostBranches);
+    if (!isRoot) {
+        EXPECT_GE(n, RTreeNode::fewestBranches);
+    }
+    if (isRoot && node.GetLevel() > 0) {
+        EXPECT_GE(n, 2U);
+    }
+    std::size_t items = 0;
+    for (unsigned int i = 0; i < n; ++i) {
+        const BoundingBoxND box = node.GetBranchBox(i);
+        if (i == 0) cover = Ordered(box);
+        cover += Ordered(box);
+        if (node.GetLevel() == 0) {
+            ++items;
+            continue;
+        }
+        const RTreeNode& child = *node.GetChild(i);
+        EXPECT_EQ(child.GetLevel() + 1, node.GetLevel());
+        BoundingBoxND below;
+        items += CheckNode(child, false, below);
+        EXPECT_TRUE(Same(box, below)) << "not the cover of the branches";
+    }
+    return items;
+}
+
+inline std::size_t CheckNode(const QuadTreeNode& node, bool isRoot) {
+    std::size_t items = node.GetItems().size();
+    const BoundingBoxND* const square = node.GetEnvelope();
+    EXPECT_EQ(square == nullptr, isRoot);
+    for (ISpatialIndexData* item : node.GetItems()) {
+        if (!isRoot) {
+            EXPECT_TRUE(square->Contains(static_cast<Item*>(item)->box));
+        }
+    }
+    for (int quadrant = 0; quadrant < 4; ++quadrant) {
+        const QuadTreeNode* const child = node.GetSubnode(quadrant);
+        if (child == nullptr) continue;
+        if (isRoot) {
+            EXPECT_EQ(QuadTreeNode::GetSubnodeIndex(*child->GetEnvelope(), PointND(2U)), quadrant);
+        } else {
+            EXPECT_EQ(child->GetLevel() + 1, node.GetLevel());
+            EXPECT_TRUE(square->Contains(*child->GetEnvelope()));
+        }
+        const double side = child->GetEnvelope()->GetSize()[0];
+        if (std::isfinite(side) && child->GetLevel() > -30) {
+            EXPECT_EQ(side, std::ldexp(1.0, child->GetLevel()));
+        }
+        items += CheckNode(*child, false);
+    }
+    return items;
+}
+
+inline void CheckStructure(const RStarTree& tree, std::size_t nrOfUnplaced, std::size_t nrOfItems) {
+    EXPECT_EQ(tree.GetNrOfItems(), nrOfItems);
+    int depth = 0;
+    if (tree.GetRoot() != nullptr) {
+        EXPECT_EQ(CheckNode(*tree.GetRoot(), true, depth) + nrOfUnplaced, nrOfItems);
+    }
+}
+
+inline void CheckStructure(const RTree& tree, std::size_t nrOfUnplaced, std::size_t nrOfItems) {
+    BoundingBoxND cover;
+    if (tree.GetRoot() != nullptr) {
+        EXPECT_EQ(CheckNode(*tree.GetRoot(), true, cover) + nrOfUnplaced, nrOfItems);
+    }
+}
+
+inline void CheckStructure(const QuadTree& tree, std::size_t, std::size_t nrOfItems) {
+    EXPECT_EQ(CheckNode(*tree.GetRoot(), true), nrOfItems);
+    EXPECT_EQ(static_cast<std::size_t>(tree.GetRoot()->Size()), nrOfItems);
+}
+
+}  // namespace Kalvio::Math::SpatialIndexes
