@@ -379,7 +379,9 @@ bool Polygon2D::GetPointInsideBoundary(Point2D& point, double tolerance) const {
     std::vector<const std::vector<Point2D>*> rings{&points};
     for (const LineString2D& hole : holes) rings.push_back(&hole.GetPoints());
     LineAcross line(rings);
-    double best = tolerance * tolerance;
+    // The border tests reach to the corners of a square; and less than the rounding is no distance.
+    const double noise = detail::CoordinateNoise(points);
+    double best = 2.0 * std::max(tolerance * tolerance, noise * noise);
     Point2D inside;
     const auto offer = [&](double level, int axis) {
         Point2D middle;

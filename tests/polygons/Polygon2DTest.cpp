@@ -1,0 +1,462 @@
+#include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Triangle3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/queries/Intersection.h"
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Rings.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <limits>
+#include <list>
+#include <map>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr char kSquare[] = "0 0 10 0 10 10 0 10";
+
+// One of four forms of a polygon: closed or not, its ring reversed or not; moved to an origin.
+Polygon2D Form(Polygon2D polygon, int form, const Point2D& origin) {
+    if ((form & 1) != 0) polygon.Close();
+    if ((form & 2) != 0) polygon.Reverse();
+    return polygon.Translate(origin - Point2D());
+}
+
+TEST(Polygon2DTest, AreaWindingCentroidAndPerimeterFollowTheOuterRing) {
+    struct Row {
+        const char* why;
+        const char* polygon;
+        double area;
+        Point2D centroid;
+        double perimeter;
+    };
+    const Row rows[] = {
+        {"unit square", "0 0 1 0 1 1 0 1", 1.0, Point2D(0.5, 0.5), 4.0},
+        {"hole turning left", "0 0 10 0 10 10 0 10 / 6 6 8 6 8 8 6 8", 96.0, Point2D(5, 5), 40.0},
+        {"hole turning right", "0 0 10 0 10 10 0 10 / 6 6 6 8 8 8 8 6", 96.0, Point2D(5, 5), 40.0},
+        {"holes larger than the ring", "0 0 2 0 2 2 0 2 / 0 0 3 0 3 3 0 3", -5.0, Point2D(1, 1), 8.0},
+        {"triangle", "0 0 3 0 0 4", 6.0, Point2D(1, 4.0 / 3), 12.0},
+        {"no area: the mean", "0 0 1 1 5 5", 0.0, Point2D(2, 2), 10 * std::sqrt(2.0)},
+        {"one point", "3 4", 0.0, Point2D(3, 4), 0.0},
+        {"nothing", "", 0.0, Point2D(0, 0), 0.0},
+    };
+    for (const Row& row : rows) {
+        for (const Point2D& origin : {Point2D(0, 0), Point2D(385000, 6672000), Point2D(500123.38, 6612345.61)}) {
+            for (int form = 0; form < 4; ++form) {
+                SCOPED_TRACE(row.why);
+                Polygon2D polygon = Form(MakePolygon(row.polygon), form, origin);
+                EXPECT_NEAR(polygon.GetArea(), form < 2 ? row.area : -row.area, 2e-8);
+                const Vec2D moved = polygon.GetSize() > 0 ? origin - Point2D() : Vec2D();
+                EXPECT_THAT(polygon.GetCentroid(), IsNear(row.centroid + moved, 1e-6));
+                EXPECT_NEAR(polygon.GetLength(), row.perimeter, 1e-8);
+                const auto winding = polygon.GetArea() > 0.0 ? WindingValue::CounterClockwise : WindingValue::Clockwise;
+                EXPECT_EQ(polygon.GetWinding(), winding);
+                EXPECT_FALSE(polygon.SetWinding(winding));
+                EXPECT_TRUE(polygon.SetWinding(static_cast<WindingValue>(1U - static_cast<unsigned int>(winding))));
+                EXPECT_EQ(polygon.GetWinding() == winding, row.area == 0.0) << "no area is clockwise either way";
+            }
+        }
+    }
+}
+
+TEST(Polygon2DTest, EveryEditOfTheRingRenewsTheBox) {
+    Polygon2D polygon;
+    const auto reaches = [&polygon](double x) { return polygon.GetBoundingBox().GetMaxPoint() == Point2D(x, x); };
+    EXPECT_TRUE(reaches(0));
+    polygon.AppendPoints(std::vector<Point2D>{Point2D(0, 0), Point2D(1, 0), Point2D(1, 1)});
+    EXPECT_TRUE(reaches(1));
+    polygon.AppendPoints(std::list<Point2D>{Point2D(2, 2)});
+    EXPECT_TRUE(reaches(2));
+    polygon.GetPoint(3) = Point2D(3, 3);
+    EXPECT_TRUE(reaches(3));
+    polygon.GetPoints().emplace_back(0, 4);
+    polygon.AppendPoint(Point2D(4, 4));
+    EXPECT_TRUE(reaches(4));
+    EXPECT_TRUE(polygon.Insert(6, Point2D(5, 5)));
+    EXPECT_FALSE(polygon.Insert(8, Point2D(9, 9)));
+    EXPECT_TRUE(reaches(5));
+    polygon.Translate(Vec2D(1, 1));
+    EXPECT_TRUE(reaches(6));
+    polygon.Close();
+    polygon.Close();
+    EXPECT_EQ(polygon.GetTotalSize(), 8U) << "closing twice closes once";
+    polygon.Clear();
+    EXPECT_TRUE(reaches(0));
+}
+
+TEST(Polygon2DTest, EditsAlongTheRingCountTheClosingEdge) {
+    // Points of the grid are named by x + 3 y: the corners 0, 2, 8, 6 and the middle 4.
+    const auto names = [](const Polygon2D& polygon) {
+        std::string text;
+        for (const Point2D& p : polygon.GetPoints()) text += std::to_string(static_cast<int>(p.GetX() + 3 * p.GetY()));
+        return text;
+    };
+    const auto inserted = [&names](double length, bool isClosed) {
+        Polygon2D polygon = MakePolygon("0 0 2 0 2 2 0 2");
+        if (isClosed) polygon.Close();
+        return polygon.InsertAtLength(length, Point2D(1, 1)) ? names(polygon) : "refused";
+    };
+    EXPECT_EQ(inserted(0, false), "04286");
+    EXPECT_EQ(inserted(3, false), "02486");
+    EXPECT_EQ(inserted(7, false), "02864");
+    EXPECT_EQ(inserted(7, true), "028640");
+    EXPECT_EQ(inserted(-1e-9, false), "refused");
+    EXPECT_EQ(inserted(8.1, true), "refused");
+    Polygon2D ring = MakePolygon("2 2 0 2 0.05 0 2 0 2.01 0 2 2");
+    ring.ReducePoints(0.1);
+    EXPECT_EQ(names(ring), "86028");
+    Polygon2D::RearrangePointsByStartingFromMinXMinY(ring, 0.1);
+    EXPECT_EQ(names(ring), "02860") << "closed before, closed after";
+    Polygon2D::RearrangePointsByStartingFromMinXMinY(ring, 0.01);
+    ring.RemoveClosingPoint(1e-4);
+    EXPECT_EQ(names(ring), "6028");
+}
+
+TEST(Polygon2DTest, PositionCodesAroundTwoHolesInEveryDirectionClosedAndOpen) {
+    using Result = Polygon2D::PositionResult;
+    struct Row {
+        const char* why;
+        double x, y;
+        Result expected;
+        int hole;
+    };
+    const Row rows[] = {
+        {"outside", 11, 4, Result::Outside, -1},
+        {"outside, level with a vertex", -1, 0, Result::Outside, -1},
+        {"outside, level with a hole's edge", -1, 2, Result::Outside, -1},
+        {"outer corner", 0, 0, Result::OnOuterBorder, -1},
+        {"outer edge", 5, 0, Result::OnOuterBorder, -1},
+        {"closing edge", 0, 4, Result::OnOuterBorder, -1},
+        {"half a tolerance outside", 10.00005, 4, Result::OnOuterBorder, -1},
+        {"half a tolerance inside", 9.99995, 4, Result::OnOuterBorder, -1},
+        {"two tolerances outside", 10.0002, 4, Result::Outside, -1},
+        {"two tolerances inside", 9.9998, 4, Result::Inside, -1},
+        {"between the holes", 5, 4, Result::Inside, -1},
+        {"level with the holes' vertices", 5, 2, Result::Inside, -1},
+        {"corner of hole 0", 2, 2, Result::OnHoleBorder, -1},
+        {"edge of hole 1 from outside", 5.99995, 3, Result::OnHoleBorder, -1},
+        {"edge of hole 1 from inside", 6.00005, 3, Result::OnHoleBorder, -1},
+        {"two tolerances into hole 1", 6.0002, 3, Result::InsideHole, 1},
+        {"inside hole 0", 3, 4, Result::InsideHole, 0},
+        {"not a number", kNan, 3, Result::Outside, -1},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        for (int form = 0; form < 16; ++form) {
+            Polygon2D polygon = MakePolygon("0 0 10 0 10 0 10 8 0 8 / 2 2 4 2 4 6 2 6 / 6 2 9 2 9 6 9 6 6 6");
+            if ((form & 4) != 0) polygon.GetHoleBoundary(0).AppendPoint(Point2D(2, 2));
+            if ((form & 8) != 0) polygon.GetHoleBoundary(1).Reverse();
+            polygon = Form(polygon, form, origin);
+            for (const Row& row : rows) {
+                SCOPED_TRACE(testing::Message() << row.why << ", form " << form);
+                const Point2D p = origin + Vec2D(row.x, row.y);
+                const bool isOnBorder = row.expected == Result::OnOuterBorder || row.expected == Result::OnHoleBorder;
+                const bool isInside = row.expected == Result::Inside;
+                int hole = 7;
+                EXPECT_EQ(polygon.CheckPositionOf(p, hole, 1e-4), row.expected);
+                EXPECT_EQ(hole, row.hole);
+                EXPECT_EQ(polygon.IsPointInside(p, -1e-4), isInside || isOnBorder) << "the sign plays no part";
+                EXPECT_EQ(polygon.IsPointInsideAndBorders(p, 1e-4, false), isInside);
+                EXPECT_EQ(polygon.IsPointInsideByRay(p, 1e-4), isInside || isOnBorder);
+            }
+        }
+    }
+    EXPECT_FALSE(Polygon2D().IsPointInside(Point2D(0, 0), 1.0));
+    EXPECT_TRUE(MakePolygon("1 1").IsPointInside(Point2D(1, 1), 1e-4)) << "a lone point is its own border";
+}
+
+// The rule as it is written down: walked clockwise, border (0) first, then the winding number: inside 1, outside -1. A
+// closing point adds no edge.
+int SideByTheRule(std::vector<Point2D> ring, const Point2D& p, double tolerance) {
+    if (ring.size() > 1 && ring.front() == ring.back()) ring.pop_back();
+    if (Polygon2D(ring).GetArea() > 0.0) std::reverse(ring.begin(), ring.end());
+    const auto isLeft = [&p](const Vec2D& side, const Vec2D& at) {
+        return side.GetX() * at.GetY() > at.GetX() * side.GetY() + 4e-10;
+    };
+    int winding = 0;
+    for (std::size_t i = 0; i < ring.size(); ++i) {
+        const Point2D& a = ring[i];
+        const Point2D& b = ring[(i + 1) % ring.size()];
+        if (Intersection::PointOnLineSegment(p, a, b, tolerance)) return 0;
+        if (a.GetY() <= p.GetY() && b.GetY() > p.GetY() && isLeft(b - a, p - a)) ++winding;
+        if (a.GetY() > p.GetY() && b.GetY() <= p.GetY() && !isLeft(b - a, p - a)) --winding;
+    }
+    return winding != 0 ? 1 : -1;
+}
+
+TEST(Polygon2DTest, PointTestIsTheRuleForAnyRings) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    const auto number = [&random](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
+    int inside = 0;
+    for (int round = 0; round < 3000; ++round) {
+        // Small integers put points on vertices and edges; the small scale brings the margin of 4e-10 into play.
+        const double scale = round % 3 == 0 ? std::ldexp(1.0, -17) : 1.0;
+        const auto makeRing = [&](int size, int reach) {
+            std::vector<Point2D> ring;
+            for (int i = 0; i < size; ++i) ring.emplace_back(number(0, reach) * scale, number(0, reach) * scale);
+            return ring;
+        };
+        Polygon2D polygon(makeRing(number(1, 12), 8));
+        for (int holes = number(0, 2); holes > 0; --holes) polygon.AppendHoleBoundary(makeRing(number(0, 5), 6));
+        const double tolerance = number(0, 1) * 0.26 * scale;  // exactly at no point of the grid
+        for (int i = 0; i < 10; ++i) {
+            const Point2D p(number(-4, 36) * 0.25 * scale, number(-4, 36) * 0.25 * scale);
+            for (const bool borders : {false, true}) {
+                const int side = SideByTheRule(polygon.GetPoints(), p, tolerance);
+                bool expected = side > 0 || (side == 0 && borders);
+                for (unsigned int k = 0; k < polygon.GetNumHoleBoundaries() && side > 0; ++k) {
+                    const int holeSide = SideByTheRule(polygon.GetHoleBoundary(k).GetPoints(), p, tolerance);
+                    expected = expected && holeSide <= 0 && (holeSide < 0 || borders);
+                }
+                ASSERT_EQ(polygon.IsPointInsideAndBorders(p, tolerance, borders), expected) << "round " << round;
+                inside += expected ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(inside, 5000);
+}
+
+TEST(Polygon2DTest, OneRingPastAnotherIsJudgedAsTheirPointsAre) {
+    using Result = Polygon2D::PositionResult;
+    const Polygon2D ground = MakePolygon("0 0 20 0 20 10 12 10 10 6 8 10 0 10 / 2 2 4 2 4 4 2 4 / 12 1 16 1 16 5 12 5");
+    struct Row {
+        const char* why;
+        const char* ring;
+        Result position;
+        int hole;
+        bool isInside;
+    };
+    const Row rows[] = {
+        {"well inside", "6 1 7 1 7 2", Result::Inside, -1, true},
+        {"beside", "21 1 22 1 22 2", Result::Outside, -1, false},
+        {"around", "-1 -1 30 -1 30 30 -1 30", Result::Outside, -1, false},
+        {"inside hole 1", "13 2 14 2 14 3", Result::InsideHole, 1, false},
+        {"around hole 0", "1 1 5 1 5 5 1 5", Result::Inside, -1, false},
+        {"its own hole takes in hole 0", "1 1 5 1 5 5 1 5 / 1.5 1.5 4.5 1.5 4.5 4.5 1.5 4.5", Result::Inside, -1, true},
+        {"across hole 0", "1 3 5 3 5 5 1 5", Result::OnHoleBorder, -1, false},
+        {"across the outer ring", "18 6 22 6 22 8 18 8", Result::OnOuterBorder, -1, false},
+        {"touching the outer ring from inside", "18 6 20 6 20 8 18 8", Result::OnOuterBorder, -1, true},
+        {"touching the outer ring from outside", "20 6 22 6 22 8 20 8", Result::OnOuterBorder, -1, false},
+        {"touching hole 0 from outside", "4 3 6 3 6 5 4 5", Result::OnHoleBorder, -1, true},
+        {"the outer ring alone", "0 0 20 0 20 10 12 10 10 6 8 10 0 10", Result::OnOuterBorder, -1, false},
+        {"bridging the notch between two of its corners", "8 10 8 7 12 10", Result::OnOuterBorder, -1, false},
+        {"beside the notch", "10 6 8 10 7 8", Result::OnOuterBorder, -1, true},
+        {"nothing", "", Result::Outside, -1, false},
+    };
+    for (const Row& row : rows) {
+        for (int form = 0; form < 8; ++form) {
+            SCOPED_TRACE(row.why);
+            const Point2D& origin = surveyOrigins[form / 4];
+            const Polygon2D outer = Form(ground, 0, origin);
+            const Polygon2D inner = Form(MakePolygon(row.ring), form, origin);
+            int hole = 7;
+            EXPECT_EQ(outer.CheckPositionOf(inner, hole, 1e-4), row.position);
+            EXPECT_EQ(hole, row.hole);
+            EXPECT_EQ(Polygon2D::IsPolygonInsideNotCrossing(inner, outer, 1e-4), row.isInside);
+        }
+    }
+    EXPECT_TRUE(Polygon2D::IsPolygonInsideNotCrossing(ground, ground, 1e-4));
+}
+
+TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
+    const std::string square(kSquare);
+    struct Row {
+        const char* why;
+        std::string polygon;
+        bool isValid;
+        Point2D where;
+    };
+    const Row rows[] = {
+        {"two holes", square + "/1 1 3 1 3 3 1 3/5 5 7 5 7 7", true, {}},
+        {"holes that touch at a corner", square + "/1 1 3 1 3 3 1 3/3 3 5 3 5 5", true, {}},
+        {"hole corner on the ring", square + "/0 5 2 4 2 6", true, {}},
+        {"hole side along the ring", square + "/0 4 2 4 2 6 0 6", true, {}},
+        {"two points", "3 4 5 4", false, Point2D(3, 4)},
+        {"three points, two of them one", "3 4 5 4 5 4", false, Point2D(3, 4)},
+        {"bow tie", "0 0 2 2 2 0 0 2", false, Point2D(1, 1)},
+        {"no area", "0 0 4 0 2 0", false, Point2D(4, 0)},
+        {"spike", "0 0 4 0 4 4 4 9 4 4 0 4", false, Point2D(4, 9)},
+        {"hole outside", square + "/12 1 14 1 14 3", false, Point2D(12, 1)},
+        {"hole across the ring", square + "/8 4 12 4 12 5 8 5", false, Point2D(11, 4)},
+        {"hole equal to the ring", square + "/" + square, false, Point2D(0, 0)},
+        {"hole in a hole", square + "/1 1 6 1 6 6 1 6/2 2 3 2 3 3", false, Point2D(2, 2)},
+        {"hole around a hole", square + "/2 2 3 2 3 3/1 1 6 1 6 6 1 6", false, Point2D(2, 2)},
+        {"hole twice", square + "/1 1 3 1 3 3/3 3 3 1 1 1", false, Point2D(3, 3)},
+        {"hole bow tie", square + "/1 1 3 3 3 1 1 3", false, Point2D(2, 2)},
+    };
+    for (const Row& row : rows) {
+        for (const int form : {0, 1, 4, 5}) {
+            SCOPED_TRACE(row.why);
+            const Point2D& origin = surveyOrigins[form / 4];
+            const Polygon2D polygon = Form(MakePolygon(row.polygon), form, origin);
+            const Point2D untouched(-1, -1);
+            Point2D where(untouched);
+            EXPECT_EQ(polygon.Validate(where, true, 1e-4), row.isValid);
+            EXPECT_THAT(where, IsNear(row.isValid ? untouched : row.where + (origin - Point2D()), 1e-6));
+            EXPECT_EQ(polygon.Validate(where, false, 1e-4), row.isValid || polygon.GetNumHoleBoundaries() > 0);
+        }
+    }
+    Point2D where;
+    Polygon2D broken = MakePolygon(square + "/1 1 2 1 2 2");
+    broken.GetHoleBoundary(0).GetPoint(1).SetY(kNan);
+    EXPECT_FALSE(broken.Validate(where, true, 1e-4));
+    EXPECT_EQ(where.GetX(), 2.0);
+    std::vector<Point2D> crossings;
+    EXPECT_TRUE(MakePolygon("0 0 2 2 2 0 0 2").IsSelfCrossing(crossings, 1e-4));
+    EXPECT_EQ(crossings, std::vector<Point2D>{Point2D(1, 1)});
+    EXPECT_FALSE(MakePolygon(square).IsSelfCrossing(where, 1e-4));
+}
+
+TEST(Polygon2DTest, ConvexityToleratesStraightSidesOnly) {
+    struct Row {
+        const char* why;
+        const char* polygon;
+        bool expected;
+    };
+    const Row rows[] = {
+        {"square", kSquare, true},
+        {"points on the sides, one twice", "0.3 0.1 0.6 0.2 0.6 0.2 3 1 0 1 0 0.5 0 0", true},
+        {"a step back on a side", "0 0 2 0 1 0 3 0 0 3", false},
+        {"notch", "0 0 2 0 1 0.5 2 1 0 1", false},
+        {"pentagram: all left, twice round", "0 10 -6 -8 9.5 3 -9.5 3 6 -8", false},
+        {"no area", "0 0 1 1 2 2", false},
+        {"hole", "0 0 4 0 4 4 0 4 / 1 1 2 1 2 2", false},
+    };
+    for (const Row& row : rows) {
+        for (int form = 0; form < 32; ++form) {
+            SCOPED_TRACE(row.why);
+            Polygon2D polygon = MakePolygon(row.polygon);
+            std::vector<Point2D>& ring = polygon.GetPoints();
+            std::rotate(ring.begin(), ring.begin() + form / 8 % 3, ring.end());
+            const Point2D origin = (form & 4) != 0 ? Point2D(500123.38, 6612345.61) : Point2D();
+            EXPECT_EQ(Form(polygon, form, origin).IsConvex(), row.expected);
+        }
+    }
+}
+
+TEST(Polygon2DTest, PointInsideIsWellInside) {
+    struct Row {
+        const char* why;
+        const char* polygon;
+        double clearance;
+    };
+    const Row rows[] = {
+        {"square", kSquare, 4.0},
+        {"C", "0 0 10 0 10 1 1 1 1 9 10 9 10 10 0 10", 0.45},
+        {"frame", "0 0 10 0 10 10 0 10 / 1 1 9 1 9 9 1 9", 0.45},
+        {"sliver along the diagonal", "0 0 100 100 100 100.01", 0.001},
+        {"flat body on a needle", "0 0 0.001 1000 -50 1001 50 1004 0.002 1000", 0.5},
+    };
+    for (const Row& row : rows) {
+        for (const Point2D& origin : surveyOrigins) {
+            SCOPED_TRACE(row.why);
+            const Polygon2D polygon = Form(MakePolygon(row.polygon), 0, origin);
+            Point2D point;
+            ASSERT_TRUE(polygon.GetPointInsideBoundary(point, 1e-4));
+            EXPECT_TRUE(polygon.IsPointInsideAndBorders(point, row.clearance, false));
+            EXPECT_FALSE(polygon.GetPointInsideBoundary(point, 1e3)) << "nothing is that far inside";
+        }
+    }
+    Point2D untouched(7, 7);
+    EXPECT_FALSE(MakePolygon("0 0 1 0 1 1 / 0 0 1 0 1 1").GetPointInsideBoundary(untouched, 1e-4));
+    EXPECT_FALSE(Polygon2D({Point2D(kNan, 0), Point2D(1, kNan)}).GetPointInsideBoundary(untouched, 1e-4));
+    EXPECT_EQ(untouched, Point2D(7, 7));
+}
+
+TEST(Polygon2DTest, WidthAndSmallestBoxTurnWithThePolygon) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    for (int round = 0; round < 40; ++round) {
+        const std::vector<Point2D> star = RandomStar(random, Point2D(0, 0), 10.0, 3 + round);
+        double width = 1e9;  // over the directions of all pairs of points, those of the hull among them
+        for (const Point2D& a : star) {
+            for (const Point2D& b : star) {
+                const Vec2D normal = Vec2D(b - a).Normalize().GetNormalVector(true);
+                const auto height = [&](const Point2D& p) { return (p - a).DotProduct(normal); };
+                const auto [low, high] =
+                    std::minmax_element(star.begin(), star.end(),
+                                        [&](const Point2D& p, const Point2D& q) { return height(p) < height(q); });
+                if (&a != &b) width = std::min(width, height(*high) - height(*low));
+            }
+        }
+        Matrix2D motion;
+        motion.Rotate(Angle(0.1 * round)).Translate(385000.0, 6672000.0);
+        const Polygon2D polygon = Polygon2D(star).Transform(motion);
+        EXPECT_NEAR(polygon.GetMaxWidth(1e-10), width, 2e-8);
+        OrientedBoundingBox2D box = polygon.GetOrientedBoundingBox2D();
+        EXPECT_GE(std::min(box.GetSize().GetX(), box.GetSize().GetY()), width - 2e-8);
+        box.SetSize(box.GetSize() + Vec2D(1e-8, 1e-8));
+        for (const Point2D& corner : polygon.GetPoints()) EXPECT_TRUE(box.IsPointInside(corner));
+    }
+    EXPECT_NEAR(MakePolygon("0 0 9 9 9 10 0 1").GetMaxWidth(0), std::sqrt(0.5), 1e-12) << "however it lies";
+    EXPECT_EQ(MakePolygon("0 0 1 1 3 3").GetMaxWidth(1e-10), 0.0);
+}
+
+// Rows of numbers of a CSV file without its heading; a name counts as NaN.
+std::vector<std::vector<double>> ReadTable(const std::string& path) {
+    std::ifstream file(path);
+    std::vector<std::vector<double>> table;
+    std::string line;
+    std::getline(file, line);
+    while (std::getline(file, line)) {
+        std::istringstream cells(line);
+        table.emplace_back();
+        for (std::string cell; std::getline(cells, cell, ',');) {
+            char* end = nullptr;
+            const double value = std::strtod(cell.c_str(), &end);
+            table.back().push_back(*end == '\0' ? value : kNan);
+        }
+    }
+    return table;
+}
+
+TEST(Polygon2DTest, CountriesHaveTheirStatedMeasuresAndPoints) {
+    const char* const folder = std::getenv("KALVIO_TEST_DATA");
+    if (folder == nullptr) GTEST_SKIP() << "KALVIO_TEST_DATA does not name the folder of the real polygons";
+    const std::string prefix = std::string(folder) + "/polygons/countries50m_";
+    std::map<double, Polygon2D> countries;
+    std::map<std::pair<double, double>, LineString2D> holes;
+    for (const std::vector<double>& row : ReadTable(prefix + "rings.csv")) {
+        const Point2D point(row[2], row[3]);
+        row[1] == 0.0 ? countries[row[0]].AppendPoint(point) : holes[{row[0], row[1]}].AppendPoint(point);
+    }
+    for (const auto& [key, hole] : holes) countries[key.first].AppendHoleBoundary(hole);
+    ASSERT_FALSE(countries.empty());
+    for (const std::vector<double>& row : ReadTable(prefix + "measures.csv")) {
+        SCOPED_TRACE(testing::Message() << "country " << row[0]);
+        const Polygon2D& country = countries[row[0]];
+        EXPECT_NEAR(Polygon2D(country.GetPoints()).GetArea(), row[4], 1e-12 * std::abs(row[4]));
+        EXPECT_NEAR(std::abs(country.GetArea()), std::abs(row[5]), 1e-12 * std::abs(row[5]));
+        EXPECT_THAT(country.GetCentroid(), IsNear(Point2D(row[6], row[7]), 1e-11));
+        EXPECT_NEAR(country.Perimeter(), row[8], 1e-12 * row[8]);
+        Point2D point;
+        EXPECT_TRUE(country.Validate(point, true, 1e-9)) << testing::PrintToString(point);
+        EXPECT_TRUE(country.GetPointInsideBoundary(point, 1e-3));
+        std::vector<Triangle3D> triangles;
+        ASSERT_TRUE(Polygon3D(country, 0.0).Triangulate(triangles, 1e-10));
+        double area = 0.0;
+        for (const Triangle3D& triangle : triangles) area += triangle.GetArea();
+        EXPECT_NEAR(area, std::abs(row[5]), 1e-10 * std::abs(row[5]));
+    }
+    for (const std::vector<double>& row : ReadTable(prefix + "points.csv")) {
+        const Polygon2D& country = countries[row[0]];
+        const Point2D point(row[1], row[2]);
+        int hole = 0;
+        EXPECT_EQ(country.IsPointInside(point, 1e-9), row[3] == 1.0) << testing::PrintToString(point);
+        EXPECT_EQ(country.CheckPositionOf(point, hole, 1e-9) == Polygon2D::PositionResult::Inside, row[3] == 1.0);
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
