@@ -131,6 +131,16 @@ TEST(Polygon3DTest, TrianglesCoverTheAreaOnce) {
     }
 }
 
+TEST(Polygon3DTest, HoleCornersWithinTheToleranceOfASideLieOnIt) {
+    for (const char* const hole : {"8 -0.00005 10 4 6 4", "16.00005 8 12 10 12 6", "5.99995 6.00005 10 6 10 8"}) {
+        const Polygon3D polygon(MakePolygon(std::string("0 0 16 0 16 16 / ") + hole), 0.0);
+        std::vector<unsigned int> corners;
+        EXPECT_TRUE(polygon.Triangulate(corners, 1e-4));
+        EXPECT_EQ(corners.size() / 3, 5U) << "the corner divides the side: one outline of seven points";
+        EXPECT_FALSE(polygon.Triangulate(corners, 1e-6)) << "the hole crosses the ring";
+    }
+}
+
 TEST(Polygon3DTest, TriangulationRefusesWhatIsNoArea) {
     const double infinity = std::numeric_limits<double>::infinity();
     const std::pair<const char*, Polygon2D> rows[] = {
