@@ -139,6 +139,12 @@ TEST(Polygon3DTest, HoleCornersWithinTheToleranceOfASideLieOnIt) {
         EXPECT_EQ(corners.size() / 3, 5U) << "the corner divides the side: one outline of seven points";
         EXPECT_FALSE(polygon.Triangulate(corners, 1e-6)) << "the hole crosses the ring";
     }
+    // The side is there before the corners beside it are seen: two holes on both sides of it.
+    const char* const late =
+        "5 0 -4.5 7.79423 -3.5 -6.06218 / -3.8007 -1.90596 -0.84021 -1.47179 -1.14021 -0.571787 / "
+        "-3.7993 -1.90596 -2.35951 -0.434169 -2.65951 -1.33417";
+    std::vector<unsigned int> corners;
+    EXPECT_TRUE(Polygon3D(MakePolygon(late), 0.0).TriangulateByProjection(ProjectionPlane::XY, corners, 1e-3));
 }
 
 TEST(Polygon3DTest, TriangulationRefusesWhatIsNoArea) {
