@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+/// Reads a table of numbers: commas between, one line of titles first, empty lines passed over.
+/// @param columns  numbers that every line must have
+/// @throws InputError for a file that is missing, and for a line with other than finite numbers or of another width
+std::vector<std::vector<double>> ReadCsv(const std::string& path, std::size_t columns);
+
+/// Numbers with commas between; empty when the text holds anything else.
+std::vector<double> ToNumbers(const std::string& text);
+
+}  // namespace Kalvio::Examples
