@@ -1,0 +1,208 @@
+#include "kalvio/core/Point3D.h"
+#include "kalvio/statistics/ExponentialVariogramModel.h"
+#include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/OrdinaryKriging.h"
+#include "kalvio/statistics/SimpleKriging.h"
+#include "kalvio/statistics/SphericalVariogramModel.h"
+#include "support/Concurrently.h"
+#include "support/Origins.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+
+namespace Kalvio::Math {
+namespace {
+
+using Samples = std::vector<Point3D>;
+const double nan = std::nan("");
+
+struct Estimate {
+    double value = -1.0;
+    double variance = -1.0;
+};
+
+// Scattered evenly over a square of 1000 m, no two close to each other (Roberts 2018, the sequence R2).
+Samples Scattered(int n, const Point2D& origin) {
+    Samples samples;
+    for (int i = 0; i < n; ++i) {
+        const Vec2D place(std::fmod(0.7548776662466927 * i, 1.0), std::fmod(0.5698402909980532 * i, 1.0));
+        samples.emplace_back(origin + place * 1000.0, 90.0 + 7 * i % 20);
+    }
+    return samples;
+}
+
+VariogramModelBase* Model(bool exponential, double sill, double range) {
+    if (std::isnan(sill)) return nullptr;
+    if (exponential) return new ExponentialVariogramModel(sill, range);
+    return new SphericalVariogramModel(sill, range);
+}
+
+void ExpectNear(const Estimate& out, const Estimate& expected) {
+    EXPECT_NEAR(out.value, expected.value, 1e-10);
+    EXPECT_NEAR(out.variance, expected.variance, 5e-10);
+}
+
+TEST(KrigingTest, EstimatesAreThoseOfSixtyDigitsAndThoseOfTheSamples) {
+    struct Row {
+        bool exponential;
+        int n;
+        Point2D p;
+        Estimate simple, ordinary;  // the matrices solved with 60 digits; the variances summed from their definition
+    };
+    const Row rows[] = {
+        {false, 1, {420, 370}, {92.257043786578613, 349.52382422506016}, {90, 451.40875731572265}},
+        {true, 1, {420, 370}, {}, {90, 267.25847536989548}},
+        {true, 2, {420, 370}, {93.924835181113366, -127.37411229907843}, {94.120586480460066, 125.63397627510704}},
+        {true, 4, {420, 370}, {97.98726373039782, -75.824023893597983}, {97.900039352042888, 75.084615778547472}},
+        {false, 5, {420, 370}, {99.019844352731184, 109.94912093214634}, {99.095266246974901, 111.43943576487244}},
+        {false, 32, {1100, -50}, {96.613610645904824, 225.3317586630514}, {97.294882084572171, 252.28449374398395}},
+        {true, 32, {1100, -50}, {97.707949016557883, -168.83813051015792}, {97.111105555266517, 154.90526260221713}},
+        {true, 180, {0, 0}, {90, 0}, {90, 0}},
+        {false, 180, {0, 0}, {90, 0}, {90, 0}},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(testing::Message() << row.n << (row.exponential ? " exponential" : " spherical"));
+            const Samples samples = Scattered(row.n, origin);
+            const Point2D p = origin + row.p;
+            const auto check = [&](const auto& kriging, const Estimate& expected) {
+                const bool isSolvable = expected.value > 0.0;
+                double value = -1.0;
+                EXPECT_EQ(kriging.Interpolate(p, samples, value), isSolvable);
+                EXPECT_NEAR(value, expected.value, 1e-10);
+                Estimate out;
+                KrigingSystem system;
+                EXPECT_EQ(system.Build(kriging, samples) && system.Interpolate(p, value), isSolvable);
+                EXPECT_EQ(system.Interpolate(p, out.value, out.variance), isSolvable);
+                EXPECT_EQ(out.value, value);
+                ExpectNear(out, expected);
+            };
+            const SimpleKriging simple(Model(row.exponential, 500.0, 1800.0), 95.0);
+            Estimate out;
+            EXPECT_EQ(simple.Interpolate(p, samples, out.value, out.variance), row.simple.value > 0.0);
+            ExpectNear(out, row.simple);
+            check(simple, row.simple);
+            check(OrdinaryKriging(Model(row.exponential, 500.0, 1800.0)), row.ordinary);
+        }
+    }
+}
+
+TEST(KrigingTest, FailsWithItsOutputsAsTheyWere) {
+    struct Row {
+        const char* why;
+        double sill, range;
+        Point2D p;
+        Samples samples;
+    };
+    const Point2D p(30.0, 40.0);
+    const auto with = [](double x, double y, double z) {
+        Samples samples = Scattered(6, Point2D());
+        samples.back() = Point3D(x, y, z);
+        return samples;
+    };
+    const Row rows[] = {
+        {"no model", nan, 300, p, with(10, 10, 1)},
+        {"no samples", 1, 300, p, {}},
+        {"two at one place, small sill", 1e-9, 300, p, with(0, 0, 9)},
+        {"two at one place, large sill", 1e12, 300, p, with(0, 0, 90)},
+        {"only two, at one place", 1e12, 300, p, {{5, 5, 1}, {5, 5, 2}}},
+        {"two of three at one place", 1e12, 300, p, {{5, 5, 1}, {7, 9, 2}, {5, 5, 2}}},
+        {"value not a number", 1, 300, p, with(10, 10, nan)},
+        {"sample's place not a number", 1, 300, p, with(nan, 10, 1)},
+        {"range 0", 1, 0, p, with(10, 10, 1)},
+        {"place not a number", 1, 300, {nan, 0}, with(10, 10, 1)},
+    };
+    Estimate out;
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const auto check = [&](const auto& kriging) {
+            EXPECT_FALSE(kriging.Interpolate(row.p, row.samples, out.value));
+            KrigingSystem system;
+            EXPECT_EQ(system.Build(kriging, row.samples), std::isnan(row.p.GetX()));
+            EXPECT_FALSE(system.Interpolate(row.p, out.value));
+            EXPECT_FALSE(system.Interpolate(row.p, out.value, out.variance));
+        };
+        const SimpleKriging simple(Model(false, row.sill, row.range), 95.0);
+        check(simple);
+        EXPECT_FALSE(simple.Interpolate(row.p, row.samples, out.value, out.variance));
+        check(OrdinaryKriging(Model(true, row.sill, row.range)));
+    }
+    ExpectNear(out, Estimate());
+}
+
+TEST(KrigingSystemTest, NoSillMakesItSingularAndAFailedBuildChangesNothing) {
+    Samples samples = Scattered(40, Point2D());
+    const Point2D p(410.0, 380.0);
+    KrigingSystem system;
+    EXPECT_TRUE(system.Build(OrdinaryKriging(Model(true, 1.0, 1000.0)), samples));
+    Estimate unit;
+    EXPECT_TRUE(system.Interpolate(p, unit.value, unit.variance));
+    for (const int power : {-900, -4, 9, 900}) {  // powers of two change no digit
+        const OrdinaryKriging kriging(Model(true, std::ldexp(1.0, power), 1000.0));
+        Estimate out;
+        EXPECT_EQ(kriging.Interpolate(p, samples, out.value), power == 9) << "its determinant has a scale";
+        EXPECT_TRUE(system.Build(kriging, samples) && system.Interpolate(p, out.value, out.variance));
+        EXPECT_EQ(out.value, unit.value);
+        EXPECT_EQ(out.variance, std::ldexp(unit.variance, power));
+    }
+    samples.push_back(samples[7]);
+    EXPECT_FALSE(system.Build(OrdinaryKriging(Model(true, 1.0, 1000.0)), samples));
+    EXPECT_TRUE(system.Interpolate(p, unit.variance));
+    EXPECT_EQ(unit.variance, unit.value);
+}
+
+TEST(KrigingTest, CopiesShareOneModelAndServeAllThreads) {
+    SimpleKriging original(Model(false, 4.0, 1500.0), 95.0);
+    const std::weak_ptr<const VariogramModelBase> model = original.GetModel();
+    {
+        const SimpleKriging copy(original);
+        original = SimpleKriging(nullptr, 0.0);
+        KrigingSystem system;
+        EXPECT_TRUE(system.Build(copy, Scattered(7, Point2D())));
+        Concurrently(4, [&](unsigned int i) {
+            double values[] = {-1.0, 1.0};
+            EXPECT_TRUE(copy.Interpolate({30.0 * i, 40}, Scattered(7, Point2D()), values[0]));
+            EXPECT_TRUE(system.Interpolate({30.0 * i, 40}, values[1]));
+            EXPECT_NEAR(values[0], values[1], 1e-12);
+        });
+    }
+    EXPECT_TRUE(model.expired());
+}
+
+TEST(VariogramModelTest, FollowsItsFormulaAtEveryDistance) {
+    const ExponentialVariogramModel exponential(2.0, 10.0);
+    EXPECT_DOUBLE_EQ(exponential.Evaluate(10.0), 1.2642411176571153);
+    EXPECT_DOUBLE_EQ(exponential.Evaluate(1e-7), 1.99999999000000003e-8) << "no digits lost near 0";
+    const SphericalVariogramModel spherical(2.0, 10.0);
+    EXPECT_EQ(spherical.Evaluate(10.0), 0.0);
+    EXPECT_EQ(spherical.Evaluate(20.0), 4.0) << "grows again beyond the range";
+}
+
+// 15 samples kriged by another program on a grid of 100 x 100; KALVIO_TEST_DATA names the folder that holds both.
+TEST(KrigingTest, AgreesWithAnotherProgramOnRealSamples) {
+    const char* const folder = std::getenv("KALVIO_TEST_DATA");
+    if (folder == nullptr) GTEST_SKIP() << "KALVIO_TEST_DATA is not set: the samples are not here";
+    std::ifstream sampleFile(std::string(folder) + "/kriging/kt3d/samples.txt");
+    std::ifstream answers(std::string(folder) + "/kriging/kt3d/answer_exponential.asc");
+    if (!sampleFile || !answers) GTEST_SKIP() << folder << "/kriging/kt3d is not here";
+    Samples samples;
+    for (double x, y, z; sampleFile >> x >> y >> z;) samples.emplace_back(x, y, z);
+    std::string word;
+    for (int i = 0; i < 14; ++i) answers >> word;               // seven named header values
+    const OrdinaryKriging kriging(Model(true, 500.0, 1000.0));  // a practical range of 3000
+    double worst = 0.0;
+    for (int i = 0; i < 10000; ++i) {
+        const Point2D p(1067275.0 + 50.0 * (i % 100), 243934.0 - 25.0 * (i / 100));  // rows from the north
+        double answer = 0.0;
+        double value = 0.0;
+        ASSERT_TRUE(answers >> answer && kriging.Interpolate(p, samples, value));
+        worst = std::max(worst, std::abs(value - answer));
+    }
+    EXPECT_LT(worst, 8e-6);  // the answers have single precision: 7.6e-6 from 64 on
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
