@@ -51,12 +51,24 @@ Point3D Lifted(const Point3D& p) { return p; }
 void Assign(const Point3D& from, Point3D& to) { to = from; }
 void Assign(const Point3D& from, Point2D& to) { to = from.GetPoint2D(); }
 
-// Start or end of the types that have one, as a 3D point; one rule for both ends and both dimensions.
+bool IsChain(MathTypes type) {
+    return type == MathTypes::LineString2D || type == MathTypes::LineString3D || type == MathTypes::Polyline2D ||
+           type == MathTypes::Polyline3D;
+}
+
+// Start or end of the types that have one, as a 3D point; one rule for both ends and both dimensions. An empty chain
+// has none.
 template <class PointType>
 bool GetTerminal(const IGeometry& geometry, bool atStart, PointType& point) {
     const auto terminal = [&](const auto& curve) {
         Assign(Lifted(atStart ? curve.GetStart() : curve.GetEnd()), point);
         return true;
+    };
+    const auto ofChain = [&](const auto& chain) {
+        const unsigned int count = chain.GetNrOfElements();
+        if (count == 0) return false;
+        const auto& last = chain.GetElementAtIndex(atStart ? 0 : count - 1);
+        return GetTerminal(last, atStart, point) || (!IsChain(last.GetType()) && terminal(last));
     };
     switch (geometry.GetType()) {
         case MathTypes::Point2D:
@@ -67,14 +79,22 @@ bool GetTerminal(const IGeometry& geometry, bool atStart, PointType& point) {
             return true;
         case MathTypes::Arc2D:
         case MathTypes::Line2D:
-        case MathTypes::LineString2D:
-        case MathTypes::Polyline2D:
             return terminal(static_cast<const IPolyline2DElement&>(geometry));
         case MathTypes::Arc3D:
         case MathTypes::Line3D:
-        case MathTypes::LineString3D:
-        case MathTypes::Polyline3D:
             return terminal(static_cast<const IPolyline3DElement&>(geometry));
+        case MathTypes::LineString2D: {
+            const auto& lineString = static_cast<const LineString2D&>(geometry);
+            return lineString.GetSize() > 0 && terminal(lineString);
+        }
+        case MathTypes::LineString3D: {
+            const auto& lineString = static_cast<const LineString3D&>(geometry);
+            return lineString.GetSize() > 0 && terminal(lineString);
+        }
+        case MathTypes::Polyline2D:
+            return ofChain(static_cast<const Polyline2D&>(geometry));
+        case MathTypes::Polyline3D:
+            return ofChain(static_cast<const Polyline3D&>(geometry));
         default:
             return false;
     }
@@ -129,6 +149,15 @@ bool CollectChainVertices(const Chain& chain, std::vector<Point3D>& vertices) {
     return true;
 }
 
+template <class Polygon>
+void CollectRings(const Polygon& polygon, std::vector<Point3D>& vertices) {
+    const auto collect = [&vertices](const auto& points) {
+        for (const auto& point : points) vertices.push_back(Lifted(point));
+    };
+    collect(polygon.GetPoints());
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) collect(polygon.GetHoleBoundary(i).GetPoints());
+}
+
 // Appends what the geometry has; false, possibly after some, when a part has no vertices.
 bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) {
     switch (geometry.GetType()) {
@@ -158,6 +187,12 @@ bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) 
             vertices.insert(vertices.end(), points.begin(), points.end());
             return true;
         }
+        case MathTypes::Polygon2D:
+            CollectRings(static_cast<const Polygon2D&>(geometry), vertices);
+            return true;
+        case MathTypes::Polygon3D:
+            CollectRings(static_cast<const Polygon3D&>(geometry), vertices);
+            return true;
         case MathTypes::Polyline2D:
             return CollectChainVertices(static_cast<const Polyline2D&>(geometry), vertices);
         case MathTypes::Polyline3D:

@@ -60,7 +60,7 @@ public:
     static bool ArePointsCCW(const Point2DM& a, const Point2DM& b, const Point2DM& c);
 
     /// Start (end) of a point, line, arc, line string or polyline, in plan or space; a plan form drops z, a 3D form
-    /// takes z = 0 from plan geometries. @return false, the point untouched, for any other type
+    /// takes z = 0 from plan geometries. @return false, the point untouched, for an empty chain and any other type
     static bool GetStartPoint(const IGeometry& geometry, Point2D& point);
     static bool GetStartPoint(const IGeometry& geometry, Point3D& point);
     static bool GetEndPoint(const IGeometry& geometry, Point2D& point);
@@ -69,9 +69,9 @@ public:
     /// for any other type and for an empty chain.
     static const IGeometry* GetStartSegment(const IGeometry& geometry);
     static const IGeometry* GetEndSegment(const IGeometry& geometry);
-    /// Appends the points, vertices of line strings and end points of elements as 3D points (z = 0 in plan); a vertex
-    /// that two consecutive elements share is taken once.
-    /// @return false, nothing appended, for a type without vertices; for several geometries, when any of them has none
+    /// Appends points, corners of triangles, vertices of line strings and of the rings of polygons, and end points of
+    /// elements as 3D points (z = 0 in plan); a vertex that two consecutive elements share is taken once.
+    /// @return false, nothing appended, for any other type; for several geometries, when any of them has none
     static bool GetVertices(const IGeometry& geometry, std::vector<Point3D>& vertices);
     static bool GetVertices(std::vector<const IGeometry*>& geometries, std::vector<Point3D>& vertices);
 

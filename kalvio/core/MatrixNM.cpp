@@ -107,7 +107,8 @@ bool DecomposeCholesky(const MatrixNM& a, MatrixNM& l, MatrixNM& u) {
             const VecND& above = l[static_cast<unsigned int>(j)];
             double rest = row[j];
             for (int k = 0; k < j; ++k) rest -= lower[k] * above[k];
-            if (j < i ? IsZero(above[j]) : !(rest >= 0.0)) return false;
+            // The pivot is the value under the root; the last one divides nothing here.
+            if (j == i && (!(rest >= 0.0) || (i + 1 < n && IsZero(rest)))) return false;
             lower[j] = j < i ? rest / above[j] : std::sqrt(rest);
         }
     }
@@ -284,13 +285,12 @@ bool MatrixNM::SolveLinearSystem(const VecND& b, VecND& x, LUDecompositionMethod
     VecND solution(b);
     for (int i = 0; i < n; ++i) {
         const VecND& row = l[static_cast<unsigned int>(i)];
-        if (IsZero(row[i])) return false;
+        if (IsZero(row[i] * u[static_cast<unsigned int>(i)][i])) return false;  // the pivot, wherever it stands
         for (int k = 0; k < i; ++k) solution[i] -= row[k] * solution[k];
         solution[i] /= row[i];
     }
     for (int i = n - 1; i >= 0; --i) {
         const VecND& row = u[static_cast<unsigned int>(i)];
-        if (IsZero(row[i])) return false;
         for (int k = i + 1; k < n; ++k) solution[i] -= row[k] * solution[k];
         solution[i] /= row[i];
     }

@@ -38,9 +38,8 @@ unsigned int Numbers::GetMaxNumberOfDigits(double a, double b, double c) {
 std::int64_t Numbers::Combination(int n, int k) {
     if (k < 0) return 0;
     const std::int64_t rest = static_cast<std::int64_t>(n) - k;
-    const double result = BinomialProduct(n, rest);
-    // On the way to a small coefficient the products may overflow in the middle of the row: go from the other side.
-    return Saturated(std::isfinite(result) ? result : BinomialProduct(n, k));
+    // n over k is n over n - k: the shorter product stays below the larger numbers of the middle of the row.
+    return Saturated(BinomialProduct(n, std::min<std::int64_t>(rest, k)));
 }
 
 std::int64_t Numbers::Permutations(int n, int k) {

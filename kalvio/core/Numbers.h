@@ -49,8 +49,7 @@ public:
     static unsigned int GetMaxNumberOfDigits(double a, double b, double c);
 
     /// Binomial coefficient n over k, accumulated in double precision and truncated; 0 for k < 0, 1 for n <= k. Exact
-    /// for n <= 54; beyond, the rounding of the products shows before the truncation (55 over 0 gives 0). Saturated at
-    /// the largest 64-bit value.
+    /// while coefficient times n stays below 2^53, saturated at the largest 64-bit value.
     static std::int64_t Combination(int n, int k);
     /// Ordered selections of k out of n: the product n (n - 1) ... (n - k + 1); 0 for k < 0 and for k > n >= 0, 1 for
     /// k = 0. Exact up to 2^53, saturated at the 64-bit limits.

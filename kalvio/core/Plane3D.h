@@ -23,8 +23,8 @@ public:
     Plane3D(double aValue, double bValue, double cValue, double dValue) : a(aValue), b(bValue), c(cValue), d(dValue) {
         Normalize();
     }
-    /// Through three points, which run counter-clockwise seen from the tip of the normal; degenerate for points in
-    /// line.
+    /// Through three points, which run counter-clockwise seen from the tip of the normal; degenerate where
+    /// (p2 - p1) x (p3 - p1) is exactly zero. Of points in line up to rounding only the rounding decides the normal.
     Plane3D(const Point3D& p1, const Point3D& p2, const Point3D& p3);
     Plane3D(const Point3D& point, const Vec3D& normal);
     Plane3D(const Plane3D&) = default;

@@ -55,7 +55,8 @@ bool Triangle3D::IsPointInside(const Point3D& point, const Tolerances& tolerance
     const double tolerance = tolerances.UserTolerance();
     const Vec3D normal = (pointB - pointA).CrossProduct(pointC - pointA);
     const double length = normal.Length();
-    bool inside = length > 0.0 && std::abs(normal.DotProduct(point - pointA)) <= tolerance * length;
+    bool inside =
+        length > 0.0 && std::isfinite(length) && std::abs(normal.DotProduct(point - pointA)) <= tolerance * length;
     for (int i = 0; i < 3; ++i) {
         const Point3D& from = (*this)[i];
         const Point3D& to = (*this)[(i + 1) % 3];

@@ -78,7 +78,13 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_TRUE(Geometry::GetStartPoint(heights, space));
     EXPECT_THAT(space, IsNear(Point3D(1, 2, 3), 0.0));
     EXPECT_FALSE(Geometry::GetStartPoint(Circle2D(Point2D(), 1.0), plan));
-    EXPECT_EQ(plan, Point2D(4, 5));
+    Polyline2D hollow;
+    hollow.AppendElement(new LineString2D());
+    for (const IGeometry* const nothing : std::initializer_list<const IGeometry*>{&hollow, &inner}) {
+        EXPECT_EQ(Geometry::GetEndPoint(*nothing, plan), nothing == &inner);
+    }
+    EXPECT_FALSE(Geometry::GetStartPoint(LineString3D(), plan));
+    EXPECT_THAT(plan, IsNear(inner.GetEnd(), 0.0));
 
     EXPECT_EQ(Geometry::GetStartSegment(outer)->GetType(), MathTypes::Arc2D) << "through the nested chain";
     const IGeometry* const last = Geometry::GetEndSegment(outer);
@@ -92,6 +98,11 @@ TEST(GeometryTest, TerminalsByType) {
     std::vector<const IGeometry*> several{&outer, &heights};
     EXPECT_TRUE(Geometry::GetVertices(several, vertices));
     EXPECT_EQ(vertices.size(), 7U);
+    Polygon2D holed(std::vector<Point2D>{{0, 0}, {9, 0}, {0, 9}});
+    holed.AppendHoleBoundary(LineString2D({{1, 1}, {2, 1}, {1, 2}}));
+    std::vector<Point3D> corners;
+    EXPECT_TRUE(Geometry::GetVertices(holed, corners));
+    EXPECT_EQ(corners.size(), 6U);
     several.push_back(nullptr);
     EXPECT_FALSE(Geometry::GetVertices(several, vertices));
     EXPECT_EQ(vertices.size(), 7U);
@@ -224,6 +235,13 @@ TEST(GeometryTest, MergingRules) {
     Geometry::MergeLineStrings(ring, 0.25);
     ASSERT_EQ(ring.size(), 2U) << "a ring that closed takes nothing more";
     EXPECT_EQ(ring[0].GetSize(), 4U);
+
+    // Stubs shorter than the tolerance join like any other; a far string does not disturb its neighbours.
+    std::vector<LineString2D> stubs{from(1e18, 1e17)};
+    for (int i = 0; i < 100; ++i) stubs.push_back(from(500000 + 0.125 * i, 500000 + 0.125 * (i + 1)));
+    Geometry::MergeLineStrings(stubs, 0.25);
+    ASSERT_EQ(stubs.size(), 2U);
+    EXPECT_NEAR(stubs[1].GetLength(), 12.5, 0.25);
 
     std::vector<LineString3D> steps{LineString3D({Point3D(0, 0, 0), Point3D(1, 0, 0)}),
                                     LineString3D({Point3D(1, 0, 5), Point3D(2, 0, 5)})};

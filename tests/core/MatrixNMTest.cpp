@@ -199,6 +199,8 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
         {"the last pivot divides in the solution only", Diagonal({1, 9e-11}), Method::Crout, true, false},
         {"large enough", Diagonal({1e-10, 1}), Method::Crout, true, true},
         {"negative pivot", From({{1, 2}, {2, 1}}), Method::Cholesky, false, false},
+        {"pivot lost in rounding", From({{2, 1, 0}, {1, 0.5, 0}, {0, 0, 1}}), Method::Cholesky, false, false},
+        {"last pivot lost in rounding", From({{2, 1}, {1, 0.5}}), Method::Cholesky, true, false},
         {"not symmetric", From({{4, 1}, {2, 4}}), Method::Cholesky, false, false},
         {"not finite", Diagonal({1, std::numeric_limits<double>::quiet_NaN()}), Method::Doolittle, false, false},
     };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -11,11 +12,11 @@
 
 namespace Kalvio::Math::detail {
 
-/// The ends of chains by plan position: a hash of square cells that are at least one tolerance wide, so that everything
-/// within the tolerance of a point lies in its cell or a neighbour.
+/// The ends of chains by plan position: a hash of square cells two tolerances wide, so that everything within the
+/// tolerance of a point lies in its cell or a neighbour.
 class ChainEnds {
 public:
-    ChainEnds(double tolerance, double extent) : cell(std::max(std::abs(tolerance), extent * smallestCell)) {}
+    explicit ChainEnds(double tolerance) : cell(2.0 * tolerance) {}
 
     void Add(double x, double y, std::size_t chain) { cells[Key(Column(x), Column(y))].push_back(chain); }
 
@@ -40,10 +41,11 @@ public:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
 private:
-    static constexpr double smallestCell = 1e-12;  // of the largest coordinate: column numbers stay exact
-
+    // So far out that cells are no wider than the steps of a double, neighbours are the neighbouring doubles.
     std::int64_t Column(double value) const {
-        return cell > 0.0 ? static_cast<std::int64_t>(std::floor(value / cell)) : 0;
+        constexpr double exactColumns = 1125899906842624.0;  // 2^50
+        const double column = std::floor(value / cell);
+        return std::abs(column) < exactColumns ? static_cast<std::int64_t>(column) : std::bit_cast<std::int64_t>(value);
     }
     static std::uint64_t Key(std::int64_t column, std::int64_t row) {
         return static_cast<std::uint64_t>(column) * 0x9E3779B97F4A7C15U ^ static_cast<std::uint64_t>(row);
@@ -65,18 +67,19 @@ void MergeChains(std::vector<Chain>& chains, const Meet& meet, double tolerance)
     const auto pointsOf = [&chains](std::size_t i) -> const Points& { return std::as_const(chains[i]).GetPoints(); };
     const auto isFinite = [](const auto& p) { return std::isfinite(p.GetX()) && std::isfinite(p.GetY()); };
 
+    // A chain shorter than the tolerance is a stub, not a ring.
+    const auto isClosed = [&meet](const Points& points) {
+        return meet(points.front(), points.back()) &&
+               std::any_of(points.begin(), points.end(), [&](const auto& p) { return !meet(points.front(), p); });
+    };
+
+    if (!(tolerance > 0.0)) return;  // strictly nearer than that is nothing
     std::vector<bool> isOpen(chains.size());
-    double extent = 0.0;
     for (std::size_t i = 0; i < chains.size(); ++i) {
         const Points& points = pointsOf(i);
-        isOpen[i] = points.size() > 1 && isFinite(points.front()) && isFinite(points.back()) &&
-                    !meet(points.front(), points.back());
-        if (!isOpen[i]) continue;
-        for (const auto* const p : {&points.front(), &points.back()}) {
-            extent = std::max({extent, std::abs(p->GetX()), std::abs(p->GetY())});
-        }
+        isOpen[i] = points.size() > 1 && isFinite(points.front()) && isFinite(points.back()) && !isClosed(points);
     }
-    ChainEnds ends(tolerance, extent);
+    ChainEnds ends(tolerance);
     for (std::size_t i = 0; i < chains.size(); ++i) {
         if (!isOpen[i]) continue;
         ends.Add(pointsOf(i).front().GetX(), pointsOf(i).front().GetY(), i);
@@ -85,7 +88,7 @@ void MergeChains(std::vector<Chain>& chains, const Meet& meet, double tolerance)
 
     std::vector<bool> isTaken(chains.size(), false);
     const auto growAtEnd = [&](Points& points) {
-        while (!meet(points.back(), points.front())) {
+        while (!isClosed(points)) {
             const auto last = points.back();
             const std::size_t next = ends.FindLowest(
                 last.GetX(), last.GetY(), [&](std::size_t j) { return isTaken[j]; },
