@@ -12,6 +12,7 @@ namespace Kalvio::Math {
 class KALVIO_MATH_API VariogramModelBase {
 public:
     virtual ~VariogramModelBase();
+    VariogramModelBase& operator=(const VariogramModelBase&) = delete;
 
     /// @param h  distance, in the unit of the range
     /// @return in the unit of the sill: that of the samples' values, squared
@@ -23,7 +24,6 @@ public:
 protected:
     VariogramModelBase(double sillValue, double rangeValue) : sill(sillValue), range(rangeValue) {}
     VariogramModelBase(const VariogramModelBase&) = default;
-    VariogramModelBase& operator=(const VariogramModelBase&) = delete;
 
 private:
     double sill;
