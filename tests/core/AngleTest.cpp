@@ -1,113 +1,81 @@
 #include "kalvio/core/Angle.h"
-
 #include "kalvio/core/Point2D.h"
-#include "kalvio/core/Tolerances.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
 
-constexpr double pi = 3.141592653589793;
-constexpr double twoPi = 6.283185307179586;
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
 TEST(AngleTest, EachNormalisationKeepsItsOwnRange) {
-    struct Row {
-        const char* why;
-        double value, stored, signedHalf, positive;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, double, double, double> rows[] = {
         {"inside", 1.0, 1.0, 1.0, 1.0},
-        {"the sign stays", -pi / 2, -pi / 2, -pi / 2, 1.5 * pi},
-        {"a full turn stays a full turn where the range holds it", twoPi, twoPi, 0.0, twoPi},
-        {"a turn back is open", -twoPi, 0.0, 0.0, 0.0},
-        {"beyond a turn", 7.0, 7.0 - twoPi, 7.0 - twoPi, 7.0 - twoPi},
-        {"beyond a turn back", -7.0, -7.0 + twoPi, -7.0 + twoPi, -7.0 + 2 * twoPi},
-        {"half a turn is closed", pi, pi, pi, pi},
-        {"half a turn back is open", -pi, -pi, pi, pi},
-        {"the largest number ends", std::numeric_limits<double>::max(), std::fmod(1.7976931348623157e308, twoPi),
-         std::remainder(1.7976931348623157e308, twoPi), std::fmod(1.7976931348623157e308, twoPi)},
-        {"infinity passes", infinity, infinity, infinity, infinity},
-        {"and so does its negation", -infinity, -infinity, -infinity, -infinity},
+        {"the sign stays", -kPi / 2, -kPi / 2, -kPi / 2, 1.5 * kPi},
+        {"a full turn stays a full turn where the range holds it", 2 * kPi, 2 * kPi, 0.0, 2 * kPi},
+        {"a turn back is open", -2 * kPi, 0.0, 0.0, 0.0},
+        {"beyond a turn", 7.0, 7.0 - 2 * kPi, 7.0 - 2 * kPi, 7.0 - 2 * kPi},
+        {"beyond a turn back", -7.0, -7.0 + 2 * kPi, -7.0 + 2 * kPi, -7.0 + 2 * 2 * kPi},
+        {"half a turn is closed", kPi, kPi, kPi, kPi},
+        {"half a turn back is open", -kPi, -kPi, kPi, kPi},
+        {"the largest number ends", std::numeric_limits<double>::max(), std::fmod(1.7976931348623157e308, 2 * kPi),
+         std::remainder(1.7976931348623157e308, 2 * kPi), std::fmod(1.7976931348623157e308, 2 * kPi)},
+        {"infinity passes", -kInfinity, -kInfinity, -kInfinity, -kInfinity},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        EXPECT_DOUBLE_EQ(Angle(row.value).GetRadians(), row.stored);
-        EXPECT_DOUBLE_EQ(Angle::NormalizeAnglePiMinusPi(row.value), row.signedHalf);
-        EXPECT_DOUBLE_EQ(Angle::NormalizeZero2Pi(row.value), row.positive);
+    for (const auto& [why, value, stored, signedHalf, positive] : rows) {
+        SCOPED_TRACE(why);
+        EXPECT_DOUBLE_EQ(Angle(value).GetRadians(), stored);
+        EXPECT_DOUBLE_EQ(Angle::NormalizeAnglePiMinusPi(value), signedHalf);
+        EXPECT_DOUBLE_EQ(Angle::NormalizeZero2Pi(value), positive);
     }
     EXPECT_TRUE(std::signbit(Angle::NormalizeZero2Pi(-0.0))) << "-0.0 is not below zero";
     EXPECT_TRUE(std::isnan(Angle(std::nan("")).GetRadians()));
 }
 
 TEST(AngleTest, DirectionsCountFromEastAndBearingsFromNorth) {
-    struct Row {
-        const char* way;
-        double dx, dy, direction, bearing;
-    };
-    const Row rows[] = {
-        {"east", 1, 0, 0, pi / 2},     {"north", 0, 1, pi / 2, 0}, {"west", -1, 0, pi, -pi / 2},
-        {"south", 0, -1, -pi / 2, pi}, {"nowhere", 0, 0, 0, 0},    {"north-east", 2, 2, pi / 4, pi / 4},
+    const std::tuple<const char*, double, double, double, double> rows[] = {
+        {"east", 1, 0, 0, kPi / 2},      {"north", 0, 1, kPi / 2, 0}, {"west", -1, 0, kPi, -kPi / 2},
+        {"south", 0, -1, -kPi / 2, kPi}, {"nowhere", 0, 0, 0, 0},     {"north-east", 2, 2, kPi / 4, kPi / 4},
     };
     const Point2D from(385000.0, 6672000.0);
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.way);
-        EXPECT_DOUBLE_EQ(Angle(row.dx, row.dy).GetRadians(), row.direction);
-        EXPECT_DOUBLE_EQ(Angle(from, from + Vec2D(row.dx, row.dy)).GetRadians(), row.bearing);
+    for (const auto& [way, dx, dy, direction, bearing] : rows) {
+        SCOPED_TRACE(way);
+        EXPECT_DOUBLE_EQ(Angle(dx, dy).GetRadians(), direction);
+        EXPECT_DOUBLE_EQ(Angle(from, from + Vec2D(dx, dy)).GetRadians(), bearing);
     }
 }
 
-TEST(AngleTest, EqualityIsStrictAndCrossesTheFullTurnOnce) {
-    struct Row {
-        const char* why;
-        double a, b, tolerance;
-        bool expected;
-    };
-    const Row rows[] = {
+TEST(AngleTest, EqualityIsStrictAndTheShorterWayRoundCounts) {
+    const std::tuple<const char*, double, double, double, bool> rows[] = {
         {"exactly the tolerance apart", 1.0, 1.25, 0.25, false},
         {"nearer", 1.0, 1.25, 0.250001, true},
         {"across the full turn", 6.28315, 0.00005, 0.0001, true},
         {"just not", 3.0, 3.0001, 0.0001, false},
-        {"a quarter back and three quarters on", -pi / 2, 1.5 * pi, 1e-9, true},
-        {"two turns apart", -6.0, -6.0 + 2 * twoPi - 0.6, 0.1, false},
+        {"a quarter back and three quarters on", -kPi / 2, 1.5 * kPi, 1e-9, true},
+        {"two turns apart", -6.0, -6.0 + 2 * 2 * kPi - 0.6, 0.1, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        EXPECT_EQ(Angle(row.a).IsEqualTo(Angle(row.b), row.tolerance), row.expected);
-        EXPECT_EQ(Angle(row.b).IsEqualTo(Angle(row.a), row.tolerance), row.expected);
-        EXPECT_EQ(Angle(row.a).IsEqualTo(Angle(row.b), Tolerances(1.0, Angle(row.tolerance), 1e-10)), row.expected);
+    for (const auto& [why, a, b, tolerance, expected] : rows) {
+        SCOPED_TRACE(why);
+        EXPECT_EQ(Angle(a).IsEqualTo(Angle(b), tolerance), expected);
+        EXPECT_EQ(Angle(b).IsEqualTo(Angle(a), tolerance), expected);
+        EXPECT_EQ(Angle(a).IsEqualTo(Angle(b), Tolerances(1.0, Angle(tolerance), 1e-10)), expected);
     }
-}
-
-TEST(AngleTest, TheNearerDirectionWinsTheShorterWayRound) {
-    const Angle reference(0.0);
-    EXPECT_TRUE(reference.IsFirstCloser(Angle(twoPi - 0.1), Angle(0.3)));
-    EXPECT_FALSE(reference.IsFirstCloser(Angle(0.3), Angle(twoPi - 0.1)));
-    EXPECT_FALSE(reference.IsFirstCloser(Angle(0.3), Angle(-0.3))) << "a tie";
+    EXPECT_TRUE(Angle(0.0).IsFirstCloser(Angle(2 * kPi - 0.1), Angle(0.3)));
+    EXPECT_FALSE(Angle(0.0).IsFirstCloser(Angle(0.3), Angle(2 * kPi - 0.1)));
+    EXPECT_FALSE(Angle(0.0).IsFirstCloser(Angle(0.3), Angle(-0.3))) << "a tie";
 }
 
 TEST(AngleTest, UnitsConvertInPlaceAndUnknownOnesDoNothing) {
     using enum AngleUnit;
     const auto unknown = static_cast<AngleUnit>(3);
-    struct Row {
-        AngleUnit from, to;
-        double value, expected;
-    };
-    const Row rows[] = {
-        {DecimalDegree, Radians, 180.0, pi},        {Radians, DecimalDegree, pi, 180.0},
+    const std::tuple<AngleUnit, AngleUnit, double, double> rows[] = {
+        {DecimalDegree, Radians, 180.0, kPi},       {Radians, DecimalDegree, kPi, 180.0},
         {DegreeSecond, DecimalDegree, 3600.0, 1.0}, {DecimalDegree, DegreeSecond, 1.0, 3600.0},
-        {Radians, DegreeSecond, pi, 648000.0},      {DegreeSecond, Radians, 648000.0, pi},
+        {Radians, DegreeSecond, kPi, 648000.0},     {DegreeSecond, Radians, 648000.0, kPi},
         {DegreeSecond, DegreeSecond, 7.0, 7.0},     {unknown, Radians, 7.0, 7.0},
         {DegreeSecond, unknown, 7.0, 7.0},
     };
-    for (const Row& row : rows) {
-        double value = row.value;
-        Angle::TransformValue(row.from, row.to, value);
-        EXPECT_DOUBLE_EQ(value, row.expected);
+    for (const auto& [from, to, given, expected] : rows) {
+        double value = given;
+        Angle::TransformValue(from, to, value);
+        EXPECT_DOUBLE_EQ(value, expected);
     }
     double seconds = 7200.0;
     Angle::TransformDegreeSecond(DegreeSecond, seconds);
@@ -115,11 +83,10 @@ TEST(AngleTest, UnitsConvertInPlaceAndUnknownOnesDoNothing) {
 
     Angle angle;
     angle.SetDegrees(-90.0);
-    EXPECT_DOUBLE_EQ(angle.GetRadians(), -pi / 2);
+    EXPECT_DOUBLE_EQ(angle.GetRadians(), -kPi / 2);
     angle.SetGrad(500.0);
     EXPECT_DOUBLE_EQ(angle.GetGrad(), 100.0) << "setters normalise";
-    EXPECT_DOUBLE_EQ(Angle(pi).GetGrad(), 200.0);
-    EXPECT_DOUBLE_EQ(Angle(pi).GetDegrees(), 180.0);
+    EXPECT_DOUBLE_EQ(Angle(kPi).GetDegrees(), 180.0);
 }
 
 }  // namespace

@@ -1,17 +1,7 @@
 #include "kalvio/core/Matrix2D.h"
-
 #include "kalvio/core/Point2D.h"
 #include "kalvio/curves/Polynomial.h"
-#include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -22,8 +12,7 @@ Matrix2D Affine(double m00, double m01, double m10, double m11, double m20, doub
 }
 
 Matrix2D RotationAbout(const Point2D& center, double angle) {
-    const double c = std::cos(angle);
-    const double s = std::sin(angle);
+    const double c = std::cos(angle), s = std::sin(angle);
     return Affine(1.0, 0.0, 0.0, 1.0, -center.GetX(), -center.GetY()) *=
            Affine(c, s, -s, c, center.GetX(), center.GetY());
 }
@@ -66,8 +55,7 @@ TEST(Matrix2DTest, RotateLeavesTheTranslation) {
     Matrix2D m = Affine(1, 0, 0, 1, 5, 6);
     m.Set(0, 2, 10.0);
     m.Rotate(detail::pi / 3.0);
-    const double c = 0.5;
-    const double s = std::sqrt(0.75);
+    const double c = 0.5, s = std::sqrt(0.75);
     const double expected[9] = {c, s, 5.0, -s, c, 0.0, 5.0, 6.0, 1.0};
     EXPECT_TRUE(m.IsEqualTo(Matrix2D(expected), 1e-15));
     EXPECT_NEAR(m.GetRotation().GetRadians(), detail::pi / 3.0, 1e-15);
@@ -96,13 +84,12 @@ TEST(Matrix2DTest, EditsActAsTheTransformationsTheyName) {
 }
 
 TEST(Matrix2DTest, InverseUndoesAffineMatrices) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
-    std::uniform_real_distribution<double> any(-2.0, 2.0);
+    RandomNumbers random(20240601);
     for (const Point2D& origin : surveyOrigins) {
         for (int i = 0; i < 100; ++i) {
-            const Matrix2D m =
-                Affine(any(random) + 3.0, any(random), any(random), any(random) - 4.0, origin.GetX(), origin.GetY());
-            const Point2D p = origin + Vec2D(any(random), any(random));
+            const Matrix2D m = Affine(random(-2.0, 2.0) + 3.0, random(-2.0, 2.0), random(-2.0, 2.0),
+                                      random(-2.0, 2.0) - 4.0, origin.GetX(), origin.GetY());
+            const Point2D p = origin + Vec2D(random(-2.0, 2.0), random(-2.0, 2.0));
             EXPECT_THAT(p * m * m.GetInverse(), IsNear(p, 1e-15 * (10.0 + 100.0 * origin.GetY())));
         }
     }

@@ -1,19 +1,11 @@
-#include "kalvio/core/Matrix3D.h"
-
 #include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/Quaternion.h"
 #include "kalvio/curves/Polynomial.h"
-#include "support/Near.h"
-#include "support/Seed.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <functional>
-#include <limits>
-#include <random>
 
 namespace Kalvio::Math {
 namespace {
@@ -58,11 +50,10 @@ TEST(Matrix3DTest, RotationsTurnEverythingAndComposeLikePoints) {
 }
 
 TEST(Matrix3DTest, AnglesRebuildTheRotation) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240602));
-    std::uniform_real_distribution<double> any(-3.0, 3.0);
+    RandomNumbers random(20240602);
     for (int i = 0; i < 200; ++i) {
-        const double quarter = i % 2 == 0 ? any(random) : std::copysign(detail::pi / 2.0, any(random));
-        const Matrix3D turn = Matrix3D().Rotate(0, any(random)).Rotate(1, quarter).Rotate(2, any(random));
+        const double quarter = i % 2 == 0 ? random(-3.0, 3.0) : std::copysign(detail::pi / 2.0, random(-3.0, 3.0));
+        const Matrix3D turn = Matrix3D().Rotate(0, random(-3.0, 3.0)).Rotate(1, quarter).Rotate(2, random(-3.0, 3.0));
         Angle x, y, z;
         ASSERT_TRUE(Matrix3D(turn).PreScale(2.0, 3.0, 0.5).GetRotation(x, y, z));
         const Matrix3D rebuilt =
@@ -75,22 +66,21 @@ TEST(Matrix3DTest, AnglesRebuildTheRotation) {
 }
 
 TEST(Matrix3DTest, InverseUndoesAffineAndProjectiveMatrices) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240603));
-    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    RandomNumbers random(20240603);
     for (int i = 0; i < 100; ++i) {
         Matrix3D m;
-        for (int row = 0; row < 4; ++row) m.SetRow(row, {any(random), any(random), any(random), any(random)});
+        for (int row = 0; row < 4; ++row)
+            m.SetRow(row, {random(-1.0, 1.0), random(-1.0, 1.0), random(-1.0, 1.0), random(-1.0, 1.0)});
         for (int k = 0; k < 4; ++k) m.Set(k, k, m.Get(k, k) + 3.0);
         EXPECT_TRUE((Matrix3D(m) *= m.GetInverse()).Equal(Matrix3D::identity, 1e-14));
         EXPECT_NEAR(m.Determinant() * m.GetInverse().Determinant(), 1.0, 1e-13);
         m.SetColumn(3, {0.0, 0.0, 0.0, 1.0});
         m.SetRow(3, {385000.0, 6672000.0, 100.0, 1.0});
-        const Point3D p(385000.0, 6672000.0, any(random));
+        const Point3D p(385000.0, 6672000.0, random(-1.0, 1.0));
         EXPECT_THAT(p * m * m.GetInverse(), IsNear(p, 1e-8));
         EXPECT_EQ(m.GetInverse().GetColumn(3), (Matrix3D::Row{0.0, 0.0, 0.0, 1.0}));
     }
-    EXPECT_TRUE(Matrix3D().Scale(1.0, 0.0, 1.0).Invert().IsUndefined());
-    EXPECT_TRUE(Matrix3D().Scale(std::numeric_limits<double>::quiet_NaN()).Invert().IsUndefined());
+    for (const double y : {0.0, kNan}) EXPECT_TRUE(Matrix3D().Scale(1.0, y, 1.0).Invert().IsUndefined());
 }
 
 // Residuals of every decomposition, relative to the size of the matrix.
@@ -130,33 +120,27 @@ void CheckDecompositions(const Matrix3D& m, double size, bool hasVectors) {
 }
 
 TEST(Matrix3DTest, DecompositionsReconstructTheMatrix) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240604));
-    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    RandomNumbers random(20240604);
     std::uniform_int_distribution<int> small(-2, 2);
-    struct Kind {
-        const char* why;
-        bool hasVectors;
-        std::function<double(int, int)> element;
-    };
-    const Kind kinds[] = {
-        {"general", false, [&](int, int) { return any(random); }},
+    const std::tuple<const char*, bool, std::function<double(int, int)>> kinds[] = {
+        {"general", false, [&](int, int) { return random(-1.0, 1.0); }},
         {"many equal and zero eigenvalues", false, [&](int, int) { return small(random); }},
-        {"triangular", true, [&](int i, int j) { return i <= j ? any(random) : 0.0; }},
-        {"badly scaled", false, [&](int i, int j) { return any(random) * std::pow(1e4, i - j); }},
+        {"triangular", true, [&](int i, int j) { return i <= j ? random(-1.0, 1.0) : 0.0; }},
+        {"badly scaled", false, [&](int i, int j) { return random(-1.0, 1.0) * std::pow(1e4, i - j); }},
         {"rank 1", true, [&](int i, int j) { return (i % 2 == 0 ? 1.0 : 0.3 * i) * (j + 1.0); }},
     };
-    for (const Kind& kind : kinds) {
-        SCOPED_TRACE(kind.why);
+    for (const auto& [why, hasVectors, element] : kinds) {
+        SCOPED_TRACE(why);
         for (int run = 0; run < 200 && !testing::Test::HasFailure(); ++run) {
             Matrix3D m;
             double size = 1.0;
             for (int i = 0; i < 4; ++i) {
                 for (int j = 0; j < 4; ++j) {
-                    m.Set(i, j, kind.element(i, j));
+                    m.Set(i, j, element(i, j));
                     size = std::max(size, std::abs(m.Get(i, j)));
                 }
             }
-            CheckDecompositions(m, size, kind.hasVectors);
+            CheckDecompositions(m, size, hasVectors);
             m += m.GetTranspose();
             CheckDecompositions(m, 2.0 * size, true);
         }

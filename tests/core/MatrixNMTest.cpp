@@ -1,24 +1,16 @@
 #include "kalvio/core/MatrixNM.h"
+#include "support/Testing.h"
 
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
-#include <limits>
-#include <random>
-#include <vector>
 
 namespace Kalvio::Math {
 namespace {
 
-using Rows = std::vector<std::vector<double>>;
 using Method = LUDecompositionMethod;
 
-MatrixNM From(const Rows& rows) {
+MatrixNM From(const std::vector<std::vector<double>>& rows) {
     MatrixNM m(static_cast<unsigned int>(rows.size()), static_cast<unsigned int>(rows.front().size()));
     for (unsigned int i = 0; i < m.GetNumRows(); ++i) m[i].SetCoordinates(rows[i]);
     return m;
@@ -36,13 +28,12 @@ protected:
     MatrixNM Random(unsigned int n, unsigned int columns) {
         MatrixNM m(n, columns);
         for (unsigned int i = 0; i < n; ++i) {
-            for (int j = 0; j < static_cast<int>(columns); ++j) m[i][j] = any(random);
+            for (int j = 0; j < static_cast<int>(columns); ++j) m[i][j] = random(-1.0, 1.0);
         }
         return m;
     }
 
-    std::mt19937_64 random{SeedFromEnvironment("KALVIO_TEST_SEED", 20240606)};
-    std::uniform_real_distribution<double> any{-1.0, 1.0};
+    RandomNumbers random{20240606};
 };
 
 bool AreNear(const MatrixNM& a, const MatrixNM& b, double tolerance) {
@@ -122,13 +113,7 @@ TEST_F(MatrixNMTest, InverseUndoesEverySize) {
 }
 
 TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    struct Row {
-        const char* why;
-        MatrixNM matrix;
-        bool expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, MatrixNM, bool> rows[] = {
         {"5e-11", Diagonal({1.0, 5e-11, 1.0}), false},
         {"2e-10", Diagonal({1.0, 2e-10, 1.0}), true},
         {"1e-10 is not below 1e-10", Diagonal({1e-10}), true},
@@ -136,20 +121,20 @@ TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
         {"-2e-10 of an eliminated matrix", Diagonal({1.0, -2e-10, 1.0, 1.0, 1.0, 1.0}), true},
         {"the determinant overflows", Diagonal({1e80, 1e80, 1e80, 1e80, 1e80}), false},
         {"only on the way", Diagonal({1e200, 1e200, 1e-200, 1e-200, 1.0}), true},
-        {"not finite", Diagonal({1.0, infinity, 1.0}), false},
-        {"not a number", Diagonal({1.0, infinity - infinity, 1.0, 1.0, 1.0}), false},
+        {"not finite", Diagonal({1.0, kInfinity, 1.0}), false},
+        {"not a number", Diagonal({1.0, kNan, 1.0, 1.0, 1.0}), false},
         {"not square", MatrixNM(2, 3), false},
         {"empty", MatrixNM(), false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, matrix, expected] : rows) {
+        SCOPED_TRACE(why);
         MatrixNM inverse = Diagonal({7.0});
-        EXPECT_EQ(row.matrix.GetInverse(inverse), row.expected);
-        if (!row.expected) {
+        EXPECT_EQ(matrix.GetInverse(inverse), expected);
+        if (!expected) {
             EXPECT_TRUE(inverse == Diagonal({7.0})) << "untouched";
             continue;
         }
-        EXPECT_TRUE(AreNear(row.matrix * inverse, Identity(row.matrix.GetNumRows()), 1e-15));
+        EXPECT_TRUE(AreNear(matrix * inverse, Identity(matrix.GetNumRows()), 1e-15));
     }
     double determinant = 7.0;
     EXPECT_FALSE(MatrixNM(2, 3).Determinant(determinant) || MatrixNM().Determinant(determinant));
@@ -185,13 +170,7 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
             EXPECT_TRUE(x.IsEqualTo(expected, 1e-12));
         }
     }
-    struct Row {
-        const char* why;
-        MatrixNM matrix;
-        Method method;
-        bool decomposes, solves;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, MatrixNM, Method, bool, bool> rows[] = {
         {"no such method", Diagonal({1, 1}), static_cast<Method>(3), false, false},
         {"no pivoting", From({{0, 1}, {1, 0}}), Method::Doolittle, false, false},
         {"a small pivot that divides", Diagonal({9e-11, 1}), Method::Doolittle, false, false},
@@ -202,16 +181,16 @@ TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
         {"pivot lost in rounding", From({{2, 1, 0}, {1, 0.5, 0}, {0, 0, 1}}), Method::Cholesky, false, false},
         {"last pivot lost in rounding", From({{2, 1}, {1, 0.5}}), Method::Cholesky, true, false},
         {"not symmetric", From({{4, 1}, {2, 4}}), Method::Cholesky, false, false},
-        {"not finite", Diagonal({1, std::numeric_limits<double>::quiet_NaN()}), Method::Doolittle, false, false},
+        {"not finite", Diagonal({1, kNan}), Method::Doolittle, false, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, matrix, method, decomposes, solves] : rows) {
+        SCOPED_TRACE(why);
         MatrixNM l, u;
         VecND x(9U);
-        EXPECT_EQ(row.matrix.LUDecomposition(l, u, row.method), row.decomposes);
-        EXPECT_EQ(row.matrix.SolveLinearSystem(VecND(2U), x, row.method), row.solves);
-        EXPECT_EQ(x.GetDimension(), row.solves ? 2U : 9U);
-        EXPECT_FALSE(row.matrix.SolveLinearSystem(VecND(4U), x, row.method)) << "b of another size";
+        EXPECT_EQ(matrix.LUDecomposition(l, u, method), decomposes);
+        EXPECT_EQ(matrix.SolveLinearSystem(VecND(2U), x, method), solves);
+        EXPECT_EQ(x.GetDimension(), solves ? 2U : 9U);
+        EXPECT_FALSE(matrix.SolveLinearSystem(VecND(4U), x, method)) << "b of another size";
     }
 }
 

@@ -1,26 +1,12 @@
 #include "kalvio/core/Numbers.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <map>
-#include <utility>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
 TEST(NumbersTest, CompareIsInclusiveForEqualAndExclusiveForLess) {
     using Op = Numbers::CompareOperator;
-    struct Row {
-        const char* why;
-        double a;
-        Op op;
-        double b, tol;
-        bool expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, Op, double, double, bool> rows[] = {
         {"exactly tol apart", 1.0, Op::Equal, 1.25, 0.25, true},
         {"beyond tol", 1.0, Op::Equal, 1.5, 0.25, false},
         {"tol apart is not less", 1.0, Op::Less, 1.25, 0.25, false},
@@ -34,20 +20,12 @@ TEST(NumbersTest, CompareIsInclusiveForEqualAndExclusiveForLess) {
         {"NaN compares false", kNan, Op::Equal, kNan, 1.0, false},
         {"unknown operator", 1.0, static_cast<Op>(9), 1.0, 1.0, false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        EXPECT_EQ(Numbers::Compare(row.a, row.op, row.b, row.tol), row.expected);
-    }
+    for (const auto& [why, a, op, b, tol, expected] : rows) EXPECT_EQ(Numbers::Compare(a, op, b, tol), expected) << why;
 }
 
 TEST(NumbersTest, CountsSaturateAndNeverOverflow) {
-    struct Row {
-        const char* why;
-        int n, k;
-        std::int64_t combination, permutations;
-    };
     constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    const Row rows[] = {
+    const std::tuple<const char*, int, int, std::int64_t, std::int64_t> rows[] = {
         {"the small table", 5, 2, 10, 20},
         {"all", 5, 5, 1, 120},
         {"none", 5, 0, 1, 1},
@@ -59,10 +37,10 @@ TEST(NumbersTest, CountsSaturateAndNeverOverflow) {
         {"small at the far end of a huge row", 2000000000, 1, 2000000000, 2000000000},
         {"extreme arguments end", std::numeric_limits<int>::max(), std::numeric_limits<int>::max(), 1, most},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        EXPECT_EQ(Numbers::Combination(row.n, row.k), row.combination);
-        EXPECT_EQ(Numbers::Permutations(row.n, row.k), row.permutations);
+    for (const auto& [why, n, k, combination, permutations] : rows) {
+        SCOPED_TRACE(why);
+        EXPECT_EQ(Numbers::Combination(n, k), combination);
+        EXPECT_EQ(Numbers::Permutations(n, k), permutations);
     }
 }
 
@@ -80,8 +58,7 @@ TEST(NumbersTest, DigitsSignsAndParity) {
 TEST(NumbersTest, KeysWithinATenthOfAMillimetreAreOneKey) {
     std::map<double, const char*, compareDouble> stations;
     stations.emplace(1.0, "first");
-    EXPECT_FALSE(stations.emplace(1.00005, "second").second);
-    EXPECT_FALSE(stations.emplace(0.99995, "third").second);
+    EXPECT_FALSE(stations.emplace(1.00005, "second").second || stations.emplace(0.99995, "third").second);
     EXPECT_STREQ(stations.begin()->second, "first");
     EXPECT_TRUE(stations.emplace(1.0002, "fourth").second);
 }

@@ -1,18 +1,8 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Plane3D.h"
-#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/Triangle3D.h"
-#include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <random>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -21,18 +11,14 @@ constexpr double tol = 0x1p-13;  // exact in binary, near 1e-4
 const Tolerances tolerances(tol, 1e-10);
 
 TEST(Plane3DTest, CoefficientsAndSolutions) {
-    double a, b, c, d;
+    double a, b, c, d, z = 7.0;
     Plane3D(0, 0, 2, -4).GetParameters(a, b, c, d);
     EXPECT_EQ((std::array{a, b, c, d}), (std::array{0.0, 0.0, 1.0, -2.0}));
-    double z = 7.0;
-    EXPECT_FALSE(Plane3D(1, 0, 0, 0).GetPointZ(1, 2, z));
-    EXPECT_EQ(z, 7.0);
+    EXPECT_TRUE(!Plane3D(1, 0, 0, 0).GetPointZ(1, 2, z) && z == 7.0);
     const Plane3D tilted(2, -3, 6, 14);  // length 7
     double x = 0.0, y = 0.0;
     ASSERT_TRUE(tilted.GetPointZ(1, 2, z) && tilted.GetPointY(1, z, y) && tilted.GetPointX(2, z, x));
-    EXPECT_NEAR(z, -10.0 / 6.0, 1e-15);
-    EXPECT_NEAR(y, 2.0, 1e-15);
-    EXPECT_NEAR(x, 1.0, 1e-15);
+    EXPECT_THAT(Point3D(x, y, z), IsNear(Point3D(1, 2, -10.0 / 6.0), 1e-15));
     EXPECT_THAT(tilted.GetPoint(), IsNear(Point3D(-4.0 / 7.0, 6.0 / 7.0, -12.0 / 7.0), 1e-15));
     const Point3D o, ex(1, 0, 0), ey(0, 1, 0);
     EXPECT_TRUE(Plane3D(o, ey, ex).IsEqualTo(Plane3D(0, 0, -1, 0), 1e-300));
@@ -58,14 +44,13 @@ TEST(Plane3DTest, PointsOnThePlane) {
 }
 
 TEST(Plane3DTest, PlaneCoordinates) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240607));
-    std::uniform_real_distribution<double> any(-1.0, 1.0);
+    RandomNumbers random(20240607);
     for (const Point2D& origin : surveyOrigins) {
         const double bound = 1e-14 + 1e-15 * origin.GetY();
         for (int i = 0; i < 200; ++i) {
-            const Point3D point(origin + Vec2D(any(random), any(random)), any(random));
-            const Vec3D normals[] = {Vec3D(any(random), any(random), any(random)), Vec3D(1e-9, 0, any(random)),
-                                     Vec3D(any(random), 1e-9, 0)};
+            const Point3D point(origin + Vec2D(random(-1.0, 1.0), random(-1.0, 1.0)), random(-1.0, 1.0));
+            const Vec3D normals[] = {Vec3D(random(-1.0, 1.0), random(-1.0, 1.0), random(-1.0, 1.0)),
+                                     Vec3D(1e-9, 0, random(-1.0, 1.0)), Vec3D(random(-1.0, 1.0), 1e-9, 0)};
             const Plane3D plane(point, normals[i % 3]);
             const Matrix3D m = plane.GetTransformationMatrix();
             Matrix3D axes(m);
@@ -88,12 +73,7 @@ TEST(Plane3DTest, PlaneCoordinates) {
 }
 
 TEST(Triangle3DTest, PointsInside) {
-    struct Row {
-        const char* why;
-        double x, y, z;
-        bool expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, double, double, bool> rows[] = {
         {"interior", 1.0, 1.0, 0.0, true},
         {"corner", 0.0, 0.0, 0.0, true},
         {"on an edge", 2.0, 0.0, 0.0, true},
@@ -110,13 +90,13 @@ TEST(Triangle3DTest, PointsInside) {
     for (const Point2D& origin : surveyOrigins) {
         const Vec3D shift(origin.GetX(), origin.GetY(), 50.0);
         const Point3D base = Point3D() + shift;
-        for (const Row& row : rows) {
-            SCOPED_TRACE(row.why);
-            const Point3D p = base + Vec3D(row.x, row.y, row.z);
+        for (const auto& [why, x, y, z, expected] : rows) {
+            SCOPED_TRACE(why);
+            const Point3D p = base + Vec3D(x, y, z);
             Triangle3D triangle(base, base + Vec3D(4, 0, 0), base + Vec3D(0, 3, 0));
             for (int turn = 0; turn < 3; ++turn) {
-                EXPECT_EQ(triangle.IsPointInside(p, tolerances), row.expected);
-                EXPECT_EQ(Triangle3D(triangle[2], triangle[1], triangle[0]).IsPointInside(p, tolerances), row.expected);
+                EXPECT_EQ(triangle.IsPointInside(p, tolerances), expected);
+                EXPECT_EQ(Triangle3D(triangle[2], triangle[1], triangle[0]).IsPointInside(p, tolerances), expected);
                 triangle = Triangle3D(triangle[1], triangle[2], triangle[0]);
             }
         }
