@@ -48,11 +48,11 @@ public:
         new (Targets() + count) Target(target);
         ++count;
     }
-    /// Later entries move up.
+    /// The last entry takes its place.
     void Erase(unsigned int i) {
-        Boxes().Erase(i, count);
-        std::copy(Targets() + i + 1, Targets() + count, Targets() + i);
         --count;
+        Boxes().Set(i, Boxes().Get(count));
+        Targets()[i] = Targets()[count];
     }
     void Clear() { count = 0; }
 

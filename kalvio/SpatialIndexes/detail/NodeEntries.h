@@ -59,9 +59,12 @@ public:
         }
         block->Append(entry.box, target);
     }
+    /// The last entry takes its place.
     void Erase(unsigned int i) {
         block->Erase(i);
-        if (!HoldsItems()) children.erase(children.begin() + i);
+        if (HoldsItems()) return;
+        std::swap(children[i], children.back());
+        children.pop_back();
     }
     std::unique_ptr<Node> TakeChild(unsigned int i) {
         std::unique_ptr<Node> child = std::move(children[i]);
