@@ -75,20 +75,22 @@ std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
         const std::string& word = arguments[i];
         if (word == "--y-down") {
             options.isYDown = true;
-        } else if (word.rfind("--", 0) != 0) {
+            continue;
+        }
+        if (word.rfind("--", 0) != 0) {
             std::string& name = options.index.empty() ? options.index : options.file;
             if (!name.empty()) return std::nullopt;
             name = word;
-        } else if (++i == arguments.size()) {
-            return std::nullopt;
-        } else if (word == "--window" || word == "--point") {
+            continue;
+        }
+        if (++i == arguments.size()) return std::nullopt;
+        const bool isWindow = word == "--window";
+        if (isWindow || word == "--point") {
             const std::vector<double> numbers = ToNumbers(arguments[i]);
-            if (numbers.size() != (word == "--window" ? 4U : 2U)) return std::nullopt;
-            (word == "--window" ? options.windows : options.points).push_back(numbers);
-        } else if (word == "--check") {
-            options.check = arguments[i];
-        } else if (word == "--svg") {
-            options.svg = arguments[i];
+            if (numbers.size() != (isWindow ? 4U : 2U)) return std::nullopt;
+            (isWindow ? options.windows : options.points).push_back(numbers);
+        } else if (word == "--check" || word == "--svg") {
+            (word == "--svg" ? options.svg : options.check) = arguments[i];
         } else {
             return std::nullopt;
         }

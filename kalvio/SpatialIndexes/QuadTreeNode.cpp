@@ -322,7 +322,7 @@ void QuadTreeNode::FindAll(Found& found) const {
 template <class... Where>
 int QuadTreeNode::VisitItems(const ISpatialIndexVisit& visitor, const Where&... where) const {
     const auto walk = [this](const auto& nodeQuery, const auto& itemQuery, auto& found) {
-        if (IsSearchMatch(nodeQuery)) Walk(nodeQuery, itemQuery, found);
+        if (this->IsSearchMatch(nodeQuery)) this->Walk(nodeQuery, itemQuery, found);
     };
     return detail::VisitAnswers(walk, visitor, planDimension, where...);
 }
@@ -330,7 +330,7 @@ int QuadTreeNode::VisitItems(const ISpatialIndexVisit& visitor, const Where&... 
 template <class... Where>
 void QuadTreeNode::FilterItems(std::list<ISpatialIndexData*>& found, const Where&... where) const {
     const auto walk = [this](const auto& nodeQuery, const auto& itemQuery, auto& foundItem) {
-        if (IsSearchMatch(nodeQuery)) Walk(nodeQuery, itemQuery, foundItem);
+        if (this->IsSearchMatch(nodeQuery)) this->Walk(nodeQuery, itemQuery, foundItem);
     };
     detail::ListAnswers(walk, found, planDimension, where...);
 }

@@ -61,7 +61,7 @@ public:
     /// @return owned by the caller; null for the root, which has no square, and for a quadrant outside 0 ... 3
     [[nodiscard]] QuadTreeNode* CreateSubnode(int quadrant) const;
 
-    /// Appends an item to this node, wherever its box lies.
+    /// Appends an item to this node. Below the root its box must lie in the square: searches rely on it.
     void Add(const ISpatialIndexData* item);
     /// Appends the items of this node, then those of children 0 to 3, depth first.
     /// @return the vector
