@@ -26,16 +26,14 @@ TEST(GeometryTest, EqualityIsStrict) {
     EXPECT_FALSE(Geometry::AreEqualEitherWay(line, Point2D(), 1e-6));
     Polyline2D chain;
     chain.AppendElement(line.Clone());
-    EXPECT_TRUE(Geometry::AreEqual(line, chain, 1e-6));
-    EXPECT_TRUE(Geometry::AreEqual(line, LineString2D(line), 1e-6));
+    EXPECT_TRUE(Geometry::AreEqual(line, chain, 1e-6) && Geometry::AreEqual(line, LineString2D(line), 1e-6));
     EXPECT_FALSE(Geometry::AreEqual(back, chain, 1e-6));
 }
 
 TEST(GeometryTest, CounterClockwiseNeedsTheMargin) {
     const Point2D a(0, 0), b(1, 0);
     EXPECT_TRUE(Geometry::ArePointsCCW(a, b, Point2D(0, 1)));
-    EXPECT_FALSE(Geometry::ArePointsCCW(a, Point2D(0, 1), b));
-    EXPECT_FALSE(Geometry::ArePointsCCW(a, b, Point2D(1, 4e-10)));
+    EXPECT_FALSE(Geometry::ArePointsCCW(a, Point2D(0, 1), b) || Geometry::ArePointsCCW(a, b, Point2D(1, 4e-10)));
     EXPECT_TRUE(Geometry::ArePointsCCW(Point2DM(0, 0, 9), Point2DM(1, 0, 8), Point2DM(1, 5e-10, 7)));
 }
 
@@ -51,6 +49,7 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_TRUE(Geometry::GetStartPoint(outer, plan) && plan == Point2D(1, 0));
     EXPECT_TRUE(Geometry::GetEndPoint(outer, space) && space.IsEqualTo(Point3D(7, 6, 0), 1e-300));
     EXPECT_TRUE(Geometry::GetStartPoint(heights, space) && space.IsEqualTo(Point3D(1, 2, 3), 1e-300));
+    EXPECT_TRUE(Geometry::GetEndPoint(inner, plan) && plan == inner.GetEnd());
     EXPECT_TRUE(Geometry::GetEndPoint(heights, plan) && plan == Point2D(4, 5));
     Polyline2D hollow;
     hollow.AppendElement(new LineString2D());

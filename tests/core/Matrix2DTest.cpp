@@ -28,8 +28,7 @@ TEST(Matrix2DTest, FlagFollowsTheEdits) {
     EXPECT_TRUE(Matrix2D().Rotate(0.5) == Matrix2D::identity) << "both flags are 1";
     EXPECT_EQ(Matrix2D().Invert().GetFlag(), 1);
     const Matrix2D undefined = Affine(1, 2, 2, 4, 5, 6).GetInverse();
-    EXPECT_TRUE(undefined.IsUndefined());
-    EXPECT_TRUE(undefined.IsEqualTo(Matrix2D::identity, 1e-300));
+    EXPECT_TRUE(undefined.IsUndefined() && undefined.IsEqualTo(Matrix2D::identity, 1e-300));
     EXPECT_EQ((Matrix2D() *= undefined).GetFlag(), 2) << "the other matrix is copied, flag included";
     EXPECT_EQ((Matrix2D(undefined) *= Affine(2, 0, 0, 2, 0, 0)).GetFlag(), 2) << "a product keeps the flag";
     Matrix2D general = Affine(2, 0, 0, 2, 7, 8);

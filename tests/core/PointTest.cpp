@@ -57,8 +57,7 @@ TEST(PointTest, EditingHooksKeepTheirDefaults) {
     const std::unique_ptr<IGeometry> p(Point3D(1, 2, 3).Clone());
     std::vector<IGeometry*> pieces;
     const std::unique_ptr<IGeometry> reversed(p->CloneAsReverse());
-    EXPECT_TRUE(p->IsEqualTo(*reversed, 1e-15));
-    EXPECT_TRUE(p->GetLength() == 0.0 && p->Append(reversed.get()) == nullptr);
+    EXPECT_TRUE(p->IsEqualTo(*reversed, 1e-15) && p->GetLength() == 0.0 && p->Append(reversed.get()) == nullptr);
     EXPECT_FALSE(std::as_const(*p).BreakAt({Point2D(1, 2)}, pieces, kTolerances));
     EXPECT_FALSE(p->IsPointOnGeometry(Point2D(1, 2), kTolerances));
     EXPECT_FALSE(p->ExtendStart(Point2D(), kTolerances) || p->ExtendEnd(Point2D(), kTolerances));

@@ -111,8 +111,7 @@ TEST(VecTest, VectorsCompareStrictlyAndWithTheirKin) {
     const Vec2D v(1.0, 2.0);
     EXPECT_FALSE(v.IsEqualTo(Vec2D(1.25, 2.0), 0.25)) << "exactly the tolerance apart";
     EXPECT_TRUE(v.IsEqualTo(Vec2D(1.25, 2.25), 0.26)) << "a square, not a circle";
-    EXPECT_TRUE(v.IsOppositeTo(Vec2D(-1.0, -2.0), 1e-9));
-    EXPECT_TRUE(v.IsEqualTo(VecND(std::vector{1.0, 2.0}), 1e-9));
+    EXPECT_TRUE(v.IsOppositeTo(Vec2D(-1.0, -2.0), 1e-9) && v.IsEqualTo(VecND(std::vector{1.0, 2.0}), 1e-9));
     EXPECT_FALSE(v.IsEqualTo(VecND(std::vector{1.0, 2.0, 0.0}), 1e-9) || v.IsEqualTo(Vec3D(1.0, 2.0, 0.0), 1e-9));
     EXPECT_TRUE(Vec3D(1, 2, 3).IsEqualTo(VecND(std::vector{1.0, 2.0, 3.0}), 1e-9));
     EXPECT_FALSE(Vec2D(kNan, 0.0).IsEqualTo(Vec2D(kNan, 0.0), 1.0));

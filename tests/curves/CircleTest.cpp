@@ -5,28 +5,13 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/Distance.h"
-#include "support/Near.h"
-#include "support/Origins.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <numbers>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
 TEST(CircleTest, TangentsOfTwoCircles) {
-    struct Row {
-        const char* why;
-        Point2D other;
-        double r1, r2;
-        int crossing, outer;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Point2D, double, double, int, int> rows[] = {
         {"apart", Point2D(8, 6), 3.0, 2.0, 2, 2},
         {"apart, equal radii", Point2D(-8, 6), 2.0, 2.0, 2, 2},
         {"touching from outside", Point2D(3, 4), 3.0, 2.0, 1, 2},
@@ -40,27 +25,27 @@ TEST(CircleTest, TangentsOfTwoCircles) {
         {"two points", Point2D(5, 0), 0.0, 0.0, 1, 1},
         {"NaN", Point2D(kNan, 0), 1.0, 2.0, 0, 0},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, other, r1, r2, inner, outer] : rows) {
         for (const Point2D& origin : surveyOrigins) {
-            SCOPED_TRACE(row.why);
-            const Circle2D first(origin, row.r1);
-            const Circle2D second(row.other + origin, row.r2);
+            SCOPED_TRACE(why);
+            const Circle2D first(origin, r1);
+            const Circle2D second(other + origin, r2);
             for (const bool crossing : {true, false}) {
                 Line2D lines[2];
                 const int count = crossing ? first.GetCrossingTangents(second, lines[0], lines[1], 1e-8)
                                            : first.GetNonCrossingTangents(second, lines[0], lines[1]);
-                ASSERT_EQ(count, crossing ? row.crossing : row.outer);
-                if (row.r1 == 0.0) {
-                    EXPECT_EQ(second.GetTangentsThroughPoint(origin, lines[0], lines[1]), row.outer);
+                ASSERT_EQ(count, crossing ? inner : outer);
+                if (r1 == 0.0) {
+                    EXPECT_EQ(second.GetTangentsThroughPoint(origin, lines[0], lines[1]), outer);
                 }
                 for (int i = 0; i < count; ++i) {
                     const double sides =
                         Distance::PointToLine(origin, lines[i]) * Distance::PointToLine(second.GetCenter(), lines[i]);
-                    EXPECT_NEAR(sides, (crossing ? -1.0 : 1.0) * row.r1 * row.r2, 1e-7);
-                    EXPECT_NEAR(lines[i].GetStart().Distance(origin), row.r1, 1e-8);
+                    EXPECT_NEAR(sides, (crossing ? -1.0 : 1.0) * r1 * r2, 1e-7);
+                    EXPECT_NEAR(lines[i].GetStart().Distance(origin), r1, 1e-8);
                     if (count < 2) continue;
-                    EXPECT_NEAR(lines[i].GetEnd().Distance(second.GetCenter()), row.r2, 1e-8);
-                    if (crossing && row.r1 == 0.0) continue;
+                    EXPECT_NEAR(lines[i].GetEnd().Distance(second.GetCenter()), r2, 1e-8);
+                    if (crossing && r1 == 0.0) continue;
                     const Point2D& touch = crossing ? lines[i].GetStart() : lines[i].GetEnd();
                     EXPECT_EQ(Distance::PointToLine(touch, origin, second.GetCenter()) > 0.0, i == 1);
                 }
@@ -106,8 +91,7 @@ TEST(CircleTest, CirclesInSpaceMirrorThePlaneOnes) {
     EXPECT_THAT(circle.NormalProjectionPointOnCircle(center + Vec3D(3, 7, -4)), IsNear(center + Vec3D(3, 0, -4), 2e-9));
     EXPECT_TRUE(circle.IsPointInside(center + Vec3D(3, 0.01, -3.9), 0.02));
     EXPECT_FALSE(circle.IsPointInside(center + Vec3D(3, 0.03, -3.9), 0.02));
-    Line3D left;
-    Line3D right;
+    Line3D left, right;
     EXPECT_EQ(circle.GetTangentsThroughPoint(center + Vec3D(13, 0, 0), left, right, 1e-8), 2);
     EXPECT_NEAR(left.GetLength(), 12.0, 1e-8);
     EXPECT_EQ(circle.GetTangentsThroughPoint(center + Vec3D(13, 1, 0), left, right, 1e-8), 0);

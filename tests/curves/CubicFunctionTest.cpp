@@ -1,18 +1,9 @@
 #include "kalvio/curves/CubicFunction.h"
-
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 using Complex = std::complex<double>;
 
 TEST(CubicFunctionTest, RootsOfKnownFunctions) {
@@ -60,14 +51,13 @@ TEST(CubicFunctionTest, RootsOfKnownFunctions) {
 // Both ways from known roots: each is compared in units of its condition, the shift that one rounding of the
 // coefficients brings about. Near-double roots are a class of their own.
 TEST(CubicFunctionTest, RandomRootsAreFoundToTheirCondition) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240602));
-    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution<>(low, high)(random); };
+    RandomNumbers random(20240602);
     for (int run = 0; run < 20000 && !HasFailure(); ++run) {
-        const double a = std::pow(10.0, uniform(-6.0, 6.0));
+        const double a = std::pow(10.0, random(-6.0, 6.0));
         const double spread = run % 2 == 0 ? 0.0 : 4.0;
-        const double x = uniform(-2.0, 2.0) * std::pow(10.0, uniform(-spread, spread));
-        const double m = uniform(-2.0, 2.0) * std::pow(10.0, uniform(-spread, spread));
-        const Complex h = Complex(run % 3 != 0, run % 3 == 0) * uniform(0.01, 1.0) * m;
+        const double x = random(-2.0, 2.0) * std::pow(10.0, random(-spread, spread));
+        const double m = random(-2.0, 2.0) * std::pow(10.0, random(-spread, spread));
+        const Complex h = Complex(run % 3 != 0, run % 3 == 0) * random(0.01, 1.0) * m;
         const double product = ((m + h) * (m - h)).real();
         const CubicFunction f(a, -a * (x + 2.0 * m), a * (product + 2.0 * m * x), -a * x * product);
         const CubicFunction magnitudes(a, std::abs(f.GetB()), std::abs(f.GetC()), std::abs(f.GetD()));

@@ -1,20 +1,8 @@
 #include "kalvio/curves/Polynomial.h"
-
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
-#include <random>
-#include <utility>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 void Multiply(std::vector<double>& p, const Polynomial& factor) {
     const unsigned int degree = factor.GetDegree();
@@ -54,14 +42,7 @@ void CheckFactors(double lead, const std::vector<std::complex<double>>& roots, u
 
 TEST(PolynomialTest, FactorsMultiplyUpToThePolynomial) {
     using Roots = std::vector<std::complex<double>>;
-    struct Row {
-        const char* why;
-        double lead;
-        Roots roots;
-        unsigned int leadingZeros;
-        double bound;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, Roots, unsigned int, double> rows[] = {
         {"lone real root: the method itself runs to infinity", 1.0, {1.0, {0.0, 1.0}}, 0, 1e-15},
         {"zero roots, an odd number, with an odd degree", 2.0, {0.0, 0.0, 0.0, 5.0}, 1, 1e-15},
         {"all roots zero", 4.0, Roots(12, 0.0), 0, 0.0},
@@ -71,20 +52,19 @@ TEST(PolynomialTest, FactorsMultiplyUpToThePolynomial) {
         {"large roots", 1.0, {1e70, -2e70, {1e70, 1e70}}, 0, 1e-14},
         {"roots far apart", 1e-3, {1e-40, 1.0, -1e30}, 0, 1e-14},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        CheckFactors(row.lead, row.roots, row.leadingZeros, row.bound);
+    for (const auto& [why, lead, roots, leadingZeros, bound] : rows) {
+        SCOPED_TRACE(why);
+        CheckFactors(lead, roots, leadingZeros, bound);
     }
 }
 
 TEST(PolynomialTest, RandomFactorsMultiplyUpToThePolynomial) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
-    const auto uniform = [&](double low, double high) { return std::uniform_real_distribution<>(low, high)(random); };
+    RandomNumbers random(20240601);
     for (int run = 0; run < 3000; ++run) {
         std::vector<std::complex<double>> roots;
         for (std::size_t degree = random() % 13, added = 0; added < degree;) {
-            const double scale = run % 3 == 0 ? std::pow(10.0, uniform(-4.0, 4.0)) : 1.0;
-            std::complex<double> z(uniform(-2.0, 2.0) * scale, random() % 2 == 0 ? 0.0 : uniform(-2.0, 2.0) * scale);
+            const double scale = run % 3 == 0 ? std::pow(10.0, random(-4.0, 4.0)) : 1.0;
+            std::complex<double> z(random(-2.0, 2.0) * scale, random() % 2 == 0 ? 0.0 : random(-2.0, 2.0) * scale);
             if (random() % 8 == 0) z = 0.0;
             for (std::size_t times = run % 4 == 0 ? 1 + random() % 4 : 1; times > 0 && added < degree; --times) {
                 if (added + 2 > degree) z = z.real();
@@ -92,7 +72,7 @@ TEST(PolynomialTest, RandomFactorsMultiplyUpToThePolynomial) {
                 roots.push_back(z);
             }
         }
-        CheckFactors(uniform(-3.0, -0.1), roots, 0, run % 4 == 0 ? 1e-7 : 1e-12);
+        CheckFactors(random(-3.0, -0.1), roots, 0, run % 4 == 0 ? 1e-7 : 1e-12);
         if (HasFailure()) FAIL() << "run " << run;
     }
 }
@@ -126,25 +106,20 @@ TEST(PolynomialTest, BairstowStartsWhereToldAndStopsWhenTold) {
 }
 
 TEST(PolynomialTest, QuadraticRootsKeepTheirDigits) {
-    struct Row {
-        const char* why;
-        double a, b, c;
-        std::complex<double> x1, x2;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, double, double, std::complex<double>, std::complex<double>> rows[] = {
         {"the small root does not cancel", 1.0, -1e8, 1.0, 1e8, 1e-8},
         {"roots 2^-26 apart", 1.0, -2.0, 1.0 - 0x1p-52, 1.0 + 0x1p-26, 1.0 - 0x1p-26},
         {"squares overflow", 1e200, -5e200, 6e200, 3.0, 2.0},
         {"outer coefficients at the two ends", 1e-300, 0.0, -1e300, 1e300, -1e300},
         {"negative lead, complex", -1.0, 2.0, -5.0, {1.0, 2.0}, {1.0, -2.0}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, a, b, c, x1, x2] : rows) {
+        SCOPED_TRACE(why);
         std::vector<std::complex<double>> roots;
-        ASSERT_EQ((Polynomial{row.c, row.b, row.a, 0.0}.FindQuadraticEquationRoots(roots)), 2);
-        if (std::abs(roots[0] - row.x1) > std::abs(roots[1] - row.x1)) std::swap(roots[0], roots[1]);
-        EXPECT_LE(std::abs(roots[0] - row.x1), 4e-16 * std::abs(row.x1));
-        EXPECT_LE(std::abs(roots[1] - row.x2), 4e-16 * std::abs(row.x2));
+        ASSERT_EQ((Polynomial{c, b, a, 0.0}.FindQuadraticEquationRoots(roots)), 2);
+        if (std::abs(roots[0] - x1) > std::abs(roots[1] - x1)) std::swap(roots[0], roots[1]);
+        EXPECT_LE(std::abs(roots[0] - x1), 4e-16 * std::abs(x1));
+        EXPECT_LE(std::abs(roots[1] - x2), 4e-16 * std::abs(x2));
     }
 }
 
