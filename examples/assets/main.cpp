@@ -44,10 +44,12 @@ constexpr const char* kUsage =
 constexpr int kDiffers = 1;
 constexpr int kBadInput = 2;
 
+constexpr double largestId = 9007199254740992.0;  // 2^53; ids of the table are whole numbers below it
+
 class Asset final : public ISpatialIndexData {
 public:
     explicit Asset(const std::vector<double>& row)
-        : id(static_cast<long long>(row[0])),
+        : id(static_cast<long long>(std::clamp(row[0], -largestId, largestId))),
           box(PointND(std::vector<double>{row[1], row[2]}), PointND(std::vector<double>{row[3], row[4]})) {}
 
     void GetEnvelope(BoundingBoxND& envelope) const override { envelope = box; }

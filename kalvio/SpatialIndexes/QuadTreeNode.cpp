@@ -33,6 +33,7 @@ bool HasPlace(const FlatBox& box) {
 }
 
 double CenterOf(double low, double high, int level) {
+    if (std::isfinite(low) && std::isfinite(high)) return 0.5 * low + 0.5 * high;
     const double half = std::ldexp(1.0, level - 1);
     return std::isfinite(low) ? low + half : high - half;
 }
@@ -53,7 +54,8 @@ void ComputeKey(double coordinate, int level, double& low, double& high) {
 
 QuadTreeNode::QuadTreeNode() = default;
 
-QuadTreeNode::QuadTreeNode(BoundingBoxND* box, int squareLevel) : level(squareLevel), isRoot(box == nullptr) {
+QuadTreeNode::QuadTreeNode(BoundingBoxND* box, int squareLevel)
+    : level(std::clamp(squareLevel, lowestLevel, highestLevel)), isRoot(box == nullptr) {
     if (isRoot) return;
     envelope = box;
     const FlatBox flat(*box, planDimension);
@@ -77,7 +79,8 @@ QuadTreeNode::QuadTreeNode(const QuadTreeNode& other)
       boxes(other.boxes),
       square(other.square),
       level(other.level),
-      isRoot(other.isRoot) {
+      isRoot(other.isRoot),
+      hasStrays(other.hasStrays) {
     for (std::size_t i = 0; i < children.size(); ++i) {
         if (other.children[i] != nullptr) children[i] = std::make_unique<QuadTreeNode>(*other.children[i]);
     }
@@ -91,6 +94,7 @@ QuadTreeNode& QuadTreeNode::operator=(const QuadTreeNode& other) {
     square = copy.square;
     level = copy.level;
     isRoot = copy.isRoot;
+    hasStrays = copy.hasStrays;
     items.swap(copy.items);
     boxes.swap(copy.boxes);
     children.swap(copy.children);
@@ -145,7 +149,7 @@ QuadTreeNode* QuadTreeNode::GetSubnode(int quadrant) const {
 }
 
 QuadTreeNode* QuadTreeNode::CreateSubnode(int quadrant) const {
-    if (isRoot || quadrant < 0 || quadrant > 3) return nullptr;
+    if (isRoot || level <= lowestLevel || quadrant < 0 || quadrant > 3) return nullptr;
     return new QuadTreeNode(GetQuadrant(static_cast<std::size_t>(quadrant)), level - 1);
 }
 
@@ -204,7 +208,7 @@ void QuadTreeNode::Adopt(std::unique_ptr<QuadTreeNode> node) {
         child = std::move(node);
         return;
     }
-    std::unique_ptr<QuadTreeNode> between(CreateSubnode(quadrant));
+    std::unique_ptr<QuadTreeNode> between(CreateSubnode(quadrant));  // above the lowest level: the node lies below
     between->Adopt(std::move(node));
     child = std::move(between);
 }
@@ -244,8 +248,9 @@ QuadTreeNode* QuadTreeNode::Descend(const FlatBox& box, bool create) {
             if (!create || node->isRoot || node->level <= lowestLevel) return node;
             const Square& whole = node->square;
             const Square part = node->GetQuadrant(static_cast<std::size_t>(quadrant));
-            const bool halved = part.minX != whole.minX || part.maxX != whole.maxX || part.minY != whole.minY ||
-                                part.maxY != whole.maxY;
+            // In both axes, or a box that only one of them can tell apart would go down its thousand levels.
+            const bool halved = (part.minX != whole.minX || part.maxX != whole.maxX) &&
+                                (part.minY != whole.minY || part.maxY != whole.maxY);
             if (!halved) return node;
             child.reset(new QuadTreeNode(part, node->level - 1));
         }
@@ -259,6 +264,7 @@ void QuadTreeNode::Append(const FlatBox& box, ISpatialIndexData* item) {
     boxes.resize(detail::BoxPairs::GetSize(n + 1, planDimension));
     detail::BoxPairs(boxes.data(), planDimension).Set(n, box);
     items.push_back(item);
+    hasStrays = hasStrays || !square.Contains(box);
 }
 
 template <class NodeQuery>
@@ -268,11 +274,18 @@ bool QuadTreeNode::IsSearchMatch(const NodeQuery& query) const {
     return (x & query.Axis(1)(Lanes::Repeat(square.minY), Lanes::Repeat(square.maxY))).Bits() != 0;
 }
 
+template <class ItemQuery, class Found>
+void QuadTreeNode::FindItems(const ItemQuery& itemQuery, Found& found) const {
+    if (items.empty()) return;
+    const detail::BoxPairs pairs(const_cast<double*>(boxes.data()), planDimension);  // only read
+    pairs.ForEachMatch(itemQuery, static_cast<unsigned int>(items.size()), [&](unsigned int i) { found(items[i]); });
+}
+
 template <class NodeQuery, class ItemQuery, class Found>
 void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
     if constexpr (NodeQuery::isWindow) {
         if (!isRoot && IsSearchMatch(detail::InsideQuery{nodeQuery.window})) {
-            FindAll(found);
+            FindAll(nodeQuery, itemQuery, found);
             return;
         }
     }
@@ -285,14 +298,11 @@ void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, 
     for (unsigned int quadrant = 0; quadrant < 4; ++quadrant) {
         if ((columns >> quadrant % 2 & rows >> quadrant / 2 & 1U) == 0) continue;
         next[quadrant] = children[quadrant].get();
+        if (next[quadrant] == nullptr) continue;
         detail::Prefetch(next[quadrant]);
         detail::Prefetch(reinterpret_cast<const char*>(next[quadrant]) + 64);
     }
-    if (!items.empty()) {
-        const detail::BoxPairs pairs(const_cast<double*>(boxes.data()), planDimension);  // only read
-        pairs.ForEachMatch(itemQuery, static_cast<unsigned int>(items.size()),
-                           [&](unsigned int i) { found(items[i]); });
-    }
+    FindItems(itemQuery, found);
     for (const QuadTreeNode* const child : next) {
         if (child == nullptr) continue;
         detail::Prefetch(child->items.data());
@@ -304,18 +314,28 @@ void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, 
     }
 }
 
-template <class Found>
-void QuadTreeNode::FindAll(Found& found) const {
+template <class NodeQuery, class ItemQuery, class Found>
+void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
     for (const auto& child : children) {
+        if (child == nullptr) continue;
         detail::Prefetch(child.get());
         detail::Prefetch(reinterpret_cast<const char*>(child.get()) + 64);
     }
-    for (ISpatialIndexData* item : items) found(item);
+    if (hasStrays) {
+        FindItems(itemQuery, found);
+    } else {
+        for (ISpatialIndexData* item : items) found(item);
+    }
     for (const auto& child : children) {
         if (child != nullptr) detail::Prefetch(child->items.data());
     }
     for (const auto& child : children) {
-        if (child != nullptr) child->FindAll(found);
+        if (child == nullptr) continue;
+        if (square.Contains(child->square)) {
+            child->FindAll(nodeQuery, itemQuery, found);
+        } else if (child->IsSearchMatch(nodeQuery)) {
+            child->Walk(nodeQuery, itemQuery, found);
+        }
     }
 }
 
@@ -375,6 +395,10 @@ QuadTreeNode::Square QuadTreeNode::GetQuadrant(std::size_t quadrant) const {
 
 bool QuadTreeNode::Square::Contains(const FlatBox& box) const {
     return minX <= box.Low(0) && box.High(0) <= maxX && minY <= box.Low(1) && box.High(1) <= maxY;
+}
+
+bool QuadTreeNode::Square::Contains(const Square& other) const {
+    return minX <= other.minX && other.maxX <= maxX && minY <= other.minY && other.maxY <= maxY;
 }
 
 FlatBox QuadTreeNode::Square::GetBox() const {

@@ -106,6 +106,7 @@ private:
         double maxY = 0.0;
 
         bool Contains(const detail::FlatBox& box) const;
+        bool Contains(const Square& other) const;
         detail::FlatBox GetBox() const;
     };
 
@@ -131,9 +132,12 @@ private:
     /// Calls `found(item)` for the matches of this node and below; the caller has asked whether this node takes part.
     template <class NodeQuery, class ItemQuery, class Found>
     void Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const;
-    /// The same for a node whose square lies inside the window.
-    template <class Found>
-    void FindAll(Found& found) const;
+    /// The same for a node whose square lies inside the window: all that lies inside the square is a match.
+    template <class NodeQuery, class ItemQuery, class Found>
+    void FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const;
+    /// Calls `found(item)` for the matches among the items of this node alone.
+    template <class ItemQuery, class Found>
+    void FindItems(const ItemQuery& itemQuery, Found& found) const;
     template <class... Where>
     int VisitItems(const ISpatialIndexVisit& visitor, const Where&... where) const;
     template <class... Where>
@@ -148,6 +152,7 @@ private:
     Square square;
     int level = 0;
     bool isRoot = true;
+    bool hasStrays = false;  // an item was added whose box reaches out of the square
     mutable std::atomic<const BoundingBoxND*> envelope{nullptr};  // owned; made when it is asked for
 };
 

@@ -5,6 +5,7 @@
 #include "kalvio/SpatialIndexes/detail/Answers.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -32,11 +33,20 @@ struct RStarTreeData {
         return items;
     }
 
-    void DeleteItems() const {
+    std::vector<ISpatialIndexData*> DistinctItems() const {
         std::vector<ISpatialIndexData*> items = Items();
-        std::sort(items.begin(), items.end());
+        std::sort(items.begin(), items.end(), std::less<>());
         items.erase(std::unique(items.begin(), items.end()), items.end());
-        for (const ISpatialIndexData* item : items) delete item;
+        return items;
+    }
+
+    /// Each item once, but for those that the other tree holds too.
+    void DeleteItems(const RStarTreeData* keeper = nullptr) const {
+        const std::vector<ISpatialIndexData*> kept =
+            keeper != nullptr ? keeper->DistinctItems() : std::vector<ISpatialIndexData*>();
+        for (ISpatialIndexData* item : DistinctItems()) {
+            if (!std::binary_search(kept.begin(), kept.end(), item, std::less<>())) delete item;
+        }
     }
 
     auto Walk() const {
@@ -82,7 +92,7 @@ RStarTree& RStarTree::operator=(const RStarTree& other) {
     copy->dimension = other.data->dimension;
     copy->nrOfItems = other.data->nrOfItems;
     copy->unplaced = other.data->unplaced;
-    if (data->deletes) data->DeleteItems();
+    if (data->deletes) data->DeleteItems(copy.get());
     data = std::move(copy);
     return *this;
 }
@@ -128,9 +138,7 @@ bool RStarTree::Remove(const ISpatialIndexData* item) {
     if (data->root->GetNrOfEntries() == 0) {
         data->root = std::make_unique<RStarTreeNode>(true, data->dimension, data->deletes);
     }
-    RStarTreeNode::Insertion again;
-    again.mayReinsert = false;  // they are being reinserted
-    for (const RStarTreeNode::Entry& orphan : removal.orphans) data->InsertFromRoot(orphan.box, orphan.item, again);
+    for (const RStarTreeNode::Entry& orphan : removal.orphans) data->Insert(orphan.box, orphan.item);
     return true;
 }
 

@@ -19,8 +19,8 @@ public:
     static constexpr int largestDimension = 1024;
 
     /// An empty tree of dimension 2.
-    /// @param deleteFlag  whether the tree owns its items: its destructor, and an assignment to it, deletes those that
-    ///                    are in it then, each once. `Remove` never deletes.
+    /// @param deleteFlag  whether the tree owns its items: its destructor deletes those that are in it then, each once,
+    ///                    and an assignment to it those that the assigned tree does not hold. `Remove` never deletes.
     explicit RStarTree(bool deleteFlag = false);
     /// The copy does not own the items.
     RStarTree(const RStarTree& other);

@@ -161,6 +161,20 @@ TEST(QuadTreeTest, NodesCanBeBuiltByHand) {
     straddling->Add(&item);
     node.InsertNode(straddling);
     EXPECT_EQ(node.GetItems(), std::vector<ISpatialIndexData*>{&item}) << "a node across the centre gives its items";
+
+    Item stray(Box(100, 100, 101, 101));
+    node.GetNode(Box(9, 1, 10, 2))->Add(&stray);
+    found.clear();
+    node.AddAllItemsFromOverlapping(Box(-1, -1, 17, 17), found, true);
+    EXPECT_EQ(found.size(), 2U) << "a window over the whole square does not take what was put there by force";
+    QuadTreeNode top(new BoundingBoxND(Box(0, 0, 16, 16)), 2000000000);
+    top.InsertNode(new QuadTreeNode(new BoundingBoxND(Box(0, 0, 1, 1)), -2000000000));
+    EXPECT_EQ(top.GetLevel(), QuadTreeNode::highestLevel);
+    EXPECT_EQ(QuadTreeNode(new BoundingBoxND(Box(0, 0, 1, 1)), -2000000000).CreateSubnode(0), nullptr);
+    const QuadTreeNode odd(new BoundingBoxND(Box(0, 0, 16, 16)), 2);  // a level that does not fit the side
+    const std::unique_ptr<QuadTreeNode> half(odd.CreateSubnode(0));
+    EXPECT_TRUE(
+        std::unique_ptr<QuadTreeNode>(half->CreateSubnode(3))->GetEnvelope()->IsEqualTo(Box(4, 4, 8, 8), 1e-12));
 }
 
 }  // namespace

@@ -100,6 +100,23 @@ TEST(RStarTreeTest, TheDeleteFlagLetsTheTreeOwnItsItemsButNoCopyOfIt) {
     *owner = RStarTree(false);
     EXPECT_EQ(deleted, 199) << "an assignment gives up what was owned";
     EXPECT_FALSE(owner->GetDelete());
+
+    owner = filled(true);
+    *owner = RStarTree(*owner);
+    EXPECT_EQ(deleted, 199) << "what both trees hold lives on, owned by nobody";
+    const auto left = Search(*owner, Box(-1, -1, 200, 2), true);
+    const std::set<const ISpatialIndexData*> distinct(left.begin(), left.end());
+    EXPECT_EQ(distinct.size(), 100U);
+    for (const ISpatialIndexData* const item : distinct) delete item;
+}
+
+TEST(RStarTreeTest, TheSplitGoesAcrossTheLongerAxis) {
+    std::deque<Item> items;
+    RStarTree tree(false);
+    for (int i = 0; i < 65; ++i) tree.Insert(&items.emplace_back(Box(0, i, 1, i)));
+    const BoundingBoxND low = tree.GetRoot()->GetChild(0)->GetBox();
+    const BoundingBoxND high = tree.GetRoot()->GetChild(1)->GetBox();
+    EXPECT_FALSE(low.Intersects(high)) << "stacked segments come apart by their heights";
 }
 
 TEST(RStarTreeTest, LeavesAreValuesAndNodesTellTheirKind) {
