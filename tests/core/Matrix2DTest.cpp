@@ -23,8 +23,7 @@ TEST(Matrix2DTest, FlagFollowsTheEdits) {
     EXPECT_EQ(Matrix2D(identityValues).GetFlag(), 0) << "nine values are a general matrix";
     EXPECT_TRUE(Matrix2D(static_cast<const double*>(nullptr)).IsUndefined());
     EXPECT_EQ(Matrix2D(Matrix2D::identity).Translate(0.0, 0.0).GetFlag(), 1);
-    EXPECT_EQ(Matrix2D().Translate(0.0, 2.0).GetFlag(), 0);
-    EXPECT_EQ(Matrix2D().Rotate(0.5).GetFlag(), 1);
+    EXPECT_TRUE(Matrix2D().Translate(0.0, 2.0).GetFlag() == 0 && Matrix2D().Rotate(0.5).GetFlag() == 1);
     EXPECT_TRUE(Matrix2D().Rotate(0.5) == Matrix2D::identity) << "both flags are 1";
     EXPECT_EQ(Matrix2D().Invert().GetFlag(), 1);
     const Matrix2D undefined = Affine(1, 2, 2, 4, 5, 6).GetInverse();

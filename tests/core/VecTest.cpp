@@ -50,8 +50,7 @@ TEST(VecTest, SweepsGoTheAskedWayRound) {
         EXPECT_NEAR(Vec3D(from, 0).GetAngle(Vec3D(to, 0)).GetRadians(), unsignedAngle, 3e-8);
     }
     EXPECT_DOUBLE_EQ(Vec2D(0, -1).GetAngle().GetRadians(), -kPi / 2);
-    EXPECT_EQ(Vec2D().GetAngle().GetRadians(), 0.0);
-    EXPECT_EQ(Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()), 0.0);
+    EXPECT_TRUE(Vec2D().GetAngle().GetRadians() == 0.0 && Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()) == 0.0);
     EXPECT_NEAR(Vec3D(1, 2, 2).Vec3DCosAngle(Vec3D(-2, -4, -4)), -1.0, 1e-15);
 }
 

@@ -57,8 +57,7 @@ TEST(LineTest, ZeroLengthIsHarmless) {
     const Line2D endless(Point2D(0, 0), Point2D(1e200, 0));
     std::vector<Point2D> points;
     EXPECT_FALSE(Intersection::PointOnLine(Point2D(0, 5), endless, 1e-4) || endless.GetPointOffsetFromStart(1.0, p));
-    EXPECT_FALSE(endless.MakePoints(0.0, 2.0, 1.0, points, true));
-    EXPECT_EQ(endless.GetY(kNan, s), 0);
+    EXPECT_TRUE(!endless.MakePoints(0.0, 2.0, 1.0, points, true) && endless.GetY(kNan, s) == 0);
 }
 
 TEST(LineTest, SlopeAndAxisQueries) {
@@ -99,28 +98,27 @@ TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
 }
 
 TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
-    const std::tuple<const char*, double, double, double, bool, bool, std::vector<double>> rows[] = {
-        {"inside", 1.0, 2.0, 0.5, false, true, {1.0, 1.5, 2.0}},
-        {"clipped at the end, not closed", 3.0, 9.0, 0.75, false, true, {3.0, 3.75}},
-        {"closed by the end point", 3.0, 9.0, 0.75, true, true, {3.0, 3.75, 4.0}},
-        {"the end is not doubled", 3.0, 9.0, 0.5, true, true, {3.0, 3.5, 4.0}},
-        {"not closed when to is the end", 3.0, 4.0, 0.75, true, true, {3.0, 3.75}},
-        {"beyond the end", 4.5, 9.0, 1.0, true, false, {}},
-        {"before the start", -3.0, -1.0, 1.0, true, false, {}},
-        {"an infinite step keeps its first sample", 1.0, 9.0, kInfinity, true, true, {1.0, 4.0}},
-        {"step 0", 0.0, 4.0, 0.0, true, false, {}},
-        {"step NaN", 0.0, 4.0, kNan, true, false, {}},
-        {"more steps than anything holds", 0.0, 4.0, 1e-300, true, false, {}},
+    const std::tuple<const char*, double, double, double, bool, std::vector<double>> rows[] = {
+        {"inside", 1.0, 2.0, 0.5, false, {1.0, 1.5, 2.0}},
+        {"clipped at the end, not closed", 3.0, 9.0, 0.75, false, {3.0, 3.75}},
+        {"closed by the end point", 3.0, 9.0, 0.75, true, {3.0, 3.75, 4.0}},
+        {"the end is not doubled", 3.0, 9.0, 0.5, true, {3.0, 3.5, 4.0}},
+        {"not closed when to is the end", 3.0, 4.0, 0.75, true, {3.0, 3.75}},
+        {"beyond the end", 4.5, 9.0, 1.0, true, {}},
+        {"before the start", -3.0, -1.0, 1.0, true, {}},
+        {"an infinite step keeps its first sample", 1.0, 9.0, kInfinity, true, {1.0, 4.0}},
+        {"step 0", 0.0, 4.0, 0.0, true, {}},
+        {"step NaN", 0.0, 4.0, kNan, true, {}},
+        {"more steps than anything holds", 0.0, 4.0, 1e-300, true, {}},
     };
     const Line2D line(Point2D(1, 1), Point2D(1, 5));
-    for (const auto& [why, from, to, step, close, expected, stations] : rows) {
+    for (const auto& [why, from, to, step, close, stations] : rows) {
         SCOPED_TRACE(why);
         std::vector<IPolyline2DElement::PolylineElementPoint> samples;
         std::vector<Point2D> points;
-        EXPECT_EQ(line.MakePoints(from, to, step, samples, close), expected);
-        EXPECT_EQ(line.MakePoints(from, to, step, points, close), expected);
-        ASSERT_EQ(samples.size(), stations.size());
-        ASSERT_EQ(points.size(), stations.size());
+        EXPECT_EQ(line.MakePoints(from, to, step, samples, close), !stations.empty());
+        EXPECT_EQ(line.MakePoints(from, to, step, points, close), !stations.empty());
+        ASSERT_TRUE(samples.size() == stations.size() && points.size() == stations.size());
         for (std::size_t i = 0; i < samples.size(); ++i) {
             EXPECT_DOUBLE_EQ(samples[i].station, stations[i]);
             EXPECT_THAT(samples[i].point, IsNear(Point2D(1, 1 + stations[i]), 1e-14));
@@ -134,24 +132,24 @@ TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
 }
 
 TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
-    const std::tuple<const char*, std::vector<double>, bool, bool, std::vector<double>> rows[] = {
-        {"one cut", {14.0}, false, true, {4.0, 10.0}},
-        {"one cut, in place", {14.0}, true, true, {4.0, 10.0}},
-        {"cuts outside", {9.0, 20.0, 25.0}, false, false, {}},
-        {"exactly tol from the start is skipped", {10.25}, false, false, {}},
-        {"exactly tol after a cut is skipped", {14.0, 14.25, 15.0}, false, true, {4.0, 5.0, 10.0}},
-        {"a short tail is left out", {14.0, 19.875}, false, true, {4.0, 9.875}},
-        {"but not when it is the only new piece", {19.875}, true, true, {9.875, 10.0}},
-        {"left out in place too when another piece is there", {14.0, 19.875}, true, true, {4.0, 9.875}},
+    const std::tuple<const char*, std::vector<double>, bool, std::vector<double>> rows[] = {
+        {"one cut", {14.0}, false, {4.0, 10.0}},
+        {"one cut, in place", {14.0}, true, {4.0, 10.0}},
+        {"cuts outside", {9.0, 20.0, 25.0}, false, {}},
+        {"exactly tol from the start is skipped", {10.25}, false, {}},
+        {"exactly tol after a cut is skipped", {14.0, 14.25, 15.0}, false, {4.0, 5.0, 10.0}},
+        {"a short tail is left out", {14.0, 19.875}, false, {4.0, 9.875}},
+        {"but not when it is the only new piece", {19.875}, true, {9.875, 10.0}},
+        {"left out in place too when another piece is there", {14.0, 19.875}, true, {4.0, 9.875}},
     };
-    for (const auto& [why, cuts, modifyThis, expected, ends] : rows) {
+    for (const auto& [why, cuts, modifyThis, ends] : rows) {
         SCOPED_TRACE(why);
         Line2D line(Point2D(0, 5), Point2D(10, 5));
         std::map<double, const Point2D> breaks;
         for (const double cut : cuts) breaks.emplace(cut, Point2D(cut - 10.0, 5));
         std::vector<IGeometry*> out;
-        EXPECT_EQ(line.BreakAtPreSorted(breaks, 10.0, out, modifyThis, Tolerances(0.25, 1e-10)), expected);
-        if (!modifyThis || !expected) {
+        EXPECT_EQ(line.BreakAtPreSorted(breaks, 10.0, out, modifyThis, Tolerances(0.25, 1e-10)), !ends.empty());
+        if (!modifyThis) {
             EXPECT_TRUE(line.IsEqualTo(Line2D(Point2D(0, 5), Point2D(10, 5)), 1e-12));
         }
         if (modifyThis) out.insert(out.begin(), line.Clone());
@@ -188,8 +186,7 @@ TEST(Line3DTest, HeightsOverThePlan) {
     // The foot in space of (3, 0, 0) lies 9/5 along the line of length 5.
     EXPECT_NEAR(line.GetZ(Point2D(3, 0), 1e-4), 9.0 / 5.0 * 4.0 / 5.0, 1e-14);
     EXPECT_NEAR(line.GetZ(Point2D(6, 0), 1e-4), 2.88, 1e-14);
-    EXPECT_EQ(line.GetZOnSegment(Point2D(6, 0), 1e-4), 0.0);
-    EXPECT_EQ(line.GetZ(Point2D(3, 1), 1e-4), 0.0);
+    EXPECT_TRUE(line.GetZOnSegment(Point2D(6, 0), 1e-4) == 0.0 && line.GetZ(Point2D(3, 1), 1e-4) == 0.0);
     EXPECT_NEAR(line.GetZByInterpolation(Point2D(1.5, 99), 1e-4), 2.0, 1e-14);
     EXPECT_NEAR(Line3D(Point3D(0, 0, 1), Point3D(100, 1, 3)).GetZByInterpolation(Point2D(0, 0.5), 1e-4), 2.0, 1e-14)
         << "y goes first whatever the main direction";

@@ -1,22 +1,10 @@
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
-#include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <list>
-#include <random>
-#include <tuple>
-#include <vector>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
-
-const Tolerances kTolerances(0.0001, 1e-10);
 
 std::vector<double> Heights(const LineString3D& string) {
     std::vector<double> heights;
@@ -25,15 +13,15 @@ std::vector<double> Heights(const LineString3D& string) {
 }
 
 TEST(LineString3DTest, StationsAndExtractionsAgreeInSpaceAndInPlan) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20267));
-    std::uniform_real_distribution<double> ahead(0.5, 9.0), aside(-6.0, 6.0), fraction(0.0, 1.0);
+    RandomNumbers random(20267);
     for (int round = 0; round < 60; ++round) {
         LineString3D string{Point3D(surveyOrigins[round % 2], 100.0)};
         for (int i = 0; i < 1 + round % 20; ++i) {
-            string.AppendPoint(std::as_const(string).GetEnd() + Vec3D(ahead(random), aside(random), aside(random)));
+            string.AppendPoint(std::as_const(string).GetEnd() +
+                               Vec3D(random(0.5, 9.0), random(-6.0, 6.0), random(-6.0, 6.0)));
         }
         const double total = string.GetLength();
-        const double s = fraction(random) * total;
+        const double s = random(0.0, 1.0) * total;
         Point3D p;
         double fromStart = -1.0, fromEnd = -1.0, z = 0.0;
         ASSERT_TRUE(string.GetPointOffsetFromStart(s, p));
@@ -126,11 +114,11 @@ TEST(LineString3DTest, HeightsOnABorder) {
 }
 
 TEST(LineString3DTest, AveragingIsTheMeanOverAWindow) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20268));
-    std::uniform_real_distribution<double> step(-4.0, 4.0);
+    RandomNumbers random(20268);
     LineString3D string{Point3D(surveyOrigins[1], 7.0)}, averaged;
     for (int i = 0; i < 40; ++i) {
-        string.AppendPoint(std::as_const(string).GetEnd() + Vec3D(step(random), step(random), step(random)));
+        string.AppendPoint(std::as_const(string).GetEnd() +
+                           Vec3D(random(-4.0, 4.0), random(-4.0, 4.0), random(-4.0, 4.0)));
     }
     std::vector<int> indexes;
     ASSERT_TRUE(string.GetAveraged(averaged, indexes, 7.0));
@@ -153,8 +141,7 @@ TEST(LineString3DTest, AveragingIsTheMeanOverAWindow) {
     EXPECT_EQ(indexes, (std::vector<int>{0, 0, 1, 1, 1}));
     for (unsigned int i = 0; i < 5; ++i) EXPECT_THAT(averaged[i], IsNear(Point3D(1, 2, 3) + d * (2.0 * i), 1e-12));
     EXPECT_FALSE(straight.GetAveraged(averaged, indexes, 0.0) || straight.GetAveraged(averaged, indexes, 1e-12));
-    EXPECT_FALSE(LineString3D(3U).GetAveraged(averaged, indexes, 1.0));
-    EXPECT_EQ(averaged.GetSize(), 5U);
+    EXPECT_TRUE(!LineString3D(3U).GetAveraged(averaged, indexes, 1.0) && averaged.GetSize() == 5);
 }
 
 TEST(LineString3DTest, SplineRunsSmoothlyThroughTheVertices) {

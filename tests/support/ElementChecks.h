@@ -36,6 +36,7 @@ auto At(const Curve& curve, double station) {
 template <class Curve>
 Point2D NearestOn(const Curve& curve, const Point2D& query) {
     const Point2D nearest = curve.GetNearestPoint(query, kTolerances);
+    EXPECT_TRUE(curve.IsPointOnGeometry(nearest, Tolerances(1e-8, 1e-10)));
     if constexpr (requires(Sample sample) { curve.GetNearestPoint(query, 0.0, 1.0, sample); }) {
         Sample sample;
         EXPECT_TRUE(curve.GetNearestPoint(query, 0.0, curve.GetLength(), sample));
@@ -74,7 +75,8 @@ void CheckStation(const Curve& curve, double station, double tolerance, double r
     EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-5));
     const Point2D beside = sample.point + sample.tangent.GetNormalVector(true) * 1.1e-4;
     EXPECT_FALSE(curve.IsPointOnGeometry(beside, kTolerances));
-    EXPECT_FALSE(curve.GetLengthFromStartPoint(beside, fromStart, tolerance));
+    EXPECT_FALSE(curve.GetLengthFromStartPoint(beside, fromStart, 1e-4));
+    EXPECT_FALSE(curve.GetLengthFromEndPoint(beside, fromEnd, 1e-4));
     EXPECT_NEAR(fromStart, station, tolerance) << "untouched";
     EXPECT_THAT(NearestOn(curve, beside), IsNear(sample.point, rounding));
 }
