@@ -210,8 +210,7 @@ TEST(GeometryTest, MergingRules) {
     std::vector<LineString3D> plan = steps;
     Geometry::MergeLineStrings(steps, 0.1);
     Geometry::MergeLineStringsAs2D(plan, 0.1);
-    EXPECT_EQ(steps.size(), 2U);
-    ASSERT_EQ(plan.size(), 1U);
+    ASSERT_TRUE(steps.size() == 2 && plan.size() == 1);
     EXPECT_THAT(plan[0].GetPoint(1), IsNear(Point3D(1, 0, 0), 0.0));
     EXPECT_FALSE(Geometry::MergeLineStrings(steps[0], steps[1], 0.1));
     EXPECT_TRUE(Geometry::MergeLineStrings(steps[0], LineString3D({Point3D(3, 0, 0), Point3D(1, 0, 0)}), 0.1));

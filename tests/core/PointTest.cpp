@@ -87,8 +87,7 @@ TEST(PointTest, LongitudeAndLatitudeSplitTowardZero) {
         q.SetLongLat(1.25, -0.5, unit);
         double longitude = 0.0, latitude = 0.0;
         q.GetLongLat(longitude, latitude, unit);
-        EXPECT_DOUBLE_EQ(longitude, 1.25);
-        EXPECT_DOUBLE_EQ(latitude, -0.5);
+        EXPECT_THAT(Point2D(longitude, latitude), IsNear(Point2D(1.25, -0.5), 4e-16));
     }
     EXPECT_DOUBLE_EQ(Point2D(180, 0).GetLongitude(AngleUnit::Radians), detail::pi);
     EXPECT_EQ(Point2D(0, 2).GetLatitude(AngleUnit::DegreeSecond), 7200.0);

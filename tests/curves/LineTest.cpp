@@ -198,13 +198,9 @@ TEST(Line3DTest, ElementOperationsInSpace) {
         const Vec3D shift(origin, 100.0);
         const Line3D line(Point3D(0, 0, 0) + shift, Point3D(2, 3, 6) + shift);
         EXPECT_NEAR(line.GetLength2D(), std::sqrt(13.0), 1e-9);
-        double length = -1.0;
-        Point3D p;
-        ASSERT_TRUE(line.GetPointOffsetFromStart(3.5, p));
+        const Point3D p = CheckRoundTrip(line, 3.5, 1e-8);
         EXPECT_THAT(p, IsNear(line.GetMiddlePoint(), 1e-8));
-        ASSERT_TRUE(line.GetLengthFromEndPoint(p, length, 1e-4));
-        EXPECT_NEAR(length, 3.5, 1e-8);
-        length = -1.0;
+        double length = -1.0;
         EXPECT_FALSE(line.GetLengthFromStartPoint(p + Vec3D(0, 0, 0.01), length, 1e-4));
         EXPECT_FALSE(line.GetLengthFromStartPoint(line.GetEnd() + (line.GetEnd() - line.GetStart()), length, 1e-4));
         EXPECT_EQ(length, -1.0);

@@ -1,7 +1,7 @@
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
-#include "support/Testing.h"
+#include "support/ElementChecks.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -22,13 +22,8 @@ TEST(LineString3DTest, StationsAndExtractionsAgreeInSpaceAndInPlan) {
         }
         const double total = string.GetLength();
         const double s = random(0.0, 1.0) * total;
-        Point3D p;
-        double fromStart = -1.0, fromEnd = -1.0, z = 0.0;
-        ASSERT_TRUE(string.GetPointOffsetFromStart(s, p));
-        ASSERT_TRUE(string.GetLengthFromStartPoint(p, fromStart, 1e-4));
-        ASSERT_TRUE(string.GetLengthFromEndPoint(p, fromEnd, 1e-4));
-        EXPECT_NEAR(fromStart, s, 1e-7);
-        EXPECT_NEAR(fromEnd, total - s, 1e-7);
+        const Point3D p = CheckRoundTrip(string, s, 1e-7);
+        double z = 0.0;
         EXPECT_FALSE(string.IsPointOnGeometry(p + Vec3D(0, 0, 20), kTolerances)) << "above it";
         ASSERT_TRUE(string.GetZ(p.GetPoint2D(), z, 1e-6));
         EXPECT_NEAR(z, p.GetZ(), 1e-7);

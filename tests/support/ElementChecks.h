@@ -12,6 +12,18 @@ inline std::vector<std::unique_ptr<IGeometry>> Owned(const std::vector<IGeometry
     return {out.begin(), out.end()};
 }
 
+// The point at a station, which both ends find again.
+template <class Element>
+auto CheckRoundTrip(const Element& element, double station, double rounding) {
+    auto p = element.GetStart();
+    double fromStart = -1.0, fromEnd = -1.0;
+    EXPECT_TRUE(element.GetPointOffsetFromStart(station, p) && element.GetLengthFromStartPoint(p, fromStart, 1e-4));
+    EXPECT_TRUE(element.GetLengthFromEndPoint(p, fromEnd, 1e-4));
+    EXPECT_NEAR(fromStart, station, rounding);
+    EXPECT_NEAR(fromEnd, element.GetLength() - station, rounding);
+    return p;
+}
+
 // Both axes exactly, due west from above and below, and the four quadrants.
 inline const Vec2D kDirections[] = {{1, 0},     {0, 1},      {-1, 0.0},    {-1, -0.0}, {0, -1},
                                     {0.6, 0.8}, {-0.6, 0.8}, {-0.8, -0.6}, {0.8, -0.6}};
