@@ -3,29 +3,16 @@
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/queries/Intersection.h"
-#include "support/Near.h"
-#include "support/Origins.h"
 #include "support/Rings.h"
-#include "support/Seed.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <fstream>
-#include <limits>
-#include <list>
-#include <map>
-#include <random>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace Kalvio::Math {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr char kSquare[] = "0 0 10 0 10 10 0 10";
 
 // One of four forms of a polygon: closed or not, its ring reversed or not; moved to an origin.
@@ -36,14 +23,7 @@ Polygon2D Form(Polygon2D polygon, int form, const Point2D& origin) {
 }
 
 TEST(Polygon2DTest, AreaWindingCentroidAndPerimeterFollowTheOuterRing) {
-    struct Row {
-        const char* why;
-        const char* polygon;
-        double area;
-        Point2D centroid;
-        double perimeter;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, double, Point2D, double> rows[] = {
         {"unit square", "0 0 1 0 1 1 0 1", 1.0, Point2D(0.5, 0.5), 4.0},
         {"hole turning left", "0 0 10 0 10 10 0 10 / 6 6 8 6 8 8 6 8", 96.0, Point2D(5, 5), 40.0},
         {"hole turning right", "0 0 10 0 10 10 0 10 / 6 6 6 8 8 8 8 6", 96.0, Point2D(5, 5), 40.0},
@@ -53,20 +33,20 @@ TEST(Polygon2DTest, AreaWindingCentroidAndPerimeterFollowTheOuterRing) {
         {"one point", "3 4", 0.0, Point2D(3, 4), 0.0},
         {"nothing", "", 0.0, Point2D(0, 0), 0.0},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, coordinates, area, centroid, perimeter] : rows) {
         for (const Point2D& origin : {Point2D(0, 0), Point2D(385000, 6672000), Point2D(500123.38, 6612345.61)}) {
             for (int form = 0; form < 4; ++form) {
-                SCOPED_TRACE(row.why);
-                Polygon2D polygon = Form(MakePolygon(row.polygon), form, origin);
-                EXPECT_NEAR(polygon.GetArea(), form < 2 ? row.area : -row.area, 2e-8);
+                SCOPED_TRACE(why);
+                Polygon2D polygon = Form(MakePolygon(coordinates), form, origin);
+                EXPECT_NEAR(polygon.GetArea(), form < 2 ? area : -area, 2e-8);
                 const Vec2D moved = polygon.GetSize() > 0 ? origin - Point2D() : Vec2D();
-                EXPECT_THAT(polygon.GetCentroid(), IsNear(row.centroid + moved, 1e-6));
-                EXPECT_NEAR(polygon.GetLength(), row.perimeter, 1e-8);
+                EXPECT_THAT(polygon.GetCentroid(), IsNear(centroid + moved, 1e-6));
+                EXPECT_NEAR(polygon.GetLength(), perimeter, 1e-8);
                 const auto winding = polygon.GetArea() > 0.0 ? WindingValue::CounterClockwise : WindingValue::Clockwise;
                 EXPECT_EQ(polygon.GetWinding(), winding);
                 EXPECT_FALSE(polygon.SetWinding(winding));
                 EXPECT_TRUE(polygon.SetWinding(static_cast<WindingValue>(1U - static_cast<unsigned int>(winding))));
-                EXPECT_EQ(polygon.GetWinding() == winding, row.area == 0.0) << "no area is clockwise either way";
+                EXPECT_EQ(polygon.GetWinding() == winding, area == 0.0) << "no area is clockwise either way";
             }
         }
     }
@@ -127,13 +107,7 @@ TEST(Polygon2DTest, EditsAlongTheRingCountTheClosingEdge) {
 
 TEST(Polygon2DTest, PositionCodesAroundTwoHolesInEveryDirectionClosedAndOpen) {
     using Result = Polygon2D::PositionResult;
-    struct Row {
-        const char* why;
-        double x, y;
-        Result expected;
-        int hole;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, double, double, Result, int> rows[] = {
         {"outside", 11, 4, Result::Outside, -1},
         {"outside, level with a vertex", -1, 0, Result::Outside, -1},
         {"outside, level with a hole's edge", -1, 2, Result::Outside, -1},
@@ -159,14 +133,14 @@ TEST(Polygon2DTest, PositionCodesAroundTwoHolesInEveryDirectionClosedAndOpen) {
             if ((form & 4) != 0) polygon.GetHoleBoundary(0).AppendPoint(Point2D(2, 2));
             if ((form & 8) != 0) polygon.GetHoleBoundary(1).Reverse();
             polygon = Form(polygon, form, origin);
-            for (const Row& row : rows) {
-                SCOPED_TRACE(testing::Message() << row.why << ", form " << form);
-                const Point2D p = origin + Vec2D(row.x, row.y);
-                const bool isOnBorder = row.expected == Result::OnOuterBorder || row.expected == Result::OnHoleBorder;
-                const bool isInside = row.expected == Result::Inside;
+            for (const auto& [why, x, y, expected, expectedHole] : rows) {
+                SCOPED_TRACE(testing::Message() << why << ", form " << form);
+                const Point2D p = origin + Vec2D(x, y);
+                const bool isOnBorder = expected == Result::OnOuterBorder || expected == Result::OnHoleBorder;
+                const bool isInside = expected == Result::Inside;
                 int hole = 7;
-                EXPECT_EQ(polygon.CheckPositionOf(p, hole, 1e-4), row.expected);
-                EXPECT_EQ(hole, row.hole);
+                EXPECT_EQ(polygon.CheckPositionOf(p, hole, 1e-4), expected);
+                EXPECT_EQ(hole, expectedHole);
                 EXPECT_EQ(polygon.IsPointInside(p, -1e-4), isInside || isOnBorder) << "the sign plays no part";
                 EXPECT_EQ(polygon.IsPointInsideAndBorders(p, 1e-4, false), isInside);
                 EXPECT_EQ(polygon.IsPointInsideByRay(p, 1e-4), isInside || isOnBorder);
@@ -197,7 +171,7 @@ int SideByTheRule(std::vector<Point2D> ring, const Point2D& p, double tolerance)
 }
 
 TEST(Polygon2DTest, PointTestIsTheRuleForAnyRings) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    RandomNumbers random(20240601);
     const auto number = [&random](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
     int inside = 0;
     for (int round = 0; round < 3000; ++round) {
@@ -231,14 +205,7 @@ TEST(Polygon2DTest, PointTestIsTheRuleForAnyRings) {
 TEST(Polygon2DTest, OneRingPastAnotherIsJudgedAsTheirPointsAre) {
     using Result = Polygon2D::PositionResult;
     const Polygon2D ground = MakePolygon("0 0 20 0 20 10 12 10 10 6 8 10 0 10 / 2 2 4 2 4 4 2 4 / 12 1 16 1 16 5 12 5");
-    struct Row {
-        const char* why;
-        const char* ring;
-        Result position;
-        int hole;
-        bool isInside;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, Result, int, bool> rows[] = {
         {"well inside", "6 1 7 1 7 2", Result::Inside, -1, true},
         {"beside", "21 1 22 1 22 2", Result::Outside, -1, false},
         {"around", "-1 -1 30 -1 30 30 -1 30", Result::Outside, -1, false},
@@ -255,16 +222,16 @@ TEST(Polygon2DTest, OneRingPastAnotherIsJudgedAsTheirPointsAre) {
         {"beside the notch", "10 6 8 10 7 8", Result::OnOuterBorder, -1, true},
         {"nothing", "", Result::Outside, -1, false},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, ring, position, expectedHole, isInside] : rows) {
         for (int form = 0; form < 8; ++form) {
-            SCOPED_TRACE(row.why);
+            SCOPED_TRACE(why);
             const Point2D& origin = surveyOrigins[form / 4];
             const Polygon2D outer = Form(ground, 0, origin);
-            const Polygon2D inner = Form(MakePolygon(row.ring), form, origin);
+            const Polygon2D inner = Form(MakePolygon(ring), form, origin);
             int hole = 7;
-            EXPECT_EQ(outer.CheckPositionOf(inner, hole, 1e-4), row.position);
-            EXPECT_EQ(hole, row.hole);
-            EXPECT_EQ(Polygon2D::IsPolygonInsideNotCrossing(inner, outer, 1e-4), row.isInside);
+            EXPECT_EQ(outer.CheckPositionOf(inner, hole, 1e-4), position);
+            EXPECT_EQ(hole, expectedHole);
+            EXPECT_EQ(Polygon2D::IsPolygonInsideNotCrossing(inner, outer, 1e-4), isInside);
         }
     }
     EXPECT_TRUE(Polygon2D::IsPolygonInsideNotCrossing(ground, ground, 1e-4));
@@ -272,13 +239,7 @@ TEST(Polygon2DTest, OneRingPastAnotherIsJudgedAsTheirPointsAre) {
 
 TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
     const std::string square(kSquare);
-    struct Row {
-        const char* why;
-        std::string polygon;
-        bool isValid;
-        Point2D where;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, bool, Point2D> rows[] = {
         {"two holes", square + "/1 1 3 1 3 3 1 3/5 5 7 5 7 7", true, {}},
         {"holes that touch at a corner", square + "/1 1 3 1 3 3 1 3/3 3 5 3 5 5", true, {}},
         {"hole corner on the ring", square + "/0 5 2 4 2 6", true, {}},
@@ -296,16 +257,16 @@ TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
         {"hole twice", square + "/1 1 3 1 3 3/3 3 3 1 1 1", false, Point2D(3, 3)},
         {"hole bow tie", square + "/1 1 3 3 3 1 1 3", false, Point2D(2, 2)},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, coordinates, isValid, fault] : rows) {
         for (const int form : {0, 1, 4, 5}) {
-            SCOPED_TRACE(row.why);
+            SCOPED_TRACE(why);
             const Point2D& origin = surveyOrigins[form / 4];
-            const Polygon2D polygon = Form(MakePolygon(row.polygon), form, origin);
+            const Polygon2D polygon = Form(MakePolygon(coordinates), form, origin);
             const Point2D untouched(-1, -1);
             Point2D where(untouched);
-            EXPECT_EQ(polygon.Validate(where, true, 1e-4), row.isValid);
-            EXPECT_THAT(where, IsNear(row.isValid ? untouched : row.where + (origin - Point2D()), 1e-6));
-            EXPECT_EQ(polygon.Validate(where, false, 1e-4), row.isValid || polygon.GetNumHoleBoundaries() > 0);
+            EXPECT_EQ(polygon.Validate(where, true, 1e-4), isValid);
+            EXPECT_THAT(where, IsNear(isValid ? untouched : fault + (origin - Point2D()), 1e-6));
+            EXPECT_EQ(polygon.Validate(where, false, 1e-4), isValid || polygon.GetNumHoleBoundaries() > 0);
         }
     }
     Point2D where;
@@ -320,12 +281,7 @@ TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
 }
 
 TEST(Polygon2DTest, ConvexityToleratesStraightSidesOnly) {
-    struct Row {
-        const char* why;
-        const char* polygon;
-        bool expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, bool> rows[] = {
         {"square", kSquare, true},
         {"points on the sides, one twice", "0.3 0.1 0.6 0.2 0.6 0.2 3 1 0 1 0 0.5 0 0", true},
         {"a step back on a side", "0 0 2 0 1 0 3 0 0 3", false},
@@ -334,38 +290,33 @@ TEST(Polygon2DTest, ConvexityToleratesStraightSidesOnly) {
         {"no area", "0 0 1 1 2 2", false},
         {"hole", "0 0 4 0 4 4 0 4 / 1 1 2 1 2 2", false},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, coordinates, expected] : rows) {
         for (int form = 0; form < 32; ++form) {
-            SCOPED_TRACE(row.why);
-            Polygon2D polygon = MakePolygon(row.polygon);
+            SCOPED_TRACE(why);
+            Polygon2D polygon = MakePolygon(coordinates);
             std::vector<Point2D>& ring = polygon.GetPoints();
             std::rotate(ring.begin(), ring.begin() + form / 8 % 3, ring.end());
             const Point2D origin = (form & 4) != 0 ? Point2D(500123.38, 6612345.61) : Point2D();
-            EXPECT_EQ(Form(polygon, form, origin).IsConvex(), row.expected);
+            EXPECT_EQ(Form(polygon, form, origin).IsConvex(), expected);
         }
     }
 }
 
 TEST(Polygon2DTest, PointInsideIsWellInside) {
-    struct Row {
-        const char* why;
-        const char* polygon;
-        double clearance;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, const char*, double> rows[] = {
         {"square", kSquare, 4.0},
         {"C", "0 0 10 0 10 1 1 1 1 9 10 9 10 10 0 10", 0.45},
         {"frame", "0 0 10 0 10 10 0 10 / 1 1 9 1 9 9 1 9", 0.45},
         {"sliver along the diagonal", "0 0 100 100 100 100.01", 0.001},
         {"flat body on a needle", "0 0 0.001 1000 -50 1001 50 1004 0.002 1000", 0.5},
     };
-    for (const Row& row : rows) {
+    for (const auto& [why, coordinates, clearance] : rows) {
         for (const Point2D& origin : surveyOrigins) {
-            SCOPED_TRACE(row.why);
-            const Polygon2D polygon = Form(MakePolygon(row.polygon), 0, origin);
+            SCOPED_TRACE(why);
+            const Polygon2D polygon = Form(MakePolygon(coordinates), 0, origin);
             Point2D point;
             ASSERT_TRUE(polygon.GetPointInsideBoundary(point, 1e-4));
-            EXPECT_TRUE(polygon.IsPointInsideAndBorders(point, row.clearance, false));
+            EXPECT_TRUE(polygon.IsPointInsideAndBorders(point, clearance, false));
             EXPECT_FALSE(polygon.GetPointInsideBoundary(point, 1e3)) << "nothing is that far inside";
         }
     }
@@ -376,7 +327,7 @@ TEST(Polygon2DTest, PointInsideIsWellInside) {
 }
 
 TEST(Polygon2DTest, WidthAndSmallestBoxTurnWithThePolygon) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    RandomNumbers random(20240601);
     for (int round = 0; round < 40; ++round) {
         const std::vector<Point2D> star = RandomStar(random, Point2D(0, 0), 10.0, 3 + round);
         double width = 1e9;  // over the directions of all pairs of points, those of the hull among them

@@ -3,20 +3,10 @@
 #include "kalvio/core/Triangle3D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "support/Concurrently.h"
-#include "support/Near.h"
 #include "support/Rings.h"
-#include "support/Seed.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-#include <map>
-#include <memory>
-#include <random>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace Kalvio::Math {
 namespace {
@@ -116,7 +106,7 @@ TEST(Polygon3DTest, TrianglesCoverTheAreaOnce) {
             CheckTriangulations(polygon);
         }
     }
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    RandomNumbers random(20240601);
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
         Polygon2D polygon(RandomStar(random, Point2D(0, 0), 100.0, 3 + 4 * round));
@@ -148,7 +138,6 @@ TEST(Polygon3DTest, HoleCornersWithinTheToleranceOfASideLieOnIt) {
 }
 
 TEST(Polygon3DTest, TriangulationRefusesWhatIsNoArea) {
-    const double infinity = std::numeric_limits<double>::infinity();
     const std::pair<const char*, Polygon2D> rows[] = {
         {"empty", Polygon2D()},
         {"hole without a ring", MakePolygon(" / 0 0 2 0 2 2")},
@@ -160,8 +149,8 @@ TEST(Polygon3DTest, TriangulationRefusesWhatIsNoArea) {
         {"hole across the ring", MakePolygon("0 0 9 0 9 9 / 8 2 12 2 12 3")},
         {"hole in a hole", MakePolygon("0 0 9 0 9 9 0 9 / 2 2 8 2 8 8 2 8 / 4 4 6 4 6 6")},
         {"hole as large as the ring", MakePolygon("0 0 9 0 9 9 / 0 0 9 0 9 9")},
-        {"not a number", Polygon2D({Point2D(0, 0), Point2D(1, 0), Point2D(0, std::nan(""))})},
-        {"infinite", Polygon2D({Point2D(0, 0), Point2D(infinity, 0), Point2D(0, 1)})},
+        {"not a number", Polygon2D({Point2D(0, 0), Point2D(1, 0), Point2D(0, kNan)})},
+        {"infinite", Polygon2D({Point2D(0, 0), Point2D(kInfinity, 0), Point2D(0, 1)})},
         {"too large", MakePolygon("-1e308 0 1e308 0 0 1e308")},
         {"too small", MakePolygon("0 0 1e-12 0 0 1e-12")},
     };

@@ -13,23 +13,11 @@
 #include "kalvio/polygons/PolygonCurve3D.h"
 #include "kalvio/polygons/RingCurve2D.h"
 #include "kalvio/polygons/RingCurve3D.h"
-#include "support/Near.h"
-#include "support/Origins.h"
 #include "support/Rings.h"
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <memory>
-#include <numbers>
-#include <random>
-#include <vector>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 // A ring written as its corners, each with the sweep of the element that leaves it: 0 for a line. Consecutive lines may
 // be gathered into line strings.
@@ -104,11 +92,7 @@ Polygon2D Flattened(const RingCurve2D& ring) {
 }
 
 TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
-    struct Row {
-        const char* why;
-        Corners corners;
-    };
-    const Row rows[] = {
+    const std::pair<const char*, Corners> rows[] = {
         {"stadium: arcs bulge outward", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2, kPi}}},
         {"an arc bites into the ring", {{0, 0}, {4, 0, -0.8 * kPi}, {4, 2}, {0, 2}}},
         {"disc of two halves", {{0, 1, kPi}, {4, 1, kPi}}},
@@ -121,16 +105,15 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
                                     {Point3D(7, 0, 5), Vec3D(-1, 0, 0), Vec3D(0, 1, 0)},  // seen from below
                                     {Point3D(1, 2, 3), Vec3D(0, 0, 1), Vec3D(s, s, 0)},   // vertical
                                     {Point3D(385000, 6672000, 40), Vec3D(0.6, 0, 0.8), Vec3D(0, 1, 0)}};
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240611));
-    std::uniform_real_distribution<double> coordinate(-2.0, 6.0);
-    for (const Row& row : rows) {
+    RandomNumbers random(20240611);
+    for (const auto& [why, corners] : rows) {
         for (const Point2D& origin : surveyOrigins) {
             for (const Placement& placement : placements) {
-                SCOPED_TRACE(row.why);
+                SCOPED_TRACE(why);
                 for (const bool isReversed : {false, true}) {
                     RingCurve2D ring;
                     RingCurve3D ringInSpace;
-                    Lay(row.corners, origin, placement.origin.GetX() < 5.0, placement, ring, ringInSpace);
+                    Lay(corners, origin, placement.origin.GetX() < 5.0, placement, ring, ringInSpace);
                     EXPECT_TRUE(ring.IsContinuous(1e-6));
                     EXPECT_TRUE(ringInSpace.IsContinuous(1e-6));
                     EXPECT_NEAR(ringInSpace.GetLength(), ring.GetLength(), 1e-6);
@@ -141,7 +124,7 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
                     }
                     int insideCount = 0;
                     for (int k = 0; k < 200; ++k) {
-                        const Vec2D local(coordinate(random), coordinate(random));
+                        const Vec2D local(random(-2.0, 6.0), random(-2.0, 6.0));
                         const Point2D p = origin + local;
                         int hole = -1;
                         const auto position = flat.CheckPositionOf(p, hole, 1e-5);
@@ -176,7 +159,7 @@ TEST(RingCurveTest, ArcsJoinTheirChordsWithoutSeam) {
          {{0, 0, kPi}, {4, 0}, {0, 0, kPi}, {4, 0}},
          Point2D(2, -1),
          true},
-        {"not a number", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(std::nan(""), 1), false},
+        {"not a number", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(kNan, 1), false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.why);
@@ -221,15 +204,12 @@ TEST(RingCurveTest, PlacesShortElementsAndRemovalAreThoseOfAClosedChain) {
     RingCurve2D ring;
     RingCurve3D ringInSpace;
     Lay(corners, Point2D(), false, {Point3D(0, 0, 9), Vec3D(1, 0, 0), Vec3D(0, 1, 0)}, ring, ringInSpace);
-    const Tolerances standard(1e-4, 1e-10);
     const auto check = [&](const IComplexGeometry& complex, const Point2D& p, const std::vector<double>& expected) {
         std::vector<double> lengths{77.0};
-        complex.GetLengthsAlongGeometry(p, lengths, standard);
-        ASSERT_EQ(lengths.size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(lengths[i], expected[i], 1e-9);
-        ringInSpace.GetLengthsAlongGeometry(Point3D(p.GetX(), p.GetY(), 9), lengths, standard);
-        ASSERT_EQ(lengths.size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i) EXPECT_NEAR(lengths[i], expected[i], 1e-9);
+        complex.GetLengthsAlongGeometry(p, lengths, kTolerances);
+        EXPECT_THAT(lengths, testing::Pointwise(testing::DoubleNear(1e-9), expected));
+        ringInSpace.GetLengthsAlongGeometry(Point3D(p.GetX(), p.GetY(), 9), lengths, kTolerances);
+        EXPECT_THAT(lengths, testing::Pointwise(testing::DoubleNear(1e-9), expected));
     };
     check(ring, Point2D(4, 1), {5.0});
     check(ring, Point2D(4, 2.6), {6.6});      // a joint once
