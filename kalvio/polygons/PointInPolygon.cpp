@@ -16,7 +16,6 @@ namespace Kalvio::Math {
 namespace {
 
 constexpr std::size_t largestRingWithoutGrid = 100;
-constexpr double largestCoordinate = 1e100;  // products of differences stay finite
 constexpr double coordinateRounding = 16.0 * std::numeric_limits<double>::epsilon();
 
 // What decides on the grid before it is built, over all rings.
@@ -35,9 +34,10 @@ private:
     void Add(const std::vector<Point2D>& ring) {
         count += ring.size();
         detail::WalkRing(ring, [this](const Point2D& a, const Point2D& b) {
-            const double magnitude = std::max(std::abs(b.GetX()), std::abs(b.GetY()));
-            isSound = isSound && std::abs(b.GetX()) < largestCoordinate && std::abs(b.GetY()) < largestCoordinate;
-            largest = std::max(largest, magnitude);
+            const double x = std::abs(b.GetX());
+            const double y = std::abs(b.GetY());
+            isSound = isSound && x < detail::largestCoordinate && y < detail::largestCoordinate;
+            largest = std::max({largest, x, y});
             runX += std::abs(b.GetX() - a.GetX());
             runY += std::abs(b.GetY() - a.GetY());
             return false;
@@ -71,9 +71,10 @@ public:
         pad = padding;
         for (std::size_t r = 0; r < rings.size(); ++r) AddEdges(static_cast<std::uint32_t>(r));
         MergeFlatLevels();
-        std::sort(crossings.begin(), crossings.end(), [](const Crossing& a, const Crossing& b) {
-            return a.row != b.row ? a.row < b.row : a.ring != b.ring ? a.ring < b.ring : a.columns < b.columns;
-        });
+        std::sort(crossings.begin(), crossings.end(), IsBefore);
+        rowStarts.assign(grid.rows + 1, 0);
+        for (const Crossing& crossing : crossings) ++rowStarts[crossing.row + 1];
+        for (std::size_t row = 0; row < grid.rows; ++row) rowStarts[row + 1] += rowStarts[row];
         for (std::size_t i = crossings.size(); i-- > 1;) {
             if (crossings[i - 1].IsOfRowAndRing(crossings[i])) crossings[i - 1].turns += crossings[i].turns;
         }
@@ -112,6 +113,10 @@ private:
 
         bool IsOfRowAndRing(const Crossing& other) const { return row == other.row && ring == other.ring; }
     };
+
+    static bool IsBefore(const Crossing& a, const Crossing& b) {
+        return a.row != b.row ? a.row < b.row : a.ring != b.ring ? a.ring < b.ring : a.columns < b.columns;
+    }
 
     void AddRing(const std::vector<Point2D>& points) {
         const std::size_t edges = points.empty() ? 0 : points.size() - (detail::HasClosingEdge(points) ? 0 : 1);
@@ -254,11 +259,10 @@ private:
     // Winding number of a ring around the middle of a cell.
     int TurnsAround(std::uint32_t ring, std::size_t column, std::size_t row) const {
         const Crossing wanted{static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(column), 0};
-        const auto east =
-            std::upper_bound(crossings.begin(), crossings.end(), wanted, [](const Crossing& a, const Crossing& b) {
-                return a.row != b.row ? a.row < b.row : a.ring != b.ring ? a.ring < b.ring : a.columns < b.columns;
-            });
-        return east != crossings.end() && east->IsOfRowAndRing(wanted) ? east->turns : 0;
+        const auto first = crossings.begin() + rowStarts[row];
+        const auto last = crossings.begin() + rowStarts[row + 1];
+        const auto east = std::upper_bound(first, last, wanted, IsBefore);
+        return east != last && east->IsOfRowAndRing(wanted) ? east->turns : 0;
     }
 
     // Sets the bits of the cells whose middles the outer ring encloses and no hole does; counts those holes.
@@ -375,6 +379,7 @@ private:
     std::vector<OpenRun> open;
     std::vector<OpenRun> next;
     std::vector<Crossing> crossings;
+    std::vector<std::ptrdiff_t> rowStarts;  // of the crossings
     std::uint32_t borderCellCount = 0;
     std::vector<std::int32_t> holesOverMiddle;
 };
@@ -424,8 +429,9 @@ PointInPolygon::Position PointInPolygon::PolygonGrid::ClassifyAtBorder(const Bor
         for (const Run* run = runs.data() + part.firstRun; run != lastRun; ++run) {
             const Corner* corner = corners.data() + run->firstCorner;
             const Corner* const last = corners.data() + (run + 1)->firstCorner - 1;
-            if (run->startsEast && y >= corner->y) --turns;
-            if (run->endsEast && y >= last->y) ++turns;
+            // Without branches: nothing foretells them.
+            turns -= static_cast<int>(run->startsEast) & static_cast<int>(y >= corner->y);
+            turns += static_cast<int>(run->endsEast) & static_cast<int>(y >= last->y);
             if (y - run->low < -t || y - run->high > t) continue;
             for (; corner != last; ++corner) {
                 if (!around.Take(corner->x, corner->y, corner[1].x, corner[1].y)) return detail::RingSide::Border;

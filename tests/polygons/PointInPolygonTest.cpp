@@ -202,7 +202,7 @@ TEST(PointInPolygonTest, WithoutAGridThePolygonAnswers) {
     std::mt19937_64 random(7);
     const double nan = std::nan("");
     Polygon2D broken(RandomStar(random, Point2D(0, 0), 10.0, 200));
-    broken.GetPoint(50) = Point2D(nan, 1.0);
+    broken.GetPoint(50) = Point2D(1.0, nan);
     Polygon2D endless(RandomStar(random, Point2D(0, 0), 10.0, 200));
     endless.GetPoint(50) = Point2D(std::numeric_limits<double>::infinity(), 1.0);
     const Polygon2D star(RandomStar(random, Point2D(0, 0), 10.0, 101));

@@ -151,13 +151,12 @@ private:
 /// Appends the pieces of the polygon between two lines across an axis: see `PointInPolygon::PolygonClipHoriStrip`.
 inline void ClipStrip(const Polygon2D& polygon, std::vector<Polygon2D>& pieces, int axis, double low, double high,
                       double tolerance) {
-    constexpr double largest = 1e100;  // differences and their products stay finite
     const double t = std::abs(tolerance);
     bool isSound = low < high;
     const auto prepare = [&](const std::vector<Point2D>& ring) {
         HalfPlaneClip::Ring open(ring.begin(), ring.begin() + static_cast<std::ptrdiff_t>(OpenRingSize(ring)));
         for (Point2D& p : open) {
-            isSound = isSound && std::abs(p.GetX()) < largest && std::abs(p.GetY()) < largest;
+            isSound = isSound && std::abs(p.GetX()) < largestCoordinate && std::abs(p.GetY()) < largestCoordinate;
             if (std::abs(p[axis] - low) <= t) {
                 p[axis] = low;
             } else if (std::abs(p[axis] - high) <= t) {

@@ -12,6 +12,8 @@
 /// that repeats its first point at the end has a closing edge of zero length.
 namespace Kalvio::Math::detail {
 
+inline constexpr double largestCoordinate = 1e100;  // up to here differences and their products stay finite
+
 /// Calls `visit(a, b)` for every edge, the closing one first, until it returns true.
 /// @return whether it did
 template <class PointType, class Visit>
