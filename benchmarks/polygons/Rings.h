@@ -33,4 +33,30 @@ inline std::vector<std::pair<double, double>> SpreadPoints(std::int64_t count) {
     return points;
 }
 
+/// Eight small shores that lie inside `ShoreRing` and apart from each other: holes of count / 16 points each.
+inline std::vector<std::vector<std::pair<double, double>>> Islands(std::int64_t count) {
+    std::vector<std::vector<std::pair<double, double>>> islands(8, ShoreRing(count / 16));
+    for (std::size_t i = 0; i < islands.size(); ++i) {
+        const double angle = 6.283185307179586 * static_cast<double>(i) / static_cast<double>(islands.size());
+        for (auto& [x, y] : islands[i]) {
+            x = 500.0 + 120.0 * std::cos(angle) + 0.08 * (x - 500.0);
+            y = 500.0 + 120.0 * std::sin(angle) + 0.08 * (y - 500.0);
+        }
+    }
+    return islands;
+}
+
+/// Points at most 0.5 in x and in y from points of `ShoreRing(vertices)`.
+inline std::vector<std::pair<double, double>> BesidePoints(std::int64_t vertices, std::int64_t count) {
+    std::mt19937_64 random(20240601);
+    std::uniform_real_distribution<double> offset(-0.5, 0.5);
+    const std::vector<std::pair<double, double>> ring = ShoreRing(vertices);
+    std::vector<std::pair<double, double>> points;
+    for (std::int64_t i = 0; i < count; ++i) {
+        const auto& [x, y] = ring[random() % ring.size()];
+        points.emplace_back(x + offset(random), y + offset(random));
+    }
+    return points;
+}
+
 }  // namespace Kalvio::Math

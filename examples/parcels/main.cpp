@@ -1,0 +1,277 @@
+// Reads polygons, measures and checks them, classifies points, draws polygons and points.
+
+#include "common/Csv.h"
+#include "common/LandXml.h"
+#include "common/Svg.h"
+#include "parcels/Areas.h"
+
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/polygons/PointInPolygon.h"
+#include "kalvio/polygons/Polygon2D.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
+    "               [--tolerance LENGTH]\n"
+    "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one\n"
+    "  --points     names the polygons that hold the points of a table: x,y\n"
+    "  --raster     classifies COUNT x COUNT points over the extent\n"
+    "  --check      compares with known answers: polygon,x,y,inside,distance with the polygons counted from 0\n"
+    "  --svg        draws polygons, holes and points\n"
+    "  --csv        writes the measures\n"
+    "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n";
+
+constexpr int kDiffers = 1;
+constexpr int kBadInput = 2;
+constexpr double largestRaster = 5000.0;
+
+struct Options {
+    std::string file;
+    std::string points;
+    std::string check;
+    std::string svg;
+    std::string csv;
+    int raster = 0;
+    double tolerance = 1e-9;
+};
+
+std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
+    Options options;
+    const std::map<std::string, std::string*> texts = {
+        {"--points", &options.points}, {"--check", &options.check}, {"--svg", &options.svg}, {"--csv", &options.csv}};
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& word = arguments[i];
+        if (word.rfind("--", 0) != 0) {
+            if (!options.file.empty()) return std::nullopt;
+            options.file = word;
+            continue;
+        }
+        if (++i == arguments.size()) return std::nullopt;
+        if (const auto text = texts.find(word); text != texts.end()) {
+            *text->second = arguments[i];
+            continue;
+        }
+        const std::vector<double> numbers = ToNumbers(arguments[i]);
+        if (numbers.size() != 1 || !(numbers[0] > 0.0)) return std::nullopt;
+        if (word == "--tolerance") {
+            options.tolerance = numbers[0];
+        } else if (word == "--raster" && numbers[0] <= largestRaster) {
+            options.raster = static_cast<int>(numbers[0]);
+        } else {
+            return std::nullopt;
+        }
+    }
+    if (options.file.empty()) return std::nullopt;
+    return options;
+}
+
+/// What the report says of one polygon.
+struct Measures {
+    Measures(const Area& area, double tolerance)
+        : name(area.name),
+          vertices(area.polygon.GetTotalSize()),
+          holes(area.polygon.GetNumHoleBoundaries()),
+          netArea(std::abs(area.polygon.GetArea())),
+          perimeter(area.polygon.Perimeter()),
+          centroid(area.polygon.GetCentroid()),
+          isCounterClockwise(Polygon2D(area.polygon.GetPoints()).GetWinding() == WindingValue::CounterClockwise) {
+        if (Point2D where; !area.polygon.Validate(where, true, tolerance)) fault = where;
+    }
+
+    std::string name;
+    unsigned int vertices;
+    unsigned int holes;
+    double netArea;
+    double perimeter;
+    Point2D centroid;
+    bool isCounterClockwise;
+    std::optional<Point2D> fault;
+};
+
+void Report(const std::vector<Measures>& rows) {
+    std::printf("%-24s %8s %5s %16s %14s %16s %16s  %-9s %s\n", "name", "vertices", "holes", "area", "perimeter",
+                "centroid x", "centroid y", "winding", "fault");
+    for (const Measures& row : rows) {
+        std::printf("%-24s %8u %5u %16.6f %14.6f %16.6f %16.6f  %-9s ", row.name.c_str(), row.vertices, row.holes,
+                    row.netArea, row.perimeter, row.centroid.GetX(), row.centroid.GetY(),
+                    row.isCounterClockwise ? "left" : "right");
+        row.fault ? std::printf("at %.6f,%.6f\n", row.fault->GetX(), row.fault->GetY()) : std::printf("none\n");
+    }
+}
+
+void WriteTable(const std::vector<Measures>& rows, const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    file << "name,vertices,holes,area,perimeter,centroid_x,centroid_y,winding,fault_x,fault_y\n";
+    for (const Measures& row : rows) {
+        std::string name = row.name;
+        for (std::size_t quote = name.find('"'); quote != std::string::npos; quote = name.find('"', quote + 2)) {
+            name.insert(quote, 1, '"');
+        }
+        file << '"' << name << "\"," << row.vertices << ',' << row.holes << ',' << Fixed(row.netArea, 9) << ','
+             << Fixed(row.perimeter, 9) << ',' << Fixed(row.centroid.GetX(), 9) << ',' << Fixed(row.centroid.GetY(), 9)
+             << ',' << (row.isCounterClockwise ? "left" : "right") << ','
+             << (row.fault ? Fixed(row.fault->GetX(), 9) : "") << ',' << (row.fault ? Fixed(row.fault->GetY(), 9) : "")
+             << '\n';
+    }
+    file.close();
+    if (file.fail()) throw InputError(path + ": cannot be written");
+}
+
+class Map {
+public:
+    Map(const std::vector<Area>& source, double borderTolerance) : areas(source), tolerance(borderTolerance) {
+        for (const Area& area : areas) {
+            const double rows = 2.0 * std::sqrt(static_cast<double>(area.polygon.GetTotalSize()));
+            testers.emplace_back(area.polygon, static_cast<std::uint64_t>(rows), tolerance);
+        }
+        extent = areas.front().polygon.GetBoundingBox();
+        for (const Area& area : areas) extent += area.polygon.GetBoundingBox();
+    }
+
+    const BoundingBox2D& GetExtent() const { return extent; }
+    bool Holds(std::size_t i, const Point2D& p) const { return testers[i].IsPointInside(p, tolerance); }
+    std::vector<std::size_t> FindHolders(const Point2D& p) const {
+        std::vector<std::size_t> holders;
+        for (std::size_t i = 0; i < areas.size(); ++i) {
+            if (testers[i].GetBoundingBox().IsPointInside(p, 2.0 * tolerance) && Holds(i, p)) holders.push_back(i);
+        }
+        return holders;
+    }
+
+private:
+    const std::vector<Area>& areas;
+    double tolerance;
+    std::vector<PointInPolygon> testers;
+    BoundingBox2D extent;
+};
+
+/// A point for the picture.
+struct Mark {
+    Point2D point;
+    bool isHeld;
+};
+
+void NameHolders(const Map& map, const std::vector<Area>& areas, const std::string& path, std::vector<Mark>& marks) {
+    for (const std::vector<double>& row : ReadCsv(path, 2)) {
+        const Point2D p(row[0], row[1]);
+        const std::vector<std::size_t> holders = map.FindHolders(p);
+        std::printf("point %.10g,%.10g:", p.GetX(), p.GetY());
+        for (const std::size_t holder : holders) std::printf(" %s", areas[holder].name.c_str());
+        std::printf(holders.empty() ? " nowhere\n" : "\n");
+        marks.push_back({p, !holders.empty()});
+    }
+}
+
+void ClassifyRaster(const Map& map, int count, std::vector<Mark>& marks) {
+    const Point2D low = map.GetExtent().GetMinPoint();
+    const Vec2D step = map.GetExtent().GetSize() * (1.0 / count);
+    const auto start = std::chrono::steady_clock::now();
+    const std::size_t known = marks.size();
+    for (int row = 0; row < count; ++row) {
+        for (int column = 0; column < count; ++column) {
+            const Point2D p = low + Vec2D(step.GetX() * (column + 0.5), step.GetY() * (row + 0.5));
+            marks.push_back({p, !map.FindHolders(p).empty()});
+        }
+    }
+    const std::chrono::duration<double, std::nano> time = std::chrono::steady_clock::now() - start;
+    const auto held = std::count_if(marks.begin() + static_cast<std::ptrdiff_t>(known), marks.end(),
+                                    [](const Mark& mark) { return mark.isHeld; });
+    std::printf("raster of %d x %d points: %td in polygons, area about %.6g, %.0f ns per point\n", count, count, held,
+                static_cast<double>(held) * step.GetX() * step.GetY(),
+                time.count() / static_cast<double>(marks.size() - known));
+}
+
+/// @return number of points whose answers differ from the known ones
+int Check(const Map& map, std::size_t polygons, const std::string& path, std::vector<Mark>& marks) {
+    int count = 0;
+    int differences = 0;
+    for (const std::vector<double>& row : ReadCsv(path, 5)) {
+        if (!(row[0] >= 0.0 && row[0] < static_cast<double>(polygons))) {
+            throw InputError(path + ": there is no polygon " + std::to_string(row[0]));
+        }
+        const Point2D p(row[1], row[2]);
+        const bool isHeld = map.Holds(static_cast<std::size_t>(row[0]), p);
+        marks.push_back({p, isHeld});
+        ++count;
+        if (isHeld == (row[3] != 0.0)) continue;
+        std::printf("point %.10g,%.10g is %s polygon %g, known is the opposite\n", p.GetX(), p.GetY(),
+                    isHeld ? "in" : "not in", row[0]);
+        ++differences;
+    }
+    std::printf("%d points checked, %d answers differ\n", count, differences);
+    return differences;
+}
+
+void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, const Map& map,
+          const std::vector<Mark>& marks, const std::string& path) {
+    Svg svg(1100, 800);
+    const SvgPanel panel(40, 40, 1020, 720, map.GetExtent(), true);
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        std::vector<std::vector<Point2D>> rings{panel.ToPage(areas[i].polygon.GetPoints())};
+        for (unsigned int h = 0; h < areas[i].polygon.GetNumHoleBoundaries(); ++h) {
+            rings.push_back(panel.ToPage(areas[i].polygon.GetHoleBoundary(h).GetPoints()));
+        }
+        svg.Area(rings, {"#4a6741", 0.8, rows[i].fault ? "#f3c6b8" : "#d9e6cf", ""});
+    }
+    const double radius = std::clamp(120.0 / std::sqrt(static_cast<double>(marks.size()) + 1.0), 0.8, 3.0);
+    for (const Mark& mark : marks) {
+        svg.Circle(panel.ToPage(mark.point), radius, {"", 0.0, mark.isHeld ? "#1b4f9c" : "#c9a227", ""});
+    }
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        Point2D inside = rows[i].centroid;
+        areas[i].polygon.GetPointInsideBoundary(inside, 0.0);
+        svg.Text(panel.ToPage(inside), areas[i].name, 11, "#222222", SvgAnchor::Middle);
+        if (rows[i].fault) svg.Circle(panel.ToPage(*rows[i].fault), 6.0, {"#c0392b", 1.6, "", ""});
+    }
+    if (!svg.Write(path)) throw InputError(path + ": cannot be written");
+}
+
+int Run(const Options& options) {
+    const std::vector<Area> areas = ReadAreas(options.file);
+    std::vector<Measures> rows;
+    for (const Area& area : areas) rows.emplace_back(area, options.tolerance);
+    Report(rows);
+    if (!options.csv.empty()) WriteTable(rows, options.csv);
+
+    const Map map(areas, options.tolerance);
+    std::vector<Mark> marks;
+    if (!options.points.empty()) NameHolders(map, areas, options.points, marks);
+    const int differences = options.check.empty() ? 0 : Check(map, areas.size(), options.check, marks);
+    if (options.raster > 0) ClassifyRaster(map, options.raster, marks);
+    if (!options.svg.empty()) Draw(areas, rows, map, marks, options.svg);
+    return differences == 0 ? 0 : kDiffers;
+}
+
+}  // namespace
+}  // namespace Kalvio::Examples
+
+int main(int argc, char** argv) {
+    using namespace Kalvio::Examples;
+    const auto options = ReadOptions(std::vector<std::string>(argv + 1, argv + argc));
+    if (!options) {
+        std::fputs(kUsage, stderr);
+        return kBadInput;
+    }
+    try {
+        return Run(*options);
+    } catch (const InputError& error) {
+        std::fprintf(stderr, "parcels: %s\n", error.what());
+        return kBadInput;
+    }
+}
