@@ -215,7 +215,7 @@ void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<doubl
         }
         for (const double length : onElement) {
             const double station = boxes.station[i] + length;
-            if (found.empty() || station - found.back() > u) found.push_back(station);
+            if (found.empty() || station - found.back() > 4.0 * std::abs(u)) found.push_back(station);
         }
     }
     lengths = std::move(found);

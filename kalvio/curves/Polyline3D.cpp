@@ -151,7 +151,8 @@ void Polyline3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<doubl
     double before = 0.0;
     for (std::size_t i = 0; i < elements.Size(); ++i) {
         if (double onElement = 0.0; elements[i].GetLengthFromStartPoint(point, onElement, u)) {
-            if (found.empty() || before + onElement - found.back() > u) found.push_back(before + onElement);
+            if (found.empty() || before + onElement - found.back() > 4.0 * std::abs(u))
+                found.push_back(before + onElement);
         }
         before += elements[i].GetLength();
     }

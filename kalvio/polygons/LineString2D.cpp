@@ -307,7 +307,10 @@ bool LineString2D::GetTangentAtLength(double length, Vec2D& tangent, double tole
     if (points.size() < 2 || !(length >= -tolerance && length <= GetLength() + tolerance)) return false;
     const auto directionOf = [this](std::size_t i) { return (points[i + 1] - points[i]).Normalize(); };
     const std::size_t last = points.size() - 2;
-    Vec2D direction = directionOf(last);
+    std::size_t longEnough = last;  // the very end has the direction of the last segment that has one
+    while (longEnough > 0 && !(points[longEnough].Distance(points[longEnough + 1]) > detail::numericalZero))
+        --longEnough;
+    Vec2D direction = directionOf(longEnough);
     detail::WalkChain(points, lengthOf, [&](std::size_t i, double, double end) {
         if (!(length - tolerance < end)) return false;
         direction = directionOf(i);

@@ -348,6 +348,7 @@ bool Polygon2D::IsPolygonInsideNotCrossing(const Polygon2D& inner, const Polygon
     if (RelateRings(inner.points, outer.points, tolerance).goesOutside) return false;
     return std::all_of(outer.holes.begin(), outer.holes.end(), [&](const LineString2D& hole) {
         const std::vector<Point2D>& ring = hole.GetPoints();
+        if (ring.empty()) return true;
         const RingRelation past = RelateRings(inner.points, ring, tolerance);
         if (past.goesInside) return false;
         const RingRelation holePast = RelateRings(ring, inner.points, tolerance);
@@ -378,6 +379,9 @@ bool Polygon2D::IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance
 bool Polygon2D::GetPointInsideBoundary(Point2D& point, double tolerance) const {
     std::vector<const std::vector<Point2D>*> rings{&points};
     for (const LineString2D& hole : holes) rings.push_back(&hole.GetPoints());
+    for (const std::vector<Point2D>* ring : rings) {
+        if (!std::all_of(ring->begin(), ring->end(), IsFinite)) return false;
+    }
     LineAcross line(rings);
     // The border tests reach to the corners of a square; and less than the rounding is no distance.
     const double noise = detail::CoordinateNoise(points);

@@ -97,7 +97,7 @@ void Polygon3D::Clear() {
 }
 
 void Polygon3D::Close() {
-    if (points.empty() || points.front().IsEqualTo2d(points.back(), detail::numericalZero)) return;
+    if (points.empty() || points.front().IsEqualTo(points.back(), detail::numericalZero)) return;
     AppendPoint(Point3D(points.front()));
 }
 

@@ -59,7 +59,7 @@ void RingCurve3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<doub
             onElement.push_back(length);
         }
         for (const double length : onElement) {
-            if (found.empty() || before + length - found.back() > u) found.push_back(before + length);
+            if (found.empty() || before + length - found.back() > 4.0 * std::abs(u)) found.push_back(before + length);
         }
         before += chain[i].GetLength();
     }

@@ -508,5 +508,21 @@ TEST(SegmentBoxesTest, FindsThePairsAndNeighboursThatAllBoxesGive) {
     }
 }
 
+TEST(LineStringTest, EndlessAndStandingSegmentsGiveNoFalsePoints) {
+    const LineString2D endless({Point2D(0, 0), Point2D(kInfinity, 0)});
+    LineString2D part({Point2D(7, 7)});
+    Point2D point(9, 9);
+    EXPECT_FALSE(endless.GetPointOffsetFromStart(5.0, point));
+    EXPECT_FALSE(endless.ExtractLineString(0.0, 5.0, part));
+    EXPECT_FALSE(endless.MakeLineString(0.0, 5.0, part, 1.0));
+    const LineString2D standing({Point2D(0, 0), Point2D(10, 0), Point2D(10, 0)});
+    EXPECT_FALSE(standing.GetPointOffsetFromStart(-kInfinity, point));
+    EXPECT_EQ(part.GetSize(), 1U);
+    EXPECT_EQ(point, Point2D(9, 9));
+    Vec2D tangent;
+    EXPECT_TRUE(standing.GetTangentAtLength(10.0, tangent, 0.0));
+    EXPECT_THAT(tangent, IsNear(Vec2D(1, 0), 0.0));
+}
+
 }  // namespace
 }  // namespace Kalvio::Math

@@ -409,5 +409,18 @@ TEST(Polygon2DTest, CountriesHaveTheirStatedMeasuresAndPoints) {
     }
 }
 
+// Between the tolerance and the corner of its square, 1.27 tolerances from a vertex: neither touching nor undecided.
+TEST(Polygon2DTest, RingsJustClearOfACornerAreDecided) {
+    const Polygon2D square(std::vector<Point2D>{{0, 0}, {10, 0}, {10, 10}, {0, 10}});
+    const Polygon2D beside(std::vector<Point2D>{{10.09, 10.09}, {12, 10.5}, {12, 12}});
+    EXPECT_FALSE(Polygon2D::IsPolygonInsideNotCrossing(beside, square, 0.1));
+    Polygon2D angle(std::vector<Point2D>{{0, 0}, {10, 0}, {10, 5}, {5, 5}, {5, 10}, {0, 10}});
+    angle.AppendHoleBoundary(LineString2D({{4.91, 4.91}, {2, 4}, {2, 2}}));
+    Point2D where(7, 7);
+    EXPECT_TRUE(angle.Validate(where, true, 0.1));
+    angle.AppendHoleBoundary(LineString2D({{1, 1}, {2, 1}, {kNan, 2}}));
+    EXPECT_FALSE(angle.GetPointInsideBoundary(where, 0.0)) << "no point inside what is not finite";
+}
+
 }  // namespace
 }  // namespace Kalvio::Math

@@ -68,7 +68,7 @@ bool PointAtLength(const std::vector<PointType>& points, Measure measure, double
     WalkChain(points, measure, [&](std::size_t i, double from, double to) {
         if (!(to > length - numericalZero)) return false;
         const double segment = measure(points[i], points[i + 1]);
-        found = segment >= numericalZero;
+        found = segment >= numericalZero && std::isfinite(segment) && std::isfinite(length);
         if (found) point = points[i] + (points[i + 1] - points[i]) * ((length - from) / segment);
         return true;
     });
@@ -159,7 +159,8 @@ bool FindNearest(const std::vector<PointType>& points, const PointType& p, doubl
 template <class PointType, class Measure>
 bool ExtractPart(const std::vector<PointType>& points, Measure measure, double from, double to,
                  std::vector<PointType>& part) {
-    if (points.size() < 2 || !(to >= from)) return false;
+    if (points.size() < 2 || !(to >= from) || !std::isfinite(from)) return false;
+    if (!std::isfinite(ChainLength(points, measure))) return false;
     std::vector<PointType> extracted;
     WalkChain(points, measure, [&](std::size_t i, double start, double end) {
         if (start >= to) return true;
@@ -188,7 +189,7 @@ bool ExtractPart(const std::vector<PointType>& points, Measure measure, double f
 template <class PointType, class Emit>
 bool SampleChain(const std::vector<PointType>& points, double from, double to, double step, Emit&& emit) {
     const double total = ChainLength(points, lengthOf);
-    if (!(total > numericalZero) || !(to >= from) || !(to >= 0.0)) return false;
+    if (!(total > numericalZero) || !(total <= largestDouble) || !(to >= from) || !(to >= 0.0)) return false;
     std::size_t i = 0;
     double start = 0.0;
     double end = points[0].Distance(points[1]);

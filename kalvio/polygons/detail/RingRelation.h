@@ -53,8 +53,8 @@ inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vec
     });
     relation.touches = !cuts.empty();
 
-    const auto examine = [&](const Point2D& p) {
-        const RingSide side = FindRingSideByRay(other, p, t);
+    const auto examine = [&](const Point2D& p, double reach) {
+        const RingSide side = FindRingSideByRay(other, p, reach);
         if (side == RingSide::Inside && !relation.goesInside) {
             relation.goesInside = true;
             relation.inside = p;
@@ -64,7 +64,7 @@ inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vec
         }
         return relation.goesInside && relation.goesOutside;
     };
-    if (cuts.empty()) examine(open.front());
+    if (cuts.empty()) examine(open.front(), 0.0);  // nothing is nearer than t: a border wider than that decides nothing
     for (std::size_t k = 0; k < cuts.size(); ++k) {
         const bool isLast = k + 1 == cuts.size();
         const Cut& from = cuts[k];
@@ -89,7 +89,7 @@ inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vec
             } while (edge != to.edge);
         }
         offer(edge, start, to.parameter);
-        if (longest > 2.0 * t && examine(middle)) break;
+        if (longest > 2.0 * t && examine(middle, t)) break;
     }
     return relation;
 }
