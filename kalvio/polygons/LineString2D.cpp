@@ -46,6 +46,7 @@ struct ReducedString {
     /// did.
     template <class Visit>
     bool ForEachCrossing(Visit&& visit) const {
+        if (lengths.empty() || !std::isfinite(lengths.back())) return false;  // crossings are told by their lengths
         const detail::SegmentBoxes boxes(points);
         const std::size_t last = points.size() - 2;
         return boxes.ForEachPair(tolerance, [&](std::size_t i, std::size_t j) {

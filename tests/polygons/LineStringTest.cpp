@@ -519,6 +519,13 @@ TEST(LineStringTest, EndlessAndStandingSegmentsGiveNoFalsePoints) {
     EXPECT_FALSE(standing.GetPointOffsetFromStart(-kInfinity, point));
     EXPECT_EQ(part.GetSize(), 1U);
     EXPECT_EQ(point, Point2D(9, 9));
+    // A crossing behind a point that is no number has no length: all forms answer alike.
+    const LineString2D broken({Point2D(0, 0), Point2D(kNan, 0), Point2D(4, 0), Point2D(2, 2), Point2D(2, -2)});
+    std::vector<std::pair<Point2D, double>> crossings;
+    EXPECT_FALSE(broken.IsSelfCrossing(1e-4));
+    EXPECT_FALSE(broken.IsSelfCrossing(point, 1e-4));
+    EXPECT_FALSE(broken.IsSelfCrossing(crossings, 1e-4));
+    EXPECT_EQ(point, Point2D(9, 9));
     Vec2D tangent;
     EXPECT_TRUE(standing.GetTangentAtLength(10.0, tangent, 0.0));
     EXPECT_THAT(tangent, IsNear(Vec2D(1, 0), 0.0));
