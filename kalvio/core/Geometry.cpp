@@ -28,6 +28,7 @@
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -487,6 +488,11 @@ bool Geometry::AreEqual(const Plane3D& a, const Plane3D& b, double tolerance) {
 
 template <>
 bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const TriangleStrip3D& a, const TriangleStrip3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

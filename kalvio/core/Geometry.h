@@ -37,6 +37,7 @@ class Polyline2D;
 class Polyline3D;
 class Spiral2D;
 class Triangle3D;
+class TriangleStrip3D;
 class Vec2D;
 class Vec3D;
 class VecND;
@@ -186,6 +187,8 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const TriangleStrip3D& a, const TriangleStrip3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Vec2D& a, const Vec2D& b, double tolerance);
 template <>
