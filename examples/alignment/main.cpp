@@ -1,5 +1,6 @@
 // Reads the alignments of a LandXML file, checks and stations them, answers points, draws plan and profile.
 
+#include "common/Arguments.h"
 #include "common/LandXml.h"
 #include "common/Svg.h"
 
@@ -11,14 +12,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <numbers>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace Kalvio::Examples {
@@ -34,54 +32,22 @@ constexpr const char* kUsage =
     "  --csv     writes station, x, y, height, bearing and curvature\n"
     "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n";
 
-constexpr int kBadInput = 2;
-
 struct Options {
     std::string file;
     double step = 20.0;
     std::string svg;
     std::string csv;
-    std::vector<Point2D> points;
+    std::vector<std::vector<double>> points;
 };
 
-std::optional<double> ToNumber(const std::string& text) {
-    char* end = nullptr;
-    const double value = std::strtod(text.c_str(), &end);
-    if (text.empty() || *end != '\0' || !std::isfinite(value)) return std::nullopt;
-    return value;
-}
-
-std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
-    Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& word = arguments[i];
-        if (word.rfind("--", 0) != 0) {
-            if (!options.file.empty()) return std::nullopt;
-            options.file = word;
-            continue;
-        }
-        if (++i == arguments.size()) return std::nullopt;
-        const std::string& value = arguments[i];
-        if (word == "--svg") {
-            options.svg = value;
-        } else if (word == "--csv") {
-            options.csv = value;
-        } else if (word == "--step") {
-            const std::optional<double> step = ToNumber(value);
-            if (!step || !(*step > 0.0)) return std::nullopt;
-            options.step = *step;
-        } else if (word == "--locate") {
-            const std::size_t comma = value.find(',');
-            if (comma == std::string::npos) return std::nullopt;
-            const std::optional<double> x = ToNumber(value.substr(0, comma));
-            const std::optional<double> y = ToNumber(value.substr(comma + 1));
-            if (!x || !y) return std::nullopt;
-            options.points.emplace_back(*x, *y);
-        } else {
-            return std::nullopt;
-        }
-    }
-    return options.file.empty() ? std::nullopt : std::optional<Options>(options);
+Arguments ArgumentsOf(Options& options) {
+    Arguments arguments;
+    arguments.AddWord(options.file);
+    arguments.AddPositive("--step", options.step);
+    arguments.AddText("--svg", options.svg);
+    arguments.AddText("--csv", options.csv);
+    arguments.AddNumbers("--locate", 2, options.points);
+    return arguments;
 }
 
 // Signed curvature [1/length], positive to the left, at a station along one element.
@@ -373,7 +339,7 @@ int Run(const Options& options) {
         Report(alignment, unit);
         WarnOfGaps(alignment);
     }
-    for (const Point2D& point : options.points) Locate(file.alignments, point);
+    for (const std::vector<double>& point : options.points) Locate(file.alignments, Point2D(point[0], point[1]));
     if (!options.csv.empty()) {
         if (!WriteTable(options.csv, file.alignments, options.step))
             throw InputError(options.csv + ": cannot be written");
@@ -391,15 +357,6 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace Kalvio::Examples;
-    const auto options = ReadOptions(std::vector<std::string>(argv + 1, argv + argc));
-    if (!options) {
-        std::fputs(kUsage, stderr);
-        return kBadInput;
-    }
-    try {
-        return Run(*options);
-    } catch (const InputError& error) {
-        std::fprintf(stderr, "alignment: %s\n", error.what());
-        return kBadInput;
-    }
+    Options options;
+    return RunProgram("alignment", kUsage, ArgumentsOf(options), argc, argv, [&options] { return Run(options); });
 }

@@ -1,7 +1,8 @@
 // Puts boxes of a table into a spatial index, answers windows and points, draws boxes, windows and hits.
 
+#include "common/Arguments.h"
 #include "common/Csv.h"
-#include "common/LandXml.h"
+#include "common/InputError.h"
 #include "common/Svg.h"
 
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
@@ -18,7 +19,6 @@
 #include <functional>
 #include <list>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -42,7 +42,6 @@ constexpr const char* kUsage =
     "  --y-down   y grows downward in the picture\n";
 
 constexpr int kDiffers = 1;
-constexpr int kBadInput = 2;
 
 constexpr double largestId = 9007199254740992.0;  // 2^53; ids of the table are whole numbers below it
 
@@ -71,34 +70,16 @@ struct Options {
     bool isYDown = false;
 };
 
-std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
-    Options options;
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& word = arguments[i];
-        if (word == "--y-down") {
-            options.isYDown = true;
-            continue;
-        }
-        if (word.rfind("--", 0) != 0) {
-            std::string& name = options.index.empty() ? options.index : options.file;
-            if (!name.empty()) return std::nullopt;
-            name = word;
-            continue;
-        }
-        if (++i == arguments.size()) return std::nullopt;
-        const bool isWindow = word == "--window";
-        if (isWindow || word == "--point") {
-            const std::vector<double> numbers = ToNumbers(arguments[i]);
-            if (numbers.size() != (isWindow ? 4U : 2U)) return std::nullopt;
-            (isWindow ? options.windows : options.points).push_back(numbers);
-        } else if (word == "--check" || word == "--svg") {
-            (word == "--svg" ? options.svg : options.check) = arguments[i];
-        } else {
-            return std::nullopt;
-        }
-    }
-    if (options.file.empty()) return std::nullopt;
-    return options;
+Arguments ArgumentsOf(Options& options) {
+    Arguments arguments;
+    arguments.AddWord(options.index);
+    arguments.AddWord(options.file);
+    arguments.AddNumbers("--window", 4, options.windows);
+    arguments.AddNumbers("--point", 2, options.points);
+    arguments.AddText("--check", options.check);
+    arguments.AddText("--svg", options.svg);
+    arguments.AddFlag("--y-down", options.isYDown);
+    return arguments;
 }
 
 std::unique_ptr<ISpatialIndex> MakeIndex(const std::string& name) {
@@ -253,15 +234,6 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace Kalvio::Examples;
-    const auto options = ReadOptions(std::vector<std::string>(argv + 1, argv + argc));
-    if (!options) {
-        std::fputs(kUsage, stderr);
-        return kBadInput;
-    }
-    try {
-        return Run(*options);
-    } catch (const InputError& error) {
-        std::fprintf(stderr, "assets: %s\n", error.what());
-        return kBadInput;
-    }
+    Options options;
+    return RunProgram("assets", kUsage, ArgumentsOf(options), argc, argv, [&options] { return Run(options); });
 }

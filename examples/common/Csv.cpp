@@ -1,6 +1,6 @@
 #include "common/Csv.h"
 
-#include "common/LandXml.h"
+#include "common/InputError.h"
 
 #include <cmath>
 #include <cstdlib>

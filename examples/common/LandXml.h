@@ -1,19 +1,14 @@
 #pragma once
 
+#include "common/InputError.h"
+
 #include "kalvio/core/Point2D.h"
 #include "kalvio/curves/Polyline2D.h"
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace Kalvio::Examples {
-
-/// A file that cannot be used; the message names the line.
-class InputError : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
 
 /// One element of CoordGeom as the file states it, beside the element that the library made of it.
 struct StatedElement {

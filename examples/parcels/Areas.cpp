@@ -1,7 +1,7 @@
 #include "parcels/Areas.h"
 
 #include "common/Csv.h"
-#include "common/LandXml.h"
+#include "common/InputError.h"
 
 #include <nlohmann/json.hpp>
 

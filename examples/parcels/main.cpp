@@ -1,7 +1,8 @@
 // Reads polygons, measures and checks them, classifies points, draws polygons and points.
 
+#include "common/Arguments.h"
 #include "common/Csv.h"
-#include "common/LandXml.h"
+#include "common/InputError.h"
 #include "common/Svg.h"
 #include "parcels/Areas.h"
 
@@ -15,7 +16,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,7 +38,6 @@ constexpr const char* kUsage =
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n";
 
 constexpr int kDiffers = 1;
-constexpr int kBadInput = 2;
 constexpr double largestRaster = 5000.0;
 
 struct Options {
@@ -47,38 +46,20 @@ struct Options {
     std::string check;
     std::string svg;
     std::string csv;
-    int raster = 0;
+    double raster = 0.0;
     double tolerance = 1e-9;
 };
 
-std::optional<Options> ReadOptions(const std::vector<std::string>& arguments) {
-    Options options;
-    const std::map<std::string, std::string*> texts = {
-        {"--points", &options.points}, {"--check", &options.check}, {"--svg", &options.svg}, {"--csv", &options.csv}};
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        const std::string& word = arguments[i];
-        if (word.rfind("--", 0) != 0) {
-            if (!options.file.empty()) return std::nullopt;
-            options.file = word;
-            continue;
-        }
-        if (++i == arguments.size()) return std::nullopt;
-        if (const auto text = texts.find(word); text != texts.end()) {
-            *text->second = arguments[i];
-            continue;
-        }
-        const std::vector<double> numbers = ToNumbers(arguments[i]);
-        if (numbers.size() != 1 || !(numbers[0] > 0.0)) return std::nullopt;
-        if (word == "--tolerance") {
-            options.tolerance = numbers[0];
-        } else if (word == "--raster" && numbers[0] <= largestRaster) {
-            options.raster = static_cast<int>(numbers[0]);
-        } else {
-            return std::nullopt;
-        }
-    }
-    if (options.file.empty()) return std::nullopt;
-    return options;
+Arguments ArgumentsOf(Options& options) {
+    Arguments arguments;
+    arguments.AddWord(options.file);
+    arguments.AddText("--points", options.points);
+    arguments.AddPositive("--raster", options.raster, largestRaster);
+    arguments.AddText("--check", options.check);
+    arguments.AddText("--svg", options.svg);
+    arguments.AddText("--csv", options.csv);
+    arguments.AddPositive("--tolerance", options.tolerance);
+    return arguments;
 }
 
 /// What the report says of one polygon.
@@ -253,7 +234,7 @@ int Run(const Options& options) {
     std::vector<Mark> marks;
     if (!options.points.empty()) NameHolders(map, areas, options.points, marks);
     const int differences = options.check.empty() ? 0 : Check(map, areas.size(), options.check, marks);
-    if (options.raster > 0) ClassifyRaster(map, options.raster, marks);
+    if (const int count = static_cast<int>(options.raster); count > 0) ClassifyRaster(map, count, marks);
     if (!options.svg.empty()) Draw(areas, rows, map, marks, options.svg);
     return differences == 0 ? 0 : kDiffers;
 }
@@ -263,15 +244,6 @@ int Run(const Options& options) {
 
 int main(int argc, char** argv) {
     using namespace Kalvio::Examples;
-    const auto options = ReadOptions(std::vector<std::string>(argv + 1, argv + argc));
-    if (!options) {
-        std::fputs(kUsage, stderr);
-        return kBadInput;
-    }
-    try {
-        return Run(*options);
-    } catch (const InputError& error) {
-        std::fprintf(stderr, "parcels: %s\n", error.what());
-        return kBadInput;
-    }
+    Options options;
+    return RunProgram("parcels", kUsage, ArgumentsOf(options), argc, argv, [&options] { return Run(options); });
 }

@@ -1,0 +1,65 @@
+#include "common/Arguments.h"
+
+#include "common/Csv.h"
+#include "common/InputError.h"
+
+#include <cstdio>
+
+namespace Kalvio::Examples {
+
+void Arguments::AddText(const std::string& name, std::string& target) {
+    options[name] = [&target](const std::string& value) {
+        target = value;
+        return true;
+    };
+}
+
+void Arguments::AddPositive(const std::string& name, double& target, double largest) {
+    options[name] = [&target, largest](const std::string& value) {
+        const std::vector<double> numbers = ToNumbers(value);
+        if (numbers.size() != 1 || !(numbers[0] > 0.0 && numbers[0] <= largest)) return false;
+        target = numbers[0];
+        return true;
+    };
+}
+
+void Arguments::AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target) {
+    options[name] = [&target, count](const std::string& value) {
+        target.push_back(ToNumbers(value));
+        return target.back().size() == count;
+    };
+}
+
+bool Arguments::Read(const std::vector<std::string>& arguments) const {
+    std::size_t wordsRead = 0;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& argument = arguments[i];
+        if (!argument.starts_with("--")) {
+            if (wordsRead == words.size()) return false;
+            *words[wordsRead++] = argument;
+        } else if (const auto flag = flags.find(argument); flag != flags.end()) {
+            *flag->second = true;
+        } else {
+            const auto option = options.find(argument);
+            if (option == options.end() || ++i == arguments.size() || !option->second(arguments[i])) return false;
+        }
+    }
+    return wordsRead == words.size();
+}
+
+int RunProgram(const char* name, const char* usage, const Arguments& arguments, int argc, char** argv,
+               const std::function<int()>& run) {
+    constexpr int badInput = 2;
+    if (!arguments.Read(std::vector<std::string>(argv + 1, argv + argc))) {
+        std::fputs(usage, stderr);
+        return badInput;
+    }
+    try {
+        return run();
+    } catch (const InputError& error) {
+        std::fprintf(stderr, "%s: %s\n", name, error.what());
+        return badInput;
+    }
+}
+
+}  // namespace Kalvio::Examples

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+/// The command line of a program: words in their order and, anywhere between them, options "--name VALUE" and "--name".
+/// What is read goes straight into the variables named here.
+///
+///     Arguments arguments;
+///     arguments.AddWord(file);
+///     arguments.AddText("--svg", picture);
+///     arguments.AddPositive("--step", step);
+class Arguments {
+public:
+    /// The next word; all words are required.
+    void AddWord(std::string& target) { words.push_back(&target); }
+    void AddFlag(const std::string& name, bool& target) { flags[name] = &target; }
+    void AddText(const std::string& name, std::string& target);
+    /// A number in (0, largest].
+    void AddPositive(const std::string& name, double& target, double largest = std::numeric_limits<double>::max());
+    /// `count` numbers with commas between; the option may be repeated.
+    void AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target);
+
+    /// @return false for an unknown option, a value that is missing or of the wrong kind, too few or too many words
+    bool Read(const std::vector<std::string>& arguments) const;
+
+private:
+    std::vector<std::string*> words;
+    std::map<std::string, bool*> flags;
+    std::map<std::string, std::function<bool(const std::string&)>> options;
+};
+
+/// Reads the command line and runs the program.
+/// @return what `run` returns; 2, with the usage or the message on stderr, for a command line that cannot be read and
+///         for an InputError
+int RunProgram(const char* name, const char* usage, const Arguments& arguments, int argc, char** argv,
+               const std::function<int()>& run);
+
+}  // namespace Kalvio::Examples
