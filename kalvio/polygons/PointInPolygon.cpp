@@ -225,10 +225,10 @@ private:
             const int turn = TurnAt(a, b, level);
             if (turn == 0) continue;
             const double x = CrossingAt(a, b, level);
-            std::size_t columns = grid.ColumnAt(x);
-            while (columns > 0 && !(MiddleX(columns - 1) < x)) --columns;
-            while (columns < grid.columns && MiddleX(columns) < x) ++columns;
-            crossings.push_back({static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(columns), turn});
+            std::size_t west = grid.ColumnAt(x);  // columns with their middle west of the crossing
+            while (west > 0 && !(MiddleX(west - 1) < x)) --west;
+            while (west < grid.columns && MiddleX(west) < x) ++west;
+            crossings.push_back({static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(west), turn});
         }
     }
 
@@ -303,9 +303,9 @@ private:
         for (const CellRun& run : cellRuns) {
             ++firstRun[grid.BorderCellAt(run.cell) + 1];
             const std::size_t edges = std::size_t{run.last} - run.first + 1;
-            const std::size_t runs = (edges - 1) / PolygonGrid::longestRun + 1;
-            runCount += runs;
-            cornerCount += edges + runs;
+            const std::size_t pieces = (edges - 1) / PolygonGrid::longestRun + 1;
+            runCount += pieces;
+            cornerCount += edges + pieces;
         }
         if (cornerCount >= std::numeric_limits<std::uint32_t>::max()) return false;
         for (std::size_t i = 0; i < borderCellCount; ++i) firstRun[i + 1] += firstRun[i];
@@ -403,9 +403,9 @@ bool PointInPolygon::PolygonGrid::IsFlatLevel(double y) const {
     return level != flatLevels.end() && level->low <= y;
 }
 
-PointInPolygon::Position PointInPolygon::PolygonGrid::Classify(const Point2D& p, double tolerance,
+PointInPolygon::Position PointInPolygon::PolygonGrid::Classify(const Point2D& p, double queryTolerance,
                                                                bool includeBorders) const {
-    if (!(std::abs(tolerance) <= reach)) return Position::Border;
+    if (!(std::abs(queryTolerance) <= reach)) return Position::Border;
     if (!flatLevels.empty() && IsFlatLevel(p.GetY())) return Position::Border;
     const double x = p.GetX() - originX;
     const double y = p.GetY() - originY;
@@ -415,15 +415,16 @@ PointInPolygon::Position PointInPolygon::PolygonGrid::Classify(const Point2D& p,
     if ((block.border >> cell % 64 & 1) == 0) {
         return (block.inside >> cell % 64 & 1) != 0 ? Position::Inside : Position::Outside;
     }
-    return ClassifyAtBorder(borderCells[BorderCellAt(cell)], p, tolerance, includeBorders);
+    return ClassifyAtBorder(borderCells[BorderCellAt(cell)], p, queryTolerance, includeBorders);
 }
 
 PointInPolygon::Position PointInPolygon::PolygonGrid::ClassifyAtBorder(const BorderCell& cell, const Point2D& p,
-                                                                       double tolerance, bool includeBorders) const {
+                                                                       double queryTolerance,
+                                                                       bool includeBorders) const {
     const double y = p.GetY();
-    const double t = std::abs(tolerance);
+    const double t = std::abs(queryTolerance);
     const auto sideOf = [&](const Part& part) {
-        detail::RingAroundPoint around(p, tolerance);
+        detail::RingAroundPoint around(p, queryTolerance);
         int turns = part.turns;
         const Run* const lastRun = runs.data() + (&part + 1)->firstRun;
         for (const Run* run = runs.data() + part.firstRun; run != lastRun; ++run) {

@@ -51,7 +51,7 @@ public:
         /// such cell.
         Position GetPosition(std::size_t column, std::size_t row) const;
         /// The polygon's answer for the point; `Border` when the grid does not know it.
-        Position Classify(const Point2D& p, double tolerance, bool includeBorders) const;
+        Position Classify(const Point2D& p, double queryTolerance, bool includeBorders) const;
 
     private:
         friend class PointInPolygon;
@@ -102,7 +102,7 @@ public:
         std::size_t RowAt(double y) const { return CellAt(y - originY, rowsPerLength, rows); }
         std::size_t BorderCellAt(std::size_t cell) const;
         bool IsFlatLevel(double y) const;
-        Position ClassifyAtBorder(const BorderCell& cell, const Point2D& p, double tolerance,
+        Position ClassifyAtBorder(const BorderCell& cell, const Point2D& p, double queryTolerance,
                                   bool includeBorders) const;
 
         std::size_t columns = 0;

@@ -86,6 +86,7 @@ TEST(Polygon3DTest, TrianglesCoverTheAreaOnce) {
         {"points on straight sides", "0 0 1 0 2 0 2 2 0 2"},
         {"repeated points", "0 0 0 0 4 0 4 4 4 4"},
         {"comb", comb + " 40 0"},
+        {"flat: sides across edges to the corners around everything", "4.75 0.0625 1360 0 1236 16 -832 0"},
         {"hole", square + "4 4 6 4 6 6"},
         {"hole corner on the ring's side", square + "8 0 10 4 6 4"},
         {"hole corner on the ring's corner", square + "0 0 4 2 2 4"},

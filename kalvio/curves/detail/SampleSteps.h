@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <vector>
 
 /// Sampling offsets along a curve, relative to the first station. Both builders clear the list first and leave it empty
@@ -17,10 +16,9 @@ namespace Kalvio::Math::detail {
 inline void BuildConstantSteps(std::vector<double>& steps, double from, double to, double step) {
     steps.clear();
     const double span = to - from;
-    const std::int64_t parts = NumberOfParts(std::abs(span), step);
-    if (parts == 0) return;
-    for (std::int64_t i = 0; i < parts && span != 0.0; ++i) steps.push_back(Steps(i, step));
-    steps.push_back(span);
+    if (ForEachStationTo(0.0, std::abs(span), step, [&steps](double offset) { steps.push_back(offset); })) {
+        steps.back() = span;
+    }
 }
 
 /// Clips the range [from, to] to the curve [0, length]. @return false for an empty range, from > to included, or NaN

@@ -225,6 +225,12 @@ private:
     // The triangle with the edge a -> b, counter-clockwise, and the index of that edge; none where there is no such
     // edge.
     std::pair<std::size_t, std::size_t> FindEdge(std::size_t a, std::size_t b) const {
+        if (a >= count && b < count) {  // the triangles at a corner around everything do not close a circle
+            const auto [u, j] = FindEdge(b, a);
+            if (u == none) return {none, 0};
+            const std::size_t t = triangles[u].beyond[j];
+            return {t, IndexOf(triangles[t].beyond, u)};
+        }
         const std::size_t start = triangleAt[a];
         std::size_t t = start;
         do {

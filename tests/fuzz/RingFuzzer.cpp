@@ -1,0 +1,92 @@
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/PointInPolygon.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
+
+#include "fuzz/Bytes.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr double tolerance = 1e-9;
+
+void CheckString(const LineString2D& string, bool tame) {
+    LineString2D reversed(string);
+    reversed.Reverse();
+    std::vector<Point2D> crossings;
+    const bool isCrossing = string.IsSelfCrossing(crossings, tolerance);
+    Require(isCrossing == string.IsSelfCrossing(tolerance) && isCrossing == !crossings.empty());
+    if (tame) Require(isCrossing == reversed.IsSelfCrossing(tolerance));
+    const double length = string.GetLength();
+    LineString2D part;
+    const bool found = string.ExtractLineString(0.25 * length, 0.75 * length, part);
+    if (tame && found) Require(part.GetLength() <= 0.5 * length + 1e-6);
+}
+
+void CheckArea(const Polygon2D& polygon, bool isValid, bool tame) {
+    const double area = std::abs(polygon.GetArea());
+    std::vector<unsigned int> corners;
+    const Polygon3D lifted(polygon, 0.0);
+    const bool triangulated = lifted.TriangulateByProjection(ProjectionPlane::XY, corners, tolerance);
+    if (!tame) return;
+    if (isValid) Require(triangulated);
+    double sum = 0.0;
+    for (std::size_t i = 0; i + 2 < corners.size(); i += 3) {
+        const Point3D& a = lifted.GetPointOfAll(corners[i]);
+        const Vec3D u = lifted.GetPointOfAll(corners[i + 1]) - a;
+        const Vec3D v = lifted.GetPointOfAll(corners[i + 2]) - a;
+        sum += 0.5 * std::abs(u.CrossProduct(v).GetZ());
+    }
+    if (isValid) Require(std::abs(sum - area) <= 1e-6 * (1.0 + area));
+}
+
+// The polygon, its prepared form and its position test agree off the borders.
+void CheckPosition(const Polygon2D& polygon, const PointInPolygon& prepared, const Point2D& p, bool tame) {
+    const bool inside = polygon.IsPointInsideAndBorders(p, tolerance, true);
+    const bool within = polygon.IsPointInsideAndBorders(p, tolerance, false);
+    Require(inside || !within);
+    if (tame) Require(prepared.IsPointInsideAndBorders(p, tolerance, true) == inside);
+    int hole = -1;
+    const Polygon2D::PositionResult position = polygon.CheckPositionOf(p, hole, tolerance);
+    if (tame && position == Polygon2D::PositionResult::OnOuterBorder) Require(inside);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size > 400) return 0;
+    Bytes bytes(data, size);
+    const bool tame = bytes.Tame();
+    const std::size_t corners = bytes.Take<std::uint8_t>() % 12;
+    std::vector<Point2D> ring = bytes.TakePoints();
+    std::vector<Point2D> hole;
+    if (ring.size() > corners + 3) {
+        hole.assign(ring.begin() + static_cast<std::ptrdiff_t>(corners + 3), ring.end());
+        ring.resize(corners + 3);
+    }
+    CheckString(LineString2D(ring), tame);
+    Polygon2D polygon(ring);
+    if (!hole.empty()) polygon.AppendHoleBoundary(LineString2D(hole));
+    Point2D where;
+    const bool isValid = polygon.Validate(where, true, tolerance);
+    CheckArea(polygon, isValid, tame);
+    PointInPolygon prepared(polygon, 6, tolerance);
+    for (const Point2D& p : ring) {
+        CheckPosition(polygon, prepared, p, tame);
+        CheckPosition(polygon, prepared, p + (polygon.GetCentroid() - p) * 0.3, tame);
+    }
+    Point2D inner;
+    if (polygon.GetPointInsideBoundary(inner, tolerance) && tame && isValid) {
+        Require(polygon.IsPointInsideAndBorders(inner, tolerance, false));
+    }
+    (void)polygon.GetMaxWidth(tolerance);
+    (void)polygon.GetOrientedBoundingBox2D();
+    polygon.ReducePoints(tolerance);
+    return 0;
+}
