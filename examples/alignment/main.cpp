@@ -1,6 +1,7 @@
 // Reads the alignments of a LandXML file, checks and stations them, answers points, draws plan and profile.
 
 #include "common/Arguments.h"
+#include "common/Drawing.h"
 #include "common/LandXml.h"
 #include "common/Svg.h"
 
@@ -196,14 +197,6 @@ BoundingBox2D BoxOfPlans(const std::vector<Alignment>& alignments) {
     return box;
 }
 
-void DrawScaleBar(Svg& svg, double x, double y, double scale, const std::string& unit) {
-    const double length = NiceStep(100.0 / scale, 1);
-    const double end = x + length * scale;
-    svg.Polyline({Point2D(x, y - 4), Point2D(x, y), Point2D(end, y), Point2D(end, y - 4)}, {"#333333", 1.2, "", ""});
-    svg.Text(Point2D((x + end) * 0.5, y - 6), Fixed(length, length < 1.0 ? 2 : 0) + ' ' + unit, 11, "#333333",
-             SvgAnchor::Middle);
-}
-
 // The chain element by element in its colour, with a tick and the station at every multiple of `labelStep`.
 void DrawPlan(Svg& svg, const SvgPanel& panel, const Alignment& alignment, double labelStep) {
     const Polyline2D& plan = alignment.plan;
@@ -255,32 +248,14 @@ void DrawProfile(Svg& svg, double left, double top, double width, double height,
         open = true;
         curves.back().emplace_back(station, z);
     }
-    double low = 0.0;
-    double high = 0.0;
-    bool any = false;
+    if (curves.empty()) return;
+    BoundingBox2D world(curves.front().front(), curves.front().front());
     for (const auto& curve : curves) {
-        for (const Point2D& p : curve) {
-            low = any ? std::min(low, p.GetY()) : p.GetY();
-            high = any ? std::max(high, p.GetY()) : p.GetY();
-            any = true;
-        }
+        for (const Point2D& p : curve) world += BoundingBox2D(p, p);
     }
-    if (!any) return;
-    const double stepZ = NiceStep(std::max(high - low, 1e-3), 6);
-    const double stepS = NiceStep(to - from, 10);
-    low = std::floor(low / stepZ) * stepZ;
-    high = std::max(std::ceil(high / stepZ), low / stepZ + 1.0) * stepZ;
-    const SvgPanel panel(left, top, width, height, BoundingBox2D(Point2D(from, low), Point2D(to, high)), false);
-    const SvgStyle grid{"#dddddd", 0.7, "", ""};
-    for (double z = low; z <= high + stepZ * 0.5; z += stepZ) {
-        svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(from, z), Point2D(to, z)}), grid);
-        svg.Text(panel.ToPage(Point2D(from, z)) + Vec2D(-6, 3.5), Fixed(z, stepZ < 1.0 ? 1 : 0), 10, "#555555",
-                 SvgAnchor::End);
-    }
-    for (double s = std::ceil(from / stepS) * stepS; s <= to; s += stepS) {
-        svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(s, low), Point2D(s, high)}), grid);
-        svg.Text(panel.ToPage(Point2D(s, low)) + Vec2D(0, 14), Fixed(s, 0), 10, "#555555", SvgAnchor::Middle);
-    }
+    const SvgPanel panel = DrawSectionGrid(
+        svg, left, top, width, height,
+        BoundingBox2D(Point2D(from, world.GetMinPoint().GetY()), Point2D(to, world.GetMaxPoint().GetY())));
     for (const auto& curve : curves) svg.Polyline(panel.ToPage(curve), {"#3b6ea5", 2.0, "", ""});
     // Where one profile element ends and the next begins.
     for (unsigned int i = 0; i < alignment.profile.GetNrOfElements(); ++i) {
@@ -322,10 +297,7 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
         x += 48.0 + 7.0 * static_cast<double>(type.size());
     }
     DrawScaleBar(svg, width - margin - 260.0, 50.0, panel.GetScaleX(), unit);
-    svg.Polyline({Point2D(width - 40, 62), Point2D(width - 40, 26), Point2D(width - 44, 36), Point2D(width - 40, 26),
-                  Point2D(width - 36, 36)},
-                 {"#333333", 1.2, "", ""});
-    svg.Text(Point2D(width - 40, 20), "N", 11, "#333333", SvgAnchor::Middle);
+    DrawNorthArrow(svg, width - 40.0, 62.0);
     if (hasProfile)
         DrawProfile(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, *withProfile, unit);
     return svg.Write(path);
@@ -333,7 +305,7 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
 
 int Run(const Options& options) {
     const LandXmlFile file = ReadLandXml(options.file);
-    const std::string unit = file.linearUnit.empty() || file.linearUnit == "meter" ? "m" : file.linearUnit;
+    const std::string unit = UnitText(file.linearUnit);
     std::fprintf(stderr, "%s: %zu alignment(s)\n", options.file.c_str(), file.alignments.size());
     for (const Alignment& alignment : file.alignments) {
         Report(alignment, unit);

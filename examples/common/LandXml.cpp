@@ -1,5 +1,7 @@
 #include "common/LandXml.h"
 
+#include "common/LandXmlDocument.h"
+
 #include "kalvio/core/WindingValue.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -7,16 +9,10 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Spiral2D.h"
 
-#include <pugixml.hpp>
-
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <iterator>
 #include <memory>
-#include <sstream>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -27,54 +23,22 @@ using namespace Kalvio::Math;  // an example speaks mostly the library's words
 
 namespace {
 
-std::string WithoutPrefix(const char* name) {
-    const char* const colon = std::strchr(name, ':');
-    return colon == nullptr ? name : colon + 1;
-}
-
-class Reader {
+class Reader : private LandXmlDocument {
 public:
-    explicit Reader(const std::string& path) {
-        std::ifstream file(path, std::ios::binary);
-        if (!file) throw InputError(path + ": cannot be opened");
-        text.assign(std::istreambuf_iterator<char>(file), {});
-        const pugi::xml_parse_result result = document.load_buffer(text.data(), text.size());
-        if (!result) {
-            throw InputError(path + ", line " + std::to_string(LineAt(result.offset)) + ": " + result.description());
-        }
-        root = document.document_element();
-        if (WithoutPrefix(root.name()) != "LandXML") {
-            throw InputError(path + ", line " + std::to_string(LineOf(root)) + ": not a LandXML file (its root is <" +
-                             root.name() + ">)");
-        }
-        fileName = path;
-        CollectPoints(root);
-    }
+    explicit Reader(const std::string& path) : LandXmlDocument(path) { CollectPoints(GetRoot()); }
 
-    LandXmlFile Read() {
+    LandXmlFile Read() const {
         LandXmlFile result;
-        if (const pugi::xml_node units = root.child("Units")) {
-            result.linearUnit = units.first_child().attribute("linearUnit").as_string();
-        }
-        for (const pugi::xml_node group : root.children("Alignments")) {
+        result.linearUnit = GetLinearUnit();
+        for (const pugi::xml_node group : GetRoot().children("Alignments")) {
             for (const pugi::xml_node node : group.children("Alignment"))
                 result.alignments.push_back(ReadAlignment(node));
         }
-        if (result.alignments.empty()) Fail(root, "no <Alignment> in the file");
+        if (result.alignments.empty()) Fail(GetRoot(), "no <Alignment> in the file");
         return result;
     }
 
 private:
-    int LineAt(std::ptrdiff_t offset) const {
-        const auto end = std::clamp<std::ptrdiff_t>(offset, 0, static_cast<std::ptrdiff_t>(text.size()));
-        return 1 + static_cast<int>(std::count(text.begin(), text.begin() + end, '\n'));
-    }
-    int LineOf(pugi::xml_node node) const { return LineAt(node.offset_debug()); }
-
-    [[noreturn]] void Fail(pugi::xml_node node, const std::string& message) const {
-        throw InputError(fileName + ", line " + std::to_string(LineOf(node)) + ": " + message);
-    }
-
     // Named points, which others refer to by pntRef.
     void CollectPoints(pugi::xml_node node) {
         for (const pugi::xml_node group : node.children("CgPoints")) {
@@ -85,31 +49,6 @@ private:
         }
     }
 
-    double Number(pugi::xml_node node, const char* attribute) const {
-        const pugi::xml_attribute value = node.attribute(attribute);
-        if (!value) Fail(node, std::string("<") + node.name() + "> without " + attribute);
-        return Parse(node, value.as_string());
-    }
-
-    double Parse(pugi::xml_node node, const char* number) const {
-        char* end = nullptr;
-        const double value = std::strtod(number, &end);
-        while (end != nullptr && std::isspace(static_cast<unsigned char>(*end)) != 0) ++end;
-        if (end == number || *end != '\0' || !std::isfinite(value)) {
-            Fail(node, std::string("\"") + number + "\" is not a number");
-        }
-        return value;
-    }
-
-    // "first second [more]" of the node's text.
-    std::pair<double, double> Numbers2(pugi::xml_node node) const {
-        std::istringstream words(node.child_value());
-        std::string first;
-        std::string second;
-        if (!(words >> first >> second)) Fail(node, std::string("<") + node.name() + "> needs two numbers");
-        return {Parse(node, first.c_str()), Parse(node, second.c_str())};
-    }
-
     // LandXML writes northing first.
     Point2D PointOf(pugi::xml_node node) const {
         if (const pugi::xml_attribute reference = node.attribute("pntRef")) {
@@ -117,8 +56,8 @@ private:
             if (found == points.end()) Fail(node, std::string("no point named ") + reference.as_string());
             node = found->second;
         }
-        const auto [northing, easting] = Numbers2(node);
-        return {easting, northing};
+        const std::vector<double> place = Numbers(node, 2);
+        return {place[1], place[0]};
     }
 
     Point2D ChildPoint(pugi::xml_node node, const char* name) const {
@@ -251,9 +190,9 @@ private:
             } else if (name != "PVI") {
                 continue;
             }
-            const auto [station, height] = Numbers2(child);
-            vertex.point = Point2D(station, height);
-            if (!vertices.empty() && !(station > vertices.back().point.GetX()))
+            const std::vector<double> place = Numbers(child, 2);
+            vertex.point = Point2D(place[0], place[1]);
+            if (!vertices.empty() && !(place[0] > vertices.back().point.GetX()))
                 Fail(child, "profile stations must ascend");
             vertices.push_back(vertex);
         }
@@ -329,10 +268,6 @@ private:
 
     static constexpr double profileRounding = 1e-5;  // files round stations; nearer curve ends meet
 
-    std::string fileName;
-    std::string text;
-    pugi::xml_document document;
-    pugi::xml_node root;
     std::unordered_map<std::string, pugi::xml_node> points;
 };
 
@@ -347,5 +282,9 @@ bool Alignment::GetHeight(double station, double& height) const {
 }
 
 LandXmlFile ReadLandXml(const std::string& path) { return Reader(path).Read(); }
+
+std::string UnitText(const std::string& linearUnit) {
+    return linearUnit.empty() || linearUnit == "meter" ? "m" : linearUnit;
+}
 
 }  // namespace Kalvio::Examples

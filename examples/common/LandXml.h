@@ -50,4 +50,7 @@ struct LandXmlFile {
 /// @throws InputError for a file that is missing, broken or foreign
 LandXmlFile ReadLandXml(const std::string& path);
 
+/// "m" for metres or an unnamed unit, else the unit's own name.
+std::string UnitText(const std::string& linearUnit);
+
 }  // namespace Kalvio::Examples

@@ -1,4 +1,5 @@
 #include "common/LandXml.h"
+#include "common/LandXmlSurface.h"
 
 #include "support/Near.h"
 
@@ -56,6 +57,22 @@ TEST(LandXmlTest, SampleRoadClosesThroughItsTransitions) {
     EXPECT_TRUE(road.profile.IsContinuous(1e-6));
 }
 
+// What a reader says of a file that holds the text; empty when the file is read.
+template <class File>
+std::string MessageOf(const std::string& text, File (*read)(const std::string&)) {
+    // Beside the program and by the test's name: tests of several builds run at once.
+    const std::string path = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".xml";
+    std::ofstream(path) << text;
+    std::string message;
+    try {
+        read(path);
+    } catch (const InputError& error) {
+        message = error.what();
+    }
+    std::filesystem::remove(path);
+    return message;
+}
+
 TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
     struct Row {
         const char* why;
@@ -82,19 +99,39 @@ TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
         {"unknown point", head + "<Line><Start pntRef=\"7\"/><End>1 2</End></Line>" + tail, "no point named 7"},
         {"unknown element", head + "<Arc/>" + tail, "<Arc> is no element"},
     };
-    const std::filesystem::path path = std::filesystem::path(testing::TempDir()) / "kalvio_broken.xml";
     for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        std::ofstream(path) << row.text;
-        try {
-            ReadLandXml(path.string());
-            ADD_FAILURE() << "was read";
-        } catch (const InputError& error) {
-            EXPECT_THAT(error.what(), testing::HasSubstr(row.message));
-        }
+        EXPECT_THAT(MessageOf(row.text, ReadLandXml), testing::HasSubstr(row.message)) << row.why;
     }
-    std::filesystem::remove(path);
-    EXPECT_THROW(ReadLandXml(path.string()), InputError);
+    EXPECT_THROW(ReadLandXml(std::string(testing::TempDir()) + "kalvio_none.xml"), InputError);
+}
+
+TEST(LandXmlTest, SurfacesAreReadByTheirPointIdsWithoutInvisibleFaces) {
+    const std::string head = "<LandXML>\n<Surfaces><Surface name=\"s\">\n<Definition surfType=\"TIN\"><Pnts>\n";
+    const std::string points = "<P id=\"a1\">2 1 5</P><P id=\"7\">2 9 5</P><P id=\"x\">8 9 6</P></Pnts>\n<Faces>";
+    const std::string tail = "</Faces></Definition></Surface></Surfaces></LandXML>";
+    struct Row {
+        const char* why;
+        std::string text;
+        const char* message;
+    };
+    const Row rows[] = {
+        {"no surface", "<LandXML/>", "no <Surface>"},
+        {"no definition", "<LandXML><Surfaces><Surface/></Surfaces></LandXML>", "without <Definition>"},
+        {"a grid", "<LandXML><Surfaces><Surface><Definition surfType=\"grid\"/></Surface></Surfaces></LandXML>",
+         "\"grid\""},
+        {"no id", head + "<P>1 2 3</P>" + points + tail, "line 4: <P> without id"},
+        {"an id twice", head + "<P id=\"7\">1 2 3</P>" + points + tail, "a second point 7"},
+        {"no height", head + "<P id=\"8\">1 2</P>" + points + tail, "line 4: <P> needs 3 numbers"},
+        {"a word", head + "<P id=\"8\">1 2 high</P>" + points + tail, "\"high\" is not a number"},
+        {"not finite", head + "<P id=\"8\">1 2 1e999</P>" + points + tail, "\"1e999\" is not a number"},
+        {"an unknown corner", head + points + "<F>7 x 9</F>" + tail, "line 5: <F> names point 9"},
+        {"two corners", head + points + "<F>7 x</F>" + tail, "2 corners"},
+        {"four corners", head + points + "<F>7 x 7 x</F>" + tail, "4 corners"},
+        {"nothing to see", head + points + "<F i=\"1\">7 x x</F>" + tail, "without visible faces"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_THAT(MessageOf(row.text, ReadLandXmlSurfaces), testing::HasSubstr(row.message)) << row.why;
+    }
 }
 
 // Roads built or planned by others; KALVIO_TEST_DATA names the folder that holds them.
