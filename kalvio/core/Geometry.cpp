@@ -28,6 +28,8 @@
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/meshes/IndexedFaceSet2D.h"
+#include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -348,6 +350,16 @@ bool Geometry::AreEqual(const Clothoid& a, const Polyline2D& b, double tolerance
 
 template <>
 bool Geometry::AreEqual(const IGeometry& a, const IGeometry& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const IndexedFaceSet2D& a, const IndexedFaceSet2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const IndexedFaceSet3D& a, const IndexedFaceSet3D& b, double tolerance) {
     return a.IsEqualTo(b, tolerance);
 }
 

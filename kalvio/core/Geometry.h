@@ -18,6 +18,8 @@ class Circle2D;
 class Circle3D;
 class Clothoid;
 class IGeometry;
+class IndexedFaceSet2D;
+class IndexedFaceSet3D;
 class Line2D;
 class Line3D;
 class LineString2D;
@@ -137,6 +139,10 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Clothoid& a, const Polyline2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const IGeometry& a, const IGeometry& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const IndexedFaceSet2D& a, const IndexedFaceSet2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const IndexedFaceSet3D& a, const IndexedFaceSet3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Line2D& a, const Line2D& b, double tolerance);
 template <>

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "kalvio/core/IGeometry.h"
+#include "kalvio/core/Point2D.h"
+#include "kalvio/core/WindingValue.h"
+#include "kalvio/meshes/detail/VertexArrays.h"
+
+#include <cstdint>
+
+namespace Kalvio::Math {
+
+class IndexedTriangleSet3D;
+class Matrix2D;
+class Matrix3D;
+
+/// Triangles in plan that share their vertices by index: corners of triangle k are the vertices at 3k, 3k + 1, 3k + 2
+/// of the index array.
+///
+/// The rules of `IndexedTriangleSet3D` hold where the names agree.
+class KALVIO_MATH_API IndexedTriangleSet2D final : public IGeometry, public detail::IndexedVertexArray<Point2D> {
+public:
+    IndexedTriangleSet2D() = default;
+
+    MathTypes GetType() const override;
+    /// Extent of all vertices, used or not; the point box at the origin when there are none.
+    BoundingBox2D GetBoundingBox() const;
+    BoundingBox2D GetBoundingBox2D() const override;
+    /// The box at z = 0.
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 2; }
+    unsigned int GetTopologicalDimension() const override { return 2; }
+    /// Comparable with an `IndexedTriangleSet2D` of as many vertices, equal index by index, and of the same indexes and
+    /// winding flag.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    bool IsEqualTo(const IndexedTriangleSet2D& other, double tolerance) const;
+    [[nodiscard]] IndexedTriangleSet2D* Clone() const override;
+
+    /// A non-const set is changed in place.
+    IndexedTriangleSet2D& Transform(const Matrix2D& matrix);
+    IndexedTriangleSet2D Transform(const Matrix2D& matrix) const;
+    /// Replaces `out` by this set, taken at z = 0, transformed by the matrix.
+    void Transform(const Matrix3D& matrix, IndexedTriangleSet3D& out) const;
+    IndexedTriangleSet2D& Translate(const Vec2D& v);
+    IndexedTriangleSet2D Translate(const Vec2D& v) const;
+};
+
+}  // namespace Kalvio::Math
