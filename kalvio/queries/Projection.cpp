@@ -1,15 +1,28 @@
 #include "kalvio/queries/Projection.h"
 
+#include "kalvio/core/OrientedBoundingBox2D.h"
+#include "kalvio/core/Plane3D.h"
+#include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/polygons/detail/Ring.h"
+#include "kalvio/queries/Distance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
 
 namespace Kalvio::Math {
 
 namespace {
+
+using Candidate = GeometryDistancePair<Point2D>;
 
 template <class Line, class PointType>
 PointType FootOnLine(const PointType& point, const Line& line) {
@@ -26,11 +39,72 @@ PointType NearestOnSegment(const PointType& point, const Line& line, double tole
 
 template <class PointType>
 detail::ChainFoot<PointType> NearestOnChain(const PointType& point, const std::vector<PointType>& points,
-                                            double tolerance) {
+                                            double tolerance, bool withClosing = false) {
     detail::ChainFoot<PointType> foot;
-    detail::FindNearest(points, point, tolerance, foot);
+    detail::FindNearest(points, point, tolerance, foot, withClosing);
     return foot;
 }
+
+double StationOf(const std::vector<Point2D>& points, const detail::ChainFoot<Point2D>& foot) {
+    double station = 0.0;
+    for (std::size_t i = 0; i < foot.segment; ++i) station += points[i].Distance(points[i + 1]);
+    return station + points[foot.segment].Distance(foot.point);
+}
+
+// The nearest points of the segments of chains, gathered into the ordered set that goes to the caller.
+class Candidates {
+public:
+    Candidates(const Point2D& query, double reach) : point(query), tolerance(reach) {}
+
+    void AddChain(const std::vector<Point2D>& points) {
+        for (std::size_t i = 1; i < points.size(); ++i) Add(Line2D(points[i - 1], points[i]));
+    }
+    void AddRing(const std::vector<Point2D>& ring) {
+        AddChain(ring);
+        if (ring.size() > 1 && detail::HasClosingEdge(ring)) Add(Line2D(ring.back(), ring.front()));
+    }
+    std::uint64_t AppendTo(std::vector<Candidate>& out) {
+        const auto nearer = [](const Candidate& a, const Candidate& b) { return a.distance < b.distance; };
+        std::stable_sort(found.begin(), found.end(), nearer);
+        const auto last = std::unique(found.begin(), found.end(),
+                                      [](const Candidate& a, const Candidate& b) { return a.distance == b.distance; });
+        out.insert(out.end(), found.begin(), last);
+        return out.size();
+    }
+
+private:
+    void Add(const Line2D& segment) {
+        const double distance = Distance::PointToLineSegment(segment, point, tolerance);
+        if (std::isfinite(distance)) found.push_back({NearestOnSegment(point, segment, tolerance), distance, index});
+        ++index;
+    }
+
+    Point2D point;
+    double tolerance;
+    std::uint64_t index = 0;
+    std::vector<Candidate> found;
+};
+
+// Projection along one direction, prepared for many points.
+class PlaneProjector {
+public:
+    PlaneProjector(const Vec3D& along, const Plane3D& plane) : direction(along), normal(plane.GetNormal()) {
+        direction.Normalize();
+        slope = normal.DotProduct(direction);
+        origin = plane.GetPoint();
+    }
+
+    bool Exists() const { return std::abs(slope) >= detail::numericalZero; }
+    Point3D Project(const Point3D& point) const {
+        return point - direction * (normal.DotProduct(point - origin) / slope);
+    }
+
+private:
+    Vec3D direction;
+    Vec3D normal;
+    Point3D origin;
+    double slope = 0.0;  // sine of the angle between direction and plane
+};
 
 }  // namespace
 
@@ -76,8 +150,7 @@ Polyline2D::PolylinePoint Projection::NearestPointOnLineString(const Point2D& po
     nearest.distance = foot.distance;
     if (points.size() < 2) return nearest;
     nearest.tangent = (points[foot.segment + 1] - points[foot.segment]).Normalize();
-    for (std::size_t i = 0; i < foot.segment; ++i) nearest.station += points[i].Distance(points[i + 1]);
-    nearest.station += points[foot.segment].Distance(foot.point);
+    nearest.station = StationOf(points, foot);
     return nearest;
 }
 
@@ -88,6 +161,94 @@ Point3D Projection::NearestPointOnLineString(const Point3D& point, const LineStr
         segment = static_cast<unsigned int>(foot.segment);
     }
     return foot.point;
+}
+
+int Projection::NormalPointOnLineString(const Point2D& point, const LineString2D& lineString, Point2D& foot,
+                                        double& station, double tolerance) {
+    const std::vector<Point2D>& points = lineString.GetPoints();
+    detail::ChainFoot<Point2D> nearest;
+    if (points.size() < 2 || !detail::FindNearest(points, point, tolerance, nearest)) return 0;
+    double length = 0.0;
+    if (!lineString.GetLengthFromStartPoint(nearest.point, length, detail::looseStationTolerance)) {
+        length = StationOf(points, nearest);
+    }
+    foot = nearest.point;
+    station = length;
+    return 1;
+}
+
+std::uint64_t Projection::NearestPointsOnLineString(const Point2D& point, const LineString2D& lineString,
+                                                    std::vector<Candidate>& out, double tolerance) {
+    Candidates candidates(point, tolerance);
+    candidates.AddChain(lineString.GetPoints());
+    return candidates.AppendTo(out);
+}
+
+std::uint64_t Projection::NearestPointsOnPolygon(const Point2D& point, const Polygon2D& polygon,
+                                                 std::vector<Candidate>& out, double tolerance) {
+    Candidates candidates(point, tolerance);
+    candidates.AddRing(polygon.GetPoints());
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) {
+        candidates.AddRing(polygon.GetHoleBoundary(i).GetPoints());
+    }
+    return candidates.AppendTo(out);
+}
+
+Point2D Projection::NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double tolerance) {
+    return NearestOnChain(point, polygon.GetPoints(), tolerance, true).point;
+}
+
+Point2D Projection::NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon, double tolerance) {
+    Point2D nearest;
+    double best = std::numeric_limits<double>::infinity();
+    const auto tryRing = [&](const std::vector<Point2D>& ring) {
+        detail::ChainFoot<Point2D> foot;
+        if (!detail::FindNearest(ring, point, tolerance, foot, true) || !(foot.distance < best)) return;
+        nearest = foot.point;
+        best = foot.distance;
+    };
+    tryRing(polygon.GetPoints());
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) tryRing(polygon.GetHoleBoundary(i).GetPoints());
+    return nearest;
+}
+
+bool Projection::PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane, Point3D& projected) {
+    const PlaneProjector projector(direction, plane);
+    if (!projector.Exists()) return false;
+    projected = projector.Project(point);
+    return true;
+}
+
+Polygon3D Projection::PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction, const Plane3D& plane) {
+    const PlaneProjector projector(direction, plane);
+    Polygon3D projected;
+    if (!projector.Exists()) return projected;
+    for (const Point3D& point : polygon.GetPoints()) projected.AppendPoint(projector.Project(point));
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) {
+        LineString3D hole;
+        for (const Point3D& point : polygon.GetHoleBoundary(i).GetPoints()) hole.AppendPoint(projector.Project(point));
+        projected.AppendHoleBoundary(hole);
+    }
+    return projected;
+}
+
+Polygon3D Projection::NormalPolygonOnPlane(const Polygon3D& polygon, const Plane3D& plane) {
+    return PolygonOnPlane(polygon, plane.GetNormal(), plane);
+}
+
+bool Projection::OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,
+                                           double& minimum, double& maximum) {
+    Vec2D along = axis;
+    along.Normalize();
+    Vec2D first, second;
+    box.GetAxes(first, second);
+    const double middle = along.DotProduct(box.GetCenter() - origin);
+    const double half = 0.5 * (std::abs(along.DotProduct(first) * box.GetSize().GetX()) +
+                               std::abs(along.DotProduct(second) * box.GetSize().GetY()));
+    if (!(along.NormSquared() > 0.0) || !std::isfinite(middle) || !std::isfinite(half)) return false;
+    minimum = middle - half;
+    maximum = middle + half;
+    return true;
 }
 
 }  // namespace Kalvio::Math

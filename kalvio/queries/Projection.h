@@ -2,15 +2,26 @@
 
 #include "kalvio/Export.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/queries/GeometryDistancePair.h"
+
+#include <cstdint>
+#include <vector>
 
 namespace Kalvio::Math {
 
+class Arc2D;
 class Line2D;
 class Line3D;
 class LineString2D;
 class LineString3D;
+class OrientedBoundingBox2D;
+class Plane3D;
 class Point2D;
 class Point3D;
+class Polygon2D;
+class Polygon3D;
+class Vec2D;
+class Vec3D;
 
 /// Static functions that find nearest points and perpendicular feet on curves and chains.
 class KALVIO_MATH_API Projection {
@@ -38,6 +49,38 @@ public:
     /// @param segment  the segment that holds the nearest point; untouched where there is none
     static Point3D NearestPointOnLineString(const Point3D& point, const LineString3D& lineString, unsigned int& segment,
                                             double tolerance);
+    /// The nearest point of the string, an end or a vertex included.
+    /// @param station  its length from the start: where the string first passes within 0.01 of it
+    /// @return 1; 0, outputs untouched, for fewer than two points and where no distance is finite
+    static int NormalPointOnLineString(const Point2D& point, const LineString2D& lineString, Point2D& foot,
+                                       double& station, double tolerance);
+    /// Appends the nearest point of every segment, in the order of its distance by `Distance::PointToLineSegment`,
+    /// which is signed: those furthest to the left of their segments come first. Of equal distances, sign included, the
+    /// first segment stays. Distances that are not finite are left out.
+    /// @return the number of entries in `out` then
+    static std::uint64_t NearestPointsOnLineString(const Point2D& point, const LineString2D& lineString,
+                                                   std::vector<GeometryDistancePair<Point2D>>& out, double tolerance);
+    /// The same over the edges of all rings, counted on from the outer ring through the holes. A ring whose last point
+    /// repeats the first exactly has no further closing edge.
+    static std::uint64_t NearestPointsOnPolygon(const Point2D& point, const Polygon2D& polygon,
+                                                std::vector<GeometryDistancePair<Point2D>>& out, double tolerance);
+    /// The nearest point of the outer ring (of any ring, the first of equally near ones), closing edges included; the
+    /// origin where there is none.
+    static Point2D NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double tolerance);
+    static Point2D NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon, double tolerance);
+
+    /// Projection along a direction of any length.
+    /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
+    ///         and for a degenerate plane
+    static bool PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane, Point3D& projected);
+    /// All rings projected point by point along the direction, or the normal of the plane; an empty polygon where
+    /// `PointOnPlane` fails.
+    static Polygon3D PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction, const Plane3D& plane);
+    static Polygon3D NormalPolygonOnPlane(const Polygon3D& polygon, const Plane3D& plane);
+    /// Extent of the box along an axis of any length, as lengths from the origin of the axis.
+    /// @return false, outputs untouched, for an axis of zero length
+    static bool OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,
+                                          double& minimum, double& maximum);
 };
 
 }  // namespace Kalvio::Math

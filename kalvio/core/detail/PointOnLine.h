@@ -28,12 +28,16 @@ bool ArePointsCCW(const PointType& a, const PointType& b, const PointType& c) {
 ///     a -------> b
 ///          |  result > 0
 ///          p
+template <class Real>
+Real SignedDistanceToLine(Real px, Real py, Real ax, Real ay, Real bx, Real by) {
+    const Real dx = bx - ax;
+    const Real dy = by - ay;
+    const Real length = std::sqrt(dx * dx + dy * dy);
+    if (length <= numericalZero) return std::sqrt((ax - px) * (ax - px) + (ay - py) * (ay - py));
+    return ((ay - py) * dx - (ax - px) * dy) / length;
+}
 inline double SignedDistanceToLine(const Point2D& p, const Point2D& a, const Point2D& b) {
-    const double dx = b.GetX() - a.GetX();
-    const double dy = b.GetY() - a.GetY();
-    const double length = std::sqrt(dx * dx + dy * dy);
-    if (length <= numericalZero) return p.Distance(a);
-    return ((a.GetY() - p.GetY()) * dx - (a.GetX() - p.GetX()) * dy) / length;
+    return SignedDistanceToLine(p.GetX(), p.GetY(), a.GetX(), a.GetY(), b.GetX(), b.GetY());
 }
 
 /// True when p lies on the infinite line a -> b: |cross| / length <= |tolerance|, inclusive. Never for a length that is

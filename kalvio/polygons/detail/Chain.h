@@ -126,29 +126,73 @@ struct ChainFoot {
     double distance = 0.0;
 };
 
+/// The segment nearest to a point among those offered, the first of equals. A segment whose box is too far away costs
+/// a few comparisons and no division.
+template <class PointType>
+class NearestSegment {
+public:
+    /// @param reachBeyondEnds  the tolerance of `SegmentFoot`
+    NearestSegment(const PointType& point, double reachBeyondEnds)
+        : p(point), tolerance(reachBeyondEnds), margin(std::abs(reachBeyondEnds) + numericalZero) {}
+
+    void Offer(const PointType& a, const PointType& b, std::size_t index) {
+        if (SquaredBoxDistance(a, b) > squaredReach) return;
+        const double squared = SegmentFoot(p, a, b, tolerance).squaredDistance;
+        // Distances decide: squares that differ in the last digit only are equally near.
+        if (!(squared < best) || !(std::sqrt(squared) < std::sqrt(best))) return;
+        best = squared;
+        nearest = index;
+        const double reach = std::sqrt(squared) + margin;
+        squaredReach = reach * reach;
+    }
+
+    bool IsFound() const { return best < std::numeric_limits<double>::infinity(); }
+    std::size_t GetIndex() const { return nearest; }
+    double GetDistance() const { return std::sqrt(best); }
+
+private:
+    static double Gap(double value, double first, double second) {
+        const double below = std::min(first, second) - value;
+        const double above = value - std::max(first, second);
+        return std::max(std::max(below, above), 0.0);
+    }
+    double SquaredBoxDistance(const PointType& a, const PointType& b) const {
+        const double dx = Gap(p.GetX(), a.GetX(), b.GetX());
+        const double dy = Gap(p.GetY(), a.GetY(), b.GetY());
+        double squared = dx * dx + dy * dy;
+        if constexpr (requires { p.GetZ(); }) {
+            const double dz = Gap(p.GetZ(), a.GetZ(), b.GetZ());
+            squared += dz * dz;
+        }
+        return squared;
+    }
+
+    PointType p;
+    double tolerance;
+    double margin;
+    double best = std::numeric_limits<double>::infinity();
+    double squaredReach = std::numeric_limits<double>::infinity();
+    std::size_t nearest = 0;
+};
+
 /// Finds the place nearest to p on the segments, on the earliest of equally near ones; of a single point, the point.
+/// @param withClosing  a last segment leads from the last point to the first
 /// @return false, `foot` untouched, for an empty chain and where no distance is finite
 template <class PointType>
-bool FindNearest(const std::vector<PointType>& points, const PointType& p, double tolerance,
-                 ChainFoot<PointType>& foot) {
+bool FindNearest(const std::vector<PointType>& points, const PointType& p, double tolerance, ChainFoot<PointType>& foot,
+                 bool withClosing = false) {
     if (points.size() == 1) {
         const double distance = points[0].Distance(p);
         if (std::isfinite(distance)) foot = {0, points[0], distance};
         return std::isfinite(distance);
     }
-    double best = std::numeric_limits<double>::infinity();
-    std::size_t nearest = 0;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const double squared = SegmentFoot(p, points[i - 1], points[i], tolerance).squaredDistance;
-        // Distances decide: squares that differ in the last digit only are equally near.
-        if (squared < best && std::sqrt(squared) < std::sqrt(best)) {
-            best = squared;
-            nearest = i - 1;
-        }
-    }
-    if (!(best < std::numeric_limits<double>::infinity())) return false;
-    const SegmentFoot onSegment(p, points[nearest], points[nearest + 1], tolerance);
-    foot = {nearest, onSegment.PointOn(points[nearest], points[nearest + 1]), std::sqrt(best)};
+    NearestSegment<PointType> nearest(p, tolerance);
+    for (std::size_t i = 1; i < points.size(); ++i) nearest.Offer(points[i - 1], points[i], i - 1);
+    if (withClosing && !points.empty()) nearest.Offer(points.back(), points.front(), points.size() - 1);
+    if (!nearest.IsFound()) return false;
+    const std::size_t i = nearest.GetIndex();
+    const PointType& end = points[i + 1 == points.size() ? 0 : i + 1];
+    foot = {i, SegmentFoot(p, points[i], end, tolerance).PointOn(points[i], end), nearest.GetDistance()};
     return true;
 }
 

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Kalvio::Math {
+
+/// One of several answers to a query: a geometry, how far it is, and the segment (or element) that gave it.
+template <class GeometryType>
+struct GeometryDistancePair {
+    GeometryType geometry;
+    double distance = 0.0;
+    std::uint64_t index = 0;
+};
+
+}  // namespace Kalvio::Math
