@@ -1,12 +1,10 @@
 #include "kalvio/queries/Intersection.h"
 
 #include "kalvio/core/Tolerances.h"
-#include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
-#include "kalvio/polygons/LineString2D.h"
 
 #include <cmath>
 
@@ -52,25 +50,6 @@ IntersectionResult Intersection::LineLine(const Line2D& a, const Line2D& b, Poin
     }
     return detail::IsPointOnLine(a.GetStart(), b.GetStart(), b.GetEnd(), user) ? IntersectionResult::Coincident
                                                                                : IntersectionResult::NoIntersection;
-}
-
-int Intersection::LineStringLine(const LineString2D& lineString, const Line2D& line, std::vector<Point2D>& out,
-                                 double tolerance) {
-    const std::vector<Point2D>& points = lineString.GetPoints();
-    if (!(line.GetLength() > detail::numericalZero)) return 0;
-    const std::size_t before = out.size();
-    double from = 0.0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const double to = detail::SignedDistanceToLine(points[i], line.GetStart(), line.GetEnd());
-        const bool isOn = std::abs(to) <= std::abs(tolerance);
-        const bool wasOn = i == 0 || std::abs(from) <= std::abs(tolerance);
-        if (!isOn && !wasOn && ((from < 0.0 && to > 0.0) || (from > 0.0 && to < 0.0))) {
-            out.push_back(points[i - 1] + (points[i] - points[i - 1]) * (from / (from - to)));
-        }
-        if (isOn) out.push_back(points[i]);
-        from = to;
-    }
-    return static_cast<int>(out.size() - before);
 }
 
 bool Intersection::PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance) {

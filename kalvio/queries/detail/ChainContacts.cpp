@@ -1,0 +1,401 @@
+#include "kalvio/queries/detail/ChainContacts.h"
+
+#include "kalvio/polygons/detail/MergeChains.h"
+#include "kalvio/polygons/detail/SegmentContact.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <tuple>
+#include <utility>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+// Contacts of one place reported by different pairs of segments are at most three tolerances apart along a chain: two
+// for the feet of two vertices on each other's segments, and one for the point that was kept of several.
+constexpr double leadsInto = 4.0;
+
+/// Sets that grow together.
+class JoinedSets {
+public:
+    explicit JoinedSets(std::size_t count) : parents(count) { std::iota(parents.begin(), parents.end(), 0U); }
+
+    std::size_t Find(std::size_t i) {
+        while (parents[i] != i) i = parents[i] = parents[parents[i]];
+        return i;
+    }
+    /// The lower one stands for both.
+    void Join(std::size_t i, std::size_t j) {
+        i = Find(i);
+        j = Find(j);
+        parents[std::max(i, j)] = std::min(i, j);
+    }
+
+private:
+    std::vector<std::size_t> parents;
+};
+
+/// Which of the contacts, sorted by their start along the first chain, may lead into another: the others need no look.
+std::vector<bool> FindCrowded(const std::vector<ChainContact>& contacts, const ChainExtent& first, double reach) {
+    std::vector<bool> isCrowded(contacts.size(), false);
+    std::size_t furthest = 0;  // of the contacts so far, the one that ends last
+    for (std::size_t i = 0; i < contacts.size(); ++i) {
+        if (i > 0 && contacts[i].from.onFirst <= contacts[furthest].to.onFirst + reach) {
+            isCrowded[i] = isCrowded[furthest] = true;
+        }
+        if (contacts[i].to.onFirst >= contacts[furthest].to.onFirst) furthest = i;
+        if (first.isClosed && (contacts[i].from.onFirst <= reach || contacts[i].to.onFirst >= first.length - reach)) {
+            isCrowded[i] = true;
+        }
+    }
+    return isCrowded;
+}
+
+/// Calls visit(station) with the stations that a place has, seen from its neighbours: on a closed chain two at the
+/// joint.
+template <class Visit>
+void ForEachStationOf(double station, const ChainExtent& chain, double reach, Visit&& visit) {
+    visit(station);
+    if (chain.isClosed && station <= reach) visit(station + chain.length);
+    if (chain.isClosed && station >= chain.length - reach) visit(station - chain.length);
+}
+
+/// Joins contacts of which an end of one is near an end of the other along both chains.
+JoinedSets JoinContacts(const std::vector<ChainContact>& contacts, const ChainExtent& first, const ChainExtent& second,
+                        double tolerance) {
+    const double reach = leadsInto * tolerance;
+    const std::vector<bool> isCrowded = FindCrowded(contacts, first, reach);
+    JoinedSets sets(contacts.size());
+    struct End {
+        double onFirst;
+        double onSecond;
+        std::size_t contact;
+    };
+    std::vector<End> ends;
+    ChainEnds cells(reach);
+    const auto enter = [&](const ChainPlace& place, std::size_t contact) {
+        bool isKnown = false;
+        ForEachStationOf(place.onFirst, first, reach, [&](double onFirst) {
+            ForEachStationOf(place.onSecond, second, reach, [&](double onSecond) {
+                cells.FindLowest(
+                    onFirst, onSecond, [](std::size_t) { return false; },
+                    [&](std::size_t i) {
+                        const double apart =
+                            std::max(std::abs(ends[i].onFirst - onFirst), std::abs(ends[i].onSecond - onSecond));
+                        if (apart <= reach) sets.Join(ends[i].contact, contact);
+                        isKnown = isKnown || apart <= tolerance;
+                        return false;
+                    });
+            });
+        });
+        if (isKnown) return;  // one end stands for all beside it
+        cells.Add(place.onFirst, place.onSecond, ends.size());
+        ends.push_back({place.onFirst, place.onSecond, contact});
+    };
+    for (std::size_t i = 0; i < contacts.size(); ++i) {
+        if (!isCrowded[i]) continue;
+        enter(contacts[i].from, i);
+        enter(contacts[i].to, i);
+    }
+    return sets;
+}
+
+/// Appends the ends of the parts of one chain that the contacts cover, seen along that chain.
+/// @return whether they cover all of it
+bool AppendOuterEnds(const std::vector<ChainContact>& contacts, double ChainPlace::*along, const ChainExtent& chain,
+                     double reach, std::vector<ChainPlace>& places) {
+    struct Part {
+        const ChainPlace* from;
+        const ChainPlace* to;
+    };
+    std::vector<Part> parts;
+    for (const ChainContact& contact : contacts) {
+        const bool isForward = contact.from.*along <= contact.to.*along;
+        parts.push_back({isForward ? &contact.from : &contact.to, isForward ? &contact.to : &contact.from});
+    }
+    std::stable_sort(parts.begin(), parts.end(),
+                     [along](const Part& a, const Part& b) { return a.from->*along < b.from->*along; });
+    std::size_t last = 0;
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        if (parts[i].from->*along > parts[last].to->*along + reach) {
+            parts[++last] = parts[i];
+        } else if (parts[i].to->*along > parts[last].to->*along) {
+            parts[last].to = parts[i].to;
+        }
+    }
+    const bool reachesBoth = parts.front().from->*along <= reach && parts[last].to->*along >= chain.length - reach;
+    const bool goesAround = chain.isClosed && reachesBoth;
+    for (std::size_t i = 0; i <= last; ++i) {
+        if (!goesAround || i > 0) places.push_back(*parts[i].from);
+        if (!goesAround || i < last) places.push_back(*parts[i].to);
+    }
+    return reachesBoth && last == 0;
+}
+
+/// Interleaves the bits of two numbers: the order of a Z curve.
+std::uint32_t ZOrder(double x, double y) {
+    const auto spread = [](double value) {
+        auto bits = static_cast<std::uint32_t>(value > 0.0 ? std::min(value, 1.0) * 65535.0 : 0.0);
+        bits = (bits | (bits << 8U)) & 0x00FF00FFU;
+        bits = (bits | (bits << 4U)) & 0x0F0F0F0FU;
+        bits = (bits | (bits << 2U)) & 0x33333333U;
+        return (bits | (bits << 1U)) & 0x55555555U;
+    };
+    return spread(x) | (spread(y) << 1U);
+}
+
+}  // namespace
+
+CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExtent& first, const ChainExtent& second,
+                            double tolerance) {
+    std::sort(contacts.begin(), contacts.end(), [](const ChainContact& a, const ChainContact& b) {
+        return std::tie(a.from.onFirst, a.from.onSecond, a.to.onFirst, a.to.onSecond, a.kind) <
+               std::tie(b.from.onFirst, b.from.onSecond, b.to.onFirst, b.to.onSecond, b.kind);
+    });
+    JoinedSets sets = JoinContacts(contacts, first, second, tolerance);
+    std::vector<std::pair<std::size_t, std::size_t>> order;  // set, contact
+    order.reserve(contacts.size());
+    for (std::size_t i = 0; i < contacts.size(); ++i) order.emplace_back(sets.Find(i), i);
+    std::sort(order.begin(), order.end());
+
+    CommonPlaces common;
+    std::vector<ChainContact> joined;
+    for (std::size_t k = 0; k < order.size();) {
+        joined.clear();
+        bool areAlong = false;
+        bool areCrossing = false;
+        for (const std::size_t set = order[k].first; k < order.size() && order[k].first == set; ++k) {
+            joined.push_back(contacts[order[k].second]);
+            areAlong = areAlong || joined.back().kind == ChainContact::Kind::Along;
+            areCrossing = areCrossing || joined.back().kind == ChainContact::Kind::Crossing;
+        }
+        if (areAlong) {
+            const std::size_t before = common.places.size();
+            const double reach = leadsInto * tolerance;
+            const bool coversFirst = AppendOuterEnds(joined, &ChainPlace::onFirst, first, reach, common.places);
+            const bool coversSecond = AppendOuterEnds(joined, &ChainPlace::onSecond, second, reach, common.places);
+            if (common.places.size() == before) common.places.push_back(joined.front().from);
+            common.isSame = common.isSame || (coversFirst && coversSecond);
+        } else if (areCrossing) {
+            for (const ChainContact& contact : joined) {
+                if (contact.kind == ChainContact::Kind::Crossing) common.places.push_back(contact.at);
+            }
+        } else {
+            common.places.push_back(joined.front().at);
+        }
+    }
+    std::stable_sort(common.places.begin(), common.places.end(),
+                     [](const ChainPlace& a, const ChainPlace& b) { return a.onFirst < b.onFirst; });
+    return common;
+}
+
+bool FindCommon(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2, double tolerance,
+                ChainContact& contact) {
+    const SegmentSides sides(a1, a2, b1, b2);
+    const auto areBeyond = [](double u, double v, double limit) {
+        return u * v > 0.0 && u * u > limit && v * v > limit;
+    };
+    const double squaredTolerance = tolerance * tolerance;
+    if (areBeyond(sides.b1Side, sides.b2Side, squaredTolerance * (a2 - a1).NormSquared()) ||
+        areBeyond(sides.a1Side, sides.a2Side, squaredTolerance * (b2 - b1).NormSquared())) {
+        return false;
+    }
+    const bool isCrossing = sides.AreCrossing();
+    bool found = false;
+    SegmentContact first;
+    SegmentContact last;
+    ForEachTouchingEnd(a1, a2, b1, b2, tolerance, [&](const SegmentContact& end) {
+        if (!found || end.onFirst < first.onFirst) first = end;
+        if (!found || end.onFirst > last.onFirst) last = end;
+        found = true;
+    });
+    if (!found && !isCrossing) return false;
+
+    const auto placeOf = [](const SegmentContact& c) { return ChainPlace{c.point, c.onFirst, c.onSecond}; };
+    ChainContact result;
+    if ((last.point - first.point).NormSquared() > 4.0 * squaredTolerance) {
+        // Whether they cross on the way says nothing: noise decides.
+        result.kind = ChainContact::Kind::Along;
+        result.at = placeOf(first);
+    } else if (isCrossing) {
+        const SegmentContact crossing = sides.Crossing(a1, a2);
+        if (!found || crossing.onFirst < first.onFirst) first = crossing;
+        if (!found || crossing.onFirst > last.onFirst) last = crossing;
+        result.kind = ChainContact::Kind::Crossing;
+        result.at = placeOf(crossing);
+    } else {
+        result.at = placeOf(first);
+    }
+    result.from = placeOf(first);
+    result.to = placeOf(last);
+    contact = result;
+    return true;
+}
+
+double ChainSet::Add(const std::vector<Point2D>& points, ChainSegments::Closing closing) {
+    static const std::vector<Point2D> none;
+    Chain chain{ChainSegments(points, closing), {0.0}, false};
+    const std::size_t count = chain.segments.GetCount();
+    chain.lengths.reserve(count + 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        chain.lengths.push_back(chain.lengths.back() + chain.segments.GetStart(i).Distance(chain.segments.GetEnd(i)));
+    }
+    const double length = chain.lengths.back();
+    if (length > tolerance && length <= largestDouble) {
+        chain.isClosed = points.front().IsEqualTo(chain.segments.GetEnd(count - 1), tolerance);
+    } else {
+        chain = {ChainSegments(none), {0.0}, false};
+    }
+    chains.push_back(std::move(chain));
+    return length;
+}
+
+ChainSet::Runs::Runs(const ChainSet& set) {
+    constexpr std::size_t runSize = 6;
+    Extent all;
+    for (std::size_t i = 0; i < set.chains.size(); ++i) {
+        const ChainSegments& segments = set.chains[i].segments;
+        for (std::size_t from = 0; from < segments.GetCount(); from += runSize) {
+            runs.push_back({i, from, std::min(segments.GetCount(), from + runSize)});
+            extents.push_back(segments.GetExtent(from, runs.back().to));
+            all.Add(extents.back());
+        }
+    }
+    if (set.chains.size() < 2) return;  // one chain is a good order already
+    std::vector<std::pair<std::uint32_t, std::size_t>> order(runs.size());
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        const Extent& extent = extents[i];
+        order[i] = {ZOrder(((extent.minX - all.minX) + (extent.maxX - all.minX)) / (2.0 * (all.maxX - all.minX)),
+                           ((extent.minY - all.minY) + (extent.maxY - all.minY)) / (2.0 * (all.maxY - all.minY))),
+                    i};
+    }
+    std::sort(order.begin(), order.end());
+    std::vector<Run> sortedRuns(runs.size());
+    std::vector<Extent> sortedExtents(runs.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        sortedRuns[i] = runs[order[i].second];
+        sortedExtents[i] = extents[order[i].second];
+    }
+    runs = std::move(sortedRuns);
+    extents = std::move(sortedExtents);
+}
+
+Extent ChainSet::Runs::GetExtent(std::size_t from, std::size_t to) const {
+    Extent extent;
+    for (std::size_t i = from; i < to; ++i) extent.Add(extents[i]);
+    return extent;
+}
+
+void ChainSet::FindContacts(const ChainSet& first, const Run& run, const Extent& extent, const ChainSet& second,
+                            const Run& otherRun, const Extent& otherExtent, std::vector<PairContact>& contacts) {
+    const Chain& a = first.chains[run.chain];
+    const Chain& b = second.chains[otherRun.chain];
+    const Extent widened = extent.Widened(first.tolerance);
+    const Extent otherWidened = otherExtent.Widened(first.tolerance);
+    for (std::size_t i = run.from; i < run.to; ++i) {
+        const Extent segment = a.segments.GetExtent(i);
+        if (!segment.Meets(otherWidened)) continue;
+        const Extent widenedSegment = segment.Widened(first.tolerance);
+        for (std::size_t j = otherRun.from; j < otherRun.to; ++j) {
+            const Extent otherSegment = b.segments.GetExtent(j);
+            if (!widened.Meets(otherSegment) || !widenedSegment.Meets(otherSegment)) continue;
+            PairContact pair{run.chain, otherRun.chain, {}};
+            if (!FindCommon(a.segments.GetStart(i), a.segments.GetEnd(i), b.segments.GetStart(j), b.segments.GetEnd(j),
+                            first.tolerance, pair.contact)) {
+                continue;
+            }
+            for (ChainPlace* place : {&pair.contact.from, &pair.contact.to, &pair.contact.at}) {
+                place->onFirst = a.lengths[i] + (a.lengths[i + 1] - a.lengths[i]) * place->onFirst;
+                place->onSecond = b.lengths[j] + (b.lengths[j + 1] - b.lengths[j]) * place->onSecond;
+            }
+            contacts.push_back(pair);
+        }
+    }
+}
+
+ChainSet::Common ChainSet::Gather(std::vector<PairContact> contacts, const ChainSet& first, const ChainSet& second) {
+    struct Place {
+        std::size_t chain;
+        ChainPlace place;
+    };
+    std::stable_sort(contacts.begin(), contacts.end(), [](const PairContact& a, const PairContact& b) {
+        return std::tie(a.first, a.second) < std::tie(b.first, b.second);
+    });
+    Common common;
+    std::vector<Place> places;
+    for (std::size_t k = 0; k < contacts.size();) {
+        const std::size_t a = contacts[k].first;
+        const std::size_t b = contacts[k].second;
+        std::vector<ChainContact> ofPair;
+        for (; k < contacts.size() && contacts[k].first == a && contacts[k].second == b; ++k) {
+            ofPair.push_back(contacts[k].contact);
+        }
+        const CommonPlaces ofBoth =
+            GatherContacts(std::move(ofPair), {first.chains[a].lengths.back(), first.chains[a].isClosed},
+                           {second.chains[b].lengths.back(), second.chains[b].isClosed}, first.tolerance);
+        for (const ChainPlace& place : ofBoth.places) places.push_back({a, place});
+        common.pairsOfSame += ofBoth.isSame ? 1 : 0;
+    }
+    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+        return std::tie(a.chain, a.place.onFirst) < std::tie(b.chain, b.place.onFirst);
+    });
+    common.points.reserve(places.size());
+    for (const Place& place : places) common.points.push_back(place.place.point);
+    return common;
+}
+
+ChainSet::Common ChainSet::FindCommonWith(const ChainSet& other) const {
+    const BoxHierarchy<Runs> boxes(*this);
+    const BoxHierarchy<Runs> otherBoxes(other);
+    std::vector<PairContact> contacts;
+    boxes.ForEachPair(otherBoxes, tolerance, [&](std::size_t i, std::size_t j) {
+        FindContacts(*this, boxes.runs[i], boxes.extents[i], other, otherBoxes.runs[j], otherBoxes.extents[j],
+                     contacts);
+        return false;
+    });
+    return Gather(std::move(contacts), *this, other);
+}
+
+ChainSet::Common ChainSet::FindCommonWithin() const {
+    const BoxHierarchy<Runs> boxes(*this);
+    std::vector<PairContact> contacts;
+    boxes.ForEachPair(tolerance, [&](std::size_t i, std::size_t j) {
+        if (boxes.runs[i].chain == boxes.runs[j].chain) return false;
+        if (boxes.runs[i].chain > boxes.runs[j].chain) std::swap(i, j);
+        FindContacts(*this, boxes.runs[i], boxes.extents[i], *this, boxes.runs[j], boxes.extents[j], contacts);
+        return false;
+    });
+    return Gather(std::move(contacts), *this, *this);
+}
+
+void AppendDistinct(const std::vector<Point2D>& added, std::vector<Point2D>& points, std::size_t from,
+                    double equality) {
+    // Points alone in their column need no look at the others.
+    std::vector<double> columns;
+    columns.reserve(points.size() - from + added.size());
+    for (std::size_t i = from; i < points.size(); ++i) columns.push_back(points[i].GetX());
+    for (const Point2D& point : added) columns.push_back(point.GetX());
+    std::sort(columns.begin(), columns.end());
+    const auto isAlone = [&](const Point2D& point) {
+        const auto first = std::lower_bound(columns.begin(), columns.end(), point.GetX() - equality);
+        return first != columns.end() && (first + 1 == columns.end() || *(first + 1) > point.GetX() + equality);
+    };
+    ChainEnds cells(equality);
+    const auto enter = [&](const Point2D& point, std::size_t index) { cells.Add(point.GetX(), point.GetY(), index); };
+    for (std::size_t i = from; i < points.size(); ++i) {
+        if (!isAlone(points[i])) enter(points[i], i);
+    }
+    for (const Point2D& point : added) {
+        if (!isAlone(point)) {
+            const auto isEqual = [&](std::size_t i) { return points[i].IsEqualTo(point, equality); };
+            const auto isForgotten = [](std::size_t) { return false; };
+            if (cells.FindLowest(point.GetX(), point.GetY(), isForgotten, isEqual) != ChainEnds::none) continue;
+            enter(point, points.size());
+        }
+        points.push_back(point);
+    }
+}
+
+}  // namespace Kalvio::Math::detail
