@@ -4,7 +4,10 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Matrix3D.h"
+#include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/detail/MergePoints.h"
+#include "kalvio/meshes/detail/Triangles.h"
 
 #include <utility>
 
@@ -28,6 +31,24 @@ bool IndexedTriangleSet2D::IsEqualTo(const IndexedTriangleSet2D& other, double t
 }
 
 IndexedTriangleSet2D* IndexedTriangleSet2D::Clone() const { return new IndexedTriangleSet2D(*this); }
+
+WindingValue IndexedTriangleSet2D::GetWinding() const {
+    const unsigned int* const corners = detail::CornersOf(indexes, vertices.size(), 0);
+    const bool isCounterClockwise = corners == nullptr ? ccw
+                                                       : detail::DoubledTurn(vertices[corners[0]], vertices[corners[1]],
+                                                                             vertices[corners[2]]) > 0.0;
+    return isCounterClockwise ? WindingValue::CounterClockwise : WindingValue::Clockwise;
+}
+
+bool IndexedTriangleSet2D::CollapsePoints(double tolerance) {
+    return detail::CanMerge(tolerance) && detail::VertexMerger<2>(tolerance).Merge(vertices, indexes);
+}
+
+bool IndexedTriangleSet2D::RemoveLineTriangles(double tolerance, bool withUnusedVertices) {
+    return detail::RemoveLines(vertices, indexes, tolerance, withUnusedVertices);
+}
+
+std::uint64_t IndexedTriangleSet2D::RemoveUnusedVertices() { return detail::RemoveUnused(vertices, indexes); }
 
 IndexedTriangleSet2D& IndexedTriangleSet2D::Transform(const Matrix2D& matrix) {
     TransformVertices(matrix);

@@ -35,6 +35,19 @@ public:
     bool IsEqualTo(const IndexedTriangleSet2D& other, double tolerance) const;
     [[nodiscard]] IndexedTriangleSet2D* Clone() const override;
 
+    /// The winding of the first triangle: counter-clockwise for a signed area > 0, else clockwise; without a triangle
+    /// the winding that `IsCCW` tells.
+    WindingValue GetWinding() const;
+
+    /// Merges vertices at most the tolerance apart, as `IndexedTriangleSet3D::CollapsePoints` does.
+    bool CollapsePoints(double tolerance);
+    /// Removes triangles that are a line or a point: two of their corners are at most the tolerance apart.
+    /// @param withUnusedVertices  also drops all vertices that no index names then
+    /// @return whether anything was removed; nothing is for a tolerance that is negative or NaN
+    bool RemoveLineTriangles(double tolerance, bool withUnusedVertices);
+    /// Drops the vertices that no index names; the others keep their order. @return the number dropped
+    std::uint64_t RemoveUnusedVertices();
+
     /// A non-const set is changed in place.
     IndexedTriangleSet2D& Transform(const Matrix2D& matrix);
     IndexedTriangleSet2D Transform(const Matrix2D& matrix) const;

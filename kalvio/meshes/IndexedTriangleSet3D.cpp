@@ -3,7 +3,17 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Matrix3D.h"
+#include "kalvio/core/Numbers.h"
+#include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
+#include "kalvio/meshes/detail/MergePoints.h"
+#include "kalvio/meshes/detail/NearestPoints.h"
+#include "kalvio/meshes/detail/TriangleNormals.h"
 #include "kalvio/meshes/detail/Triangles.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
 
 namespace Kalvio::Math {
 
@@ -38,6 +48,155 @@ bool IndexedTriangleSet3D::GetTriangleAt(std::uint64_t triangle, Point3D& a, Poi
     b = vertices[corners[1]];
     c = vertices[corners[2]];
     return true;
+}
+
+void IndexedTriangleSet3D::AddTriangle(const Point3D& a, const Point3D& b, const Point3D& c, bool orient,
+                                       bool collapse) {
+    const auto n = static_cast<unsigned int>(vertices.size());
+    const bool isReversed = orient && (detail::DoubledTurn(a, b, c) < 0.0) == ccw;
+    vertices.insert(vertices.end(), {a, b, c});
+    indexes.insert(indexes.end(), {isReversed ? n + 1 : n, isReversed ? n : n + 1, n + 2});
+    if (collapse) CollapsePoints(detail::numericalZero);
+}
+
+void IndexedTriangleSet3D::Merge(const IndexedTriangleSet3D& other, bool collapse, double tolerance) {
+    const auto shift = static_cast<unsigned int>(vertices.size());
+    const std::size_t count = other.indexes.size() - other.indexes.size() % 3;
+    indexes.resize(indexes.size() - indexes.size() % 3);
+    indexes.reserve(indexes.size() + count);
+    for (std::size_t i = 0; i < count; ++i) {
+        // An index of no vertex must not wrap around to one.
+        indexes.push_back(shift + std::min(other.indexes[i], detail::noVertex - shift));
+    }
+    AppendVertices(other.vertices);
+    if (collapse) CollapsePoints(tolerance);
+}
+
+double IndexedTriangleSet3D::GetVolume(double referenceHeight) const {
+    double sum = 0.0;
+    detail::ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
+        const Point3D& a = vertices[corners[0]];
+        const Point3D& b = vertices[corners[1]];
+        const Point3D& c = vertices[corners[2]];
+        const double heights =
+            (a.GetZ() - referenceHeight) + (b.GetZ() - referenceHeight) + (c.GetZ() - referenceHeight);
+        sum += detail::DoubledTurn(a, b, c) * heights;
+    });
+    return sum / 6.0;
+}
+
+WindingValue IndexedTriangleSet3D::GetWinding(unsigned int triangle) const {
+    const unsigned int* const corners = detail::CornersOf(indexes, vertices.size(), triangle);
+    bool isCounterClockwise = ccw;
+    if (corners != nullptr) {
+        const Vec3D normal = detail::DoubledVectorArea(vertices, corners).Normalize();
+        isCounterClockwise = normal[normal.FindDominantAxis()] > 0.0;
+    }
+    return isCounterClockwise ? WindingValue::CounterClockwise : WindingValue::Clockwise;
+}
+
+WindingValue IndexedTriangleSet3D::GetWinding2D(unsigned int triangle) const {
+    return IndexedTriangleSet3DCleanUp::Get2DWindingOrVertical(vertices, indexes, triangle);
+}
+
+void IndexedTriangleSet3D::GetTotalWindings2D(unsigned int& counterClockwise, unsigned int& clockwise,
+                                              unsigned int& vertical) const {
+    std::array<std::size_t, 3> counts{};
+    detail::ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
+        ++counts[static_cast<std::size_t>(detail::WindingInPlan(vertices, corners))];
+    });
+    const auto count = [&counts](WindingValue winding) {
+        return static_cast<unsigned int>(counts[static_cast<std::size_t>(winding)]);
+    };
+    counterClockwise = count(WindingValue::CounterClockwise);
+    clockwise = count(WindingValue::Clockwise);
+    vertical = static_cast<unsigned int>(indexes.size() / 3) - counterClockwise - clockwise;
+}
+
+bool IndexedTriangleSet3D::IsPlanar(double tolerance) const {
+    if (indexes.size() < 2) return true;
+    const auto names = [this](unsigned int index) { return index < vertices.size(); };
+    const auto first = std::find_if(indexes.begin(), indexes.end(), names);
+    return std::all_of(first, indexes.end(), [&](unsigned int index) {
+        return !names(index) || Numbers::Compare(vertices[index].GetZ(), Numbers::CompareOperator::Equal,
+                                                 vertices[*first].GetZ(), tolerance);
+    });
+}
+
+void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const {
+    ComputeNormals(perVertex, normals, Angle(detail::pi));
+}
+
+void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals, const Angle& creaseAngle) const {
+    if (!perVertex) {
+        detail::AppendFaceNormals(vertices, indexes, ccw, normals);
+    } else if (creaseAngle.GetRadians() >= detail::pi) {
+        detail::AppendVertexNormals(vertices, indexes, ccw, normals);
+    } else {
+        detail::AppendCornerNormals(vertices, indexes, ccw, std::cos(creaseAngle.GetRadians()), normals);
+    }
+}
+
+bool IndexedTriangleSet3D::CollapsePoints(double tolerance) {
+    return detail::CanMerge(tolerance) && detail::VertexMerger<3>(tolerance).Merge(vertices, indexes);
+}
+
+bool IndexedTriangleSet3D::CollapsePoints2D(double tolerance) {
+    return detail::CanMerge(tolerance) && detail::VertexMerger<2>(tolerance).Merge(vertices, indexes);
+}
+
+bool IndexedTriangleSet3D::CollapsePoints(std::vector<IndexedTriangleSet3D>& sets, double tolerance) {
+    std::vector<IndexedTriangleSet3D*> pointers;
+    pointers.reserve(sets.size());
+    for (IndexedTriangleSet3D& set : sets) pointers.push_back(&set);
+    return CollapsePoints(pointers, tolerance);
+}
+
+bool IndexedTriangleSet3D::CollapsePoints(std::vector<IndexedTriangleSet3D*>& sets, double tolerance) {
+    if (!detail::CanMerge(tolerance)) return false;
+    detail::VertexMerger<3> merger(tolerance);
+    bool hasChanged = false;
+    for (IndexedTriangleSet3D* const set : sets) {
+        if (set != nullptr && merger.Merge(set->vertices, set->indexes)) hasChanged = true;
+    }
+    return hasChanged;
+}
+
+bool IndexedTriangleSet3D::RemoveLineTriangles(double tolerance, bool withUnusedVertices) {
+    return detail::RemoveLines(vertices, indexes, tolerance, withUnusedVertices);
+}
+
+bool IndexedTriangleSet3D::RemoveDuplicatedTriangles() {
+    using Key = std::pair<std::array<unsigned int, 3>, std::size_t>;  // vertices in order, triangle
+    std::vector<Key> keys;
+    keys.reserve(indexes.size() / 3);
+    detail::ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t triangle) {
+        Key& key = keys.emplace_back(std::array{corners[0], corners[1], corners[2]}, triangle);
+        std::sort(key.first.begin(), key.first.end());
+    });
+    std::sort(keys.begin(), keys.end());
+    std::vector<bool> isDuplicate(indexes.size() / 3, false);
+    for (std::size_t i = 1; i < keys.size(); ++i) {
+        isDuplicate[keys[i].second] = keys[i].first == keys[i - 1].first;
+    }
+    return detail::RemoveTriangles(indexes, vertices.size(),
+                                   [&](const unsigned int*, std::size_t triangle) { return isDuplicate[triangle]; });
+}
+
+std::uint64_t IndexedTriangleSet3D::RemoveUnusedVertices() { return detail::RemoveUnused(vertices, indexes); }
+
+bool IndexedTriangleSet3D::AdjustVerticesToClosest(const std::vector<Point3D>& points) {
+    const detail::NearestPoints nearest(points);
+    bool hasMoved = false;
+    for (Point3D& vertex : vertices) {
+        const Point3D before = vertex;
+        if (nearest.Find(vertex)) hasMoved = hasMoved || before.Distance(vertex) > 0.0;
+    }
+    return hasMoved;
+}
+
+void IndexedTriangleSet3D::InvertAllTriangles() {
+    for (std::size_t i = 0; i + 2 < indexes.size(); i += 3) std::swap(indexes[i], indexes[i + 1]);
 }
 
 IndexedTriangleSet3D& IndexedTriangleSet3D::Transform(const Matrix3D& matrix) {

@@ -10,6 +10,7 @@
 
 namespace Kalvio::Math {
 
+class Angle;
 class Matrix3D;
 
 /// Triangles in space that share their vertices by index: a terrain model, a tessellated surface, the skin of a solid.
@@ -50,6 +51,79 @@ public:
     /// The corners of one triangle.
     /// @return false, the points untouched, when there is no such triangle or it names a vertex that does not exist
     bool GetTriangleAt(std::uint64_t triangle, Point3D& a, Point3D& b, Point3D& c) const;
+
+    /// Appends a triangle with three vertices of its own.
+    /// @param orient    the triangle gets the winding in plan of the set: one that runs the other way is reversed by
+    ///                  swapping its first two corners. One without winding in plan (the z component of its normal is
+    ///                  0) is kept under `IsCCW` and reversed otherwise.
+    /// @param collapse  ends with `CollapsePoints(1e-10)` on the whole set, at its whole cost for every triangle: to
+    ///                  add many, collapse once at the end
+    void AddTriangle(const Point3D& a, const Point3D& b, const Point3D& c, bool orient, bool collapse);
+    /// Appends the whole triangles of another set, which may be this one, as they are, whatever the two winding flags
+    /// say. One or two indexes at the end of this set that are no whole triangle are dropped.
+    /// @param collapse  ends with `CollapsePoints(tolerance)` on the whole set
+    void Merge(const IndexedTriangleSet3D& other, bool collapse, double tolerance);
+
+    /// Sum over the triangles of the signed area in plan (counter-clockwise positive) times the height of the centroid
+    /// over the reference height: the volume between a terrain and that height, or the volume of a solid whose faces
+    /// run counter-clockwise seen from outside. Summed over coordinate differences; 0 for an empty set.
+    double GetVolume(double referenceHeight) const;
+    /// The winding of a triangle seen along the axis of the largest component of its normal (on ties z before y before
+    /// x), from its positive end: a steep triangle is judged by x or y. Never `Vertical`. There being no such triangle,
+    /// the winding that `IsCCW` tells.
+    WindingValue GetWinding(unsigned int triangle) const;
+    /// That of the first triangle, which stands for the whole set.
+    WindingValue GetWinding() const { return GetWinding(0); }
+    /// The winding in plan: `Vertical` for a normal of unit length with z within +-1e-11, for a triangle without area
+    /// and where there is no such triangle.
+    WindingValue GetWinding2D(unsigned int triangle) const;
+    /// Numbers of triangles by `GetWinding2D`.
+    void GetTotalWindings2D(unsigned int& counterClockwise, unsigned int& clockwise, unsigned int& vertical) const;
+    /// True for a horizontal set: every index names a vertex as high as the first does, within the tolerance,
+    /// inclusive (`Numbers::Compare`). A tilted plane is not. True for fewer than two indexes.
+    bool IsPlanar(double tolerance) const;
+    /// Appends normals: one per triangle or, on request, one per vertex. The normal of a triangle a, b, c is the unit
+    /// vector of (b - a) x (c - b), of which one no longer than 1e-10 is left as it is, and its opposite unless
+    /// `IsCCW`; that of a vertex the normalised sum over the triangles that use it, zero where there are none.
+    void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const;
+    /// The same, or for a crease angle below pi one normal per index: per corner of a triangle the normalised sum over
+    /// the triangles at that vertex whose normals are at most the crease angle from the triangle's own (by the cosine,
+    /// with room for 1e-12 of rounding). The cost at a vertex grows with the square of the number of its triangles.
+    void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals, const Angle& creaseAngle) const;
+
+    /// Merges vertices at most the tolerance apart in space: in the order of the indexes, each index that no earlier
+    /// one has taken becomes the first one of a place and takes all later ones within the tolerance of its own vertex.
+    /// What has been taken takes nothing: of vertices A, B, C at 0, 0.9 and 1.8 tolerances along a line B becomes A, C
+    /// stays. No vertex moves. Then `RemoveLineTriangles(tolerance, true)` follows, so a second merge changes nothing.
+    ///
+    /// Near linear in the number of indexes. Memory while it works: 8 bytes per vertex and 48 per distinct place.
+    /// Coordinates that are not finite merge with nothing.
+    /// @return whether the number of indexes or vertices has changed; false, nothing changed, for a tolerance that is
+    ///         negative or not finite
+    bool CollapsePoints(double tolerance);
+    /// The same by the distance in plan: of places one above the other the one named first stays.
+    bool CollapsePoints2D(double tolerance);
+    /// The same across several sets: a vertex that merges with one of an earlier set is moved exactly onto it, so that
+    /// the sets fit together without gaps. Null pointers are passed over.
+    /// @return whether any number has changed or any vertex has moved
+    static bool CollapsePoints(std::vector<IndexedTriangleSet3D>& sets, double tolerance);
+    static bool CollapsePoints(std::vector<IndexedTriangleSet3D*>& sets, double tolerance);
+    /// Removes triangles that are a line or a point: two of their corners are at most the tolerance apart.
+    /// @param withUnusedVertices  also drops all vertices that no index names then
+    /// @return whether anything was removed; nothing is for a tolerance that is negative or NaN
+    bool RemoveLineTriangles(double tolerance, bool withUnusedVertices);
+    /// Removes the later ones of triangles with the same three vertices, whatever their order: a triangle and its
+    /// reverse are duplicates. n log n.
+    /// @return whether there were any
+    bool RemoveDuplicatedTriangles();
+    /// Drops the vertices that no index names; the others keep their order. @return the number dropped
+    std::uint64_t RemoveUnusedVertices();
+    /// Moves every vertex onto the nearest of the points in space, the first of those on ties. Points and vertices that
+    /// are not finite are passed over. n log n.
+    /// @return whether any vertex has moved
+    bool AdjustVerticesToClosest(const std::vector<Point3D>& points);
+    /// Reverses every triangle by swapping its first two corners; the winding flag stays.
+    void InvertAllTriangles();
 
     /// A non-const set is changed in place.
     IndexedTriangleSet3D& Transform(const Matrix3D& matrix);

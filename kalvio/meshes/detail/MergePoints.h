@@ -1,0 +1,195 @@
+#pragma once
+
+#include "kalvio/meshes/detail/Triangles.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace Kalvio::Math::detail {
+
+/// Places that are pairwise farther apart than a tolerance, in a hash of cells.
+///
+/// A cell is 8 to 16 tolerances wide, so that the neighbourhood of most points lies in one cell and never in more than
+/// two per axis; a cell holds a bounded number of places. Cells overlap nothing and miss nothing, whatever the size of
+/// the coordinates: rounding is monotone, and where doubles are farther apart than cells are wide each is a cell of its
+/// own. About 40 bytes and a bucket of 4 to 8 bytes per place.
+template <int dimension>
+class PlaceTable {
+public:
+    struct Place {
+        std::array<double, dimension> at;
+        std::uint32_t next;       // in the same bucket
+        std::uint64_t owner = 0;  // the user's
+    };
+
+    /// @param reach  the tolerance, not negative
+    explicit PlaceTable(double reach) : tolerance(reach) {
+        const double bounded = std::min(tolerance, largestReach);
+        const double cell = std::ldexp(1.0, std::ilogb(std::max(8.0 * bounded, smallestCell)) + 1);
+        perCell = 1.0 / cell;
+        const double shift = 0.382 * cell;  // round coordinates shall not lie on the sides of cells
+        const double widened = bounded * (1.0 + 1e-12) + 1e-15 * cell;
+        middle = shift;
+        low = shift - widened;
+        high = shift + widened;
+        Resize(64);
+    }
+
+    /// The place added first of those at most the tolerance away (as the distance of points computes it), or a new one
+    /// at the point. A point that is not finite is a place that nothing is near to.
+    template <class PointType>
+    Place& FindOrAdd(const PointType& point) {
+        std::array<double, dimension> at;
+        bool isFinite = true;
+        for (int axis = 0; axis < dimension; ++axis) {
+            at[axis] = point[axis];
+            isFinite = isFinite && std::isfinite(at[axis]);
+        }
+        const std::uint32_t found = isFinite ? Find(at) : none;
+        if (found != none) return places[found];
+        if (places.size() >= buckets.size()) Resize(2 * buckets.size());
+        places.push_back({at, none});
+        if (isFinite) Link(static_cast<std::uint32_t>(places.size() - 1));
+        return places.back();
+    }
+
+private:
+    using Keys = std::array<std::uint64_t, dimension>;
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+    static constexpr double largestReach = 1e160;  // greater distances overflow and are no distances
+    static constexpr double smallestCell = 1e-18;
+
+    std::uint64_t KeyOf(double coordinate, double offset) const {
+        const double scaled = (coordinate + offset) * perCell;
+        if (std::abs(scaled) < 0x1p62) return static_cast<std::uint64_t>(static_cast<std::int64_t>(scaled));
+        return std::bit_cast<std::uint64_t>(coordinate);
+    }
+
+    std::size_t BucketOf(const Keys& keys) const {
+        std::uint64_t hash = 0;
+        for (const std::uint64_t key : keys) {
+            hash = (hash ^ (hash >> 32)) + key;
+            hash *= 0x9E3779B97F4A7C15U;  // 2^64 / golden ratio (D. E. Knuth, 1973)
+        }
+        return static_cast<std::size_t>(hash >> bucketShift);
+    }
+
+    std::uint32_t Find(const std::array<double, dimension>& at) const {
+        Keys lows;
+        Keys highs;
+        unsigned int split = 0;  // axes along which two cells are near
+        for (int axis = 0; axis < dimension; ++axis) {
+            lows[axis] = KeyOf(at[axis], low);
+            highs[axis] = KeyOf(at[axis], high);
+            if (lows[axis] != highs[axis]) split |= 1U << axis;
+        }
+        std::uint32_t first = SearchBucket(BucketOf(lows), at, none);
+        for (unsigned int corner = 1; corner <= split; ++corner) {
+            if ((corner & ~split) != 0) continue;
+            Keys keys = lows;
+            for (int axis = 0; axis < dimension; ++axis) {
+                if ((corner >> axis & 1U) != 0) keys[axis] = highs[axis];
+            }
+            first = SearchBucket(BucketOf(keys), at, first);
+        }
+        return first;
+    }
+
+    std::uint32_t SearchBucket(std::size_t bucket, const std::array<double, dimension>& at, std::uint32_t first) const {
+        for (std::uint32_t i = buckets[bucket]; i != none; i = places[i].next) {
+            double sum = 0.0;
+            for (int axis = 0; axis < dimension; ++axis) {
+                const double difference = at[axis] - places[i].at[axis];
+                sum += difference * difference;
+            }
+            if (i < first && std::sqrt(sum) <= tolerance) first = i;
+        }
+        return first;
+    }
+
+    void Link(std::uint32_t i) {
+        Keys keys;
+        for (int axis = 0; axis < dimension; ++axis) keys[axis] = KeyOf(places[i].at[axis], middle);
+        std::uint32_t& head = buckets[BucketOf(keys)];
+        places[i].next = head;
+        head = i;
+    }
+
+    void Resize(std::size_t count) {
+        buckets.assign(count, none);
+        bucketShift = 64 - std::countr_zero(count);
+        for (std::uint32_t i = 0; i < places.size(); ++i) {
+            const auto& at = places[i].at;
+            if (std::all_of(at.begin(), at.end(), [](double value) { return std::isfinite(value); })) Link(i);
+        }
+    }
+
+    double tolerance;
+    double perCell;
+    double low, middle, high;  // what is added to a coordinate before it is scaled
+    int bucketShift = 0;
+    std::vector<Place> places;
+    std::vector<std::uint32_t> buckets;
+};
+
+/// The tolerances that `VertexMerger` takes.
+inline bool CanMerge(double tolerance) { return tolerance >= 0.0 && std::isfinite(tolerance); }
+
+/// Merges the vertices of one set after another: each index in turn names the first vertex named so far within the
+/// tolerance of its own. A vertex that met one of an earlier set is moved onto it.
+template <int dimension>
+class VertexMerger {
+public:
+    explicit VertexMerger(double tolerance) : places(tolerance) {}
+
+    /// Drops triangles that name a vertex twice, then vertices that no index names.
+    /// @return whether an index or a vertex was dropped or a vertex was moved
+    template <class PointType>
+    bool Merge(std::vector<PointType>& vertices, std::vector<unsigned int>& indexes) {
+        const bool hasMoved = MergeIndexes(vertices, indexes);
+        const bool hasLines = RemoveTriangles(indexes, vertices.size(), [](const unsigned int* corners, std::size_t) {
+            return NamesVertexTwice(corners);
+        });
+        const bool hasUnused = RemoveUnused(vertices, indexes) > 0;
+        return hasMoved || hasLines || hasUnused;
+    }
+
+private:
+    template <class PointType>
+    bool MergeIndexes(std::vector<PointType>& vertices, std::vector<unsigned int>& indexes) {
+        bool hasMoved = false;
+        std::vector<unsigned int> merged(vertices.size(), noVertex);
+        for (unsigned int& index : indexes) {
+            if (index >= vertices.size()) continue;
+            unsigned int& target = merged[index];
+            if (target == noVertex) target = Target(vertices, index, hasMoved);
+            index = target;
+        }
+        firstOwner += vertices.size();
+        return hasMoved;
+    }
+
+    template <class PointType>
+    unsigned int Target(std::vector<PointType>& vertices, unsigned int index, bool& hasMoved) {
+        auto& place = places.FindOrAdd(vertices[index]);
+        if (place.owner >= firstOwner) return static_cast<unsigned int>(place.owner - firstOwner);
+        const bool isNew = place.owner == 0;
+        place.owner = firstOwner + index;
+        for (int axis = 0; axis < dimension && !isNew; ++axis) {
+            hasMoved = hasMoved || vertices[index][axis] != place.at[axis];
+            vertices[index][axis] = place.at[axis];
+        }
+        return index;
+    }
+
+    PlaceTable<dimension> places;
+    std::uint64_t firstOwner = 1;  // vertex i of the set at work owns places as firstOwner + i
+};
+
+}  // namespace Kalvio::Math::detail

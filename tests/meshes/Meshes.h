@@ -1,0 +1,52 @@
+#pragma once
+
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+
+/// Block of the size between a corner and the opposite one; faces run counter-clockwise seen from outside.
+inline IndexedTriangleSet3D Block(const Point3D& corner, const Vec3D& size) {
+    IndexedTriangleSet3D set;
+    for (const int z : {0, 1}) {
+        for (const Vec2D& v : {Vec2D(0, 0), Vec2D(1, 0), Vec2D(1, 1), Vec2D(0, 1)}) {
+            set.AppendVertex(corner + Vec3D(v.GetX() * size.GetX(), v.GetY() * size.GetY(), z * size.GetZ()));
+        }
+    }
+    set.AppendIndexes(
+        {0, 2, 1, 0, 3, 2, 4, 5, 6, 4, 6, 7, 0, 1, 5, 0, 5, 4, 1, 2, 6, 1, 6, 5, 2, 3, 7, 2, 7, 6, 3, 0, 4, 3, 4, 7});
+    set.SetCCW(true);
+    return set;
+}
+
+/// Ring of n x n quads: one edge loop of radius `tube` around a circle of radius `radius` at the height z.
+inline IndexedTriangleSet3D Torus(const Point2D& center, double z, double radius, double tube, unsigned int n) {
+    IndexedTriangleSet3D set;
+    for (unsigned int i = 0; i < n * n; ++i) {
+        const Angle around(2.0 * kPi * (i / n) / n), along(2.0 * kPi * (i % n) / n);
+        const Point2D section(along, tube);
+        const Vec2D reach = Point2D(around, radius + section.GetX()) - Point2D();
+        set.AppendVertex({center + reach, z + section.GetY()});
+        const unsigned int row = i / n * n, next = (row + n) % (n * n), a = i % n, b = (a + 1) % n;
+        set.AppendIndexes({row + a, next + a, next + b, row + a, next + b, row + b});
+    }
+    set.SetCCW(true);
+    return set;
+}
+
+/// Grid of n x n squares of side 1 from a corner on, z = height(x, y) counted from there; only those that keep(column,
+/// row) wants. Counter-clockwise in plan.
+template <class Height, class Keep>
+IndexedTriangleSet3D Grid(const Point2D& corner, unsigned int n, const Height& height, const Keep& keep) {
+    IndexedTriangleSet3D set;
+    for (unsigned int i = 0; i < (n + 1) * (n + 1); ++i) {
+        const unsigned int x = i % (n + 1), y = i / (n + 1);
+        set.AppendVertex({corner + Vec2D(x, y), height(x, y)});
+        if (x == n || y == n || !keep(x, y)) continue;
+        set.AppendIndexes({i, i + 1, i + n + 2, i, i + n + 2, i + n + 1});
+    }
+    set.SetCCW(true);
+    return set;
+}
+
+}  // namespace Kalvio::Math
