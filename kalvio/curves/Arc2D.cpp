@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -117,10 +118,50 @@ bool Arc2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerance
     return true;
 }
 
-Point2D Arc2D::GetNearestPoint(const Point2D& point, const Tolerances&) const {
+Point2D Arc2D::GetNearestPoint(const Point2D& point, const Tolerances&) const { return GetNearestPoint(point).point; }
+
+IPolyline2DElement::PolylineElementPoint Arc2D::GetNearestPoint(const Point2D& point) const {
     const double travel = TravelTo(point);
-    if (travel <= std::abs(sweepAngle.GetRadians())) return PointAt(Turn(GetSense() * travel));
-    return point.Distance(endPoint) < point.Distance(startPoint) ? endPoint : startPoint;
+    const double r = GetRadius();
+    if (travel <= std::abs(sweepAngle.GetRadians())) {
+        const Turn turn(GetSense() * travel);
+        return {PointAt(turn), TangentAt(turn), std::min(r * travel, GetLength())};
+    }
+    if (point.Distance(endPoint) < point.Distance(startPoint)) return {endPoint, GetEndTangent(), GetLength()};
+    return {startPoint, GetStartTangent(), 0.0};
+}
+
+bool Arc2D::GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const {
+    const double length = GetLength();
+    const double sweep = std::abs(sweepAngle.GetRadians());
+    const double travel = TravelTo(point);
+    if (!(length > 0.0) || !std::isfinite(length) || !std::isfinite(travel)) return false;
+    PolylineElementPoint best;
+    double bestDistance = std::numeric_limits<double>::infinity();
+    const auto consider = [&](const PolylineElementPoint& candidate) {
+        const double distance = point.Distance(candidate.point);
+        if (!(distance < bestDistance)) return;
+        best = candidate;
+        bestDistance = distance;
+    };
+    const auto considerAngle = [&](double angle) {
+        if (!(angle <= sweep)) return;
+        const Turn turn(GetSense() * angle);
+        consider({PointAt(turn), TangentAt(turn), std::min(GetRadius() * angle, length)});
+    };
+    // `inward`: +1 at the start, -1 at the end. On the far side of the centre the foot lies the other way.
+    const auto considerEnd = [&](const PolylineElementPoint& end, double inward) {
+        const double ahead = (point - end.point).DotProduct(end.tangent) * inward;
+        const bool isNearSide = (point - centerPoint).DotProduct(end.point - centerPoint) > 0.0;
+        if (std::abs(ahead) <= std::abs(tolerance) && (isNearSide ? ahead <= 0.0 : ahead >= 0.0)) consider(end);
+    };
+    considerAngle(travel);
+    considerEnd({startPoint, GetStartTangent(), 0.0}, 1.0);
+    considerEnd({endPoint, GetEndTangent(), length}, -1.0);
+    considerAngle(travel < detail::pi ? travel + detail::pi : travel - detail::pi);
+    if (!std::isfinite(bestDistance)) return false;
+    foot = best;
+    return true;
 }
 
 const Point2D Arc2D::GetMiddlePoint() const { return PointAt(Turn(0.5 * sweepAngle.GetRadians())); }

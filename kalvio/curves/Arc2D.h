@@ -60,6 +60,12 @@ public:
     bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
     /// The nearest point of the arc; of two equally near ends, and for the centre itself, the start.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
+    /// The same with tangent and station.
+    PolylineElementPoint GetNearestPoint(const Point2D& point) const;
+    /// The nearest foot of a perpendicular, on the far side of the centre too; for the centre itself the start. An end
+    /// counts when the foot lies beyond it by at most the tolerance, along the tangent.
+    /// @return false, `foot` untouched, when there is none, and for a length or radius of 0
+    bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
     /// The point halfway along the arc.
     const Point2D GetMiddlePoint() const override;
 

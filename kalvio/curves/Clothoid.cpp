@@ -375,6 +375,18 @@ bool Clothoid::GetNearestPoint(const Point2D& point, double from, double to, Pol
     return true;
 }
 
+bool Clothoid::GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
+                              PolylineElementPoint& foot) const {
+    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to) || !(from < to))
+        return false;
+    const Evaluator curve(*this);
+    const Vec2D query = point - start;
+    double station = 0.0;
+    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).FindFoot(from, to, tolerance, station)) return false;
+    foot = curve.Sample(start, station);
+    return true;
+}
+
 void Clothoid::SetStart(const Point2D& value) {
     start = value;
     Update();

@@ -149,34 +149,98 @@ bool Parabola::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolera
 // With t = x - point.x, u the slope and h the height of the curve over the point there, half the derivative of the
 // squared distance is the cubic g(t) = t + (a t^2 + u t + h)(2 a t + u). It is monotone between the zeros of
 // g' = 6 a^2 t^2 + 6 a u t + 1 + u^2 + 2 a h, so each such interval holds at most one foot.
-Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const {
-    const double u = GetSlope(point.GetX());
-    const double h = Evaluate(point.GetX()) - point.GetY();
-    double limits[4] = {std::min(start.GetX(), end.GetX()) - point.GetX(), 0.0, 0.0,
-                        std::max(start.GetX(), end.GetX()) - point.GetX()};
-    const double discriminant = (u * u - 2.0 - 4.0 * a * h) / 3.0;
-    const double middle = -u / (2.0 * a);
-    const double offset = discriminant > 0.0 ? std::sqrt(discriminant) / std::abs(2.0 * a) : 0.0;
-    const auto inside = [&](double t) { return t > limits[0] ? std::min(t, limits[3]) : limits[0]; };
-    limits[1] = inside(middle - offset);
-    limits[2] = inside(middle + offset);
+struct Parabola::Feet {
+    Feet(const Parabola& parabola, const Point2D& point)
+        : a(parabola.a), u(parabola.GetSlope(point.GetX())), h(parabola.Evaluate(point.GetX()) - point.GetY()) {
+        limits[0] = std::min(parabola.start.GetX(), parabola.end.GetX()) - point.GetX();
+        limits[3] = std::max(parabola.start.GetX(), parabola.end.GetX()) - point.GetX();
+        const double discriminant = (u * u - 2.0 - 4.0 * a * h) / 3.0;
+        const double middle = -u / (2.0 * a);
+        const double offset = discriminant > 0.0 ? std::sqrt(discriminant) / std::abs(2.0 * a) : 0.0;
+        const auto inside = [&](double t) { return t > limits[0] ? std::min(t, limits[3]) : limits[0]; };
+        limits[1] = inside(middle - offset);
+        limits[2] = inside(middle + offset);
+    }
 
-    const auto g = [&](double t) {
+    detail::ValueAndSlope g(double t) const {
         const double height = (a * t + u) * t + h;
         const double slope = 2.0 * a * t + u;
-        return detail::ValueAndSlope{t + height * slope, 1.0 + slope * slope + 2.0 * a * height};
-    };
+        return {t + height * slope, 1.0 + slope * slope + 2.0 * a * height};
+    }
+    // How far the point is ahead of (negative: behind) the curve's point, along its tangent.
+    double GetMiss(double t) const { return -g(t).value / std::hypot(1.0, 2.0 * a * t + u); }
+    // Calls visit(t) for the foot between two limits, if any.
+    template <class Visit>
+    void ForEachFoot(bool minimaOnly, Visit&& visit) const {
+        for (int i = 0; i < 3; ++i) {
+            if (!(limits[i] < limits[i + 1])) continue;
+            const double first = g(limits[i]).value;
+            const double last = g(limits[i + 1]).value;
+            const bool rises = first < 0.0 && last >= 0.0;
+            if (!rises && (minimaOnly || !(first > 0.0 && last <= 0.0))) continue;
+            visit(detail::BracketedNewton(limits[i], limits[i + 1], [&](double t) {
+                const detail::ValueAndSlope value = g(t);
+                return rises ? value : detail::ValueAndSlope{-value.value, -value.slope};
+            }));
+        }
+    }
+
+    double a;
+    double u;
+    double h;
+    double limits[4];  // the ends and, between them, where g turns
+};
+
+Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const {
     const bool backwards = end.GetX() < start.GetX();
     Point2D nearest[5] = {backwards ? end : start};
     int number = 1;
-    for (int i = 0; i < 3; ++i) {
-        if (!(limits[i] < limits[i + 1]) || !(g(limits[i]).value < 0.0) || !(g(limits[i + 1]).value >= 0.0)) continue;
-        nearest[number++] = GetPointAt(point.GetX() + detail::BracketedNewton(limits[i], limits[i + 1], g));
-    }
+    Feet(*this, point).ForEachFoot(true, [&](double t) { nearest[number++] = GetPointAt(point.GetX() + t); });
     nearest[number++] = backwards ? start : end;
     if (backwards) std::reverse(nearest, nearest + number);
     return *std::min_element(nearest, nearest + number,
                              [&](const Point2D& p, const Point2D& q) { return point.Distance(p) < point.Distance(q); });
+}
+
+IPolyline2DElement::PolylineElementPoint Parabola::GetNearestPoint(const Point2D& point) const {
+    const Point2D nearest = GetNearestPoint(point, detail::StandardTolerances());
+    return {nearest, ComputeTangent(nearest), GetArcLength(start.GetX(), nearest.GetX())};
+}
+
+bool Parabola::GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const {
+    const Feet feet(*this, point);
+    const double low = feet.limits[0];
+    const double high = feet.limits[3];
+    if (!(low < high) || !std::isfinite(feet.g(low).value) || !std::isfinite(feet.g(high).value)) return false;
+    PolylineElementPoint best;
+    double bestDistance = std::numeric_limits<double>::infinity();
+    const bool backwards = end.GetX() < start.GetX();
+    const auto consider = [&](double t) {
+        PolylineElementPoint candidate = GetSample(point.GetX() + t);
+        if (t == low || t == high) {
+            candidate = (t == low) == backwards ? PolylineElementPoint{end, GetEndTangent(), GetLength()}
+                                                : PolylineElementPoint{start, GetStartTangent(), 0.0};
+        }
+        const double distance = point.Distance(candidate.point);
+        if (!(distance < bestDistance || (distance == bestDistance && candidate.station < best.station))) return;
+        best = candidate;
+        bestDistance = distance;
+    };
+    feet.ForEachFoot(false, consider);
+    const double reach = std::abs(tolerance);
+    if (std::abs(feet.GetMiss(low)) <= reach && feet.g(low).value * feet.g(low).slope >= 0.0) consider(low);
+    if (std::abs(feet.GetMiss(high)) <= reach && feet.g(high).value * feet.g(high).slope <= 0.0) consider(high);
+    // A double foot, where the point is the centre of curvature: g touches 0 without a change of sign.
+    for (int i = 1; i < 3; ++i) {
+        const double turn = feet.limits[i];
+        const double value = feet.g(turn).value;
+        const bool isAlone =
+            value * feet.g(feet.limits[i - 1]).value > 0.0 && value * feet.g(feet.limits[i + 1]).value > 0.0;
+        if (turn > low && turn < high && isAlone && std::abs(feet.GetMiss(turn)) <= touchTolerance) consider(turn);
+    }
+    if (!std::isfinite(bestDistance)) return false;
+    foot = best;
+    return true;
 }
 
 void Parabola::GetParameters(double& quadratic, double& linear, double& constant) const {

@@ -64,6 +64,12 @@ public:
     /// The nearest of all feet on the element and its two ends, the first from the start where several are equally
     /// near.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
+    /// The same with tangent and station.
+    PolylineElementPoint GetNearestPoint(const Point2D& point) const;
+    /// The nearest foot of a perpendicular on the element, beyond a centre of curvature too. An end counts when the
+    /// foot lies beyond it by at most the tolerance, along the tangent.
+    /// @return false, `foot` untouched, when there is none, for an element of no extent, and values that are not finite
+    bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
 
     void GetParameters(double& quadratic, double& linear, double& constant) const;
     void SetParameters(double quadratic, double linear, double constant);
@@ -120,6 +126,9 @@ public:
     Parabola Translate(const Vec2D& v) const;
 
 private:
+    // The feet of a point in the order of x; defined in the source.
+    struct Feet;
+
     double GetSlope(double x) const { return 2.0 * a * x + b; }
     double GetArcLength(double x1, double x2) const;
     Point2D GetPointAt(double x) const { return {x, Evaluate(x)}; }

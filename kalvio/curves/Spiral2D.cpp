@@ -462,6 +462,18 @@ bool Spiral2D::GetNearestPoint(const Point2D& point, double from, double to, Pol
     return true;
 }
 
+bool Spiral2D::GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
+                              PolylineElementPoint& foot) const {
+    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to) || !(from < to))
+        return false;
+    const Evaluator curve(*this);
+    const Vec2D query = point - start;
+    double station = 0.0;
+    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).FindFoot(from, to, tolerance, station)) return false;
+    foot = curve.Sample(station);
+    return true;
+}
+
 // The foot of a point that lies on the curve.
 bool Spiral2D::FindPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const {
     // A point of the curve cannot be further from both ends together than the curve is long.

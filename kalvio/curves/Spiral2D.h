@@ -89,6 +89,11 @@ public:
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
     /// The same over the stations [from, to], with tangent and station. False for an empty range, or no curve.
     bool GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const;
+    /// The nearest foot of a perpendicular over those stations, beyond a centre of curvature too. An end of them counts
+    /// when the foot lies beyond it by at most the tolerance, along the tangent.
+    /// @return false, `foot` untouched, when there is none, for an empty range, or no curve
+    bool GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
+                        PolylineElementPoint& foot) const;
 
     Spiral2DType GetSpiralType() const { return type; }
     double GetStartRadius() const { return startRadius; }

@@ -10,20 +10,36 @@
 namespace Kalvio::Math {
 
 class Arc2D;
+class Circle2D;
+class Clothoid;
 class Line2D;
 class Line3D;
 class LineString2D;
 class LineString3D;
 class OrientedBoundingBox2D;
+class Parabola;
 class Plane3D;
 class Point2D;
 class Point3D;
 class Polygon2D;
 class Polygon3D;
+class Spiral2D;
 class Vec2D;
 class Vec3D;
 
 /// Static functions that find nearest points and perpendicular feet on curves and chains.
+///
+/// A foot on a curve is a point whose connection with the query point is perpendicular to the curve: also on the far
+/// side of a centre of curvature, where the curve is locally furthest. An end counts when the foot would lie beyond it
+/// by at most the tolerance, measured along its tangent. Of several feet the nearest one is found, the first along the
+/// curve of equally near ones, over the whole curve and to the rounding of its station.
+///
+///     Point2D foot;
+///     Vec2D tangent;
+///     double station = 0.0;
+///     if (Projection::NormalPointOnClothoid(peg, transition, foot, station, tangent, 1e-4) > 0) {
+///         const double offset = tangent.PerpDotProduct(foot - peg);  // positive to the right
+///     }
 class KALVIO_MATH_API Projection {
 public:
     /// Foot of the perpendicular on the infinite line; the start for a line of zero length.
@@ -69,6 +85,20 @@ public:
     static Point2D NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double tolerance);
     static Point2D NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon, double tolerance);
 
+    /// The nearest point of the arc; see `Arc2D::GetNearestPoint`, which needs no tolerance.
+    static Point2D NearestPointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
+    /// The nearest foot, its station and the unit direction of the curve there. For the centre of an arc it is the
+    /// start, for that of a circle its easternmost point; a circle has no use for the tolerance.
+    /// @return 1; 0, outputs untouched, where there is no foot, for curves of no length, and for values not finite
+    static int NormalPointOnArc(const Point2D& point, const Arc2D& arc, Point2D& foot, double tolerance);
+    static int NormalPointOnCircle(const Point2D& point, const Circle2D& circle, Point2D& foot, double tolerance);
+    static int NormalPointOnClothoid(const Point2D& point, const Clothoid& clothoid, Point2D& foot, double& station,
+                                     Vec2D& tangent, double tolerance);
+    static int NormalPointOnSpiral(const Point2D& point, const Spiral2D& spiral, Point2D& foot, double& station,
+                                   Vec2D& tangent, double tolerance);
+    static int NormalPointOnParabola(const Point2D& point, const Parabola& parabola, Point2D& foot, double& station,
+                                     Vec2D& tangent, double tolerance);
+
     /// Projection along a direction of any length.
     /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
     ///         and for a degenerate plane
@@ -81,6 +111,13 @@ public:
     /// @return false, outputs untouched, for an axis of zero length
     static bool OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,
                                           double& minimum, double& maximum);
+
+private:
+    // Between two stations, whose ends count as those of the curve.
+    static int NormalPointOnClothoid(const Point2D& point, const Clothoid& clothoid, double from, double to,
+                                     Point2D& foot, double& station, Vec2D& tangent, double tolerance);
+    static int NormalPointOnSpiral(const Point2D& point, const Spiral2D& spiral, double from, double to, Point2D& foot,
+                                   double& station, Vec2D& tangent, double tolerance);
 };
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,11 @@
 #include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/Plane3D.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/queries/Distance.h"
@@ -91,6 +97,156 @@ TEST(ProjectionTest, PlanesAndAxes) {
         EXPECT_NEAR(low, *std::min_element(places.begin(), places.end()), 4e-9);
         EXPECT_NEAR(high, *std::max_element(places.begin(), places.end()), 4e-9);
     }
+}
+
+// One call for the feet of every kind of curve.
+struct Foot {
+    Point2D point{7, 7};
+    double station = -1.0;
+    Vec2D tangent;
+    int status = 0;
+};
+Foot FootOf(const Point2D& p, const Arc2D& arc, double tolerance) {
+    Foot f;
+    f.status = Projection::NormalPointOnArc(p, arc, f.point, tolerance);
+    if (f.status > 0 && arc.GetLengthFromStartPoint(f.point, f.station, 1e-8)) f.tangent = arc.ComputeTangent(f.point);
+    return f;
+}
+Foot FootOf(const Point2D& p, const Clothoid& clothoid, double tolerance) {
+    Foot f;
+    f.status = Projection::NormalPointOnClothoid(p, clothoid, f.point, f.station, f.tangent, tolerance);
+    return f;
+}
+Foot FootOf(const Point2D& p, const Spiral2D& spiral, double tolerance) {
+    Foot f;
+    f.status = Projection::NormalPointOnSpiral(p, spiral, f.point, f.station, f.tangent, tolerance);
+    return f;
+}
+Foot FootOf(const Point2D& p, const Parabola& parabola, double tolerance) {
+    Foot f;
+    f.status = Projection::NormalPointOnParabola(p, parabola, f.point, f.station, f.tangent, tolerance);
+    return f;
+}
+
+// How far the perpendicular at a station misses the point.
+template <class Curve>
+double Miss(const Curve& curve, double station, const Point2D& p) {
+    const auto sample = At(curve, station);
+    return (sample.point - p).DotProduct(sample.tangent);
+}
+
+// Distance of the nearest foot among all changes of sign between 500 stations; infinite when there is none.
+template <class Curve>
+double NearestFootDistance(const Curve& curve, const Point2D& p) {
+    constexpr int steps = 500;
+    double nearest = kInfinity;
+    double last = Miss(curve, 0.0, p);
+    for (int i = 1; i <= steps; ++i) {
+        double low = curve.GetLength() * (i - 1) / steps, high = curve.GetLength() * i / steps;
+        const double next = Miss(curve, high, p);
+        if ((last < 0.0) != (next < 0.0)) {
+            for (int k = 0; k < 60; ++k) {
+                const double middle = 0.5 * (low + high);
+                ((Miss(curve, middle, p) < 0.0) == (last < 0.0) ? low : high) = middle;
+            }
+            nearest = std::min(nearest, At(curve, low).point.Distance(p));
+        }
+        last = next;
+    }
+    return nearest;
+}
+
+template <class Curve>
+void CheckFoot(const Curve& curve, const Point2D& p, double rounding) {
+    const double expected = NearestFootDistance(curve, p);
+    const Foot foot = FootOf(p, curve, 1e-9);
+    const double least = p.Distance(curve.GetNearestPoint(p, kTolerances));
+    EXPECT_TRUE(foot.status > 0 || !std::isfinite(expected)) << testing::PrintToString(p);
+    if (foot.status == 0) return;
+    const auto sample = At(curve, foot.station);
+    EXPECT_THAT(foot.point, IsNear(sample.point, rounding));
+    EXPECT_THAT(foot.tangent, IsNear(sample.tangent, 1e-9));
+    EXPECT_NEAR((foot.point - p).DotProduct(foot.tangent), 0.0, rounding);
+    EXPECT_LE(foot.point.Distance(p), expected + rounding) << testing::PrintToString(p);
+    EXPECT_GE(foot.point.Distance(p), least - rounding);
+}
+
+TEST(ProjectionTest, FeetAreThoseOfEveryChangeOfSign) {
+    RandomNumbers random(22);
+    for (int round = 0; round < 400; ++round) {
+        const Point2D origin = surveyOrigins[round % 2];
+        const double rounding = round % 2 == 0 ? 1e-9 : 4e-9;
+        const Point2D from = origin + Vec2D(random(-50.0, 50.0), random(-50.0, 50.0));
+        const double heading = random(-3.1, 3.1);
+        const Vec2D along(std::cos(heading), std::sin(heading));
+        const double side = round % 4 < 2 ? 1.0 : -1.0;
+        const auto query = [&] { return from + Vec2D(random(-150.0, 150.0), random(-150.0, 150.0)); };
+        const double r1 = random(30.0, 90.0), r2 = random(100.0, 300.0);
+        const Arc2D arc(from, from + along.GetNormalVector(true) * r1, Angle(side * random(0.1, 6.2)));
+        const Clothoid clothoid(round % 3 == 0 ? 0.0 : side * r2, side * r1, r1 * random(0.5, 1.9), from, along);
+        const auto type = static_cast<Spiral2D::Spiral2DType>(round % 6);
+        const double other = round % 7 == 0 ? -r2 : round % 7 == 1 ? r1 : r2;
+        const Spiral2D spiral(type, side * r1, side * other,
+                              r1 * random(0.1, type == Spiral2D::Spiral2DType::Cubic ? 0.3 : 4.0), from, along);
+        const double a = random(-0.05, 0.05), b = random(-1.0, 1.0), x = random(-40.0, 40.0);
+        const auto at = [&](double u) { return Point2D(u, (a * u + b) * u + 3.0); };
+        Parabola parabola(at(x), at(x + random(5.0, 60.0)), a, b, 3.0);
+        for (int i = 0; i < 4; ++i) {
+            CheckFoot(arc, query(), rounding);
+            CheckFoot(clothoid, query(), rounding);
+            if (spiral.GetEnd().Distance(from) > 0.0) CheckFoot(spiral, query(), rounding);
+            CheckFoot(parabola, Point2D() + (query() - from), 1e-9);
+        }
+        Clothoid reversed(clothoid);
+        reversed.Reverse();
+        const Point2D p = query();
+        const Foot there = FootOf(p, clothoid, 1e-9), back = FootOf(p, reversed, 1e-9);
+        ASSERT_EQ(there.status, back.status);
+        EXPECT_THAT(back.point, IsNear(there.point, 2e-7)) << "a double foot lies loosely";
+        EXPECT_NEAR(back.station, there.status > 0 ? clothoid.GetLength() - there.station : -1.0, 2e-7);
+    }
+}
+
+TEST(ProjectionTest, WhereFeetEnd) {
+    using P = Point2D;
+    const Arc2D quarter(P(5, 0), P(0, 0), Angle(kPi / 2));
+    const Clothoid clothoid(0.0, 100.0, 100.0, P(0, 0), Vec2D(1, 0));
+    const Spiral2D bloss(Spiral2D::Spiral2DType::Bloss, 0.0, 100.0, 100.0, P(0, 0), Vec2D(1, 0));
+    const Spiral2D circle(Spiral2D::Spiral2DType::Bloss, 100.0, 100.0, 100.0, P(0, 0), Vec2D(1, 0));
+    const Parabola parabola(P(-1, 1), P(2, 4), 1.0, 0.0, 0.0);
+    const auto centerAt = [](const auto& curve, double station) {
+        const auto sample = At(curve, station);
+        return sample.point + sample.tangent.GetNormalVector(true) * (1.0 / curve.GetCurvature(station));
+    };
+    const std::tuple<const char*, Foot, double> rows[] = {
+        {"behind the start by the tolerance", FootOf(P(-1e-3, 9), clothoid, 1e-3), 0.0},
+        {"behind the start by more", FootOf(P(-2e-3, 9), clothoid, 1e-3), -1.0},
+        {"just inside", FootOf(P(1e-4, 9), clothoid, 1e-3), 1e-4},
+        {"behind the start of an arc", FootOf(P(6, -1e-3), quarter, 1e-3), 0.0},
+        {"by more", FootOf(P(6, -2e-3), quarter, 1e-3), -1.0},
+        {"the centre of an arc", FootOf(P(0, 0), quarter, 0.0), 0.0},
+        {"beyond the centre, on the far side", FootOf(P(-3, -3), quarter, 0.0), 5 * kPi / 4},
+        {"beside both sides", FootOf(P(3, -3), quarter, 1e-3), -1.0},
+        {"a spiral with its centre", FootOf(P(0, 100), circle, 1e-9), 0.0},
+        {"a centre of curvature", FootOf(centerAt(clothoid, 61.0), clothoid, 1e-9), 61.0},
+        {"of a spiral", FootOf(centerAt(bloss, 37.0), bloss, 1e-9), 37.0},
+        {"of a parabola's summit", FootOf(P(0, 0.5), parabola, 1e-9), parabola.GetLength(P(-1, 1), P(0, 0), 0)},
+        {"behind a parabola", FootOf(P(-3, 2), parabola, 1e-3), -1.0},
+        {"not a number", FootOf(P(kNan, 0), clothoid, 1e-3), -1.0},
+        {"at infinity", FootOf(P(0, kInfinity), parabola, 1e-3), -1.0},
+        {"an arc of no radius", FootOf(P(1, 1), Arc2D(), 1e-3), -1.0},
+        {"a clothoid of no length", FootOf(P(1, 1), Clothoid(), 1e-3), -1.0},
+    };
+    for (const auto& [why, foot, station] : rows) {
+        EXPECT_EQ(foot.status > 0, station >= 0.0) << why;
+        EXPECT_NEAR(foot.station, station, 1e-8) << why;
+        EXPECT_TRUE(station >= 0.0 || foot.point.IsEqualTo(P(7, 7), 1e-15)) << "untouched: " << why;
+    }
+    P foot(7, 7);
+    EXPECT_EQ(Projection::NormalPointOnCircle(P(1, 1), Circle2D(), foot, 1e-3), 0);
+    EXPECT_EQ(Projection::NormalPointOnCircle(P(6, 9), Circle2D(P(0, 1), 5.0), foot, 1e-3), 1);
+    EXPECT_THAT(foot, IsNear(P(3, 5), 1e-15));
+    EXPECT_THAT(Projection::NearestPointOnArc(P(3, -3), quarter, 1e-3), IsNear(P(5, 0), 0.0));
 }
 
 }  // namespace

@@ -50,27 +50,40 @@ void ForEachTurn(const Curve& curve, double from, double to, Piece&& piece) {
     }
 }
 
-/// Finds the station of the point of a curve nearest to a query point, the lowest of equals.
+/// Finds the station of the point of a curve nearest to a query point, or of the nearest foot of a perpendicular, the
+/// lowest of equals.
 ///
-/// With g(s) the component of P(s) - q along the tangent, stationary points of the distance are zeros of g, minima
-/// those where g rises. By Frenet's equations g'' + k^2 g = -k' n, n the component of q - P along the normal. On a
-/// piece that turns less than half a circle and keeps the signs of k and k', g has at most two zeros: in the angle phi,
-/// with the radius r, g'' + g = dr/dphi keeps its sign, and y'' + y is disconjugate there. So g < 0 at its start and g
-/// > 0 at its end holds just one foot, and equal signs hold none when |g| exceeds what k' n can bend (Sturm's
-/// comparison) - otherwise the piece is halved until a foot inside could gain less than `distanceNoise`.
+/// With g(s) the component of P(s) - q along the tangent, the feet are the zeros of g, minima of the distance those
+/// where g rises. By Frenet's equations g'' + k^2 g = -k' n, n the component of q - P along the normal. On a piece that
+/// turns less than half a circle and keeps the signs of k and k', g has at most two zeros: in the angle phi, with the
+/// radius r, g'' + g = dr/dphi keeps its sign, and y'' + y is disconjugate there. So unequal signs of g at its ends
+/// hold just one foot, and equal signs hold none when |g| exceeds what k' n can bend (Sturm's comparison) - otherwise
+/// the piece is halved until a foot inside could gain less than `distanceNoise`.
 template <class Curve>
 class NearestSearch {
 public:
     NearestSearch(const Curve& searched, double queryX, double queryY) : curve(searched), qx(queryX), qy(queryY) {}
 
+    /// The station of the nearest point.
     double Find(double from, double to) {
-        Probe last = Consider(ProbeAt(from), false);
-        ForEachTurn(curve, from, to, [&](double, double b) {
-            const Probe next = Consider(ProbeAt(b), false);
-            Search(last, next, 0);
-            last = next;
-        });
+        Run(from, to);
         return best.station;
+    }
+
+    /// The nearest foot. An end counts when its perpendicular passes the query point within the tolerance and the foot
+    /// lies beyond it. Where the curve has its centre of curvature at the query point, g touches 0 without a sign
+    /// change: it does so within `touching`.
+    /// @return false, `station` untouched, when there is none
+    bool FindFoot(double from, double to, double tolerance, double& station) {
+        feetOnly = true;
+        const auto [first, last] = Run(from, to);
+        const double reach = std::abs(tolerance);
+        if (std::abs(first.along) <= reach + RoundingAt(first) && !(first.along * first.slope < 0.0))
+            ConsiderFoot(first);
+        if (std::abs(last.along) <= reach + RoundingAt(last) && !(last.along * last.slope > 0.0)) ConsiderFoot(last);
+        if (!(bestRank < std::numeric_limits<double>::infinity())) return false;
+        station = best.station;
+        return true;
     }
 
 private:
@@ -80,13 +93,29 @@ private:
         double distance = std::numeric_limits<double>::infinity();
         double slope = 0.0;  // g'
     };
+    struct Ends {
+        Probe first;
+        Probe last;
+    };
 
     static constexpr double distanceNoise = 1e-12;  // a length
+    static constexpr double touching = 1e-8;        // a length: the rounding of survey coordinates
     static constexpr double bend = 0.14;  // above 1.05 / 8: largest response of g to a unit force over a piece
     static constexpr double roundingFactor = 4.0 * std::numeric_limits<double>::epsilon();
     static constexpr int deepestHalving = 48;
     // In all: real curves need some hundred at most, one whose numbers overflow would never end.
     static constexpr int mostHalvings = 10000;
+
+    Ends Run(double from, double to) {
+        const Probe first = ProbeInside(from);
+        Probe last = first;
+        ForEachTurn(curve, from, to, [&](double, double b) {
+            const Probe next = ProbeInside(b);
+            Search(last, next, 0);
+            last = next;
+        });
+        return {first, last};
+    }
 
     Probe ProbeAt(double station) const {
         const CurveState at = curve.At(station);
@@ -96,44 +125,78 @@ private:
         return {station, dx * at.cosine + dy * at.sine, std::sqrt(dx * dx + dy * dy), 1.0 - at.curvature * normal};
     }
 
+    // Every point may be the nearest one, but a foot is one by chance only.
+    Probe ProbeInside(double station) {
+        const Probe probe = ProbeAt(station);
+        if (!feetOnly) {
+            Consider(probe);
+        } else if (probe.along == 0.0) {
+            ConsiderFoot(probe);
+        }
+        return probe;
+    }
+
+    double RoundingAt(const Probe& probe) const {
+        return roundingFactor * (std::abs(qx) + std::abs(qy) + probe.distance);
+    }
     // A foot is good to rounding in its station: of points beside it, equally far within the rounding of the distance,
     // it is the answer.
-    Probe Consider(const Probe& probe, bool isFoot) {
-        const double rounding = isFoot ? roundingFactor * (std::abs(qx) + std::abs(qy) + probe.distance) : 0.0;
+    void ConsiderFoot(const Probe& probe) { Consider(probe, RoundingAt(probe)); }
+    void Consider(const Probe& probe, double rounding = 0.0) {
         const double rank = probe.distance - rounding;
         if (rank < bestRank || (rank == bestRank && probe.station < best.station)) {
             best = probe;
             bestRank = rank;
         }
-        return probe;
     }
 
     void Search(const Probe& a, const Probe& b, int depth) {
         const double length = b.station - a.station;
         if (0.5 * (a.distance + b.distance - length) > best.distance) return;  // the curve is no longer than its length
-        if (a.along < 0.0 && b.along > 0.0) {
-            const double foot = BracketedNewton(a.station, b.station, [this](double station) {
-                const Probe probe = ProbeAt(station);
-                return ValueAndSlope{probe.along, probe.slope};
-            });
-            Consider(ProbeAt(foot), true);
-            return;
-        }
-        if (a.along > 0.0 && b.along < 0.0) return;
+        if (a.along < 0.0 && b.along > 0.0) return Refine(a, b, 1.0);
+        if (a.along > 0.0 && b.along < 0.0) return feetOnly ? Refine(a, b, -1.0) : void();
         const double rate = curve.GetLargestRate();
         const double reach = std::min(a.distance, b.distance) + length;
         const double bending = bend * rate * length * length;
         if (std::min(std::abs(a.along), std::abs(b.along)) >= bending * reach) return;
-        if (bending * length <= distanceNoise || depth == deepestHalving || halvings == mostHalvings) return;
+        if (bending * length <= distanceNoise || depth == deepestHalving || halvings == mostHalvings) {
+            if (feetOnly) SearchContact(a, b);
+            return;
+        }
         ++halvings;
-        const Probe middle = Consider(ProbeAt(0.5 * (a.station + b.station)), false);
+        const Probe middle = ProbeInside(0.5 * (a.station + b.station));
         Search(a, middle, depth + 1);
         Search(middle, b, depth + 1);
+    }
+
+    // The one foot between two probes; g has the given sign at the second.
+    void Refine(const Probe& a, const Probe& b, double sign) {
+        ConsiderFoot(ProbeAt(BracketedNewton(a.station, b.station, [this, sign](double station) {
+            const Probe probe = ProbeAt(station);
+            return ValueAndSlope{sign * probe.along, sign * probe.slope};
+        })));
+    }
+
+    // Two feet, or one double foot, on a piece too short to halve: g is nearest to 0 where its slope vanishes.
+    void SearchContact(const Probe& a, const Probe& b) {
+        const double sign = a.along < 0.0 ? -1.0 : 1.0;
+        if (!(sign * a.slope <= 0.0) || !(sign * b.slope >= 0.0) || a.slope == b.slope) return;
+        const Probe contact = ProbeAt(BracketedNewton(a.station, b.station, [this, sign](double station) {
+            return ValueAndSlope{sign * ProbeAt(station).slope, 0.0};
+        }));
+        const bool isDouble = std::abs(contact.along) <= RoundingAt(contact);
+        if (!isDouble && contact.along * a.along < 0.0) {
+            Refine(a, contact, -sign);
+            Refine(contact, b, sign);
+        } else if (std::abs(contact.along) <= touching) {
+            ConsiderFoot(contact);
+        }
     }
 
     const Curve& curve;
     double qx;
     double qy;
+    bool feetOnly = false;
     Probe best;
     double bestRank = std::numeric_limits<double>::infinity();
     int halvings = 0;
