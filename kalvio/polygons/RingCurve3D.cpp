@@ -6,6 +6,7 @@
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/PointInRingCurve.h"
+#include "kalvio/polygons/detail/RingCorners.h"
 #include "kalvio/polygons/detail/RingPlane.h"
 
 #include <algorithm>
@@ -18,24 +19,6 @@ namespace Kalvio::Math {
 namespace {
 
 constinit const Line3D noElement;
-
-// Points that span the plane of the element with its chord.
-void AppendCorners(const IPolyline3DElement& element, std::vector<Point3D>& corners) {
-    if (element.GetType() == MathTypes::LineString3D) {
-        const std::vector<Point3D>& points = static_cast<const LineString3D&>(element).GetPoints();
-        corners.insert(corners.end(), points.begin(), points.end());
-        return;
-    }
-    corners.push_back(element.GetStart());
-    if (element.GetType() == MathTypes::Arc3D) {
-        const auto& arc = static_cast<const Arc3D&>(element);
-        for (const double part : {1.0 / 3.0, 2.0 / 3.0}) {
-            Point3D point;
-            if (arc.GetPointOffsetFromStart(arc.GetLength() * part, point)) corners.push_back(point);
-        }
-    }
-    corners.push_back(element.GetEnd());
-}
 
 }  // namespace
 
@@ -110,10 +93,8 @@ bool RingCurve3D::IsClosed() const {
 }
 
 bool RingCurve3D::IsPointInside(const Point3D& p, double tolerance) const {
-    std::vector<Point3D> corners;
-    for (std::size_t i = 0; i < chain.Size(); ++i) AppendCorners(chain[i], corners);
     detail::PlaneFrame frame;
-    if (!detail::FrameOfRing(corners, frame)) return false;
+    if (!detail::FrameOfRing(detail::CornersOf(*this), frame)) return false;
     if (!(std::abs(frame.HeightOf(p)) <= std::abs(tolerance))) return false;
 
     detail::CurvesAroundPoint around(frame.ToPlane(p));

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/core/ProjectionPlane.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/queries/IntersectionResult.h"
 
 #include <vector>
@@ -14,10 +16,16 @@ class Line2D;
 class Line3D;
 class LineString2D;
 class LineString3D;
+class OrientedBoundingBox2D;
+class Plane3D;
 class Point2D;
 class Point3D;
 class Polygon2D;
-class Tolerances;
+class Polygon3D;
+class PolygonCurve3D;
+class RingCurve3D;
+class Triangle3D;
+class TriangleStrip3D;
 
 /// Static functions that intersect pairs of geometries and test points against them.
 class KALVIO_MATH_API Intersection {
@@ -113,6 +121,105 @@ public:
     static bool PointOnLineSegment(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
     /// Plan projection of the segment.
     static bool PointOnLineSegment(const Point2D& point, const Line3D& line, double tolerance);
+
+    // Planes and solids.
+    //
+    // A point at most the user tolerance from a plane (inclusive) counts as on it. Sections are closed: where only a
+    // point touches, it is a piece of zero length. `Degenerate`: a plane without a normal, a line not longer than the
+    // user tolerance, a triangle whose altitude is no more than the system epsilon (or the rounding of its
+    // coordinates), an area without a normal. Coordinates that are not finite never intersect. Unless the result is
+    // `Intersecting`, outputs stay as they are. The forms with a plain tolerance take it as the user tolerance and
+    // return the number of points or pieces written.
+
+    /// Intersects the infinite lines through a and b in space, which meet where they come at most the user tolerance
+    /// near each other. `Coincident`: parallel and at most that far apart.
+    /// @param out  the middle of the shortest line between them
+    static IntersectionResult LineLine(const Line3D& a, const Line3D& b, Point3D& out, const Tolerances& tolerances);
+    static int LineLine(const Line3D& a, const Line3D& b, Point3D& out, double tolerance);
+    /// Intersects their projections, by the rules of the lines in plan.
+    /// @param out  the point on a whose projection is the crossing; on b there is in general another one
+    static IntersectionResult LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out,
+                                       const Tolerances& tolerances);
+    static int LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out, double tolerance);
+    /// The one shortest line between the infinite lines, from a point of a to a point of b, perpendicular to both and
+    /// of length 0 where they meet. Parallel lines have many: `Coincident` at most the user tolerance apart, else
+    /// `NoIntersection`. Lines are parallel when over the longer length they part by no more than the system epsilon
+    /// (or the rounding of their coordinates).
+    static IntersectionResult ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out,
+                                                       const Tolerances& tolerances);
+    static int ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out, double tolerance);
+    /// The same between the segments, which always have one: `Intersecting`. Of the many between segments that run
+    /// along each other it is one from an end, from the start of a if that is one.
+    static IntersectionResult ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out,
+                                                              const Tolerances& tolerances);
+    static int ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out, double tolerance);
+
+    /// Where the segment passes the plane, or else its end on the plane. `Coincident` when both ends are on it.
+    static IntersectionResult LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out,
+                                               const Tolerances& tolerances);
+    static int LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out, double tolerance);
+    /// Appends the pieces in which the plane cuts the area, holes left out, in order and each directed along the normal
+    /// of the area x the normal of the plane. Pieces at most the user tolerance apart are one. `Coincident` when all
+    /// points are on the plane. Arcs are cut on the arc itself.
+    static IntersectionResult PolygonPlane(const Polygon3D& polygon, const Plane3D& plane, std::vector<Line3D>& out,
+                                           const Tolerances& tolerances);
+    static int PolygonPlane(const Polygon3D& polygon, const Plane3D& plane, std::vector<Line3D>& out, double tolerance);
+    static IntersectionResult PolygonCurvePlane(const PolygonCurve3D& polygon, const Plane3D& plane,
+                                                std::vector<Line3D>& out, const Tolerances& tolerances);
+    static int PolygonCurvePlane(const PolygonCurve3D& polygon, const Plane3D& plane, std::vector<Line3D>& out,
+                                 double tolerance);
+    /// The area that the ring bounds. Gaps are bridged by straight lines.
+    static IntersectionResult RingCurvePlane(const RingCurve3D& ring, const Plane3D& plane, std::vector<Line3D>& out,
+                                             const Tolerances& tolerances);
+    static int RingCurvePlane(const RingCurve3D& ring, const Plane3D& plane, std::vector<Line3D>& out,
+                              double tolerance);
+    /// @param out  directed along the normal of the triangle x the normal of the plane
+    static IntersectionResult TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out,
+                                            const Tolerances& tolerances);
+    static int TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out, double tolerance);
+    /// Appends the cuts of the triangles, joined into the fewest line strings; triangles in the plane contribute their
+    /// border. The strings are directed and ordered along the way from the first rung to the last; a closed one repeats
+    /// its first point at the end. `Coincident` when the whole strip is on the plane; `Degenerate` without triangles.
+    static IntersectionResult TriangleStripPlane(const TriangleStrip3D& strip, const Plane3D& plane,
+                                                 std::vector<LineString3D>& out, const Tolerances& tolerances);
+    static int TriangleStripPlane(const TriangleStrip3D& strip, const Plane3D& plane, std::vector<LineString3D>& out,
+                                  double tolerance);
+
+    /// Intersects two triangles, borders included. `Coincident` when they lie in one plane and have an area in common;
+    /// in one plane, triangles that meet along an edge or in a point are `Intersecting`.
+    /// @param out  the common segment, of zero length for a point, directed along the normal of a x the normal of b
+    static IntersectionResult TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out,
+                                               const Tolerances& tolerances);
+    static int TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out, double tolerance);
+    /// Appends the corners of what is common: one point, the two ends of a segment, or (`Coincident`) the convex area
+    /// of three to six corners, counter-clockwise about the normal of a. Corners are more than the user tolerance
+    /// apart.
+    static IntersectionResult TriangleTriangle(const Triangle3D& a, const Triangle3D& b, std::vector<Point3D>& out,
+                                               const Tolerances& tolerances);
+    static int TriangleTriangle(const Triangle3D& a, const Triangle3D& b, std::vector<Point3D>& out, double tolerance);
+
+    /// True when the two have a point in common, borders included, or come at most the tolerance near each other (boxes
+    /// along their axes x, y, z by that much on each; oriented boxes along one of their axes). Triangles collide as
+    /// `TriangleTriangle` finds: never without area. A polygon inside a hole of the other does not collide with it.
+    static bool Collides(const Triangle3D& a, const Triangle3D& b, double tolerance);
+    static bool Collides(const Triangle3D& triangle, const BoundingBox3D& box, double tolerance);
+    static bool Collides(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance);
+    static bool Collides(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance);
+    static bool Collides(const OrientedBoundingBox2D& a, const OrientedBoundingBox2D& b, double tolerance);
+    static bool Collides(const OrientedBoundingBox2D& a, const BoundingBox2D& b, double tolerance);
+    static bool Collides(const Polygon2D& a, const Polygon2D& b, double tolerance);
+    template <class First, class Second>
+    static bool Collides(const First& a, const Second& b, const Tolerances& tolerances) {
+        return Collides(a, b, tolerances.UserTolerance());
+    }
+
+    /// Point inside the triangle or at most the tolerance, inclusive, from one of its edges; in space at most the
+    /// tolerance from its plane, too. A triangle without area has edges only.
+    static bool IsPointInsideTriangle(const Point2D& point, const Point2D& a, const Point2D& b, const Point2D& c,
+                                      double tolerance);
+    static bool IsPointInsideTriangle(const Point3D& point, const Point3D& a, const Point3D& b, const Point3D& c,
+                                      double tolerance);
+    static bool IsPointInsideTriangle(const Point3D& point, const Triangle3D& triangle, double tolerance);
 
 private:
     /// Appends the points of `source` that `target` does not hold yet at or behind position `from`, strictly within the

@@ -1,0 +1,370 @@
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/OrientedBoundingBox2D.h"
+#include "kalvio/core/Plane3D.h"
+#include "kalvio/core/Triangle3D.h"
+#include "kalvio/curves/Arc3D.h"
+#include "kalvio/curves/detail/PlaneFrame.h"
+#include "kalvio/meshes/TriangleStrip3D.h"
+#include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/polygons/PolygonCurve3D.h"
+#include "kalvio/queries/Intersection.h"
+#include "support/Rings.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+namespace {
+
+using R = IntersectionResult;
+using P = Point3D;
+
+Vec3D RandomUnit(RandomNumbers& random) { return Vec3D(random(-1, 1), random(-1, 1), random(0.1, 1)).Normalize(); }
+
+detail::PlaneFrame RandomFrame(RandomNumbers& random, const Point2D& origin) {
+    const Vec3D normal = RandomUnit(random), first = normal.CrossProduct(RandomUnit(random)).Normalize();
+    return {Point3D(origin, random(-9, 9)), first, normal.CrossProduct(first), normal};
+}
+
+TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerpendicular) {
+    RandomNumbers random(20301);
+    for (int round = 0; round < 400; ++round) {
+        const Point3D place(surveyOrigins[round % 2], 50.0);
+        const Vec3D u = RandomUnit(random), v = RandomUnit(random);
+        const Vec3D gap = u.CrossProduct(v).Normalize() * (round % 3 == 0 ? 0.0 : random(2e-4, 3.0));
+        const double from = random(-90, 90), other = random(-90, 90);
+        const Line3D a(place + u * from, place + u * (from + random(1, 80)));
+        const Line3D b(place + gap + v * other, place + gap + v * (other - random(1, 80)));
+        Line3D shortest, between;
+        ASSERT_EQ(Intersection::ShortestLineBetweenLines(a, b, shortest, kTolerances), R::Intersecting);
+        const double noise = 2e-6 / u.CrossProduct(v).Length();
+        EXPECT_THAT(shortest.GetStart(), IsNear(place, noise));
+        EXPECT_THAT(shortest.GetEnd(), IsNear(place + gap, noise));
+        Point3D p(7, 7, 7);
+        EXPECT_EQ(Intersection::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
+        EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? P(7, 7, 7) : place, noise));
+        ASSERT_EQ(Intersection::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
+        EXPECT_NEAR((p - b.GetStart()).CrossProduct(v).Length(), 0.0,
+                    1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX()));
+        const Vec3D way = p - a.GetStart();
+        EXPECT_NEAR(way.GetX() * u.GetZ() - way.GetZ() * u.GetX(), 0.0,
+                    1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX()));
+        // Between segments: no sampled pair of points is nearer.
+        ASSERT_EQ(Intersection::ShortestLineBetweenLineSegments(a, b, between, 1e-4), 1);
+        EXPECT_NEAR(a.GetNearestPoint(between.GetStart(), kTolerances).Distance(between.GetStart()), 0.0, 1e-6);
+        EXPECT_NEAR(b.GetNearestPoint(between.GetEnd(), kTolerances).Distance(between.GetEnd()), 0.0, 1e-6);
+        for (int i = 0; i <= 40; ++i) {
+            const Point3D on = a.GetStart() + (a.GetEnd() - a.GetStart()) * (i / 40.0);
+            EXPECT_GE(b.GetNearestPoint(on, kTolerances).Distance(on), between.GetLength() - 1e-6);
+        }
+    }
+}
+
+TEST(IntersectionSpaceTest, Codes) {
+    const Plane3D ground(P(0, 0, 0), Vec3D(0, 0, 1));
+    const auto line = [](const P& a, const P& b) { return Line3D(a, b); };
+    Point3D p(7, 7, 7);
+    Line3D out;
+    const std::tuple<const char*, Line3D, Line3D, R> lines[] = {
+        {"the same, turned", line(P(0, 0, 0), P(4, 4, 4)), line(P(9, 9, 9), P(8, 8, 8)), R::Coincident},
+        {"parallel", line(P(0, 0, 0), P(4, 4, 4)), line(P(9, 9, 9.001), P(8, 8, 8.001)), R::NoIntersection},
+        {"skew", line(P(0, 0, 0), P(4, 0, 0)), line(P(1, -1, 0.0002), P(1, 1, 0.0002)), R::NoIntersection},
+        {"a line as short as the tolerance", line(P(0, 0, 0), P(1e-4, 0, 0)), line(P(0, 0, 0), P(0, 1, 0)),
+         R::Degenerate},
+        {"not finite", line(P(0, 0, 0), P(kInfinity, 0, 0)), line(P(0, 0, 0), P(0, 1, 0)), R::NoIntersection},
+        {"huge", line(P(1e300, 0, 0), P(-1e300, 0, 0)), line(P(0, 1, 0), P(1, 1, 1e300)), R::NoIntersection},
+    };
+    for (const auto& [why, a, b, result] : lines) {
+        EXPECT_EQ(Intersection::LineLine(a, b, p, kTolerances), result) << why;
+        EXPECT_EQ(Intersection::LineLine(b, a, p, kTolerances), result) << why;
+    }
+    const std::tuple<const char*, Line3D, Plane3D, R> segments[] = {
+        {"in the plane", line(P(0, 0, 5e-5), P(4, 0, -5e-5)), ground, R::Coincident},
+        {"short of it", line(P(0, 0, 1), P(4, 0, 2e-4)), ground, R::NoIntersection},
+        {"no normal", line(P(0, 0, 1), P(4, 0, -1)), Plane3D(), R::Degenerate},
+        {"no length", line(P(0, 0, 0), P(0, 0, 0)), ground, R::Degenerate},
+        {"not finite", line(P(0, 0, 1), P(4, kNan, -1)), ground, R::NoIntersection},
+    };
+    for (const auto& [why, segment, plane, result] : segments) {
+        EXPECT_EQ(Intersection::LineSegmentPlane(segment, plane, p, kTolerances), result) << why;
+        // A triangle over the segment lies with it.
+        const Triangle3D triangle(segment.GetStart(), segment.GetEnd(),
+                                  segment.GetStart() + (segment.GetEnd() - segment.GetStart()) * 0.5 + Vec3D(0, 3, 0));
+        EXPECT_EQ(Intersection::TrianglePlane(triangle, plane, out, kTolerances), result) << why;
+        EXPECT_NE(Intersection::TriangleTriangle(triangle, Triangle3D(P(9, 9, 9), P(10, 9, 9), P(9, 10, kNan)), out,
+                                                 kTolerances),
+                  R::Intersecting);
+    }
+    EXPECT_THAT(p, IsNear(P(7, 7, 7), 0.0)) << "untouched";
+    EXPECT_EQ(out.GetLength(), 0.0);
+    ASSERT_EQ(Intersection::LineSegmentPlane(line(P(0, 0, 1), P(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
+    EXPECT_THAT(p, IsNear(P(4, 0, 1e-4), 0.0));
+    ASSERT_EQ(Intersection::LineSegmentPlane(line(P(0, 0, 3), P(4, 0, -1)), ground, p, 1e-4), 1);
+    EXPECT_THAT(p, IsNear(P(3, 0, 0), 1e-15));
+}
+
+// A point of the line of intersection is on a piece when it is in the area.
+template <class IsInside>
+void CheckPieces(const std::vector<Line3D>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane,
+                 IsInside&& isInside) {
+    const Vec3D along = frame.normal.CrossProduct(plane.GetNormal()).Normalize(), up = along.CrossProduct(frame.normal);
+    const Point3D foot = frame.origin + up * ((plane.GetProjection(frame.origin) - frame.origin).NormSquared() /
+                                              (plane.GetProjection(frame.origin) - frame.origin).DotProduct(up));
+    for (const Line3D& piece : pieces) {
+        EXPECT_GE((piece.GetEnd() - piece.GetStart()).DotProduct(along), 0.0);
+        for (const Point3D& p : {piece.GetStart(), piece.GetEnd()}) {
+            EXPECT_NEAR((p - foot).CrossProduct(along).Length(), 0.0, 1e-5);
+        }
+    }
+    for (int i = -300; i <= 300; ++i) {
+        const Point3D p = foot + along * (0.04 * i);
+        int on = 0;
+        double nearest = kInfinity;
+        for (const Line3D& piece : pieces) {
+            const double s = (p - piece.GetStart()).DotProduct(along), t = (p - piece.GetEnd()).DotProduct(along);
+            on += s >= 0.0 && t <= 0.0 ? 1 : 0;
+            nearest = std::min({nearest, std::abs(s), std::abs(t)});
+        }
+        EXPECT_TRUE(nearest <= 2e-5 || on == (isInside(p) ? 1 : 0)) << "not at an end of a piece";
+    }
+}
+
+TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
+    RandomNumbers random(20302);
+    int straight = 0, curved = 0;
+    for (int round = 0; round < 120; ++round) {
+        const detail::PlaneFrame frame = RandomFrame(random, surveyOrigins[round % 2]);
+        const Plane3D plane(frame.origin + frame.first * random(-2, 2), RandomUnit(random));
+        const auto lifted = [&](const std::vector<Point2D>& plan) {
+            std::vector<Point3D> ring;
+            for (const Point2D& p : plan) ring.push_back(frame.ToSpace(p));
+            return ring;
+        };
+        Polygon2D plan(RandomStar(random, Point2D(), 9.0, 12));
+        plan.AppendHoleBoundary(LineString2D(RandomStar(random, Point2D(), 1.7, 9)));
+        Polygon3D polygon(lifted(plan.GetPoints()));
+        polygon.AppendHoleBoundary(LineString3D(lifted(plan.GetHoleBoundary(0).GetPoints())));
+        std::vector<Line3D> pieces;
+        straight += Intersection::PolygonPlane(polygon, plane, pieces, 1e-6);
+        CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return plan.IsPointInside(frame.ToPlane(p), 0.0); });
+        // Six arcs that bulge out or in, less a full circle.
+        RingCurve3D ring;
+        for (int i = 0; i < 6; ++i) {
+            const auto at = [&](double turn, double r) { return frame.ToSpace(Point2D(Angle(turn * kPi / 3.0), r)); };
+            Arc3D arc;
+            ASSERT_TRUE(arc.Set(at(i, 6.0), at(i + 0.5, random(4.0, 8.0)), at(i + 1, 6.0)));
+            ring.AppendElement(arc.Clone());
+        }
+        PolygonCurve3D area(ring);
+        auto* const circle = new RingCurve3D;
+        const Point3D center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
+        circle->AppendElement(
+            new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), Plane3D(center, frame.normal)));
+        pieces.clear();
+        const int outer = Intersection::RingCurvePlane(ring, plane, pieces, 1e-6);
+        CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return ring.IsPointInside(p, 1e-6); });
+        area.AppendInnerRing(circle);
+        pieces.clear();
+        curved += Intersection::PolygonCurvePlane(area, plane, pieces, 1e-6) - outer;
+        CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return area.IsPointInside(p, 1e-6); });
+    }
+    EXPECT_TRUE(straight > 200 && curved > 20) << "cuts beside holes";
+}
+
+TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
+    const Plane3D wall(P(0, 0, 0), Vec3D(1, 0, 0));
+    const std::tuple<const char*, std::string, R, std::vector<double>> rows[] = {
+        {"in the plane", "0 0 0 5 0 9", R::Degenerate, {}},
+        {"beside it", "1 0 3 0 3 4", R::NoIntersection, {}},
+        {"a corner", "0 2 3 0 3 4", R::Intersecting, {2, 2}},
+        {"two corners", "0 1 3 0 3 9 0 8 2 5", R::Intersecting, {1, 1, 8, 8}},
+        {"an edge", "0 1 3 0 3 9 0 7", R::Intersecting, {1, 7}},
+        {"a corner and through", "-3 0 0 1 3 0 3 9 -3 9", R::Intersecting, {1, 9}},
+        {"into a corner of a bay", "-3 0 3 0 3 9 -3 9 -3 7 0 5 -3 3", R::Intersecting, {0, 9}},
+        {"along a step", "-3 0 3 0 3 9 0 9 0 4 -3 4", R::Intersecting, {0, 9}},
+        {"a hole that touches", "-3 0 3 0 3 9 -3 9 / 0 2 2 2 2 4 0 4", R::Intersecting, {0, 9}},
+        {"two holes", "-3 0 3 0 3 9 -3 9 / -1 2 2 2 2 4 -1 4 / -1 5 1 5 0 6", R::Intersecting, {0, 2, 4, 5, 6, 9}},
+    };
+    for (const auto& [why, rings, result, ends] : rows) {
+        for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 90)}) {
+            const Polygon3D polygon = Polygon3D(MakePolygon(rings), 2.0).Translate(shift);
+            std::vector<Line3D> pieces;
+            EXPECT_EQ(
+                Intersection::PolygonPlane(polygon, Plane3D(P(0, 0, 0) + shift, Vec3D(1, 0, 0)), pieces, kTolerances),
+                result)
+                << why;
+            std::vector<double> found;
+            for (const Line3D& piece : pieces)
+                found.insert(found.end(),
+                             {piece.GetStart().GetY() - shift.GetY(), piece.GetEnd().GetY() - shift.GetY()});
+            EXPECT_THAT(found, testing::Pointwise(testing::DoubleNear(1e-8), ends)) << why;
+        }
+    }
+    std::vector<Line3D> pieces;
+    const Polygon3D upright{P(0, 0, 0), P(0, 5, 0), P(0, 5, 3)};
+    EXPECT_EQ(Intersection::PolygonPlane(upright, wall, pieces, kTolerances), R::Coincident);
+    // A disc that touches from outside, or reaches through by less than the tolerance: then the cut is its chord.
+    for (const double reach : {-5e-5, 5e-5}) {
+        RingCurve3D disc;
+        disc.AppendElement(new Arc3D(P(-4 + reach, 2, 0), P(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
+        pieces.clear();
+        ASSERT_EQ(Intersection::RingCurvePlane(disc, wall, pieces, kTolerances), R::Intersecting);
+        EXPECT_NEAR(pieces[0].GetLength(), reach > 0.0 ? 2.0 * std::sqrt(4e-5 * 5.0 - 2.5e-9) : 0.0, 1e-9);
+    }
+}
+
+// Triangles of whole coordinates have a point in common unless an axis separates them; exact.
+bool DoMeet(const Triangle3D& a, const Triangle3D& b) {
+    std::vector<Vec3D> axes, edges, others;
+    for (int i = 0; i < 3; ++i) {
+        edges.push_back(a[(i + 1) % 3] - a[i]);
+        others.push_back(b[(i + 1) % 3] - b[i]);
+    }
+    axes = {edges[0].CrossProduct(edges[1]), others[0].CrossProduct(others[1])};
+    for (int i = 0; i < 9; ++i) axes.push_back(edges[i / 3].CrossProduct(others[i % 3]));
+    for (int i = 0; i < 3; ++i)
+        axes.insert(axes.end(), {axes[0].CrossProduct(edges[i]), axes[1].CrossProduct(others[i])});
+    return std::none_of(axes.begin(), axes.end(), [&](const Vec3D& axis) {
+        const auto along = [&](const Triangle3D& t) {
+            return std::minmax(
+                {(t[0] - P()).DotProduct(axis), (t[1] - P()).DotProduct(axis), (t[2] - P()).DotProduct(axis)});
+        };
+        const auto [low, high] = along(a);
+        const auto [otherLow, otherHigh] = along(b);
+        return high < otherLow || otherHigh < low;
+    });
+}
+
+TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
+    RandomNumbers random(20303);
+    std::map<R, int> seen;
+    for (int round = 0; round < 30000; ++round) {
+        const auto corner = [&] {
+            return P(double(random() % 4), double(random() % 4), double(random() % (round % 3 + 1)));
+        };
+        const Triangle3D a(corner(), corner(), corner()), b(corner(), corner(), corner());
+        if (a.GetArea() == 0.0 || b.GetArea() == 0.0) continue;
+        const Vec3D shift(surveyOrigins[round % 2] - Point2D(), 0.0);
+        const auto moved = [&](const Triangle3D& t) { return Triangle3D(t[0] + shift, t[1] + shift, t[2] + shift); };
+        const Triangle3D ma = moved(a), mb = moved(b);
+        std::vector<Point3D> common, swapped;
+        Line3D segment(P(7, 7, 7), P(7, 7, 7));
+        const R result = Intersection::TriangleTriangle(ma, mb, common, kTolerances);
+        ++seen[result];
+        ASSERT_EQ(result != R::NoIntersection, DoMeet(a, b)) << round;
+        EXPECT_EQ(Intersection::Collides(ma, mb, kTolerances), result != R::NoIntersection);
+        ASSERT_EQ(Intersection::TriangleTriangle(mb, ma, swapped, kTolerances), result);
+        EXPECT_EQ(common.size(), swapped.size());
+        EXPECT_EQ(Intersection::TriangleTriangle(ma, mb, segment, 1e-4), result == R::Intersecting ? 1 : 0);
+        Vec3D area;
+        for (std::size_t i = 0; i < common.size(); ++i) {
+            EXPECT_TRUE(Intersection::IsPointInsideTriangle(common[i], ma, 1e-8) &&
+                        Intersection::IsPointInsideTriangle(common[i], mb, 1e-8));
+            area += (common[i] - common[0]).CrossProduct(common[(i + 1) % common.size()] - common[0]);
+        }
+        if (result == R::Coincident) {
+            EXPECT_GT(area.DotProduct(a.GetNormal()), 1e-3);
+            EXPECT_TRUE(common.size() >= 3 && common.size() <= 6);
+        } else if (result == R::Intersecting) {
+            // A step further along the line is in only one of them.
+            const Vec3D step = (segment.GetEnd() - segment.GetStart()).Normalize() * 1e-4;
+            ASSERT_EQ(common.size(), step.Length() > 0.0 ? 2u : 1u);
+            for (const Point3D& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
+                EXPECT_TRUE(common.size() == 1 || !(Intersection::IsPointInsideTriangle(p, ma, 1e-7) &&
+                                                    Intersection::IsPointInsideTriangle(p, mb, 1e-7)));
+            }
+        }
+    }
+    EXPECT_TRUE(seen[R::NoIntersection] > 3000 && seen[R::Intersecting] > 3000 && seen[R::Coincident] > 3000 &&
+                seen.size() == 3);
+}
+
+TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
+    // Rungs that climb and fall through the plane, a flat part on it, and a peak that touches it.
+    const double heights[] = {-2, 1, 3, 0, 0, 0, -1, -1, 0, -1, 1};
+    TriangleStrip3D strip;
+    for (int k = 0; k < 11; ++k) {
+        strip.AppendVertices({P(2.0 * k, 0, 5 + heights[k]), P(2.0 * k, 4, 5 + (k == 8 ? -1 : heights[k]))});
+    }
+    for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 0)}) {
+        std::vector<Point3D> moved;
+        for (const Point3D& p : strip.GetVertices()) moved.push_back(p + shift);
+        std::vector<LineString3D> strings;
+        ASSERT_EQ(Intersection::TriangleStripPlane(TriangleStrip3D(moved), Plane3D(0, 0, 1, -5), strings, 1e-4), 4);
+        const std::tuple<std::size_t, double, double> rows[] = {{3, 4.0 / 3, 4}, {7, 6, 16}, {2, 16, 0}, {3, 19, 4}};
+        for (std::size_t i = 0; i < 4; ++i) {
+            EXPECT_EQ(strings[i].GetSize(), std::get<0>(rows[i])) << i;
+            EXPECT_NEAR(strings[i].GetBoundingBox3D().GetMinPoint().GetX() - shift.GetX(), std::get<1>(rows[i]), 1e-8)
+                << i;
+            EXPECT_NEAR(strings[i].GetLength(), std::get<2>(rows[i]), 1e-8) << i;
+        }
+    }
+    std::vector<LineString3D> strings;
+    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, 5), strings, kTolerances), R::NoIntersection);
+    strip.AppendVertices({P(0, 0, kNan)});
+    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, -5), strings, kTolerances), R::Degenerate);
+    strip.AppendVertices({P(0, 0, 0)});
+    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, -5), strings, kTolerances), R::NoIntersection);
+    EXPECT_EQ(Intersection::TriangleStripPlane(TriangleStrip3D{P(0, 0, 5), P(0, 1, 5), P(1, 0, 5), P(1, 1, 5)},
+                                               Plane3D(0, 0, 1, -5), strings, kTolerances),
+              R::Coincident);
+    EXPECT_TRUE(strings.empty());
+}
+
+TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
+    RandomNumbers random(20304);
+    int hits = 0;
+    for (int round = 0; round < 4000; ++round) {
+        const Point2D place = surveyOrigins[round % 2];
+        const auto box = [&] {
+            const Vec2D axis = Point2D(Angle(random(0, 7)), 1.0) - Point2D();
+            return OrientedBoundingBox2D(place + Vec2D(random(-3, 3), random(-3, 3)),
+                                         Vec2D(random(0.1, 4), random(0.1, 4)), axis, axis.GetNormalVector(true));
+        };
+        const OrientedBoundingBox2D a = box(), b = box();
+        std::vector<Point2D> ring, other;
+        a.GetCornerPoints(ring);
+        b.GetCornerPoints(other);
+        // The same by the polygons of their corners, and by triangles of a prism over them.
+        const bool meet = Intersection::Collides(a, b, kTolerances);
+        EXPECT_EQ(meet, Intersection::Collides(Polygon2D(ring), Polygon2D(other), 1e-9));
+        const auto corner = [&](const Point2D& p, double z) { return P(p, z); };
+        bool prism = false;
+        for (const int i : {1, 2}) {
+            const Triangle3D first(corner(ring[0], 0), corner(ring[i], 0), corner(ring[i + 1], 0));
+            for (const int j : {1, 2})
+                prism = prism ||
+                        Intersection::Collides(
+                            first, Triangle3D(corner(other[0], 0), corner(other[j], 0), corner(other[j + 1], 0)), 1e-9);
+        }
+        EXPECT_EQ(meet, prism);
+        // A box in space over the plan box of b against a triangle that leans.
+        const BoundingBox2D plan = b.GetBoundingBox2D();
+        const BoundingBox3D block(P(plan.GetMinPoint(), 1.0), P(plan.GetMaxPoint(), 2.0));
+        const Triangle3D leaning(corner(ring[0], random(0, 3)), corner(ring[1], random(0, 3)),
+                                 corner(ring[2], random(0, 3)));
+        bool sampled = false;
+        for (int i = 0; i <= 30; ++i) {
+            for (int j = 0; j <= 30 - i; ++j) {
+                const Point3D p =
+                    leaning[0] + (leaning[1] - leaning[0]) * (i / 30.0) + (leaning[2] - leaning[0]) * (j / 30.0);
+                sampled = sampled || (plan.IsPointInside(p.GetPoint2D(), 0.0) && p.GetZ() >= 1.0 && p.GetZ() <= 2.0);
+            }
+        }
+        EXPECT_TRUE(!sampled || Intersection::Collides(leaning, block, 0.0));
+        EXPECT_TRUE(sampled || !Intersection::Collides(leaning, block, -0.1)) << "deep inside";
+        hits += meet ? 1 : 0;
+    }
+    EXPECT_TRUE(hits > 1000 && hits < 3500);
+    const Polygon2D yard = MakePolygon("0 0 9 0 9 9 0 9 / 1 1 8 1 8 8 1 8");
+    EXPECT_FALSE(Intersection::Collides(yard, MakePolygon("2 2 7 2 7 7"), kTolerances)) << "in the hole";
+    EXPECT_TRUE(Intersection::Collides(MakePolygon("2 2 7 2 7 8"), yard, kTolerances)) << "touches it";
+    EXPECT_TRUE(Intersection::Collides(MakePolygon("-9 -9 20 -9 20 20 -9 20"), yard, kTolerances)) << "around it";
+    EXPECT_FALSE(Intersection::Collides(Polygon2D(), yard, kTolerances));
+    EXPECT_TRUE(
+        Intersection::IsPointInsideTriangle(Point2D(-0.25, 1), Point2D(0, 0), Point2D(4, 0), Point2D(0, 4), 0.25));
+    EXPECT_FALSE(
+        Intersection::IsPointInsideTriangle(Point2D(-0.25, -0.25), Point2D(0, 0), Point2D(4, 0), Point2D(0, 4), 0.25))
+        << "beyond a corner";
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
