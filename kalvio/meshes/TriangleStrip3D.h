@@ -4,6 +4,7 @@
 #include "kalvio/core/IGeometry.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/Vec3D.h"
+#include "kalvio/meshes/detail/VertexArrays.h"
 
 #include <initializer_list>
 #include <utility>
@@ -19,12 +20,11 @@ namespace Kalvio::Math {
 ///     0 ---- 2 ---- 4      even rail
 ///
 /// A vertex without its partner makes no rung: a strip of an odd number of vertices has no triangles.
-class KALVIO_MATH_API TriangleStrip3D final : public IGeometry {
+class KALVIO_MATH_API TriangleStrip3D final : public IGeometry, public detail::VertexArray<Point3D> {
 public:
-    /// Empty, meant to run clockwise.
     TriangleStrip3D() = default;
-    explicit TriangleStrip3D(std::vector<Point3D> ladder) : vertices(std::move(ladder)) {}
-    TriangleStrip3D(std::initializer_list<Point3D> ladder) : vertices(ladder) {}
+    explicit TriangleStrip3D(std::vector<Point3D> ladder) : VertexArray(std::move(ladder)) {}
+    TriangleStrip3D(std::initializer_list<Point3D> ladder) : VertexArray(std::vector<Point3D>(ladder)) {}
 
     MathTypes GetType() const override;
     /// Extent of all vertices; the point box at the origin for an empty strip.
@@ -33,25 +33,14 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 3; }
     unsigned int GetTopologicalDimension() const override { return 2; }
-    /// Another strip of as many vertices, equal index by index, strictly per coordinate, with the same flag.
+    /// Another strip of as many vertices, equal index by index, strictly per coordinate, with the same winding
+    /// flag.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const TriangleStrip3D& other, double tolerance) const;
     [[nodiscard]] TriangleStrip3D* Clone() const override;
 
-    /// Unchecked.
-    const Point3D& GetVertex(unsigned int index) const { return vertices[index]; }
-    Point3D& GetVertex(unsigned int index) { return vertices[index]; }
-    const std::vector<Point3D>& GetVertices() const { return vertices; }
     /// Number of vertices.
-    unsigned int GetVerticesSize() const { return static_cast<unsigned int>(vertices.size()); }
     unsigned int GetSize() const { return GetVerticesSize(); }
-    /// The list may be the strip's own.
-    void AppendVertices(const std::vector<Point3D>& list);
-
-    /// The winding that the triangles are meant to have seen from above, true for counter-clockwise. Setting it moves
-    /// no vertex; it turns the normals.
-    bool IsCCW() const { return ccw; }
-    void SetCCW(bool value) { ccw = value; }
 
     /// Appends three indexes per triangle: of the quad at b = 2 k first (b, b + 1, b + 3), then (b, b + 3, b + 2). Less
     /// than two rungs have none.
@@ -63,10 +52,6 @@ public:
     /// The normal of a triangle a, b, c is the unit vector of (b - a) x (c - b), of which one no longer than 1e-10 is
     /// left as it is, and its opposite unless `IsCCW`. An odd number of vertices appends nothing.
     void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const;
-
-private:
-    std::vector<Point3D> vertices;
-    bool ccw = false;
 };
 
 }  // namespace Kalvio::Math
