@@ -254,32 +254,49 @@ double ChainSet::Add(const std::vector<Point2D>& points, ChainSegments::Closing 
 
 ChainSet::Runs::Runs(const ChainSet& set) {
     constexpr std::size_t runSize = 6;
+    constexpr std::size_t blockSize = 12;  // runs that stay together
+    struct Block {
+        std::size_t from;
+        std::size_t to;
+        Extent extent;
+        std::uint32_t order = 0;
+    };
+    std::vector<Run> inOrder;
+    std::vector<Extent> extentsInOrder;
+    std::vector<Block> blocks;
     Extent all;
     for (std::size_t i = 0; i < set.chains.size(); ++i) {
         const ChainSegments& segments = set.chains[i].segments;
         for (std::size_t from = 0; from < segments.GetCount(); from += runSize) {
-            runs.push_back({i, from, std::min(segments.GetCount(), from + runSize)});
-            extents.push_back(segments.GetExtent(from, runs.back().to));
-            all.Add(extents.back());
+            if (from % (runSize * blockSize) == 0) blocks.push_back({inOrder.size(), inOrder.size(), {}});
+            inOrder.push_back({i, from, std::min(segments.GetCount(), from + runSize)});
+            extentsInOrder.push_back(segments.GetExtent(from, inOrder.back().to));
+            blocks.back().to = inOrder.size();
+            blocks.back().extent.Add(extentsInOrder.back());
+            all.Add(extentsInOrder.back());
         }
     }
-    if (set.chains.size() < 2) return;  // one chain is a good order already
-    std::vector<std::pair<std::uint32_t, std::size_t>> order(runs.size());
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        const Extent& extent = extents[i];
-        order[i] = {ZOrder(((extent.minX - all.minX) + (extent.maxX - all.minX)) / (2.0 * (all.maxX - all.minX)),
-                           ((extent.minY - all.minY) + (extent.maxY - all.minY)) / (2.0 * (all.maxY - all.minY))),
-                    i};
+    if (set.chains.size() < 2) {  // one chain is a good order already
+        runs = std::move(inOrder);
+        extents = std::move(extentsInOrder);
+        return;
     }
-    std::sort(order.begin(), order.end());
-    std::vector<Run> sortedRuns(runs.size());
-    std::vector<Extent> sortedExtents(runs.size());
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        sortedRuns[i] = runs[order[i].second];
-        sortedExtents[i] = extents[order[i].second];
+    const auto place = [](double low, double high, double from, double to) {
+        return ((low - from) + (high - from)) / (2.0 * (to - from));
+    };
+    for (Block& block : blocks) {
+        block.order = ZOrder(place(block.extent.minX, block.extent.maxX, all.minX, all.maxX),
+                             place(block.extent.minY, block.extent.maxY, all.minY, all.maxY));
     }
-    runs = std::move(sortedRuns);
-    extents = std::move(sortedExtents);
+    std::stable_sort(blocks.begin(), blocks.end(), [](const Block& a, const Block& b) { return a.order < b.order; });
+    runs.reserve(inOrder.size());
+    extents.reserve(inOrder.size());
+    for (const Block& block : blocks) {
+        for (std::size_t i = block.from; i < block.to; ++i) {
+            runs.push_back(inOrder[i]);
+            extents.push_back(extentsInOrder[i]);
+        }
+    }
 }
 
 Extent ChainSet::Runs::GetExtent(std::size_t from, std::size_t to) const {
@@ -320,9 +337,12 @@ ChainSet::Common ChainSet::Gather(std::vector<PairContact> contacts, const Chain
         std::size_t chain;
         ChainPlace place;
     };
-    std::stable_sort(contacts.begin(), contacts.end(), [](const PairContact& a, const PairContact& b) {
+    const auto isBefore = [](const PairContact& a, const PairContact& b) {
         return std::tie(a.first, a.second) < std::tie(b.first, b.second);
-    });
+    };
+    if (!std::is_sorted(contacts.begin(), contacts.end(), isBefore)) {
+        std::sort(contacts.begin(), contacts.end(), isBefore);  // what comes of a pair does not hang on their order
+    }
     Common common;
     std::vector<Place> places;
     for (std::size_t k = 0; k < contacts.size();) {
