@@ -2,10 +2,13 @@
 
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
+#include "kalvio/queries/detail/ElementCrossings.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Kalvio::Math {
@@ -17,6 +20,40 @@ bool LieOnOneLine(const Line2D& a, const Line2D& b, double tolerance) {
             detail::IsPointOnLine(a.GetEnd(), b.GetStart(), b.GetEnd(), tolerance)) ||
            (detail::IsPointOnLine(b.GetStart(), a.GetStart(), a.GetEnd(), tolerance) &&
             detail::IsPointOnLine(b.GetEnd(), a.GetStart(), a.GetEnd(), tolerance));
+}
+
+// The stations of the ends of b along a, in that order.
+struct Stations {
+    Stations(const Line2D& a, const Line2D& b) {
+        const Vec2D along = a.GetDirection();
+        low = (b.GetStart() - a.GetStart()).DotProduct(along);
+        high = (b.GetEnd() - a.GetStart()).DotProduct(along);
+        isReversed = high < low;
+        if (isReversed) std::swap(low, high);
+    }
+
+    double low, high;
+    bool isReversed;
+};
+
+// Parallel within the angle tolerance, and where they overlap, or meet, within the user tolerance of each other.
+bool AreCollinear(const Line2D& a, const Line2D& b, const Tolerances& tolerances) {
+    const double user = std::abs(tolerances.UserTolerance());
+    const double lengthA = a.GetLength();
+    const double lengthB = b.GetLength();
+    if (!(lengthA > user) || !(lengthB > user)) return false;
+    const Vec2D along = a.GetDirection();
+    const Vec2D alongB = b.GetDirection();
+    const double cross = along.PerpDotProduct(alongB);
+    if (!(std::abs(cross) <= std::abs(tolerances.AngleTolerance().GetRadians()))) return false;
+    const Stations onA(a, b);
+    const double from = std::max(0.0, onA.low);
+    const double to = std::min(lengthA, onA.high);
+    const double atStart = along.PerpDotProduct(b.GetStart() - a.GetStart());
+    const double startOnA = onA.isReversed ? onA.high : onA.low;
+    const double slope = onA.isReversed ? -cross : cross;
+    const auto isNear = [&](double station) { return std::abs(atStart + slope * (station - startOnA)) <= user; };
+    return from - to <= user && isNear(from) && isNear(to);
 }
 
 }  // namespace
@@ -50,6 +87,106 @@ IntersectionResult Intersection::LineLine(const Line2D& a, const Line2D& b, Poin
     }
     return detail::IsPointOnLine(a.GetStart(), b.GetStart(), b.GetEnd(), user) ? IntersectionResult::Coincident
                                                                                : IntersectionResult::NoIntersection;
+}
+
+IntersectionResult Intersection::LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB,
+                                          Point2D& out, const Tolerances& tolerances) {
+    return LineLine(Line2D(a, alongA), Line2D(b, alongB), out, tolerances);
+}
+
+int Intersection::LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2, Point2D& out,
+                           double tolerance) {
+    return LineLine(Line2D(a1, a2), Line2D(b1, b2), out, tolerance);
+}
+
+int Intersection::LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB, Point2D& out,
+                           double tolerance) {
+    return LineLine(Line2D(a, alongA), Line2D(b, alongB), out, tolerance);
+}
+
+int Intersection::LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance) {
+    return LineLine(a, b, out, detail::TolerancesFor(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
+}
+
+IntersectionResult Intersection::LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
+                                                        const Tolerances& tolerances) {
+    if (AreCollinear(a, b, tolerances)) return LineSegmentLineSegmentAddOverlapPoints(a, b, out, tolerances);
+    std::vector<detail::ElementCrossing> crossings;
+    std::vector<detail::ElementOverlap> overlaps;
+    const IntersectionResult result = detail::CrossElements(a, b, tolerances, crossings, overlaps);
+    if (result == IntersectionResult::Coincident) return LineSegmentLineSegmentAddOverlapPoints(a, b, out, tolerances);
+    for (const detail::ElementCrossing& crossing : crossings) out.push_back(crossing.point);
+    return result;
+}
+
+int Intersection::LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
+                                         double tolerance) {
+    const std::size_t before = out.size();
+    LineSegmentLineSegment(a, b, out, detail::TolerancesFor(tolerance));
+    return static_cast<int>(out.size() - before);
+}
+
+IntersectionResult Intersection::LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1,
+                                                        const Point2D& b2, std::vector<Point2D>& out,
+                                                        const Tolerances& tolerances) {
+    return LineSegmentLineSegment(Line2D(a1, a2), Line2D(b1, b2), out, tolerances);
+}
+
+int Intersection::LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
+                                         std::vector<Point2D>& out, double tolerance) {
+    return LineSegmentLineSegment(Line2D(a1, a2), Line2D(b1, b2), out, tolerance);
+}
+
+IntersectionResult Intersection::LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out,
+                                                 const Tolerances& tolerances) {
+    std::vector<detail::ElementCrossing> crossings;
+    std::vector<detail::ElementOverlap> overlaps;
+    const IntersectionResult result =
+        detail::CrossElements(segment, detail::CrossingOperand::InfiniteLine(line), tolerances, crossings, overlaps);
+    if (result == IntersectionResult::Intersecting) out = crossings.front().point;
+    return result;
+}
+
+int Intersection::LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out, double tolerance) {
+    return LineSegmentLine(segment, line, out, detail::TolerancesFor(tolerance)) == IntersectionResult::Intersecting
+               ? 1
+               : 0;
+}
+
+IntersectionResult Intersection::AddOverlapPoints(std::vector<Point2D>& out, const Line2D& a, const Line2D& b,
+                                                  double a1, double a2, double b1, double b2,
+                                                  const Tolerances& tolerances) {
+    const double user = std::abs(tolerances.UserTolerance());
+    const double from = std::max(a1, b1);
+    const double to = std::min(a2, b2);
+    if (from - to > user) return IntersectionResult::NoIntersection;
+    const Point2D first = b1 > a1 ? b.GetStart() : a.GetStart();
+    const Point2D last = b2 < a2 ? b.GetEnd() : a.GetEnd();
+    out.push_back(first);
+    if (to - from <= user) return IntersectionResult::Intersecting;
+    out.push_back(last);
+    const bool areSame = std::abs(a1 - b1) <= user && std::abs(a2 - b2) <= user;
+    return areSame ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
+}
+
+IntersectionResult Intersection::LineSegmentLineSegmentAddOverlapPoints(const Line2D& a, const Line2D& b,
+                                                                        std::vector<Point2D>& out,
+                                                                        const Tolerances& tolerances) {
+    const Stations onA(a, b);
+    const Line2D ordered = onA.isReversed ? Line2D(b.GetEnd(), b.GetStart()) : b;
+    return AddOverlapPoints(out, a, ordered, 0.0, a.GetLength(), onA.low, onA.high, tolerances);
+}
+
+bool Intersection::IsPointInsideLineBounds(const Point2D& point, const Line2D& line, double tolerance) {
+    return IsPointInsideLineBounds(point, line.GetStart(), line.GetEnd(), tolerance);
+}
+
+bool Intersection::IsPointInsideLineBounds(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance) {
+    const double t = std::abs(tolerance);
+    const auto isBetween = [t](double value, double first, double second) {
+        return value >= std::min(first, second) - t && value <= std::max(first, second) + t;
+    };
+    return isBetween(point.GetX(), a.GetX(), b.GetX()) && isBetween(point.GetY(), a.GetY(), b.GetY());
 }
 
 bool Intersection::PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance) {

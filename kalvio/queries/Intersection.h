@@ -12,11 +12,14 @@ namespace Kalvio::Math {
 class Arc2D;
 class BoundingBox2D;
 class BoundingBox3D;
+class Circle2D;
+class Clothoid;
 class Line2D;
 class Line3D;
 class LineString2D;
 class LineString3D;
 class OrientedBoundingBox2D;
+class Parabola;
 class Plane3D;
 class Point2D;
 class Point3D;
@@ -24,22 +27,163 @@ class Polygon2D;
 class Polygon3D;
 class PolygonCurve3D;
 class RingCurve3D;
+class Spiral2D;
+class Tolerances;
 class Triangle3D;
 class TriangleStrip3D;
+class Vec2D;
 
 /// Static functions that intersect pairs of geometries and test points against them.
+///
+/// `Line` in a name is the infinite line through the two points of a `Line2D`, `LineSegment` the line between them.
+///
+/// Unless its comment says otherwise, a function appends all common points of its operands to `out`, in order along the
+/// first operand, none twice. Curves meet on the curves themselves, not on chords. The user tolerance bounds what
+/// counts as common: an end that lies that near to the other operand, the nearest point of curves that pass each other
+/// that closely without crossing (once), and crossings nearer to each other than it (one of them). What lies within it
+/// all along, from an end of one operand to an end of one, coincides there, and the ends of that stretch are appended.
+///
+/// The forms with `Tolerances` answer `Intersecting`, `Coincident`, `NoIntersection`, or `Degenerate` for an operand
+/// not longer than the user tolerance or not finite. The forms with a plain user tolerance (system epsilon 1e-10)
+/// return the number of points appended.
 class KALVIO_MATH_API Intersection {
 public:
-    /// Intersects the infinite lines a1 -> a2 and b1 -> b2.
+    // Lines.
+
+    /// Intersects the infinite lines a1 -> a2 and b1 -> b2, or through points in directions.
     ///
     /// `Degenerate` when a line is not longer than the user tolerance; `Coincident` when both points of one lie on the
     /// other within the system epsilon, also after the shorter one is stretched to the length of the longer, or when
     /// parallel lines lie within the user tolerance; parallel when |cross product| of the two differences is below the
     /// system epsilon.
-    /// @param out  the common point; untouched unless the result is `Intersecting`
+    /// @param out  the common point; untouched unless the result is `Intersecting` (1 in the forms that count)
     static IntersectionResult LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
                                        Point2D& out, const Tolerances& tolerances);
+    static IntersectionResult LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB,
+                                       Point2D& out, const Tolerances& tolerances);
     static IntersectionResult LineLine(const Line2D& a, const Line2D& b, Point2D& out, const Tolerances& tolerances);
+    static int LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2, Point2D& out,
+                        double tolerance);
+    static int LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB, Point2D& out,
+                        double tolerance);
+    static int LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance);
+    /// Collinear segments (parallel within the angle tolerance, and within the user tolerance of each other where they
+    /// overlap): `Coincident` when both ends agree, else `Intersecting`, with the two ends of the overlap, or the one
+    /// point where they only touch.
+    static IntersectionResult LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
+                                                     const Tolerances& tolerances);
+    static int LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1,
+                                                     const Point2D& b2, std::vector<Point2D>& out,
+                                                     const Tolerances& tolerances);
+    static int LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
+                                      std::vector<Point2D>& out, double tolerance);
+    /// @param out  the common point; untouched unless the result is `Intersecting` (1)
+    static IntersectionResult LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out,
+                                              const Tolerances& tolerances);
+    static int LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out, double tolerance);
+
+    // Lines with curves.
+
+    static IntersectionResult LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out,
+                                      const Tolerances& tolerances);
+    static int LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out, double tolerance);
+    /// The tolerance is compared with the discriminant r^2 L^2 - D^2, in the fourth power of length, L the length of
+    /// the line and D the cross product of its ends seen from the centre: pass small ones.
+    /// @return 2; 1 for a tangent, |discriminant| < tolerance, p1 and p2 being the same; 0, p1 and p2 untouched, for no
+    ///         common point, a line of length 0 and values that are not finite
+    static int LineCircle(const Line2D& line, const Circle2D& circle, Point2D& p1, Point2D& p2, double tolerance);
+    /// With tolerances that are lengths, as for the other curves.
+    static IntersectionResult LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out,
+                                         const Tolerances& tolerances);
+    static int LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out,
+                                           const Tolerances& tolerances);
+    static int LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                         const Tolerances& tolerances);
+    static int LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out,
+                                           const Tolerances& tolerances);
+    static int LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out,
+                                             const Tolerances& tolerances);
+    static int LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult LineSegmentCircle(const Line2D& segment, const Circle2D& circle,
+                                                std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int LineSegmentCircle(const Line2D& segment, const Circle2D& circle, std::vector<Point2D>& out,
+                                 double tolerance);
+    static IntersectionResult LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid,
+                                                  std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid, std::vector<Point2D>& out,
+                                   double tolerance);
+    static IntersectionResult LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral,
+                                                std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                 double tolerance);
+    static IntersectionResult LineSegmentParabola(const Line2D& segment, const Parabola& parabola,
+                                                  std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int LineSegmentParabola(const Line2D& segment, const Parabola& parabola, std::vector<Point2D>& out,
+                                   double tolerance);
+
+    // Curves with curves.
+
+    static IntersectionResult ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out,
+                                     const Tolerances& tolerances);
+    static int ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out,
+                                        const Tolerances& tolerances);
+    static int ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out,
+                                          const Tolerances& tolerances);
+    static int ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                        const Tolerances& tolerances);
+    static int ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out,
+                                          const Tolerances& tolerances);
+    static int ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out, double tolerance);
+    /// The points to the right, then to the left of the way from the first centre to the second. With e the system
+    /// epsilon: `Degenerate` for a radius below e, `Coincident` (nothing appended) for centres and radii that agree
+    /// within e, one point where half the common chord is below e. Circles that miss each other by any distance do not
+    /// intersect.
+    static IntersectionResult CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out,
+                                           const Tolerances& tolerances);
+    static int CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult CircleClothoid(const Circle2D& circle, const Clothoid& clothoid,
+                                             std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int CircleClothoid(const Circle2D& circle, const Clothoid& clothoid, std::vector<Point2D>& out,
+                              double tolerance);
+    static IntersectionResult CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                           const Tolerances& tolerances);
+    static int CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
+                            double tolerance);
+    static IntersectionResult CircleParabola(const Circle2D& circle, const Parabola& parabola,
+                                             std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int CircleParabola(const Circle2D& circle, const Parabola& parabola, std::vector<Point2D>& out,
+                              double tolerance);
+    static IntersectionResult ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out,
+                                               const Tolerances& tolerances);
+    static int ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola,
+                                               std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola, std::vector<Point2D>& out,
+                                double tolerance);
+    static IntersectionResult SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid,
+                                             std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid, std::vector<Point2D>& out,
+                              double tolerance);
+    static IntersectionResult SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out,
+                                           const Tolerances& tolerances);
+    static int SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out, double tolerance);
+    static IntersectionResult SpiralParabola(const Spiral2D& spiral, const Parabola& parabola,
+                                             std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int SpiralParabola(const Spiral2D& spiral, const Parabola& parabola, std::vector<Point2D>& out,
+                              double tolerance);
+    static IntersectionResult ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out,
+                                               const Tolerances& tolerances);
+    static int ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out, double tolerance);
+
     // Chains and areas.
     //
     // Two chains have in common the points where they cross, the points where an end or vertex of one touches the
@@ -121,6 +265,9 @@ public:
     static bool PointOnLineSegment(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
     /// Plan projection of the segment.
     static bool PointOnLineSegment(const Point2D& point, const Line3D& line, double tolerance);
+    /// Point in the box of the segment widened by |tolerance|, inclusive.
+    static bool IsPointInsideLineBounds(const Point2D& point, const Line2D& line, double tolerance);
+    static bool IsPointInsideLineBounds(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
 
     // Planes and solids.
     //
@@ -222,6 +369,13 @@ public:
     static bool IsPointInsideTriangle(const Point3D& point, const Triangle3D& triangle, double tolerance);
 
 private:
+    // Of two segments on one line, between the stations a1 < a2 and b1 < b2 along it. The ends of b are passed in that
+    // order.
+    static IntersectionResult AddOverlapPoints(std::vector<Point2D>& out, const Line2D& a, const Line2D& b, double a1,
+                                               double a2, double b1, double b2, const Tolerances& tolerances);
+    static IntersectionResult LineSegmentLineSegmentAddOverlapPoints(const Line2D& a, const Line2D& b,
+                                                                     std::vector<Point2D>& out,
+                                                                     const Tolerances& tolerances);
     /// Appends the points of `source` that `target` does not hold yet at or behind position `from`, strictly within the
     /// user tolerance per coordinate.
     static void AddSolutions(const std::vector<Point2D>& source, std::vector<Point2D>& target, std::size_t from,

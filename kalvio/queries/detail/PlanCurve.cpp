@@ -1,0 +1,166 @@
+#include "kalvio/queries/detail/PlanCurve.h"
+
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/queries/detail/ElementCrossings.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Kalvio::Math::detail {
+
+PlanState RoundCurve::At(double p) const {
+    const double angle = p * curvature;
+    const double sine = std::sin(angle);
+    const double half = std::sin(0.5 * angle);
+    const double versine = 2.0 * half * half;
+    const Vec2D side = radial.GetNormalVector(true);
+    return {start + (side * sine - radial * versine), (side * (1.0 - versine) - radial * sine) * curvature, curvature};
+}
+
+double RoundCurve::ParameterOf(const Vec2D& point, double length) const {
+    const Vec2D step = point - start;  // keeps the accuracy of flat arcs
+    const double p = std::atan2(radial.PerpDotProduct(step), radial.DotProduct(radial + step)) / curvature;
+    const double perimeter = twoPi * GetRadius();
+    const double ahead = p < 0.0 ? p + perimeter : p;
+    return ahead - length > perimeter - ahead ? ahead - perimeter : ahead;
+}
+
+PlanState ClothoidCurve::At(double p) const {
+    IPolyline2DElement::PolylineElementPoint sample;
+    clothoid.MakePointAndTangentAt(p, sample);
+    return {start + (sample.point - Point2D()), sample.tangent, clothoid.GetCurvature(p)};
+}
+
+PlanState SpiralCurve::At(double p) const {
+    IPolyline2DElement::PolylineElementPoint sample;
+    spiral.MakePointAndTangentAt(p, sample);
+    return {start + (sample.point - Point2D()), sample.tangent, spiral.GetCurvature(p)};
+}
+
+PlanState ParabolaCurve::At(double p) const {
+    const double run = sign * p;
+    const double u = GetSlope(p);
+    const double secant = std::sqrt(1.0 + u * u);
+    return {start + Vec2D(run, (slope + quadratic * run) * run), Vec2D(sign, sign * u),
+            sign * 2.0 * quadratic / (secant * secant * secant)};
+}
+
+std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const Point2D& origin, double minimum) {
+    PlanCurve made;
+    made.isInfinite = operand.IsInfinite();
+    double length = 0.0;
+    bool isKnown = true;
+    if (const Circle2D* const circle = operand.GetCircle()) {
+        const Vec2D radial(circle->GetRadius(), 0.0);
+        made.curve = RoundCurve{(circle->GetCenter() - origin) + radial, radial, 1.0 / circle->GetRadius()};
+        length = circle->GetPerimeter();
+        made.isClosed = true;
+    } else {
+        const IPolyline2DElement& element = *operand.GetElement();
+        const Vec2D start = element.GetStart() - origin;
+        length = element.GetLength();
+        switch (element.GetType()) {
+            case MathTypes::Line2D:
+                made.curve = StraightCurve{start, (element.GetEnd() - element.GetStart()) / length};
+                break;
+            case MathTypes::Arc2D: {
+                const auto& arc = static_cast<const Arc2D&>(element);
+                made.curve = RoundCurve{start, arc.GetStart() - arc.GetCenter(), 1.0 / arc.GetSignedRadius()};
+                made.isClosed = arc.GetAngle().GetRadians() >= twoPi;
+                break;
+            }
+            case MathTypes::Clothoid: {
+                ClothoidCurve moved{start, static_cast<const Clothoid&>(element)};
+                moved.clothoid.SetStart(Point2D());
+                IPolyline2DElement::PolylineElementPoint sample;
+                isKnown = moved.clothoid.MakePointAndTangentAt(0.0, sample);
+                made.curve = moved;
+                break;
+            }
+            case MathTypes::Spiral2D: {
+                SpiralCurve moved{start, static_cast<const Spiral2D&>(element)};
+                moved.spiral.SetStart(Point2D());
+                IPolyline2DElement::PolylineElementPoint sample;
+                isKnown = moved.spiral.MakePointAndTangentAt(0.0, sample);
+                made.curve = moved;
+                break;
+            }
+            case MathTypes::Parabola: {
+                const auto& parabola = static_cast<const Parabola&>(element);
+                ParabolaCurve moved;
+                double linear = 0.0;
+                double constant = 0.0;
+                parabola.GetParameters(moved.quadratic, linear, constant);
+                const double x = parabola.GetStart().GetX();
+                moved.start = Point2D(x, parabola.Evaluate(x)) - origin;
+                moved.slope = 2.0 * moved.quadratic * x + linear;
+                moved.sign = parabola.GetEnd().GetX() < x ? -1.0 : 1.0;
+                moved.original = &parabola;
+                made.curve = moved;
+                made.to = std::abs(parabola.GetEnd().GetX() - x);
+                break;
+            }
+            default:
+                isKnown = false;
+        }
+    }
+    if (made.to == 0.0) made.to = length;
+    if (!isKnown || !(length > minimum) || !(length <= largestDouble)) return std::nullopt;
+    const Vec2D first = made.At(made.from).position;
+    const Vec2D last = made.At(made.to).position;
+    if (!std::isfinite((first - last).NormSquared())) return std::nullopt;
+    made.discCenter = (first + last) * 0.5;
+    made.discRadius = 0.5 * length;
+    return made;
+}
+
+PlanState PlanCurve::At(double p) const {
+    return std::visit([p](const auto& known) { return known.At(p); }, curve);
+}
+
+PlanCurve::Knot PlanCurve::KnotAt(double p) const {
+    const PlanState state = At(p);
+    return {p, state.position, state.curvature};
+}
+
+void PlanCurve::ClipTo(const Vec2D& center, double radius) {
+    const StraightCurve& line = std::get<StraightCurve>(curve);
+    const double middle = (center - line.start).DotProduct(line.direction);
+    from = middle - radius;
+    to = middle + radius;
+    discCenter = line.At(middle).position;
+    discRadius = radius;
+}
+
+double PlanCurve::StationOf(double p) const {
+    const auto* const parabola = std::get_if<ParabolaCurve>(&curve);
+    if (parabola == nullptr) return p;
+    const Point2D& start = parabola->original->GetStart();
+    return parabola->original->GetLength(start, start + Vec2D(parabola->sign * p, 0.0), 0.0);
+}
+
+double PlanCurve::GetBend(const Knot& a, const Knot& b) const {
+    if (const auto* const parabola = std::get_if<ParabolaCurve>(&curve)) return std::abs(2.0 * parabola->quadratic);
+    return std::max(std::abs(a.curvature), std::abs(b.curvature));  // it is monotone
+}
+
+PlanCurve::Interval PlanCurve::GetCurvatures(const Knot& a, const Knot& b) const {
+    Interval range{std::min(a.curvature, b.curvature), std::max(a.curvature, b.curvature)};
+    const auto* const parabola = std::get_if<ParabolaCurve>(&curve);
+    if (parabola != nullptr && parabola->GetSlope(a.parameter) * parabola->GetSlope(b.parameter) < 0.0) {
+        const double atSummit = parabola->sign * 2.0 * parabola->quadratic;
+        range = {std::min(range.low, atSummit), std::max(range.high, atSummit)};
+    }
+    return range;
+}
+
+CurvePiece::CurvePiece(const PlanCurve& curve, const PlanCurve::Knot& a, const PlanCurve::Knot& b)
+    : from(a), to(b), chord(b.position - a.position), chordLength(chord.Length()) {
+    const double span = b.parameter - a.parameter;
+    height = 0.125 * curve.GetBend(a, b) * span * span;
+}
+
+}  // namespace Kalvio::Math::detail
