@@ -12,6 +12,7 @@ namespace Kalvio::Math {
 class IndexedTriangleSet3D;
 class Matrix2D;
 class Matrix3D;
+class Polygon2D;
 
 /// Triangles in plan that share their vertices by index: corners of triangle k are the vertices at 3k, 3k + 1, 3k + 2
 /// of the index array.
@@ -38,6 +39,14 @@ public:
     /// The winding of the first triangle: counter-clockwise for a signed area > 0, else clockwise; without a triangle
     /// the winding that `IsCCW` tells.
     WindingValue GetWinding() const;
+
+    /// Appends the area of the set as polygons, one per part that hangs together by edges: the edges of one triangle,
+    /// chained into an outer ring, counter-clockwise, and rings of holes, clockwise, which belong to the ring of their
+    /// part. Rings that meet at a vertex are apart; an island in a hole is a polygon of its own. Triangles run either
+    /// way; they may not overlap. Near linear.
+    /// @param withHoles  false: outer rings alone
+    /// @return whether there is any polygon
+    bool GetBoundaries(std::vector<Polygon2D>& boundaries, bool withHoles) const;
 
     /// Merges vertices at most the tolerance apart, as `IndexedTriangleSet3D::CollapsePoints` does.
     bool CollapsePoints(double tolerance);

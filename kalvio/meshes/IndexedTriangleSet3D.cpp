@@ -6,13 +6,17 @@
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
+#include "kalvio/meshes/detail/BorderRings.h"
 #include "kalvio/meshes/detail/MergePoints.h"
 #include "kalvio/meshes/detail/NearestPoints.h"
+#include "kalvio/meshes/detail/TriangleEdges.h"
 #include "kalvio/meshes/detail/TriangleNormals.h"
 #include "kalvio/meshes/detail/Triangles.h"
+#include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -123,6 +127,32 @@ bool IndexedTriangleSet3D::IsPlanar(double tolerance) const {
     });
 }
 
+bool IndexedTriangleSet3D::IsOneClosedVolume() const {
+    if (IsPlanar(detail::numericalZero)) return false;
+    const detail::CoherentParts parts = detail::FindCoherentParts(indexes, vertices.size());
+    return parts.count == 1 && parts.isClosed && parts.isCoherent;
+}
+
+bool IndexedTriangleSet3D::IsTriangleNeighborWindingCoherent() const {
+    bool isCoherent = true;
+    detail::ForEachEdge(indexes, vertices.size(), [&](std::span<const std::size_t> edges) {
+        if (edges.size() == 2 && indexes[edges[0]] == indexes[edges[1]]) isCoherent = false;
+    });
+    return isCoherent;
+}
+
+bool IndexedTriangleSet3D::GetBoundaries(std::vector<LineString3D>& boundaries) const {
+    std::vector<unsigned int> coherent = indexes;
+    detail::MakeCoherent(coherent, detail::FindCoherentParts(indexes, vertices.size()));
+    const std::vector<detail::BorderRing> rings = detail::TraceBorders(coherent, vertices.size());
+    for (const detail::BorderRing& ring : rings) {
+        LineString3D& boundary = boundaries.emplace_back();
+        for (const unsigned int vertex : ring.vertices) boundary.AppendPoint(vertices[vertex]);
+        boundary.AppendPoint(vertices[ring.vertices.front()]);
+    }
+    return !rings.empty();
+}
+
 void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const {
     ComputeNormals(perVertex, normals, Angle(detail::pi));
 }
@@ -197,6 +227,44 @@ bool IndexedTriangleSet3D::AdjustVerticesToClosest(const std::vector<Point3D>& p
 
 void IndexedTriangleSet3D::InvertAllTriangles() {
     for (std::size_t i = 0; i + 2 < indexes.size(); i += 3) std::swap(indexes[i], indexes[i + 1]);
+}
+
+bool IndexedTriangleSet3D::FlipEdge(unsigned int first, unsigned int second) {
+    return IndexedTriangleSet3DCleanUp::FlipEdge(indexes, first, second);
+}
+
+bool IndexedTriangleSet3D::FixCoherentTriangleWinding() {
+    bool isClosed = false;
+    bool isCoherent = false;
+    IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding(vertices, indexes, isClosed, isCoherent);
+    return isCoherent;
+}
+
+bool IndexedTriangleSet3D::RemoveTrianglesWindings2D(WindingValue winding) {
+    return detail::RemoveTriangles(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
+        return detail::WindingInPlan(vertices, corners) == winding;
+    });
+}
+
+bool IndexedTriangleSet3D::ExtractVerticalTriangles(IndexedTriangleSet3D& verticals) {
+    IndexedTriangleSet3D extracted;
+    extracted.ccw = ccw;
+    const bool hasVerticals =
+        detail::RemoveTriangles(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
+            const bool isVertical = detail::WindingInPlan(vertices, corners) == WindingValue::Vertical;
+            if (isVertical) extracted.indexes.insert(extracted.indexes.end(), corners, corners + 3);
+            return isVertical;
+        });
+    if (hasVerticals) {
+        extracted.vertices = vertices;
+        extracted.RemoveUnusedVertices();
+    }
+    verticals = std::move(extracted);
+    return hasVerticals;
+}
+
+bool IndexedTriangleSet3D::SplitIntoUnconnectedSurfaces(std::vector<IndexedTriangleSet3D>& surfaces) const {
+    return IndexedTriangleSet3DCleanUp::SplitIntoUnconnectedSurfaces(*this, surfaces) == ErrorMessage::NoError;
 }
 
 IndexedTriangleSet3D& IndexedTriangleSet3D::Transform(const Matrix3D& matrix) {

@@ -11,6 +11,7 @@
 namespace Kalvio::Math {
 
 class Angle;
+class LineString3D;
 class Matrix3D;
 
 /// Triangles in space that share their vertices by index: a terrain model, a tessellated surface, the skin of a solid.
@@ -23,6 +24,12 @@ class Matrix3D;
 /// that are no whole triangle. Edits leave them where they are.
 class KALVIO_MATH_API IndexedTriangleSet3D final : public IGeometry, public detail::IndexedVertexArray<Point3D> {
 public:
+    /// What operations of `IndexedTriangleSet3DCleanUp` answer.
+    enum class ErrorMessage : std::uint32_t {
+        NoError = 0,      // done
+        NoTriangles = 1,  // the set holds no triangle of three vertices
+    };
+
     IndexedTriangleSet3D() = default;
     IndexedTriangleSet3D(const std::vector<Point3D>& corners, const std::vector<unsigned int>& triangles)
         : IndexedVertexArray(corners, triangles) {}
@@ -82,6 +89,17 @@ public:
     /// True for a horizontal set: every index names a vertex as high as the first does, within the tolerance,
     /// inclusive (`Numbers::Compare`). A tilted plane is not. True for fewer than two indexes.
     bool IsPlanar(double tolerance) const;
+    /// True for the skin of one solid, whichever way its triangles run: not `IsPlanar(1e-10)`, one surface without a
+    /// border (`IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding`), and with an inside. Two bodies are not one,
+    /// nor is a body with a void.
+    bool IsOneClosedVolume() const;
+    /// True when neighbours run against each other along the edge that exactly the two of them share.
+    bool IsTriangleNeighborWindingCoherent() const;
+    /// Appends the border as closed strings, the first point repeated at the end: the edges of one triangle, chained.
+    /// Rings that meet at a vertex are apart. Each has the triangles on its left seen from the side where they run
+    /// counter-clockwise, all taken as running like the first one of their surface.
+    /// @return whether there is a border
+    bool GetBoundaries(std::vector<LineString3D>& boundaries) const;
     /// Appends normals: one per triangle or, on request, one per vertex. The normal of a triangle a, b, c is the unit
     /// vector of (b - a) x (c - b), of which one no longer than 1e-10 is left as it is, and its opposite unless
     /// `IsCCW`; that of a vertex the normalised sum over the triangles that use it, zero where there are none.
@@ -124,6 +142,18 @@ public:
     bool AdjustVerticesToClosest(const std::vector<Point3D>& points);
     /// Reverses every triangle by swapping its first two corners; the winding flag stays.
     void InvertAllTriangles();
+
+    /// `IndexedTriangleSet3DCleanUp::FlipEdge`: turns the edge between two triangles, given by their numbers.
+    bool FlipEdge(unsigned int first, unsigned int second);
+    /// `IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding`. @return whether all neighbours agree now
+    bool FixCoherentTriangleWinding();
+    /// Removes the triangles of the winding in plan (`GetWinding2D`). @return whether there were any
+    bool RemoveTrianglesWindings2D(WindingValue winding);
+    /// Moves the triangles that are vertical in plan into another set, which they replace, with the vertices they name;
+    /// the vertices of this set stay. @return whether there were any; `verticals` is emptied otherwise
+    bool ExtractVerticalTriangles(IndexedTriangleSet3D& verticals);
+    /// `IndexedTriangleSet3DCleanUp::SplitIntoUnconnectedSurfaces`. @return whether there is any surface
+    bool SplitIntoUnconnectedSurfaces(std::vector<IndexedTriangleSet3D>& surfaces) const;
 
     /// A non-const set is changed in place.
     IndexedTriangleSet3D& Transform(const Matrix3D& matrix);

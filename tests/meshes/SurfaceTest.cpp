@@ -1,0 +1,209 @@
+#include "kalvio/meshes/IndexedTriangleSet2D.h"
+#include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "meshes/Meshes.h"
+
+#include <set>
+
+namespace Kalvio::Math {
+namespace {
+
+double Flat(double, double) { return 0.0; }
+
+void Scramble(RandomNumbers& random, std::vector<unsigned int>& indexes) {
+    for (std::size_t i = 0; i < indexes.size(); i += 3) {
+        const std::size_t other = random() % (indexes.size() / 3) * 3;
+        if (i != other) std::swap_ranges(&indexes[i], &indexes[i] + 3, &indexes[other]);
+        if (random() % 2 == 0) std::swap(indexes[i], indexes[i + 1]);
+    }
+}
+
+// Fields of a board by flood over their sides, and the sides that have no field beyond.
+struct Board {
+    unsigned int n;
+    std::vector<bool> isKept;
+
+    bool Keeps(int x, int y) const {
+        const int size = static_cast<int>(n);
+        return x >= 0 && y >= 0 && x < size && y < size && isKept[static_cast<std::size_t>(y * size + x)];
+    }
+    std::pair<int, int> CountPartsAndSides() const {
+        std::set<std::pair<int, int>> left;
+        int parts = 0, sides = 0;
+        const int size = static_cast<int>(n);
+        for (int i = 0; i < size * size; ++i) {
+            if (Keeps(i % size, i / size)) left.emplace(i % size, i / size);
+        }
+        for (; !left.empty(); ++parts) {
+            std::vector<std::pair<int, int>> flood = {*left.begin()};
+            left.erase(left.begin());
+            for (std::size_t k = 0; k < flood.size(); ++k) {
+                const auto [x, y] = flood[k];
+                for (const auto& beside : {std::pair(x + 1, y), {x - 1, y}, {x, y + 1}, {x, y - 1}}) {
+                    if (left.erase(beside) > 0) flood.push_back(beside);
+                    if (!Keeps(beside.first, beside.second)) ++sides;
+                }
+            }
+        }
+        return {parts, sides};
+    }
+};
+
+TEST(SurfaceTest, BorderOfAnyBoardOfFields) {
+    RandomNumbers random(20264);
+    for (int trial = 0; trial < 120; ++trial) {
+        const Point2D& origin = surveyOrigins[trial % 2];
+        Board board{9, {}};
+        for (unsigned int i = 0; i < 81; ++i) board.isKept.push_back(random(0.0, 1.0) < 0.3 + 0.05 * (trial % 13));
+        IndexedTriangleSet3D grid = Grid(origin, 9, Flat, [&](unsigned int x, unsigned int y) {
+            return board.Keeps(static_cast<int>(x), static_cast<int>(y));
+        });
+        Scramble(random, grid.GetIndexes());
+        IndexedTriangleSet2D plan;
+        for (const Point3D& vertex : grid.GetVertices()) plan.AppendVertices({vertex.GetPoint2D()});
+        plan.AppendIndexes(grid.GetIndexes());
+        plan.AppendIndexes({5, 5, 6, 1, 2, 4000000000U, 7});
+
+        std::vector<Polygon2D> polygons, outers;
+        ASSERT_TRUE(plan.GetBoundaries(polygons, true) && plan.GetBoundaries(outers, false));
+        const auto [parts, sides] = board.CountPartsAndSides();
+        EXPECT_EQ(polygons.size(), static_cast<std::size_t>(parts));
+        EXPECT_EQ(outers.size(), polygons.size());
+        double area = 0.0, border = 0.0;
+        for (std::size_t i = 0; i < polygons.size(); ++i) {
+            EXPECT_EQ(outers[i].GetNumHoleBoundaries(), 0U);
+            EXPECT_EQ(polygons[i].GetWinding(), WindingValue::CounterClockwise);
+            area += polygons[i].GetArea();
+            border += polygons[i].GetLength();
+            Point2D fault;
+            EXPECT_TRUE(polygons[i].Validate(fault, true, 1e-6)) << testing::PrintToString(fault);
+            for (unsigned int k = 0; k < polygons[i].GetNumHoleBoundaries(); ++k) {
+                const Polygon2D hole(polygons[i].GetHoleBoundary(k));
+                EXPECT_EQ(hole.GetWinding(), WindingValue::Clockwise);
+                border += hole.GetLength();
+            }
+        }
+        EXPECT_NEAR(area, static_cast<double>(std::count(board.isKept.begin(), board.isKept.end(), true)), 1e-7);
+        EXPECT_NEAR(border, sides, 1e-7);
+        for (int i = 0; i < 81; ++i) {
+            const Point2D middle = origin + Vec2D(i % 9 + 0.4, i / 9 + 0.3);
+            const auto holders = std::count_if(polygons.begin(), polygons.end(),
+                                               [&](const Polygon2D& p) { return p.IsPointInside(middle, 1e-6); });
+            EXPECT_EQ(holders, board.Keeps(i % 9, i / 9) ? 1 : 0);
+        }
+        std::vector<LineString3D> strings;
+        EXPECT_TRUE(grid.GetBoundaries(strings));
+        for (const LineString3D& string : strings) {
+            border -= string.GetLength();
+            EXPECT_THAT(string.GetStart(), IsNear(string.GetEnd(), 0.0));
+        }
+        EXPECT_NEAR(border, 0.0, 1e-7);
+    }
+}
+
+TEST(SurfaceTest, SliversOnTheBorderMakeNoRings) {
+    for (const double bend : {0.0, 1e-9, -1e-9}) {  // of the vertex on the long side, inwards and outwards
+        IndexedTriangleSet2D set;
+        set.AppendVertices({{0, 0}, {1, bend}, {2, 0}, {1, 1}});
+        set.AppendIndexes({0, 2, 1, 0, 1, 3, 1, 2, 3});
+        std::vector<Polygon2D> polygons;
+        EXPECT_TRUE(set.GetBoundaries(polygons, true));
+        ASSERT_EQ(polygons.size(), 1U);
+        EXPECT_TRUE(polygons[0].IsEqualTo(Polygon2D{{0, 0}, {2, 0}, {1, 1}}, 1e-12));
+    }
+}
+
+TEST(SurfaceTest, OneClosedVolume) {
+    const IndexedTriangleSet3D block = Block({385000.0, 6672000.0, 50.0}, {4, 5, 6});
+    IndexedTriangleSet3D two = block, open = block, fin = block, degenerate = block, flat = block;
+    two.Merge(block.Translate(Vec3D(9, 0, 0)), false, 0.0);
+    open.GetIndexes().resize(33);
+    fin.AppendVertex({385000.0, 6672000.0, 99.0});
+    fin.AppendIndexes({0, 1, 8});
+    degenerate.AppendIndexes({0, 0, 1, 0, 1, 77});
+    for (Point3D& vertex : flat.GetVertices()) vertex.SetZ(3.0);
+    // The projective plane on six vertices has no border and no inside.
+    const IndexedTriangleSet3D plane(
+        {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 0}, {1, 1, 1}},
+        {0, 1, 2, 0, 2, 3, 0, 3, 4, 0, 4, 5, 0, 5, 1, 1, 2, 4, 2, 3, 5, 3, 4, 1, 4, 5, 2, 5, 1, 3});
+    struct Row {
+        const char* why;
+        IndexedTriangleSet3D set;
+        bool isOne, isClosed, isCoherent;
+    };
+    const Row rows[] = {
+        {"block", block, true, true, true},
+        {"ring", Torus({0, 0}, 0.0, 9.0, 2.0, 8), true, true, true},
+        {"two blocks", two, false, false, true},
+        {"a triangle is missing", open, false, false, true},
+        {"an edge of three triangles", fin, false, false, true},
+        {"a line and what does not exist play no part", degenerate, true, true, true},
+        {"flat", flat, false, true, true},
+        {"one side only", plane, false, true, false},
+        {"nothing", {}, false, false, true},
+    };
+    RandomNumbers random(20265);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        IndexedTriangleSet3D scrambled = row.set;
+        Scramble(random, scrambled.GetIndexes());
+        EXPECT_EQ(scrambled.IsOneClosedVolume(), row.isOne);
+        bool isClosed = !row.isClosed, isCoherent = !row.isCoherent;
+        IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding(scrambled.GetVertices(), scrambled.GetIndexes(),
+                                                                isClosed, isCoherent);
+        EXPECT_EQ(isClosed, row.isClosed);
+        EXPECT_EQ(isCoherent, row.isCoherent);
+        EXPECT_EQ(scrambled.IsTriangleNeighborWindingCoherent(), row.isCoherent);
+        EXPECT_EQ(scrambled.FixCoherentTriangleWinding(), row.isCoherent);
+        if (!row.isOne) continue;
+        EXPECT_NEAR(std::abs(scrambled.GetVolume(0.0)), row.set.GetVolume(0.0), 1e-7);
+    }
+    EXPECT_FALSE(IndexedTriangleSet3D({{}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}}, {0, 1, 2, 1, 2, 3})
+                     .IsTriangleNeighborWindingCoherent());
+}
+
+TEST(SurfaceTest, FlippedEdges) {
+    // Two triangles of a square, flipped once and back; the corners of the second start anywhere.
+    for (const std::vector<unsigned int>& second : {std::vector{1U, 0U, 3U}, {0U, 3U, 1U}, {3U, 1U, 0U}}) {
+        IndexedTriangleSet3D set({{0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}}, {0, 1, 2});
+        set.AppendIndexes(second);
+        EXPECT_TRUE(set.FlipEdge(0, 1));
+        EXPECT_EQ(set.GetIndexes(), (std::vector<unsigned int>{0, 3, 2, 3, 1, 2}));
+        EXPECT_NEAR(set.GetVolume(-1.0), 1.0, 1e-15);
+        EXPECT_TRUE(set.FlipEdge(1, 0));
+        EXPECT_NEAR(set.GetVolume(-1.0), 1.0, 1e-15);
+        EXPECT_TRUE(set.IsTriangleNeighborWindingCoherent());
+    }
+    const std::vector<unsigned int> faults = {0, 1, 2, 0, 1, 3, 2, 1, 0, 4, 5, 6, 2, 2, 1, 7};
+    for (const auto& [first, second] : {std::pair(0U, 1U), {0U, 2U}, {0U, 3U}, {0U, 4U}, {0U, 0U}, {0U, 5U}}) {
+        std::vector<unsigned int> indexes = faults;
+        EXPECT_FALSE(IndexedTriangleSet3DCleanUp::FlipEdge(indexes, first, second)) << second;
+        EXPECT_EQ(indexes, faults);
+    }
+}
+
+TEST(SurfaceTest, PartsComeApart) {
+    IndexedTriangleSet3D block = Block({0, 0, 0}, {1, 1, 1}), all = block;
+    const IndexedTriangleSet3D torus = Torus({20, 0}, 0.0, 9.0, 2.0, 8);
+    all.Merge(torus, false, 0.0);
+    std::vector<IndexedTriangleSet3D> surfaces;
+    EXPECT_TRUE(all.SplitIntoUnconnectedSurfaces(surfaces));
+    ASSERT_EQ(surfaces.size(), 2U);
+    for (IndexedTriangleSet3D& surface : surfaces) EXPECT_TRUE(surface.IsOneClosedVolume());
+    EXPECT_NEAR(surfaces[0].GetVolume(0.0), 1.0, 1e-15);
+    EXPECT_NEAR(surfaces[1].GetVolume(0.0), torus.GetVolume(0.0), 1e-12);
+    EXPECT_FALSE(IndexedTriangleSet3D().SplitIntoUnconnectedSurfaces(surfaces));
+
+    IndexedTriangleSet3D walls;
+    EXPECT_TRUE(block.ExtractVerticalTriangles(walls));
+    EXPECT_EQ(walls.GetTrianglesCount(), 8U);
+    EXPECT_TRUE(block.RemoveTrianglesWindings2D(WindingValue::Clockwise));
+    EXPECT_EQ(block.GetTrianglesCount(), 2U);
+    EXPECT_NEAR(block.GetVolume(0.0), 1.0, 1e-15) << "the top alone, over its own foot";
+    EXPECT_FALSE(block.ExtractVerticalTriangles(walls));
+    EXPECT_EQ(walls.GetTrianglesCount(), 0U);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
