@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -173,26 +174,64 @@ bool Polyline2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tole
     return false;
 }
 
-Point2D Polyline2D::GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const {
+template <class Answer>
+bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoint& nearest) const {
     const Index& boxes = GetIndex();
-    Point2D nearest = point;
-    double best = std::numeric_limits<double>::infinity();
+    detail::ElementPoint best;
+    double bestDistance = std::numeric_limits<double>::infinity();
     std::size_t bestElement = elements.Size();
     const auto tryElement = [&](std::size_t i) {
-        const Point2D candidate = detail::NearestPointOnElement(elements[i], point, tolerances);
-        const double distance = candidate.Distance(point);
-        if (!(distance < best || (distance == best && i < bestElement))) return;
-        best = distance;
+        detail::ElementPoint candidate;
+        if (!answer(elements[i], candidate)) return;
+        const double distance = candidate.point.Distance(point);
+        if (!(distance < bestDistance || (distance == bestDistance && i < bestElement))) return;
+        best = candidate;
+        bestDistance = distance;
         bestElement = i;
-        nearest = candidate;
     };
     // The element of the nearest box goes first: its distance rejects most of the others.
     const std::size_t first = boxes.NearestBox(point);
     if (first < elements.Size()) tryElement(first);
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (i != first && !boxes.Rejects(i, point, best)) tryElement(i);
+    if (bestElement < elements.Size()) {
+        for (std::size_t i = 0; i < elements.Size(); ++i) {
+            if (i != first && !boxes.Rejects(i, point, bestDistance)) tryElement(i);
+        }
+    } else {
+        boxes.VisitByDistance(point, [&](std::size_t i, double distance) {
+            if (distance > bestDistance + detail::numericalZero) return false;
+            if (i != first) tryElement(i);
+            return true;
+        });
     }
-    return nearest;
+    if (bestElement == elements.Size()) return false;
+    nearest = {best.point, best.tangent, static_cast<std::uint32_t>(bestElement), bestDistance,
+               boxes.station[bestElement] + best.station};
+    return true;
+}
+
+Point2D Polyline2D::GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const {
+    PolylinePoint nearest;
+    return GetNearestPoint(point, nearest, tolerances) ? nearest.point : point;
+}
+
+bool Polyline2D::GetNearestPoint(const Point2D& point, PolylinePoint& nearest, const Tolerances& tolerances) const {
+    return FindNearest(
+        point,
+        [&](const IPolyline2DElement& element, detail::ElementPoint& sample) {
+            sample = detail::NearestOnElement(element, point, tolerances);
+            return true;
+        },
+        nearest);
+}
+
+bool Polyline2D::GetNormalPoint(const Point2D& point, double tolerance, PolylinePoint& foot) const {
+    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY())) return false;
+    return FindNearest(
+        point,
+        [&](const IPolyline2DElement& element, detail::ElementPoint& sample) {
+            return detail::FootOnElement(element, point, tolerance, sample);
+        },
+        foot);
 }
 
 const IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) const {
@@ -299,15 +338,30 @@ std::size_t Polyline2D::Index::NearestBox(const Point2D& p) const {
     std::size_t nearest = minX.size();
     double best = std::numeric_limits<double>::infinity();
     for (std::size_t i = 0; i < minX.size(); ++i) {
-        const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
-        const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
-        const double squared = dx * dx + dy * dy;
+        const double squared = SquaredDistance(i, p);
         if (squared < best) {
             best = squared;
             nearest = i;
         }
     }
     return nearest;
+}
+
+template <class Visit>
+void Polyline2D::Index::VisitByDistance(const Point2D& p, Visit&& visit) const {
+    std::vector<std::pair<double, std::size_t>> nearestLast;
+    nearestLast.reserve(minX.size());
+    for (std::size_t i = 0; i < minX.size(); ++i) {
+        const double squared = SquaredDistance(i, p);
+        nearestLast.emplace_back(squared >= 0.0 ? squared : 0.0, i);  // a box that is none hides nothing
+    }
+    std::make_heap(nearestLast.begin(), nearestLast.end(), std::greater<>());
+    while (!nearestLast.empty()) {
+        std::pop_heap(nearestLast.begin(), nearestLast.end(), std::greater<>());
+        const auto [squared, i] = nearestLast.back();
+        nearestLast.pop_back();
+        if (!visit(i, std::sqrt(squared))) return;
+    }
 }
 
 const Polyline2D::Index& Polyline2D::GetIndex() const {

@@ -5,6 +5,7 @@
 #include "kalvio/curves/IPolyline2DElement.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -78,6 +79,14 @@ public:
     bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
     /// The nearest point over all elements, the first of equals; the query point for an empty chain.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
+    /// The same with its element, tangent, distance and station.
+    /// @return false, `nearest` untouched, for an empty chain and where no distance is finite
+    bool GetNearestPoint(const Point2D& point, PolylinePoint& nearest, const Tolerances& tolerances) const;
+    /// The nearest foot of a perpendicular on the elements, the first of equals, those of line strings and chains among
+    /// them taken apart. A joint is a foot when it is one of an element that ends there: when the foot lies beyond that
+    /// end by at most the tolerance.
+    /// @return false, `foot` untouched, when there is none, and for a point that is not finite
+    bool GetNormalPoint(const Point2D& point, double tolerance, PolylinePoint& foot) const;
 
     /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
     /// when the chain is empty.
@@ -142,8 +151,16 @@ private:
         std::vector<double> minX, minY, maxX, maxY;
         std::vector<double> station;  // start of each element; one more for the end of the chain
 
+        double SquaredDistance(std::size_t i, const Point2D& p) const {
+            const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
+            const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
+            return dx * dx + dy * dy;
+        }
         // The box nearest to the point, the first of equals; their number when none has a distance.
         std::size_t NearestBox(const Point2D& p) const;
+        // Calls visit(i, distance) for the boxes from the nearest on, until it returns false.
+        template <class Visit>
+        void VisitByDistance(const Point2D& p, Visit&& visit) const;
         // True when the point is further than `distance` from the box; never for NaN.
         bool Rejects(std::size_t i, const Point2D& p, double distance) const {
             const double d = std::abs(distance) + detail::numericalZero;
@@ -157,6 +174,10 @@ private:
     static std::size_t GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position);
     // The element to evaluate for a station of the chain, already clipped to it.
     std::size_t ElementAt(double station) const;
+    // The nearest of the points that `answer(element, sample)` gives on the elements, the first of equals. An element
+    // without one (false) is passed over; a point is never nearer than the box of its element.
+    template <class Answer>
+    bool FindNearest(const Point2D& point, Answer&& answer, PolylinePoint& nearest) const;
     // Clips a range of stations to the chain; false when nothing is left.
     bool ClipRange(double& from, double& to) const;
 

@@ -99,6 +99,29 @@ public:
     static int NormalPointOnParabola(const Point2D& point, const Parabola& parabola, Point2D& foot, double& station,
                                      Vec2D& tangent, double tolerance);
 
+    /// The nearest point over all elements, the first of equals, to rounding whatever the tolerance; the origin for a
+    /// chain without elements.
+    static Point2D NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline, double tolerance);
+    /// The same with its element, tangent, distance and station along the chain.
+    /// @return false, `nearest` untouched, where there is none
+    static bool NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
+                                       Polyline2D::PolylinePoint& nearest, double tolerance);
+    /// The nearest foot on the elements (`Polyline2D::GetNormalPoint`), by the rules above: a vertex where the chain
+    /// turns away from the point is no foot.
+    /// @param station  along the whole chain
+    /// @return 1; 0, outputs untouched, where there is no foot
+    static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
+                                     double tolerance);
+    static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
+                                     double tolerance);
+    /// Where no element has a foot, the nearest one outside them: on the straight continuation of an element along its
+    /// tangent beyond one of its ends. Its station counts on, below 0 before the start of the chain.
+    /// @return 1 on an element; 2 outside; 0, outputs untouched, for a chain without elements that have a direction
+    static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
+                                      double tolerance);
+    static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
+                                      double tolerance);
+
     /// Projection along a direction of any length.
     /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
     ///         and for a degenerate plane

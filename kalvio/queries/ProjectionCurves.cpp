@@ -4,9 +4,11 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Spiral2D.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/queries/Projection.h"
 
 #include <cmath>
+#include <limits>
 
 namespace Kalvio::Math {
 
@@ -20,6 +22,46 @@ int Report(bool found, const Sample& sample, Point2D& foot, double& station, Vec
     station = sample.station;
     tangent = sample.tangent;
     return 1;
+}
+
+// The nearest foot on the straight continuations of the elements beyond their ends.
+class Continuations {
+public:
+    explicit Continuations(const Point2D& query) : point(query) {}
+
+    void Add(const IPolyline2DElement& element, std::uint32_t index, double from) {
+        constexpr double nearby = 1e-3;  // of the length: tells which way the element runs from its end
+        const double length = element.GetLength();
+        for (const bool atEnd : {false, true}) {
+            Sample end, inside;
+            const double station = atEnd ? length : 0.0;
+            if (!detail::EvaluateElement(element, station, end)) continue;
+            if (!detail::EvaluateElement(element, length * (atEnd ? 1.0 - nearby : nearby), inside)) continue;
+            // Not every element runs along its tangents.
+            const Vec2D outward = (inside.point - end.point).DotProduct(end.tangent) < 0.0 ? end.tangent : -end.tangent;
+            const double beyond = (point - end.point).DotProduct(outward);
+            const Point2D candidate = end.point + outward * beyond;
+            const double distance = candidate.Distance(point);
+            if (!(beyond >= 0.0) || !(outward.NormSquared() > 0.0) || !(distance < best.distance)) continue;
+            best = {candidate, end.tangent, index, distance, from + station + (atEnd ? beyond : -beyond)};
+        }
+    }
+    bool GetBest(Polyline2D::PolylinePoint& foot) const {
+        if (!std::isfinite(best.distance)) return false;
+        foot = best;
+        return true;
+    }
+
+private:
+    Point2D point;
+    Polyline2D::PolylinePoint best{{}, {}, 0, std::numeric_limits<double>::infinity(), 0.0};
+};
+
+int Report(int status, const Polyline2D::PolylinePoint& found, Point2D& foot, double& station) {
+    if (status == 0) return 0;
+    foot = found.point;
+    station = found.station;
+    return status;
 }
 
 }  // namespace
@@ -68,6 +110,47 @@ int Projection::NormalPointOnParabola(const Point2D& point, const Parabola& para
                                       Vec2D& tangent, double tolerance) {
     Sample sample;
     return Report(parabola.GetNormalPoint(point, tolerance, sample), sample, foot, station, tangent);
+}
+
+Point2D Projection::NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline, double tolerance) {
+    Polyline2D::PolylinePoint nearest;
+    NearestPointOnPolyline(point, polyline, nearest, tolerance);
+    return nearest.point;
+}
+
+bool Projection::NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
+                                        Polyline2D::PolylinePoint& nearest, double tolerance) {
+    return polyline.GetNearestPoint(point, nearest, detail::TolerancesFor(tolerance));
+}
+
+int Projection::NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
+                                      double tolerance) {
+    Polyline2D::PolylinePoint found;
+    return Report(NormalPointOnPolyline(point, polyline, found, tolerance), found, foot, station);
+}
+
+int Projection::NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
+                                      double tolerance) {
+    return polyline.GetNormalPoint(point, tolerance, foot) ? 1 : 0;
+}
+
+int Projection::NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
+                                       double tolerance) {
+    Polyline2D::PolylinePoint found;
+    return Report(NormalPointOnPolyline2(point, polyline, found, tolerance), found, foot, station);
+}
+
+int Projection::NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline,
+                                       Polyline2D::PolylinePoint& foot, double tolerance) {
+    if (polyline.GetNormalPoint(point, tolerance, foot)) return 1;
+    Continuations continuations(point);
+    double station = 0.0;
+    for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
+        const IPolyline2DElement& element = polyline.GetElementAtIndex(i);
+        continuations.Add(element, i, station);
+        station += element.GetLength();
+    }
+    return continuations.GetBest(foot) ? 2 : 0;
 }
 
 }  // namespace Kalvio::Math

@@ -5,6 +5,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/Polygon3D.h"
@@ -247,6 +248,140 @@ TEST(ProjectionTest, WhereFeetEnd) {
     EXPECT_EQ(Projection::NormalPointOnCircle(P(6, 9), Circle2D(P(0, 1), 5.0), foot, 1e-3), 1);
     EXPECT_THAT(foot, IsNear(P(3, 5), 1e-15));
     EXPECT_THAT(Projection::NearestPointOnArc(P(3, -3), quarter, 1e-3), IsNear(P(5, 0), 0.0));
+}
+
+// Every element of a chain of chains, with where it starts.
+struct Leaf {
+    const IPolyline2DElement* element;
+    std::uint32_t index;
+    double from;
+};
+void TakeApart(const Polyline2D& chain, double from, std::uint32_t index, bool isTop, std::vector<Leaf>& leaves) {
+    for (unsigned int i = 0; i < chain.GetNrOfElements(); ++i) {
+        const IPolyline2DElement& element = chain.GetElementAtIndex(i);
+        if (isTop) index = i;
+        if (element.GetType() == MathTypes::Polyline2D) {
+            TakeApart(static_cast<const Polyline2D&>(element), from, index, false, leaves);
+        } else if (element.GetType() == MathTypes::LineString2D) {
+            double station = from;
+            const auto& string = static_cast<const LineString2D&>(element);
+            for (unsigned int k = 0; k < string.GetNrOfElements(); ++k) {
+                leaves.push_back({&string.GetElementAtIndex(k), index, station});
+                station += string.GetElementAtIndex(k).GetLength();
+            }
+        } else {
+            leaves.push_back({&element, index, from});
+        }
+        from += element.GetLength();
+    }
+}
+
+Foot FootOnLeaf(const Point2D& p, const IPolyline2DElement& element) {
+    constexpr double tolerance = 1e-9;
+    if (element.GetType() == MathTypes::Arc2D) return FootOf(p, static_cast<const Arc2D&>(element), tolerance);
+    if (element.GetType() == MathTypes::Clothoid) return FootOf(p, static_cast<const Clothoid&>(element), tolerance);
+    if (element.GetType() == MathTypes::Spiral2D) return FootOf(p, static_cast<const Spiral2D&>(element), tolerance);
+    const auto& line = static_cast<const Line2D&>(element);
+    Foot f;
+    f.status = Projection::NormalPointOnLineSegment(p, line, f.point, tolerance) ? 1 : 0;
+    f.station = f.point.Distance(line.GetStart());
+    f.tangent = line.GetDirection();
+    return f;
+}
+
+TEST(ProjectionTest, AChainAnswersAsItsElementsOneByOne) {
+    RandomNumbers random(23);
+    int found = 0;
+    for (int round = 0; round < 150; ++round) {
+        const Point2D origin = surveyOrigins[round % 2];
+        const auto place = [&] { return origin + Vec2D(random(-200.0, 200.0), random(-200.0, 200.0)); };
+        const auto element = [&](int kind) -> IPolyline2DElement* {
+            const Point2D from = place();
+            const double heading = random(-3.1, 3.1), r = random(40.0, 90.0);
+            const Vec2D along(std::cos(heading), std::sin(heading));
+            if (kind == 0) return new Line2D(from, from + along * r);
+            if (kind == 1) return new Arc2D(from, from + along * r, Angle(random(-3.0, 3.0)));
+            if (kind == 2) return new Clothoid(0.0, -r, r, from, along);
+            if (kind == 3) return new Spiral2D(Spiral2D::Spiral2DType::Bloss, -300.0, r, r, from, along);
+            return new LineString2D{from, from + along * r, place()};
+        };
+        const auto chain = [&](int count) {
+            auto made = std::make_unique<Polyline2D>();
+            for (int i = 0; i < count; ++i) made->AppendElement(element(static_cast<int>(random() % 5)));
+            return made;
+        };
+        const auto polyline = chain(round % 12);
+        for (const unsigned int position : {0U, 2U}) {
+            auto inner = chain(3);
+            inner->AppendElement(chain(2).release());
+            if (polyline->Insert(position, inner.get())) inner.release();
+        }
+        std::vector<Leaf> leaves;
+        TakeApart(*polyline, 0.0, 0, true, leaves);
+        const Point2D p = place();
+        double nearest = kInfinity;
+        Polyline2D::PolylinePoint expected;
+        expected.distance = kInfinity;
+        for (const Leaf& leaf : leaves) {
+            nearest = std::min(nearest, p.Distance(leaf.element->GetNearestPoint(p, kTolerances)));
+            const Foot f = FootOnLeaf(p, *leaf.element);
+            if (f.status == 0 || !(f.point.Distance(p) < expected.distance)) continue;
+            expected = {f.point, f.tangent, leaf.index, f.point.Distance(p), leaf.from + f.station};
+        }
+        Polyline2D::PolylinePoint answer;
+        ASSERT_TRUE(Projection::NearestPointOnPolyline(p, *polyline, answer, 1e-4));
+        EXPECT_NEAR(answer.distance, nearest, 1e-9);
+        EXPECT_EQ(Distance::PointToPolyline(p, *polyline), answer.distance);
+        EXPECT_THAT(Projection::NearestPointOnPolyline(p, *polyline, 1e-4), IsNear(answer.point, 0.0));
+        double off = kInfinity;  // from its own place on the chain, on either side of a gap
+        for (const double step : {-1e-9, 0.0, 1e-9}) {
+            const double station = std::clamp(answer.station + step, 0.0, polyline->GetLength());
+            off = std::min(off, At(*polyline, station).point.Distance(answer.point));
+        }
+        EXPECT_LT(off, 6e-9);
+        answer.distance = kInfinity;
+        EXPECT_EQ(Projection::NormalPointOnPolyline(p, *polyline, answer, 1e-9), std::isfinite(expected.distance));
+        EXPECT_EQ(answer.elementIndex, std::isfinite(expected.distance) ? expected.elementIndex : answer.elementIndex);
+        if (!std::isfinite(expected.distance)) continue;
+        ++found;
+        EXPECT_NEAR(answer.distance, expected.distance, 2e-9);
+        EXPECT_NEAR(answer.station, expected.station, 1e-8);
+        EXPECT_THAT(answer.tangent, IsNear(expected.tangent, 1e-9));
+        Point2D foot;
+        double station = 0.0;
+        EXPECT_EQ(Projection::NormalPointOnPolyline2(p, *polyline, foot, station, 1e-9), 1);
+        EXPECT_EQ(station, answer.station);
+        EXPECT_THAT(foot, IsNear(answer.point, 0.0));
+    }
+    EXPECT_GT(found, 120);
+}
+
+TEST(ProjectionTest, FeetOutsideTheElements) {
+    using P = Point2D;
+    Polyline2D chain;
+    chain.AppendElement(new Line2D(P(0, 0), P(10, 0)));
+    chain.AppendElement(new Parabola(P(20, 5), P(19, 6), 1.0, -40.0, 405.0));  // against its tangents
+    chain.AppendElement(new Line2D(P(10, -10), P(10, -20)));
+    const double length = chain.GetLength();
+    const std::tuple<const char*, P, int, P, double> rows[] = {
+        {"on an element", P(4, -3), 1, P(4, 0), 4.0},
+        {"before the chain", P(-3, -4), 2, P(-3, 0), -3.0},
+        {"behind it", P(24, -23), 2, P(10, -23), length + 3.0},
+        {"beyond the start of the parabola", P(22, 4), 2, P(22, 5), 8.0},
+        {"nowhere", P(kNan, 0), 0, P(7, 7), 7.0},
+    };
+    for (const auto& [why, p, status, place, at] : rows) {
+        P foot(7, 7);
+        double station = 7.0;
+        EXPECT_EQ(Projection::NormalPointOnPolyline(p, chain, foot, station, 1e-6), status == 1 ? 1 : 0) << why;
+        EXPECT_EQ(Projection::NormalPointOnPolyline2(p, chain, foot, station, 1e-6), status) << why;
+        EXPECT_THAT(foot, IsNear(place, 1e-12)) << why;
+        EXPECT_NEAR(station, at, 1e-12) << why;
+    }
+    Polyline2D::PolylinePoint nothing;
+    EXPECT_EQ(Projection::NormalPointOnPolyline2(P(1, 1), Polyline2D(), nothing, 1e-6), 0);
+    EXPECT_FALSE(Projection::NearestPointOnPolyline(P(1, 1), Polyline2D(), nothing, 1e-6));
+    EXPECT_EQ(Distance::PointToPolyline(P(1, 1), Polyline2D()), std::numeric_limits<double>::max());
 }
 
 }  // namespace

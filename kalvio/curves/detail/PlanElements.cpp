@@ -1,6 +1,8 @@
 #include "kalvio/curves/detail/PlanElements.h"
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
@@ -9,9 +11,12 @@
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/curves/detail/WalkPoints.h"
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/detail/Chain.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace Kalvio::Math::detail {
 
@@ -58,6 +63,97 @@ struct Evaluate {
         Polyline2D::PolylinePoint sample;
         if (!polyline.MakePointAndTangentAt(station, sample)) return false;
         result = {sample.point, sample.tangent, sample.station};
+        return true;
+    }
+};
+
+// Point, tangent and station `along` (0 to 1) a segment that starts at the station `from`.
+ElementPoint OnSegment(const Point2D& a, const Point2D& b, double along, double from) {
+    Vec2D direction = b - a;
+    const double length = direction.Length();
+    const Point2D point = along == 1.0 ? b : a + direction * along;
+    return {point, direction.Normalize(), from + along * length};
+}
+
+struct NearestOn {
+    const Point2D& point;
+    const Tolerances& tolerances;
+    ElementPoint& nearest;
+
+    template <class Curve>
+    bool operator()(const Curve& curve) const {
+        if (!curve.GetNearestPoint(point, 0.0, curve.GetLength(), nearest)) nearest = {curve.GetStart(), Vec2D(), 0.0};
+        return true;
+    }
+    bool operator()(const Arc2D& arc) const {
+        nearest = arc.GetNearestPoint(point);
+        return true;
+    }
+    bool operator()(const Parabola& parabola) const {
+        nearest = parabola.GetNearestPoint(point);
+        return true;
+    }
+    bool operator()(const Line2D& line) const {
+        const double along = NearestParameter(point, line.GetStart(), line.GetEnd(), tolerances.SystemEpsilonSquared());
+        nearest = OnSegment(line.GetStart(), line.GetEnd(), along, 0.0);
+        return true;
+    }
+    bool operator()(const LineString2D& lineString) const {
+        const std::vector<Point2D>& points = lineString.GetPoints();
+        ChainFoot<Point2D> foot;
+        nearest = {lineString.GetStart(), Vec2D(), 0.0};
+        if (points.size() < 2 || !FindNearest(points, point, numericalZero, foot)) return true;
+        double from = 0.0;
+        for (std::size_t i = 0; i < foot.segment; ++i) from += points[i].Distance(points[i + 1]);
+        (*this)(Line2D(points[foot.segment], points[foot.segment + 1]));
+        nearest.station += from;
+        return true;
+    }
+    bool operator()(const Polyline2D& polyline) const {
+        Polyline2D::PolylinePoint found;
+        found.point = point;
+        polyline.GetNearestPoint(point, found, tolerances);
+        nearest = {found.point, found.tangent, found.station};
+        return true;
+    }
+};
+
+struct FootOn {
+    const Point2D& point;
+    double tolerance;
+    ElementPoint& foot;
+
+    template <class Curve>
+    bool operator()(const Curve& curve) const {
+        return curve.GetNormalPoint(point, 0.0, curve.GetLength(), tolerance, foot);
+    }
+    bool operator()(const Arc2D& arc) const { return arc.GetNormalPoint(point, tolerance, foot); }
+    bool operator()(const Parabola& parabola) const { return parabola.GetNormalPoint(point, tolerance, foot); }
+    bool operator()(const Line2D& line) const {
+        const SegmentFoot onLine(point, line.GetStart(), line.GetEnd(), tolerance);
+        if (!onLine.isFoot) return false;
+        foot = OnSegment(line.GetStart(), line.GetEnd(), std::clamp(onLine.parameter, 0.0, 1.0), 0.0);
+        return true;
+    }
+    bool operator()(const LineString2D& lineString) const {
+        double best = std::numeric_limits<double>::infinity();
+        WalkChain(lineString.GetPoints(), lengthOf, [&](std::size_t i, double from, double) {
+            const Point2D& a = lineString.GetPoints()[i];
+            const Point2D& b = lineString.GetPoints()[i + 1];
+            const SegmentFoot onSegment(point, a, b, tolerance);
+            if (!onSegment.isFoot || !(onSegment.squaredDistance < best)) return false;
+            const ElementPoint candidate = OnSegment(a, b, std::clamp(onSegment.parameter, 0.0, 1.0), from);
+            const double squared = (candidate.point - point).NormSquared();
+            if (squared < best) foot = candidate;
+            best = std::min(best, squared);
+            return false;
+        });
+        return best < std::numeric_limits<double>::infinity();
+    }
+    bool operator()(const Polyline2D& polyline) const {
+        Polyline2D::PolylinePoint found;
+        if (!polyline.GetNormalPoint(point, tolerance, found)) return false;
+        foot = {found.point, found.tangent, found.station};
         return true;
     }
 };
@@ -154,12 +250,17 @@ const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element) {
     }
 }
 
-Point2D NearestPointOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances) {
-    if (element.GetType() != MathTypes::LineString2D) return element.GetNearestPoint(point, tolerances);
-    const auto& lineString = static_cast<const LineString2D&>(element);
-    unsigned int segment = 0;
-    if (!lineString.GetClosestSegment(point, segment)) return lineString.GetStart();
-    return lineString.GetElementAtIndex(segment).GetNearestPoint(point, tolerances);
+ElementPoint NearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances) {
+    ElementPoint nearest;
+    if (WithClass(element, NearestOn{point, tolerances, nearest})) return nearest;
+    nearest = {element.GetNearestPoint(point, tolerances), Vec2D(), 0.0};
+    element.GetLengthFromStartPoint(nearest.point, nearest.station, tolerances.UserTolerance());
+    element.ComputeTangent(nearest.point, nearest.tangent, tolerances);
+    return nearest;
+}
+
+bool FootOnElement(const IPolyline2DElement& element, const Point2D& point, double tolerance, ElementPoint& foot) {
+    return WithClass(element, FootOn{point, tolerance, foot});
 }
 
 bool EvaluateElement(const IPolyline2DElement& element, double station, ElementPoint& result) {

@@ -20,8 +20,14 @@ const IPolyline2DElement* AsPlanElement(const IGeometry& geometry);
 /// The line string or polyline behind the element; null for single curves.
 const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element);
 
-/// The point of the element nearest to `point`, line strings (whose own operation keeps the default) included.
-Point2D NearestPointOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances);
+/// The point of the element nearest to `point`, with tangent and station. An element of no length, or no curve, has its
+/// start.
+ElementPoint NearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances);
+
+/// The nearest foot of a perpendicular on the element, those on the segments of a line string included. An end (of a
+/// segment too) counts when the foot lies beyond it by at most the tolerance.
+/// @return false, `foot` untouched, when there is none
+bool FootOnElement(const IPolyline2DElement& element, const Point2D& point, double tolerance, ElementPoint& foot);
 
 /// Point, tangent and station at a station along the element. @return false, the result untouched, out of [0, length]
 /// by more than 1e-10, for a degenerate element and for a class that is not the library's
