@@ -5,13 +5,16 @@
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/curves/Line2D.h"
 #include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
 #include "kalvio/meshes/detail/BorderRings.h"
 #include "kalvio/meshes/detail/MergePoints.h"
+#include "kalvio/meshes/detail/MeshSection.h"
 #include "kalvio/meshes/detail/NearestPoints.h"
 #include "kalvio/meshes/detail/TriangleEdges.h"
 #include "kalvio/meshes/detail/TriangleNormals.h"
 #include "kalvio/meshes/detail/Triangles.h"
+#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
@@ -165,6 +168,19 @@ void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& no
     } else {
         detail::AppendCornerNormals(vertices, indexes, ccw, std::cos(creaseAngle.GetRadians()), normals);
     }
+}
+
+void IndexedTriangleSet3D::GetSections(const Line2D& line, std::vector<LineString3D>& sections) const {
+    detail::AppendSection(vertices, indexes, line.GetStart(), line.GetEnd(), detail::PlanReach::InfiniteLine, sections);
+}
+
+void IndexedTriangleSet3D::GetSections(const LineString2D& lineString, std::vector<LineString3D>& sections) const {
+    detail::AppendSection(vertices, indexes, lineString.GetPoints(), sections);
+}
+
+void IndexedTriangleSet3D::GetSectionsLineSegment(const Line2D& segment, std::vector<LineString3D>& sections) const {
+    detail::AppendSection(vertices, indexes, segment.GetStart(), segment.GetEnd(), detail::PlanReach::Segment,
+                          sections);
 }
 
 bool IndexedTriangleSet3D::CollapsePoints(double tolerance) {

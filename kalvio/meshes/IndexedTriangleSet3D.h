@@ -11,6 +11,8 @@
 namespace Kalvio::Math {
 
 class Angle;
+class Line2D;
+class LineString2D;
 class LineString3D;
 class Matrix3D;
 
@@ -108,6 +110,21 @@ public:
     /// the triangles at that vertex whose normals are at most the crease angle from the triangle's own (by the cosine,
     /// with room for 1e-12 of rounding). The cost at a vertex grows with the square of the number of its triangles.
     void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals, const Angle& creaseAngle) const;
+
+    /// Appends the section of the mesh along a line in plan: its cuts by the vertical plane over the infinite line,
+    /// over the segment only, or over every segment of a chain, joined into the fewest line strings. Each runs in the
+    /// direction of the line, a closed one from its first point along it, and they come in the order of their starts.
+    ///
+    /// Cuts are joined where they come from one edge or vertex, or from others of exactly the same coordinates; within
+    /// no tolerance. A vertex counts as on the line within 1e-10, or the rounding of the line's coordinates. Triangles
+    /// in the vertical plane contribute the border of the area that they cover together; a single point is no section.
+    /// A section that reaches an end of the segment, or a bend of the chain, has a point exactly there. Nothing comes
+    /// from a line not longer than 1e-10, nor from triangles with coordinates that are not finite.
+    ///
+    /// One pass over vertices and triangles; of a chain, boxes over its segments find those that a triangle meets.
+    void GetSections(const Line2D& line, std::vector<LineString3D>& sections) const;
+    void GetSections(const LineString2D& lineString, std::vector<LineString3D>& sections) const;
+    void GetSectionsLineSegment(const Line2D& segment, std::vector<LineString3D>& sections) const;
 
     /// Merges vertices at most the tolerance apart in space: in the order of the indexes, each index that no earlier
     /// one has taken becomes the first one of a place and takes all later ones within the tolerance of its own vertex.

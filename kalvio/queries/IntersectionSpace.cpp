@@ -290,8 +290,8 @@ IntersectionResult Intersection::TrianglePlane(const Triangle3D& triangle, const
     const detail::TriangleCut cut(corners);
     if (cut.count == 0) return IntersectionResult::NoIntersection;
     if (cut.count == 3) return IntersectionResult::Coincident;
-    const Point3D& from = cut.ends[0];
-    const Point3D& to = cut.ends[cut.count == 2 ? 1 : 0];
+    const Point3D from = cut.ends[0].GetPoint();
+    const Point3D to = cut.ends[cut.count == 2 ? 1 : 0].GetPoint();
     const bool isAlong = (to - from).DotProduct(normal.CrossProduct(heights.normal)) >= 0.0;
     out = isAlong ? Line3D(from, to) : Line3D(to, from);
     return IntersectionResult::Intersecting;
@@ -318,13 +318,21 @@ IntersectionResult Intersection::TriangleStripPlane(const TriangleStrip3D& strip
         isAllOnPlane = isAllOnPlane && corners.back().side == 0;
     }
     if (isAllOnPlane) return IntersectionResult::Coincident;
-    detail::SectionPieces pieces(detail::SectionPieces::Touches::Keep);
+    const std::size_t last = vertices.size() - 1;
+    const Vec3D way = (vertices[last] - vertices[0]) + (vertices[last - 1] - vertices[1]);
+    const auto end = [&](const Point3D& p) { return detail::SectionPieces::End{p, way.DotProduct(p - vertices[0])}; };
+    detail::SectionPieces pieces;
+    detail::PlaneEdges edges;
     for (std::size_t i = 0; i < indexes.size(); i += 3) {
         const std::array<CutCorner, 3> triangle{corners[indexes[i]], corners[indexes[i + 1]], corners[indexes[i + 2]]};
-        pieces.Add(triangle);
+        const detail::TriangleCut cut(triangle);
+        if (edges.Take(triangle, cut)) continue;
+        if (cut.count == 2) pieces.AddPiece(end(cut.ends[0].GetPoint()), end(cut.ends[1].GetPoint()));
+        if (cut.count == 1) pieces.AddPoint(end(cut.ends[0].GetPoint()));
     }
+    edges.ForEach([&](const Point3D& from, const Point3D& to) { pieces.AddPiece(end(from), end(to)); });
     if (pieces.IsEmpty()) return IntersectionResult::NoIntersection;
-    pieces.Chain((vertices.back() + vertices[vertices.size() - 2]) * 0.5 - (vertices[0] + vertices[1]) * 0.5, out);
+    pieces.Chain(out);
     return IntersectionResult::Intersecting;
 }
 

@@ -10,10 +10,6 @@ namespace Kalvio::Math::detail {
 
 namespace {
 
-bool IsLess(const Point3D& a, const Point3D& b) {
-    return std::tuple(a.GetX(), a.GetY(), a.GetZ()) < std::tuple(b.GetX(), b.GetY(), b.GetZ());
-}
-
 bool IsSame(const Point3D& a, const Point3D& b) {
     return a.GetX() == b.GetX() && a.GetY() == b.GetY() && a.GetZ() == b.GetZ();
 }
@@ -107,22 +103,36 @@ private:
     std::size_t realLinks;
 };
 
-// Along the direction; a closed string is turned until it starts first.
-void Direct(std::vector<Point3D>& points, const Vec3D& direction) {
-    const auto isBefore = [&](const Point3D& a, const Point3D& b) { return (b - a).DotProduct(direction) > 0.0; };
-    if (!IsSame(points.front(), points.back())) {
-        if (isBefore(points.back(), points.front())) std::reverse(points.begin(), points.end());
+using End = SectionPieces::End;
+
+bool IsFinite(const End& end) {
+    const Point3D& p = end.point;
+    return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ()) && std::isfinite(end.station);
+}
+
+// In the direction of ascending stations; a closed string is turned until it starts at the least.
+void Direct(std::vector<End>& string) {
+    if (!IsSame(string.front().point, string.back().point)) {
+        if (string.back().station < string.front().station) std::reverse(string.begin(), string.end());
         return;
     }
-    points.pop_back();
-    std::rotate(points.begin(), std::min_element(points.begin(), points.end(), isBefore), points.end());
-    points.push_back(points.front());
+    string.pop_back();
+    const auto isBefore = [](const End& a, const End& b) { return a.station < b.station; };
+    std::rotate(string.begin(), std::min_element(string.begin(), string.end(), isBefore), string.end());
+    string.push_back(string.front());
 }
 
 }  // namespace
 
-Point3D EdgeCrossing(const CutCorner& a, const CutCorner& b) {
-    if (IsLess(b.point, a.point)) return EdgeCrossing(b, a);
+bool IsLess(const Point3D& a, const Point3D& b) {
+    return std::tuple(a.GetX(), a.GetY(), a.GetZ()) < std::tuple(b.GetX(), b.GetY(), b.GetZ());
+}
+
+Point3D CutEnd::GetPoint() const {
+    if (first == second) return first->point;
+    const bool isOrdered = IsLess(first->point, second->point);
+    const CutCorner& a = isOrdered ? *first : *second;
+    const CutCorner& b = isOrdered ? *second : *first;
     return a.point + (b.point - a.point) * (a.height / (a.height - b.height));
 }
 
@@ -131,96 +141,81 @@ TriangleCut::TriangleCut(const std::array<CutCorner, 3>& corners) {
     for (std::size_t i = 0; i < 3; ++i) {
         const CutCorner& a = corners[i];
         const CutCorner& b = corners[i == 2 ? 0 : i + 1];
-        if (a.side == 0) {
-            if (count < 2) ends[static_cast<std::size_t>(count)] = a.point;
-            ++count;
-            ++cornersOnPlane;
-        } else if (a.side * b.side < 0) {
-            ends[static_cast<std::size_t>(count++)] = EdgeCrossing(a, b);
-        }
+        if (a.side != 0 && a.side * b.side >= 0) continue;
+        if (count < 2) ends[static_cast<std::size_t>(count)] = {&a, a.side == 0 ? &a : &b};
+        ++count;
+        cornersOnPlane += a.side == 0 ? 1 : 0;
     }
     isEdge = cornersOnPlane == 2;
 }
 
-void SectionPieces::Add(const std::array<CutCorner, 3>& corners) {
-    const TriangleCut cut(corners);
-    if (cut.count == 3) {
-        for (std::size_t i = 0; i < 3; ++i) AddEdge(corners[i].point, corners[i == 2 ? 0 : i + 1].point, true);
-    } else if (cut.isEdge) {
-        AddEdge(cut.ends[0], cut.ends[1], false);
-    } else if (cut.count == 2) {
-        AddPiece(cut.ends[0], cut.ends[1]);
-    } else if (cut.count == 1 && touches == Touches::Keep) {
-        points.push_back(cut.ends[0]);
-    }
+bool PlaneEdges::Take(const std::array<CutCorner, 3>& corners, const TriangleCut& cut) {
+    if (cut.isEdge) Add(cut.ends[0].first->point, cut.ends[1].first->point, false);
+    if (cut.count != 3) return cut.isEdge;
+    for (std::size_t i = 0; i < 3; ++i) Add(corners[i].point, corners[i == 2 ? 0 : i + 1].point, true);
+    return true;
 }
 
-void SectionPieces::AddPiece(const Point3D& from, const Point3D& to) {
-    const Vec3D way = to - from;
-    const double sum = way.GetX() + way.GetY() + way.GetZ();
-    if (!IsSame(from, to) && std::isfinite(sum)) pieces.push_back({from, to});
+bool PlaneEdges::IsSame(const Edge& a, const Edge& b) {
+    return detail::IsSame(a.from, b.from) && detail::IsSame(a.to, b.to);
 }
 
-void SectionPieces::AddEdge(const Point3D& a, const Point3D& b, bool isOfFlatTriangle) {
-    edges.push_back({IsLess(b, a) ? Piece{b, a} : Piece{a, b}, isOfFlatTriangle});
+void PlaneEdges::Add(const Point3D& a, const Point3D& b, bool isOfFlatTriangle) {
+    const bool isOrdered = IsLess(a, b);
+    edges.push_back({isOrdered ? a : b, isOrdered ? b : a, isOfFlatTriangle});
 }
 
-void SectionPieces::TakeEdges() {
-    std::sort(edges.begin(), edges.end(), [](const PlaneEdge& a, const PlaneEdge& b) {
-        return IsLess(a.piece.from, b.piece.from) ||
-               (IsSame(a.piece.from, b.piece.from) && IsLess(a.piece.to, b.piece.to));
+void PlaneEdges::Sort() {
+    std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) {
+        return IsLess(a.from, b.from) || (detail::IsSame(a.from, b.from) && IsLess(a.to, b.to));
     });
-    for (auto first = edges.begin(); first != edges.end();) {
-        const auto isOther = [&](const PlaneEdge& edge) {
-            return !IsSame(edge.piece.from, first->piece.from) || !IsSame(edge.piece.to, first->piece.to);
-        };
-        const auto end = std::find_if(first, edges.end(), isOther);
-        const auto flat = std::count_if(first, end, [](const PlaneEdge& edge) { return edge.isOfFlatTriangle; });
-        if (flat % 2 != 0 || flat != end - first) AddPiece(first->piece.from, first->piece.to);
-        first = end;
-    }
-    edges.clear();
 }
 
-void SectionPieces::TakePoints() {
-    std::vector<Point3D> ends;
-    for (const Piece& piece : pieces) ends.insert(ends.end(), {piece.from, piece.to});
-    std::sort(ends.begin(), ends.end(), IsLess);
-    std::sort(points.begin(), points.end(), IsLess);
-    points.erase(std::unique(points.begin(), points.end(), IsSame), points.end());
-    std::erase_if(points, [&](const Point3D& p) { return std::binary_search(ends.begin(), ends.end(), p, IsLess); });
+void SectionPieces::AddPiece(const End& from, const End& to) {
+    if (!IsSame(from.point, to.point) && IsFinite(from) && IsFinite(to)) pieces.push_back({from, to});
 }
 
-void SectionPieces::Chain(const Vec3D& direction, std::vector<LineString3D>& out) {
-    TakeEdges();
-    TakePoints();
-    // The ends of pieces in order: the same place has a run of them.
+void SectionPieces::AddPoint(const End& end) {
+    if (IsFinite(end)) points.push_back(end);
+}
+
+void SectionPieces::Chain(std::vector<LineString3D>& out) {
+    // The ends of pieces in order: those of one place follow each other.
     std::vector<std::size_t> order(2 * pieces.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
-    const auto end = [this](std::size_t i) -> const Point3D& {
-        return i % 2 == 0 ? pieces[i / 2].from : pieces[i / 2].to;
-    };
-    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return IsLess(end(a), end(b)); });
+    const auto end = [this](std::size_t i) -> const End& { return i % 2 == 0 ? pieces[i / 2].from : pieces[i / 2].to; };
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+        return IsLess(end(a).point, end(b).point) || (IsSame(end(a).point, end(b).point) && a < b);
+    });
     std::vector<std::pair<std::size_t, std::size_t>> links(pieces.size());
-    std::vector<Point3D> places;
+    std::vector<End> places;
     for (const std::size_t i : order) {
-        if (places.empty() || !IsSame(places.back(), end(i))) places.push_back(end(i));
+        if (places.empty() || !IsSame(places.back().point, end(i).point)) places.push_back(end(i));
+        places.back().station = std::min(places.back().station, end(i).station);
         (i % 2 == 0 ? links[i / 2].first : links[i / 2].second) = places.size() - 1;
     }
 
-    std::vector<std::vector<Point3D>> strings;
+    std::vector<std::vector<End>> strings;
     Walks(places.size(), std::move(links)).ForEach([&](const std::vector<std::size_t>& walk) {
-        std::vector<Point3D>& string = strings.emplace_back();
+        std::vector<End>& string = strings.emplace_back();
         for (const std::size_t place : walk) string.push_back(places[place]);
-        Direct(string, direction);
+        Direct(string);
     });
-    for (const Point3D& point : points) strings.push_back({point, point});
-    if (strings.empty()) return;
-    const Point3D origin = strings.front().front();
-    std::stable_sort(strings.begin(), strings.end(), [&](const auto& a, const auto& b) {
-        return (a.front() - origin).DotProduct(direction) < (b.front() - origin).DotProduct(direction);
-    });
-    for (std::vector<Point3D>& string : strings) out.emplace_back(std::move(string));
+    const auto isLess = [](const End& a, const End& b) { return IsLess(a.point, b.point); };
+    std::sort(points.begin(), points.end(), isLess);
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const bool isRepeated = i > 0 && IsSame(points[i].point, points[i - 1].point);
+        if (isRepeated || std::binary_search(places.begin(), places.end(), points[i], isLess)) continue;
+        strings.push_back({points[i], points[i]});
+    }
+    std::stable_sort(strings.begin(), strings.end(),
+                     [](const auto& a, const auto& b) { return a.front().station < b.front().station; });
+    for (const std::vector<End>& string : strings) {
+        std::vector<Point3D> line;
+        line.reserve(string.size());
+        for (const End& place : string) line.push_back(place.point);
+        out.emplace_back(std::move(line));
+    }
     pieces.clear();
     points.clear();
 }

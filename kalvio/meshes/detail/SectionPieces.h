@@ -1,7 +1,6 @@
 #pragma once
 
 #include "kalvio/core/Point3D.h"
-#include "kalvio/core/Vec3D.h"
 #include "kalvio/polygons/LineString3D.h"
 
 #include <array>
@@ -17,60 +16,93 @@ struct CutCorner {
     int side = 0;         // 1 above, -1 below, 0 where it counts as on the plane
 };
 
-/// The point in which the edge between two corners on different sides passes the plane. The same edge has the same
-/// point, bit by bit, whichever triangle asks and in whichever direction.
-Point3D EdgeCrossing(const CutCorner& a, const CutCorner& b);
+/// A corner on the plane (twice the same), or the point in which the edge between two corners passes it. The same edge
+/// has the same point, bit by bit, whichever triangle asks and in whichever direction.
+struct CutEnd {
+    const CutCorner* first = nullptr;
+    const CutCorner* second = nullptr;
 
-/// What a plane has in common with a triangle: nothing, a corner, a piece (a corner or edge point at either end), or
-/// all of it.
+    Point3D GetPoint() const;
+};
+
+/// What a plane has in common with a triangle: nothing, a corner, a piece between two ends, or all of it. The corners
+/// must stay as they are while the ends are used.
 struct TriangleCut {
     explicit TriangleCut(const std::array<CutCorner, 3>& corners);
 
     int count = 0;  // of the ends: 0, 1, 2; 3 for a triangle in the plane
-    std::array<Point3D, 2> ends;
+    std::array<CutEnd, 2> ends;
     bool isEdge = false;  // the piece is an edge of the triangle
 };
 
-/// The cuts of many triangles by one plane, joined into line strings.
-///
-/// Ends of pieces are one place when they come from one corner or one edge, or from another with the same coordinates:
-/// `EdgeCrossing` makes their bits equal, and nothing is joined within a tolerance.
-class SectionPieces {
+/// The edges of triangles in a plane. Of triangles in the plane those count that border on one such triangle only; an
+/// edge that triangles outside the plane share counts once.
+class PlaneEdges {
 public:
-    /// What becomes of corners that touch the plane while their triangle stays on one side of it.
-    enum class Touches : bool { LeaveOut, Keep };
-
-    explicit SectionPieces(Touches touching = Touches::LeaveOut) : touches(touching) {}
-
-    bool IsEmpty() const { return pieces.empty() && edges.empty() && points.empty(); }
-    /// Takes the cut of a triangle. Of triangles in the plane the edges count that border on one such triangle only; an
-    /// edge in the plane that triangles outside it share counts once.
-    void Add(const std::array<CutCorner, 3>& corners);
-    /// Ends that are not finite, or the same, make no piece.
-    void AddPiece(const Point3D& from, const Point3D& to);
-    /// Appends the fewest line strings that run through every piece once (C. Hierholzer, 1873). Each is directed along
-    /// `direction`, a closed one starts at its first point along it, and they come in the order of their starts. A
-    /// corner that only touches the plane becomes a string of that point twice.
-    void Chain(const Vec3D& direction, std::vector<LineString3D>& out);
+    /// Takes the cut of a triangle. @return false when it has no edge in the plane
+    bool Take(const std::array<CutCorner, 3>& corners, const TriangleCut& cut);
+    bool IsEmpty() const { return edges.empty(); }
+    /// Calls visit(from, to) for the edges that count, from the lesser end to the greater.
+    template <class Visit>
+    void ForEach(Visit&& visit) {
+        Sort();
+        for (std::size_t first = 0; first < edges.size();) {
+            std::size_t end = first;
+            std::size_t flat = 0;
+            for (; end < edges.size() && IsSame(edges[first], edges[end]); ++end) {
+                flat += edges[end].isOfFlatTriangle ? 1 : 0;
+            }
+            if (flat % 2 != 0 || flat != end - first) visit(edges[first].from, edges[first].to);
+            first = end;
+        }
+    }
 
 private:
-    struct Piece {
+    struct Edge {
         Point3D from;
         Point3D to;
-    };
-    struct PlaneEdge {
-        Piece piece;  // from its lesser end
         bool isOfFlatTriangle;
     };
 
-    void AddEdge(const Point3D& a, const Point3D& b, bool isOfFlatTriangle);
-    void TakeEdges();
-    void TakePoints();
+    static bool IsSame(const Edge& a, const Edge& b);
+    void Add(const Point3D& a, const Point3D& b, bool isOfFlatTriangle);
+    void Sort();
 
-    Touches touches;
-    std::vector<Piece> pieces;
-    std::vector<PlaneEdge> edges;  // in the plane
-    std::vector<Point3D> points;   // that touch it
+    std::vector<Edge> edges;
 };
+
+/// Pieces that are joined into line strings.
+///
+/// Ends are one place when their coordinates are the same: so are those that come from one corner or one edge
+/// (`CutEnd`). Nothing is joined within a tolerance. Stations are lengths along the cut, by which strings are directed
+/// and ordered.
+class SectionPieces {
+public:
+    struct End {
+        Point3D point;
+        double station = 0.0;
+    };
+
+    bool IsEmpty() const { return pieces.empty() && points.empty(); }
+    /// Ends that are the same make no piece, nor do ends that are not finite.
+    void AddPiece(const End& from, const End& to);
+    /// A point that becomes a string of itself twice unless a piece ends there.
+    void AddPoint(const End& end);
+    /// Appends the fewest line strings that run through every piece once (C. Hierholzer, 1873), each in the direction
+    /// of ascending stations, in the order of their starts. A closed one starts at its least station.
+    void Chain(std::vector<LineString3D>& out);
+
+private:
+    struct Piece {
+        End from;
+        End to;
+    };
+
+    std::vector<Piece> pieces;
+    std::vector<End> points;
+};
+
+/// The order by x, then y, then z.
+bool IsLess(const Point3D& a, const Point3D& b);
 
 }  // namespace Kalvio::Math::detail

@@ -1,0 +1,180 @@
+#include "kalvio/core/Plane3D.h"
+#include "kalvio/core/Triangle3D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/queries/Intersection.h"
+#include "meshes/Meshes.h"
+
+namespace Kalvio::Math {
+namespace {
+
+const auto kWhole = [](unsigned int, unsigned int) { return true; };
+
+IndexedTriangleSet3D Soup(const IndexedTriangleSet3D& set) {
+    IndexedTriangleSet3D soup;
+    Point3D a, b, c;
+    for (unsigned int i = 0; set.GetTriangleAt(i, a, b, c); ++i) soup.AddTriangle(b, c, a, i % 2 == 0, false);
+    return soup;
+}
+
+double TotalLength(const std::vector<LineString3D>& strings) {
+    double sum = 0.0;
+    for (const LineString3D& string : strings) sum += string.GetLength();
+    return sum;
+}
+
+TEST(SectionTest, AChainOverASlopeGivesOneStringThatFollowsBoth) {
+    RandomNumbers random(20311);
+    for (int round = 0; round < 200; ++round) {
+        const Point2D corner = surveyOrigins[round % 2];
+        const Vec3D slope(random(-2, 2), random(-2, 2), random(-9, 9));
+        const auto height = [&](double x, double y) { return slope.GetX() * x + slope.GetY() * y + slope.GetZ(); };
+        IndexedTriangleSet3D grid = Grid(corner, 12, height, kWhole);
+        if (round % 3 == 0) grid = Soup(grid);
+        // Every third corner of the chain is on a vertex of the grid, others on edges, or anywhere.
+        LineString2D chain;
+        for (int i = 0; i < 9; ++i) {
+            Vec2D place(random(0.1, 11.9), random(0.1, 11.9));
+            if (i % 3 != 2) place.SetX(std::floor(place.GetX()));
+            if (i % 3 == 0) place.SetY(std::floor(place.GetY()));
+            chain.AppendPoint(corner + place);
+        }
+        std::vector<LineString3D> strings(1);
+        grid.GetSections(chain, strings);
+        ASSERT_EQ(strings.size(), 2u) << round;
+        EXPECT_NEAR(strings[1].GetLength2D(), chain.GetLength(), 1e-7);
+        EXPECT_EQ(std::as_const(strings[1]).GetStart().Distance2D(Point3D(chain.GetPoint(0), 0.0)), 0.0);
+        EXPECT_EQ(std::as_const(strings[1]).GetEnd().Distance2D(Point3D(chain.GetPoint(8), 0.0)), 0.0);
+        double station = 0.0;
+        for (const Point3D& p : strings[1].GetPoints()) {
+            const Vec2D v = p.GetPoint2D() - corner;
+            EXPECT_NEAR(p.GetZ(), height(v.GetX(), v.GetY()), 3e-8);
+            EXPECT_TRUE(chain.IsPointOnGeometry(p.GetPoint2D(), Tolerances(1e-8, 1e-10)));
+        }
+        for (unsigned int i = 0; i + 1 < chain.GetSize(); ++i) {
+            std::vector<LineString3D> parts;
+            grid.GetSectionsLineSegment(Line2D(chain.GetPoint(i), chain.GetPoint(i + 1)), parts);
+            ASSERT_EQ(parts.size(), 1u);
+            EXPECT_EQ(std::as_const(parts[0]).GetStart().Distance2D(Point3D(chain.GetPoint(i), 0.0)), 0.0);
+            station += parts[0].GetLength();
+        }
+        EXPECT_NEAR(station, strings[1].GetLength(), 1e-7);
+    }
+}
+
+TEST(SectionTest, LinesCutATorusInTheLoopsThatTheirDistanceTells) {
+    RandomNumbers random(20312);
+    int loops = 0;
+    for (int round = 0; round < 100; ++round) {
+        const Point2D center = surveyOrigins[round % 2];
+        const IndexedTriangleSet3D torus = Torus(center, 5.0, 8.0, 2.0, 40);
+        const Point2D direction(Angle(random(0, 7)), 1.0);
+        const double away = random(-11, 11);
+        const Point2D foot = center + Vec2D(-direction.GetY(), direction.GetX()) * away;
+        const Line2D line(foot, direction - Point2D());
+        std::vector<LineString3D> strings;
+        torus.GetSections(line, strings);
+        const double distance = std::abs(away);
+        if (std::abs(distance - 6.0) > 0.1 && std::abs(distance - 10.0) > 0.1) {
+            EXPECT_EQ(strings.size(), distance < 6.0 ? 2u : distance < 10.0 ? 1u : 0u) << distance;
+        }
+        // Against the cuts of the triangles one by one.
+        double length = 0.0;
+        Point3D a, b, c;
+        Line3D piece;
+        const Plane3D wall(Point3D(foot, 0.0), Vec3D(line.GetDirection().GetNormalVector(true), 0.0));
+        for (unsigned int i = 0; torus.GetTriangleAt(i, a, b, c); ++i) {
+            if (Intersection::TrianglePlane(Triangle3D(a, b, c), wall, piece, 1e-9) == 1) length += piece.GetLength();
+        }
+        EXPECT_NEAR(TotalLength(strings), length, 1e-5);
+        double station = -kInfinity;
+        for (const LineString3D& string : strings) {
+            EXPECT_EQ(string.GetPoints().front().Distance(string.GetPoints().back()), 0.0) << "closed";
+            const double start = (string[0].GetPoint2D() - foot).DotProduct(line.GetDirection());
+            EXPECT_GT(start, station);
+            station = start;
+            for (const Point3D& p : string.GetPoints()) {
+                EXPECT_GE((p.GetPoint2D() - foot).DotProduct(line.GetDirection()), start - 1e-9);
+                const double ring = p.GetPoint2D().Distance(center) - 8.0;
+                EXPECT_NEAR(std::hypot(ring, p.GetZ() - 5.0), 2.0, 0.06) << "on the surface, but for its chords";
+            }
+        }
+        loops += static_cast<int>(strings.size());
+    }
+    EXPECT_GT(loops, 80);
+}
+
+TEST(SectionTest, WallsBordersAndGaps) {
+    const auto pond = [](unsigned int x, unsigned int y) { return x < 2 || x > 3 || y < 2 || y > 3; };
+    const auto flat = [](double, double) { return 1.0; };
+    const IndexedTriangleSet3D block = Block(Point3D(0, 0, 0), Vec3D(4, 3, 2)), grid = Grid(Point2D(), 6, flat, pond);
+    const Point2D far(-1e6, 2);
+    struct Row {
+        const char* why;
+        const IndexedTriangleSet3D* set;
+        Point2D from, to;
+        std::vector<double> line, segment;  // lengths of the strings
+    };
+    const Row rows[] = {
+        {"through a block", &block, {-1, 1}, {9, 1}, {12}, {12}},
+        {"half of it", &block, {-1, 1}, {3, 1}, {12}, {8}},
+        {"inside it", &block, {1, 1}, {3, 1}, {12}, {2, 2}},
+        {"ends in its face", &block, {-1, 1}, {0, 1}, {12}, {2}},
+        {"along its face", &block, {-1, 3}, {9, 3}, {12}, {12}},
+        {"along half its face", &block, {2, 3}, {9, 3}, {12}, {6}},
+        {"beside it", &block, {-1, 4}, {9, 4}, {}, {}},
+        {"along an edge, upright", &block, {-1, 1}, {1, -1}, {2}, {2}},
+        {"across the pond", &grid, {0, 3}, {6, 3}, {2, 2}, {2, 2}},
+        {"along its shore", &grid, {6, 2}, {1, 2}, {6}, {5}},
+        {"from diagonal to diagonal",
+         &grid,
+         {-1, -1},
+         {2.5, 2.5},
+         {2 * std::sqrt(2.0), 2 * std::sqrt(2.0)},
+         {2 * std::sqrt(2.0)}},
+        {"touches a corner", &grid, {-1, 1}, {1, -1}, {}, {}},
+        {"no line", &grid, {1, 1}, {1, 1}, {}, {}},
+        {"not finite", &grid, {1, 1}, {kInfinity, 1}, {}, {}},
+    };
+    for (const Row& row : rows) {
+        for (const bool isSoup : {false, true}) {
+            const IndexedTriangleSet3D set = isSoup ? Soup(*row.set) : *row.set;
+            std::vector<LineString3D> lines, segments, chains;
+            set.GetSections(Line2D(row.from, row.to), lines);
+            set.GetSectionsLineSegment(Line2D(row.from, row.to), segments);
+            set.GetSections(LineString2D{row.from, row.to}, chains);
+            const auto lengths = [](const std::vector<LineString3D>& strings) {
+                std::vector<double> all;
+                for (const LineString3D& string : strings) all.push_back(string.GetLength());
+                return all;
+            };
+            EXPECT_THAT(lengths(lines), testing::Pointwise(testing::DoubleNear(1e-9), row.line)) << row.why;
+            EXPECT_THAT(lengths(segments), testing::Pointwise(testing::DoubleNear(1e-9), row.segment)) << row.why;
+            EXPECT_EQ(lengths(chains), lengths(segments)) << row.why;
+        }
+    }
+    // Around the pond: one string, closed. A wall at a bend is cut once.
+    std::vector<LineString3D> strings;
+    grid.GetSections(LineString2D{Point2D(1, 1), Point2D(5, 1), Point2D(5, 5), Point2D(1, 5), Point2D(1, 1)}, strings);
+    ASSERT_EQ(strings.size(), 1u);
+    EXPECT_NEAR(strings[0].GetLength(), 16.0, 1e-12);
+    EXPECT_THAT(strings[0][0], IsNear(Point3D(1, 1, 1), 0.0));
+    block.GetSections(LineString2D{Point2D(-1, 1), Point2D(0, 1), Point2D(0.5, 1.5)}, strings);
+    ASSERT_EQ(strings.size(), 2u);
+    EXPECT_NEAR(strings[1].GetLength(), 2.0 + std::sqrt(2.0), 1e-9);
+    // What cannot be cut takes no part.
+    IndexedTriangleSet3D wild = grid;
+    wild.AppendVertices(
+        {Point3D(1, 1, kNan), Point3D(kInfinity, 1, 1), Point3D(1e300, -1e300, 1), Point3D(-1e300, 1e300, 1e300)});
+    const unsigned int n = wild.GetVerticesSize();
+    wild.AppendIndexes({0, 8, n - 4, 0, 8, n - 3, 0, n - 2, n - 1, 0, 1, n, 4});
+    strings.clear();
+    wild.GetSections(Line2D(far, Point2D(1e6, 2.001)), strings);
+    wild.GetSections(LineString2D{far, Point2D(kNan, 1), Point2D(9, 1)}, strings);
+    for (const LineString3D& string : strings) {
+        for (const Point3D& p : string.GetPoints()) EXPECT_TRUE(std::isfinite(p.GetX() + p.GetY() + p.GetZ()));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
