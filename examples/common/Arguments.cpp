@@ -4,6 +4,7 @@
 #include "common/InputError.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace Kalvio::Examples {
 
@@ -14,12 +15,17 @@ void Arguments::AddText(const std::string& name, std::string& target) {
     };
 }
 
-void Arguments::AddPositive(const std::string& name, double& target, double largest) {
-    options[name] = [&target, largest](const std::string& value) {
-        const std::vector<double> numbers = ToNumbers(value);
-        if (numbers.size() != 1 || !(numbers[0] > 0.0 && numbers[0] <= largest)) return false;
-        target = numbers[0];
+void Arguments::AddNumber(const std::string& name, std::optional<double>& target) {
+    AddValue(name, [&target](double value) {
+        target = value;
         return true;
+    });
+}
+
+void Arguments::AddValue(const std::string& name, std::function<bool(double)> take) {
+    options[name] = [take = std::move(take)](const std::string& value) {
+        const std::vector<double> numbers = ToNumbers(value);
+        return numbers.size() == 1 && take(numbers[0]);
     };
 }
 

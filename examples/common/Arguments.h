@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,8 +23,16 @@ public:
     void AddWord(std::string& target) { words.push_back(&target); }
     void AddFlag(const std::string& name, bool& target) { flags[name] = &target; }
     void AddText(const std::string& name, std::string& target);
-    /// A number in (0, largest].
-    void AddPositive(const std::string& name, double& target, double largest = std::numeric_limits<double>::max());
+    void AddNumber(const std::string& name, std::optional<double>& target);
+    /// A number in (0, largest]; the target is a double or an optional one.
+    template <class Target>
+    void AddPositive(const std::string& name, Target& target, double largest = std::numeric_limits<double>::max()) {
+        AddValue(name, [&target, largest](double value) {
+            if (!(value > 0.0 && value <= largest)) return false;
+            target = value;
+            return true;
+        });
+    }
     /// `count` numbers with commas between; the option may be repeated.
     void AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target);
 
@@ -31,6 +40,9 @@ public:
     bool Read(const std::vector<std::string>& arguments) const;
 
 private:
+    /// `take` answers false for a number it cannot use.
+    void AddValue(const std::string& name, std::function<bool(double)> take);
+
     std::vector<std::string*> words;
     std::map<std::string, bool*> flags;
     std::map<std::string, std::function<bool(const std::string&)>> options;

@@ -35,12 +35,12 @@ SvgPanel DrawSectionGrid(Svg& svg, double left, double top, double width, double
     high = std::max(std::ceil(high / stepZ), low / stepZ + 1.0) * stepZ;
     const SvgPanel panel(left, top, width, height, BoundingBox2D(Point2D(from, low), Point2D(to, high)), false);
     const SvgStyle grid{"#dddddd", 0.7, "", ""};
-    for (double z = low; z <= high + stepZ * 0.5; z += stepZ) {
+    for (const double z : Multiples(stepZ, low - stepZ * 0.5, high + stepZ * 0.5)) {
         svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(from, z), Point2D(to, z)}), grid);
         svg.Text(panel.ToPage(Point2D(from, z)) + Vec2D(-6, 3.5), Fixed(z, stepZ < 1.0 ? 1 : 0), 10, "#555555",
                  SvgAnchor::End);
     }
-    for (double s = std::ceil(from / stepS) * stepS; s <= to; s += stepS) {
+    for (const double s : Multiples(stepS, from, to)) {
         svg.Polyline(panel.ToPage(std::vector<Point2D>{Point2D(s, low), Point2D(s, high)}), grid);
         svg.Text(panel.ToPage(Point2D(s, low)) + Vec2D(0, 14), Fixed(s, 0), 10, "#555555", SvgAnchor::Middle);
     }

@@ -23,6 +23,8 @@ using namespace Kalvio::Math;  // an example speaks mostly the library's words
 
 namespace {
 
+constexpr double profileRounding = 1e-5;  // files round stations; nearer ones are one
+
 class Reader : private LandXmlDocument {
 public:
     explicit Reader(const std::string& path) : LandXmlDocument(path) { CollectPoints(GetRoot()); }
@@ -266,8 +268,6 @@ private:
         return result;
     }
 
-    static constexpr double profileRounding = 1e-5;  // files round stations; nearer curve ends meet
-
     std::unordered_map<std::string, pugi::xml_node> points;
 };
 
@@ -278,7 +278,12 @@ bool Alignment::GetHeight(double station, double& height) const {
     for (const ProfileGap& gap : gaps) {
         if (station > gap.from && station < gap.to) return false;
     }
-    return profile.GetYUsingLengthAlongXAxis(station - profile.GetStart().GetX(), height) != 0;
+    const double start = profile.GetStart().GetX();
+    const double end = profile.GetEnd().GetX();
+    // The length of the axis and the last station of the profile are rounded each by itself.
+    if (station < start && station > start - profileRounding) station = start;
+    if (station > end && station < end + profileRounding) station = end;
+    return profile.GetYUsingLengthAlongXAxis(station - start, height) != 0;
 }
 
 LandXmlFile ReadLandXml(const std::string& path) { return Reader(path).Read(); }

@@ -18,11 +18,11 @@ Ids ReadPoints(const LandXmlDocument& document, pugi::xml_node definition, Surfa
         for (const pugi::xml_node node : group.children("P")) {
             const std::string id = node.attribute("id").as_string();
             if (id.empty()) document.Fail(node, "<P> without id");
-            if (!ids.emplace(id, static_cast<unsigned int>(surface.vertices.size())).second) {
+            if (!ids.emplace(id, surface.mesh.GetVerticesSize()).second) {
                 document.Fail(node, "a second point " + id);
             }
             const std::vector<double> place = document.Numbers(node, 3);  // northing, easting, height
-            surface.vertices.emplace_back(place[1], place[0], place[2]);
+            surface.mesh.AppendVertex(Math::Point3D(place[1], place[0], place[2]));
         }
     }
     return ids;
@@ -40,7 +40,7 @@ void ReadFaces(const LandXmlDocument& document, pugi::xml_node definition, const
             for (std::string id; words >> id; ++corners) {
                 const auto found = ids.find(id);
                 if (found == ids.end()) document.Fail(node, "<F> names point " + id + ", which is not in <Pnts>");
-                surface.indexes.push_back(found->second);
+                surface.mesh.GetIndexes().push_back(found->second);
             }
             if (corners != 3) document.Fail(node, "<F> with " + std::to_string(corners) + " corners instead of 3");
         }
@@ -60,7 +60,7 @@ Surface ReadSurface(const LandXmlDocument& document, pugi::xml_node node) {
     surface.statedPlanArea = stated("area2DSurf");
     surface.statedSurfaceArea = stated("area3DSurf");
     ReadFaces(document, definition, ReadPoints(document, definition, surface), surface);
-    if (surface.indexes.empty()) document.Fail(definition, "a surface without visible faces");
+    if (surface.mesh.GetIndexes().empty()) document.Fail(definition, "a surface without visible faces");
     return surface;
 }
 

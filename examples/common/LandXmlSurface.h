@@ -2,7 +2,7 @@
 
 #include "common/InputError.h"
 
-#include "kalvio/core/Point3D.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
 
 #include <cstddef>
 #include <optional>
@@ -14,9 +14,8 @@ namespace Kalvio::Examples {
 /// A triangulated surface as the file has it: x the easting, y the northing, z the height.
 struct Surface {
     std::string name;
-    std::vector<Math::Point3D> vertices;
-    std::vector<unsigned int> indexes;  // three for each face, positions in `vertices`
-    std::size_t invisibleFaces = 0;     // left out
+    Math::IndexedTriangleSet3D mesh;
+    std::size_t invisibleFaces = 0;  // left out
     std::optional<double> statedPlanArea;
     std::optional<double> statedSurfaceArea;
 };

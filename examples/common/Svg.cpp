@@ -128,6 +128,16 @@ double NiceStep(double range, int parts) {
     return 10.0 * power;
 }
 
+std::vector<double> Multiples(double step, double from, double to) {
+    constexpr double most = 1000.0;
+    std::vector<double> values;
+    const double first = std::ceil(from / step);
+    const double count = std::floor(to / step) - first + 1.0;
+    if (!(count <= most)) return values;
+    for (int k = 0; k < static_cast<int>(count); ++k) values.push_back((first + k) * step);
+    return values;
+}
+
 std::string Fixed(double value, int decimals) {
     std::array<char, 400> buffer{};
     const int length = std::snprintf(buffer.data(), buffer.size(), "%.*f", decimals, value);

@@ -65,6 +65,9 @@ private:
 /// The nearest of 1, 2, 5 x 10^n that divides `range` into at most `parts` steps.
 double NiceStep(double range, int parts);
 
+/// The multiples of `step` in [from, to]; none when they are too many to draw.
+std::vector<double> Multiples(double step, double from, double to);
+
 /// Fixed notation with the given number of decimals.
 std::string Fixed(double value, int decimals);
 

@@ -1,11 +1,11 @@
 #include "common/LandXml.h"
 #include "common/LandXmlSurface.h"
+#include "examples/RealData.h"
 
 #include "support/Near.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -134,32 +134,22 @@ TEST(LandXmlTest, SurfacesAreReadByTheirPointIdsWithoutInvisibleFaces) {
     }
 }
 
-// Roads built or planned by others; KALVIO_TEST_DATA names the folder that holds them.
-class RealRoadTest : public testing::Test {
-protected:
-    void SetUp() override {
-        const char* const folder = std::getenv("KALVIO_TEST_DATA");
-        if (folder == nullptr) GTEST_SKIP() << "KALVIO_TEST_DATA is not set: the real roads are not here";
-        data = std::string(folder) + "/landxml/";
-        if (!std::filesystem::exists(data)) GTEST_SKIP() << data << " is not here";
-    }
-    std::string data;
-};
+using RealRoadTest = RealDataTest;
 
 TEST_F(RealRoadTest, StatedEndsClose) {
     for (const char* const name : {"M3.xml", "Y10.xml", "Y11.xml"}) {
-        const LandXmlFile file = ReadLandXml(data + name);
+        const LandXmlFile file = ReadLandXml(data + "landxml/" + name);
         for (const Alignment& alignment : file.alignments) CheckClosure(alignment, 1e-5);
     }
-    const LandXmlFile m3 = ReadLandXml(data + "M3.xml");
+    const LandXmlFile m3 = ReadLandXml(data + "landxml/M3.xml");
     EXPECT_NEAR(m3.alignments.front().plan.GetLength(), 1266.246238, 2e-6);
-    const LandXmlFile feet = ReadLandXml(data + "subdivision.xml");
+    const LandXmlFile feet = ReadLandXml(data + "landxml/subdivision.xml");
     EXPECT_EQ(feet.alignments.size(), 6U);
     for (const Alignment& alignment : feet.alignments) CheckClosure(alignment, 1e-4);
 }
 
 TEST_F(RealRoadTest, EveryStationIsFoundAgain) {
-    const LandXmlFile file = ReadLandXml(data + "M3.xml");
+    const LandXmlFile file = ReadLandXml(data + "landxml/M3.xml");
     const Polyline2D& plan = file.alignments.front().plan;
     std::vector<Polyline2D::PolylinePoint> samples;
     ASSERT_TRUE(plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, 5.0, 1e-6));

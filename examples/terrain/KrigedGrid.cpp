@@ -1,0 +1,100 @@
+#include "terrain/KrigedGrid.h"
+
+#include "common/InputError.h"
+#include "common/Progress.h"
+
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/statistics/ExponentialVariogramModel.h"
+#include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/OrdinaryKriging.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Kalvio::Examples {
+
+using namespace Math;
+
+namespace {
+
+// The system of the samples is a full matrix and is factored once, cubic in their number.
+constexpr std::size_t mostSamples = 4000;
+constexpr double mostNodes = 4e6;
+
+BoundingBox2D ExtentOf(const std::vector<Point3D>& samples) {
+    BoundingBox2D extent = samples.front().GetBoundingBox2D();
+    for (const Point3D& sample : samples) extent += sample.GetBoundingBox2D();
+    return extent;
+}
+
+double VarianceOf(const std::vector<Point3D>& samples) {
+    const double count = static_cast<double>(samples.size());
+    double mean = 0.0;
+    for (const Point3D& sample : samples) mean += sample.GetZ() / count;
+    double variance = 0.0;
+    for (const Point3D& sample : samples) variance += (sample.GetZ() - mean) * (sample.GetZ() - mean) / count;
+    return variance;
+}
+
+}  // namespace
+
+Variability::Variability(const std::vector<Point3D>& samples, const std::optional<double>& sillValue,
+                         const std::optional<double>& rangeValue)
+    : sill(sillValue.value_or(0.0)), range(rangeValue.value_or(0.0)) {
+    if (samples.empty()) throw InputError("no points to krige from");
+    if (!sillValue) sill = std::max(VarianceOf(samples), 1e-6);
+    if (!rangeValue) range = std::max(ExtentOf(samples).GetSize().Length() / 3.0, 1e-6);
+}
+
+KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const Variability& variability) {
+    if (samples.size() > mostSamples) {
+        throw InputError("kriging takes at most " + std::to_string(mostSamples) + " points, not " +
+                         std::to_string(samples.size()));
+    }
+    const OrdinaryKriging kriging(new ExponentialVariogramModel(variability.sill, variability.range));
+    KrigingSystem system;
+    if (!system.Build(kriging, samples)) {
+        throw InputError("the points cannot be kriged: none, or two of them at one place");
+    }
+    const BoundingBox2D extent = ExtentOf(samples);
+    const double firstColumn = std::floor(extent.GetMinPoint().GetX() / spacing);
+    const double firstRow = std::floor(extent.GetMinPoint().GetY() / spacing);
+    const double columnCount = std::floor(extent.GetMaxPoint().GetX() / spacing) - firstColumn + 2.0;
+    const double rowCount = std::floor(extent.GetMaxPoint().GetY() / spacing) - firstRow + 2.0;
+    if (!(columnCount * rowCount <= mostNodes)) {
+        throw InputError("the grid's spacing is too narrow for the extent of the points");
+    }
+    columns = static_cast<unsigned int>(columnCount);
+    rows = static_cast<unsigned int>(rowCount);
+    nodes.reserve(static_cast<std::size_t>(columns) * rows);
+    Progress progress("kriging", rows);
+    for (unsigned int row = 0; row < rows; ++row) {
+        for (unsigned int column = 0; column < columns; ++column) {
+            const Point2D place((firstColumn + column) * spacing, (firstRow + row) * spacing);
+            double height = 0.0;
+            double variance = 0.0;
+            if (!system.Interpolate(place, height, variance)) throw InputError("the points cannot be kriged");
+            nodes.push_back({Point3D(place, height), std::sqrt(std::max(variance, 0.0))});
+        }
+        progress.Step();
+    }
+}
+
+IndexedTriangleSet3D KrigedGrid::MakeSurface() const {
+    std::vector<Point3D> vertices;
+    vertices.reserve(nodes.size());
+    for (const Node& node : nodes) vertices.push_back(node.place);
+    std::vector<unsigned int> indexes;
+    for (unsigned int row = 0; row + 1 < rows; ++row) {
+        for (unsigned int column = 0; column + 1 < columns; ++column) {
+            const unsigned int a = row * columns + column;
+            const unsigned int d = a + columns;
+            indexes.insert(indexes.end(), {a, a + 1, d + 1, a, d + 1, d});
+        }
+    }
+    IndexedTriangleSet3D surface(vertices, indexes);
+    surface.SetCCW(true);
+    return surface;
+}
+
+}  // namespace Kalvio::Examples

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "common/LandXml.h"
+#include "terrain/KrigedGrid.h"
+#include "terrain/LongSection.h"
+
+#include "kalvio/core/Point3D.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+/// What the picture shows, one part below the other.
+struct PictureParts {
+    std::string title;
+    std::string unit;
+    const Math::IndexedTriangleSet3D* surface = nullptr;
+    const std::vector<Alignment>* alignments = nullptr;
+    const LongSection* section = nullptr;  // left out when null
+    const KrigedGrid* grid = nullptr;      // left out when null
+    const std::vector<Math::Point3D>* samples = nullptr;
+};
+
+/// Draws the hill-shaded plan with contours and axes, the long section with its cut and fill, and the kriged grid with
+/// its samples. @return false when the file cannot be written
+bool DrawPicture(const std::string& path, const PictureParts& parts);
+
+}  // namespace Kalvio::Examples

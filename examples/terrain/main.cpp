@@ -1,0 +1,263 @@
+// Reads terrain surfaces, measures them, cuts the long section of an alignment, kriges a grid, draws it all.
+
+#include "common/Arguments.h"
+#include "common/Csv.h"
+#include "common/InputError.h"
+#include "common/LandXml.h"
+#include "common/LandXmlSurface.h"
+#include "common/Svg.h"
+#include "terrain/KrigedGrid.h"
+#include "terrain/LongSection.h"
+#include "terrain/Measures.h"
+#include "terrain/Picture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Kalvio::Examples {
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: terrain SURFACE.xml [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv "
+    "OUT.csv]\n"
+    "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--nodes OUT.csv] [--svg OUT.svg]\n"
+    "  --surface  the surface that is cut and drawn (the first of the file)\n"
+    "  --over     height that volumes are taken over (that of the lowest vertex)\n"
+    "  --along    cuts the surface along the alignments of a file\n"
+    "  --step     distance of the stations in the table (20)\n"
+    "  --csv      where the table goes instead of the standard output: station, ground height, design height, and "
+    "fill\n"
+    "             (cut is negative)\n"
+    "  --krige    kriges heights from the points of a table: x,y,height\n"
+    "  --grid     distance of the kriged nodes (50)\n"
+    "  --sill, --range  of the exponential variogram (variance of the heights, a third of the extent's diagonal)\n"
+    "  --nodes    writes the kriged nodes: x,y,height,standard deviation\n"
+    "  --svg      draws the shaded plan with the alignments, the long section and the kriged grid\n";
+
+struct Options {
+    std::string file;
+    std::string surface;
+    std::optional<double> over;
+    std::string along;
+    double step = 20.0;
+    std::string csv;
+    std::string krige;
+    double grid = 50.0;
+    std::optional<double> sill;
+    std::optional<double> range;
+    std::string nodes;
+    std::string svg;
+};
+
+Arguments ArgumentsOf(Options& options) {
+    Arguments arguments;
+    arguments.AddWord(options.file);
+    arguments.AddText("--surface", options.surface);
+    arguments.AddNumber("--over", options.over);
+    arguments.AddText("--along", options.along);
+    arguments.AddPositive("--step", options.step);
+    arguments.AddText("--csv", options.csv);
+    arguments.AddText("--krige", options.krige);
+    arguments.AddPositive("--grid", options.grid);
+    arguments.AddPositive("--sill", options.sill);
+    arguments.AddPositive("--range", options.range);
+    arguments.AddText("--nodes", options.nodes);
+    arguments.AddText("--svg", options.svg);
+    return arguments;
+}
+
+std::string StatedText(double value, const std::optional<double>& stated) {
+    if (!stated) return "";
+    return " (stated " + Fixed(*stated, 4) + ", difference " + Fixed(value - *stated, 6) + ")";
+}
+
+void Report(const Surface& surface, const Measures& measures, const std::string& unit) {
+    std::printf("  plan area     %16.4f %s2%s\n", measures.planArea, unit.c_str(),
+                StatedText(measures.planArea, surface.statedPlanArea).c_str());
+    std::printf("  surface area  %16.4f %s2%s\n", measures.surfaceArea, unit.c_str(),
+                StatedText(measures.surfaceArea, surface.statedSurfaceArea).c_str());
+    std::printf("  heights       %16.4f to %.4f %s\n", measures.lowest, measures.highest, unit.c_str());
+    std::printf("  volume        %16.4f %s3 over the height %.4f\n", measures.volume, unit.c_str(), measures.base);
+    std::printf("  boundary      %zu outer ring(s), %zu hole(s), %.4f %s round\n", measures.outerRings, measures.holes,
+                measures.perimeter, unit.c_str());
+}
+
+// Reports a surface as the file has it, then turned upward.
+void ReportAndTurn(Surface& surface, const std::string& unit, const std::optional<double>& over) {
+    IndexedTriangleSet3D& mesh = surface.mesh;
+    const std::uint64_t unused = mesh.RemoveUnusedVertices();
+    std::printf("Surface %s: %u vertices (%llu more in no visible face), %llu triangles (%zu invisible left out)\n",
+                surface.name.c_str(), mesh.GetVerticesSize(), static_cast<unsigned long long>(unused),
+                static_cast<unsigned long long>(mesh.GetTrianglesCount()), surface.invisibleFaces);
+    unsigned int counterClockwise = 0;
+    unsigned int clockwise = 0;
+    unsigned int vertical = 0;
+    mesh.GetTotalWindings2D(counterClockwise, clockwise, vertical);
+    std::printf("  windings      %u counter-clockwise, %u clockwise, %u vertical\n", counterClockwise, clockwise,
+                vertical);
+    TurnUpward(mesh);
+    Report(surface, Measures(mesh, over), unit);
+}
+
+std::string HeightText(const std::optional<double>& height) { return height ? Fixed(*height, 4) : ""; }
+
+void WriteTable(std::ostream& out, const std::vector<LongSection>& sections) {
+    out << "alignment,station,x,y,ground,design,fill\n";
+    for (const LongSection& section : sections) {
+        for (const LongSection::Row& row : section.GetRows()) {
+            const bool hasFill = row.ground && row.design;
+            out << section.GetAlignment().name << ',' << Fixed(row.station, 4) << ',' << Fixed(row.place.GetX(), 4)
+                << ',' << Fixed(row.place.GetY(), 4) << ',' << HeightText(row.ground) << ',' << HeightText(row.design)
+                << ',' << (hasFill ? Fixed(*row.design - *row.ground, 4) : "") << '\n';
+        }
+    }
+}
+
+// Writes a file and says so. @throws InputError when that fails
+template <class Write>
+void WriteFile(const std::string& path, Write&& write) {
+    std::ofstream file(path, std::ios::binary);
+    write(file);
+    file.close();
+    if (file.fail()) throw InputError(path + ": cannot be written");
+    std::fprintf(stderr, "wrote %s\n", path.c_str());
+}
+
+void Report(const LongSection& section) {
+    std::printf("Along %s:", section.GetAlignment().name.c_str());
+    if (section.GetRuns().empty()) {
+        std::printf(" no ground\n");
+        return;
+    }
+    for (const LongSection::Run& run : section.GetRuns()) {
+        std::printf(" ground from station %.4f to %.4f;", run.front().GetX(), run.back().GetX());
+    }
+    std::optional<Point2D> deepest;  // station, fill
+    std::optional<Point2D> highest;
+    for (const LongSection::Run& run : section.GetRuns()) {
+        for (const Point2D& p : run) {
+            const std::optional<double> design = section.GetDesign(p.GetX());
+            if (!design) continue;
+            const Point2D fill(p.GetX(), *design - p.GetY());
+            if (!deepest || fill.GetY() < deepest->GetY()) deepest = fill;
+            if (!highest || fill.GetY() > highest->GetY()) highest = fill;
+        }
+    }
+    if (!deepest) {
+        std::printf(" no design heights there\n");
+        return;
+    }
+    const auto text = [](const char* what, double height, double station) {
+        if (height > 0.0) std::printf(" %s up to %.4f at %.4f;", what, height, station);
+    };
+    text("cut", -deepest->GetY(), deepest->GetX());
+    text("fill", highest->GetY(), highest->GetX());
+    std::printf("\n");
+}
+
+std::vector<Point3D> ReadSamples(const std::string& path) {
+    std::vector<Point3D> samples;
+    for (const std::vector<double>& row : ReadCsv(path, 3)) samples.emplace_back(row[0], row[1], row[2]);
+    return samples;
+}
+
+void Report(const KrigedGrid& grid, std::size_t samples, const Variability& variability, const std::string& unit) {
+    double lowest = grid.GetNodes().front().place.GetZ();
+    double highest = lowest;
+    double deviation = 0.0;
+    for (const KrigedGrid::Node& node : grid.GetNodes()) {
+        lowest = std::min(lowest, node.place.GetZ());
+        highest = std::max(highest, node.place.GetZ());
+        deviation = std::max(deviation, node.deviation);
+    }
+    std::printf(
+        "Kriged %u x %u nodes from %zu points (sill %.4g %s2, range %.4g %s): heights %.4f to %.4f, standard "
+        "deviation up to %.4f %s\n",
+        grid.GetNrOfColumns(), grid.GetNrOfRows(), samples, variability.sill, unit.c_str(), variability.range,
+        unit.c_str(), lowest, highest, deviation, unit.c_str());
+}
+
+Surface& Chosen(SurfaceFile& file, const Options& options) {
+    if (options.surface.empty()) return file.surfaces.front();
+    for (Surface& surface : file.surfaces) {
+        if (surface.name == options.surface) return surface;
+    }
+    throw InputError(options.file + ": no surface named " + options.surface);
+}
+
+int Run(const Options& options) {
+    SurfaceFile file = ReadLandXmlSurfaces(options.file);
+    const std::string unit = UnitText(file.linearUnit);
+    std::fprintf(stderr, "%s: %zu surface(s)\n", options.file.c_str(), file.surfaces.size());
+    Surface& chosen = Chosen(file, options);
+    for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
+
+    std::vector<Alignment> alignments;
+    std::vector<LongSection> sections;
+    if (!options.along.empty()) {
+        LandXmlFile road = ReadLandXml(options.along);
+        if (UnitText(road.linearUnit) != unit) {
+            std::fprintf(stderr, "warning: the surface is in %s, the alignment in %s\n", unit.c_str(),
+                         UnitText(road.linearUnit).c_str());
+        }
+        alignments = std::move(road.alignments);
+        for (const Alignment& alignment : alignments) {
+            std::fprintf(stderr, "cutting %s along %s\n", chosen.name.c_str(), alignment.name.c_str());
+            sections.emplace_back(chosen.mesh, alignment, options.step);
+            Report(sections.back());
+        }
+        if (options.csv.empty()) {
+            WriteTable(std::cout, sections);
+        } else {
+            WriteFile(options.csv, [&](std::ostream& out) { WriteTable(out, sections); });
+        }
+    }
+
+    std::optional<KrigedGrid> grid;
+    std::vector<Point3D> samples;
+    if (!options.krige.empty()) {
+        samples = ReadSamples(options.krige);
+        const Variability variability(samples, options.sill, options.range);
+        grid.emplace(samples, options.grid, variability);
+        Report(*grid, samples.size(), variability, unit);
+        if (!options.nodes.empty()) {
+            WriteFile(options.nodes, [&](std::ostream& out) {
+                out << "x,y,height,deviation\n";
+                for (const KrigedGrid::Node& node : grid->GetNodes()) {
+                    out << Fixed(node.place.GetX(), 4) << ',' << Fixed(node.place.GetY(), 4) << ','
+                        << Fixed(node.place.GetZ(), 4) << ',' << Fixed(node.deviation, 4) << '\n';
+                }
+            });
+        }
+    }
+
+    if (!options.svg.empty()) {
+        const auto section = std::max_element(
+            sections.begin(), sections.end(),
+            [](const LongSection& a, const LongSection& b) { return a.GetGroundLength() < b.GetGroundLength(); });
+        PictureParts parts{"Surface " + chosen.name, unit, &chosen.mesh, &alignments, nullptr, nullptr, &samples};
+        if (section != sections.end() && !section->GetRuns().empty()) parts.section = &*section;
+        if (grid) parts.grid = &*grid;
+        if (!DrawPicture(options.svg, parts)) throw InputError(options.svg + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace Kalvio::Examples
+
+int main(int argc, char** argv) {
+    using namespace Kalvio::Examples;
+    Options options;
+    return RunProgram("terrain", kUsage, ArgumentsOf(options), argc, argv, [&options] { return Run(options); });
+}
