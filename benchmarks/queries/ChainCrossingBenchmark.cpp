@@ -1,3 +1,7 @@
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/queries/Intersection.h"
@@ -77,6 +81,41 @@ BENCHMARK(BM_PolygonPolygon)
     ->ArgName("vertices")
     ->RangeMultiplier(10)
     ->Range(1000, 100000)
+    ->Unit(benchmark::kMicrosecond);
+
+// A mountain road: lines, clothoids, arcs and clothoids back, turn by turn.
+Polyline2D Road(std::int64_t count, double side) {
+    Polyline2D road;
+    IPolyline2DElement::PolylineElementPoint end{Point2D(385000.0 + side, 6672000.0), Vec2D(1.0, 0.0), 0.0};
+    const auto append = [&](auto* element) {
+        element->MakePointAndTangentAt(element->GetLength(), end);
+        road.AppendElement(element);
+    };
+    for (std::int64_t i = 0; i < count / 4; ++i) {
+        const double radius = i % 2 == 0 ? -80.0 : 80.0;
+        append(new Line2D(end.point, end.tangent * 20.0));
+        append(new Clothoid(0.0, radius, 40.0, end.point, end.tangent));
+        append(new Arc2D(end.point, end.point + end.tangent.GetNormalVector(true) * radius, Angle(radius / 160.0)));
+        append(new Clothoid(radius, 0.0, 40.0, end.point, end.tangent));
+    }
+    return road;
+}
+
+void BM_PolylinePolyline(benchmark::State& state) {
+    const Polyline2D a = Road(state.range(0), 0.0);
+    const Polyline2D b = Road(state.range(0), 7.0);
+    std::vector<Polyline2D::PolylinePoint> points;
+    for (auto _ : state) {
+        points.clear();
+        benchmark::DoNotOptimize(Intersection::PolylinePolyline(a, b, points, 1e-4));
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+    state.counters["points"] = static_cast<double>(points.size());
+}
+BENCHMARK(BM_PolylinePolyline)
+    ->ArgName("elements")
+    ->RangeMultiplier(10)
+    ->Range(100, 10000)
     ->Unit(benchmark::kMicrosecond);
 
 }  // namespace

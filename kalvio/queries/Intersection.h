@@ -3,6 +3,7 @@
 #include "kalvio/Export.h"
 #include "kalvio/core/ProjectionPlane.h"
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/queries/IntersectionResult.h"
 
 #include <vector>
@@ -183,6 +184,67 @@ public:
     static IntersectionResult ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out,
                                                const Tolerances& tolerances);
     static int ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out, double tolerance);
+
+    // Element polylines.
+    //
+    // Every element of the polyline is intersected on its own curve, those of line strings and polylines in it too. A
+    // crossing at a joint is one; of a stretch along which both run, however many elements it has, the two ends count.
+    // `out` receives points with tangent, station along the whole polyline and index of its element, in the order of
+    // their stations; at a joint that of the element that starts there. Boxes over runs of elements find the pairs that
+    // come near.
+    //
+    // The forms with a second list append to it the same places as points of the other operand, one for one: with
+    // stations along it. Where the other operand passes a place more than once, they report every passage, the forms
+    // without such a list the place.
+    //
+    // `Coincident` when both run along each other from end to end (all of the polyline on the infinite line), with the
+    // two ends of the stretch; `Degenerate` for an operand not longer than the user tolerance or not finite.
+
+    static IntersectionResult PolylineArc(const Polyline2D& polyline, const Arc2D& arc,
+                                          std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    static IntersectionResult PolylineArc(const Polyline2D& polyline, const Arc2D& arc,
+                                          std::vector<Polyline2D::PolylinePoint>& out,
+                                          std::vector<IPolyline2DElement::PolylineElementPoint>& onArc,
+                                          const Tolerances& tolerances);
+    static int PolylineArc(const Polyline2D& polyline, const Arc2D& arc, std::vector<Polyline2D::PolylinePoint>& out,
+                           double tolerance);
+    static IntersectionResult PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                               std::vector<Polyline2D::PolylinePoint>& out,
+                                               const Tolerances& tolerances);
+    static IntersectionResult PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                               std::vector<Polyline2D::PolylinePoint>& out,
+                                               std::vector<IPolyline2DElement::PolylineElementPoint>& onClothoid,
+                                               const Tolerances& tolerances);
+    static int PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                std::vector<Polyline2D::PolylinePoint>& out, double tolerance);
+    /// With the infinite line.
+    static IntersectionResult PolylineLine(const Polyline2D& polyline, const Line2D& line,
+                                           std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    /// @param onLine  stations before the start of the line are negative
+    static IntersectionResult PolylineLine(const Polyline2D& polyline, const Line2D& line,
+                                           std::vector<Polyline2D::PolylinePoint>& out,
+                                           std::vector<IPolyline2DElement::PolylineElementPoint>& onLine,
+                                           const Tolerances& tolerances);
+    static int PolylineLine(const Polyline2D& polyline, const Line2D& line, std::vector<Polyline2D::PolylinePoint>& out,
+                            double tolerance);
+    static IntersectionResult PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                                  std::vector<Polyline2D::PolylinePoint>& out,
+                                                  const Tolerances& tolerances);
+    static IntersectionResult PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                                  std::vector<Polyline2D::PolylinePoint>& out,
+                                                  std::vector<IPolyline2DElement::PolylineElementPoint>& onSegment,
+                                                  const Tolerances& tolerances);
+    static int PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                   std::vector<Polyline2D::PolylinePoint>& out, double tolerance);
+    static IntersectionResult PolylinePolyline(const Polyline2D& a, const Polyline2D& b,
+                                               std::vector<Polyline2D::PolylinePoint>& out,
+                                               const Tolerances& tolerances);
+    static IntersectionResult PolylinePolyline(const Polyline2D& a, const Polyline2D& b,
+                                               std::vector<Polyline2D::PolylinePoint>& out,
+                                               std::vector<Polyline2D::PolylinePoint>& onSecond,
+                                               const Tolerances& tolerances);
+    static int PolylinePolyline(const Polyline2D& a, const Polyline2D& b, std::vector<Polyline2D::PolylinePoint>& out,
+                                double tolerance);
 
     // Chains and areas.
     //

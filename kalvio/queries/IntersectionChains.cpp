@@ -21,10 +21,7 @@ namespace Kalvio::Math {
 namespace {
 
 using Closing = detail::ChainSegments::Closing;
-
-double NearnessOf(const Tolerances& tolerances) {
-    return std::max(detail::numericalZero, std::abs(tolerances.UserTolerance()));
-}
+using detail::NearnessOf;
 
 bool IsUsable(double length, const Tolerances& tolerances) {
     return length > NearnessOf(tolerances) && length <= detail::largestDouble;

@@ -53,6 +53,12 @@ std::vector<bool> FindCrowded(const std::vector<ChainContact>& contacts, const C
     return isCrowded;
 }
 
+/// How far two stations of a chain are apart, over its joint where it is closed.
+double Apart(double a, double b, const ChainExtent& chain) {
+    const double apart = std::abs(a - b);
+    return chain.isClosed ? std::min(apart, std::abs(chain.length - apart)) : apart;
+}
+
 /// Calls visit(station) with the stations that a place has, seen from its neighbours: on a closed chain two at the
 /// joint.
 template <class Visit>
@@ -161,9 +167,12 @@ CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExten
     std::sort(order.begin(), order.end());
 
     CommonPlaces common;
+    const double reach = leadsInto * tolerance;
     std::vector<ChainContact> joined;
+    std::vector<ChainPlace> places;
     for (std::size_t k = 0; k < order.size();) {
         joined.clear();
+        places.clear();
         bool areAlong = false;
         bool areCrossing = false;
         for (const std::size_t set = order[k].first; k < order.size() && order[k].first == set; ++k) {
@@ -172,18 +181,27 @@ CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExten
             areCrossing = areCrossing || joined.back().kind == ChainContact::Kind::Crossing;
         }
         if (areAlong) {
-            const std::size_t before = common.places.size();
-            const double reach = leadsInto * tolerance;
-            const bool coversFirst = AppendOuterEnds(joined, &ChainPlace::onFirst, first, reach, common.places);
-            const bool coversSecond = AppendOuterEnds(joined, &ChainPlace::onSecond, second, reach, common.places);
-            if (common.places.size() == before) common.places.push_back(joined.front().from);
+            const bool coversFirst = AppendOuterEnds(joined, &ChainPlace::onFirst, first, reach, places);
+            const bool coversSecond = AppendOuterEnds(joined, &ChainPlace::onSecond, second, reach, places);
+            if (places.empty()) places.push_back(joined.front().from);
+            common.coversFirst = common.coversFirst || coversFirst;
             common.isSame = common.isSame || (coversFirst && coversSecond);
         } else if (areCrossing) {
             for (const ChainContact& contact : joined) {
-                if (contact.kind == ChainContact::Kind::Crossing) common.places.push_back(contact.at);
+                if (contact.kind == ChainContact::Kind::Crossing) places.push_back(contact.at);
             }
         } else {
-            common.places.push_back(joined.front().at);
+            places.push_back(joined.front().at);
+        }
+        const std::size_t before = common.places.size();
+        for (const ChainPlace& place : places) {
+            const bool isKnown =
+                std::any_of(common.places.begin() + static_cast<std::ptrdiff_t>(before), common.places.end(),
+                            [&](const ChainPlace& known) {
+                                return Apart(place.onFirst, known.onFirst, first) <= 2.0 * tolerance &&
+                                       Apart(place.onSecond, known.onSecond, second) <= 2.0 * tolerance;
+                            });
+            if (!isKnown) common.places.push_back(place);
         }
     }
     std::stable_sort(common.places.begin(), common.places.end(),

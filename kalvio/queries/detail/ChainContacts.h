@@ -1,14 +1,23 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/Constants.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 /// What two chains have in common, gathered from what their segments or elements have in common.
 namespace Kalvio::Math::detail {
+
+/// How near two chains come where they meet: the user tolerance as a length, at least 1e-10.
+inline double NearnessOf(const Tolerances& tolerances) {
+    return std::max(numericalZero, std::abs(tolerances.UserTolerance()));
+}
 
 /// A place common to two chains: the point, and its lengths along both.
 struct ChainPlace {
@@ -40,7 +49,8 @@ struct ChainExtent {
 /// What two chains have in common: isolated places and the ends of the stretches along which they run together.
 struct CommonPlaces {
     std::vector<ChainPlace> places;  // by length along the first
-    bool isSame = false;             // they run along each other from end to end
+    bool coversFirst = false;        // the second runs along the first from end to end
+    bool isSame = false;             // they do so along each other
 };
 
 /// Gathers the contacts of pairs into places. Contacts that lead into each other on both chains are one: of a run along

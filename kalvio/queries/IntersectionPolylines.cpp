@@ -1,0 +1,168 @@
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/detail/ElementPath.h"
+
+#include <cmath>
+
+namespace Kalvio::Math {
+
+namespace {
+
+using PolylinePoints = std::vector<Polyline2D::PolylinePoint>;
+using ElementPoints = std::vector<IPolyline2DElement::PolylineElementPoint>;
+
+void AppendOnFirst(const detail::CommonPlaces& common, const detail::ElementPath& path, PolylinePoints& out) {
+    for (const detail::ChainPlace& place : common.places) out.push_back(path.At(place.point, place.onFirst));
+}
+
+/// The same, where the second path passes a place more than once, only one of them.
+void AppendOncePerStation(const detail::CommonPlaces& common, const detail::ElementPath& path, double nearness,
+                          PolylinePoints& out) {
+    const std::size_t before = out.size();
+    for (const detail::ChainPlace& place : common.places) {
+        const bool isKnown = out.size() > before && place.onFirst - out.back().station <= nearness &&
+                             place.point.IsEqualTo(out.back().point, nearness);
+        if (!isKnown) out.push_back(path.At(place.point, place.onFirst));
+    }
+}
+
+void AppendOnSecond(const detail::CommonPlaces& common, const detail::ElementPath& path, PolylinePoints& out) {
+    for (const detail::ChainPlace& place : common.places) out.push_back(path.At(place.point, place.onSecond));
+}
+
+void AppendOnSecond(const detail::CommonPlaces& common, const detail::ElementPath& path, ElementPoints& out) {
+    for (const detail::ChainPlace& place : common.places) {
+        out.push_back({place.point, path.At(place.point, place.onSecond).tangent, place.onSecond});
+    }
+}
+
+IntersectionResult ResultOf(const detail::CommonPlaces& common, bool isSame) {
+    if (common.places.empty()) return IntersectionResult::NoIntersection;
+    return isSame ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
+}
+
+/// @param onSecond  null: one point per station of the first
+template <class Points>
+IntersectionResult Cross(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out,
+                         Points* onSecond, const Tolerances& tolerances) {
+    const detail::ElementPath first(a, tolerances);
+    const detail::ElementPath second(b, tolerances);
+    if (!first.IsUsable() || !second.IsUsable()) return IntersectionResult::Degenerate;
+    const detail::CommonPlaces common = FindCommonPlaces(first, second, tolerances);
+    if (onSecond == nullptr) {
+        AppendOncePerStation(common, first, detail::NearnessOf(tolerances), out);
+    } else {
+        AppendOnFirst(common, first, out);
+        AppendOnSecond(common, second, *onSecond);
+    }
+    return ResultOf(common, common.isSame);
+}
+
+IntersectionResult Cross(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out,
+                         const Tolerances& tolerances) {
+    return Cross<PolylinePoints>(a, b, out, nullptr, tolerances);
+}
+
+int CountCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out, double tolerance) {
+    const std::size_t before = out.size();
+    Cross(a, b, out, detail::TolerancesFor(tolerance));
+    return static_cast<int>(out.size() - before);
+}
+
+IntersectionResult CrossLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out, ElementPoints* onLine,
+                             const Tolerances& tolerances) {
+    const detail::ElementPath path(polyline, tolerances);
+    if (!path.IsUsable() || !detail::ElementPath(line, tolerances).IsUsable()) return IntersectionResult::Degenerate;
+    const detail::CommonPlaces common = FindCommonPlaces(path, line, tolerances);
+    AppendOnFirst(common, path, out);
+    if (onLine != nullptr) {
+        const Vec2D along = line.GetDirection();
+        for (const detail::ChainPlace& place : common.places) onLine->push_back({place.point, along, place.onSecond});
+    }
+    return ResultOf(common, common.coversFirst);
+}
+
+}  // namespace
+
+IntersectionResult Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out,
+                                             const Tolerances& tolerances) {
+    return Cross(polyline, arc, out, tolerances);
+}
+
+IntersectionResult Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out,
+                                             ElementPoints& onArc, const Tolerances& tolerances) {
+    return Cross(polyline, arc, out, &onArc, tolerances);
+}
+
+int Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out, double tolerance) {
+    return CountCrossings(polyline, arc, out, tolerance);
+}
+
+IntersectionResult Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                                  PolylinePoints& out, const Tolerances& tolerances) {
+    return Cross(polyline, clothoid, out, tolerances);
+}
+
+IntersectionResult Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                                  PolylinePoints& out, ElementPoints& onClothoid,
+                                                  const Tolerances& tolerances) {
+    return Cross(polyline, clothoid, out, &onClothoid, tolerances);
+}
+
+int Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid, PolylinePoints& out,
+                                   double tolerance) {
+    return CountCrossings(polyline, clothoid, out, tolerance);
+}
+
+IntersectionResult Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out,
+                                              const Tolerances& tolerances) {
+    return CrossLine(polyline, line, out, nullptr, tolerances);
+}
+
+IntersectionResult Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out,
+                                              ElementPoints& onLine, const Tolerances& tolerances) {
+    return CrossLine(polyline, line, out, &onLine, tolerances);
+}
+
+int Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out, double tolerance) {
+    const std::size_t before = out.size();
+    CrossLine(polyline, line, out, nullptr, detail::TolerancesFor(tolerance));
+    return static_cast<int>(out.size() - before);
+}
+
+IntersectionResult Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                                     PolylinePoints& out, const Tolerances& tolerances) {
+    return Cross(polyline, segment, out, tolerances);
+}
+
+IntersectionResult Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                                     PolylinePoints& out, ElementPoints& onSegment,
+                                                     const Tolerances& tolerances) {
+    return Cross(polyline, segment, out, &onSegment, tolerances);
+}
+
+int Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment, PolylinePoints& out,
+                                      double tolerance) {
+    return CountCrossings(polyline, segment, out, tolerance);
+}
+
+IntersectionResult Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out,
+                                                  const Tolerances& tolerances) {
+    return Cross(a, b, out, tolerances);
+}
+
+IntersectionResult Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out,
+                                                  PolylinePoints& onSecond, const Tolerances& tolerances) {
+    return Cross(a, b, out, &onSecond, tolerances);
+}
+
+int Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out, double tolerance) {
+    return CountCrossings(a, b, out, tolerance);
+}
+
+}  // namespace Kalvio::Math
