@@ -131,7 +131,7 @@ public:
     /// What has been taken takes nothing: of vertices A, B, C at 0, 0.9 and 1.8 tolerances along a line B becomes A, C
     /// stays. No vertex moves. Then `RemoveLineTriangles(tolerance, true)` follows, so a second merge changes nothing.
     ///
-    /// Near linear in the number of indexes. Memory while it works: 8 bytes per vertex and 48 per distinct place.
+    /// Near linear in the number of indexes. Memory while it works: 8 bytes per vertex and about 60 per distinct place.
     /// Coordinates that are not finite merge with nothing.
     /// @return whether the number of indexes or vertices has changed; false, nothing changed, for a tolerance that is
     ///         negative or not finite

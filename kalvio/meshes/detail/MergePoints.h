@@ -18,7 +18,7 @@ namespace Kalvio::Math::detail {
 /// A cell is 8 to 16 tolerances wide, so that the neighbourhood of most points lies in one cell and never in more than
 /// two per axis; a cell holds a bounded number of places. Cells overlap nothing and miss nothing, whatever the size of
 /// the coordinates: rounding is monotone, and where doubles are farther apart than cells are wide each is a cell of its
-/// own. About 40 bytes and a bucket of 4 to 8 bytes per place.
+/// own. About 40 bytes and 8 to 16 bytes of buckets per place.
 template <int dimension>
 class PlaceTable {
 public:
@@ -38,6 +38,7 @@ public:
         middle = shift;
         low = shift - widened;
         high = shift + widened;
+        squareBound = tolerance * tolerance * (1.0 + 1e-12) + 1e-300;
         Resize(64);
     }
 
@@ -53,14 +54,13 @@ public:
         }
         const std::uint32_t found = isFinite ? Find(at) : none;
         if (found != none) return places[found];
-        if (places.size() >= buckets.size()) Resize(2 * buckets.size());
+        if (2 * places.size() >= buckets.size()) Resize(2 * buckets.size());
         places.push_back({at, none});
         if (isFinite) Link(static_cast<std::uint32_t>(places.size() - 1));
         return places.back();
     }
 
 private:
-    using Keys = std::array<std::uint64_t, dimension>;
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     static constexpr double largestReach = 1e160;  // greater distances overflow and are no distances
     static constexpr double smallestCell = 1e-18;
@@ -71,32 +71,35 @@ private:
         return std::bit_cast<std::uint64_t>(coordinate);
     }
 
-    std::size_t BucketOf(const Keys& keys) const {
-        std::uint64_t hash = 0;
-        for (const std::uint64_t key : keys) {
-            hash = (hash ^ (hash >> 32)) + key;
-            hash *= 0x9E3779B97F4A7C15U;  // 2^64 / golden ratio (D. E. Knuth, 1973)
-        }
-        return static_cast<std::size_t>(hash >> bucketShift);
+    // Odd multipliers with their bits well mixed (2^64 / golden ratio and relatives; D. E. Knuth, 1973).
+    static std::uint64_t HashOf(int axis, std::uint64_t key) {
+        constexpr std::uint64_t multipliers[] = {0x9E3779B97F4A7C15U, 0xC2B2AE3D27D4EB4FU, 0xD6E8FEB86659FD93U};
+        return (key ^ (key >> 32)) * multipliers[axis];
+    }
+    std::size_t BucketOf(std::uint64_t sumOfHashes) const {
+        return static_cast<std::size_t>(((sumOfHashes ^ (sumOfHashes >> 32)) * 0x9E3779B97F4A7C15U) >> bucketShift);
     }
 
     std::uint32_t Find(const std::array<double, dimension>& at) const {
-        Keys lows;
-        Keys highs;
-        unsigned int split = 0;  // axes along which two cells are near
+        std::uint64_t hash = 0;
+        std::array<std::uint64_t, dimension> change{};  // of the hash from one cell to the next along an axis
+        unsigned int split = 0;                         // axes along which two cells are near
         for (int axis = 0; axis < dimension; ++axis) {
-            lows[axis] = KeyOf(at[axis], low);
-            highs[axis] = KeyOf(at[axis], high);
-            if (lows[axis] != highs[axis]) split |= 1U << axis;
+            const std::uint64_t lower = KeyOf(at[axis], low);
+            const std::uint64_t upper = KeyOf(at[axis], high);
+            hash += HashOf(axis, lower);
+            if (lower == upper) continue;
+            split |= 1U << axis;
+            change[axis] = HashOf(axis, upper) - HashOf(axis, lower);
         }
-        std::uint32_t first = SearchBucket(BucketOf(lows), at, none);
+        std::uint32_t first = SearchBucket(BucketOf(hash), at, none);
         for (unsigned int corner = 1; corner <= split; ++corner) {
             if ((corner & ~split) != 0) continue;
-            Keys keys = lows;
+            std::uint64_t sum = hash;
             for (int axis = 0; axis < dimension; ++axis) {
-                if ((corner >> axis & 1U) != 0) keys[axis] = highs[axis];
+                if ((corner >> axis & 1U) != 0) sum += change[axis];
             }
-            first = SearchBucket(BucketOf(keys), at, first);
+            first = SearchBucket(BucketOf(sum), at, first);
         }
         return first;
     }
@@ -108,15 +111,15 @@ private:
                 const double difference = at[axis] - places[i].at[axis];
                 sum += difference * difference;
             }
-            if (i < first && std::sqrt(sum) <= tolerance) first = i;
+            if (sum <= squareBound && i < first && std::sqrt(sum) <= tolerance) first = i;
         }
         return first;
     }
 
     void Link(std::uint32_t i) {
-        Keys keys;
-        for (int axis = 0; axis < dimension; ++axis) keys[axis] = KeyOf(places[i].at[axis], middle);
-        std::uint32_t& head = buckets[BucketOf(keys)];
+        std::uint64_t hash = 0;
+        for (int axis = 0; axis < dimension; ++axis) hash += HashOf(axis, KeyOf(places[i].at[axis], middle));
+        std::uint32_t& head = buckets[BucketOf(hash)];
         places[i].next = head;
         head = i;
     }
@@ -131,6 +134,7 @@ private:
     }
 
     double tolerance;
+    double squareBound;  // of distances that may round to the tolerance
     double perCell;
     double low, middle, high;  // what is added to a coordinate before it is scaled
     int bucketShift = 0;
