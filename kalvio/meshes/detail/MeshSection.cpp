@@ -1,6 +1,7 @@
 #include "kalvio/meshes/detail/MeshSection.h"
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/meshes/detail/ChainRaster.h"
 #include "kalvio/meshes/detail/SectionPieces.h"
 #include "kalvio/meshes/detail/Triangles.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
@@ -172,6 +173,7 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
                    const std::vector<Point2D>& chain, std::vector<LineString3D>& out) {
     std::vector<PlanCut> cuts;
     cuts.reserve(chain.size());
+    Extent box;
     double station = 0.0;
     double noise = 0.0;
     for (std::size_t i = 1; i < chain.size(); ++i) {
@@ -180,15 +182,28 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
         cut.Place(station, i + 1 < chain.size());
         station += cut.GetLength();
         noise = std::max(noise, cut.GetNoise());
+        box.Add(chain[i - 1]);
+        box.Add(chain[i]);
     }
+    if (!(station > 0.0)) return;
+
+    // Most triangles are far from the chain: cells of about two triangles in width tell, then boxes over segments.
+    ChainRaster raster(box, noise, static_cast<std::size_t>(0.35 * std::sqrt(static_cast<double>(indexes.size() / 3))));
+    for (std::size_t i = 1; i < chain.size(); ++i) {
+        if (cuts[i - 1].IsSound()) raster.Mark(chain[i - 1], chain[i]);
+    }
+    std::vector<ChainRaster::Cell> cells;
+    cells.reserve(vertices.size());
+    for (const Point3D& vertex : vertices) cells.push_back(raster.CellOf(vertex));
     const SegmentBoxes boxes(chain);
     SectionPieces pieces;
     ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
+        if (!raster.MayMeet(cells[corners[0]], cells[corners[1]], cells[corners[2]])) return;
         const Point3D& a = vertices[corners[0]];
         const Point3D& b = vertices[corners[1]];
         const Point3D& c = vertices[corners[2]];
         Extent extent;
-        for (const Point3D* const p : {&a, &b, &c}) extent.Add(p->GetPoint2D());
+        for (const Point3D* const p : {&a, &b, &c}) extent.Add(Point2D(p->GetX(), p->GetY()));
         boxes.ForEachNear(extent, noise, [&](std::size_t segment) {
             PlanCut& cut = cuts[segment];
             if (cut.IsSound() && (cut.SidesOf(a) | cut.SidesOf(b) | cut.SidesOf(c)) == PlanCut::allSides) {
