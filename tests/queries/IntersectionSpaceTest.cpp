@@ -39,6 +39,8 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
         EXPECT_THAT(shortest.GetStart(), IsNear(place, noise));
         EXPECT_THAT(shortest.GetEnd(), IsNear(place + gap, noise));
         Point3D p(7, 7, 7);
+        const Line3D further(place + u * random(90, 99), place + u * random(2, 80));
+        EXPECT_EQ(Intersection::LineLine(a, further, p, kTolerances), R::Coincident) << "but for the rounding";
         EXPECT_EQ(Intersection::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
         EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? P(7, 7, 7) : place, noise));
         ASSERT_EQ(Intersection::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
