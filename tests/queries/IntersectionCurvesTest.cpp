@@ -7,6 +7,7 @@
 #include "kalvio/queries/Intersection.h"
 #include "support/Testing.h"
 
+#include <optional>
 #include <variant>
 
 namespace Kalvio::Math {
@@ -137,6 +138,195 @@ TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
                 }
             }
         }
+    }
+}
+
+const IPolyline2DElement& ElementOf(const Curve& curve) {
+    return std::visit([](const auto& known) -> const IPolyline2DElement& { return known; }, curve);
+}
+
+Sample SampleOf(const Curve& curve, double station) {
+    Sample sample;
+    EXPECT_TRUE(std::visit([&](const auto& known) { return known.MakePointAndTangentAt(station, sample); }, curve));
+    return sample;
+}
+
+constexpr int kKinds = 5;
+
+// A curve of a kind, some 100 long, that starts near the origin.
+Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin) {
+    const Point2D start = origin + Vec2D(random(-30, 30), random(-30, 30));
+    const Vec2D tangent = Point2D(Angle(random(-kPi, kPi)), 1.0) - Point2D();
+    const double side = random(-1, 1) < 0.0 ? -1.0 : 1.0;
+    const double radius = side * random(25, 300), length = random(20, 150);
+    switch (kind) {
+        case 0:
+            return Line2D(start, tangent * length);
+        case 1:
+            return Arc2D(start, start + tangent * std::abs(radius),
+                         Angle(random(0, 1) < 0.1 ? 2 * kPi : side * random(0.1, 6.2)));
+        case 2: {
+            const double parameter = std::sqrt(std::abs(radius) * std::min(length, 2.0 * std::abs(radius)));
+            const double from = random(0, 1) < 0.5 ? 0.0 : radius * random(1.5, 5);
+            const Clothoid grows(from, radius, parameter, start, tangent),
+                falls(radius, from, parameter, start, tangent);
+            return random(0, 1) < 0.5 ? grows : falls;
+        }
+        case 3: {
+            const auto type = static_cast<Spiral2D::Spiral2DType>(static_cast<std::uint32_t>(random(0, 5)));
+            return Spiral2D(type, random(-1, 1) < 0.0 ? 0.0 : random(-1, 1) * 200, radius, 1.5 * length, start,
+                            tangent);
+        }
+        default: {
+            const double a = random(-0.03, 0.03), middle = start.GetX() + random(-50, 50);
+            const double from = start.GetX(), to = from + side * length;
+            const auto height = [&](double x) { return a * (x - middle) * (x - middle); };
+            return Parabola(Point2D(from, height(from)), Point2D(to, height(to)), a, -2 * a * middle,
+                            a * middle * middle)
+                .Translate(Vec2D(0, start.GetY()));
+        }
+    }
+}
+
+// The crossings of fine chords; none when the curves meet too flatly, or too near to an end, for chords to tell.
+std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
+    constexpr int parts = 400;
+    constexpr double flat = 0.05, nearEnd = 0.05;
+    std::vector<Point2D> p, q;
+    for (int i = 0; i <= parts; ++i) p.push_back(SampleOf(a, ElementOf(a).GetLength() * i / parts).point);
+    for (int i = 0; i <= parts; ++i) q.push_back(SampleOf(b, ElementOf(b).GetLength() * i / parts).point);
+    Points crossings;
+    for (std::size_t i = 0; i < parts; ++i) {
+        const Vec2D v = p[i + 1] - p[i];
+        for (std::size_t j = 0; j < parts; ++j) {
+            const Vec2D w = q[j + 1] - q[j], between = q[j] - p[i];
+            const double cross = v.PerpDotProduct(w);
+            const double s = between.PerpDotProduct(w) / cross, t = between.PerpDotProduct(v) / cross;
+            if (!(s >= 0 && s < 1 && t >= 0 && t < 1)) continue;
+            crossings.push_back(p[i] + v * s);
+            if (std::abs(cross) < flat * v.Length() * w.Length()) return std::nullopt;
+        }
+    }
+    for (const Point2D& end : {p.front(), p.back()}) {
+        if (ElementOf(b).GetNearestPoint(end, kTolerances).Distance(end) < nearEnd) return std::nullopt;
+    }
+    for (const Point2D& end : {q.front(), q.back()}) {
+        if (ElementOf(a).GetNearestPoint(end, kTolerances).Distance(end) < nearEnd) return std::nullopt;
+    }
+    return crossings;
+}
+
+bool Holds(const Points& points, const Point2D& point, double distance) {
+    return std::any_of(points.begin(), points.end(), [&](const Point2D& p) { return p.Distance(point) <= distance; });
+}
+
+void ExpectSamePoints(const Points& a, const Points& b, double distance) {
+    EXPECT_EQ(a.size(), b.size());
+    for (const Point2D& p : a) EXPECT_TRUE(Holds(b, p, distance)) << testing::PrintToString(p);
+}
+
+TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
+    RandomNumbers random(20260801);
+    const Vec2D shift = surveyOrigins[1] - surveyOrigins[0];
+    int compared = 0, found = 0;
+    for (int i = 0; i < 20 * kKinds * kKinds; ++i) {
+        SCOPED_TRACE(i);
+        RandomNumbers again = random;
+        const int kindA = i % kKinds, kindB = i / kKinds % kKinds;
+        Curve a = RandomCurve(random, kindA, surveyOrigins[0]), b = RandomCurve(random, kindB, surveyOrigins[0]);
+        const Curve movedA = RandomCurve(again, kindA, surveyOrigins[1]),
+                    movedB = RandomCurve(again, kindB, surveyOrigins[1]);
+        if (!(ElementOf(a).IsPointOnGeometry(ElementOf(a).GetStart(), kTolerances) &&
+              ElementOf(b).IsPointOnGeometry(ElementOf(b).GetStart(), kTolerances)))
+            continue;
+        Points points;
+        const Result result = Meet(a, b, points, kTolerances);
+        EXPECT_EQ(result, points.empty() ? Result::NoIntersection : Result::Intersecting);
+        double last = 0.0;
+        const bool isInOrder = kindA <= kindB || (kindA == 3 && kindB == 2);
+        for (const Point2D& p : points) {
+            double station = 0.0;
+            for (const Curve* curve : {&a, &b})
+                EXPECT_LE(ElementOf(*curve).GetNearestPoint(p, kTolerances).Distance(p), 1e-4);
+            EXPECT_TRUE(ElementOf(isInOrder ? a : b).GetLengthFromStartPoint(p, station, 2e-4));
+            EXPECT_GE(station, last - 2e-4);
+            last = station;
+        }
+        const std::optional<Points> crossings = CrossingsOfChords(a, b);
+        if (!crossings) continue;
+        ++compared;
+        found += static_cast<int>(points.size());
+        EXPECT_GE(points.size(), crossings->size());
+        for (const Point2D& p : *crossings) EXPECT_TRUE(Holds(points, p, 0.1));
+        if (points.size() != crossings->size()) continue;  // a tangent point, which chords pass over
+
+        Points swapped, reversed, moved;
+        Meet(b, a, swapped, kTolerances);
+        ExpectSamePoints(swapped, points, 1e-9);
+        for (Curve* curve : {&a, &b}) std::visit([](auto& known) { known.Reverse(); }, *curve);
+        Meet(a, b, reversed, kTolerances);
+        ExpectSamePoints(reversed, points, 1e-8);
+        Meet(movedA, movedB, moved, kTolerances);
+        for (Point2D& p : moved) p -= shift;
+        ExpectSamePoints(moved, points, 1e-6);
+    }
+    EXPECT_GT(compared, 400);
+    EXPECT_GT(found, 100);
+}
+
+// A small circle that touches a curve from either side, lifted off or sunk in by a little.
+TEST(IntersectionCurvesTest, TouchingCirclesMeetOnceAndSunkOnesTwice) {
+    RandomNumbers random(20260802);
+    constexpr double radius = 2.0;
+    for (int i = 0; i < 60 * kKinds; ++i) {
+        SCOPED_TRACE(i);
+        const Curve curve = RandomCurve(random, i % kKinds, surveyOrigins[0]);
+        const double length = ElementOf(curve).GetLength();
+        const Sample touch = SampleOf(curve, random(0.1, 0.9) * length);
+        const double side = random(-1, 1) < 0.0 ? -1.0 : 1.0;
+        const Vec2D out = touch.tangent.GetNormalVector(true) * side;
+        const std::tuple<double, std::size_t> rows[] = {{2e-4, 0}, {5e-5, 1}, {0.0, 1}, {-1e-6, 2}, {-1e-3, 2}};
+        for (const auto& [lift, number] : rows) {
+            const Point2D center = touch.point + out * (radius + lift);
+            const Arc2D circle(center + out * radius, center, Angle(2 * kPi));
+            Points points, near;
+            Meet(circle, curve, points, kTolerances);
+            for (const Point2D& p : points) {
+                if (p.Distance(touch.point) < 0.2) near.push_back(p);
+                EXPECT_NEAR(p.Distance(center), radius, 1e-4);
+            }
+            ASSERT_EQ(near.size(), number) << lift;
+            if (number == 1) {
+                EXPECT_THAT(near[0], IsNear(touch.point, 1e-4));
+            }
+            if (number < 2) continue;
+            // Half the chord over the sunken cap, between a curve as flat as a line and one bent at radius 16.
+            const double half = std::sqrt(-2.0 * radius * lift), apart = near[0].Distance(near[1]);
+            EXPECT_GT(apart, 2 * half * 0.94);
+            EXPECT_LT(apart, 2 * half * 1.07);
+        }
+    }
+}
+
+TEST(IntersectionCurvesTest, InputWithoutMeaningEndsWithoutPointsThatAreNoNumbers) {
+    RandomNumbers random(20260803);
+    const double values[] = {0.0, 1e-300, 1e-5, 1.0, -3.0, 1e8, 1e155, 1e300, kInfinity, -kInfinity, kNan};
+    const auto any = [&] { return values[random() % std::size(values)]; };
+    for (int i = 0; i < 4000; ++i) {
+        const Point2D p(any(), any()), q(any(), any());
+        const Vec2D v(any(), any());
+        const auto type = static_cast<Spiral2D::Spiral2DType>(random() % 7);
+        const Curve curves[] = {Line2D(p, q),
+                                Arc2D(p, q, Angle(random(-7, 7))),
+                                Clothoid(any(), any(), any(), p, v),
+                                Spiral2D(type, any(), any(), any(), p, v),
+                                Parabola(p, q, any(), any(), any()),
+                                RandomCurve(random, i % kKinds, Point2D())};
+        Points points;
+        const Tolerances tolerances(random() % 2 == 0 ? 1e-4 : any(), 1e-10);
+        Meet(curves[random() % 6], curves[random() % 6], points, tolerances);
+        Intersection::LineCircle(Line2D(p, v), Circle2D(q, any()), points, tolerances);
+        for (const Point2D& point : points) EXPECT_TRUE(std::isfinite(point.GetX()) && std::isfinite(point.GetY()));
     }
 }
 

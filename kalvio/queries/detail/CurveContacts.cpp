@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace Kalvio::Math::detail {
 
@@ -131,55 +132,63 @@ double NewtonFoot(const PlanCurve& curve, const Vec2D& point, double guess, doub
     return p;
 }
 
-// Calls found(parameter, foot, distance) for every place where the distance of the curve from a point culminates within
-// the reach; twice where that is the joint of two pieces.
+// Calls found(parameter, distance) for every place where the distance of the curve from a point culminates within the
+// reach; twice where that is the joint of two pieces.
 template <class Found>
-void FindFeet(const PlanCurve& curve, const Vec2D& point, double reach, const PlanCurve::Knot& from,
-              const PlanCurve::Knot& to, int depth, Found&& found) {
-    constexpr double mostSteering = 0.25;
-    constexpr int mostDepth = 60;
-    const CurvePiece piece(curve, from, to);
-    const Vec2D out = point - from.position;
-    const double along = out.DotProduct(piece.chord);
-    const double share =
-        piece.chordLength > 0.0 ? std::clamp(along / (piece.chordLength * piece.chordLength), 0.0, 1.0) : 0.0;
-    if (!((out - piece.chord * share).Length() <= piece.height + reach)) return;
-    if (!(piece.GetSteering() <= mostSteering) && depth < mostDepth) {
-        const PlanCurve::Knot middle = curve.KnotAt(0.5 * (from.parameter + to.parameter));
-        FindFeet(curve, point, reach, from, middle, depth + 1, found);
-        FindFeet(curve, point, reach, middle, to, depth + 1, found);
-        return;
-    }
-    double p = share == 0.0 ? from.parameter : to.parameter;
-    if (share > 0.0 && share < 1.0) {
-        p = BracketedNewton(from.parameter, to.parameter, [&](double at) {
-            const PlanState state = curve.At(at);
-            return ValueAndSlope{(state.position - point).DotProduct(piece.chord),
-                                 state.velocity.DotProduct(piece.chord)};
-        });
-    }
-    p = NewtonFoot(curve, point, p, from.parameter, to.parameter);
-    const Vec2D foot = curve.At(p).position;
-    const double distance = (foot - point).Length();
-    if (distance <= reach) found(p, foot, distance);
-}
+class FootSearch {
+public:
+    FootSearch(const PlanCurve& searched, const Vec2D& query, double most, Found& answer)
+        : curve(searched), point(query), reach(most), found(answer) {}
 
-template <class Found>
-void FindFeet(const PlanCurve& curve, const Vec2D& point, double reach, Found&& found) {
-    const auto offer = [&](double p) {
-        const Vec2D foot = curve.At(p).position;
-        const double distance = (foot - point).Length();
-        if (distance <= reach) found(p, foot, distance);
-    };
-    const auto inside = [&](double p) { return std::clamp(p, curve.GetFrom(), curve.GetTo()); };
-    if (const StraightCurve* const line = curve.AsStraight()) {
-        offer(inside((point - line->start).DotProduct(line->direction)));
-    } else if (const RoundCurve* const arc = curve.AsRound()) {
-        offer(inside(arc->ParameterOf(point, curve.GetTo())));
-    } else if (!((point - curve.GetDiscCenter()).Length() > curve.GetDiscRadius() + reach)) {
-        FindFeet(curve, point, reach, curve.KnotAt(curve.GetFrom()), curve.KnotAt(curve.GetTo()), 0, found);
+    void Find() {
+        if (const StraightCurve* const line = curve.AsStraight()) {
+            Offer(Inside((point - line->start).DotProduct(line->direction)));
+        } else if (const RoundCurve* const arc = curve.AsRound()) {
+            Offer(Inside(arc->ParameterOf(point, curve.GetTo())));
+        } else if (!((point - curve.GetDiscCenter()).Length() > curve.GetDiscRadius() + reach)) {
+            Search(curve.KnotAt(curve.GetFrom()), curve.KnotAt(curve.GetTo()));
+        }
     }
-}
+
+private:
+    static constexpr double mostSteering = 0.25;
+    static constexpr int mostHalvings = 1000;  // in all: some ten for real curves and tolerances
+
+    void Search(const PlanCurve::Knot& from, const PlanCurve::Knot& to) {
+        const CurvePiece piece(curve, from, to);
+        const Vec2D out = point - from.position;
+        const double along = out.DotProduct(piece.chord) / (piece.chordLength * piece.chordLength);
+        const double share = along > 0.0 ? std::min(along, 1.0) : 0.0;  // 0 for a chord of no length
+        if (!((out - piece.chord * share).Length() <= piece.height + reach)) return;
+        if (!(piece.GetSteering() <= mostSteering) && halvings < mostHalvings) {
+            ++halvings;
+            const PlanCurve::Knot middle = curve.KnotAt(0.5 * (from.parameter + to.parameter));
+            Search(from, middle);
+            Search(middle, to);
+            return;
+        }
+        double p = share == 0.0 ? from.parameter : to.parameter;
+        if (share > 0.0 && share < 1.0) {
+            p = BracketedNewton(from.parameter, to.parameter, [&](double at) {
+                const PlanState state = curve.At(at);
+                return ValueAndSlope{(state.position - point).DotProduct(piece.chord),
+                                     state.velocity.DotProduct(piece.chord)};
+            });
+        }
+        Offer(NewtonFoot(curve, point, p, from.parameter, to.parameter));
+    }
+    void Offer(double p) const {
+        const double distance = (curve.At(p).position - point).Length();
+        if (distance <= reach) found(p, distance);
+    }
+    double Inside(double p) const { return std::clamp(p, curve.GetFrom(), curve.GetTo()); }
+
+    const PlanCurve& curve;
+    Vec2D point;
+    double reach;
+    Found& found;
+    int halvings = 0;
+};
 
 }  // namespace
 
@@ -198,8 +207,8 @@ void FindEndContacts(const PlanCurve& first, const PlanCurve& second, double rea
         if (curve.IsInfinite()) return;
         for (const double p : {curve.GetFrom(), curve.GetTo()}) {
             const Vec2D end = curve.At(p).position;
-            FindFeet(other, end, reach,
-                     [&](double q, const Vec2D&, double gap) { add(p, q, end, gap, !curve.IsClosed()); });
+            auto found = [&](double q, double gap) { add(p, q, end, gap, !curve.IsClosed()); };
+            FootSearch(other, end, reach, found).Find();
         }
     };
     find(first, second, [&](double p, double q, const Vec2D& end, double gap, bool isEnd) {
@@ -223,7 +232,17 @@ void FindContacts(const PlanCurve& first, const PlanCurve& second, const Contact
         CrossInClosedForm(first, second, limits, [&](double p, double q, const Vec2D& point, double gap) {
             if (isOn(first, p) && isOn(second, q)) contacts.push_back({p, q, point, gap, false});
         });
-    if (!isClosedForm) CurvePairSearch(first, second, limits, contacts).Find();
+    if (isClosedForm) return;
+    const bool isSimple =
+        first.AsStraight() != nullptr || (first.AsRound() != nullptr && second.AsStraight() == nullptr);
+    if (!isSimple) {
+        CurvePairSearch(first, second, limits, contacts).Find();
+        return;
+    }
+    // The search evaluates its first curve less often than its second.
+    const std::size_t before = contacts.size();
+    CurvePairSearch(second, first, limits, contacts).Find();
+    for (std::size_t i = before; i < contacts.size(); ++i) std::swap(contacts[i].onFirst, contacts[i].onSecond);
 }
 
 }  // namespace Kalvio::Math::detail

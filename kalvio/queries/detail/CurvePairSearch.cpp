@@ -11,9 +11,10 @@ using Knot = PlanCurve::Knot;
 
 namespace {
 
-constexpr double mostSteering = 0.25;  // of pieces whose gap is examined
-constexpr double mostTilt = 0.6;       // [rad]; of their tangents against the common axis
-constexpr int mostDepth = 120;         // halving both curves to the spacing of doubles
+constexpr double mostSteering = 0.25;      // of pieces whose gap is examined
+constexpr double mostTilt = 0.6;           // [rad]; of their tangents against the common axis
+constexpr double leastResolution = 1e-10;  // of a piece: the width hardly changes about its least value
+constexpr int mostDepth = 120;             // halving both curves to the spacing of doubles
 
 double HalfExtent(const CurvePiece& piece, const Vec2D& axis) { return 0.5 * std::abs(piece.chord.DotProduct(axis)); }
 
@@ -36,7 +37,12 @@ class CurvePairSearch::Profile {
 public:
     Profile(const PlanCurve& firstCurve, const PlanCurve& secondCurve, const CurvePiece& firstPiece,
             const CurvePiece& secondPiece, double secondSense)
-        : first(firstCurve), second(secondCurve), a(firstPiece), b(secondPiece), sense(secondSense) {
+        : first(firstCurve),
+          second(secondCurve),
+          a(firstPiece),
+          b(secondPiece),
+          sense(secondSense),
+          lastQ(Middle(b.from, b.to)) {
         axis = (a.chord / a.chordLength + b.chord * (sense / b.chordLength)).Normalize();
         normal = axis.GetNormalVector(true);
         const Knot& low = sense > 0.0 ? b.from : b.to;
@@ -46,17 +52,18 @@ public:
     }
 
     bool IsEmpty() const { return !(from <= to); }
-    double GetFirstFrom() const { return ParameterAt(first, a, 1.0, from); }
-    double GetFirstTo() const { return ParameterAt(first, a, 1.0, to); }
+    double GetFirstFrom() const { return ParameterAt(first, a, 1.0, from, a.from.parameter); }
+    double GetFirstTo() const { return ParameterAt(first, a, 1.0, to, a.to.parameter); }
 
-    Gap At(double p) const {
+    Gap At(double p) {
         const PlanState one = first.At(p);
         Gap gap;
         gap.p = p;
-        gap.q = ParameterAt(second, b, sense, one.position.DotProduct(axis));
+        gap.q = ParameterAt(second, b, sense, one.position.DotProduct(axis), lastQ);
+        lastQ = gap.q;
         const PlanState other = second.At(gap.q);
-        const Graph graph = GraphOf(one, 1.0);
-        const Graph otherGraph = GraphOf(other, sense);
+        const Graph graph = GraphOf(one, first.GetCurvature(p));
+        const Graph otherGraph = GraphOf(other, sense * second.GetCurvature(gap.q));
         gap.width = (one.position - other.position).DotProduct(normal);
         gap.slope = graph.slope - otherGraph.slope;
         gap.bend = graph.bend - otherGraph.bend;
@@ -70,22 +77,35 @@ private:
         double bend;
     };
 
-    Graph GraphOf(const PlanState& state, double runs) const {
+    Graph GraphOf(const PlanState& state, double curvature) const {
         const double slope = state.velocity.DotProduct(normal) / state.velocity.DotProduct(axis);
         const double secant = std::sqrt(1.0 + slope * slope);
-        return {slope, runs * state.curvature * secant * secant * secant};
+        return {slope, curvature * secant * secant * secant};
     }
 
-    double ParameterAt(const PlanCurve& curve, const CurvePiece& piece, double runs, double abscissa) const {
-        const double atFrom = runs * (piece.from.position.DotProduct(axis) - abscissa);
-        const double atTo = runs * (piece.to.position.DotProduct(axis) - abscissa);
-        if (atFrom >= 0.0) return piece.from.parameter;
-        if (atTo <= 0.0) return piece.to.parameter;
-        return BracketedNewton(piece.from.parameter, piece.to.parameter, [&](double p) {
+    // From a guess, by Newton's method; with a bracket only where that does not settle at once.
+    double ParameterAt(const PlanCurve& curve, const CurvePiece& piece, double runs, double abscissa,
+                       double guess) const {
+        constexpr int freeSteps = 4;
+        constexpr double settled = 1e-9;  // of the piece; one more step doubles the digits
+        const double low = piece.from.parameter;
+        const double high = piece.to.parameter;
+        const auto ahead = [&](double p) {
             const PlanState state = curve.At(p);
             return ValueAndSlope{runs * (state.position.DotProduct(axis) - abscissa),
                                  runs * state.velocity.DotProduct(axis)};
-        });
+        };
+        double p = guess;
+        for (int i = 0; i < freeSteps; ++i) {
+            const ValueAndSlope f = ahead(p);
+            const double next = p - f.value / f.slope;
+            if (!(next >= low && next <= high)) break;
+            if (std::abs(next - p) <= settled * (high - low)) return next;
+            p = next;
+        }
+        if (runs * (piece.from.position.DotProduct(axis) - abscissa) >= 0.0) return low;
+        if (runs * (piece.to.position.DotProduct(axis) - abscissa) <= 0.0) return high;
+        return BracketedNewton(low, high, ahead);
     }
 
     const PlanCurve& first;
@@ -93,6 +113,7 @@ private:
     const CurvePiece& a;
     const CurvePiece& b;
     double sense;
+    double lastQ;  // where the next search begins
     Vec2D axis;
     Vec2D normal;
     double from;
@@ -199,7 +220,7 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
     const bool isConvex = bend1.low >= bend2.high;
     if (!isConvex && !(bend2.low >= bend1.high)) return false;
 
-    const Profile profile(first, second, a, b, sense);
+    Profile profile(first, second, a, b, sense);
     if (profile.IsEmpty()) return true;
     const double up = isConvex ? 1.0 : -1.0;
     const Gap from = profile.At(profile.GetFirstFrom());
@@ -207,10 +228,11 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
     Gap least = from;
     if (up * from.slope < 0.0) least = to;
     if (up * from.slope < 0.0 && up * to.slope > 0.0) {
-        least = profile.At(BracketedNewton(from.p, to.p, [&](double p) {
+        const auto slope = [&](double p) {
             const Gap gap = profile.At(p);
             return ValueAndSlope{up * gap.slope, up * gap.bend * gap.advance};
-        }));
+        };
+        least = profile.At(BracketedNewton(from.p, to.p, slope, leastResolution * (to.p - from.p)));
     }
     if (!(up * least.width < -limits.noise)) {
         AddNearest(least);
@@ -221,7 +243,7 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
             const Gap gap = profile.At(at);
             return ValueAndSlope{rises * gap.width, rises * gap.slope * gap.advance};
         });
-        AddWithin(limits.noise, p, profile.At(p).q);
+        AddWithin(limits.reach, p, profile.At(p).q);
     };
     if (up * from.width >= 0.0) cross(from.p, least.p, -up);
     if (up * to.width >= 0.0) cross(least.p, to.p, up);
@@ -231,7 +253,7 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
 // Pieces as straight as rounding lets them be, along each other: where the gap changes its sign, or the nearer ends.
 void CurvePairSearch::SolveLast(const CurvePiece& a, const CurvePiece& b) {
     const double sense = a.chord.DotProduct(b.chord) < 0.0 ? -1.0 : 1.0;
-    const Profile profile(first, second, a, b, sense);
+    Profile profile(first, second, a, b, sense);
     if (profile.IsEmpty()) return;
     const Gap from = profile.At(profile.GetFirstFrom());
     const Gap to = profile.At(profile.GetFirstTo());
@@ -255,7 +277,7 @@ void CurvePairSearch::AddNearest(const Gap& least) {
         const double sense = one.velocity.DotProduct(other.velocity) < 0.0 ? -1.0 : 1.0;
         const double speed = one.velocity.Length();
         const double sine = sense * one.velocity.PerpDotProduct(other.velocity) / (speed * other.velocity.Length());
-        const double next = p + sine / (speed * (one.curvature - sense * other.curvature));
+        const double next = p + sine / (speed * (first.GetCurvature(p) - sense * second.GetCurvature(q)));
         if (!(std::abs(next - p) <= std::abs(least.width) + limits.reach)) break;
         p = std::clamp(next, first.GetFrom(), first.GetTo());
     }
@@ -268,7 +290,7 @@ bool CurvePairSearch::AddWithin(double limit, double p, double q) {
     const Vec2D one = first.At(p).position;
     const Vec2D other = second.At(q).position;
     const double gap = (other - one).Length();
-    if (!(gap <= limit)) return false;
+    if (!(gap <= limit) || contacts.size() >= mostContacts) return false;
     contacts.push_back({p, q, (one + other) * 0.5, gap, false});
     return true;
 }

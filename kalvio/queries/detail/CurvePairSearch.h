@@ -2,6 +2,7 @@
 
 #include "kalvio/queries/detail/CurveContacts.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -43,6 +44,7 @@ private:
     // In all: real curves need some hundred, two that run along each other within the tolerance for long, some
     // thousand.
     static constexpr int mostHalvings = 20000;
+    static constexpr std::size_t mostContacts = 1000;
 
     const PlanCurve& first;
     const PlanCurve& second;

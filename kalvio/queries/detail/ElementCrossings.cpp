@@ -60,6 +60,7 @@ void Crossings::Find() {
     FindStretches();
     std::erase_if(contacts, [](const CurveContact& contact) { return !contact.isEnd; });
     if (stretches.empty()) FindContacts(first, second, limits, contacts);
+    std::erase_if(contacts, [](const CurveContact& contact) { return !std::isfinite(contact.point.NormSquared()); });
     Merge();
 }
 

@@ -17,7 +17,7 @@ PlanState RoundCurve::At(double p) const {
     const double half = std::sin(0.5 * angle);
     const double versine = 2.0 * half * half;
     const Vec2D side = radial.GetNormalVector(true);
-    return {start + (side * sine - radial * versine), (side * (1.0 - versine) - radial * sine) * curvature, curvature};
+    return {start + (side * sine - radial * versine), (side * (1.0 - versine) - radial * sine) * curvature};
 }
 
 double RoundCurve::ParameterOf(const Vec2D& point, double length) const {
@@ -31,21 +31,24 @@ double RoundCurve::ParameterOf(const Vec2D& point, double length) const {
 PlanState ClothoidCurve::At(double p) const {
     IPolyline2DElement::PolylineElementPoint sample;
     clothoid.MakePointAndTangentAt(p, sample);
-    return {start + (sample.point - Point2D()), sample.tangent, clothoid.GetCurvature(p)};
+    return {start + (sample.point - Point2D()), sample.tangent};
 }
 
 PlanState SpiralCurve::At(double p) const {
     IPolyline2DElement::PolylineElementPoint sample;
     spiral.MakePointAndTangentAt(p, sample);
-    return {start + (sample.point - Point2D()), sample.tangent, spiral.GetCurvature(p)};
+    return {start + (sample.point - Point2D()), sample.tangent};
 }
 
 PlanState ParabolaCurve::At(double p) const {
     const double run = sign * p;
+    return {start + Vec2D(run, (slope + quadratic * run) * run), Vec2D(sign, sign * GetSlope(p))};
+}
+
+double ParabolaCurve::GetCurvature(double p) const {
     const double u = GetSlope(p);
     const double secant = std::sqrt(1.0 + u * u);
-    return {start + Vec2D(run, (slope + quadratic * run) * run), Vec2D(sign, sign * u),
-            sign * 2.0 * quadratic / (secant * secant * secant)};
+    return sign * 2.0 * quadratic / (secant * secant * secant);
 }
 
 std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const Point2D& origin, double minimum) {
@@ -121,9 +124,8 @@ PlanState PlanCurve::At(double p) const {
     return std::visit([p](const auto& known) { return known.At(p); }, curve);
 }
 
-PlanCurve::Knot PlanCurve::KnotAt(double p) const {
-    const PlanState state = At(p);
-    return {p, state.position, state.curvature};
+double PlanCurve::GetCurvature(double p) const {
+    return std::visit([p](const auto& known) { return known.GetCurvature(p); }, curve);
 }
 
 void PlanCurve::ClipTo(const Vec2D& center, double radius) {

@@ -16,13 +16,13 @@ class CrossingOperand;
 struct PlanState {
     Vec2D position;  // from a local origin, so that survey coordinates lose nothing
     Vec2D velocity;  // derivative by the parameter, never 0
-    double curvature = 0.0;
 };
 
 // The parameter of all curves is the station, but for the parabola, where it is the horizontal distance from the start.
 
 struct StraightCurve {
-    PlanState At(double p) const { return {start + direction * p, direction, 0.0}; }
+    PlanState At(double p) const { return {start + direction * p, direction}; }
+    double GetCurvature(double) const { return 0.0; }
 
     Vec2D start;
     Vec2D direction;  // unit
@@ -30,6 +30,7 @@ struct StraightCurve {
 
 struct RoundCurve {
     PlanState At(double p) const;
+    double GetCurvature(double) const { return curvature; }
     /// The parameter of the direction from the centre to a point, the nearest to [0, length].
     double ParameterOf(const Vec2D& point, double length) const;
     double GetRadius() const { return 1.0 / std::abs(curvature); }
@@ -41,6 +42,7 @@ struct RoundCurve {
 
 struct ClothoidCurve {
     PlanState At(double p) const;
+    double GetCurvature(double p) const { return clothoid.GetCurvature(p); }
 
     Vec2D start;
     Clothoid clothoid;  // moved to the origin
@@ -48,6 +50,7 @@ struct ClothoidCurve {
 
 struct SpiralCurve {
     PlanState At(double p) const;
+    double GetCurvature(double p) const { return spiral.GetCurvature(p); }
 
     Vec2D start;
     Spiral2D spiral;  // moved to the origin
@@ -55,6 +58,7 @@ struct SpiralCurve {
 
 struct ParabolaCurve {
     PlanState At(double p) const;
+    double GetCurvature(double p) const;
     double GetSlope(double p) const { return slope + 2.0 * quadratic * (sign * p); }
 
     Vec2D start;
@@ -82,7 +86,8 @@ public:
     static std::optional<PlanCurve> Make(const CrossingOperand& operand, const Point2D& origin, double minimum);
 
     PlanState At(double p) const;
-    Knot KnotAt(double p) const;
+    double GetCurvature(double p) const;
+    Knot KnotAt(double p) const { return {p, At(p).position, GetCurvature(p)}; }
     double GetFrom() const { return from; }
     double GetTo() const { return to; }
     /// A full circle, which has no ends.
