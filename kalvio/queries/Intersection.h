@@ -1,11 +1,13 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/core/Numbers.h"
 #include "kalvio/core/ProjectionPlane.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/queries/IntersectionResult.h"
 
+#include <map>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -438,6 +440,15 @@ private:
     static IntersectionResult LineSegmentLineSegmentAddOverlapPoints(const Line2D& a, const Line2D& b,
                                                                      std::vector<Point2D>& out,
                                                                      const Tolerances& tolerances);
+    /// Enters p under its station on the element plus `offset`, in place of what is there. Joints are no crossings of
+    /// the element: a point that equals its start or end, strictly within the user tolerance per coordinate, is
+    /// dropped. Where the element cannot tell the station of p, that of its nearest point is taken.
+    static void AddSolution(std::map<double, Point2D>& solutions, const IPolyline2DElement& element, const Point2D& p,
+                            double offset, const Tolerances& tolerances);
+    static void AddSolutions(std::map<double, Point2D>& solutions, const IPolyline2DElement& element,
+                             const std::vector<Point2D>& points, double offset, const Tolerances& tolerances);
+    /// Of solutions within 1e-4 along the element, those in `target` stay.
+    static void AddSolutions(const std::map<double, Point2D>& source, std::map<double, Point2D, compareDouble>& target);
     /// Appends the points of `source` that `target` does not hold yet at or behind position `from`, strictly within the
     /// user tolerance per coordinate.
     static void AddSolutions(const std::vector<Point2D>& source, std::vector<Point2D>& target, std::size_t from,
@@ -446,6 +457,24 @@ private:
     /// ends.
     static void RemovePointsInSegments(std::vector<Point2D>& points, const std::vector<Line2D>& segments,
                                        const Tolerances& tolerances);
+    /// Enters the common points of two elements as solutions along the first.
+    static void IPolyline2DElementIPolyline2DElement(const IPolyline2DElement& a, const IPolyline2DElement& b,
+                                                     double offset, std::map<double, Point2D>& solutions,
+                                                     const Tolerances& tolerances);
+    static void IPolyline2DElementIPolyline2DElement(const Line2D& a, const Line2D& b, double offset,
+                                                     std::map<double, Point2D>& solutions,
+                                                     const Tolerances& tolerances);
+    static void IPolyline2DElementIPolyline2DElement(const Line2D& a, const Arc2D& b, double offset,
+                                                     std::map<double, Point2D>& solutions,
+                                                     const Tolerances& tolerances);
+    static void IPolyline2DElementIPolyline2DElement(const Arc2D& a, const Line2D& b, double offset,
+                                                     std::map<double, Point2D>& solutions,
+                                                     const Tolerances& tolerances);
+    static void IPolyline2DElementIPolyline2DElement(const Arc2D& a, const Arc2D& b, double offset,
+                                                     std::map<double, Point2D>& solutions,
+                                                     const Tolerances& tolerances);
+
+    friend class IntersectionExt;  // follows extended elements by their solutions
 };
 
 }  // namespace Kalvio::Math

@@ -4,6 +4,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/ElementPath.h"
 
@@ -163,6 +164,79 @@ IntersectionResult Intersection::PolylinePolyline(const Polyline2D& a, const Pol
 
 int Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out, double tolerance) {
     return CountCrossings(a, b, out, tolerance);
+}
+
+void Intersection::AddSolution(std::map<double, Point2D>& solutions, const IPolyline2DElement& element,
+                               const Point2D& p, double offset, const Tolerances& tolerances) {
+    const double tolerance = detail::NearnessOf(tolerances);
+    if (p.IsEqualTo(element.GetStart(), tolerance) || p.IsEqualTo(element.GetEnd(), tolerance)) return;
+    double station = 0.0;
+    if (!element.GetLengthFromStartPoint(p, station, tolerance)) {
+        station = detail::NearestOnElement(element, p, tolerances).station;
+    }
+    solutions.insert_or_assign(station + offset, p);
+}
+
+void Intersection::AddSolutions(std::map<double, Point2D>& solutions, const IPolyline2DElement& element,
+                                const std::vector<Point2D>& points, double offset, const Tolerances& tolerances) {
+    for (const Point2D& point : points) AddSolution(solutions, element, point, offset, tolerances);
+}
+
+void Intersection::AddSolutions(const std::map<double, Point2D>& source,
+                                std::map<double, Point2D, compareDouble>& target) {
+    target.insert(source.begin(), source.end());
+}
+
+void Intersection::IPolyline2DElementIPolyline2DElement(const IPolyline2DElement& a, const IPolyline2DElement& b,
+                                                        double offset, std::map<double, Point2D>& solutions,
+                                                        const Tolerances& tolerances) {
+    const auto crossWith = [&](const auto& first) {
+        if (b.GetType() == MathTypes::Line2D) {
+            IPolyline2DElementIPolyline2DElement(first, static_cast<const Line2D&>(b), offset, solutions, tolerances);
+        } else if (b.GetType() == MathTypes::Arc2D) {
+            IPolyline2DElementIPolyline2DElement(first, static_cast<const Arc2D&>(b), offset, solutions, tolerances);
+        } else {
+            return false;
+        }
+        return true;
+    };
+    if (a.GetType() == MathTypes::Line2D && crossWith(static_cast<const Line2D&>(a))) return;
+    if (a.GetType() == MathTypes::Arc2D && crossWith(static_cast<const Arc2D&>(a))) return;
+    const detail::CommonPlaces common =
+        detail::FindCommonPlaces(detail::ElementPath(a, tolerances), detail::ElementPath(b, tolerances), tolerances);
+    for (const detail::ChainPlace& place : common.places) AddSolution(solutions, a, place.point, offset, tolerances);
+}
+
+void Intersection::IPolyline2DElementIPolyline2DElement(const Line2D& a, const Line2D& b, double offset,
+                                                        std::map<double, Point2D>& solutions,
+                                                        const Tolerances& tolerances) {
+    std::vector<Point2D> points;
+    LineSegmentLineSegment(a, b, points, tolerances);
+    AddSolutions(solutions, a, points, offset, tolerances);
+}
+
+void Intersection::IPolyline2DElementIPolyline2DElement(const Line2D& a, const Arc2D& b, double offset,
+                                                        std::map<double, Point2D>& solutions,
+                                                        const Tolerances& tolerances) {
+    std::vector<Point2D> points;
+    LineSegmentArc(a, b, points, tolerances);
+    AddSolutions(solutions, a, points, offset, tolerances);
+}
+
+void Intersection::IPolyline2DElementIPolyline2DElement(const Arc2D& a, const Line2D& b, double offset,
+                                                        std::map<double, Point2D>& solutions,
+                                                        const Tolerances& tolerances) {
+    std::vector<Point2D> points;
+    LineSegmentArc(b, a, points, tolerances);
+    AddSolutions(solutions, a, points, offset, tolerances);
+}
+
+void Intersection::IPolyline2DElementIPolyline2DElement(const Arc2D& a, const Arc2D& b, double offset,
+                                                        std::map<double, Point2D>& solutions,
+                                                        const Tolerances& tolerances) {
+    std::vector<Point2D> points;
+    ArcArc(a, b, points, tolerances);
+    AddSolutions(solutions, a, points, offset, tolerances);
 }
 
 }  // namespace Kalvio::Math

@@ -220,7 +220,8 @@ Polyline2D::PolylinePoint ElementPath::At(const Point2D& point, double station) 
     while (i > 0 && !(pieces[i].to > pieces[i].from)) --i;  // pieces of no length have no tangent
     result.elementIndex = pieces[i].index;
     ElementPoint sample;
-    if (EvaluateElement(*pieces[i].element, std::clamp(station - pieces[i].from, 0.0, LengthOf(pieces[i])), sample)) {
+    const double along = std::clamp(station - pieces[i].from, 0.0, pieces[i].element->GetLength());
+    if (EvaluateElement(*pieces[i].element, along, sample)) {
         result.tangent = sample.tangent;
     }
     return result;
@@ -236,19 +237,21 @@ CommonPlaces FindCommonPlaces(const ElementPath& first, const ElementPath& secon
     return GatherContacts(std::move(found.contacts), first.GetExtent(), second.GetExtent(), NearnessOf(tolerances));
 }
 
+bool ComesNear(const Line2D& line, const Extent& extent, double nearness) {
+    const Point2D middle(0.5 * (extent.minX + extent.maxX), 0.5 * (extent.minY + extent.maxY));
+    const Vec2D along = line.GetDirection();
+    const double reach = 0.5 * ((extent.maxX - extent.minX) * std::abs(along.GetY()) +
+                                (extent.maxY - extent.minY) * std::abs(along.GetX()));
+    const double rounding = boxRounding * middle.Distance(line.GetStart());
+    return !(std::abs(SignedDistanceToLine(middle, line.GetStart(), line.GetEnd())) > reach + nearness + rounding);
+}
+
 CommonPlaces FindCommonPlaces(const ElementPath& path, const Line2D& line, const Tolerances& tolerances) {
     const double nearness = NearnessOf(tolerances);
     if (!path.IsUsable() || !(line.GetLength() > nearness)) return {};
-    const Vec2D along = line.GetDirection();
     PieceContacts found(tolerances);
     for (std::size_t i = 0; i < path.GetPieces().size(); ++i) {
-        const Extent& extent = path.GetBoxes().GetExtent(i);
-        const Point2D middle(0.5 * (extent.minX + extent.maxX), 0.5 * (extent.minY + extent.maxY));
-        const double reach = 0.5 * ((extent.maxX - extent.minX) * std::abs(along.GetY()) +
-                                    (extent.maxY - extent.minY) * std::abs(along.GetX()));
-        const double distance = std::abs(SignedDistanceToLine(middle, line.GetStart(), line.GetEnd()));
-        if (distance > reach + nearness + boxRounding * middle.Distance(line.GetStart())) continue;
-        found.Find(path.GetPieces()[i], line);
+        if (ComesNear(line, path.GetBoxes().GetExtent(i), nearness)) found.Find(path.GetPieces()[i], line);
     }
     return GatherContacts(std::move(found.contacts), path.GetExtent(), {largestDouble, false}, nearness);
 }

@@ -48,6 +48,9 @@ private:
 /// What two paths have in common. Pieces that cannot come near each other are rejected by a hierarchy of boxes.
 CommonPlaces FindCommonPlaces(const ElementPath& first, const ElementPath& second, const Tolerances& tolerances);
 
+/// Whether an infinite line comes that near to an extent.
+bool ComesNear(const Line2D& line, const Extent& extent, double nearness);
+
 /// What a path has in common with an infinite line, on which stations before its start are negative.
 CommonPlaces FindCommonPlaces(const ElementPath& path, const Line2D& line, const Tolerances& tolerances);
 
