@@ -39,6 +39,14 @@ void BM_BoostChains(benchmark::State& state) {
 }
 BENCHMARK(BM_BoostChains)->ArgName("segments")->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
 
+void BM_BoostDistance(benchmark::State& state) {
+    const Chain chain = Rough(state.range(0), 40.0);
+    const Point point(0.5 * static_cast<double>(state.range(0)), 70.0);
+    for (auto _ : state) benchmark::DoNotOptimize(boost::geometry::distance(point, chain));
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_BoostDistance)->ArgName("segments")->Arg(1000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
+
 // The borders as one set of chains each: the points alone, without the areas.
 void BM_BoostBorders(benchmark::State& state) {
     const auto borders = [&state](double shift) {

@@ -50,6 +50,16 @@ public:
                 {handle}};
     }
 
+    void RunDistance(benchmark::State& state, const Geometry& chain, double x, double y) const {
+        const Geometry point(GEOSGeom_createPointFromXY_r(handle, x, y), {handle});
+        for (auto _ : state) {
+            double distance = 0.0;
+            GEOSDistance_r(handle, chain.get(), point.get(), &distance);
+            benchmark::DoNotOptimize(distance);
+        }
+        state.SetItemsProcessed(state.iterations() * state.range(0));
+    }
+
     void Run(benchmark::State& state, const Geometry& a, const Geometry& b) const {
         int count = 0;
         for (auto _ : state) {
@@ -69,6 +79,13 @@ void BM_GeosChains(benchmark::State& state) {
     geos.Run(state, geos.Chain(RoughChain(state.range(0), 40.0)), geos.Chain(RoughChain(state.range(0), 33.0)));
 }
 BENCHMARK(BM_GeosChains)->ArgName("segments")->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMicrosecond);
+
+void BM_GeosDistance(benchmark::State& state) {
+    const Geos geos;
+    geos.RunDistance(state, geos.Chain(RoughChain(state.range(0), 40.0)), 0.5 * static_cast<double>(state.range(0)),
+                     70.0);
+}
+BENCHMARK(BM_GeosDistance)->ArgName("segments")->Arg(1000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
 
 // The borders as one set of chains each: the points alone, without the areas.
 void BM_GeosBorders(benchmark::State& state) {

@@ -126,8 +126,8 @@ struct ChainFoot {
     double distance = 0.0;
 };
 
-/// The segment nearest to a point among those offered, the first of equals. A segment whose box is too far away costs
-/// a few comparisons and no division.
+/// The segment nearest to a point among those offered, the first of equals. Runs of segments, and segments, whose boxes
+/// are too far away cost a few comparisons and no division.
 template <class PointType>
 class NearestSegment {
 public:
@@ -135,15 +135,29 @@ public:
     NearestSegment(const PointType& point, double reachBeyondEnds)
         : p(point), tolerance(reachBeyondEnds), margin(std::abs(reachBeyondEnds) + numericalZero) {}
 
+    /// Segment i joins point i to point i + 1.
+    void OfferChain(const std::vector<PointType>& points) {
+        constexpr std::size_t run = 8;      // segments tried at once
+        constexpr std::size_t stride = 64;  // between the points that limit the search beforehand
+        double squared = std::numeric_limits<double>::infinity();
+        for (std::size_t i = 0; i < points.size(); i += stride)
+            squared = std::min(squared, (points[i] - p).NormSquared());
+        LimitTo(squared);
+        const std::size_t count = SegmentCount(points);
+        for (std::size_t from = 0; from < count; from += run) {
+            const std::size_t to = std::min(from + run, count);
+            if (SquaredBoxDistance(&points[from], &points[to]) > squaredReach) continue;
+            for (std::size_t i = from; i < to; ++i) Offer(points[i], points[i + 1], i);
+        }
+    }
+
     void Offer(const PointType& a, const PointType& b, std::size_t index) {
-        if (SquaredBoxDistance(a, b) > squaredReach) return;
         const double squared = SegmentFoot(p, a, b, tolerance).squaredDistance;
         // Distances decide: squares that differ in the last digit only are equally near.
         if (!(squared < best) || !(std::sqrt(squared) < std::sqrt(best))) return;
         best = squared;
         nearest = index;
-        const double reach = std::sqrt(squared) + margin;
-        squaredReach = reach * reach;
+        LimitTo(squared);
     }
 
     bool IsFound() const { return best < std::numeric_limits<double>::infinity(); }
@@ -151,18 +165,28 @@ public:
     double GetDistance() const { return std::sqrt(best); }
 
 private:
-    static double Gap(double value, double first, double second) {
-        const double below = std::min(first, second) - value;
-        const double above = value - std::max(first, second);
-        return std::max(std::max(below, above), 0.0);
+    // Nothing further away matters.
+    void LimitTo(double squared) {
+        const double reach = std::sqrt(squared) + margin;
+        squaredReach = reach * reach;
     }
-    double SquaredBoxDistance(const PointType& a, const PointType& b) const {
-        const double dx = Gap(p.GetX(), a.GetX(), b.GetX());
-        const double dy = Gap(p.GetY(), a.GetY(), b.GetY());
-        double squared = dx * dx + dy * dy;
+    // From the box of the points first to last.
+    double SquaredBoxDistance(const PointType* first, const PointType* last) const {
+        const auto squaredGap = [first, last](double value, auto&& coordinate) {
+            double low = coordinate(*first);
+            double high = low;
+            for (const PointType* point = first + 1; point <= last; ++point) {
+                const double c = coordinate(*point);
+                low = c < low ? c : low;
+                high = c > high ? c : high;
+            }
+            const double gap = std::max(std::max(low - value, value - high), 0.0);
+            return gap * gap;
+        };
+        double squared = squaredGap(p.GetX(), [](const PointType& point) { return point.GetX(); }) +
+                         squaredGap(p.GetY(), [](const PointType& point) { return point.GetY(); });
         if constexpr (requires { p.GetZ(); }) {
-            const double dz = Gap(p.GetZ(), a.GetZ(), b.GetZ());
-            squared += dz * dz;
+            squared += squaredGap(p.GetZ(), [](const PointType& point) { return point.GetZ(); });
         }
         return squared;
     }
@@ -187,7 +211,7 @@ bool FindNearest(const std::vector<PointType>& points, const PointType& p, doubl
         return std::isfinite(distance);
     }
     NearestSegment<PointType> nearest(p, tolerance);
-    for (std::size_t i = 1; i < points.size(); ++i) nearest.Offer(points[i - 1], points[i], i - 1);
+    nearest.OfferChain(points);
     if (withClosing && !points.empty()) nearest.Offer(points.back(), points.front(), points.size() - 1);
     if (!nearest.IsFound()) return false;
     const std::size_t i = nearest.GetIndex();
