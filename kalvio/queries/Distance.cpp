@@ -23,7 +23,9 @@
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/PointInRing.h"
+#include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "kalvio/queries/GeometryCreator.h"
+#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -46,6 +48,34 @@ double DistanceToChain(const std::vector<PointType>& points, const PointType& po
 template <class Curve>
 double DistanceToCurve(const Point2D& point, const Curve& curve) {
     return point.Distance(curve.GetNearestPoint(point, detail::StandardTolerances()));
+}
+
+bool IsOutside(const Point2D& point, const Polygon2D& polygon) {
+    return detail::FindRingSide(polygon.GetPoints(), point, detail::numericalZero) == detail::RingSide::Outside;
+}
+
+// The smallest distance from a vertex of one ring to the other, or `best` where that is smaller.
+double NearestVertex(const std::vector<Point2D>& vertices, const std::vector<Point2D>& ring, double best) {
+    if (ring.size() < 2) {
+        for (const Point2D& vertex : vertices) best = std::min(best, DistanceToChain(ring, vertex, 0.0));
+        return best;
+    }
+    const detail::SegmentBoxes boxes(ring, detail::SegmentBoxes::Closing::Ring);
+    const auto reachOf = [](double distance) {
+        return (distance + detail::numericalZero) * (distance + detail::numericalZero);
+    };
+    double squaredReach = reachOf(best);
+    for (const Point2D& vertex : vertices) {
+        if (!std::isfinite(vertex.GetX()) || !std::isfinite(vertex.GetY())) continue;
+        boxes.ForEachNearest(vertex, squaredReach, [&](std::size_t i) {
+            const detail::SegmentFoot foot(vertex, boxes.GetStart(i), boxes.GetEnd(i), detail::numericalZero);
+            const double distance = std::sqrt(foot.squaredDistance);
+            if (!(distance < best)) return;
+            best = distance;
+            squaredReach = reachOf(best);
+        });
+    }
+    return best;
 }
 
 double Positive(double gap) { return gap <= 0.0 ? 0.0 : gap; }
@@ -183,8 +213,22 @@ double Distance::PointToLineString(const LineString3D& lineString, const Point3D
 
 double Distance::PointToPolygon(const Point2D& point, const Polygon2D& polygon) {
     const double distance = DistanceToChain(polygon.GetPoints(), point, detail::numericalZero, true);
-    const auto side = detail::FindRingSide(polygon.GetPoints(), point, detail::numericalZero);
-    return side == detail::RingSide::Outside ? distance : 0.0 - distance;
+    return IsOutside(point, polygon) ? distance : 0.0 - distance;
+}
+
+double Distance::PolygonToPolygon(const Polygon2D& a, const Polygon2D& b, double tolerance) {
+    if (a.GetSize() == 0 || b.GetSize() == 0) return detail::largestDouble;
+    const Tolerances tolerances = detail::TolerancesFor(tolerance);
+    if (a.GetBoundingBox2D().Intersects(b.GetBoundingBox2D(), std::abs(tolerance) + detail::numericalZero)) {
+        // Where the rings have no common point, one lies inside the other with all of its vertices or with none.
+        if (!IsOutside(a.GetPoint(0), b) || !IsOutside(b.GetPoint(0), a)) return 0.0;
+        std::vector<Point2D> common;
+        const IntersectionResult result = Intersection::PolygonPolygon(a, b, common, tolerances);
+        if (result == IntersectionResult::Intersecting || result == IntersectionResult::Coincident) return 0.0;
+    }
+    double gap = NearestVertex(a.GetPoints(), b.GetPoints(), detail::largestDouble);
+    gap = NearestVertex(b.GetPoints(), a.GetPoints(), gap);
+    return gap < tolerance ? 0.0 : gap;
 }
 
 double Distance::PointToArc(const Point2D& point, const Arc2D& arc) { return DistanceToCurve(point, arc); }

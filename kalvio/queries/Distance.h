@@ -91,6 +91,11 @@ public:
     /// part. The largest double for an empty polygon.
     static double PointToPolygon(const Point2D& point, const Polygon2D& polygon);
 
+    /// Gap between two polygons: the smallest distance from a vertex of one to the outer ring of the other, 0 when that
+    /// is less than the tolerance, and when the polygons overlap or touch (`Intersection::PolygonPolygon`) or one lies
+    /// inside the outer ring of the other. The largest double when one has no points. About n log n.
+    static double PolygonToPolygon(const Polygon2D& a, const Polygon2D& b, double tolerance);
+
     /// Distance to the nearest point of the curve, an end included (`Projection::NearestPointOn...`). The largest
     /// double for a chain without elements.
     static double PointToArc(const Point2D& point, const Arc2D& arc);

@@ -9,6 +9,7 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/Distance.h"
+#include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/Projection.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
@@ -152,6 +153,40 @@ TEST(DistanceTest, TheNearestSegmentIsThatOfATrialOfAll) {
         Projection::NearestPointOnLineString(p, space, segment, tolerance);
         check(space, p, Distance::PointToLineString(space, p, tolerance), segment);
     }
+}
+
+TEST(DistanceTest, ThePolygonGapIsThatOfATrialOfAllVertices) {
+    RandomNumbers random(24);
+    int apart = 0, inside = 0;
+    for (int round = 0; round < 300; ++round) {
+        const Point2D origin = surveyOrigins[round % 2];
+        const auto star = [&](double spread) {
+            const Point2D center = origin + Vec2D(random(-spread, spread), random(-spread, spread));
+            Polygon2D polygon(RandomStar(random, center, random(0.5, 20.0), static_cast<int>(1 + random() % 60)));
+            if (round % 3 == 0) polygon.Close();
+            return polygon;
+        };
+        const Polygon2D a = star(10.0), b = star(40.0);
+        double expected = kInfinity;
+        for (const Point2D& p : a.GetPoints())
+            expected = std::min(expected, std::max(Distance::PointToPolygon(p, b), 0.0));
+        for (const Point2D& p : b.GetPoints())
+            expected = std::min(expected, std::max(Distance::PointToPolygon(p, a), 0.0));
+        inside += expected == 0.0 ? 1 : 0;
+        std::vector<Point2D> common;
+        const double tolerance = round % 7 == 0 ? 3.0 : 1e-4;
+        const auto result = Intersection::PolygonPolygon(a, b, common, Tolerances(tolerance, 1e-10));
+        const bool meet = result == IntersectionResult::Intersecting || result == IntersectionResult::Coincident;
+        if (meet || expected < tolerance) expected = 0.0;
+        apart += expected > 0.0 ? 1 : 0;
+        EXPECT_EQ(Distance::PolygonToPolygon(a, b, tolerance), expected);
+        EXPECT_EQ(Distance::PolygonToPolygon(b, a, tolerance), expected);
+    }
+    EXPECT_GT(apart, 100);
+    EXPECT_GT(inside, 20);
+    EXPECT_EQ(Distance::PolygonToPolygon(Polygon2D(), Polygon2D(), 1e-4), std::numeric_limits<double>::max());
+    const Polygon2D frame = MakePolygon("0 0 9 0 9 9 0 9 / 2 2 7 2 7 7 2 7");
+    EXPECT_EQ(Distance::PolygonToPolygon(MakePolygon("4 4 5 4 5 5"), frame, 1e-4), 0.0) << "holes play no part";
 }
 
 }  // namespace

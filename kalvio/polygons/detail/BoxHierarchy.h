@@ -39,6 +39,12 @@ struct Extent {
         wider.maxY = maxY + distance;
         return wider;
     }
+    /// 0 inside; infinite for an empty extent.
+    double SquaredDistance(const Point2D& p) const {
+        const double dx = std::max({minX - p.GetX(), p.GetX() - maxX, 0.0});
+        const double dy = std::max({minY - p.GetY(), p.GetY() - maxY, 0.0});
+        return dx * dx + dy * dy;
+    }
     /// Inclusive; false for an empty extent.
     bool Meets(const Extent& other) const {
         return minX <= other.maxX && other.minX <= maxX && minY <= other.maxY && other.minY <= maxY;
@@ -92,6 +98,13 @@ public:
     template <class Visit>
     bool ForEachNear(const Extent& extent, double tolerance, Visit&& visit) const {
         return count > 0 && VisitNear({levels.size() - 1, 0}, extent.Widened(tolerance), visit);
+    }
+
+    /// Calls visit(i) for the items whose boxes are not further from p, which is finite, than the reach, those of near
+    /// boxes first. The visitor may lower the reach as it goes; what it returns does not matter.
+    template <class Visit>
+    void ForEachNearest(const Point2D& p, const double& squaredReach, Visit&& visit) const {
+        if (count > 0) VisitNearest({levels.size() - 1, 0}, p, squaredReach, visit);
     }
 
 private:
@@ -201,6 +214,27 @@ private:
             }
         }
         return false;
+    }
+
+    template <class Visit>
+    void VisitNearest(const Node& node, const Point2D& p, const double& squaredReach, Visit& visit) const {
+        if (node.level == 0) {
+            const auto [from, to] = ItemsOf(node);
+            for (std::size_t i = from; i < to; ++i) {
+                if (!(this->GetExtent(i).SquaredDistance(p) > squaredReach)) visit(i);
+            }
+            return;
+        }
+        std::pair<double, std::size_t> nearestFirst[fanOut];
+        std::size_t size = 0;
+        const auto [from, to] = Children(node);
+        for (std::size_t i = from; i < to; ++i) {
+            nearestFirst[size++] = {levels[node.level - 1][i].SquaredDistance(p), i};
+        }
+        std::sort(nearestFirst, nearestFirst + size);
+        for (std::size_t k = 0; k < size && !(nearestFirst[k].first > squaredReach); ++k) {
+            VisitNearest({node.level - 1, nearestFirst[k].second}, p, squaredReach, visit);
+        }
     }
 
     std::size_t count;
