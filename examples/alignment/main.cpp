@@ -128,6 +128,9 @@ void WarnOfGaps(const Alignment& alignment) {
 // Calls emit(sample) every `step` along the chain and at its end.
 template <class Emit>
 void ForEachSample(const Polyline2D& plan, double step, Emit&& emit) {
+    constexpr double mostSamples = 1e7;
+    if (plan.GetLength() / step > mostSamples)
+        throw InputError("the step is too short for the length of the alignment");
     std::vector<Polyline2D::PolylinePoint> samples;
     plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, step, 1e-6);
     for (const Polyline2D::PolylinePoint& sample : samples) emit(sample);

@@ -133,13 +133,11 @@ void WriteFile(const std::string& path, Write&& write) {
 }
 
 void Report(const LongSection& section) {
-    std::printf("Along %s:", section.GetAlignment().name.c_str());
-    if (section.GetRuns().empty()) {
-        std::printf(" no ground\n");
-        return;
-    }
+    std::printf("Along %s:%s", section.GetAlignment().name.c_str(), section.GetRuns().empty() ? " no ground" : "");
+    const char* separator = " ";
     for (const LongSection::Run& run : section.GetRuns()) {
-        std::printf(" ground from station %.4f to %.4f;", run.front().GetX(), run.back().GetX());
+        std::printf("%sground from station %.4f to %.4f", separator, run.front().GetX(), run.back().GetX());
+        separator = ", ";
     }
     std::optional<Point2D> deepest;  // station, fill
     std::optional<Point2D> highest;
@@ -152,15 +150,13 @@ void Report(const LongSection& section) {
             if (!highest || fill.GetY() > highest->GetY()) highest = fill;
         }
     }
-    if (!deepest) {
-        std::printf(" no design heights there\n");
-        return;
+    constexpr double leastDepth = 5e-5;  // what the report rounds away
+    if (deepest && deepest->GetY() < -leastDepth) {
+        std::printf(", cut up to %.4f at %.4f", -deepest->GetY(), deepest->GetX());
     }
-    const auto text = [](const char* what, double height, double station) {
-        if (height > 0.0) std::printf(" %s up to %.4f at %.4f;", what, height, station);
-    };
-    text("cut", -deepest->GetY(), deepest->GetX());
-    text("fill", highest->GetY(), highest->GetX());
+    if (highest && highest->GetY() > leastDepth) {
+        std::printf(", fill up to %.4f at %.4f", highest->GetY(), highest->GetX());
+    }
     std::printf("\n");
 }
 
@@ -226,6 +222,7 @@ int Run(const Options& options) {
     std::vector<Point3D> samples;
     if (!options.krige.empty()) {
         samples = ReadSamples(options.krige);
+        std::fprintf(stderr, "kriging from %zu points\n", samples.size());
         const Variability variability(samples, options.sill, options.range);
         grid.emplace(samples, options.grid, variability);
         Report(*grid, samples.size(), variability, unit);
