@@ -1,5 +1,6 @@
 // Reads the alignments of a LandXML file, checks and stations them, answers points, draws plan and profile.
 
+#include "alignment/Crossings.h"
 #include "common/Arguments.h"
 #include "common/Drawing.h"
 #include "common/LandXml.h"
@@ -27,11 +28,12 @@ using namespace Kalvio::Math;
 namespace {
 
 constexpr const char* kUsage =
-    "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y ...]\n"
+    "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y ...] [--cross OTHER.xml]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
-    "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n";
+    "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n"
+    "  --cross   all common points with the alignments of another file, with the stations of both\n";
 
 struct Options {
     std::string file;
@@ -39,6 +41,7 @@ struct Options {
     std::string svg;
     std::string csv;
     std::vector<std::vector<double>> points;
+    std::string cross;
 };
 
 Arguments ArgumentsOf(Options& options) {
@@ -48,6 +51,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
     arguments.AddNumbers("--locate", 2, options.points);
+    arguments.AddText("--cross", options.cross);
     return arguments;
 }
 
@@ -184,6 +188,20 @@ void Locate(const std::vector<Alignment>& alignments, const Point2D& point) {
     }
 }
 
+void Cross(const std::vector<Alignment>& alignments, const std::vector<Alignment>& others) {
+    for (const Alignment& alignment : alignments) {
+        for (const Alignment& other : others) {
+            const std::vector<Crossing> crossings = FindCrossings(alignment, other);
+            std::printf("%s with %s: %zu common point(s)\n", alignment.name.c_str(), other.name.c_str(),
+                        crossings.size());
+            for (const Crossing& crossing : crossings) {
+                std::printf("  station %.4f, other %.4f, at %.4f, %.4f, under %.4f degrees\n", crossing.station,
+                            crossing.otherStation, crossing.point.GetX(), crossing.point.GetY(), crossing.angle);
+            }
+        }
+    }
+}
+
 const std::map<std::string, std::string> kColors = {
     {"Line", "#3b6ea5"}, {"Arc", "#d1495b"},    {"Clothoid", "#2e8b57"}, {"Bloss", "#8a5fbf"},
     {"Sine", "#c77d1e"}, {"Cosine", "#b0a01a"}, {"Cubic", "#1c9aa0"},    {"Biquadratic", "#a0522d"}};
@@ -315,6 +333,7 @@ int Run(const Options& options) {
         WarnOfGaps(alignment);
     }
     for (const std::vector<double>& point : options.points) Locate(file.alignments, Point2D(point[0], point[1]));
+    if (!options.cross.empty()) Cross(file.alignments, ReadLandXml(options.cross).alignments);
     if (!options.csv.empty()) {
         if (!WriteTable(options.csv, file.alignments, options.step))
             throw InputError(options.csv + ": cannot be written");
