@@ -145,15 +145,33 @@ bool IndexedTriangleSet3D::IsTriangleNeighborWindingCoherent() const {
 }
 
 bool IndexedTriangleSet3D::GetBoundaries(std::vector<LineString3D>& boundaries) const {
-    std::vector<unsigned int> coherent = indexes;
-    detail::MakeCoherent(coherent, detail::FindCoherentParts(indexes, vertices.size()));
-    const std::vector<detail::BorderRing> rings = detail::TraceBorders(coherent, vertices.size());
+    const std::vector<detail::BorderRing> rings = detail::TraceCoherentBorders(indexes, vertices.size());
     for (const detail::BorderRing& ring : rings) {
         LineString3D& boundary = boundaries.emplace_back();
         for (const unsigned int vertex : ring.vertices) boundary.AppendPoint(vertices[vertex]);
         boundary.AppendPoint(vertices[ring.vertices.front()]);
     }
     return !rings.empty();
+}
+
+bool IndexedTriangleSet3D::CreateVerticalWalls(double height, IndexedTriangleSet3D& walls) const {
+    const std::vector<detail::BorderRing> rings = detail::TraceCoherentBorders(indexes, vertices.size());
+    if (rings.empty() || !std::isfinite(height)) return false;
+    IndexedTriangleSet3D made;
+    made.ccw = ccw;
+    for (const detail::BorderRing& ring : rings) {
+        const auto first = static_cast<unsigned int>(made.vertices.size());
+        const auto count = static_cast<unsigned int>(ring.vertices.size());
+        for (unsigned int i = 0; i < count; ++i) {
+            const Point3D& top = vertices[ring.vertices[i]];
+            made.vertices.insert(made.vertices.end(), {top, Point3D(top.GetPoint2D(), height)});
+            const unsigned int u = first + 2 * i;
+            const unsigned int v = first + 2 * ((i + 1) % count);
+            made.indexes.insert(made.indexes.end(), {v, u, u + 1, v, u + 1, v + 1});
+        }
+    }
+    walls = std::move(made);
+    return true;
 }
 
 void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const {

@@ -2,56 +2,26 @@
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
 #include "support/Testing.h"
 
-#include <set>
-
 namespace Kalvio::Math {
 namespace {
 
 using Indexes = std::vector<unsigned int>;
 
-double PlanDistance(const Point3D& a, const Point3D& b) { return a.Distance2D(b); }
-double SpaceDistance(const Point3D& a, const Point3D& b) { return a.Distance(b); }
-
 // The merge position by position, all against all.
-template <class PointType, class Distance>
-void MergeSlowly(std::vector<PointType>& vertices, Indexes& indexes, double t, const Distance& distance) {
+void MergeSlowly(IndexedTriangleSet3D& set, double t, bool isPlan) {
+    Indexes& indexes = set.GetIndexes();
     std::vector<bool> isTaken(indexes.size(), false);
     for (std::size_t k = 0; k < indexes.size(); ++k) {
         if (isTaken[k]) continue;
-        const unsigned int v = indexes[k];
+        const Point3D& p = set.GetVertex(indexes[k]);
         for (std::size_t j = 0; j < indexes.size(); ++j) {
-            if (indexes[j] == v || isTaken[j] || !(distance(vertices[v], vertices[indexes[j]]) <= t)) continue;
-            indexes[j] = v;
+            const Point3D& q = set.GetVertex(indexes[j]);
+            if (&q == &p || isTaken[j] || !((isPlan ? p.Distance2D(q) : p.Distance(q)) <= t)) continue;
+            indexes[j] = indexes[k];
             isTaken[j] = true;
         }
     }
-    Indexes kept;
-    for (std::size_t i = 0; i < indexes.size(); i += 3) {
-        const unsigned int a = indexes[i], b = indexes[i + 1], c = indexes[i + 2];
-        if (distance(vertices[a], vertices[b]) <= t || distance(vertices[b], vertices[c]) <= t ||
-            distance(vertices[c], vertices[a]) <= t)
-            continue;
-        kept.insert(kept.end(), {a, b, c});
-    }
-    const std::set<unsigned int> used(kept.begin(), kept.end());
-    std::map<unsigned int, unsigned int> names;
-    std::vector<PointType> left;
-    for (const unsigned int index : used) {
-        names[index] = static_cast<unsigned int>(left.size());
-        left.push_back(vertices[index]);
-    }
-    for (unsigned int& index : kept) index = names[index];
-    vertices = left;
-    indexes = kept;
-}
-
-template <class Set>
-void ExpectSame(const Set& set, const Set& expected) {
-    ASSERT_EQ(set.GetIndexes(), expected.GetIndexes());
-    ASSERT_EQ(set.GetVerticesSize(), expected.GetVerticesSize());
-    for (unsigned int i = 0; i < set.GetVerticesSize(); ++i) {
-        ASSERT_THAT(set.GetVertex(i), IsNear(expected.GetVertex(i), 0.0));
-    }
+    set.RemoveLineTriangles(isPlan ? 0.0 : t, true);
 }
 
 TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
@@ -61,33 +31,26 @@ TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
         // From clusters narrower than the tolerance to chains of points hardly farther apart than it.
         const double extent = std::max(t, 1e-9) * random(2.0, 12.0);
         const Point2D& origin = surveyOrigins[trial / 5 % 2];
-        std::vector<Point3D> space;
-        std::vector<Point2D> plan;
-        for (int i = 0; i < 90; ++i) {
-            space.emplace_back(origin + Vec2D(random(-extent, extent), random(-extent, extent)), random(0.0, 3.0 * t));
-            if (i % 4 == 3) space.back() = space[static_cast<std::size_t>(random() % space.size())];
-            plan.push_back(space.back().GetPoint2D());
+        IndexedTriangleSet3D original;
+        IndexedTriangleSet2D flat;
+        for (unsigned int i = 0; i < 90; ++i) {
+            const Point2D plan = origin + Vec2D(random(-extent, extent), random(-extent, extent));
+            original.AppendVertex(i % 4 < 3 ? Point3D(plan, random(0.0, 3.0 * t)) : original.GetVertex(i / 2));
+            flat.AppendVertices({original.GetVertex(i).GetPoint2D()});
         }
-        Indexes indexes;
-        for (int i = 0; i < 240; ++i) indexes.push_back(static_cast<unsigned int>(random() % 90));
+        for (int i = 0; i < 240; ++i) original.AppendIndexes({static_cast<unsigned int>(random() % 90)});
+        flat.AppendIndexes(original.GetIndexes());
+        flat.CollapsePoints(t);
 
         for (const bool isPlan : {false, true}) {
-            IndexedTriangleSet3D set(space, indexes), slow(space, indexes);
-            MergeSlowly(slow.GetVertices(), slow.GetIndexes(), t, isPlan ? PlanDistance : SpaceDistance);
+            IndexedTriangleSet3D set = original, slow = original;
+            MergeSlowly(slow, t, isPlan);
             const auto merge = [&] { return isPlan ? set.CollapsePoints2D(t) : set.CollapsePoints(t); };
             EXPECT_EQ(merge(), slow.GetIndexesSize() != 240 || slow.GetVerticesSize() != 90);
-            ExpectSame(set, slow);
+            EXPECT_TRUE(set.IsEqualTo(slow, 1e-300)) << "exactly";
             EXPECT_FALSE(merge()) << "a second merge finds nothing";
+            EXPECT_TRUE(!isPlan || flat.GetIndexes() == set.GetIndexes());
         }
-        IndexedTriangleSet2D flat;
-        flat.AppendVertices(plan);
-        flat.AppendIndexes(indexes);
-        flat.CollapsePoints(t);
-        MergeSlowly(plan, indexes, t, [](const Point2D& a, const Point2D& b) { return a.Distance(b); });
-        IndexedTriangleSet2D slow;
-        slow.AppendVertices(plan);
-        slow.AppendIndexes(indexes);
-        ExpectSame(flat, slow);
     }
 }
 
@@ -114,13 +77,11 @@ TEST(MergeTest, SeveralSetsMergeLikeOne) {
         EXPECT_TRUE(together.CollapsePoints(2e-3));
         EXPECT_TRUE(IndexedTriangleSet3D::CollapsePoints(sets, 2e-3));
         std::uint64_t triangle = 0;
-        Point3D a, b, c, d, e, f;
+        Point3D p[3], q[3];
         for (const IndexedTriangleSet3D& set : sets) {
-            for (std::uint64_t i = 0; set.GetTriangleAt(i, a, b, c); ++i) {
-                ASSERT_TRUE(together.GetTriangleAt(triangle++, d, e, f));
-                EXPECT_THAT(a, IsNear(d, 0.0));
-                EXPECT_THAT(b, IsNear(e, 0.0));
-                EXPECT_THAT(c, IsNear(f, 0.0));
+            for (std::uint64_t i = 0; set.GetTriangleAt(i, p[0], p[1], p[2]); ++i) {
+                ASSERT_TRUE(together.GetTriangleAt(triangle++, q[0], q[1], q[2]));
+                for (int k = 0; k < 3; ++k) EXPECT_THAT(p[k], IsNear(q[k], 0.0));
             }
         }
         EXPECT_EQ(triangle, together.GetTrianglesCount());
@@ -131,24 +92,20 @@ TEST(MergeTest, SeveralSetsMergeLikeOne) {
 
 TEST(MergeTest, PassesOverWhatCannotMerge) {
     const double huge = std::numeric_limits<double>::max();
-    std::vector<Point3D> vertices(100000, Point3D(kNan, 0, 0));
-    for (std::size_t i = 0; i < vertices.size(); i += 2) vertices[i].SetX(i % 4 == 0 ? kInfinity : -huge);
-    vertices.insert(vertices.end(), {{1, 2, 3}, {1, 2, 3}, {huge, huge, 7}, {huge, huge, 7}});
-    Indexes indexes(99999);
-    for (unsigned int i = 0; i < indexes.size(); ++i) indexes[i] = i;
-    indexes.insert(indexes.end(), {100000, 100002, 3, 100001, 100003, 4, 5, 100004, 4294967295U, 7});
-    for (const double bad : {-1.0, kNan, kInfinity}) {
-        IndexedTriangleSet3D set(vertices, indexes);
-        EXPECT_FALSE(set.CollapsePoints(bad));
-        EXPECT_EQ(set.GetIndexes(), indexes);
+    IndexedTriangleSet3D set;
+    for (unsigned int i = 0; i < 99999; ++i) {
+        set.AppendVertex({i % 2 == 0 ? kNan : i % 4 == 1 ? kInfinity : -huge * 0.5 - i * 1e295, 0, 0});
+        set.AppendIndexes({i});
     }
-    IndexedTriangleSet3D set(vertices, indexes);
-    EXPECT_TRUE(set.CollapsePoints(0.5));
-    const Indexes& left = set.GetIndexes();
-    ASSERT_EQ(left.size() % 3, 1U) << "what is no whole triangle stays";
-    EXPECT_EQ(*(left.end() - 2), 4294967295U);
-    EXPECT_EQ(left[left.size() - 10], left[left.size() - 7]);
-    EXPECT_EQ(left[left.size() - 9], left[left.size() - 6]);
+    set.AppendVertices({{1, 2, 3}, {1, 2, 3}, {huge, huge, 7}, {huge, huge, 7}});
+    set.AppendIndexes({99999, 100001, 3, 100000, 100002, 4, 5, 100003, 4294967295U, 7});
+    const IndexedTriangleSet3D before = set;
+    for (const double bad : {-1.0, kNan, kInfinity}) EXPECT_FALSE(set.CollapsePoints(bad));
+    EXPECT_EQ(set.GetIndexes(), before.GetIndexes());
+    EXPECT_TRUE(set.CollapsePoints(0.5)) << "two of the last four vertices have gone";
+    EXPECT_EQ(set.GetVerticesSize(), before.GetVerticesSize() - 2);
+    EXPECT_EQ(set.GetIndexesSize(), before.GetIndexesSize()) << "what is no triangle stays";
+    EXPECT_EQ(set.GetIndexes()[100000], set.GetIndexes()[100003]);
 }
 
 }  // namespace

@@ -40,9 +40,9 @@ template <class Height, class Keep>
 IndexedTriangleSet3D Grid(const Point2D& corner, unsigned int n, const Height& height, const Keep& keep) {
     IndexedTriangleSet3D set;
     for (unsigned int i = 0; i < (n + 1) * (n + 1); ++i) {
-        const unsigned int x = i % (n + 1), y = i / (n + 1);
+        const int x = static_cast<int>(i % (n + 1)), y = static_cast<int>(i / (n + 1));
         set.AppendVertex({corner + Vec2D(x, y), height(x, y)});
-        if (x == n || y == n || !keep(x, y)) continue;
+        if (i % (n + 1) == n || i / (n + 1) == n || !keep(x, y)) continue;
         set.AppendIndexes({i, i + 1, i + n + 2, i, i + n + 2, i + n + 1});
     }
     set.SetCCW(true);

@@ -87,4 +87,11 @@ inline std::vector<BorderRing> TraceBorders(const std::vector<unsigned int>& ind
     return rings;
 }
 
+/// The same with all triangles taken as running like the first one of their part.
+inline std::vector<BorderRing> TraceCoherentBorders(const std::vector<unsigned int>& indexes, std::size_t vertexCount) {
+    std::vector<unsigned int> coherent = indexes;
+    MakeCoherent(coherent, FindCoherentParts(indexes, vertexCount));
+    return TraceBorders(coherent, vertexCount);
+}
+
 }  // namespace Kalvio::Math::detail
