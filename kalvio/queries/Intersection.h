@@ -413,6 +413,7 @@ public:
     /// along their axes x, y, z by that much on each; oriented boxes along one of their axes). Triangles collide as
     /// `TriangleTriangle` finds: never without area. A polygon inside a hole of the other does not collide with it.
     static bool Collides(const Triangle3D& a, const Triangle3D& b, double tolerance);
+    static bool Collides(const Line3D& segment, const Triangle3D& triangle, double tolerance);
     static bool Collides(const Triangle3D& triangle, const BoundingBox3D& box, double tolerance);
     static bool Collides(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance);
     static bool Collides(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance);

@@ -233,6 +233,30 @@ bool Intersection::Collides(const Triangle3D& a, const Triangle3D& b, double tol
     return result == IntersectionResult::Intersecting || result == IntersectionResult::Coincident;
 }
 
+// Nearest to a triangle a segment is at an end, at an edge of the triangle, or where it passes the plane.
+bool Intersection::Collides(const Line3D& segment, const Triangle3D& triangle, double tolerance) {
+    const Tolerances tolerances = TolerancesFor(std::abs(tolerance));
+    const auto isInside = [&](const Point3D& p) { return triangle.IsPointInside(p, tolerances); };
+    if (isInside(segment.GetStart()) || isInside(segment.GetEnd())) return true;
+    for (int i = 0; i < 3; ++i) {
+        Line3D shortest;
+        const Line3D edge(triangle[i], triangle[(i + 1) % 3]);
+        if (ShortestLineBetweenLineSegments(segment, edge, shortest, tolerances) == IntersectionResult::Intersecting &&
+            shortest.GetLength() <= tolerances.UserTolerance()) {
+            return true;
+        }
+    }
+    const Vec3D normal = detail::UnitNormalOf(triangle, detail::numericalZero);
+    const PlaneHeights heights(triangle.GetPointA(), normal, tolerance);
+    const double from = heights.HeightOf(segment.GetStart());
+    const double to = heights.HeightOf(segment.GetEnd());
+    if (!((from < 0.0 && to > 0.0) || (from > 0.0 && to < 0.0))) return false;
+    // Away from the edges, so no more than the rounding of this point can matter.
+    const Point3D passage = segment.GetStart() + (segment.GetEnd() - segment.GetStart()) * (from / (from - to));
+    const double noise = 4.0 * detail::NoiseOf(triangle, detail::numericalZero);
+    return triangle.IsPointInside(passage, TolerancesFor(std::max(tolerances.UserTolerance(), noise)));
+}
+
 // Thirteen axes separate a box and a triangle: the box's, the normal, and the products of the box's and the edges'
 // (T. Akenine-Moeller, 2001).
 bool Intersection::Collides(const Triangle3D& triangle, const BoundingBox3D& box, double tolerance) {

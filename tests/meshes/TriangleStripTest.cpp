@@ -16,18 +16,17 @@ TEST(TriangleStripTest, TheLadderGivesTwoTrianglesPerQuadWithTheirNormals) {
         roof.SetCCW(ccw);
         const double up = (ccw ? -1.0 : 1.0) * std::sqrt(0.5);
         const Vec3D rise(-up, 0, up), fall(up, 0, up), none;
-        const std::vector<Vec3D> faces{none, rise, rise, fall, fall, none, none};
+        const std::vector<Vec3D> faces{rise, rise, fall, fall, none, none};
         const std::vector<Vec3D> sums{rise, rise * 2.0, rise + fall * 2.0, rise * 2.0 + fall, fall, fall * 2.0,
                                       none, none};
-        std::vector<Vec3D> normals(1);
-        roof.ComputeNormals(false, normals);
-        ASSERT_EQ(normals.size(), faces.size());
-        for (std::size_t i = 0; i < faces.size(); ++i) EXPECT_THAT(normals[i], IsNear(faces[i], 1e-15)) << i;
-        normals.clear();
-        roof.ComputeNormals(true, normals);
-        ASSERT_EQ(normals.size(), sums.size());
-        for (std::size_t i = 0; i < sums.size(); ++i) {
-            EXPECT_THAT(normals[i], IsNear(Vec3D(sums[i]).Normalize(), 1e-15)) << i;
+        for (const bool perVertex : {false, true}) {
+            const std::vector<Vec3D>& expected = perVertex ? sums : faces;
+            std::vector<Vec3D> normals(1);
+            roof.ComputeNormals(perVertex, normals);
+            ASSERT_EQ(normals.size(), expected.size() + 1);
+            for (std::size_t i = 0; i < expected.size(); ++i) {
+                EXPECT_THAT(normals[i + 1], IsNear(Vec3D(expected[i]).Normalize(), 1e-15)) << i;
+            }
         }
     }
 }

@@ -14,8 +14,10 @@
 namespace Kalvio::Math {
 namespace {
 
+using I = Intersection;
 using R = IntersectionResult;
 using P = Point3D;
+using L = Line3D;
 
 Vec3D RandomUnit(RandomNumbers& random) { return Vec3D(random(-1, 1), random(-1, 1), random(0.1, 1)).Normalize(); }
 
@@ -34,23 +36,22 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
         const Line3D a(place + u * from, place + u * (from + random(1, 80)));
         const Line3D b(place + gap + v * other, place + gap + v * (other - random(1, 80)));
         Line3D shortest, between;
-        ASSERT_EQ(Intersection::ShortestLineBetweenLines(a, b, shortest, kTolerances), R::Intersecting);
+        ASSERT_EQ(I::ShortestLineBetweenLines(a, b, shortest, kTolerances), R::Intersecting);
         const double noise = 2e-6 / u.CrossProduct(v).Length();
         EXPECT_THAT(shortest.GetStart(), IsNear(place, noise));
         EXPECT_THAT(shortest.GetEnd(), IsNear(place + gap, noise));
         Point3D p(7, 7, 7);
         const Line3D further(place + u * random(90, 99), place + u * random(2, 80));
-        EXPECT_EQ(Intersection::LineLine(a, further, p, kTolerances), R::Coincident) << "but for the rounding";
-        EXPECT_EQ(Intersection::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
+        EXPECT_EQ(I::LineLine(a, further, p, kTolerances), R::Coincident) << "but for the rounding";
+        EXPECT_EQ(I::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
         EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? P(7, 7, 7) : place, noise));
-        ASSERT_EQ(Intersection::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
-        EXPECT_NEAR((p - b.GetStart()).CrossProduct(v).Length(), 0.0,
-                    1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX()));
+        ASSERT_EQ(I::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
         const Vec3D way = p - a.GetStart();
-        EXPECT_NEAR(way.GetX() * u.GetZ() - way.GetZ() * u.GetX(), 0.0,
-                    1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX()));
+        const double slack = 1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX());
+        EXPECT_NEAR((p - b.GetStart()).CrossProduct(v).Length(), 0.0, slack) << "on b, and over a";
+        EXPECT_NEAR(way.GetX() * u.GetZ() - way.GetZ() * u.GetX(), 0.0, slack);
         // Between segments: no sampled pair of points is nearer.
-        ASSERT_EQ(Intersection::ShortestLineBetweenLineSegments(a, b, between, 1e-4), 1);
+        ASSERT_EQ(I::ShortestLineBetweenLineSegments(a, b, between, 1e-4), 1);
         EXPECT_NEAR(a.GetNearestPoint(between.GetStart(), kTolerances).Distance(between.GetStart()), 0.0, 1e-6);
         EXPECT_NEAR(b.GetNearestPoint(between.GetEnd(), kTolerances).Distance(between.GetEnd()), 0.0, 1e-6);
         for (int i = 0; i <= 40; ++i) {
@@ -62,44 +63,40 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
 
 TEST(IntersectionSpaceTest, Codes) {
     const Plane3D ground(P(0, 0, 0), Vec3D(0, 0, 1));
-    const auto line = [](const P& a, const P& b) { return Line3D(a, b); };
     Point3D p(7, 7, 7);
     Line3D out;
     const std::tuple<const char*, Line3D, Line3D, R> lines[] = {
-        {"the same, turned", line(P(0, 0, 0), P(4, 4, 4)), line(P(9, 9, 9), P(8, 8, 8)), R::Coincident},
-        {"parallel", line(P(0, 0, 0), P(4, 4, 4)), line(P(9, 9, 9.001), P(8, 8, 8.001)), R::NoIntersection},
-        {"skew", line(P(0, 0, 0), P(4, 0, 0)), line(P(1, -1, 0.0002), P(1, 1, 0.0002)), R::NoIntersection},
-        {"a line as short as the tolerance", line(P(0, 0, 0), P(1e-4, 0, 0)), line(P(0, 0, 0), P(0, 1, 0)),
-         R::Degenerate},
-        {"not finite", line(P(0, 0, 0), P(kInfinity, 0, 0)), line(P(0, 0, 0), P(0, 1, 0)), R::NoIntersection},
-        {"huge", line(P(1e300, 0, 0), P(-1e300, 0, 0)), line(P(0, 1, 0), P(1, 1, 1e300)), R::NoIntersection},
+        {"the same, turned", L(P(0, 0, 0), P(4, 4, 4)), L(P(9, 9, 9), P(8, 8, 8)), R::Coincident},
+        {"parallel", L(P(0, 0, 0), P(4, 4, 4)), L(P(9, 9, 9.001), P(8, 8, 8.001)), R::NoIntersection},
+        {"skew", L(P(0, 0, 0), P(4, 0, 0)), L(P(1, -1, 0.0002), P(1, 1, 0.0002)), R::NoIntersection},
+        {"as short as the tolerance", L(P(0, 0, 0), P(1e-4, 0, 0)), L(P(0, 0, 0), P(0, 1, 0)), R::Degenerate},
+        {"not finite", L(P(0, 0, 0), P(kInfinity, 0, 0)), L(P(0, 0, 0), P(0, 1, 0)), R::NoIntersection},
+        {"huge", L(P(1e300, 0, 0), P(-1e300, 0, 0)), L(P(0, 1, 0), P(1, 1, 1e300)), R::NoIntersection},
     };
     for (const auto& [why, a, b, result] : lines) {
-        EXPECT_EQ(Intersection::LineLine(a, b, p, kTolerances), result) << why;
-        EXPECT_EQ(Intersection::LineLine(b, a, p, kTolerances), result) << why;
+        EXPECT_EQ(I::LineLine(a, b, p, kTolerances), result) << why;
+        EXPECT_EQ(I::LineLine(b, a, p, kTolerances), result) << why;
     }
     const std::tuple<const char*, Line3D, Plane3D, R> segments[] = {
-        {"in the plane", line(P(0, 0, 5e-5), P(4, 0, -5e-5)), ground, R::Coincident},
-        {"short of it", line(P(0, 0, 1), P(4, 0, 2e-4)), ground, R::NoIntersection},
-        {"no normal", line(P(0, 0, 1), P(4, 0, -1)), Plane3D(), R::Degenerate},
-        {"no length", line(P(0, 0, 0), P(0, 0, 0)), ground, R::Degenerate},
-        {"not finite", line(P(0, 0, 1), P(4, kNan, -1)), ground, R::NoIntersection},
+        {"in the plane", L(P(0, 0, 5e-5), P(4, 0, -5e-5)), ground, R::Coincident},
+        {"short of it", L(P(0, 0, 1), P(4, 0, 2e-4)), ground, R::NoIntersection},
+        {"no normal", L(P(0, 0, 1), P(4, 0, -1)), Plane3D(), R::Degenerate},
+        {"no length", L(P(0, 0, 0), P(0, 0, 0)), ground, R::Degenerate},
+        {"not finite", L(P(0, 0, 1), P(4, kNan, -1)), ground, R::NoIntersection},
     };
     for (const auto& [why, segment, plane, result] : segments) {
-        EXPECT_EQ(Intersection::LineSegmentPlane(segment, plane, p, kTolerances), result) << why;
+        EXPECT_EQ(I::LineSegmentPlane(segment, plane, p, kTolerances), result) << why;
         // A triangle over the segment lies with it.
-        const Triangle3D triangle(segment.GetStart(), segment.GetEnd(),
-                                  segment.GetStart() + (segment.GetEnd() - segment.GetStart()) * 0.5 + Vec3D(0, 3, 0));
-        EXPECT_EQ(Intersection::TrianglePlane(triangle, plane, out, kTolerances), result) << why;
-        EXPECT_NE(Intersection::TriangleTriangle(triangle, Triangle3D(P(9, 9, 9), P(10, 9, 9), P(9, 10, kNan)), out,
-                                                 kTolerances),
-                  R::Intersecting);
+        const Triangle3D triangle(segment.GetStart(), segment.GetEnd(), segment.GetMiddlePoint() + Vec3D(0, 3, 0));
+        EXPECT_EQ(I::TrianglePlane(triangle, plane, out, kTolerances), result) << why;
+        const Triangle3D wild(P(9, 9, 9), P(10, 9, 9), P(9, 10, kNan));
+        EXPECT_NE(I::TriangleTriangle(triangle, wild, out, kTolerances), R::Intersecting);
     }
     EXPECT_THAT(p, IsNear(P(7, 7, 7), 0.0)) << "untouched";
     EXPECT_EQ(out.GetLength(), 0.0);
-    ASSERT_EQ(Intersection::LineSegmentPlane(line(P(0, 0, 1), P(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
+    ASSERT_EQ(I::LineSegmentPlane(L(P(0, 0, 1), P(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
     EXPECT_THAT(p, IsNear(P(4, 0, 1e-4), 0.0));
-    ASSERT_EQ(Intersection::LineSegmentPlane(line(P(0, 0, 3), P(4, 0, -1)), ground, p, 1e-4), 1);
+    ASSERT_EQ(I::LineSegmentPlane(L(P(0, 0, 3), P(4, 0, -1)), ground, p, 1e-4), 1);
     EXPECT_THAT(p, IsNear(P(3, 0, 0), 1e-15));
 }
 
@@ -108,13 +105,12 @@ template <class IsInside>
 void CheckPieces(const std::vector<Line3D>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane,
                  IsInside&& isInside) {
     const Vec3D along = frame.normal.CrossProduct(plane.GetNormal()).Normalize(), up = along.CrossProduct(frame.normal);
-    const Point3D foot = frame.origin + up * ((plane.GetProjection(frame.origin) - frame.origin).NormSquared() /
-                                              (plane.GetProjection(frame.origin) - frame.origin).DotProduct(up));
+    const Vec3D away = plane.GetProjection(frame.origin) - frame.origin;
+    const Point3D foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
     for (const Line3D& piece : pieces) {
         EXPECT_GE((piece.GetEnd() - piece.GetStart()).DotProduct(along), 0.0);
-        for (const Point3D& p : {piece.GetStart(), piece.GetEnd()}) {
-            EXPECT_NEAR((p - foot).CrossProduct(along).Length(), 0.0, 1e-5);
-        }
+        EXPECT_NEAR((piece.GetStart() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
+        EXPECT_NEAR((piece.GetEnd() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
     }
     for (int i = -300; i <= 300; ++i) {
         const Point3D p = foot + along * (0.04 * i);
@@ -135,17 +131,13 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
     for (int round = 0; round < 120; ++round) {
         const detail::PlaneFrame frame = RandomFrame(random, surveyOrigins[round % 2]);
         const Plane3D plane(frame.origin + frame.first * random(-2, 2), RandomUnit(random));
-        const auto lifted = [&](const std::vector<Point2D>& plan) {
-            std::vector<Point3D> ring;
-            for (const Point2D& p : plan) ring.push_back(frame.ToSpace(p));
-            return ring;
-        };
         Polygon2D plan(RandomStar(random, Point2D(), 9.0, 12));
         plan.AppendHoleBoundary(LineString2D(RandomStar(random, Point2D(), 1.7, 9)));
-        Polygon3D polygon(lifted(plan.GetPoints()));
-        polygon.AppendHoleBoundary(LineString3D(lifted(plan.GetHoleBoundary(0).GetPoints())));
+        Polygon3D polygon(plan, 0.0);
+        for (Point3D& p : polygon.GetPoints()) p = frame.ToSpace(p.GetPoint2D());
+        for (Point3D& p : polygon.GetHoleBoundary(0).GetPoints()) p = frame.ToSpace(p.GetPoint2D());
         std::vector<Line3D> pieces;
-        straight += Intersection::PolygonPlane(polygon, plane, pieces, 1e-6);
+        straight += I::PolygonPlane(polygon, plane, pieces, 1e-6);
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return plan.IsPointInside(frame.ToPlane(p), 0.0); });
         // Six arcs that bulge out or in, less a full circle.
         RingCurve3D ring;
@@ -158,14 +150,14 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
         PolygonCurve3D area(ring);
         auto* const circle = new RingCurve3D;
         const Point3D center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
-        circle->AppendElement(
-            new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), Plane3D(center, frame.normal)));
+        const Plane3D flat(center, frame.normal);
+        circle->AppendElement(new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), flat));
         pieces.clear();
-        const int outer = Intersection::RingCurvePlane(ring, plane, pieces, 1e-6);
+        const int outer = I::RingCurvePlane(ring, plane, pieces, 1e-6);
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return ring.IsPointInside(p, 1e-6); });
         area.AppendInnerRing(circle);
         pieces.clear();
-        curved += Intersection::PolygonCurvePlane(area, plane, pieces, 1e-6) - outer;
+        curved += I::PolygonCurvePlane(area, plane, pieces, 1e-6) - outer;
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return area.IsPointInside(p, 1e-6); });
     }
     EXPECT_TRUE(straight > 200 && curved > 20) << "cuts beside holes";
@@ -174,7 +166,7 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
 TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
     const Plane3D wall(P(0, 0, 0), Vec3D(1, 0, 0));
     const std::tuple<const char*, std::string, R, std::vector<double>> rows[] = {
-        {"in the plane", "0 0 0 5 0 9", R::Degenerate, {}},
+        {"no area", "0 0 0 5 0 9", R::Degenerate, {}},
         {"beside it", "1 0 3 0 3 4", R::NoIntersection, {}},
         {"a corner", "0 2 3 0 3 4", R::Intersecting, {2, 2}},
         {"two corners", "0 1 3 0 3 9 0 8 2 5", R::Intersecting, {1, 1, 8, 8}},
@@ -189,26 +181,24 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
         for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 90)}) {
             const Polygon3D polygon = Polygon3D(MakePolygon(rings), 2.0).Translate(shift);
             std::vector<Line3D> pieces;
-            EXPECT_EQ(
-                Intersection::PolygonPlane(polygon, Plane3D(P(0, 0, 0) + shift, Vec3D(1, 0, 0)), pieces, kTolerances),
-                result)
-                << why;
+            const Plane3D plane(P(0, 0, 0) + shift, Vec3D(1, 0, 0));
+            EXPECT_EQ(I::PolygonPlane(polygon, plane, pieces, kTolerances), result) << why;
             std::vector<double> found;
-            for (const Line3D& piece : pieces)
-                found.insert(found.end(),
-                             {piece.GetStart().GetY() - shift.GetY(), piece.GetEnd().GetY() - shift.GetY()});
+            for (const Line3D& piece : pieces) {
+                for (const P& p : {piece.GetStart(), piece.GetEnd()}) found.push_back(p.GetY() - shift.GetY());
+            }
             EXPECT_THAT(found, testing::Pointwise(testing::DoubleNear(1e-8), ends)) << why;
         }
     }
     std::vector<Line3D> pieces;
     const Polygon3D upright{P(0, 0, 0), P(0, 5, 0), P(0, 5, 3)};
-    EXPECT_EQ(Intersection::PolygonPlane(upright, wall, pieces, kTolerances), R::Coincident);
+    EXPECT_EQ(I::PolygonPlane(upright, wall, pieces, kTolerances), R::Coincident);
     // A disc that touches from outside, or reaches through by less than the tolerance: then the cut is its chord.
     for (const double reach : {-5e-5, 5e-5}) {
         RingCurve3D disc;
         disc.AppendElement(new Arc3D(P(-4 + reach, 2, 0), P(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
         pieces.clear();
-        ASSERT_EQ(Intersection::RingCurvePlane(disc, wall, pieces, kTolerances), R::Intersecting);
+        ASSERT_EQ(I::RingCurvePlane(disc, wall, pieces, kTolerances), R::Intersecting);
         EXPECT_NEAR(pieces[0].GetLength(), reach > 0.0 ? 2.0 * std::sqrt(4e-5 * 5.0 - 2.5e-9) : 0.0, 1e-9);
     }
 }
@@ -222,12 +212,12 @@ bool DoMeet(const Triangle3D& a, const Triangle3D& b) {
     }
     axes = {edges[0].CrossProduct(edges[1]), others[0].CrossProduct(others[1])};
     for (int i = 0; i < 9; ++i) axes.push_back(edges[i / 3].CrossProduct(others[i % 3]));
-    for (int i = 0; i < 3; ++i)
-        axes.insert(axes.end(), {axes[0].CrossProduct(edges[i]), axes[1].CrossProduct(others[i])});
+    for (const Vec3D& edge : edges) axes.push_back(axes[0].CrossProduct(edge));
+    for (const Vec3D& edge : others) axes.push_back(axes[1].CrossProduct(edge));
     return std::none_of(axes.begin(), axes.end(), [&](const Vec3D& axis) {
         const auto along = [&](const Triangle3D& t) {
-            return std::minmax(
-                {(t[0] - P()).DotProduct(axis), (t[1] - P()).DotProduct(axis), (t[2] - P()).DotProduct(axis)});
+            const auto at = [&](int i) { return (t[i] - P()).DotProduct(axis); };
+            return std::minmax({at(0), at(1), at(2)});
         };
         const auto [low, high] = along(a);
         const auto [otherLow, otherHigh] = along(b);
@@ -239,27 +229,34 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
     RandomNumbers random(20303);
     std::map<R, int> seen;
     for (int round = 0; round < 30000; ++round) {
-        const auto corner = [&] {
-            return P(double(random() % 4), double(random() % 4), double(random() % (round % 3 + 1)));
-        };
+        const auto whole = [&](int n) { return std::floor(random(0.0, n)); };
+        const auto corner = [&] { return P(whole(4), whole(4), whole(round % 3 + 1)); };
         const Triangle3D a(corner(), corner(), corner()), b(corner(), corner(), corner());
         if (a.GetArea() == 0.0 || b.GetArea() == 0.0) continue;
         const Vec3D shift(surveyOrigins[round % 2] - Point2D(), 0.0);
         const auto moved = [&](const Triangle3D& t) { return Triangle3D(t[0] + shift, t[1] + shift, t[2] + shift); };
         const Triangle3D ma = moved(a), mb = moved(b);
+        const auto isInBoth = [&](const P& p, double tolerance) {
+            return I::IsPointInsideTriangle(p, ma, tolerance) && I::IsPointInsideTriangle(p, mb, tolerance);
+        };
         std::vector<Point3D> common, swapped;
         Line3D segment(P(7, 7, 7), P(7, 7, 7));
-        const R result = Intersection::TriangleTriangle(ma, mb, common, kTolerances);
+        const R result = I::TriangleTriangle(ma, mb, common, kTolerances);
         ++seen[result];
         ASSERT_EQ(result != R::NoIntersection, DoMeet(a, b)) << round;
-        EXPECT_EQ(Intersection::Collides(ma, mb, kTolerances), result != R::NoIntersection);
-        ASSERT_EQ(Intersection::TriangleTriangle(mb, ma, swapped, kTolerances), result);
+        EXPECT_EQ(I::Collides(ma, mb, kTolerances), result != R::NoIntersection);
+        ASSERT_EQ(I::TriangleTriangle(mb, ma, swapped, kTolerances), result);
+        bool isMetByEdge = false;
+        for (int i = 0; i < 3; ++i) {
+            isMetByEdge = isMetByEdge || I::Collides(L(ma[i], ma[(i + 1) % 3]), mb, 1e-7);
+            isMetByEdge = isMetByEdge || I::Collides(L(mb[i], mb[(i + 1) % 3]), ma, kTolerances);
+        }
+        EXPECT_EQ(isMetByEdge, result != R::NoIntersection);
         EXPECT_EQ(common.size(), swapped.size());
-        EXPECT_EQ(Intersection::TriangleTriangle(ma, mb, segment, 1e-4), result == R::Intersecting ? 1 : 0);
+        EXPECT_EQ(I::TriangleTriangle(ma, mb, segment, 1e-4), result == R::Intersecting ? 1 : 0);
         Vec3D area;
         for (std::size_t i = 0; i < common.size(); ++i) {
-            EXPECT_TRUE(Intersection::IsPointInsideTriangle(common[i], ma, 1e-8) &&
-                        Intersection::IsPointInsideTriangle(common[i], mb, 1e-8));
+            EXPECT_TRUE(isInBoth(common[i], 1e-8));
             area += (common[i] - common[0]).CrossProduct(common[(i + 1) % common.size()] - common[0]);
         }
         if (result == R::Coincident) {
@@ -270,13 +267,12 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
             const Vec3D step = (segment.GetEnd() - segment.GetStart()).Normalize() * 1e-4;
             ASSERT_EQ(common.size(), step.Length() > 0.0 ? 2u : 1u);
             for (const Point3D& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
-                EXPECT_TRUE(common.size() == 1 || !(Intersection::IsPointInsideTriangle(p, ma, 1e-7) &&
-                                                    Intersection::IsPointInsideTriangle(p, mb, 1e-7)));
+                EXPECT_TRUE(common.size() == 1 || !isInBoth(p, 1e-7));
             }
         }
     }
-    EXPECT_TRUE(seen[R::NoIntersection] > 3000 && seen[R::Intersecting] > 3000 && seen[R::Coincident] > 3000 &&
-                seen.size() == 3);
+    EXPECT_EQ(seen.size(), 3u);
+    for (const auto& [result, count] : seen) EXPECT_GT(count, 3000);
 }
 
 TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
@@ -287,27 +283,28 @@ TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
         strip.AppendVertices({P(2.0 * k, 0, 5 + heights[k]), P(2.0 * k, 4, 5 + (k == 8 ? -1 : heights[k]))});
     }
     for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 0)}) {
-        std::vector<Point3D> moved;
-        for (const Point3D& p : strip.GetVertices()) moved.push_back(p + shift);
+        TriangleStrip3D moved(strip);
+        for (unsigned int i = 0; i < strip.GetSize(); ++i) moved.GetVertex(i) += shift;
         std::vector<LineString3D> strings;
-        ASSERT_EQ(Intersection::TriangleStripPlane(TriangleStrip3D(moved), Plane3D(0, 0, 1, -5), strings, 1e-4), 4);
+        ASSERT_EQ(I::TriangleStripPlane(moved, Plane3D(0, 0, 1, -5), strings, 1e-4), 4);
         const std::tuple<std::size_t, double, double> rows[] = {{3, 4.0 / 3, 4}, {7, 6, 16}, {2, 16, 0}, {3, 19, 4}};
         for (std::size_t i = 0; i < 4; ++i) {
             EXPECT_EQ(strings[i].GetSize(), std::get<0>(rows[i])) << i;
-            EXPECT_NEAR(strings[i].GetBoundingBox3D().GetMinPoint().GetX() - shift.GetX(), std::get<1>(rows[i]), 1e-8)
-                << i;
+            const double x = strings[i].GetBoundingBox3D().GetMinPoint().GetX() - shift.GetX();
+            EXPECT_NEAR(x, std::get<1>(rows[i]), 1e-8) << i;
             EXPECT_NEAR(strings[i].GetLength(), std::get<2>(rows[i]), 1e-8) << i;
         }
     }
     std::vector<LineString3D> strings;
-    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, 5), strings, kTolerances), R::NoIntersection);
+    const auto cut = [&](const TriangleStrip3D& of, double height) {
+        return I::TriangleStripPlane(of, Plane3D(0, 0, 1, -height), strings, kTolerances);
+    };
+    EXPECT_EQ(cut(strip, -5), R::NoIntersection);
+    EXPECT_EQ(cut({P(0, 0, 5), P(0, 1, 5), P(1, 0, 5), P(1, 1, 5)}, 5), R::Coincident);
     strip.AppendVertices({P(0, 0, kNan)});
-    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, -5), strings, kTolerances), R::Degenerate);
+    EXPECT_EQ(cut(strip, 5), R::Degenerate);
     strip.AppendVertices({P(0, 0, 0)});
-    EXPECT_EQ(Intersection::TriangleStripPlane(strip, Plane3D(0, 0, 1, -5), strings, kTolerances), R::NoIntersection);
-    EXPECT_EQ(Intersection::TriangleStripPlane(TriangleStrip3D{P(0, 0, 5), P(0, 1, 5), P(1, 0, 5), P(1, 1, 5)},
-                                               Plane3D(0, 0, 1, -5), strings, kTolerances),
-              R::Coincident);
+    EXPECT_EQ(cut(strip, 5), R::NoIntersection);
     EXPECT_TRUE(strings.empty());
 }
 
@@ -325,47 +322,32 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
         std::vector<Point2D> ring, other;
         a.GetCornerPoints(ring);
         b.GetCornerPoints(other);
-        // The same by the polygons of their corners, and by triangles of a prism over them.
-        const bool meet = Intersection::Collides(a, b, kTolerances);
-        EXPECT_EQ(meet, Intersection::Collides(Polygon2D(ring), Polygon2D(other), 1e-9));
-        const auto corner = [&](const Point2D& p, double z) { return P(p, z); };
-        bool prism = false;
-        for (const int i : {1, 2}) {
-            const Triangle3D first(corner(ring[0], 0), corner(ring[i], 0), corner(ring[i + 1], 0));
-            for (const int j : {1, 2})
-                prism = prism ||
-                        Intersection::Collides(
-                            first, Triangle3D(corner(other[0], 0), corner(other[j], 0), corner(other[j + 1], 0)), 1e-9);
-        }
-        EXPECT_EQ(meet, prism);
+        // The same by the polygons of their corners.
+        const bool meet = I::Collides(a, b, kTolerances);
+        EXPECT_EQ(meet, I::Collides(Polygon2D(ring), Polygon2D(other), 1e-9));
         // A box in space over the plan box of b against a triangle that leans.
         const BoundingBox2D plan = b.GetBoundingBox2D();
         const BoundingBox3D block(P(plan.GetMinPoint(), 1.0), P(plan.GetMaxPoint(), 2.0));
-        const Triangle3D leaning(corner(ring[0], random(0, 3)), corner(ring[1], random(0, 3)),
-                                 corner(ring[2], random(0, 3)));
+        const Triangle3D leaning(P(ring[0], random(0, 3)), P(ring[1], random(0, 3)), P(ring[2], random(0, 3)));
         bool sampled = false;
-        for (int i = 0; i <= 30; ++i) {
-            for (int j = 0; j <= 30 - i; ++j) {
-                const Point3D p =
-                    leaning[0] + (leaning[1] - leaning[0]) * (i / 30.0) + (leaning[2] - leaning[0]) * (j / 30.0);
-                sampled = sampled || (plan.IsPointInside(p.GetPoint2D(), 0.0) && p.GetZ() >= 1.0 && p.GetZ() <= 2.0);
-            }
+        for (int i = 0; i < 900; ++i) {
+            const double u = i % 30 / 29.0, v = (1.0 - u) * (i / 30) / 29.0;
+            const Point3D p = leaning[0] + (leaning[1] - leaning[0]) * u + (leaning[2] - leaning[0]) * v;
+            sampled = sampled || (plan.IsPointInside(p.GetPoint2D(), 0.0) && std::abs(p.GetZ() - 1.5) <= 0.5);
         }
-        EXPECT_TRUE(!sampled || Intersection::Collides(leaning, block, 0.0));
-        EXPECT_TRUE(sampled || !Intersection::Collides(leaning, block, -0.1)) << "deep inside";
+        EXPECT_TRUE(!sampled || I::Collides(leaning, block, 0.0));
+        EXPECT_TRUE(sampled || !I::Collides(leaning, block, -0.1)) << "deep inside";
         hits += meet ? 1 : 0;
     }
     EXPECT_TRUE(hits > 1000 && hits < 3500);
     const Polygon2D yard = MakePolygon("0 0 9 0 9 9 0 9 / 1 1 8 1 8 8 1 8");
-    EXPECT_FALSE(Intersection::Collides(yard, MakePolygon("2 2 7 2 7 7"), kTolerances)) << "in the hole";
-    EXPECT_TRUE(Intersection::Collides(MakePolygon("2 2 7 2 7 8"), yard, kTolerances)) << "touches it";
-    EXPECT_TRUE(Intersection::Collides(MakePolygon("-9 -9 20 -9 20 20 -9 20"), yard, kTolerances)) << "around it";
-    EXPECT_FALSE(Intersection::Collides(Polygon2D(), yard, kTolerances));
-    EXPECT_TRUE(
-        Intersection::IsPointInsideTriangle(Point2D(-0.25, 1), Point2D(0, 0), Point2D(4, 0), Point2D(0, 4), 0.25));
-    EXPECT_FALSE(
-        Intersection::IsPointInsideTriangle(Point2D(-0.25, -0.25), Point2D(0, 0), Point2D(4, 0), Point2D(0, 4), 0.25))
-        << "beyond a corner";
+    EXPECT_FALSE(I::Collides(yard, MakePolygon("2 2 7 2 7 7"), kTolerances)) << "in the hole";
+    EXPECT_TRUE(I::Collides(MakePolygon("2 2 7 2 7 8"), yard, kTolerances)) << "touches it";
+    EXPECT_TRUE(I::Collides(MakePolygon("-9 -9 20 -9 20 20 -9 20"), yard, kTolerances)) << "around it";
+    EXPECT_FALSE(I::Collides(Polygon2D(), yard, kTolerances));
+    const Point2D a(0, 0), b(4, 0), c(0, 4);
+    EXPECT_TRUE(I::IsPointInsideTriangle(Point2D(-0.25, 1), a, b, c, 0.25));
+    EXPECT_FALSE(I::IsPointInsideTriangle(Point2D(-0.25, -0.25), a, b, c, 0.25)) << "beyond a corner";
 }
 
 }  // namespace
