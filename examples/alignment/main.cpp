@@ -2,7 +2,9 @@
 
 #include "alignment/Crossings.h"
 #include "common/Arguments.h"
+#include "common/Csv.h"
 #include "common/Drawing.h"
+#include "common/InputError.h"
 #include "common/LandXml.h"
 #include "common/Svg.h"
 
@@ -10,6 +12,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/queries/Distance.h"
+#include "kalvio/queries/Projection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,9 +32,12 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y ...] [--cross OTHER.xml]\n"
+    "       [--offsets POINTS.csv [--offsets-csv OUT.csv]]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
+    "  --offsets table of points, x,y: station and offset of each, in the order of the table\n"
+    "  --offsets-csv  where they go (standard output)\n"
     "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n"
     "  --cross   all common points with the alignments of another file, with the stations of both\n";
 
@@ -42,6 +48,8 @@ struct Options {
     std::string csv;
     std::vector<std::vector<double>> points;
     std::string cross;
+    std::string offsets;
+    std::string offsetsCsv;
 };
 
 Arguments ArgumentsOf(Options& options) {
@@ -50,6 +58,8 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddPositive("--step", options.step);
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
+    arguments.AddText("--offsets", options.offsets);
+    arguments.AddText("--offsets-csv", options.offsetsCsv);
     arguments.AddNumbers("--locate", 2, options.points);
     arguments.AddText("--cross", options.cross);
     return arguments;
@@ -163,29 +173,66 @@ bool WriteTable(const std::string& path, const std::vector<Alignment>& alignment
     return !file.fail();
 }
 
+// A point beside an alignment: the nearest point of the axis, its station, and the distance, positive to the right.
+struct Offset {
+    Point2D foot;
+    double station = 0.0;
+    double value = 0.0;
+    bool isPerpendicular = false;  // not beside an end, or off a corner
+};
+
+bool FindOffset(const Alignment& alignment, const Point2D& point, Offset& offset) {
+    Polyline2D::PolylinePoint nearest;
+    if (!Projection::NearestPointOnPolyline(point, alignment.plan, nearest, 1e-4)) return false;
+    const double side = Distance::PointToLine(point, nearest.point, nearest.point + nearest.tangent);
+    offset.foot = nearest.point;
+    offset.station = alignment.startStation + nearest.station;
+    offset.value = std::copysign(nearest.distance, side);
+    offset.isPerpendicular = std::abs((point - nearest.point).DotProduct(nearest.tangent)) <= 1e-4;
+    return true;
+}
+
 void Locate(const std::vector<Alignment>& alignments, const Point2D& point) {
-    const Tolerances tolerances(1e-4, 1e-10);
     std::printf("Point %.3f, %.3f:\n", point.GetX(), point.GetY());
     for (const Alignment& alignment : alignments) {
-        const Point2D foot = alignment.plan.GetNearestPoint(point, tolerances);
-        double station = 0.0;
-        Vec2D tangent;
-        if (!alignment.plan.GetLengthFromStartPoint(foot, station, 1e-4) ||
-            !alignment.plan.ComputeTangent(foot, tangent, tolerances)) {
+        Offset offset;
+        if (!FindOffset(alignment, point, offset)) {
             std::printf("  %s: not found\n", alignment.name.c_str());
             continue;
         }
-        const double side = Distance::PointToLine(point, foot, foot + tangent);
-        const double offset = std::copysign(point.Distance(foot), side);
-        std::printf("  %s: station %.4f, offset %.4f (%s)", alignment.name.c_str(), alignment.startStation + station,
-                    offset,
-                    offset > 0.0   ? "right"
-                    : offset < 0.0 ? "left"
-                                   : "on the axis");
+        std::printf("  %s: station %.4f, offset %.4f (%s)", alignment.name.c_str(), offset.station, offset.value,
+                    offset.value > 0.0   ? "right"
+                    : offset.value < 0.0 ? "left"
+                                         : "on the axis");
         double height = 0.0;
-        if (alignment.GetHeight(alignment.startStation + station, height)) std::printf(", height %.4f", height);
+        if (alignment.GetHeight(offset.station, height)) std::printf(", height %.4f", height);
         std::printf("\n");
     }
+}
+
+void WriteOffsets(std::ostream& out, const std::vector<Alignment>& alignments,
+                  const std::vector<std::vector<double>>& points) {
+    out << "alignment,x,y,station,offset,foot_x,foot_y,perpendicular\n";
+    for (const Alignment& alignment : alignments) {
+        for (const std::vector<double>& row : points) {
+            const Point2D point(row[0], row[1]);
+            Offset offset;
+            if (!FindOffset(alignment, point, offset)) continue;
+            out << alignment.name << ',' << Fixed(point.GetX(), 6) << ',' << Fixed(point.GetY(), 6) << ','
+                << Fixed(offset.station, 4) << ',' << Fixed(offset.value, 4) << ',' << Fixed(offset.foot.GetX(), 6)
+                << ',' << Fixed(offset.foot.GetY(), 6) << ',' << (offset.isPerpendicular ? "yes" : "no") << '\n';
+        }
+    }
+}
+
+void TabulateOffsets(const Options& options, const std::vector<Alignment>& alignments) {
+    const std::vector<std::vector<double>> points = ReadCsv(options.offsets, 2);
+    if (options.offsetsCsv.empty()) return WriteOffsets(std::cout, alignments, points);
+    std::ofstream file(options.offsetsCsv, std::ios::binary);
+    WriteOffsets(file, alignments, points);
+    file.close();
+    if (file.fail()) throw InputError(options.offsetsCsv + ": cannot be written");
+    std::fprintf(stderr, "wrote %s\n", options.offsetsCsv.c_str());
 }
 
 void Cross(const std::vector<Alignment>& alignments, const std::vector<Alignment>& others) {
@@ -334,6 +381,7 @@ int Run(const Options& options) {
     }
     for (const std::vector<double>& point : options.points) Locate(file.alignments, Point2D(point[0], point[1]));
     if (!options.cross.empty()) Cross(file.alignments, ReadLandXml(options.cross).alignments);
+    if (!options.offsets.empty()) TabulateOffsets(options, file.alignments);
     if (!options.csv.empty()) {
         if (!WriteTable(options.csv, file.alignments, options.step))
             throw InputError(options.csv + ": cannot be written");
