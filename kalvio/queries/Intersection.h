@@ -31,7 +31,6 @@ class Polygon3D;
 class PolygonCurve3D;
 class RingCurve3D;
 class Spiral2D;
-class Tolerances;
 class Triangle3D;
 class TriangleStrip3D;
 class Vec2D;
@@ -39,19 +38,19 @@ class Vec2D;
 /// Static functions that intersect pairs of geometries and test points against them.
 ///
 /// `Line` in a name is the infinite line through the two points of a `Line2D`, `LineSegment` the line between them.
-///
-/// Unless its comment says otherwise, a function appends all common points of its operands to `out`, in order along the
-/// first operand, none twice. Curves meet on the curves themselves, not on chords. The user tolerance bounds what
-/// counts as common: an end that lies that near to the other operand, the nearest point of curves that pass each other
-/// that closely without crossing (once), and crossings nearer to each other than it (one of them). What lies within it
-/// all along, from an end of one operand to an end of one, coincides there, and the ends of that stretch are appended.
-///
-/// The forms with `Tolerances` answer `Intersecting`, `Coincident`, `NoIntersection`, or `Degenerate` for an operand
-/// not longer than the user tolerance or not finite. The forms with a plain user tolerance (system epsilon 1e-10)
-/// return the number of points appended.
+/// Each group of functions below opens with what holds for all of it.
 class KALVIO_MATH_API Intersection {
 public:
-    // Lines.
+    // Lines and curves.
+    //
+    // Unless their comments say otherwise, all common points are appended, in order along the first operand, each once.
+    // Curves meet on the curves themselves, not on chords. The user tolerance bounds what counts as common: an end that
+    // lies that near to the other operand, the nearest point of curves that pass each other that closely without
+    // crossing (once), and crossings nearer to each other than it (one of them). What lies within it all along, from an
+    // end of one operand to an end of one, is `Coincident`, and the ends of that stretch are appended. `Degenerate`,
+    // with nothing appended: an operand not longer than the user tolerance, or not finite.
+    //
+    // The forms with a plain tolerance take it as the user tolerance and return the number of points written.
 
     /// Intersects the infinite lines a1 -> a2 and b1 -> b2, or through points in directions.
     ///

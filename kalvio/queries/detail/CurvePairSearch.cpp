@@ -195,7 +195,11 @@ void CurvePairSearch::SolveCrossing(const CurvePiece& a, const CurvePiece& b) {
         q = nextQ;
         if (isSettled) break;
     }
-    AddWithin(limits.noise, p, q);
+    // Away from the ends of the pieces it is a crossing, whatever rounding leaves of the distance.
+    const auto isInside = [](const CurvePiece& piece, double at) {
+        return at > piece.from.parameter && at < piece.to.parameter;
+    };
+    AddWithin(isInside(a, p) && isInside(b, q) ? limits.reach : limits.noise, p, q);
 }
 
 // False where the pieces turn too much, or the bounds of their curvatures do not tell which is the larger.

@@ -15,10 +15,22 @@ namespace Kalvio::Math::detail {
 
 namespace {
 
-constexpr double coordinateRounding = 2.0 * std::numeric_limits<double>::epsilon();  // of differences of coordinates
+// Rounding of differences of coordinates, and of points computed along a curve.
+constexpr double coordinateRounding = 2.0 * std::numeric_limits<double>::epsilon();
+constexpr double curveRounding = 8.0 * std::numeric_limits<double>::epsilon();
 
-const Point2D& StartOf(const CrossingOperand& operand) {
+const Point2D& OriginOf(const CrossingOperand& operand) {
     return operand.GetCircle() != nullptr ? operand.GetCircle()->GetCenter() : operand.GetElement()->GetStart();
+}
+
+bool IsLongerThan(const CrossingOperand& operand, double minimum) {
+    const double length = operand.GetLength();
+    return length > minimum && length <= largestDouble;
+}
+
+double RoundingOf(const Point2D& origin, const CrossingOperand& a, const CrossingOperand& b) {
+    const double coordinates = std::max(std::abs(origin.GetX()), std::abs(origin.GetY()));
+    return coordinateRounding * coordinates + curveRounding * (a.GetLength() + b.GetLength());
 }
 
 /// The common points of two curves, from their contacts.
@@ -160,9 +172,20 @@ void Crossings::Report(const Point2D& origin, std::vector<ElementCrossing>& cros
     }
 }
 
-bool AreFarApart(const PlanCurve& a, const PlanCurve& b, double reach) {
-    const Vec2D between = b.GetDiscCenter() - a.GetDiscCenter();
-    return !(between.Length() <= a.GetDiscRadius() + b.GetDiscRadius() + reach);
+// By discs that hold the curves, before anything is copied: no curve leads further from the middle of its ends than
+// half its length.
+bool AreFarApart(const CrossingOperand& a, const CrossingOperand& b, double reach) {
+    if (a.IsInfinite() || b.IsInfinite()) return false;
+    const auto centerOf = [](const CrossingOperand& operand) {
+        if (const Circle2D* const circle = operand.GetCircle()) return circle->GetCenter();
+        const Point2D& start = operand.GetElement()->GetStart();
+        return start + (operand.GetElement()->GetEnd() - start) * 0.5;
+    };
+    const auto radiusOf = [](const CrossingOperand& operand) {
+        const Circle2D* const circle = operand.GetCircle();
+        return circle != nullptr ? circle->GetRadius() : 0.5 * operand.GetElement()->GetLength();
+    };
+    return centerOf(a).Distance(centerOf(b)) > radiusOf(a) + radiusOf(b) + reach;
 }
 
 }  // namespace
@@ -173,24 +196,24 @@ CrossingOperand CrossingOperand::InfiniteLine(const Line2D& line) {
     return operand;
 }
 
+double CrossingOperand::GetLength() const { return circle != nullptr ? circle->GetLength() : element->GetLength(); }
+
 IntersectionResult CrossElements(const CrossingOperand& first, const CrossingOperand& second,
                                  const Tolerances& tolerances, std::vector<ElementCrossing>& crossings,
                                  std::vector<ElementOverlap>& overlaps) {
     const double user = std::abs(tolerances.UserTolerance());
-    const Point2D origin = StartOf(first.IsInfinite() ? second : first);
-    std::optional<PlanCurve> a = PlanCurve::Make(first, origin, user);
-    std::optional<PlanCurve> b = PlanCurve::Make(second, origin, user);
-    if (!a || !b) return IntersectionResult::Degenerate;
-
+    if (!IsLongerThan(first, user) || !IsLongerThan(second, user)) return IntersectionResult::Degenerate;
+    const Point2D origin = OriginOf(first.IsInfinite() ? second : first);
     ContactLimits limits;
-    const double coordinates = std::max(std::abs(origin.GetX()), std::abs(origin.GetY()));
-    limits.noise = std::max(std::abs(tolerances.SystemEpsilon()),
-                            coordinateRounding * (coordinates + a->GetDiscRadius() + b->GetDiscRadius()));
+    limits.noise = std::max(std::abs(tolerances.SystemEpsilon()), RoundingOf(origin, first, second));
     limits.reach = std::max(user, limits.noise);
+    if (AreFarApart(first, second, limits.reach)) return IntersectionResult::NoIntersection;
+
+    std::optional<PlanCurve> a = PlanCurve::Make(first, origin);
+    std::optional<PlanCurve> b = PlanCurve::Make(second, origin);
+    if (!a || !b) return IntersectionResult::Degenerate;
     if (a->IsInfinite() && !b->IsInfinite()) a->ClipTo(b->GetDiscCenter(), b->GetDiscRadius() + limits.reach);
     if (b->IsInfinite() && !a->IsInfinite()) b->ClipTo(a->GetDiscCenter(), a->GetDiscRadius() + limits.reach);
-    const bool areLines = a->IsInfinite() && b->IsInfinite();
-    if (!areLines && AreFarApart(*a, *b, limits.reach)) return IntersectionResult::NoIntersection;
 
     Crossings found(*a, *b, limits, std::abs(tolerances.AngleTolerance().GetRadians()));
     found.Find();

@@ -41,6 +41,7 @@ public:
     const IPolyline2DElement* GetElement() const { return element; }
     const Circle2D* GetCircle() const { return circle; }
     bool IsInfinite() const { return isInfinite; }
+    double GetLength() const;
 
 private:
     const IPolyline2DElement* element = nullptr;
@@ -61,7 +62,7 @@ private:
 ///
 /// @param crossings,overlaps  appended to, each in the order of the stations on the first curve
 /// @return `Coincident` with overlaps, else `Intersecting` with crossings, else `NoIntersection`. `Degenerate`, nothing
-///         appended, for a curve not longer than the user tolerance, without finite length, or that is a chain
+///         appended, for a curve that is not longer than the user tolerance or not finite
 IntersectionResult CrossElements(const CrossingOperand& first, const CrossingOperand& second,
                                  const Tolerances& tolerances, std::vector<ElementCrossing>& crossings,
                                  std::vector<ElementOverlap>& overlaps);

@@ -51,73 +51,65 @@ double ParabolaCurve::GetCurvature(double p) const {
     return sign * 2.0 * quadratic / (secant * secant * secant);
 }
 
-std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const Point2D& origin, double minimum) {
+std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const Point2D& origin) {
     PlanCurve made;
+    made.to = operand.GetLength();
     made.isInfinite = operand.IsInfinite();
-    double length = 0.0;
-    bool isKnown = true;
     if (const Circle2D* const circle = operand.GetCircle()) {
         const Vec2D radial(circle->GetRadius(), 0.0);
         made.curve = RoundCurve{(circle->GetCenter() - origin) + radial, radial, 1.0 / circle->GetRadius()};
-        length = circle->GetPerimeter();
         made.isClosed = true;
-    } else {
-        const IPolyline2DElement& element = *operand.GetElement();
-        const Vec2D start = element.GetStart() - origin;
-        length = element.GetLength();
-        switch (element.GetType()) {
-            case MathTypes::Line2D:
-                made.curve = StraightCurve{start, (element.GetEnd() - element.GetStart()) / length};
-                break;
-            case MathTypes::Arc2D: {
-                const auto& arc = static_cast<const Arc2D&>(element);
-                made.curve = RoundCurve{start, arc.GetStart() - arc.GetCenter(), 1.0 / arc.GetSignedRadius()};
-                made.isClosed = arc.GetAngle().GetRadians() >= twoPi;
-                break;
-            }
-            case MathTypes::Clothoid: {
-                ClothoidCurve moved{start, static_cast<const Clothoid&>(element)};
-                moved.clothoid.SetStart(Point2D());
-                IPolyline2DElement::PolylineElementPoint sample;
-                isKnown = moved.clothoid.MakePointAndTangentAt(0.0, sample);
-                made.curve = moved;
-                break;
-            }
-            case MathTypes::Spiral2D: {
-                SpiralCurve moved{start, static_cast<const Spiral2D&>(element)};
-                moved.spiral.SetStart(Point2D());
-                IPolyline2DElement::PolylineElementPoint sample;
-                isKnown = moved.spiral.MakePointAndTangentAt(0.0, sample);
-                made.curve = moved;
-                break;
-            }
-            case MathTypes::Parabola: {
-                const auto& parabola = static_cast<const Parabola&>(element);
-                ParabolaCurve moved;
-                double linear = 0.0;
-                double constant = 0.0;
-                parabola.GetParameters(moved.quadratic, linear, constant);
-                const double x = parabola.GetStart().GetX();
-                moved.start = Point2D(x, parabola.Evaluate(x)) - origin;
-                moved.slope = 2.0 * moved.quadratic * x + linear;
-                moved.sign = parabola.GetEnd().GetX() < x ? -1.0 : 1.0;
-                moved.original = &parabola;
-                made.curve = moved;
-                made.to = std::abs(parabola.GetEnd().GetX() - x);
-                break;
-            }
-            default:
-                isKnown = false;
-        }
+    } else if (!made.SetCurve(*operand.GetElement(), operand.GetElement()->GetStart() - origin)) {
+        return std::nullopt;
     }
-    if (made.to == 0.0) made.to = length;
-    if (!isKnown || !(length > minimum) || !(length <= largestDouble)) return std::nullopt;
     const Vec2D first = made.At(made.from).position;
     const Vec2D last = made.At(made.to).position;
     if (!std::isfinite((first - last).NormSquared())) return std::nullopt;
     made.discCenter = (first + last) * 0.5;
-    made.discRadius = 0.5 * length;
+    made.discRadius = 0.5 * operand.GetLength();
     return made;
+}
+
+bool PlanCurve::SetCurve(const IPolyline2DElement& element, const Vec2D& start) {
+    IPolyline2DElement::PolylineElementPoint sample;
+    switch (element.GetType()) {
+        case MathTypes::Line2D:
+            curve = StraightCurve{start, (element.GetEnd() - element.GetStart()) / to};
+            return true;
+        case MathTypes::Arc2D: {
+            const auto& arc = static_cast<const Arc2D&>(element);
+            curve = RoundCurve{start, arc.GetStart() - arc.GetCenter(), 1.0 / arc.GetSignedRadius()};
+            isClosed = arc.GetAngle().GetRadians() >= twoPi;
+            return true;
+        }
+        case MathTypes::Clothoid: {
+            auto& moved = curve.emplace<ClothoidCurve>(ClothoidCurve{start, static_cast<const Clothoid&>(element)});
+            moved.clothoid.SetStart(Point2D());
+            return moved.clothoid.MakePointAndTangentAt(0.0, sample);
+        }
+        case MathTypes::Spiral2D: {
+            auto& moved = curve.emplace<SpiralCurve>(SpiralCurve{start, static_cast<const Spiral2D&>(element)});
+            moved.spiral.SetStart(Point2D());
+            return moved.spiral.MakePointAndTangentAt(0.0, sample);
+        }
+        case MathTypes::Parabola: {
+            const auto& parabola = static_cast<const Parabola&>(element);
+            auto& moved = curve.emplace<ParabolaCurve>();
+            double linear = 0.0;
+            double constant = 0.0;
+            parabola.GetParameters(moved.quadratic, linear, constant);
+            const double x = parabola.GetStart().GetX();
+            const double run = parabola.GetEnd().GetX() - x;
+            moved.start = start + Vec2D(0.0, parabola.Evaluate(x) - parabola.GetStart().GetY());
+            moved.slope = 2.0 * moved.quadratic * x + linear;
+            moved.sign = run < 0.0 ? -1.0 : 1.0;
+            moved.original = &parabola;
+            to = std::abs(run);
+            return true;
+        }
+        default:
+            return false;
+    }
 }
 
 PlanState PlanCurve::At(double p) const {

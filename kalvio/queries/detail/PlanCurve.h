@@ -82,8 +82,8 @@ public:
         double high = 0.0;
     };
 
-    /// @return nothing for a curve not longer than `minimum`, one that is not finite, and for chains
-    static std::optional<PlanCurve> Make(const CrossingOperand& operand, const Point2D& origin, double minimum);
+    /// @return nothing for a curve that is not finite, and for chains
+    static std::optional<PlanCurve> Make(const CrossingOperand& operand, const Point2D& origin);
 
     PlanState At(double p) const;
     double GetCurvature(double p) const;
@@ -109,6 +109,8 @@ public:
     Interval GetCurvatures(const Knot& a, const Knot& b) const;
 
 private:
+    bool SetCurve(const IPolyline2DElement& element, const Vec2D& start);
+
     std::variant<StraightCurve, RoundCurve, ClothoidCurve, SpiralCurve, ParabolaCurve> curve;
     double from = 0.0;
     double to = 0.0;
