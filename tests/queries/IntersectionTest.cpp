@@ -1,5 +1,10 @@
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/queries/Intersection.h"
 #include "support/Near.h"
@@ -36,7 +41,130 @@ TEST(IntersectionTest, LineLine) {
         EXPECT_EQ(Intersection::LineLine(b.GetStart(), b.GetEnd(), a.GetStart(), a.GetEnd(), q, tolerances), result);
         EXPECT_THAT(p, IsNear(expected, 1e-9)) << why;
         EXPECT_THAT(q, IsNear(expected, 1e-9)) << why;
+        const Vec2D alongA = a.GetEnd() - a.GetStart(), alongB = b.GetEnd() - b.GetStart();
+        Point2D r(7, 7);
+        const int count = result == R::Intersecting ? 1 : 0;
+        EXPECT_EQ(Intersection::LineLine(a.GetStart(), alongA, b.GetStart(), alongB, r, tolerances), result) << why;
+        EXPECT_THAT(r, IsNear(expected, 1e-9)) << why;
+        EXPECT_EQ(Intersection::LineLine(a, b, r, 0.125), count) << why;
     }
+}
+
+TEST(IntersectionTest, LineSegmentLine) {
+    using R = IntersectionResult;
+    using P = Point2D;
+    const std::tuple<const char*, Line2D, R, Point2D> rows[] = {
+        {"beyond the two points", {P(8, -1), P(9, 1)}, R::Intersecting, P(8.5, 0)},
+        {"an end within tol", {P(-3, 5), P(-3, 0.0625)}, R::Intersecting, P(-3, 0.0625)},
+        {"an end too far", {P(-3, 5), P(-3, 0.25)}, R::NoIntersection, P(7, 7)},
+        {"along it", {P(3, 0), P(4, 0)}, R::Coincident, P(7, 7)},
+        {"too short", {P(3, 0), P(3, 0.125)}, R::Degenerate, P(7, 7)},
+    };
+    const Line2D line(P(0, 0), P(2, 0));
+    for (const auto& [why, segment, result, expected] : rows) {
+        Point2D p(7, 7);
+        EXPECT_EQ(Intersection::LineSegmentLine(segment, line, p, Tolerances(0.125, 1e-10)), result) << why;
+        EXPECT_THAT(p, IsNear(expected, 1e-9)) << why;
+        EXPECT_EQ(Intersection::LineSegmentLine(segment, line, p, 0.125), result == R::Intersecting ? 1 : 0) << why;
+    }
+}
+
+TEST(IntersectionTest, LineCircleTellsPointsAndTangentsByTheDiscriminant) {
+    using P = Point2D;
+    const std::tuple<const char*, Line2D, double, int, P, P> rows[] = {
+        {"level", {P(0, 3), P(1, 3)}, 0.0, 2, P(-4, 3), P(4, 3)},
+        {"level, the other way", {P(1, 3), P(0, 3)}, 0.0, 2, P(4, 3), P(-4, 3)},
+        {"rising: the upper point first", {P(3, 0), P(3, 2)}, 0.0, 2, P(3, 4), P(3, -4)},
+        {"falling: the upper point first", {P(3, 2), P(3, 0)}, 0.0, 2, P(3, 4), P(3, -4)},
+        {"through the centre", {P(-3, -4), P(3, 4)}, 0.0, 2, P(3, 4), P(-3, -4)},
+        {"a tangent", {P(-2, 5), P(2, 5)}, 1e-6, 1, P(0, 5), P(0, 5)},
+        {"beside, the discriminant -11 within the tolerance", {P(0, 6), P(1, 6)}, 16.0, 1, P(0, 6), P(0, 6)},
+        {"beside", {P(0, 6), P(1, 6)}, 8.0, 0, P(7, 7), P(7, 7)},
+        {"no line", {P(0, 5), P(0, 5)}, 1e-6, 0, P(7, 7), P(7, 7)},
+        {"NaN", {P(0, kNan), P(0, 5)}, 1e-6, 0, P(7, 7), P(7, 7)},
+    };
+    for (const auto& [why, line, tolerance, count, expected1, expected2] : rows) {
+        Point2D p1(7, 7), p2(7, 7);
+        EXPECT_EQ(Intersection::LineCircle(line, Circle2D(P(0, 0), 5), p1, p2, tolerance), count) << why;
+        EXPECT_THAT(p1, IsNear(expected1, 1e-12)) << why;
+        EXPECT_THAT(p2, IsNear(expected2, 1e-12)) << why;
+    }
+}
+
+TEST(IntersectionTest, CircleCircle) {
+    using R = IntersectionResult;
+    using P = Point2D;
+    const std::tuple<const char*, Circle2D, R, std::vector<P>> rows[] = {
+        {"the right of the way first", {P(6, 0), 5}, R::Intersecting, {P(3, -4), P(3, 4)}},
+        {"and back", {P(-6, 0), 5}, R::Intersecting, {P(-3, 4), P(-3, -4)}},
+        {"touching outside", {P(0, 10), 5}, R::Intersecting, {P(0, 5)}},
+        {"touching inside", {P(3, 0), 2}, R::Intersecting, {P(5, 0)}},
+        {"apart", {P(0, 10.001), 5}, R::NoIntersection, {}},
+        {"inside", {P(0, 1), 2}, R::NoIntersection, {}},
+        {"concentric", {P(0, 0), 2}, R::NoIntersection, {}},
+        {"the same", {P(0, 0), 5}, R::Coincident, {}},
+        {"a point", {P(5, 0), 0}, R::Degenerate, {}},
+        {"NaN", {P(kNan, 0), 5}, R::NoIntersection, {}},
+        {"NaN radius", {P(1, 0), kNan}, R::Degenerate, {}},
+    };
+    for (const auto& [why, circle, result, expected] : rows) {
+        std::vector<P> points;
+        EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, Tolerances(1e-4, 1e-10)), result);
+        ASSERT_EQ(points.size(), expected.size()) << why;
+        for (std::size_t i = 0; i < points.size(); ++i) EXPECT_THAT(points[i], IsNear(expected[i], 1e-12)) << why;
+        EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, 1e-4), expected.size()) << why;
+    }
+}
+
+// A whole line and a full circle meet what a segment along the line and an arc once round the circle meet, all of them.
+TEST(IntersectionTest, WholeLinesAndCirclesMeetCurvesLikeLongSegmentsAndFullArcs) {
+    using I = Intersection;
+    using P = Point2D;
+    for (const Point2D& o : surveyOrigins) {
+        const Line2D line(o + Vec2D(0, 1), o + Vec2D(4, 2)), segment(o + Vec2D(-400, -99), o + Vec2D(800, 201));
+        const Circle2D circle(o + Vec2D(30, 5), 25);
+        const Arc2D ring(circle.GetCenter() + Vec2D(25, 0), circle.GetCenter(), Angle(6.283185307179586));
+        const Arc2D arc(o + Vec2D(5, -20), o + Vec2D(5, 30), Angle(3));
+        const Clothoid clothoid(0, 40, 60, o, Vec2D(1, 0));
+        const Spiral2D spiral(Spiral2D::Spiral2DType::Bloss, -60, 40, 150, o + Vec2D(0, 20), Vec2D(0.8, -0.6));
+        const Parabola parabola = Parabola(P(-50, 75), P(60, 108), 0.03, 0, 0).Translate(o - Point2D());
+        std::vector<P> found[11];
+        const double tolerance = 1e-6;
+        const int counts[][2] = {
+            {I::LineArc(line, arc, found[0], tolerance), I::LineSegmentArc(segment, arc, found[1], tolerance)},
+            {I::LineCircle(line, circle, found[2], tolerance),
+             I::LineSegmentCircle(segment, circle, found[3], tolerance)},
+            {I::LineClothoid(line, clothoid, found[4], tolerance),
+             I::LineSegmentClothoid(segment, clothoid, found[5], tolerance)},
+            {I::LineSpiral(line, spiral, found[6], tolerance),
+             I::LineSegmentSpiral(segment, spiral, found[7], tolerance)},
+            {I::LineParabola(line, parabola, found[8], tolerance),
+             I::LineSegmentParabola(segment, parabola, found[9], tolerance)},
+            {I::ArcCircle(arc, circle, found[10], tolerance), I::ArcArc(arc, ring, found[10], tolerance)},
+            {I::CircleClothoid(circle, clothoid, found[10], tolerance),
+             I::ArcClothoid(ring, clothoid, found[10], tolerance)},
+            {I::CircleSpiral(circle, spiral, found[10], tolerance), I::ArcSpiral(ring, spiral, found[10], tolerance)},
+            {I::CircleParabola(circle, parabola, found[10], tolerance),
+             I::ArcParabola(ring, parabola, found[10], tolerance)},
+        };
+        for (const auto& [whole, part] : counts) {
+            EXPECT_EQ(whole, part);
+            EXPECT_GT(whole, 0);
+        }
+        for (std::size_t i = 0; i < 10; i += 2) {
+            for (std::size_t j = 0; j < found[i].size(); ++j)
+                EXPECT_THAT(found[i][j], IsNear(found[i + 1][j], 1e-7)) << i;
+        }
+        EXPECT_EQ(I::ArcCircle(ring, circle, found[10], tolerance), 2) << "the ends of the overlap, at the seam";
+    }
+}
+
+TEST(IntersectionTest, IsPointInsideLineBounds) {
+    const Line2D line(Point2D(4, 0), Point2D(0, 2));
+    EXPECT_TRUE(Intersection::IsPointInsideLineBounds(Point2D(4.25, -0.25), line, -0.25));
+    EXPECT_FALSE(Intersection::IsPointInsideLineBounds(Point2D(4.3, 1), line, 0.25));
+    EXPECT_FALSE(Intersection::IsPointInsideLineBounds(Point2D(1, 2.3), line, 0.25));
+    EXPECT_FALSE(Intersection::IsPointInsideLineBounds(Point2D(kNan, 1), line, 0.25));
 }
 
 TEST(IntersectionTest, LineStringLine) {
