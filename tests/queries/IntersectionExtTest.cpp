@@ -8,6 +8,9 @@
 #include "kalvio/queries/IntersectionExt.h"
 #include "support/Testing.h"
 
+#include <sstream>
+#include <string>
+
 namespace Kalvio::Math {
 namespace {
 
@@ -16,17 +19,6 @@ using L = IntersectionExt::PointLocation;
 using P = Point2D;
 using Common = std::vector<IntersectionExt::IntersectionPoint<Point2D>>;
 using Gaps = std::vector<IntersectionExt::UndershootPoint<Point2D>>;
-
-struct Place {
-    P point;
-    L onFirst, onSecond;
-    double first, second;
-};
-struct Gap {
-    P point;
-    L onFirst, onSecond;
-    double distance;
-};
 
 // Half circles around the origin, from east and from west.
 const Arc2D kUpper(P(5, 0), P(0, 0), Angle(kPi));
@@ -41,43 +33,49 @@ Element Moved(const Element& element, const Vec2D& shift) {
     }
 }
 
+// Each point in micrometres as "x y locations lengths", the locations being i(nterior), s(tart), e(nd), < and >.
+template <class Located>
+std::string Text(const std::vector<Located>& found, const Vec2D& shift) {
+    std::ostringstream text;
+    const auto write = [&text](double value) { text << std::round(value * 1e6) / 1e6 + 0.0 << ' '; };
+    for (const Located& place : found) {
+        write(place.point.GetX() - shift.GetX());
+        write(place.point.GetY() - shift.GetY());
+        text << "ise<>"[static_cast<int>(place.onFirst)] << "ise<>"[static_cast<int>(place.onSecond)] << ' ';
+        if constexpr (requires { place.distance; }) {
+            write(place.distance);
+        } else {
+            write(place.firstStation);
+            write(place.secondStation);
+        }
+    }
+    return text.str();
+}
+
 template <class First, class Second>
-void CheckCommon(const char* why, const First& a, const Second& b, R result, const std::vector<Place>& expected) {
+void CheckCommon(const char* why, const First& first, const Second& second, R result, const char* expected) {
     for (const P& origin : surveyOrigins) {
         const Vec2D shift = origin - P();
+        const First a = Moved(first, shift);
+        const Second b = Moved(second, shift);
         Common found, general;
-        const First movedA = Moved(a, shift);
-        const Second movedB = Moved(b, shift);
-        EXPECT_EQ(IntersectionExt::Intersect(movedA, movedB, found, kTolerances), result) << why;
-        EXPECT_EQ(IntersectionExt::Intersect(static_cast<const IGeometry&>(movedA), movedB, general, kTolerances),
-                  result);
-        ASSERT_EQ(general.size(), expected.size()) << why;
-        ASSERT_EQ(found.size(), expected.size()) << why;
-        for (std::size_t i = 0; i < found.size(); ++i) {
-            EXPECT_THAT(found[i].point, IsNear(expected[i].point + shift, 1e-8)) << why;
-            EXPECT_EQ(found[i].onFirst, expected[i].onFirst) << why;
-            EXPECT_EQ(found[i].onSecond, expected[i].onSecond) << why;
-            EXPECT_NEAR(found[i].firstStation, expected[i].first, 1e-8) << why;
-            EXPECT_NEAR(found[i].secondStation, expected[i].second, 1e-8) << why;
-        }
+        EXPECT_EQ(IntersectionExt::Intersect(a, b, found, kTolerances), result) << why;
+        EXPECT_EQ(IntersectionExt::Intersect(static_cast<const IGeometry&>(a), b, general, kTolerances), result) << why;
+        EXPECT_EQ(Text(found, shift), expected) << why;
+        EXPECT_EQ(Text(general, shift), expected) << why;
     }
 }
 
 TEST(IntersectionExtTest, LocationsOnBothOperands) {
+    const Line2D axis(P(0, 0), P(4, 0));
     const LineString2D corner{P(0, 0), P(4, 0), P(4, 4)};
-    CheckCommon("across", Line2D(P(0, 0), P(4, 0)), Line2D(P(1, -2), P(1, 1)), R::Intersecting,
-                {{P(1, 0), L::Interior, L::Interior, 1, 2}});
-    CheckCommon("foot to end", Line2D(P(0, 0), P(4, 0)), Line2D(P(1, 3), P(1, 5e-5)), R::Intersecting,
-                {{P(1, 5e-5), L::Interior, L::End, 1, 3 - 5e-5}});
-    CheckCommon("start to end", Line2D(P(5, 0), P(9, 0)), kUpper, R::Intersecting,
-                {{P(5, 0), L::Start, L::Start, 0, 0}});
-    CheckCommon("halves of a circle", kUpper, kLower, R::Intersecting,
-                {{P(5, 0), L::Start, L::End, 0, 5 * kPi}, {P(-5, 0), L::End, L::Start, 5 * kPi, 0}});
-    CheckCommon("joint, end", corner, Line2D(P(9, 0), P(4, 0)), R::Intersecting,
-                {{P(4, 0), L::Interior, L::End, 4, 5}});
-    CheckCommon("the same", corner, LineString2D{P(4, 4), P(4, 0), P(0, 0)}, R::Coincident,
-                {{P(0, 0), L::Start, L::End, 0, 8}, {P(4, 4), L::End, L::Start, 8, 0}});
-    CheckCommon("apart", kUpper, corner.Translate(Vec2D(20, 0)), R::NoIntersection, {});
+    CheckCommon("across", axis, Line2D(P(1, -2), P(1, 1)), R::Intersecting, "1 0 ii 1 2 ");
+    CheckCommon("foot to end", axis, Line2D(P(1, 3), P(1, 5e-5)), R::Intersecting, "1 5e-05 ie 1 2.99995 ");
+    CheckCommon("starts", Line2D(P(5, 0), P(9, 0)), kUpper, R::Intersecting, "5 0 ss 0 0 ");
+    CheckCommon("half circles", kUpper, kLower, R::Intersecting, "5 0 se 0 15.708 -5 0 es 15.708 0 ");
+    CheckCommon("joint, end", corner, Line2D(P(9, 0), P(4, 0)), R::Intersecting, "4 0 ie 4 5 ");
+    CheckCommon("same", corner, LineString2D{P(4, 4), P(4, 0), P(0, 0)}, R::Coincident, "0 0 se 0 8 4 4 es 8 0 ");
+    CheckCommon("apart", kUpper, corner.Translate(Vec2D(20, 0)), R::NoIntersection, "");
     Common found;
     EXPECT_EQ(IntersectionExt::Intersect(kUpper, Line2D(), found, kTolerances), R::Degenerate);
     EXPECT_EQ(IntersectionExt::Intersect(kUpper, BoundingBox2D(), found, kTolerances), R::Degenerate);
@@ -85,72 +83,59 @@ TEST(IntersectionExtTest, LocationsOnBothOperands) {
 }
 
 TEST(IntersectionExtTest, LocationsInSpace) {
+    using Q = Point3D;
+    const Line3D axis(Q(0, 0, 0), Q(4, 0, 0));
     const std::tuple<const char*, Line3D, R, std::vector<double>> rows[] = {
-        {"across, within the tolerance", {Point3D(1, -1, 8e-5), Point3D(1, 2, 8e-5)}, R::Intersecting, {1}},
-        {"above", {Point3D(1, -1, 2e-4), Point3D(1, 2, 2e-4)}, R::NoIntersection, {}},
-        {"at the end", {Point3D(4, 0, 3), Point3D(4, 0, 0)}, R::Intersecting, {4}},
-        {"along", {Point3D(6, 0, 0), Point3D(3, 0, 0)}, R::Intersecting, {3, 4}},
-        {"the same", {Point3D(4, 0, 0), Point3D(0, 0, 0)}, R::Coincident, {0, 4}},
-        {"end to end", {Point3D(4, 0, 0), Point3D(7, 0, 0)}, R::Intersecting, {4}},
-        {"no length", {Point3D(1, 0, 0), Point3D(1, 0, 0)}, R::Degenerate, {}},
+        {"across, within the tolerance", {Q(1, -1, 8e-5), Q(1, 2, 8e-5)}, R::Intersecting, {1}},
+        {"above", {Q(1, -1, 2e-4), Q(1, 2, 2e-4)}, R::NoIntersection, {}},
+        {"at the end", {Q(4, 0, 3), Q(4, 0, 0)}, R::Intersecting, {4}},
+        {"along", {Q(6, 0, 0), Q(3, 0, 0)}, R::Intersecting, {3, 4}},
+        {"the same", {Q(4, 0, 0), Q(0, 0, 0)}, R::Coincident, {0, 4}},
+        {"end to end", {Q(4, 0, 0), Q(7, 0, 0)}, R::Intersecting, {4}},
+        {"no length", {Q(1, 0, 0), Q(1, 0, 0)}, R::Degenerate, {}},
     };
     for (const auto& [why, line, result, stations] : rows) {
         std::vector<IntersectionExt::IntersectionPoint<Point3D>> found;
-        EXPECT_EQ(IntersectionExt::Intersect(Line3D(Point3D(0, 0, 0), Point3D(4, 0, 0)), line, found, kTolerances),
-                  result)
-            << why;
+        EXPECT_EQ(IntersectionExt::Intersect(axis, line, found, kTolerances), result) << why;
         ASSERT_EQ(found.size(), stations.size()) << why;
         for (std::size_t i = 0; i < found.size(); ++i) {
+            EXPECT_THAT(found[i].point, IsNear(Q(stations[i], 0, 0), 5e-5)) << why;
             EXPECT_NEAR(found[i].firstStation, stations[i], 1e-9) << why;
             EXPECT_EQ(found[i].onFirst, stations[i] == 0 ? L::Start : stations[i] == 4 ? L::End : L::Interior) << why;
-            EXPECT_LE(found[i].point.Distance(Point3D(stations[i], 0, 0)), 5e-5) << why;
         }
     }
 }
 
 template <class First, class Second>
-void CheckGaps(const char* why, const First& a, const Second& b, const std::vector<Gap>& expected) {
+void CheckGaps(const char* why, const First& first, const Second& second, const char* expected, const char* swapped) {
     for (const P& origin : surveyOrigins) {
         const Vec2D shift = origin - P();
-        const First movedA = Moved(a, shift);
-        const Second movedB = Moved(b, shift);
-        Gaps found, swapped;
-        const R result = expected.empty() ? R::NoIntersection : R::Intersecting;
-        EXPECT_EQ(IntersectionExt::GetUndershoots(movedA, movedB, found, kTolerances), result) << why;
-        EXPECT_EQ(IntersectionExt::GetUndershoots(movedB, movedA, swapped, kTolerances), result) << why;
-        ASSERT_EQ(found.size(), expected.size()) << why;
-        ASSERT_EQ(swapped.size(), expected.size()) << why;
-        for (std::size_t i = 0; i < found.size(); ++i) {
-            EXPECT_THAT(found[i].point, IsNear(expected[i].point + shift, 1e-7)) << why;
-            EXPECT_EQ(found[i].onFirst, expected[i].onFirst) << why;
-            EXPECT_EQ(found[i].onSecond, expected[i].onSecond) << why;
-            EXPECT_NEAR(found[i].distance, expected[i].distance, 1e-7) << why;
-            const auto same = [&](const auto& gap) {
-                return gap.onFirst == found[i].onSecond && gap.onSecond == found[i].onFirst &&
-                       std::abs(gap.distance - found[i].distance) < 1e-9;
-            };
-            EXPECT_TRUE(std::any_of(swapped.begin(), swapped.end(), same)) << why;
-        }
+        const First a = Moved(first, shift);
+        const Second b = Moved(second, shift);
+        Gaps gaps, others;
+        const R result = *expected == 0 ? R::NoIntersection : R::Intersecting;
+        EXPECT_EQ(IntersectionExt::GetUndershoots(a, b, gaps, kTolerances), result) << why;
+        EXPECT_EQ(IntersectionExt::GetUndershoots(b, a, others, kTolerances), result) << why;
+        EXPECT_EQ(Text(gaps, shift), expected) << why;
+        EXPECT_EQ(Text(others, shift), swapped) << why;
     }
 }
 
 TEST(IntersectionExtTest, Undershoots) {
     const Line2D wall(P(10, -50), P(10, 50));
-    CheckGaps("straight on, to the wall", Line2D(P(0, 0), P(6, 0)), wall, {{P(10, 0), L::BeyondEnd, L::Interior, 4}});
-    CheckGaps("backwards", Line2D(P(12, 0), P(16, 0)), wall, {{P(10, 0), L::BeforeStart, L::Interior, 2}});
-    CheckGaps("an end that reaches it", Line2D(P(0, 0), P(10 - 9e-5, 0)), wall, {});
-    CheckGaps("two extensions", Line2D(P(0, 0), P(3, 0)), Line2D(P(5, 2), P(5, 1)),
-              {{P(5, 0), L::BeyondEnd, L::BeyondEnd, 2}, {P(5, 0), L::BeyondEnd, L::BeyondEnd, 1}});
-    CheckGaps("end to end", Line2D(P(0, 0), P(3, 0)), Line2D(P(5, 0), P(9, 0)),
-              {{P(5, 0), L::BeyondEnd, L::Start, 2}, {P(3, 0), L::End, L::BeforeStart, 2}});
-    CheckGaps("parallel", Line2D(P(0, 0), P(3, 0)), Line2D(P(5, 1), P(9, 1)), {});
-    CheckGaps("on around the circle, twice", Arc2D(P(5, 0), P(0, 0), Angle(0.5 * kPi)), Line2D(P(-9, -3), P(9, -3)),
-              {{P(4, -3), L::BeforeStart, L::Interior, 5 * std::asin(0.6)},
-               {P(-4, -3), L::BeyondEnd, L::Interior, 5 * (0.5 * kPi + std::asin(0.6))}});
-    CheckGaps("a full circle has no ends", Arc2D(P(5, 0), P(0, 0), Angle(2 * kPi)), Line2D(P(9, 0), P(7, 0)),
-              {{P(5, 0), L::Start, L::BeyondEnd, 2}});
-    CheckGaps("last segments", LineString2D{P(0, 9), P(0, 0), P(2, 0)}, LineString2D{P(20, 0), P(8, 0), P(8, 4)},
-              {{P(8, 0), L::BeyondEnd, L::Interior, 6}});
+    const Line2D edge(P(0, 0), P(3, 0));
+    const Arc2D quarter(P(5, 0), P(0, 0), Angle(0.5 * kPi));
+    const LineString2D corner{P(0, 9), P(0, 0), P(2, 0)};
+    CheckGaps("straight on", edge, wall, "10 0 >i 7 ", "10 0 i> 7 ");
+    CheckGaps("backwards", Line2D(P(12, 0), P(16, 0)), wall, "10 0 <i 2 ", "10 0 i< 2 ");
+    CheckGaps("an end that reaches it", Line2D(P(0, 0), P(10 - 9e-5, 0)), wall, "", "");
+    CheckGaps("two extensions", edge, Line2D(P(5, 2), P(5, 1)), "5 0 >> 2 5 0 >> 1 ", "5 0 >> 1 5 0 >> 2 ");
+    CheckGaps("end to end", edge, Line2D(P(5, 0), P(9, 0)), "5 0 >s 2 3 0 e< 2 ", "3 0 <e 2 5 0 s> 2 ");
+    CheckGaps("parallel", edge, Line2D(P(5, 1), P(9, 1)), "", "");
+    CheckGaps("around the circle both ways", quarter, Line2D(P(-9, -3), P(9, -3)), "4 -3 <i 3.21751 -4 -3 >i 11.0715 ",
+              "4 -3 i< 3.21751 -4 -3 i> 11.0715 ");
+    CheckGaps("no ends", Arc2D(P(5, 0), P(0, 0), Angle(2 * kPi)), Line2D(P(9, 0), P(7, 0)), "5 0 s> 2 ", "5 0 >s 2 ");
+    CheckGaps("last segments", corner, LineString2D{P(20, 0), P(8, 0), P(8, 4)}, "8 0 >i 6 ", "8 0 i> 6 ");
     Gaps gaps;
     EXPECT_EQ(IntersectionExt::GetUndershoots(wall, Line2D(), gaps, kTolerances), R::Degenerate);
     EXPECT_EQ(IntersectionExt::GetUndershoots(wall, BoundingBox2D(), gaps, kTolerances), R::Degenerate);
@@ -162,43 +147,37 @@ TEST(IntersectionExtTest, Undershoots) {
 TEST(IntersectionExtTest, UndershootsOfRandomCurves) {
     RandomNumbers random(701);
     int onFence = 0;
-    for (int round = 0; round < 300; ++round) {
+    for (int round = 0; round < 200; ++round) {
         SCOPED_TRACE(round);
         const P start = surveyOrigins[round % 2] + Vec2D(random(-9, 9), random(-9, 9));
         const double heading = random(0.0, 2.0 * kPi);
         const Vec2D along(std::cos(heading), std::sin(heading));
         const double further = random(0.01, 5.0);
-        Polyline2D road;
+        const double sweep = random(1.0, 3.0);
+        const Arc2D arc(start, start + along * 10.0, Angle(sweep));
+        const Clothoid clothoid(0.0, random(20.0, 90.0), 15.0, start, along);
         IPolyline2DElement::PolylineElementPoint end;
-        P meeting;
-        if (round % 3 == 0) {
-            auto* const arc = new Arc2D(start, start + along * 10.0, Angle(random(1.0, 3.0)));
-            meeting = Arc2D(start, start + along * 10.0, Angle(arc->GetAngle().GetRadians() + 0.1 * further)).GetEnd();
-            road.AppendElement(arc);
-        } else if (round % 3 == 1) {
-            road.AppendElement(new Line2D(start, along * 7.0));
-            meeting = start + along * (7.0 + further);
-        } else {
-            auto* const clothoid = new Clothoid(0.0, random(20.0, 90.0), 15.0, start, along);
-            ASSERT_TRUE(clothoid->MakePointAndTangentAt(clothoid->GetLength(), end));
-            road.AppendElement(clothoid);
-            meeting = end.point + end.tangent * further;
-        }
-        const double side = heading + random(-1.0, 1.0) + (round % 3 == 0 ? 0.0 : 0.5 * kPi);
+        ASSERT_TRUE(clothoid.MakePointAndTangentAt(clothoid.GetLength(), end));
+        const bool isArc = round % 4 < 2;
+        Polyline2D road;
+        road.AppendElement(isArc ? static_cast<IPolyline2DElement*>(arc.Clone()) : clothoid.Clone());
+        const P meeting = isArc ? Arc2D(start, arc.GetCenter(), Angle(sweep + 0.1 * further)).GetEnd()
+                                : end.point + end.tangent * further;
+        const double side = heading + random(-1.0, 1.0) + (isArc ? 0.0 : 0.5 * kPi);
         const Vec2D across(std::cos(side) * 0.02, std::sin(side) * 0.02);
-        const LineString2D fence{meeting - across, meeting + across * 0.5, meeting + across};
         Gaps gaps;
-        ASSERT_EQ(IntersectionExt::GetUndershoots(road, fence, gaps, kTolerances), R::Intersecting);
+        IntersectionExt::GetUndershoots(road, LineString2D{meeting - across, meeting, meeting + across}, gaps,
+                                        kTolerances);
         const auto gap =
             std::find_if(gaps.begin(), gaps.end(), [](const auto& g) { return g.onFirst == L::BeyondEnd; });
         ASSERT_NE(gap, gaps.end());
-        EXPECT_LE(gap->distance, further + 0.021);
+        EXPECT_LE(gap->distance, further + 1e-6);
         if (gap->onSecond != L::Interior) continue;
         ++onFence;
-        EXPECT_LE(gap->point.Distance(meeting), 0.021);
+        EXPECT_THAT(gap->point, IsNear(meeting, 0.021));  // on an arc it may graze the fence before
         EXPECT_NEAR(gap->distance, further, 0.021);
     }
-    EXPECT_GT(onFence, 100);
+    EXPECT_GT(onFence, 50);
 }
 
 }  // namespace

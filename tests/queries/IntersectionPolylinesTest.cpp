@@ -21,21 +21,14 @@ Polyline2D Alignment(RandomNumbers& random, P start, int count) {
     const double heading = random(0.0, 2.0 * kPi);
     Vec2D along(std::cos(heading), std::sin(heading));
     for (int i = 0; i < count; ++i) {
-        IPolyline2DElement* element = nullptr;
         const double radius = (random(0, 1) < 0.5 ? -1.0 : 1.0) * random(30.0, 200.0);
-        if (i % 4 == 0) {
-            element = new Line2D(start, along * random(10, 120));
-        } else if (i % 4 == 1) {
-            element = new Clothoid(0.0, radius, std::abs(radius) * random(0.4, 0.9), start, along);
-        } else if (i % 4 == 2) {
-            element = new Arc2D(start, start + along.GetNormalVector(true) * radius,
-                                Angle(random(0.2, 4.0) * (radius > 0 ? 1 : -1)));
-        } else {
-            const P middle = start + along * random(5, 20);
-            element =
-                new LineString2D{start, middle, middle + along * 10 + along.GetNormalVector(true) * random(-9, 9)};
-        }
-        alignment.AppendElement(element);
+        const Vec2D left = along.GetNormalVector(true);
+        const P ahead = start + along * random(10, 60);
+        const Angle sweep(std::copysign(random(0.2, 4.0), radius));
+        if (i % 4 == 0) alignment.AppendElement(new Line2D(start, ahead));
+        if (i % 4 == 1) alignment.AppendElement(new Clothoid(0.0, radius, std::abs(radius) * 0.6, start, along));
+        if (i % 4 == 2) alignment.AppendElement(new Arc2D(start, start + left * radius, sweep));
+        if (i % 4 == 3) alignment.AppendElement(new LineString2D{start, ahead, ahead + along * 10 + left * 7});
         const auto end = At(alignment, alignment.GetLength());
         start = end.point;
         along = end.tangent;
@@ -43,9 +36,9 @@ Polyline2D Alignment(RandomNumbers& random, P start, int count) {
     return alignment;
 }
 
-LineString2D Chords(const Polyline2D& polyline, double height) {
+LineString2D Chords(const Polyline2D& polyline) {
     LineString2D chords;
-    EXPECT_TRUE(polyline.MakeLineStringUsingHeight(0.0, polyline.GetLength(), chords, height, 1e-10));
+    EXPECT_TRUE(polyline.MakeLineStringUsingHeight(0.0, polyline.GetLength(), chords, 1e-5, 1e-10));
     return chords;
 }
 
@@ -70,20 +63,20 @@ TEST(IntersectionPolylinesTest, AlignmentsCrossWhereTheirChordsDo) {
         EXPECT_EQ(Intersection::PolylinePolyline(a, b, alone, 1e-4), static_cast<int>(onA.size()));
         EXPECT_EQ(Intersection::PolylinePolyline(b, a, swapped, kTolerances), result);
         std::vector<P> chordPoints;
-        Intersection::LineStringLineString(Chords(a, 1e-6), Chords(b, 1e-6), chordPoints, 1e-9);
+        Intersection::LineStringLineString(Chords(a), Chords(b), chordPoints, 1e-9);
         ASSERT_EQ(onA.size(), chordPoints.size());
         ASSERT_EQ(onB.size(), onA.size());
         ASSERT_EQ(swapped.size(), onA.size());
-        std::vector<std::pair<double, double>> fromB;
+        std::vector<double> fromB;
         for (std::size_t i = 0; i < onA.size(); ++i) {
             ExpectOn(a, onA[i]);
             ExpectOn(b, onB[i]);
-            EXPECT_THAT(onA[i].point, IsNear(chordPoints[i], 1e-3));
+            EXPECT_THAT(onA[i].point, IsNear(chordPoints[i], 5e-3));
             EXPECT_TRUE(i == 0 || onA[i].station >= onA[i - 1].station);
-            fromB.emplace_back(onB[i].station, onA[i].station);
+            fromB.push_back(onB[i].station);
         }
         std::sort(fromB.begin(), fromB.end());
-        for (std::size_t i = 0; i < swapped.size(); ++i) EXPECT_NEAR(swapped[i].station, fromB[i].first, 1e-7);
+        for (std::size_t i = 0; i < swapped.size(); ++i) EXPECT_NEAR(swapped[i].station, fromB[i], 1e-7);
         total += onA.size();
     }
     EXPECT_GT(total, 20U);
@@ -99,12 +92,14 @@ TEST(IntersectionPolylinesTest, SingleElementsCrossAsPolylinesOfOne) {
         const auto& line = static_cast<const Line2D&>(other.GetElementAtIndex(0));
         const auto& clothoid = static_cast<const Clothoid&>(other.GetElementAtIndex(1));
         const auto& arc = static_cast<const Arc2D&>(other.GetElementAtIndex(2));
-        const auto check = [&](const IPolyline2DElement& element, const PolylinePoints& found,
-                               const ElementPoints& onElement) {
+        PolylinePoints found, counted;
+        ElementPoints onElement;
+        const auto check = [&](IPolyline2DElement* element, int count) {
             Polyline2D one;
-            one.AppendElement(static_cast<IPolyline2DElement*>(element.Clone()));
+            one.AppendElement(element);
             PolylinePoints expected, onOne;
             Intersection::PolylinePolyline(road, one, expected, onOne, kTolerances);
+            EXPECT_EQ(expected.size(), count);
             ASSERT_EQ(found.size(), expected.size());
             ASSERT_EQ(onElement.size(), expected.size());
             for (std::size_t i = 0; i < found.size(); ++i) {
@@ -113,24 +108,19 @@ TEST(IntersectionPolylinesTest, SingleElementsCrossAsPolylinesOfOne) {
                 EXPECT_NEAR(onElement[i].station, onOne[i].station, 1e-8);
                 EXPECT_THAT(onElement[i].tangent, IsNear(onOne[i].tangent, 1e-8));
             }
+            found.clear();
+            onElement.clear();
         };
-        PolylinePoints found[4];
-        ElementPoints on[4];
-        Intersection::PolylineLineSegment(road, line, found[0], on[0], kTolerances);
-        Intersection::PolylineClothoid(road, clothoid, found[1], on[1], kTolerances);
-        Intersection::PolylineArc(road, arc, found[2], on[2], kTolerances);
-        Intersection::PolylineLine(road, line, found[3], on[3], kTolerances);
-        check(line, found[0], on[0]);
-        check(clothoid, found[1], on[1]);
-        check(arc, found[2], on[2]);
-        const Vec2D along = line.GetDirection();
-        for (auto& point : on[3]) point.station += 1e4;
-        check(Line2D(line.GetStart() - along * 1e4, along * 2e4), found[3], on[3]);
-        PolylinePoints counted;
-        EXPECT_EQ(Intersection::PolylineLine(road, line, counted, 1e-4), static_cast<int>(on[3].size()));
-        EXPECT_EQ(Intersection::PolylineArc(road, arc, counted, 1e-4), static_cast<int>(on[2].size()));
-        EXPECT_EQ(Intersection::PolylineClothoid(road, clothoid, counted, 1e-4), static_cast<int>(on[1].size()));
-        EXPECT_EQ(Intersection::PolylineLineSegment(road, line, counted, 1e-4), static_cast<int>(on[0].size()));
+        Intersection::PolylineLineSegment(road, line, found, onElement, kTolerances);
+        check(line.Clone(), Intersection::PolylineLineSegment(road, line, counted, 1e-4));
+        Intersection::PolylineClothoid(road, clothoid, found, onElement, kTolerances);
+        check(clothoid.Clone(), Intersection::PolylineClothoid(road, clothoid, counted, 1e-4));
+        Intersection::PolylineArc(road, arc, found, onElement, kTolerances);
+        check(arc.Clone(), Intersection::PolylineArc(road, arc, counted, 1e-4));
+        Intersection::PolylineLine(road, line, found, onElement, kTolerances);
+        for (auto& point : onElement) point.station += 1e4;
+        const Vec2D along = line.GetDirection() * 1e4;
+        check(new Line2D(line.GetStart() - along, along * 2.0), Intersection::PolylineLine(road, line, counted, 1e-4));
     }
 }
 
@@ -145,7 +135,7 @@ TEST(IntersectionPolylinesTest, JointsRunsAndNests) {
         const auto clone = [&](unsigned int i) {
             return static_cast<IPolyline2DElement*>(road.GetElementAtIndex(i).Clone());
         };
-        double joint = 0.0, from = 0.0, to = 0.0;
+        double joint = 0.0, from = 0.0, inside = 0.0, to = 0.0;
         for (unsigned int i = 0; i < 12; ++i) {
             const auto at = At(road, joint);
             const Vec2D across = at.tangent.GetNormalVector(true) * 0.5 + at.tangent * random(-0.6, 0.6);
@@ -154,32 +144,31 @@ TEST(IntersectionPolylinesTest, JointsRunsAndNests) {
             cut.AppendElement(new Line2D(at.point - across, at.point));
             cut.AppendElement(new Line2D(at.point, at.point + across));
             EXPECT_EQ(Intersection::PolylinePolyline(road, cut, crossing, onCrossing, kTolerances), R::Intersecting);
-            const auto here = std::find_if(crossing.begin(), crossing.end(),
-                                           [&](const auto& p) { return std::abs(p.station - joint) < 1e-6; });
-            ASSERT_NE(here, crossing.end());
-            ExpectOn(road, *here);
-            EXPECT_EQ(std::count_if(crossing.begin(), crossing.end(),
-                                    [&](const auto& p) { return p.point.Distance(at.point) < 0.01; }),
-                      1);
-            EXPECT_NEAR(onCrossing[static_cast<std::size_t>(here - crossing.begin())].station, across.Length(), 1e-6);
+            for (PolylinePoints* const points : {&crossing, &onCrossing}) {
+                std::erase_if(*points, [&](const auto& p) { return p.point.Distance(at.point) > 0.01; });
+            }
+            ASSERT_EQ(crossing.size(), 1U);
+            ExpectOn(road, crossing.front());
+            EXPECT_NEAR(crossing.front().station, joint, 1e-6);
+            EXPECT_NEAR(onCrossing.front().station, across.Length(), 1e-6);
             if (i == 3) from = joint;
+            if (i == 5) inside = joint;
+            if (i == 8) to = joint;
             if (i >= 3 && i < 8) part.AppendElement(clone(i));
-            joint += road.GetElementAtIndex(i).GetLength();
-            if (i == 7) to = joint;
             nested.AppendElement(clone(i));
+            joint += road.GetElementAtIndex(i).GetLength();
         }
         part.Reverse();
         PolylinePoints run, same, reversed;
         Intersection::PolylinePolyline(road, part, run, kTolerances);
-        const auto isEnd = [&](const auto& p) {
-            return std::abs(p.station - from) < 2e-4 || std::abs(p.station - to) < 2e-4;
-        };
-        EXPECT_EQ(std::count_if(run.begin(), run.end(), isEnd), 2);
+        for (const double end : {from, to}) {
+            EXPECT_TRUE(std::any_of(run.begin(), run.end(), [=](auto& p) { return std::abs(p.station - end) < 2e-4; }));
+        }
+        EXPECT_FALSE(std::any_of(run.begin(), run.end(), [&](auto& p) { return std::abs(p.station - inside) < 2e-4; }));
         EXPECT_EQ(Intersection::PolylinePolyline(road, nested, same, kTolerances), R::Coincident);
         nested.Reverse();
         EXPECT_EQ(Intersection::PolylinePolyline(nested, road, reversed, kTolerances), R::Coincident);
-        for (const PolylinePoints& ends : {same, reversed}) {
-            ASSERT_GE(ends.size(), 2U);  // and where it crosses itself
+        for (const PolylinePoints& ends : {same, reversed}) {  // and where it crosses itself
             EXPECT_NEAR(ends.front().station, 0.0, 1e-6);
             EXPECT_NEAR(ends.back().station, road.GetLength(), 1e-6);
         }
@@ -194,29 +183,27 @@ TEST(IntersectionPolylinesTest, Results) {
     auto* const fine = new LineString2D;
     for (int i = 0; i <= 1000; ++i) fine->AppendPoint(P(20, 0.02 - 4e-5 * i));
     dense.AppendElement(fine);
-    const std::tuple<const char*, const Polyline2D*, R, std::vector<double>> rows[] = {
-        {"no elements", &empty, R::Degenerate, {}},
-        {"a circle, from its seam", &ring, R::Intersecting, {40, 60}},
-        {"segments shorter than the tolerance", &dense, R::Intersecting, {20}},
-        {"itself", &road, R::Coincident, {0, 100}},
-    };
-    for (const auto& [why, other, result, stations] : rows) {
+    const auto check = [&](const Polyline2D& other, R result, const std::vector<double>& stations) {
         PolylinePoints found;
-        EXPECT_EQ(Intersection::PolylinePolyline(road, *other, found, kTolerances), result) << why;
-        ASSERT_EQ(found.size(), stations.size()) << why;
-        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i].station, stations[i], 1e-4) << why;
-    }
+        EXPECT_EQ(Intersection::PolylinePolyline(road, other, found, kTolerances), result);
+        ASSERT_EQ(found.size(), stations.size());
+        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i].station, stations[i], 1e-4);
+    };
+    check(empty, R::Degenerate, {});
+    check(ring, R::Intersecting, {40, 60});
+    check(dense, R::Intersecting, {20});
+    check(road, R::Coincident, {0, 100});
     PolylinePoints points;
-    EXPECT_EQ(Intersection::PolylineLine(road, Line2D(P(7, 0), P(5, 0)), points, kTolerances), R::Coincident);
+    const Line2D along(P(70, 0), P(120, 0));
+    EXPECT_EQ(Intersection::PolylineLine(road, along, points, kTolerances), R::Coincident);
     EXPECT_EQ(Intersection::PolylineLine(road, Line2D(P(7, 0), P(7, 0)), points, kTolerances), R::Degenerate);
-    EXPECT_EQ(Intersection::PolylineLineSegment(road, Line2D(P(70, 0), P(120, 0)), points, kTolerances),
-              R::Intersecting);
+    EXPECT_EQ(Intersection::PolylineLineSegment(road, Line2D(P(kNan, 0), P(1, 0)), points, kTolerances), R::Degenerate);
+    EXPECT_EQ(Intersection::PolylineLineSegment(road, along, points, kTolerances), R::Intersecting);
     ASSERT_EQ(points.size(), 4U);
     EXPECT_NEAR(points[2].station, 70.0, 1e-9);
     EXPECT_EQ(points[2].elementIndex, 1U);
-    EXPECT_EQ(Intersection::PolylineLineSegment(road, Line2D(P(kNan, 0), P(1, 0)), points, kTolerances), R::Degenerate);
-    const Polyline2D* const ringAgain = &ring;
-    EXPECT_EQ(Intersection::PolylinePolyline(ring, *ringAgain, points, kTolerances), R::Coincident);
+    const Polyline2D ringAgain(ring);
+    EXPECT_EQ(Intersection::PolylinePolyline(ring, ringAgain, points, kTolerances), R::Coincident);
     EXPECT_EQ(points.size(), 5U) << "a run all around has its first point";
 }
 

@@ -1,10 +1,12 @@
 #include "kalvio/queries/detail/ChainContacts.h"
 
+#include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/MergeChains.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <numeric>
 #include <tuple>
 #include <utility>
@@ -140,6 +142,69 @@ bool AppendOuterEnds(const std::vector<ChainContact>& contacts, double ChainPlac
     return reachesBoth && last == 0;
 }
 
+/// Contacts that lead into each other.
+class JoinedContacts {
+public:
+    JoinedContacts(const ChainExtent& firstChain, const ChainExtent& secondChain, double nearness)
+        : first(firstChain), second(secondChain), tolerance(nearness) {}
+
+    void AppendPlaces(CommonPlaces& common) {
+        std::vector<ChainPlace> places = FindCrossings();
+        if (AreRun(places)) {
+            places.clear();
+            const double reach = leadsInto * tolerance;
+            const bool coversFirst = AppendOuterEnds(contacts, &ChainPlace::onFirst, first, reach, places);
+            const bool coversSecond = AppendOuterEnds(contacts, &ChainPlace::onSecond, second, reach, places);
+            if (places.empty()) places.push_back(contacts.front().from);
+            common.coversFirst = common.coversFirst || coversFirst;
+            common.isSame = common.isSame || (coversFirst && coversSecond);
+        } else if (places.empty()) {
+            places.push_back(contacts.front().at);
+        }
+        std::vector<ChainPlace> distinct;
+        for (const ChainPlace& place : places) AddDistinct(place, distinct);
+        common.places.insert(common.places.end(), distinct.begin(), distinct.end());
+    }
+
+    std::vector<ChainContact> contacts;
+
+private:
+    // At most three: more are not told apart.
+    std::vector<ChainPlace> FindCrossings() const {
+        std::vector<ChainPlace> crossings;
+        for (const ChainContact& contact : contacts) {
+            if (contact.kind == ChainContact::Kind::Crossing) AddDistinct(contact.at, crossings);
+            if (crossings.size() > 2) break;
+        }
+        return crossings;
+    }
+
+    bool AreRun(const std::vector<ChainPlace>& crossings) const {
+        constexpr double longestTouch = 8.0;  // in tolerances
+        if (crossings.size() > 2) return true;
+        double low = contacts.front().from.onFirst;
+        double high = low;
+        for (const ChainContact& contact : contacts) {
+            if (contact.kind == ChainContact::Kind::Along) return true;
+            low = std::min(low, contact.from.onFirst);
+            high = std::max(high, contact.to.onFirst);
+        }
+        return crossings.empty() && Apart(high, low, first) > longestTouch * tolerance;
+    }
+
+    void AddDistinct(const ChainPlace& place, std::vector<ChainPlace>& places) const {
+        const bool isKnown = std::any_of(places.begin(), places.end(), [&](const ChainPlace& known) {
+            return Apart(place.onFirst, known.onFirst, first) <= 2.0 * tolerance &&
+                   Apart(place.onSecond, known.onSecond, second) <= 2.0 * tolerance;
+        });
+        if (!isKnown) places.push_back(place);
+    }
+
+    const ChainExtent& first;
+    const ChainExtent& second;
+    double tolerance;
+};
+
 /// Interleaves the bits of two numbers: the order of a Z curve.
 std::uint32_t ZOrder(double x, double y) {
     const auto spread = [](double value) {
@@ -156,6 +221,12 @@ std::uint32_t ZOrder(double x, double y) {
 
 CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExtent& first, const ChainExtent& second,
                             double tolerance) {
+    std::erase_if(contacts, [](const ChainContact& contact) {
+        const ChainPlace* const places[] = {&contact.from, &contact.to, &contact.at};
+        return std::any_of(std::begin(places), std::end(places), [](const ChainPlace* place) {
+            return !std::isfinite(place->onFirst) || !std::isfinite(place->onSecond);
+        });
+    });
     std::sort(contacts.begin(), contacts.end(), [](const ChainContact& a, const ChainContact& b) {
         return std::tie(a.from.onFirst, a.from.onSecond, a.to.onFirst, a.to.onSecond, a.kind) <
                std::tie(b.from.onFirst, b.from.onSecond, b.to.onFirst, b.to.onSecond, b.kind);
@@ -167,42 +238,13 @@ CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExten
     std::sort(order.begin(), order.end());
 
     CommonPlaces common;
-    const double reach = leadsInto * tolerance;
-    std::vector<ChainContact> joined;
-    std::vector<ChainPlace> places;
+    JoinedContacts joined(first, second, tolerance);
     for (std::size_t k = 0; k < order.size();) {
-        joined.clear();
-        places.clear();
-        bool areAlong = false;
-        bool areCrossing = false;
+        joined.contacts.clear();
         for (const std::size_t set = order[k].first; k < order.size() && order[k].first == set; ++k) {
-            joined.push_back(contacts[order[k].second]);
-            areAlong = areAlong || joined.back().kind == ChainContact::Kind::Along;
-            areCrossing = areCrossing || joined.back().kind == ChainContact::Kind::Crossing;
+            joined.contacts.push_back(contacts[order[k].second]);
         }
-        if (areAlong) {
-            const bool coversFirst = AppendOuterEnds(joined, &ChainPlace::onFirst, first, reach, places);
-            const bool coversSecond = AppendOuterEnds(joined, &ChainPlace::onSecond, second, reach, places);
-            if (places.empty()) places.push_back(joined.front().from);
-            common.coversFirst = common.coversFirst || coversFirst;
-            common.isSame = common.isSame || (coversFirst && coversSecond);
-        } else if (areCrossing) {
-            for (const ChainContact& contact : joined) {
-                if (contact.kind == ChainContact::Kind::Crossing) places.push_back(contact.at);
-            }
-        } else {
-            places.push_back(joined.front().at);
-        }
-        const std::size_t before = common.places.size();
-        for (const ChainPlace& place : places) {
-            const bool isKnown =
-                std::any_of(common.places.begin() + static_cast<std::ptrdiff_t>(before), common.places.end(),
-                            [&](const ChainPlace& known) {
-                                return Apart(place.onFirst, known.onFirst, first) <= 2.0 * tolerance &&
-                                       Apart(place.onSecond, known.onSecond, second) <= 2.0 * tolerance;
-                            });
-            if (!isKnown) common.places.push_back(place);
-        }
+        joined.AppendPlaces(common);
     }
     std::stable_sort(common.places.begin(), common.places.end(),
                      [](const ChainPlace& a, const ChainPlace& b) { return a.onFirst < b.onFirst; });
@@ -257,17 +299,37 @@ double ChainSet::Add(const std::vector<Point2D>& points, ChainSegments::Closing 
     Chain chain{ChainSegments(points, closing), {0.0}, false};
     const std::size_t count = chain.segments.GetCount();
     chain.lengths.reserve(count + 1);
+    double shortest = largestDouble;
     for (std::size_t i = 0; i < count; ++i) {
-        chain.lengths.push_back(chain.lengths.back() + chain.segments.GetStart(i).Distance(chain.segments.GetEnd(i)));
+        const double length = chain.segments.GetStart(i).Distance(chain.segments.GetEnd(i));
+        shortest = std::min(shortest, length);
+        chain.lengths.push_back(chain.lengths.back() + length);
     }
     const double length = chain.lengths.back();
     if (length > tolerance && length <= largestDouble) {
-        chain.isClosed = points.front().IsEqualTo(chain.segments.GetEnd(count - 1), tolerance);
+        if (shortest <= tolerance) Reduce(chain, points, closing);
+        chain.isClosed = closing == ChainSegments::Closing::Ring || points.front().IsEqualTo(points.back(), tolerance);
     } else {
         chain = {ChainSegments(none), {0.0}, false};
     }
     chains.push_back(std::move(chain));
     return length;
+}
+
+void ChainSet::Reduce(Chain& chain, const std::vector<Point2D>& points, ChainSegments::Closing closing) {
+    std::vector<Point2D>& kept = reduced.emplace_back(points);
+    std::vector<double> lengths;
+    ReduceChain(kept, tolerance, [&](std::size_t i) { lengths.push_back(chain.lengths[i]); });
+    if (kept.size() == 1) {
+        kept.push_back(points.back());
+        lengths.push_back(0.0);
+    }
+    // A chain keeps its end.
+    kept.back() = points.back();
+    lengths.back() = chain.lengths[points.size() - 1];
+    if (closing == ChainSegments::Closing::Ring) lengths.push_back(chain.lengths.back());
+    chain.lengths = std::move(lengths);
+    chain.segments = ChainSegments(kept, closing);
 }
 
 ChainSet::Runs::Runs(const ChainSet& set) {

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 /// What two chains have in common, gathered from what their segments or elements have in common.
@@ -54,8 +55,9 @@ struct CommonPlaces {
 };
 
 /// Gathers the contacts of pairs into places. Contacts that lead into each other on both chains are one: of a run along
-/// several segments only the outer ends are places, and a vertex that touches beside a crossing is part of it. A run
-/// all around closed chains has its first point as its only place.
+/// several segments only the outer ends are places, and a vertex that touches beside a crossing is part of it. Three
+/// and more crossings that lead into each other, and touches that do so over more than eight tolerances, are a run too.
+/// A run all around closed chains has its first point as its only place.
 /// @param tolerance  a length > 0; contacts lead into each other when they are up to three tolerances apart
 CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExtent& first, const ChainExtent& second,
                             double tolerance);
@@ -73,8 +75,11 @@ class ChainSet {
 public:
     /// @param nearness  a length > 0: the tolerance
     explicit ChainSet(double nearness) : tolerance(nearness) {}
+    ChainSet(const ChainSet&) = delete;
+    ChainSet& operator=(const ChainSet&) = delete;
 
-    /// A chain that is not longer than the tolerance, or whose length is not finite, is kept without its segments.
+    /// Points at most the tolerance from the one before are the same point. A chain that is not longer than the
+    /// tolerance, or whose length is not finite, is kept without its segments.
     /// @return the length of the chain
     double Add(const std::vector<Point2D>& points, ChainSegments::Closing closing);
     std::size_t GetCount() const { return chains.size(); }
@@ -120,8 +125,11 @@ private:
     static void FindContacts(const ChainSet& first, const Run& run, const Extent& extent, const ChainSet& second,
                              const Run& otherRun, const Extent& otherExtent, std::vector<PairContact>& contacts);
 
+    void Reduce(Chain& chain, const std::vector<Point2D>& points, ChainSegments::Closing closing);
+
     double tolerance;
     std::vector<Chain> chains;
+    std::deque<std::vector<Point2D>> reduced;  // points of the chains that had too many
 };
 
 /// Appends the points that are not there yet at or behind position `from`: equal points differ by less than `equality`

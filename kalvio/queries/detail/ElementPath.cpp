@@ -29,7 +29,25 @@ double AddPieces(const IPolyline2DElement& element, std::uint32_t index, double 
     return to;  // as its own length has it, whatever the order of the sum
 }
 
-std::vector<ElementPath::Piece> PiecesOf(const IPolyline2DElement& geometry) {
+double LengthOf(const ElementPath::Piece& piece) { return piece.to - piece.from; }
+
+/// Of pieces not longer than the tolerance, which count as points, leaves out those that are the same point as what
+/// comes before.
+void DropSamePoints(std::vector<ElementPath::Piece>& pieces, double nearness) {
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        if (kept > 0 && i + 1 < pieces.size() && LengthOf(pieces[i]) <= nearness) {
+            const ElementPath::Piece& before = pieces[kept - 1];
+            const bool isPoint = LengthOf(before) <= nearness;
+            const Point2D& last = isPoint ? before.element->GetStart() : before.element->GetEnd();
+            if (last.Distance(pieces[i].element->GetStart()) <= nearness) continue;
+        }
+        pieces[kept++] = pieces[i];
+    }
+    pieces.resize(kept);
+}
+
+std::vector<ElementPath::Piece> PiecesOf(const IPolyline2DElement& geometry, double nearness) {
     std::vector<ElementPath::Piece> pieces;
     const IComplexGeometry* const chain = AsComplexGeometry(geometry);
     if (chain == nullptr) {
@@ -40,12 +58,11 @@ std::vector<ElementPath::Piece> PiecesOf(const IPolyline2DElement& geometry) {
     pieces.reserve(count);
     double from = 0.0;
     for (unsigned int i = 0; i < count; ++i) from = AddPieces(chain->GetElementAtIndex(i), i, from, pieces);
+    DropSamePoints(pieces, nearness);
     return pieces;
 }
 
 bool IsLine(const ElementPath::Piece& piece) { return piece.element->GetType() == MathTypes::Line2D; }
-
-double LengthOf(const ElementPath::Piece& piece) { return piece.to - piece.from; }
 
 /// Finds the contacts of the pieces of two paths, in stations along the paths.
 class PieceContacts {
@@ -182,7 +199,7 @@ private:
 }  // namespace
 
 ElementPath::ElementPath(const IPolyline2DElement& geometry, const Tolerances& tolerances)
-    : pieces(PiecesOf(geometry)), boxes(ExtentsOf(pieces)) {
+    : pieces(PiecesOf(geometry, NearnessOf(tolerances))), boxes(ExtentsOf(pieces)) {
     const double nearness = NearnessOf(tolerances);
     extent.length = pieces.empty() ? 0.0 : pieces.back().to;
     isUsable = extent.length > nearness && extent.length <= largestDouble;
