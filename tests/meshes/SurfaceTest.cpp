@@ -73,10 +73,11 @@ TEST(SurfaceTest, BorderOfAnyBoardOfFields) {
         EXPECT_NEAR(area, static_cast<double>(fields.size()), 1e-7);
         EXPECT_NEAR(border, sides, 1e-7);
         for (int i = 0; i < 81; ++i) {
-            const Point2D middle = origin + Vec2D(i % 9 + 0.4, i / 9 + 0.3);
+            const int x = i % 9, y = i / 9;
+            const Point2D middle = origin + Vec2D(x + 0.4, y + 0.3);
             const auto holders = std::count_if(polygons.begin(), polygons.end(),
                                                [&](const Polygon2D& p) { return p.IsPointInside(middle, 1e-6); });
-            EXPECT_EQ(holders, fields.contains({i % 9, i / 9}) ? 1 : 0);
+            EXPECT_EQ(holders, fields.contains({x, y}) ? 1 : 0);
         }
         std::vector<LineString3D> strings;
         EXPECT_TRUE(grid.GetBoundaries(strings));

@@ -19,7 +19,7 @@ namespace Kalvio::Math::detail {
 /// two per axis; a cell holds a bounded number of places. Cells overlap nothing and miss nothing, whatever the size of
 /// the coordinates: rounding is monotone, and where doubles are farther apart than cells are wide each is a cell of its
 /// own. About 40 bytes and 8 to 16 bytes of buckets per place.
-template <int dimension>
+template <std::size_t dimension>
 class PlaceTable {
 public:
     struct Place {
@@ -48,8 +48,8 @@ public:
     Place& FindOrAdd(const PointType& point) {
         std::array<double, dimension> at;
         bool isFinite = true;
-        for (int axis = 0; axis < dimension; ++axis) {
-            at[axis] = point[axis];
+        for (std::size_t axis = 0; axis < dimension; ++axis) {
+            at[axis] = point[static_cast<int>(axis)];
             isFinite = isFinite && std::isfinite(at[axis]);
         }
         const std::uint32_t found = isFinite ? Find(at) : none;
@@ -72,7 +72,7 @@ private:
     }
 
     // Odd multipliers with their bits well mixed (2^64 / golden ratio and relatives; D. E. Knuth, 1973).
-    static std::uint64_t HashOf(int axis, std::uint64_t key) {
+    static std::uint64_t HashOf(std::size_t axis, std::uint64_t key) {
         constexpr std::uint64_t multipliers[] = {0x9E3779B97F4A7C15U, 0xC2B2AE3D27D4EB4FU, 0xD6E8FEB86659FD93U};
         return (key ^ (key >> 32)) * multipliers[axis];
     }
@@ -84,7 +84,7 @@ private:
         std::uint64_t hash = 0;
         std::array<std::uint64_t, dimension> change{};  // of the hash from one cell to the next along an axis
         unsigned int split = 0;                         // axes along which two cells are near
-        for (int axis = 0; axis < dimension; ++axis) {
+        for (std::size_t axis = 0; axis < dimension; ++axis) {
             const std::uint64_t lower = KeyOf(at[axis], low);
             const std::uint64_t upper = KeyOf(at[axis], high);
             hash += HashOf(axis, lower);
@@ -96,7 +96,7 @@ private:
         for (unsigned int corner = 1; corner <= split; ++corner) {
             if ((corner & ~split) != 0) continue;
             std::uint64_t sum = hash;
-            for (int axis = 0; axis < dimension; ++axis) {
+            for (std::size_t axis = 0; axis < dimension; ++axis) {
                 if ((corner >> axis & 1U) != 0) sum += change[axis];
             }
             first = SearchBucket(BucketOf(sum), at, first);
@@ -107,7 +107,7 @@ private:
     std::uint32_t SearchBucket(std::size_t bucket, const std::array<double, dimension>& at, std::uint32_t first) const {
         for (std::uint32_t i = buckets[bucket]; i != none; i = places[i].next) {
             double sum = 0.0;
-            for (int axis = 0; axis < dimension; ++axis) {
+            for (std::size_t axis = 0; axis < dimension; ++axis) {
                 const double difference = at[axis] - places[i].at[axis];
                 sum += difference * difference;
             }
@@ -118,7 +118,7 @@ private:
 
     void Link(std::uint32_t i) {
         std::uint64_t hash = 0;
-        for (int axis = 0; axis < dimension; ++axis) hash += HashOf(axis, KeyOf(places[i].at[axis], middle));
+        for (std::size_t axis = 0; axis < dimension; ++axis) hash += HashOf(axis, KeyOf(places[i].at[axis], middle));
         std::uint32_t& head = buckets[BucketOf(hash)];
         places[i].next = head;
         head = i;
@@ -147,7 +147,7 @@ inline bool CanMerge(double tolerance) { return tolerance >= 0.0 && std::isfinit
 
 /// Merges the vertices of one set after another: each index in turn names the first vertex named so far within the
 /// tolerance of its own. A vertex that met one of an earlier set is moved onto it.
-template <int dimension>
+template <std::size_t dimension>
 class VertexMerger {
 public:
     explicit VertexMerger(double tolerance) : places(tolerance) {}
@@ -185,9 +185,10 @@ private:
         if (place.owner >= firstOwner) return static_cast<unsigned int>(place.owner - firstOwner);
         const bool isNew = place.owner == 0;
         place.owner = firstOwner + index;
-        for (int axis = 0; axis < dimension && !isNew; ++axis) {
-            hasMoved = hasMoved || vertices[index][axis] != place.at[axis];
-            vertices[index][axis] = place.at[axis];
+        for (std::size_t axis = 0; axis < dimension && !isNew; ++axis) {
+            double& coordinate = vertices[index][static_cast<int>(axis)];
+            hasMoved = hasMoved || coordinate != place.at[axis];
+            coordinate = place.at[axis];
         }
         return index;
     }
