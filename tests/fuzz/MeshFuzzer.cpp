@@ -1,0 +1,115 @@
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Vec3D.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/meshes/IndexedTriangleSet2D.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+
+#include "fuzz/Bytes.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+IndexedTriangleSet3D TakeSet(Bytes& bytes) {
+    IndexedTriangleSet3D set;
+    const std::size_t count = 3 + bytes.Take<std::uint8_t>() % 16;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Point2D plan = bytes.TakePoint();
+        set.AppendVertex(Point3D(plan, bytes.TakeDouble()));
+    }
+    set.SetCCW(bytes.Take<std::uint8_t>() % 2 == 0);
+    std::vector<unsigned int> indexes;
+    while (!bytes.Empty()) indexes.push_back(bytes.Take<std::uint8_t>() % (count + 1));  // one of them does not exist
+    set.AppendIndexes(indexes);
+    return set;
+}
+
+void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
+    const double volume = set.GetVolume(0.0);
+    set.InvertAllTriangles();
+    if (tame) Require(std::abs(set.GetVolume(0.0) + volume) <= 1e-6 * (1.0 + std::abs(volume)));
+    (void)set.FlipEdge(0, 1);
+    (void)set.FixCoherentTriangleWinding();
+    (void)set.CollapsePoints(tolerance);
+    Require(!set.CollapsePoints(tolerance));
+    (void)set.RemoveDuplicatedTriangles();
+    Require(!set.RemoveDuplicatedTriangles());
+    (void)set.RemoveUnusedVertices();
+    Require(set.RemoveUnusedVertices() == 0);
+    std::vector<IndexedTriangleSet3D> surfaces;
+    set.SplitIntoUnconnectedSurfaces(surfaces);
+    std::uint64_t triangles = 0;
+    for (const IndexedTriangleSet3D& surface : surfaces) triangles += surface.GetTrianglesCount();
+    Require(triangles <= set.GetTrianglesCount());
+    (void)set.CollapsePoints2D(tolerance);
+    (void)set.AdjustVerticesToClosest({Point3D(1, 2, 3), Point3D(-4, 5, -6)});
+}
+
+void CheckQueries(const IndexedTriangleSet3D& set) {
+    unsigned int counterClockwise = 0, clockwise = 0, vertical = 0;
+    set.GetTotalWindings2D(counterClockwise, clockwise, vertical);
+    Require(counterClockwise + clockwise + vertical <= set.GetTrianglesCount());
+    (void)set.IsOneClosedVolume();
+    (void)set.IsTriangleNeighborWindingCoherent();
+    std::vector<Vec3D> normals;
+    set.ComputeNormals(true, normals);
+    set.ComputeNormals(true, normals, Angle(0.5));
+    std::vector<LineString3D> borders;
+    set.GetBoundaries(borders);
+    for (const LineString3D& border : borders) {
+        const Vec3D closing = border.GetEnd() - border.GetStart();
+        Require(border.GetSize() > 3 && !(closing.NormSquared() > 0.0));
+    }
+}
+
+// Sections keep to the line and to the extent.
+void CheckSections(const IndexedTriangleSet3D& set, const Line2D& line, bool tame) {
+    std::vector<LineString3D> sections;
+    set.GetSections(line, sections);
+    set.GetSectionsLineSegment(line, sections);
+    set.GetSections(LineString2D{line.GetStart(), line.GetEnd(), Point2D(0.0, 0.0), line.GetStart()}, sections);
+    if (!tame) return;
+    const Point3D low = set.GetBoundingBox().GetMinPoint();
+    const Point3D high = set.GetBoundingBox().GetMaxPoint();
+    for (const LineString3D& section : sections) {
+        Require(section.GetSize() > 1);
+        for (const Point3D& p : section.GetPoints()) {
+            for (int axis = 0; axis < 3; ++axis) Require(p[axis] >= low[axis] - 1e-6 && p[axis] <= high[axis] + 1e-6);
+        }
+    }
+}
+
+void CheckPlan(const IndexedTriangleSet3D& set) {
+    IndexedTriangleSet2D plan;
+    std::vector<Point2D> corners;
+    for (const Point3D& vertex : set.GetVertices()) corners.push_back(vertex.GetPoint2D());
+    plan.AppendVertices(corners);
+    plan.AppendIndexes(set.GetIndexes());
+    std::vector<Polygon2D> areas;
+    plan.GetBoundaries(areas, true);
+    (void)plan.CollapsePoints(0.125);
+    Require(!plan.CollapsePoints(0.125));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size > 300) return 0;
+    Bytes bytes(data, size);
+    const bool tame = bytes.Tame();
+    const Point2D from = bytes.TakePoint();
+    const Line2D line(from, bytes.TakePoint());
+    const double tolerance = bytes.TakeDouble() / 256.0;
+    const IndexedTriangleSet3D set = TakeSet(bytes);
+    CheckQueries(set);
+    CheckSections(set, line, tame);
+    CheckPlan(set);
+    CheckEdits(set, tolerance, tame);
+    return 0;
+}
