@@ -138,8 +138,14 @@ bool IntersectionExt::FindUndershoot(const Extension& extension, const Operand& 
     bool isFound = false;
     std::map<double, Point2D, compareDouble> onOther;
     const auto& pieces = other.GetPath().GetPieces();
+    const BoundingBox2D box = curve.GetBoundingBox2D();
+    detail::Extent extent;
+    extent.Add(box.GetMinPoint());
+    extent.Add(box.GetMaxPoint());
+    extent = extent.Widened(nearness);
     for (std::size_t i = 0; i < pieces.size(); ++i) {
-        if (line != nullptr && !detail::ComesNear(*line, other.GetPath().GetBoxes().GetExtent(i), nearness)) continue;
+        const detail::Extent& there = other.GetPath().GetBoxes().GetExtent(i);
+        if (!extent.Meets(there) || (line != nullptr && !detail::ComesNear(*line, there, nearness))) continue;
         std::map<double, Point2D> solutions;
         Intersection::IPolyline2DElementIPolyline2DElement(curve, *pieces[i].element, 0.0, solutions, tolerances);
         Intersection::AddSolutions(solutions, onOther);

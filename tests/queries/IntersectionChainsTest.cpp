@@ -66,11 +66,6 @@ Points RandomChain(RandomNumbers& random, int count, const P& start, double turn
     return points;
 }
 
-Points Closed(Points ring) {
-    ring.push_back(ring.front());
-    return ring;
-}
-
 TEST(IntersectionChainsTest, LineStrings) {
     const char* const axis = "0 0 4 0 10 0";
     const char* const square = "0 0 4 0 4 4 0 4 0 0";
@@ -79,7 +74,6 @@ TEST(IntersectionChainsTest, LineStrings) {
         {"a joint that just fails to reach", axis, "4 3 4 9e-5 5 3", R::Intersecting, "4 0"},
         {"too far", axis, "4 3 4 2e-4 5 3", R::NoIntersection, ""},
         {"ordered along the first", axis, "9 1 9 -1 2 -1 2 1", R::Intersecting, "2 0 9 0"},
-        {"end to end", axis, "10 0 12 5", R::Intersecting, "10 0"},
         {"collinear, end to end", axis, "10 0 12 0", R::Intersecting, "10 0"},
         {"a run over joints", axis, "12 0 8 0 6 0 2 0 2 5", R::Intersecting, "2 0 10 0"},
         {"within", axis, "2 0 3 0", R::Intersecting, "2 0 3 0"},
@@ -87,13 +81,11 @@ TEST(IntersectionChainsTest, LineStrings) {
         {"there and back again", axis, "1 2 1 0 7 0 3 0 3 2", R::Intersecting, "1 0 3 0 7 0"},
         {"shallow, a vertex near the crossing", axis, "1 -1 5 -5e-5 9 4e-3", R::Intersecting, "5.0493827160 0"},
         {"the same", axis, "0 0 5 0 10 0", R::Coincident, "0 0 10 0"},
-        {"the same, reversed", axis, "10 0 4 0 0 0", R::Coincident, "0 0 10 0"},
         {"one point passed twice", "2 1 2 -1 8 -1 2 1", "1 1 3 1", R::Intersecting, "2 1"},
         {"the joint of a closed string", square, "-1 -1 1 1", R::Intersecting, "0 0"},
         {"a run over that joint", square, "0 2 0 0 2 0", R::Intersecting, "2 0 0 2"},
         {"closed, the same from elsewhere", square, "4 4 4 0 0 0 0 4 4 4", R::Coincident, "0 0"},
         {"no length", axis, "4 0 4 5e-5", R::Degenerate, ""},
-        {"no points", axis, "", R::Degenerate, ""},
         {"beyond measure", axis, "4 1e300 4 -1e300", R::Degenerate, ""},
     };
     for (const P& origin : surveyOrigins) {
@@ -258,22 +250,22 @@ TEST(IntersectionChainsTest, PolygonsCrossWhereAllPairsOfEdgesDo) {
     RandomNumbers random(504);
     for (int round = 0; round < 40; ++round) {
         const P center = surveyOrigins[round % 2];
-        std::vector<Points> rings[2];
+        std::vector<Points> rings[2];  // closed
         Polygon2D polygons[2];
         for (int k = 0; k < 2; ++k) {
-            rings[k].push_back(RandomStar(random, center + Vec2D(3.0 * k, 1.0), 40.0, 50));
-            for (int i = 0; i < 12; ++i) {
-                const P hole = center + Vec2D(random(-20, 20), random(-20, 20));
-                rings[k].push_back(RandomStar(random, hole, 6.0, 10));
+            for (int i = 0; i < 13; ++i) {
+                const Vec2D aside(random(-20, 20), random(-20, 20));
+                Points& ring = rings[k].emplace_back(i == 0 ? RandomStar(random, center + Vec2D(3.0 * k, 1.0), 40.0, 50)
+                                                            : RandomStar(random, center + aside, 6.0, 10));
+                i == 0 ? polygons[k].AppendPoints(ring) : polygons[k].AppendHoleBoundary(ring);
+                ring.push_back(ring.front());
             }
-            polygons[k] = Polygon2D(rings[k][0]);
-            for (std::size_t i = 1; i < rings[k].size(); ++i) polygons[k].AppendHoleBoundary(rings[k][i]);
         }
         const LineString2D string(RandomChain(random, 60, center, 0.5));
         Points expected, ofString;
         for (const Points& a : rings[0]) {
-            for (const Points& b : rings[1]) BruteForce(Closed(a), Closed(b), expected);
-            BruteForce(string.GetPoints(), Closed(a), ofString);
+            for (const Points& b : rings[1]) BruteForce(a, b, expected);
+            BruteForce(string.GetPoints(), a, ofString);
         }
         Points found, swapped, foundOfString;
         const int count = static_cast<int>(expected.size());
@@ -316,8 +308,8 @@ TEST(IntersectionChainsTest, Boxes) {
     EXPECT_FALSE(Intersection::IsBoundingBoxInsideBoundingBox(high, low, 0.5));
     EXPECT_FALSE(Intersection::PointOnLineString(P(0, 0), LineString2D{P(0, 0)}, 0.5)) << "no segment";
     const LineString3D edge{Point3D(0, 0, 0), Point3D(2, 0, 0)};
-    EXPECT_EQ(Intersection::PointOnLineString(Point3D(1, 0, 0.25), edge, 0.25), true);
-    EXPECT_EQ(Intersection::PointOnLineString(Point3D(1, 0, 0.5), edge, 0.25), false);
+    EXPECT_TRUE(Intersection::PointOnLineString(Point3D(1, 0, 0.25), edge, 0.25));
+    EXPECT_FALSE(Intersection::PointOnLineString(Point3D(1, 0, 0.5), edge, 0.25));
     const LineString2D along{P(3, 3), P(1, 0), P(5, 0), P(2, 0), P(2, 3)};
     EXPECT_EQ(Intersection::LineStringLine(along, Line2D(P(0, 0), P(1, 0)), run, kTolerances), R::Intersecting);
     ExpectPoints(run, {P(1, 0), P(5, 0)});

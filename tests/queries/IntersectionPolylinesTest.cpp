@@ -89,9 +89,9 @@ TEST(IntersectionPolylinesTest, SingleElementsCrossAsPolylinesOfOne) {
         const P origin = surveyOrigins[round % 2];
         const Polyline2D road = Alignment(random, origin, 12);
         const Polyline2D other = Alignment(random, origin + Vec2D(random(-60, 60), random(-60, 60)), 3);
-        const auto& line = static_cast<const Line2D&>(other.GetElementAtIndex(0));
-        const auto& clothoid = static_cast<const Clothoid&>(other.GetElementAtIndex(1));
-        const auto& arc = static_cast<const Arc2D&>(other.GetElementAtIndex(2));
+        const auto& line = dynamic_cast<const Line2D&>(other.GetElementAtIndex(0));
+        const auto& clothoid = dynamic_cast<const Clothoid&>(other.GetElementAtIndex(1));
+        const auto& arc = dynamic_cast<const Arc2D&>(other.GetElementAtIndex(2));
         PolylinePoints found, counted;
         ElementPoints onElement;
         const auto check = [&](IPolyline2DElement* element, int count) {
@@ -202,8 +202,7 @@ TEST(IntersectionPolylinesTest, Results) {
     ASSERT_EQ(points.size(), 4U);
     EXPECT_NEAR(points[2].station, 70.0, 1e-9);
     EXPECT_EQ(points[2].elementIndex, 1U);
-    const Polyline2D ringAgain(ring);
-    EXPECT_EQ(Intersection::PolylinePolyline(ring, ringAgain, points, kTolerances), R::Coincident);
+    EXPECT_EQ(Intersection::PolylinePolyline(ring, Polyline2D(ring), points, kTolerances), R::Coincident);
     EXPECT_EQ(points.size(), 5U) << "a run all around has its first point";
 }
 
