@@ -65,8 +65,7 @@ TEST(IntersectionPolylinesTest, AlignmentsCrossWhereTheirChordsDo) {
         std::vector<P> chordPoints;
         Intersection::LineStringLineString(Chords(a), Chords(b), chordPoints, 1e-9);
         ASSERT_EQ(onA.size(), chordPoints.size());
-        ASSERT_EQ(onB.size(), onA.size());
-        ASSERT_EQ(swapped.size(), onA.size());
+        ASSERT_TRUE(onB.size() == onA.size() && swapped.size() == onA.size());
         std::vector<double> fromB;
         for (std::size_t i = 0; i < onA.size(); ++i) {
             ExpectOn(a, onA[i]);
@@ -100,8 +99,7 @@ TEST(IntersectionPolylinesTest, SingleElementsCrossAsPolylinesOfOne) {
             PolylinePoints expected, onOne;
             Intersection::PolylinePolyline(road, one, expected, onOne, kTolerances);
             EXPECT_EQ(expected.size(), count);
-            ASSERT_EQ(found.size(), expected.size());
-            ASSERT_EQ(onElement.size(), expected.size());
+            ASSERT_TRUE(found.size() == expected.size() && onElement.size() == expected.size());
             for (std::size_t i = 0; i < found.size(); ++i) {
                 ExpectOn(road, found[i]);
                 EXPECT_THAT(found[i].point, IsNear(expected[i].point, 1e-8));
