@@ -188,7 +188,8 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
     if (!(station > 0.0)) return;
 
     // Most triangles are far from the chain: cells of about two triangles in width tell, then boxes over segments.
-    ChainRaster raster(box, noise, static_cast<std::size_t>(0.35 * std::sqrt(static_cast<double>(indexes.size() / 3))));
+    const std::size_t triangleCount = indexes.size() / 3;
+    ChainRaster raster(box, noise, static_cast<std::size_t>(0.35 * std::sqrt(static_cast<double>(triangleCount))));
     for (std::size_t i = 1; i < chain.size(); ++i) {
         if (cuts[i - 1].IsSound()) raster.Mark(chain[i - 1], chain[i]);
     }

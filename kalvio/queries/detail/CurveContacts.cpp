@@ -23,7 +23,7 @@ void Cross(const StraightCurve& a, const StraightCurve& b, const ContactLimits&,
     add(onA, between.PerpDotProduct(a.direction) / cross, a.At(onA).position, 0.0);
 }
 
-// Calls hit(parameter on the line, offset) at the points of a line on the circle x^2 + 2 radial x = 0 about -radial,
+// Calls hit(parameter on the line) at the points of a line on the circle x^2 + 2 radial x = 0 about -radial,
 // x from the start of the circle: the parameter l solves l^2 + 2 b l + c = 0 without reference to the centre, which may
 // be far. depthOf(b^2 - c) tells how far the line dips into the circle. A line that only touches it, or passes beside
 // it within the reach, is met at its foot: touch(parameter, depth).
