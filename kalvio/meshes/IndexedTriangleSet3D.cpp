@@ -24,6 +24,13 @@
 
 namespace Kalvio::Math {
 
+namespace {
+
+// Indexes at the end that are no whole triangle.
+void DropRest(std::vector<unsigned int>& indexes) { indexes.resize(indexes.size() - indexes.size() % 3); }
+
+}  // namespace
+
 MathTypes IndexedTriangleSet3D::GetType() const { return MathTypes::IndexedTriangleSet3D; }
 
 BoundingBox3D IndexedTriangleSet3D::GetBoundingBox() const { return detail::BoxOfPoints<BoundingBox3D>(vertices); }
@@ -62,6 +69,7 @@ void IndexedTriangleSet3D::AddTriangle(const Point3D& a, const Point3D& b, const
     const auto n = static_cast<unsigned int>(vertices.size());
     const bool isReversed = orient && (detail::DoubledTurn(a, b, c) < 0.0) == ccw;
     vertices.insert(vertices.end(), {a, b, c});
+    DropRest(indexes);
     indexes.insert(indexes.end(), {isReversed ? n + 1 : n, isReversed ? n : n + 1, n + 2});
     if (collapse) CollapsePoints(detail::numericalZero);
 }
@@ -69,7 +77,10 @@ void IndexedTriangleSet3D::AddTriangle(const Point3D& a, const Point3D& b, const
 void IndexedTriangleSet3D::Merge(const IndexedTriangleSet3D& other, bool collapse, double tolerance) {
     const auto shift = static_cast<unsigned int>(vertices.size());
     const std::size_t count = other.indexes.size() - other.indexes.size() % 3;
-    indexes.resize(indexes.size() - indexes.size() % 3);
+    DropRest(indexes);
+    for (unsigned int& index : indexes) {
+        if (index >= shift) index = detail::noVertex;  // not one of the vertices to come
+    }
     indexes.reserve(indexes.size() + count);
     for (std::size_t i = 0; i < count; ++i) {
         // An index of no vertex must not wrap around to one.
@@ -95,7 +106,7 @@ double IndexedTriangleSet3D::GetVolume(double referenceHeight) const {
 WindingValue IndexedTriangleSet3D::GetWinding(unsigned int triangle) const {
     const unsigned int* const corners = detail::CornersOf(indexes, vertices.size(), triangle);
     bool isCounterClockwise = ccw;
-    if (corners != nullptr) {
+    if (corners != nullptr && vertices.size() >= 3) {
         const Vec3D normal = detail::DoubledVectorArea(vertices, corners).Normalize();
         isCounterClockwise = normal[normal.FindDominantAxis()] > 0.0;
     }

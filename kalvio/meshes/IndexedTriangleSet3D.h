@@ -22,8 +22,8 @@ class Matrix3D;
 /// they name the same two vertices, so equal places must be merged first (`CollapsePoints`). Vertices that no triangle
 /// names may exist. At most 2^32 - 1 vertices.
 ///
-/// A triangle that names a vertex that does not exist takes no part in anything; nor do one or two indexes at the end
-/// that are no whole triangle. Edits leave them where they are.
+/// A triangle that names a vertex that does not exist takes no part in anything until that vertex is appended; nor do
+/// one or two indexes at the end that are no whole triangle. Edits leave them where they are.
 class KALVIO_MATH_API IndexedTriangleSet3D final : public IGeometry, public detail::IndexedVertexArray<Point3D> {
 public:
     /// What operations of `IndexedTriangleSet3DCleanUp` answer.
@@ -61,7 +61,8 @@ public:
     /// @return false, the points untouched, when there is no such triangle or it names a vertex that does not exist
     bool GetTriangleAt(std::uint64_t triangle, Point3D& a, Point3D& b, Point3D& c) const;
 
-    /// Appends a triangle with three vertices of its own.
+    /// Appends a triangle with three vertices of its own, in place of one or two indexes at the end that are no whole
+    /// triangle.
     /// @param orient    the triangle gets the winding in plan of the set: one that runs the other way is reversed by
     ///                  swapping its first two corners. One without winding in plan (the z component of its normal is
     ///                  0) is kept under `IsCCW` and reversed otherwise.
@@ -69,7 +70,8 @@ public:
     ///                  add many, collapse once at the end
     void AddTriangle(const Point3D& a, const Point3D& b, const Point3D& c, bool orient, bool collapse);
     /// Appends the whole triangles of another set, which may be this one, as they are, whatever the two winding flags
-    /// say. One or two indexes at the end of this set that are no whole triangle are dropped.
+    /// say. One or two indexes at the end of this set that are no whole triangle are dropped; indexes of vertices that
+    /// do not exist, of either set, become ones of none of the vertices of both.
     /// @param collapse  ends with `CollapsePoints(tolerance)` on the whole set
     void Merge(const IndexedTriangleSet3D& other, bool collapse, double tolerance);
 
@@ -79,7 +81,7 @@ public:
     double GetVolume(double referenceHeight) const;
     /// The winding of a triangle seen along the axis of the largest component of its normal (on ties z before y before
     /// x), from its positive end: a steep triangle is judged by x or y. Never `Vertical`. There being no such triangle,
-    /// the winding that `IsCCW` tells.
+    /// or fewer than three vertices, the winding that `IsCCW` tells.
     WindingValue GetWinding(unsigned int triangle) const;
     /// That of the first triangle, which stands for the whole set.
     WindingValue GetWinding() const { return GetWinding(0); }
@@ -91,9 +93,10 @@ public:
     /// True for a horizontal set: every index names a vertex as high as the first does, within the tolerance,
     /// inclusive (`Numbers::Compare`). A tilted plane is not. True for fewer than two indexes.
     bool IsPlanar(double tolerance) const;
-    /// True for the skin of one solid, whichever way its triangles run: not `IsPlanar(1e-10)`, one surface without a
-    /// border (`IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding`), and with an inside. Two bodies are not one,
-    /// nor is a body with a void.
+    /// True for the skin of one solid, whichever way its triangles run: not `IsPlanar(1e-10)`, and one surface with two
+    /// sides and no border (both flags of `IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding`). Two bodies are
+    /// not one, nor is a body with a void. By neighbourhood alone: whether the surface cuts itself, or folds up to no
+    /// volume as a tilted triangle and its reverse do, is not looked at.
     bool IsOneClosedVolume() const;
     /// True when neighbours run against each other along the edge that exactly the two of them share.
     bool IsTriangleNeighborWindingCoherent() const;
