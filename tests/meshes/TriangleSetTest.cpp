@@ -143,6 +143,9 @@ TEST(TriangleSetTest, WindingsByAxisAndInPlan) {
     }
     all.SetCCW(true);
     EXPECT_EQ(all.GetWinding(0x55555556U), CounterClockwise) << "3 i + 2 exceeds 32 bits";
+    IndexedTriangleSet3D line({{}, {1, 0, 0}}, {0, 1, 0});
+    line.SetCCW(true);
+    EXPECT_EQ(line.GetWinding(), CounterClockwise) << "two vertices: what the flag tells";
 }
 
 TEST(TriangleSetTest, NormalsOfFacesVerticesAndCorners) {
@@ -200,9 +203,15 @@ TEST(TriangleSetTest, EditsOfTrianglesAndVertices) {
     EXPECT_TRUE(torus.RemoveDuplicatedTriangles());
     EXPECT_TRUE(torus.IsEqualTo(before, 1e-12));
 
-    IndexedTriangleSet3D odd({{}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 2, 5});
+    IndexedTriangleSet3D odd({{}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 4, 5});
     odd.Merge(IndexedTriangleSet3D({{}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 0xFFFFFFFEU, 2, 1, 0}), false, 0.0);
-    EXPECT_EQ(odd.GetIndexes(), (std::vector<unsigned int>{0, 1, 2, 3, 4, 0xFFFFFFFFU, 5, 4, 3}));
+    odd.Merge(odd, false, 0.0);
+    constexpr unsigned int no = 0xFFFFFFFFU;
+    EXPECT_EQ(odd.GetIndexes(),
+              (std::vector<unsigned int>{0, 1, no, 3, 4, no, 5, 4, 3, 6, 7, no, 9, 10, no, 11, 10, 9}));
+    odd.AppendIndexes({0, 1});
+    odd.AddTriangle({}, {1, 0, 0}, {0, 1, 0}, false, false);
+    EXPECT_EQ(odd.GetVolume(-1.0), -0.5) << "the last triangle, and two reversed ones";
 }
 
 TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {
@@ -216,15 +225,29 @@ TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {
     }
     IndexedTriangleSet3D set;
     for (int i = 0; i < 300; ++i) set.AppendVertex({origin + Vec2D(random(-9, 20), random(0, 9)), random(0, 10)});
+    for (int i = 0; i < 40; ++i) set.AppendVertex({set.GetVertex(i).GetPoint2D(), std::array{1e3, 1e9}[i % 2]});
     const std::vector<Point3D> before = set.GetVertices();
     EXPECT_TRUE(set.AdjustVerticesToClosest(points));
     for (unsigned int i = 0; i < set.GetVerticesSize(); ++i) {
-        double least = kInfinity;
-        for (std::size_t k = 2; k < points.size(); ++k) least = std::min(least, before[i].Distance(points[k]));
-        EXPECT_EQ(before[i].Distance(set.GetVertex(i)), least);
+        const auto square = [&](const Point3D& p) { return (p - before[i]).NormSquared(); };
+        const auto nearest =
+            std::min_element(points.begin() + 2, points.end(),
+                             [&](const Point3D& a, const Point3D& b) { return square(a) < square(b); });
+        EXPECT_THAT(set.GetVertex(i), IsNear(*nearest, 0.0)) << "the first on ties";
     }
     EXPECT_FALSE(set.AdjustVerticesToClosest(points)) << "they lie on the points already";
     EXPECT_FALSE(set.AdjustVerticesToClosest({}));
+
+    // Minutes, were all compared with all: in one plane far away, farther than doubles can part, in one place.
+    for (const auto& [width, z] : {std::pair(1.0, 1e3), {1.0, 1e12}, {0.0, 0.0}}) {
+        points.clear();
+        set.Clear();
+        for (int i = 0; i < 100000; ++i) {
+            points.emplace_back(random(0.0, width), random(0.0, width), 0.0);
+            set.AppendVertex({random(0.0, 1.0), random(0.0, 1.0), z});
+        }
+        EXPECT_TRUE(set.AdjustVerticesToClosest(points));
+    }
 }
 
 }  // namespace
