@@ -122,12 +122,15 @@ public:
     /// Appends the section of the mesh along a line in plan: its cuts by the vertical plane over the infinite line,
     /// over the segment only, or over every segment of a chain, joined into the fewest line strings. Each runs in the
     /// direction of the line, a closed one from its first point along it, and they come in the order of their starts.
+    /// A closed one that leads nowhere along the line, around a body, runs either way.
     ///
     /// Cuts are joined where they come from one edge or vertex, or from others of exactly the same coordinates; within
     /// no tolerance. A vertex counts as on the line within 1e-10, or the rounding of the line's coordinates. Triangles
-    /// in the vertical plane contribute the border of the area that they cover together; a single point is no section.
+    /// in the vertical plane contribute the border of the area that they cover together, once or more often: the edges
+    /// with triangles on one side only. A single point is no section.
     /// A section that reaches an end of the segment, or a bend of the chain, has a point exactly there. Nothing comes
-    /// from a line not longer than 1e-10, nor from triangles with coordinates that are not finite.
+    /// from a line not longer than 1e-10, nor from triangles with coordinates that are not finite. Points of a chain no
+    /// further than 1e-10 from the one before are left out.
     ///
     /// One pass over vertices and triangles; of a chain, boxes over its segments find those that a triangle meets.
     void GetSections(const Line2D& line, std::vector<LineString3D>& sections) const;

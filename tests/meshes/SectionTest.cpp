@@ -151,6 +151,34 @@ TEST(SectionTest, WallsBordersAndGaps) {
     block.GetSections(LineString2D{Point2D(-1, 1), Point2D(0, 1), Point2D(0.5, 1.5)}, strings);
     ASSERT_EQ(strings.size(), 2u);
     EXPECT_NEAR(strings[1].GetLength(), 2.0 + std::sqrt(2.0), 1e-9);
+    // Closed chains run forwards. A wall at the end is cut however the chain goes on; one covered twice is one wall.
+    const IndexedTriangleSet3D plain = Grid(Point2D(), 9, flat, kWhole);
+    strings.clear();
+    plain.GetSections(LineString2D{{1, 1}, {3, 1.5}, {3, 2.5}, {1, 4}, {1, 1}}, strings);
+    grid.GetSections(LineString2D{{1, 3}, {1, 1}, {5, 1}, {5, 3}, {1, 3}}, strings);
+    ASSERT_EQ(strings.size(), 2u);
+    EXPECT_LT(strings[0][1].GetY(), 1.5);
+    EXPECT_EQ(strings[1][0].GetX(), 2.0) << "through the start";
+    const std::vector<unsigned int> walls[] = {{0, 1, 2, 0, 2, 3},
+                                               {0, 1, 2, 0, 2, 3, 0, 2, 1, 0, 3, 2},
+                                               {0, 1, 2, 0, 2, 3, 1, 2, 0},
+                                               {0, 1, 2, 0, 2, 3, 0, 3, 1, 1, 3, 2}};
+    for (const std::vector<unsigned int>& indexes : walls) {
+        IndexedTriangleSet3D wall;
+        wall.AppendVertices({{10, -5, 0}, {10, 5, 0}, {10, 5, 3}, {10, -5, 3}});
+        wall.AppendIndexes(indexes);
+        strings.clear();
+        wall.GetSections(Line2D(Point2D(10, -9), Point2D(10, 9)), strings);
+        EXPECT_THAT(LengthsOf(strings), testing::ElementsAre(26.0));
+        for (const Point2D& last : {Point2D(10, 0), Point2D(10 + 1e-11, 0), Point2D(kNan, 0), Point2D(1e300, 0)}) {
+            strings.clear();
+            wall.GetSections(LineString2D{{0, 0}, {10, 0}, last}, strings);
+            EXPECT_FALSE(strings.empty()) << last.GetX();
+        }
+    }
+    strings.clear();
+    block.GetSections(LineString2D{{0, 1}, {-2, 1}, {-2, 2}, {0, 1}}, strings);
+    EXPECT_THAT(LengthsOf(strings), testing::ElementsAre(2.0)) << "a wall at both ends of a chain";
     // What cannot be cut takes no part.
     IndexedTriangleSet3D wild = grid;
     wild.AppendVertices({{1, 1, kNan}, {kInfinity, 1, 1}, {1e300, -1e300, 1}, {-1e300, 1e300, 1e300}});

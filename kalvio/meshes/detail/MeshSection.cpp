@@ -152,6 +152,16 @@ private:
     PlaneEdges edges;
 };
 
+// Points no further than 1e-10 from the one before make no segment.
+std::vector<Point2D> WithoutRepeats(const std::vector<Point2D>& chain) {
+    std::vector<Point2D> kept;
+    kept.reserve(chain.size());
+    for (const Point2D& point : chain) {
+        if (kept.empty() || !(kept.back().Distance(point) <= numericalZero)) kept.push_back(point);
+    }
+    return kept;
+}
+
 }  // namespace
 
 void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes, const Point2D& a,
@@ -170,20 +180,25 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
 }
 
 void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
-                   const std::vector<Point2D>& chain, std::vector<LineString3D>& out) {
+                   const std::vector<Point2D>& points, std::vector<LineString3D>& out) {
+    const std::vector<Point2D> chain = WithoutRepeats(points);
     std::vector<PlanCut> cuts;
     cuts.reserve(chain.size());
     Extent box;
     double station = 0.0;
     double noise = 0.0;
     for (std::size_t i = 1; i < chain.size(); ++i) {
-        PlanCut& cut = cuts.emplace_back(chain[i - 1], chain[i], PlanReach::Segment);
+        const PlanCut& cut = cuts.emplace_back(chain[i - 1], chain[i], PlanReach::Segment);
         if (!cut.IsSound()) continue;
-        cut.Place(station, i + 1 < chain.size());
-        station += cut.GetLength();
         noise = std::max(noise, cut.GetNoise());
         box.Add(chain[i - 1]);
         box.Add(chain[i]);
+    }
+    const bool isClosed = !chain.empty() && chain.front().Distance(chain.back()) == 0.0;
+    for (std::size_t i = 0; i < cuts.size(); ++i) {
+        if (!cuts[i].IsSound()) continue;
+        cuts[i].Place(station, i + 1 < cuts.size() ? cuts[i + 1].IsSound() : isClosed && cuts.front().IsSound());
+        station += cuts[i].GetLength();
     }
     if (!(station > 0.0)) return;
 

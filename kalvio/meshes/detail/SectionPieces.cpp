@@ -1,7 +1,10 @@
 #include "kalvio/meshes/detail/SectionPieces.h"
 
+#include "kalvio/core/detail/Constants.h"
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <tuple>
 #include <utility>
@@ -14,10 +17,18 @@ bool IsSame(const Point3D& a, const Point3D& b) {
     return a.GetX() == b.GetX() && a.GetY() == b.GetY() && a.GetZ() == b.GetZ();
 }
 
+double LargestOf(const Point3D& p) { return std::max({std::abs(p.GetX()), std::abs(p.GetY()), std::abs(p.GetZ())}); }
+
 // Places with the links between them, walked so that each link is passed once. The places that would be ends of a walk
-// (those of an odd number of links) are paired by links that are cut again afterwards.
+// (those of an odd number of links) are paired by links that are cut again afterwards. Where walks meet, each goes on
+// in the sense of its links, from first to second or back.
 class Walks {
 public:
+    struct Step {
+        std::size_t place;
+        std::size_t link;  // that leads here
+    };
+
     Walks(std::size_t placeCount, std::vector<std::pair<std::size_t, std::size_t>> placeLinks)
         : links(std::move(placeLinks)), firstLink(placeCount + 1, 0), realLinks(links.size()) {
         std::vector<std::size_t> degree(placeCount, 0);
@@ -35,44 +46,38 @@ public:
             firstLink[place + 1] = firstLink[place] + degree[place] + degree[place] % 2;
         }
         linksAt.resize(firstLink.back());
-        std::vector<std::size_t> next(firstLink);
-        for (std::size_t link = 0; link < links.size(); ++link) {
-            linksAt[next[links[link].first]++] = link;
-            linksAt[next[links[link].second]++] = link;
-        }
+        firstBackward.assign(firstLink.begin(), firstLink.end());
+        for (std::size_t link = 0; link < links.size(); ++link) linksAt[firstBackward[links[link].first]++] = link;
+        std::vector<std::size_t> next(firstBackward);
+        for (std::size_t link = 0; link < links.size(); ++link) linksAt[next[links[link].second]++] = link;
         isUsed.assign(links.size(), false);
     }
 
-    /// Calls take(places) for every walk.
+    /// Calls take(steps) for every walk; nothing leads to its first step.
     template <class Take>
     void ForEach(Take&& take) {
-        std::vector<std::size_t> next(firstLink);
+        nextForward = firstLink;
+        nextBackward = firstBackward;
         // Walks with two ends first, each begun on the link that pairs its ends.
         for (std::size_t i = 0; i < links.size(); ++i) {
             const std::size_t link = i < links.size() - realLinks ? realLinks + i : i - (links.size() - realLinks);
-            if (!isUsed[link]) Cut(Circuit(link, next), take);
+            if (!isUsed[link]) Cut(Circuit(link), take);
         }
     }
 
 private:
-    struct Step {
-        std::size_t place;
-        std::size_t link;  // that leads here
-    };
-
     // All links that hang together with the first one, passed once each. The first step has the first link.
-    std::vector<Step> Circuit(std::size_t first, std::vector<std::size_t>& next) {
-        std::vector<Step> stack{{links[first].first, first}};
+    std::vector<Step> Circuit(std::size_t first) {
+        std::vector<Step> stack{{links[first].second, first}};
         std::vector<Step> circuit;
         isUsed[first] = true;
         while (!stack.empty()) {
-            const std::size_t place = stack.back().place;
-            while (next[place] < firstLink[place + 1] && isUsed[linksAt[next[place]]]) ++next[place];
-            if (next[place] == firstLink[place + 1]) {
+            const auto [place, last] = stack.back();
+            const std::size_t link = NextLink(place, links[last].second == place);
+            if (link == links.size()) {
                 circuit.push_back(stack.back());
                 stack.pop_back();
             } else {
-                const std::size_t link = linksAt[next[place]];
                 isUsed[link] = true;
                 stack.push_back({links[link].first == place ? links[link].second : links[link].first, link});
             }
@@ -81,24 +86,39 @@ private:
         return circuit;
     }
 
+    // One that leads on from a place, in the same sense if there is one; the number of links if there is none.
+    std::size_t NextLink(std::size_t place, bool isForward) {
+        for (const bool isForwardTried : {isForward, !isForward}) {
+            std::size_t& next = isForwardTried ? nextForward[place] : nextBackward[place];
+            const std::size_t end = isForwardTried ? firstBackward[place] : firstLink[place + 1];
+            while (next < end && isUsed[linksAt[next]]) ++next;
+            if (next < end) return linksAt[next];
+        }
+        return links.size();
+    }
+
     template <class Take>
     void Cut(const std::vector<Step>& circuit, Take& take) {
-        std::vector<std::size_t> places;
+        std::vector<Step> steps;
         const auto finish = [&] {
-            if (places.size() > 1) take(places);
-            places.clear();
+            if (steps.size() > 1) take(steps);
+            steps.clear();
         };
-        if (circuit.front().link < realLinks) places.push_back(links[circuit.front().link].second);
+        const std::size_t first = circuit.front().link;
+        if (first < realLinks) steps.push_back({links[first].first, first});
         for (const Step& step : circuit) {
             if (step.link >= realLinks) finish();
-            places.push_back(step.place);
+            steps.push_back(step);
         }
         finish();
     }
 
     std::vector<std::pair<std::size_t, std::size_t>> links;
     std::vector<std::size_t> firstLink;  // of each place, in linksAt
-    std::vector<std::size_t> linksAt;
+    std::vector<std::size_t> firstBackward;
+    std::vector<std::size_t> linksAt;  // of each place those that start there, then those that end there
+    std::vector<std::size_t> nextForward;
+    std::vector<std::size_t> nextBackward;
     std::vector<bool> isUsed;
     std::size_t realLinks;
 };
@@ -110,12 +130,10 @@ bool IsFinite(const End& end) {
     return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ()) && std::isfinite(end.station);
 }
 
-// In the direction of ascending stations; a closed string is turned until it starts at the least.
-void Direct(std::vector<End>& string) {
-    if (!IsSame(string.front().point, string.back().point)) {
-        if (string.back().station < string.front().station) std::reverse(string.begin(), string.end());
-        return;
-    }
+// In the direction in which the stations advance; a closed string is turned until it starts at the least.
+void Direct(std::vector<End>& string, double advance) {
+    if (advance < 0.0) std::reverse(string.begin(), string.end());
+    if (!IsSame(string.front().point, string.back().point)) return;
     string.pop_back();
     const auto isBefore = [](const End& a, const End& b) { return a.station < b.station; };
     std::rotate(string.begin(), std::min_element(string.begin(), string.end(), isBefore), string.end());
@@ -150,9 +168,9 @@ TriangleCut::TriangleCut(const std::array<CutCorner, 3>& corners) {
 }
 
 bool PlaneEdges::Take(const std::array<CutCorner, 3>& corners, const TriangleCut& cut) {
-    if (cut.isEdge) Add(cut.ends[0].first->point, cut.ends[1].first->point, false);
+    if (cut.isEdge) Add(cut.ends[0].first->point, cut.ends[1].first->point, nullptr);
     if (cut.count != 3) return cut.isEdge;
-    for (std::size_t i = 0; i < 3; ++i) Add(corners[i].point, corners[i == 2 ? 0 : i + 1].point, true);
+    for (std::size_t i = 0; i < 3; ++i) Add(corners[i].point, corners[(i + 1) % 3].point, &corners[(i + 2) % 3].point);
     return true;
 }
 
@@ -160,9 +178,29 @@ bool PlaneEdges::IsSame(const Edge& a, const Edge& b) {
     return detail::IsSame(a.from, b.from) && detail::IsSame(a.to, b.to);
 }
 
-void PlaneEdges::Add(const Point3D& a, const Point3D& b, bool isOfFlatTriangle) {
+void PlaneEdges::Add(const Point3D& a, const Point3D& b, const Point3D* third) {
     const bool isOrdered = IsLess(a, b);
-    edges.push_back({isOrdered ? a : b, isOrdered ? b : a, isOfFlatTriangle});
+    Edge edge{isOrdered ? a : b, isOrdered ? b : a, third != nullptr, Vec3D()};
+    if (third != nullptr) {
+        // The cross product points to one side of the plane or the other, and is as long as the corner is high.
+        const Vec3D along = edge.to - edge.from;
+        const Vec3D rise = along.CrossProduct(*third - edge.from) / along.Length();
+        const double noise = std::max(numericalZero, 4.0 * std::numeric_limits<double>::epsilon() * LargestOf(a));
+        if (rise.Length() > noise) edge.rise = rise;
+    }
+    edges.push_back(edge);
+}
+
+bool PlaneEdges::Counts(std::size_t first, std::size_t end) const {
+    // The area is on one side when all triangles are; where one has no area to tell, by their parity.
+    bool isOneSided = true;
+    bool isSliver = false;
+    for (std::size_t i = first; i < end; ++i) {
+        if (!edges[i].isOfFlatTriangle) return true;
+        isOneSided = isOneSided && edges[i].rise.DotProduct(edges[first].rise) > 0.0;
+        isSliver = isSliver || !(edges[i].rise.NormSquared() > 0.0);
+    }
+    return isSliver ? (end - first) % 2 != 0 : isOneSided;
 }
 
 void PlaneEdges::Sort() {
@@ -196,10 +234,19 @@ void SectionPieces::Chain(std::vector<LineString3D>& out) {
     }
 
     std::vector<std::vector<End>> strings;
-    Walks(places.size(), std::move(links)).ForEach([&](const std::vector<std::size_t>& walk) {
+    Walks(places.size(), std::move(links)).ForEach([&](const std::vector<Walks::Step>& walk) {
         std::vector<End>& string = strings.emplace_back();
-        for (const std::size_t place : walk) string.push_back(places[place]);
-        Direct(string);
+        // Stations start anew where a closed chain ends: they are told apart along the pieces only.
+        double advance = 0.0;
+        for (const Walks::Step& step : walk) {
+            if (!string.empty()) {
+                const Piece& piece = pieces[step.link];
+                const double gain = piece.to.station - piece.from.station;
+                advance += IsSame(piece.to.point, places[step.place].point) ? gain : -gain;
+            }
+            string.push_back(places[step.place]);
+        }
+        Direct(string, advance);
     });
     const auto isLess = [](const End& a, const End& b) { return IsLess(a.point, b.point); };
     std::sort(points.begin(), points.end(), isLess);

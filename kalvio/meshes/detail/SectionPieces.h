@@ -35,8 +35,8 @@ struct TriangleCut {
     bool isEdge = false;  // the piece is an edge of the triangle
 };
 
-/// The edges of triangles in a plane. Of triangles in the plane those count that border on one such triangle only; an
-/// edge that triangles outside the plane share counts once.
+/// The edges of triangles in a plane. Of triangles in the plane those count that have the covered area on one side
+/// only, however often it is covered; an edge that triangles outside the plane share counts once.
 class PlaneEdges {
 public:
     /// Takes the cut of a triangle. @return false when it has no edge in the plane
@@ -48,11 +48,8 @@ public:
         Sort();
         for (std::size_t first = 0; first < edges.size();) {
             std::size_t end = first;
-            std::size_t flat = 0;
-            for (; end < edges.size() && IsSame(edges[first], edges[end]); ++end) {
-                flat += edges[end].isOfFlatTriangle ? 1 : 0;
-            }
-            if (flat % 2 != 0 || flat != end - first) visit(edges[first].from, edges[first].to);
+            while (end < edges.size() && IsSame(edges[first], edges[end])) ++end;
+            if (Counts(first, end)) visit(edges[first].from, edges[first].to);
             first = end;
         }
     }
@@ -62,10 +59,14 @@ private:
         Point3D from;
         Point3D to;
         bool isOfFlatTriangle;
+        Vec3D rise;  // from the edge to the third corner of the triangle in the plane; zero where that is noise
     };
 
     static bool IsSame(const Edge& a, const Edge& b);
-    void Add(const Point3D& a, const Point3D& b, bool isOfFlatTriangle);
+    /// @param third  the third corner of a triangle in the plane, else null
+    void Add(const Point3D& a, const Point3D& b, const Point3D* third);
+    /// Of the edges in a range, all the same.
+    bool Counts(std::size_t first, std::size_t end) const;
     void Sort();
 
     std::vector<Edge> edges;
