@@ -139,18 +139,24 @@ void WarnOfGaps(const Alignment& alignment) {
     }
 }
 
+void CheckStep(const std::vector<Alignment>& alignments, double step) {
+    constexpr double mostSamples = 1e7;
+    for (const Alignment& alignment : alignments) {
+        if (alignment.plan.GetLength() / step > mostSamples)
+            throw InputError("the step is too short for the length of the alignment");
+    }
+}
+
 // Calls emit(sample) every `step` along the chain and at its end.
 template <class Emit>
 void ForEachSample(const Polyline2D& plan, double step, Emit&& emit) {
-    constexpr double mostSamples = 1e7;
-    if (plan.GetLength() / step > mostSamples)
-        throw InputError("the step is too short for the length of the alignment");
     std::vector<Polyline2D::PolylinePoint> samples;
     plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, step, 1e-6);
     for (const Polyline2D::PolylinePoint& sample : samples) emit(sample);
 }
 
 bool WriteTable(const std::string& path, const std::vector<Alignment>& alignments, double step) {
+    CheckStep(alignments, step);
     std::ofstream file(path, std::ios::binary);
     file << "alignment,station,x,y,height,bearing_deg,curvature\n";
     for (const Alignment& alignment : alignments) {
@@ -164,7 +170,7 @@ bool WriteTable(const std::string& path, const std::vector<Alignment>& alignment
             double height = 0.0;
             const std::string heightText = alignment.GetHeight(station, height) ? Fixed(height, 6) : "";
             const IPolyline2DElement& element = plan.GetElementAtIndex(sample.elementIndex);
-            file << alignment.name << ',' << Fixed(station, 6) << ',' << Fixed(sample.point.GetX(), 6) << ','
+            file << CsvField(alignment.name) << ',' << Fixed(station, 6) << ',' << Fixed(sample.point.GetX(), 6) << ','
                  << Fixed(sample.point.GetY(), 6) << ',' << heightText << ',' << Fixed(BearingOf(sample.tangent), 8)
                  << ',' << Fixed(CurvatureAt(element, sample.station - starts[sample.elementIndex]), 9) << '\n';
         });
@@ -184,7 +190,11 @@ struct Offset {
 bool FindOffset(const Alignment& alignment, const Point2D& point, Offset& offset) {
     Polyline2D::PolylinePoint nearest;
     if (!Projection::NearestPointOnPolyline(point, alignment.plan, nearest, 1e-4)) return false;
-    const double side = Distance::PointToLine(point, nearest.point, nearest.point + nearest.tangent);
+    // At a corner the way on counts as much as the way there.
+    Polyline2D::PolylinePoint ahead;
+    Vec2D along = nearest.tangent;
+    if (alignment.plan.MakePointAndTangentAt(nearest.station, ahead)) along += ahead.tangent;
+    const double side = Distance::PointToLine(point, nearest.point, nearest.point + along);
     offset.foot = nearest.point;
     offset.station = alignment.startStation + nearest.station;
     offset.value = std::copysign(nearest.distance, side);
@@ -218,7 +228,7 @@ void WriteOffsets(std::ostream& out, const std::vector<Alignment>& alignments,
             const Point2D point(row[0], row[1]);
             Offset offset;
             if (!FindOffset(alignment, point, offset)) continue;
-            out << alignment.name << ',' << Fixed(point.GetX(), 6) << ',' << Fixed(point.GetY(), 6) << ','
+            out << CsvField(alignment.name) << ',' << Fixed(point.GetX(), 6) << ',' << Fixed(point.GetY(), 6) << ','
                 << Fixed(offset.station, 4) << ',' << Fixed(offset.value, 4) << ',' << Fixed(offset.foot.GetX(), 6)
                 << ',' << Fixed(offset.foot.GetY(), 6) << ',' << (offset.isPerpendicular ? "yes" : "no") << '\n';
         }

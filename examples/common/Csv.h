@@ -6,12 +6,15 @@
 
 namespace Kalvio::Examples {
 
-/// Reads a table of numbers: commas between, one line of titles first, empty lines passed over.
+/// Reads a table of numbers: commas between, a first line of titles and empty lines passed over.
 /// @param columns  numbers that every line must have
 /// @throws InputError for a file that is missing, and for a line with other than finite numbers or of another width
 std::vector<std::vector<double>> ReadCsv(const std::string& path, std::size_t columns);
 
 /// Numbers with commas between; empty when the text holds anything else.
 std::vector<double> ToNumbers(const std::string& text);
+
+/// The text as a field of a table: in quotes where it holds a comma, a quote or a line break.
+std::string CsvField(const std::string& text);
 
 }  // namespace Kalvio::Examples

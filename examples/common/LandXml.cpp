@@ -111,10 +111,19 @@ private:
     void Add(pugi::xml_node node, std::unique_ptr<IPolyline2DElement> element, StatedElement stated,
              Alignment& alignment) const {
         if (!(element->GetLength() > 0.0)) Fail(node, std::string("<") + node.name() + "> of no length");
+        const double length = element->GetLength();
+        alignment.plan.AppendElement(element.release());
+        const int index = static_cast<int>(alignment.plan.GetNrOfElements()) - 1;
+        Polyline2D::PolylinePoint sample;
+        for (const double station : {0.5 * length, length}) {
+            if (!alignment.plan.MakePointAndTangentAt(index, station, sample) ||
+                !std::isfinite(sample.point.Distance(Point2D()))) {
+                Fail(node, std::string("<") + node.name() + "> that is no curve");
+            }
+        }
         stated.statedEnd = ChildPoint(node, "End");
         stated.line = LineOf(node);
         alignment.elements.push_back(std::move(stated));
-        alignment.plan.AppendElement(element.release());
     }
 
     void ReadLine(pugi::xml_node node, Alignment& alignment) const {

@@ -115,9 +115,9 @@ void WriteTable(std::ostream& out, const std::vector<LongSection>& sections) {
     for (const LongSection& section : sections) {
         for (const LongSection::Row& row : section.GetRows()) {
             const bool hasFill = row.ground && row.design;
-            out << section.GetAlignment().name << ',' << Fixed(row.station, 4) << ',' << Fixed(row.place.GetX(), 4)
-                << ',' << Fixed(row.place.GetY(), 4) << ',' << HeightText(row.ground) << ',' << HeightText(row.design)
-                << ',' << (hasFill ? Fixed(*row.design - *row.ground, 4) : "") << '\n';
+            out << CsvField(section.GetAlignment().name) << ',' << Fixed(row.station, 4) << ','
+                << Fixed(row.place.GetX(), 4) << ',' << Fixed(row.place.GetY(), 4) << ',' << HeightText(row.ground)
+                << ',' << HeightText(row.design) << ',' << (hasFill ? Fixed(*row.design - *row.ground, 4) : "") << '\n';
         }
     }
 }

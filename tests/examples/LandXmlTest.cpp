@@ -96,6 +96,12 @@ TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
              "<PI>2 2</PI><End>3 3</End></Spiral>" +
              tail,
          "\"wave\""},
+        {"no such cubic parabola",
+         head +
+             "<Spiral rot=\"cw\" length=\"500\" radiusStart=\"300\" radiusEnd=\"310\" spiType=\"cubic\">"
+             "<Start>1 2</Start><PI>2 2</PI><End>3 3</End></Spiral>" +
+             tail,
+         "line 5: <Spiral> that is no curve"},
         {"unknown point", head + "<Line><Start pntRef=\"7\"/><End>1 2</End></Line>" + tail, "no point named 7"},
         {"unknown element", head + "<Arc/>" + tail, "<Arc> is no element"},
     };
