@@ -62,7 +62,7 @@ double NearestVertex(const std::vector<Point2D>& vertices, const std::vector<Poi
     }
     const detail::SegmentBoxes boxes(ring, detail::SegmentBoxes::Closing::Ring);
     const auto reachOf = [](double distance) {
-        return (distance + detail::numericalZero) * (distance + detail::numericalZero);
+        return detail::WidenedSquare(distance * distance, detail::numericalZero);
     };
     double squaredReach = reachOf(best);
     for (const Point2D& vertex : vertices) {

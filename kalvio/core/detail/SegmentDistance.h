@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Kalvio::Math::detail {
 
@@ -31,6 +32,14 @@ struct SegmentFoot {
     bool isFoot;       // false: an end is nearest
     double squaredDistance;
 };
+
+/// The square of a distance widened by `margin`, never below the square itself: far away the margin is less than the
+/// rounding of the root. The factor covers the rounding of the squares that are compared with it.
+inline double WidenedSquare(double squared, double margin) {
+    constexpr double rounding = 8.0 * std::numeric_limits<double>::epsilon();
+    const double reach = std::sqrt(squared) + margin;
+    return std::max(reach * reach, squared) * (1.0 + rounding);
+}
 
 /// True when p lies on the segment a -> b in space: inside its box widened by |tolerance| and at most that far from its
 /// line, both inclusive. A segment of zero length holds a point within |tolerance| of it in each coordinate.

@@ -166,10 +166,7 @@ public:
 
 private:
     // Nothing further away matters.
-    void LimitTo(double squared) {
-        const double reach = std::sqrt(squared) + margin;
-        squaredReach = reach * reach;
-    }
+    void LimitTo(double squared) { squaredReach = WidenedSquare(squared, margin); }
     // From the box of the points first to last.
     double SquaredBoxDistance(const PointType* first, const PointType* last) const {
         const auto squaredGap = [first, last](double value, auto&& coordinate) {
