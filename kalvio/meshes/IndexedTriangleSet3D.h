@@ -128,9 +128,11 @@ public:
     /// no tolerance. A vertex counts as on the line within 1e-10, or the rounding of the line's coordinates. Triangles
     /// in the vertical plane contribute the border of the area that they cover together, once or more often: the edges
     /// with triangles on one side only. A single point is no section.
-    /// A section that reaches an end of the segment, or a bend of the chain, has a point exactly there. Nothing comes
-    /// from a line not longer than 1e-10, nor from triangles with coordinates that are not finite. Points of a chain no
-    /// further than 1e-10 from the one before are left out.
+    /// A section that reaches an end of the segment, or a bend of the chain, has a point exactly there. At a bend,
+    /// parts are joined whose heights differ only as rounding of the plan position makes them on a slope of up to 100;
+    /// two strings meet there when they differ by more, as at a wall or in a triangle whose width is rounding. Nothing
+    /// comes from a line not longer than 1e-10, nor from triangles with coordinates that are not finite. Points of a
+    /// chain no further than 1e-10, or the rounding, from the one before are left out.
     ///
     /// One pass over vertices and triangles; of a chain, boxes over its segments find those that a triangle meets.
     void GetSections(const Line2D& line, std::vector<LineString3D>& sections) const;

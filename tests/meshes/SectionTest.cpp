@@ -179,6 +179,17 @@ TEST(SectionTest, WallsBordersAndGaps) {
     strings.clear();
     block.GetSections(LineString2D{{0, 1}, {-2, 1}, {-2, 2}, {0, 1}}, strings);
     EXPECT_THAT(LengthsOf(strings), testing::ElementsAre(2.0)) << "a wall at both ends of a chain";
+    // A bend beside an edge, by rounding.
+    const double x = 5.4e6;
+    IndexedTriangleSet3D roof;
+    roof.AppendVertices({{x, 2 * x, 0}, {x + 10, 2 * x, 0}, {x + 5, 2 * x + 10, 10}, {x + 5, 2 * x - 10, 10}});
+    roof.AppendIndexes({0, 1, 2, 1, 0, 3});
+    strings.clear();
+    roof.GetSections(LineString2D{{x + 1, 2 * x + 0.5}, {x + 5, 2 * x + 1.9e-9}, {x + 8, 2 * x}}, strings);
+    EXPECT_EQ(strings.size(), 1u);
+    strings.clear();
+    plain.GetSections(LineString2D{{1, 1}, {kInfinity, 1}, {3, 1}}, strings);
+    EXPECT_TRUE(strings.empty()) << "no way over infinity";
     // What cannot be cut takes no part.
     IndexedTriangleSet3D wild = grid;
     wild.AppendVertices({{1, 1, kNan}, {kInfinity, 1, 1}, {1e300, -1e300, 1}, {-1e300, 1e300, 1e300}});

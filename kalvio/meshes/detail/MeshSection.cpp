@@ -20,6 +20,11 @@ namespace {
 
 double LargestOf(const Point2D& p) { return std::max(std::abs(p.GetX()), std::abs(p.GetY())); }
 
+// Below this differences of the coordinates mean nothing.
+double NoiseAt(const Point2D& a, const Point2D& b) {
+    return std::max(numericalZero, 4.0 * std::numeric_limits<double>::epsilon() * std::max(LargestOf(a), LargestOf(b)));
+}
+
 // Height on an edge above a plan position beside it; the same whichever way the edge is given.
 double HeightOnEdge(const Point3D& p, const Point3D& q, const Point2D& position) {
     if (IsLess(q, p)) return HeightOnEdge(q, p, position);
@@ -43,22 +48,25 @@ double HeightOnTriangle(const std::array<CutCorner, 3>& corners, const Point2D& 
 // The vertical plane over one line in plan, and what it cuts.
 //
 // Where the section ends, at an end of the segment, its plan position is that end exactly, and its height comes from
-// the triangle, edge or corner there alone: the segments before and after a bend of a chain find the same point.
+// the triangle, edge or corner there alone: the segments before and after a bend of a chain find the same point, but
+// for noise where they take it from different ones.
 class PlanCut {
 public:
     PlanCut(const Point2D& a, const Point2D& b, PlanReach planReach)
         : start(a), end(b), direction(b - a), length(direction.Length()), reach(planReach) {
         direction /= length;
-        noise = std::max(numericalZero,
-                         4.0 * std::numeric_limits<double>::epsilon() * std::max(LargestOf(a), LargestOf(b)));
+        noise = NoiseAt(a, b);
     }
 
     bool IsSound() const { return length > numericalZero && length <= largestDouble; }
     double GetLength() const { return length; }
     double GetNoise() const { return noise; }
-    /// The station of the start, and whether walls that stand at the end are left to a segment that begins there.
-    void Place(double station, bool isFollowed) {
+    /// The station of the start, the bends at the ends, and whether walls that stand at the end are left to a segment
+    /// that begins there.
+    void Place(double station, std::size_t bendAtStart, std::size_t bendAtEnd, bool isFollowed) {
         startStation = station;
+        startBend = bendAtStart;
+        endBend = bendAtEnd;
         leavesWallsAtEnd = isFollowed;
     }
 
@@ -75,6 +83,7 @@ public:
         return static_cast<std::uint8_t>(sides);
     }
     static constexpr unsigned int allSides = 15U;
+    static constexpr double steepest = 100.0;  // slope of a surface; what is steeper is a wall
 
     void Add(const Point3D& a, const Point3D& b, const Point3D& c, SectionPieces& pieces) {
         const std::array<CutCorner, 3> corners{CornerAt(a), CornerAt(b), CornerAt(c)};
@@ -84,14 +93,17 @@ public:
         const TriangleCut cut(corners);
         if (edges.Take(corners, cut) || cut.count != 2) return;
         const auto heightAt = [&](const Point2D& position) { return HeightOnTriangle(corners, position); };
-        AddClipped(EndOf(cut.ends[0]), EndOf(cut.ends[1]), heightAt, pieces);
+        const Vec3D normal = (b - a).CrossProduct(c - a);
+        const double slope = std::hypot(normal.GetX(), normal.GetY()) / std::abs(normal.GetZ());
+        AddClipped(EndOf(cut.ends[0]), EndOf(cut.ends[1]), slope, heightAt, pieces);
     }
 
     /// Adds the edges in the plane, after all triangles.
     void Finish(SectionPieces& pieces) {
         edges.ForEach([&](const Point3D& from, const Point3D& to) {
             const auto heightAt = [&](const Point2D& position) { return HeightOnEdge(from, to, position); };
-            AddClipped({from, AlongOf(from), {&from, &from}}, {to, AlongOf(to), {&to, &to}}, heightAt, pieces);
+            const double slope = std::abs(to.GetZ() - from.GetZ()) / from.GetPoint2D().Distance(to.GetPoint2D());
+            AddClipped({from, AlongOf(from), {&from, &from}}, {to, AlongOf(to), {&to, &to}}, slope, heightAt, pieces);
         });
     }
 
@@ -101,6 +113,7 @@ private:
         Point3D point;
         double along;
         std::pair<const Point3D*, const Point3D*> edge;
+        std::size_t bend = SectionPieces::noBend;
     };
 
     double AlongOf(const Point3D& p) const { return direction.DotProduct(p.GetPoint2D() - start); }
@@ -113,8 +126,9 @@ private:
         return {point, AlongOf(point), {&cutEnd.first->point, &cutEnd.second->point}};
     }
 
+    // @param slope  rise over run, of what heightAt gives
     template <class HeightAt>
-    void AddClipped(PieceEnd from, PieceEnd to, HeightAt&& heightAt, SectionPieces& pieces) const {
+    void AddClipped(PieceEnd from, PieceEnd to, double slope, HeightAt&& heightAt, SectionPieces& pieces) const {
         if (from.along > to.along) std::swap(from, to);
         if (reach == PlanReach::Segment) {
             const bool isWall = to.along - from.along <= noise;
@@ -124,21 +138,26 @@ private:
                 return;
             }
             for (PieceEnd* const pieceEnd : {&from, &to}) {
-                MoveToEnd(start, -pieceEnd->along, *pieceEnd, heightAt);
-                MoveToEnd(end, pieceEnd->along - length, *pieceEnd, heightAt);
+                MoveToEnd(start, startBend, -pieceEnd->along, *pieceEnd, heightAt);
+                MoveToEnd(end, endBend, pieceEnd->along - length, *pieceEnd, heightAt);
             }
         }
-        pieces.AddPiece({from.point, startStation + from.along}, {to.point, startStation + to.along});
+        // The position may be off by the noise across the line and along it, for both cuts that meet at a bend.
+        const double heightNoise = 4.0 * noise * (1.0 + (slope < steepest ? slope : steepest));
+        pieces.AddPiece({from.point, startStation + from.along, from.bend, heightNoise},
+                        {to.point, startStation + to.along, to.bend, heightNoise});
     }
 
     // @param beyond  how far the piece reaches past the end of the segment
     template <class HeightAt>
-    void MoveToEnd(const Point2D& segmentEnd, double beyond, PieceEnd& pieceEnd, HeightAt&& heightAt) const {
+    void MoveToEnd(const Point2D& segmentEnd, std::size_t bend, double beyond, PieceEnd& pieceEnd,
+                   HeightAt&& heightAt) const {
         if (beyond < -noise) return;
         const double height = beyond > noise ? heightAt(segmentEnd)
                                              : HeightOnEdge(*pieceEnd.edge.first, *pieceEnd.edge.second, segmentEnd);
         pieceEnd.point = Point3D(segmentEnd, height);
         pieceEnd.along = AlongOf(pieceEnd.point);
+        pieceEnd.bend = bend;
     }
 
     Point2D start;
@@ -146,18 +165,25 @@ private:
     Vec2D direction;
     double length;
     PlanReach reach;
-    double noise;  // below this differences of the coordinates mean nothing
+    double noise;
     double startStation = 0.0;
+    std::size_t startBend = SectionPieces::noBend;
+    std::size_t endBend = SectionPieces::noBend;
     bool leavesWallsAtEnd = false;
     PlaneEdges edges;
 };
 
-// Points no further than 1e-10 from the one before make no segment.
+// Points no further than noise from the one before make no segment.
 std::vector<Point2D> WithoutRepeats(const std::vector<Point2D>& chain) {
     std::vector<Point2D> kept;
     kept.reserve(chain.size());
     for (const Point2D& point : chain) {
-        if (kept.empty() || !(kept.back().Distance(point) <= numericalZero)) kept.push_back(point);
+        if (!kept.empty()) {
+            // Not even the noise of infinity takes a point that is infinitely far.
+            const double noise = std::min(NoiseAt(kept.back(), point), largestDouble);
+            if (kept.back().Distance(point) <= noise) continue;
+        }
+        kept.push_back(point);
     }
     return kept;
 }
@@ -197,7 +223,8 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
     const bool isClosed = !chain.empty() && chain.front().Distance(chain.back()) == 0.0;
     for (std::size_t i = 0; i < cuts.size(); ++i) {
         if (!cuts[i].IsSound()) continue;
-        cuts[i].Place(station, i + 1 < cuts.size() ? cuts[i + 1].IsSound() : isClosed && cuts.front().IsSound());
+        const std::size_t next = i + 1 < cuts.size() || !isClosed ? i + 1 : 0;
+        cuts[i].Place(station, i, next, next < cuts.size() && cuts[next].IsSound());
         station += cuts[i].GetLength();
     }
     if (!(station > 0.0)) return;

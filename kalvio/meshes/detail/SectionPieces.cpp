@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numeric>
 #include <tuple>
 #include <utility>
@@ -217,7 +216,33 @@ void SectionPieces::AddPoint(const End& end) {
     if (IsFinite(end)) points.push_back(end);
 }
 
+void SectionPieces::UniteAtBends() {
+    std::vector<End*> ends;
+    for (Piece& piece : pieces) {
+        for (End* const end : {&piece.from, &piece.to}) {
+            if (end->bend != noBend) ends.push_back(end);
+        }
+    }
+    std::sort(ends.begin(), ends.end(), [](const End* a, const End* b) {
+        return a->bend < b->bend || (a->bend == b->bend && a->point.GetZ() < b->point.GetZ());
+    });
+    for (auto first = ends.begin(); first != ends.end();) {
+        const auto isApart = [lowest = *first](const End* end) {
+            const double noise = std::max(end->heightNoise, lowest->heightNoise);
+            return end->bend != lowest->bend || end->point.GetZ() - lowest->point.GetZ() > noise;
+        };
+        const auto last = std::find_if(first, ends.end(), isApart);
+        const auto isSurer = [](const End* a, const End* b) { return a->heightNoise < b->heightNoise; };
+        const Point3D point = (*std::min_element(first, last, isSurer))->point;
+        for (; first != last; ++first) (*first)->point = point;
+    }
+    pieces.erase(std::remove_if(pieces.begin(), pieces.end(),
+                                [](const Piece& piece) { return IsSame(piece.from.point, piece.to.point); }),
+                 pieces.end());
+}
+
 void SectionPieces::Chain(std::vector<LineString3D>& out) {
+    UniteAtBends();
     // The ends of pieces in order: those of one place follow each other.
     std::vector<std::size_t> order(2 * pieces.size());
     std::iota(order.begin(), order.end(), std::size_t{0});

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -75,13 +76,17 @@ private:
 /// Pieces that are joined into line strings.
 ///
 /// Ends are one place when their coordinates are the same: so are those that come from one corner or one edge
-/// (`CutEnd`). Nothing is joined within a tolerance. Stations are lengths along the cut, by which strings are directed
-/// and ordered.
+/// (`CutEnd`). Nothing is joined within a tolerance but ends at one bend of a chain, whose heights differ by noise when
+/// they come from triangles on both sides of an edge beside it. Stations are lengths along the cut, by which strings
+/// are directed and ordered.
 class SectionPieces {
 public:
+    static constexpr std::size_t noBend = std::numeric_limits<std::size_t>::max();
     struct End {
         Point3D point;
         double station = 0.0;
+        std::size_t bend = noBend;  // at which it is, in plan exactly
+        double heightNoise = 0.0;   // there
     };
 
     bool IsEmpty() const { return pieces.empty() && points.empty(); }
@@ -98,6 +103,9 @@ private:
         End from;
         End to;
     };
+
+    /// Gives ends at one bend the same height, that of the surest, when it is the same but for noise.
+    void UniteAtBends();
 
     std::vector<Piece> pieces;
     std::vector<End> points;
