@@ -167,9 +167,12 @@ bool IntersectionExt::FindUndershoot(const Extension& extension, const Operand& 
             Intersection::IPolyline2DElementIPolyline2DElement(curve, otherExtension.GetCurve(), 0.0, solutions,
                                                                tolerances);
         }
-        if (solutions.empty()) continue;
-        const auto& [distance, point] = *solutions.begin();
-        UpdateClosest({point, extension.GetLocation(), otherExtension.GetLocation(), distance}, closest, isFound);
+        // Rounding must not decide between the operand and its extension: within the tolerance it is the operand.
+        const auto next = solutions.upper_bound(nearness);
+        if (next == solutions.end() || !(onOther.empty() || next->first < onOther.begin()->first - nearness)) continue;
+        const auto& [distance, point] = *next;
+        const Location onSecond = other.Holds(point) ? other.LocationOf(point) : otherExtension.GetLocation();
+        UpdateClosest({point, extension.GetLocation(), onSecond, distance}, closest, isFound);
     }
     return isFound;
 }

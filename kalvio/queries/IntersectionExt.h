@@ -84,9 +84,10 @@ public:
     /// Lines go straight on without limit; arcs go on around their circle until it is full; line strings and polylines
     /// extend their first and last segment or element. An element of another kind (clothoid, spiral, parabola) goes
     /// straight on along its tangent. A closed operand has no ends. The extensions of the other operand start at both
-    /// of its ends, whether or not these reach the first operand. Of equally near points the one on the other operand
-    /// itself counts. Crossings of the operands elsewhere do not matter. That an undershoot is short enough to be
-    /// closed is for the caller to judge, by its distance.
+    /// of its ends, whether or not these reach the first operand. Of points equally near within the user tolerance the
+    /// one on the other operand itself counts, and what is that near to the operand is on it. Crossings of the operands
+    /// elsewhere do not matter. That an undershoot is short enough to be closed is for the caller to judge, by its
+    /// distance.
     ///
     /// Undershoots come in the order: start and end of the first, start and end of the second operand. The location on
     /// the extended operand is `BeforeStart` or `BeyondEnd`, on the other any.

@@ -136,6 +136,17 @@ TEST(IntersectionExtTest, Undershoots) {
               "4 -3 i< 3.21751 -4 -3 i> 11.0715 ");
     CheckGaps("no ends", Arc2D(P(5, 0), P(0, 0), Angle(2 * kPi)), Line2D(P(9, 0), P(7, 0)), "5 0 s> 2 ", "5 0 >s 2 ");
     CheckGaps("last segments", corner, LineString2D{P(20, 0), P(8, 0), P(8, 4)}, "8 0 >i 6 ", "8 0 i> 6 ");
+    CheckGaps("where the other starts", Arc2D(P(10, 0), P(0, 0), Angle(kPi / 3)), Line2D(P(-20, 0), P(-5, 0)),
+              "-10 0 <i 31.4159 -10 0 >i 20.944 10 0 s> 15 ", "10 0 >s 15 -10 0 i< 31.4159 -10 0 i> 20.944 ");
+    RandomNumbers random(20305);
+    for (int round = 0; round < 300; ++round) {  // straight on to the very start of the other line, and no more
+        const Line2D line(P(random(0, 9), random(0, 9)), P(random(20, 29), random(0, 9)));
+        const P meeting = line.GetEnd() + (line.GetEnd() - line.GetStart()) * random(0.1, 3);
+        Gaps met;
+        IntersectionExt::GetUndershoots(line, Line2D(meeting, meeting + Vec2D(random(-9, 9), 30)), met, kTolerances);
+        ASSERT_EQ(met.size(), 1U);
+        EXPECT_TRUE(met[0].onFirst == L::BeyondEnd && met[0].onSecond == L::Start);
+    }
     Gaps gaps;
     EXPECT_EQ(IntersectionExt::GetUndershoots(wall, Line2D(), gaps, kTolerances), R::Degenerate);
     EXPECT_EQ(IntersectionExt::GetUndershoots(wall, BoundingBox2D(), gaps, kTolerances), R::Degenerate);
