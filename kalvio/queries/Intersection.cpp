@@ -70,6 +70,9 @@ IntersectionResult Intersection::LineLine(const Line2D& a, const Line2D& b, Poin
     const Vec2D along = a.GetEnd() - a.GetStart();
     const Vec2D other = b.GetEnd() - b.GetStart();
     if (along.NormSquared() <= user * user || other.NormSquared() <= user * user) return IntersectionResult::Degenerate;
+    if (std::max(along.NormSquared(), other.NormSquared()) > detail::largestDouble) {
+        return IntersectionResult::Degenerate;
+    }
 
     // Two short lines at a small angle pass any test over their own length: the longer length decides as well.
     const double length = along.Length();
@@ -82,7 +85,9 @@ IntersectionResult Intersection::LineLine(const Line2D& a, const Line2D& b, Poin
     const double cross = along.PerpDotProduct(other);
     if (std::abs(cross) >= epsilon) {
         // Relative to a line's start, so that survey coordinates lose nothing.
-        out = a.GetStart() + along * ((b.GetStart() - a.GetStart()).PerpDotProduct(other) / cross);
+        const Point2D common = a.GetStart() + along * ((b.GetStart() - a.GetStart()).PerpDotProduct(other) / cross);
+        if (!std::isfinite(common.GetX()) || !std::isfinite(common.GetY())) return IntersectionResult::NoIntersection;
+        out = common;
         return IntersectionResult::Intersecting;
     }
     return detail::IsPointOnLine(a.GetStart(), b.GetStart(), b.GetEnd(), user) ? IntersectionResult::Coincident

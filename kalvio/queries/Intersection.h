@@ -271,7 +271,8 @@ public:
                                      double tolerance);
     /// The points of the string on the infinite line: vertices at most |tolerance| from the line, and crossings of
     /// segments whose ends lie further off on both sides. Of a part that runs along the line, its outermost vertices.
-    /// `Coincident` when the whole string lies on the line; `Degenerate` for a line of length at most 1e-10.
+    /// `Coincident` when the whole string lies on the line; `Degenerate` for a line of length at most 1e-10, too. The
+    /// form that counts takes a string not longer than the tolerance for its first point.
     static IntersectionResult LineStringLine(const LineString2D& lineString, const Line2D& line,
                                              std::vector<Point2D>& out, const Tolerances& tolerances);
     static int LineStringLine(const LineString2D& lineString, const Line2D& line, std::vector<Point2D>& out,

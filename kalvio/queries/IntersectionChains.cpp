@@ -27,6 +27,11 @@ bool IsUsable(double length, const Tolerances& tolerances) {
     return length > NearnessOf(tolerances) && length <= detail::largestDouble;
 }
 
+bool IsLine(const Line2D& line) {
+    const double length = line.GetLength();
+    return length > detail::numericalZero && length <= detail::largestDouble;
+}
+
 /// Adds the rings of a polygon. Holes too short to be one are left out.
 /// @return false for a polygon without an outer ring, or with a ring whose length is not finite
 bool AddRings(const Polygon2D& polygon, const Tolerances& tolerances, detail::ChainSet& rings) {
@@ -86,7 +91,7 @@ int Intersection::LineStringLineSegment(const LineString2D& lineString, const Li
 IntersectionResult Intersection::LineStringLine(const LineString2D& lineString, const Line2D& line,
                                                 std::vector<Point2D>& out, const Tolerances& tolerances) {
     const std::vector<Point2D>& points = lineString.GetPoints();
-    if (!(line.GetLength() > detail::numericalZero)) return IntersectionResult::Degenerate;
+    if (!IsLine(line) || !IsUsable(lineString.GetLength(), tolerances)) return IntersectionResult::Degenerate;
     const double tolerance = std::abs(tolerances.UserTolerance());
     const Vec2D along = line.GetDirection();
     std::vector<Point2D> found;
@@ -117,14 +122,19 @@ IntersectionResult Intersection::LineStringLine(const LineString2D& lineString, 
         from = to;
     }
     endRun();
-    out.insert(out.end(), found.begin(), found.end());
+    AddSolutions(found, out, out.size(), tolerances);
     if (found.empty()) return IntersectionResult::NoIntersection;
-    return countOn > 1 && countOn == points.size() ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
+    return countOn == points.size() ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
 }
 
 int Intersection::LineStringLine(const LineString2D& lineString, const Line2D& line, std::vector<Point2D>& out,
                                  double tolerance) {
-    return CountPoints<LineString2D, Line2D>(LineStringLine, lineString, line, out, tolerance);
+    const std::vector<Point2D>& points = lineString.GetPoints();
+    const bool isPoint = !points.empty() && lineString.GetLength() <= NearnessOf(detail::TolerancesFor(tolerance));
+    if (!isPoint) return CountPoints<LineString2D, Line2D>(LineStringLine, lineString, line, out, tolerance);
+    if (!IsLine(line) || !detail::IsPointOnLine(points[0], line.GetStart(), line.GetEnd(), tolerance)) return 0;
+    out.push_back(points[0]);
+    return 1;
 }
 
 IntersectionResult Intersection::LineStrings(const std::vector<LineString2D>& lineStrings, std::vector<Point2D>& out,

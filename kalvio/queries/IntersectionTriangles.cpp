@@ -7,6 +7,7 @@
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/detail/RingPlane.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
+#include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/PlaneHeights.h"
 
@@ -238,10 +239,12 @@ bool Intersection::Collides(const Line3D& segment, const Triangle3D& triangle, d
     const Tolerances tolerances = TolerancesFor(std::abs(tolerance));
     const auto isInside = [&](const Point3D& p) { return triangle.IsPointInside(p, tolerances); };
     if (isInside(segment.GetStart()) || isInside(segment.GetEnd())) return true;
+    const Tolerances anyLength(0.0, tolerances.SystemEpsilon());
     for (int i = 0; i < 3; ++i) {
+        if (Distance::PointToLineSegment(segment, triangle[i], 0.0) <= tolerances.UserTolerance()) return true;
         Line3D shortest;
         const Line3D edge(triangle[i], triangle[(i + 1) % 3]);
-        if (ShortestLineBetweenLineSegments(segment, edge, shortest, tolerances) == IntersectionResult::Intersecting &&
+        if (ShortestLineBetweenLineSegments(segment, edge, shortest, anyLength) == IntersectionResult::Intersecting &&
             shortest.GetLength() <= tolerances.UserTolerance()) {
             return true;
         }

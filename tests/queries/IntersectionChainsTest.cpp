@@ -309,6 +309,17 @@ TEST(IntersectionChainsTest, Boxes) {
     const LineString2D along{P(3, 3), P(1, 0), P(5, 0), P(2, 0), P(2, 3)};
     EXPECT_EQ(Intersection::LineStringLine(along, Line2D(P(0, 0), P(1, 0)), run, kTolerances), R::Intersecting);
     ExpectPoints(run, {P(1, 0), P(5, 0)});
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::tuple<const char*, LineString2D, Line2D> unusable[] = {
+        {"no string", {}, {P(0, 0), P(1, 0)}},
+        {"no length", {P(0, 0), P(0, 0)}, {P(0, 0), P(1, 0)}},
+        {"NaN", {P(0, -1), P(infinity - infinity, 0), P(0, 1), P(0, -1)}, {P(0, 0), P(1, 0)}},
+        {"line to infinity", along, {P(0, 0), P(infinity, 0)}},
+    };
+    for (const auto& [why, string, line] : unusable) {
+        EXPECT_EQ(Intersection::LineStringLine(string, line, run, kTolerances), R::Degenerate) << why;
+    }
+    EXPECT_EQ(run.size(), 2U);
 }
 
 }  // namespace

@@ -345,6 +345,9 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
     EXPECT_TRUE(I::Collides(MakePolygon("2 2 7 2 7 8"), yard, kTolerances)) << "touches it";
     EXPECT_TRUE(I::Collides(MakePolygon("-9 -9 20 -9 20 20 -9 20"), yard, kTolerances)) << "around it";
     EXPECT_FALSE(I::Collides(Polygon2D(), yard, kTolerances));
+    const Triangle3D small(P(0, 0, 0), P(0.5, 0, 0), P(0, 0.5, 0));
+    for (const double wide : {0.4, 0.6, 1.0}) EXPECT_TRUE(I::Collides(L(P(-5, -0.3, 0), P(5, -0.3, 0)), small, wide));
+    EXPECT_FALSE(I::Collides(L(P(-5, -1.1, 0), P(5, -1.1, 0)), small, 1.0));
     const Point2D a(0, 0), b(4, 0), c(0, 4);
     EXPECT_TRUE(I::IsPointInsideTriangle(Point2D(-0.25, 1), a, b, c, 0.25));
     EXPECT_FALSE(I::IsPointInsideTriangle(Point2D(-0.25, -0.25), a, b, c, 0.25)) << "beyond a corner";

@@ -20,6 +20,7 @@ namespace Kalvio::Math {
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST(IntersectionTest, LineLine) {
     using R = IntersectionResult;
@@ -33,6 +34,9 @@ TEST(IntersectionTest, LineLine) {
         {"as short as tol", {P(0, 0), P(0.125, 0)}, {P(0, 1), P(0, 2)}, R::Degenerate, P(7, 7)},
         {"short, at a slight angle", {P(0, 0), P(0.25, 2e-11)}, {P(-8, 0), P(8, 0)}, R::Intersecting, P(0, 0)},
         {"NaN", {P(0, 0), P(4, kNan)}, {P(0, 4), P(4, 0)}, R::NoIntersection, P(7, 7)},
+        {"to infinity", {P(0, 0), P(kInfinity, 0)}, {P(1, -1), P(1, 1)}, R::Degenerate, P(7, 7)},
+        {"too long to square", {P(0, 0), P(1e160, 0)}, {P(1, -1e160), P(1, 1e160)}, R::Degenerate, P(7, 7)},
+        {"too far", {P(1, 1e305), P(1e9, 1e305)}, {P(1e305, 1), P(1e305, 1e9)}, R::NoIntersection, P(7, 7)},
     };
     const Tolerances tolerances(0.125, 1e-10);
     for (const auto& [why, a, b, result, expected] : rows) {
@@ -176,6 +180,8 @@ TEST(IntersectionTest, LineStringLine) {
         {"a vertex on it once", {P(1, -1), P(2, 0), P(3, 1)}, {P(2, 0)}},
         {"a vertex that touches, just across", {P(1, 1), P(2, -0.125), P(3, 1)}, {P(2, -0.125)}},
         {"along it", {P(1, 1), P(2, 0), P(4, 0), P(6, -1)}, {P(2, 0), P(4, 0)}},
+        {"a vertex twice", {P(1, -1), P(2, 0), P(2, 0), P(3, 1)}, {P(2, 0)}},
+        {"closed through its start", {P(2, 0), P(3, 1), P(5, -1), P(2, 0)}, {P(2, 0), P(4, 0)}},
         {"NaN", {P(1, -1), P(2, kNan), P(3, 1)}, {}},
     };
     for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - Point2D()}) {
