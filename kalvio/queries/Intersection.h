@@ -250,14 +250,16 @@ public:
     // Chains and areas.
     //
     // Two chains have in common the points where they cross, the points where an end or vertex of one touches the
-    // other, and, of a part along which they run together, its two ends, however many segments it has. Points are
-    // appended in order along the first operand, each once: points that differ by less than the tolerance in both
-    // coordinates are one, and so is a vertex at most the tolerance from the one before it. The tolerance is a length:
-    // chains meet where they come at most that near, at least 1e-10.
+    // other, and, of a part along which they run together, its two ends, however many segments it has. Three and more
+    // crossings, each at most four tolerances along both from the next, count as such a part (of element polylines
+    // too). Points are appended in order along the first operand, each once: points that differ by less than the
+    // tolerance in both coordinates are one, and so is a vertex at most the tolerance from the one before it. The
+    // tolerance is a length: chains meet where they come at most that near, at least 1e-10.
     // Results that leave room for doubt: `Coincident`, with the two ends (of closed chains, the first point), when both
     // run along each other from end to end, in either direction; `Degenerate`, with nothing appended, for an operand
     // not longer than the tolerance, or whose length is not finite. Boxes over runs of segments find the pairs that
-    // come near: about n log n, plus what is found.
+    // come near: about n log n, plus what is found, and every pair of runs whose boxes overlap without a common point
+    // (many long diagonals side by side: the square of their number).
     //
     // The forms with a plain tolerance return the number of points appended.
 
