@@ -202,6 +202,21 @@ TEST(IntersectionPolylinesTest, Results) {
     EXPECT_EQ(points[2].elementIndex, 1U);
     EXPECT_EQ(Intersection::PolylinePolyline(ring, Polyline2D(ring), points, kTolerances), R::Coincident);
     EXPECT_EQ(points.size(), 5U) << "a run all around has its first point";
+    Polyline2D halves, clockwise;
+    for (const double turn : {kPi, -kPi}) {
+        Polyline2D& parts = turn > 0.0 ? halves : clockwise;
+        parts.AppendElement(new Arc2D(P(60, 0), P(50, 0), Angle(turn)));
+        parts.AppendElement(new Arc2D(P(40, 0), P(50, 0), Angle(turn)));
+    }
+    for (const double seam : {0.5, 2.0, 3.5, 6.0}) {
+        const Arc2D full(P(50, 0) + (P(Angle(seam), 10.0) - P()), P(50, 0), Angle(2.0 * kPi));
+        for (const Polyline2D* const round : {&ring, &halves, &clockwise}) {
+            PolylinePoints once;
+            EXPECT_EQ(Intersection::PolylineArc(*round, full, once, kTolerances), R::Coincident) << seam;
+            ASSERT_EQ(once.size(), 1U) << "whatever the seams";
+            EXPECT_NEAR(once[0].station, 0.0, 1e-9);
+        }
+    }
 }
 
 }  // namespace

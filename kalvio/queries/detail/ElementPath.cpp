@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/queries/detail/ElementCrossings.h"
@@ -89,7 +90,7 @@ public:
             for (const ElementCrossing& crossing : crossings) {
                 Add(crossing, a.from, 0.0, IsAtEnd(crossing.onFirst, a) ? Kind::Touch : Kind::Crossing);
             }
-            AddOverlaps(a, 0.0);
+            AddOverlaps(a.from, 0.0);
         } else if (IsPointOnLine(a.element->GetStart(), line.GetStart(), line.GetEnd(), nearness)) {
             const Point2D& start = a.element->GetStart();
             Add({start, 0.0, line.GetDistanceFromStartPoint(start)}, a.from, 0.0, Kind::Touch);
@@ -115,20 +116,8 @@ private:
         contacts.back().to = {to.point, firstStart + to.onFirst, secondStart + to.onSecond};
     }
 
-    void AddOverlaps(const ElementPath::Piece& a, double secondStart) {
-        for (const ElementOverlap& overlap : overlaps) {
-            if (overlap.from.onFirst <= overlap.to.onFirst) {
-                AddAlong(overlap.from, overlap.to, a.from, secondStart);
-                continue;
-            }
-            // Across the seam of a full circle, with one piece on either side of it.
-            const double before = LengthOf(a) - overlap.from.onFirst;
-            const double onSecond =
-                overlap.from.onSecond + std::copysign(before, overlap.to.onSecond - overlap.from.onSecond);
-            const Point2D& seam = a.element->GetStart();
-            AddAlong(overlap.from, {seam, LengthOf(a), onSecond}, a.from, secondStart);
-            AddAlong({seam, 0.0, onSecond}, overlap.to, a.from, secondStart);
-        }
+    void AddOverlaps(double firstStart, double secondStart) {
+        for (const ElementOverlap& overlap : overlaps) AddAlong(overlap.from, overlap.to, firstStart, secondStart);
     }
 
     void FindOfLines(const ElementPath::Piece& a, const ElementPath::Piece& b) {
@@ -155,9 +144,50 @@ private:
     }
 
     void FindOfCurves(const ElementPath::Piece& a, const ElementPath::Piece& b) {
+        Cross(a, b);
+        const std::vector<Arc2D> halves = HalvesOf(a);
+        const std::vector<Arc2D> otherHalves = HalvesOf(b);
+        if (overlaps.empty() || (halves.empty() && otherHalves.empty())) {
+            AddFound(a, b);
+            return;
+        }
+        // Arcs of at most half a circle run along each other once at most, over no seam.
+        ForEachPart(a, halves, [&](const ElementPath::Piece& partOfA) {
+            ForEachPart(b, otherHalves, [&](const ElementPath::Piece& partOfB) {
+                Cross(partOfA, partOfB);
+                AddFound(partOfA, partOfB);
+            });
+        });
+    }
+
+    /// None of an arc up to half a circle, and of other curves.
+    static std::vector<Arc2D> HalvesOf(const ElementPath::Piece& piece) {
+        if (piece.element->GetType() != MathTypes::Arc2D) return {};
+        const auto& arc = static_cast<const Arc2D&>(*piece.element);
+        const double sweep = arc.GetAngle().GetRadians();
+        if (!(std::abs(sweep) > pi)) return {};
+        const Arc2D half(arc.GetStart(), arc.GetCenter(), Angle(0.5 * sweep));
+        return {half, Arc2D(half.GetEnd(), arc.GetCenter(), Angle(0.5 * sweep))};
+    }
+
+    template <class Visit>
+    static void ForEachPart(const ElementPath::Piece& piece, const std::vector<Arc2D>& halves, Visit&& visit) {
+        if (halves.empty()) {
+            visit(piece);
+            return;
+        }
+        const double middle = piece.from + 0.5 * LengthOf(piece);
+        visit(ElementPath::Piece{&halves[0], piece.index, piece.from, middle});
+        visit(ElementPath::Piece{&halves[1], piece.index, middle, piece.to});
+    }
+
+    void Cross(const ElementPath::Piece& a, const ElementPath::Piece& b) {
         crossings.clear();
         overlaps.clear();
         CrossElements(*a.element, *b.element, tolerances, crossings, overlaps);
+    }
+
+    void AddFound(const ElementPath::Piece& a, const ElementPath::Piece& b) {
         const std::size_t before = contacts.size();
         for (const ElementCrossing& crossing : crossings) {
             const bool isTouch = IsAtEnd(crossing.onFirst, a) || IsAtEnd(crossing.onSecond, b);
@@ -169,7 +199,7 @@ private:
             ReachToEnd(b.element->GetStart(), {{}, 0.0, b.from}, a, &ChainPlace::onSecond, before);
             ReachToEnd(b.element->GetEnd(), {{}, 0.0, b.to}, a, &ChainPlace::onSecond, before);
         }
-        AddOverlaps(a, b.from);
+        AddOverlaps(a.from, b.from);
     }
 
     // An end near the other piece that is no place of its own belongs to the crossing beside it, which so leads into
