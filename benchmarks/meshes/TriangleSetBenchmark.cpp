@@ -27,6 +27,7 @@ IndexedTriangleSet3D MakeSet(const Soup& soup) {
 }
 
 Soup MakeSoup(const benchmark::State& state) { return {static_cast<std::size_t>(state.range(0)), state.range(1) != 0}; }
+double ToleranceOf(const benchmark::State& state) { return Soup::tolerance * static_cast<double>(state.range(2)); }
 
 void BM_CollapsePoints(benchmark::State& state) {
     const IndexedTriangleSet3D soup = MakeSet(MakeSoup(state));
@@ -34,7 +35,7 @@ void BM_CollapsePoints(benchmark::State& state) {
         state.PauseTiming();
         IndexedTriangleSet3D set = soup;
         state.ResumeTiming();
-        if (!set.CollapsePoints(Soup::tolerance)) state.SkipWithError("nothing merged");
+        if (!set.CollapsePoints(ToleranceOf(state))) state.SkipWithError("nothing merged");
         benchmark::DoNotOptimize(set);
     }
     CountIndexes(state, soup.GetIndexesSize());
@@ -44,6 +45,7 @@ void BM_CollapsePoints(benchmark::State& state) {
 // tolerance, in a table large enough from the start; neighbouring cells, distances and the triangles are left out.
 void BM_BareHashOfCells(benchmark::State& state) {
     const Soup soup = MakeSoup(state);
+    const double tolerance = ToleranceOf(state);
     struct Cell {
         std::int64_t x, y, z;
         std::uint32_t vertex;
@@ -56,7 +58,7 @@ void BM_BareHashOfCells(benchmark::State& state) {
         std::vector<std::uint32_t> merged(soup.vertices.size());
         for (std::uint32_t i = 0; i < soup.vertices.size(); ++i) {
             const auto [x, y, z] = soup.vertices[i];
-            const auto cellOf = [](double v) { return static_cast<std::int64_t>(v / Soup::tolerance); };
+            const auto cellOf = [tolerance](double v) { return static_cast<std::int64_t>(v / tolerance); };
             const Cell cell{cellOf(x), cellOf(y), cellOf(z), i};
             auto hash = static_cast<std::uint64_t>(cell.x * 73856093 ^ cell.y * 19349669 ^ cell.z * 83492791);
             hash *= 0x9E3779B97F4A7C15U;
@@ -73,9 +75,10 @@ void BM_BareHashOfCells(benchmark::State& state) {
 }
 
 void Sizes(benchmark::internal::Benchmark* b) {
-    b->ArgNames({"indexes", "shuffled"})->Unit(benchmark::kMillisecond);
+    b->ArgNames({"indexes", "shuffled", "mm"})->Unit(benchmark::kMillisecond);
     for (const std::int64_t shuffled : {0, 1}) {
-        for (const std::int64_t indexes : {30000, 300000, 3000000}) b->Args({indexes, shuffled});
+        for (const std::int64_t indexes : {30000, 300000, 3000000}) b->Args({indexes, shuffled, 1});
+        b->Args({300000, shuffled, 1000});  // the tolerance is the spacing
     }
 }
 BENCHMARK(BM_CollapsePoints)->Apply(Sizes);

@@ -27,10 +27,11 @@ void MergeSlowly(IndexedTriangleSet3D& set, double t, bool isPlan) {
 TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
     RandomNumbers random(20261);
     for (int trial = 0; trial < 300; ++trial) {
-        const double t = std::array{0.0, 1e-10, 1e-3, 1.0, 1e6}[static_cast<std::size_t>(trial) % 5];
+        // 1e-9: hardly more than doubles are apart at survey coordinates.
+        const double t = std::array{0.0, 1e-10, 1e-9, 1e-3, 1.0, 1e6}[static_cast<std::size_t>(trial) % 6];
         // From clusters narrower than the tolerance to chains of points hardly farther apart than it.
         const double extent = std::max(t, 1e-9) * random(2.0, 12.0);
-        const Point2D& origin = surveyOrigins[trial / 5 % 2];
+        const Point2D& origin = surveyOrigins[trial / 6 % 2];
         IndexedTriangleSet3D original;
         IndexedTriangleSet2D flat;
         for (unsigned int i = 0; i < 90; ++i) {
@@ -52,6 +53,23 @@ TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
             EXPECT_TRUE(!isPlan || flat.GetIndexes() == set.GetIndexes());
         }
     }
+}
+
+TEST(MergeTest, CostsNoMoreNearTheSpacingOfTheVertices) {
+    // A cubic lattice in random order; half a minute, were all places within eight tolerances compared with each
+    // vertex.
+    constexpr unsigned int n = 64;
+    RandomNumbers random(20266);
+    IndexedTriangleSet3D set;
+    Indexes order(n * n * n);
+    for (unsigned int i = 0; i < order.size(); ++i) {
+        set.AppendVertex({385000.0 + 1.1 * (i % n), 6672000.0 + 1.1 * (i / n % n), 1.1 * (i / n / n)});
+        order[i] = i;
+        std::swap(order[i], order[random() % (i + 1)]);
+    }
+    set.AppendIndexes(order);
+    EXPECT_FALSE(set.CollapsePoints(1.05));
+    EXPECT_TRUE(set.CollapsePoints(1.15));
 }
 
 TEST(MergeTest, WhatHasBeenTakenTakesNothing) {

@@ -15,10 +15,12 @@ namespace Kalvio::Math::detail {
 
 /// Places that are pairwise farther apart than a tolerance, in a hash of cells.
 ///
-/// A cell is 8 to 16 tolerances wide, so that the neighbourhood of most points lies in one cell and never in more than
-/// two per axis; a cell holds a bounded number of places. Cells overlap nothing and miss nothing, whatever the size of
-/// the coordinates: rounding is monotone, and where doubles are farther apart than cells are wide each is a cell of its
-/// own. About 40 bytes and 8 to 16 bytes of buckets per place.
+/// A cell is 8 to 16 tolerances wide, so that the neighbourhood of most points lies in one cell. Once the points have
+/// had to be compared with more than a few places each, because the places are hardly farther apart than the tolerance,
+/// cells become 1 to 2 tolerances wide: the neighbourhood touches up to three per axis, which hold a few places at
+/// most. Cells overlap nothing and miss nothing, whatever the size of the coordinates: rounding is monotone, and where
+/// doubles are farther apart than cells are wide each is a cell of its own. About 40 bytes and 8 to 16 bytes of buckets
+/// per place.
 template <std::size_t dimension>
 class PlaceTable {
 public:
@@ -30,15 +32,8 @@ public:
 
     /// @param reach  the tolerance, not negative
     explicit PlaceTable(double reach) : tolerance(reach) {
-        const double bounded = std::min(tolerance, largestReach);
-        const double cell = std::ldexp(1.0, std::ilogb(std::max(8.0 * bounded, smallestCell)) + 1);
-        perCell = 1.0 / cell;
-        const double shift = 0.382 * cell;  // round coordinates shall not lie on the sides of cells
-        const double widened = bounded * (1.0 + 1e-12) + 1e-15 * cell;
-        middle = shift;
-        low = shift - widened;
-        high = shift + widened;
         squareBound = tolerance * tolerance * (1.0 + 1e-12) + 1e-300;
+        SetCells(8.0);
         Resize(64);
     }
 
@@ -52,6 +47,12 @@ public:
             at[axis] = point[static_cast<int>(axis)];
             isFinite = isFinite && std::isfinite(at[axis]);
         }
+        if (!isNarrow && compared > fewPlaces * (asked + 8)) {
+            isNarrow = true;
+            SetCells(1.0);
+            Resize(buckets.size());
+        }
+        ++asked;
         const std::uint32_t found = isFinite ? Find(at) : none;
         if (found != none) return places[found];
         if (2 * places.size() >= buckets.size()) Resize(2 * buckets.size());
@@ -64,7 +65,23 @@ private:
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     static constexpr double largestReach = 1e160;  // greater distances overflow and are no distances
     static constexpr double smallestCell = 1e-18;
+    static constexpr std::uint64_t fewPlaces = 8;  // compared with a point in wide cells, on average
 
+    using Keys = std::array<std::uint64_t, dimension>;
+
+    // Cells more than `least` and up to twice as many tolerances wide.
+    void SetCells(double least) {
+        const double bounded = std::min(tolerance, largestReach);
+        const double cell = std::ldexp(1.0, std::ilogb(std::max(least * bounded, smallestCell)) + 1);
+        perCell = 1.0 / cell;
+        const double shift = 0.382 * cell;  // round coordinates shall not lie on the sides of cells
+        const double widened = bounded * (1.0 + 1e-12) + 1e-15 * cell;
+        middle = shift;
+        low = shift - widened;
+        high = shift + widened;
+    }
+
+    // Consecutive from one cell to the next, but for cells of one double each.
     std::uint64_t KeyOf(double coordinate, double offset) const {
         const double scaled = (coordinate + offset) * perCell;
         if (std::abs(scaled) < 0x1p62) return static_cast<std::uint64_t>(static_cast<std::int64_t>(scaled));
@@ -72,40 +89,33 @@ private:
     }
 
     // Odd multipliers with their bits well mixed (2^64 / golden ratio and relatives; D. E. Knuth, 1973).
-    static std::uint64_t HashOf(std::size_t axis, std::uint64_t key) {
+    std::size_t BucketOf(const Keys& keys) const {
         constexpr std::uint64_t multipliers[] = {0x9E3779B97F4A7C15U, 0xC2B2AE3D27D4EB4FU, 0xD6E8FEB86659FD93U};
-        return (key ^ (key >> 32)) * multipliers[axis];
-    }
-    std::size_t BucketOf(std::uint64_t sumOfHashes) const {
-        return static_cast<std::size_t>(((sumOfHashes ^ (sumOfHashes >> 32)) * 0x9E3779B97F4A7C15U) >> bucketShift);
-    }
-
-    std::uint32_t Find(const std::array<double, dimension>& at) const {
-        std::uint64_t hash = 0;
-        std::array<std::uint64_t, dimension> change{};  // of the hash from one cell to the next along an axis
-        unsigned int split = 0;                         // axes along which two cells are near
+        std::uint64_t sum = 0;
         for (std::size_t axis = 0; axis < dimension; ++axis) {
-            const std::uint64_t lower = KeyOf(at[axis], low);
-            const std::uint64_t upper = KeyOf(at[axis], high);
-            hash += HashOf(axis, lower);
-            if (lower == upper) continue;
-            split |= 1U << axis;
-            change[axis] = HashOf(axis, upper) - HashOf(axis, lower);
+            sum += (keys[axis] ^ (keys[axis] >> 32)) * multipliers[axis];
         }
-        std::uint32_t first = SearchBucket(BucketOf(hash), at, none);
-        for (unsigned int corner = 1; corner <= split; ++corner) {
-            if ((corner & ~split) != 0) continue;
-            std::uint64_t sum = hash;
-            for (std::size_t axis = 0; axis < dimension; ++axis) {
-                if ((corner >> axis & 1U) != 0) sum += change[axis];
-            }
-            first = SearchBucket(BucketOf(sum), at, first);
-        }
-        return first;
+        return static_cast<std::size_t>(((sum ^ (sum >> 32)) * multipliers[0]) >> bucketShift);
     }
 
-    std::uint32_t SearchBucket(std::size_t bucket, const std::array<double, dimension>& at, std::uint32_t first) const {
-        for (std::uint32_t i = buckets[bucket]; i != none; i = places[i].next) {
+    std::uint32_t Find(const std::array<double, dimension>& at) {
+        Keys lower, upper;
+        for (std::size_t axis = 0; axis < dimension; ++axis) {
+            lower[axis] = KeyOf(at[axis], low);
+            upper[axis] = KeyOf(at[axis], high);
+        }
+        std::uint32_t first = none;
+        for (Keys keys = lower;;) {
+            first = SearchBucket(BucketOf(keys), at, first);
+            std::size_t axis = 0;
+            for (; axis < dimension && keys[axis] == upper[axis]; ++axis) keys[axis] = lower[axis];
+            if (axis == dimension) return first;
+            ++keys[axis];
+        }
+    }
+
+    std::uint32_t SearchBucket(std::size_t bucket, const std::array<double, dimension>& at, std::uint32_t first) {
+        for (std::uint32_t i = buckets[bucket]; i != none; i = places[i].next, ++compared) {
             double sum = 0.0;
             for (std::size_t axis = 0; axis < dimension; ++axis) {
                 const double difference = at[axis] - places[i].at[axis];
@@ -117,9 +127,9 @@ private:
     }
 
     void Link(std::uint32_t i) {
-        std::uint64_t hash = 0;
-        for (std::size_t axis = 0; axis < dimension; ++axis) hash += HashOf(axis, KeyOf(places[i].at[axis], middle));
-        std::uint32_t& head = buckets[BucketOf(hash)];
+        Keys keys;
+        for (std::size_t axis = 0; axis < dimension; ++axis) keys[axis] = KeyOf(places[i].at[axis], middle);
+        std::uint32_t& head = buckets[BucketOf(keys)];
         places[i].next = head;
         head = i;
     }
@@ -137,6 +147,9 @@ private:
     double squareBound;  // of distances that may round to the tolerance
     double perCell;
     double low, middle, high;  // what is added to a coordinate before it is scaled
+    bool isNarrow = false;
+    std::uint64_t asked = 0;     // points
+    std::uint64_t compared = 0;  // places with points
     int bucketShift = 0;
     std::vector<Place> places;
     std::vector<std::uint32_t> buckets;
