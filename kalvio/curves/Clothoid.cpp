@@ -370,7 +370,8 @@ bool Clothoid::GetNearestPoint(const Point2D& point, double from, double to, Pol
     if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to)) return false;
     const Evaluator curve(*this);
     const Vec2D query = point - start;
-    const double station = detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to);
+    double station = 0.0;
+    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to, station)) return false;
     nearest = curve.Sample(start, station);
     return true;
 }

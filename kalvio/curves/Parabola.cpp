@@ -146,14 +146,20 @@ bool Parabola::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolera
     return true;
 }
 
-// With t = x - point.x, u the slope and h the height of the curve over the point there, half the derivative of the
-// squared distance is the cubic g(t) = t + (a t^2 + u t + h)(2 a t + u). It is monotone between the zeros of
-// g' = 6 a^2 t^2 + 6 a u t + 1 + u^2 + 2 a h, so each such interval holds at most one foot.
+// With t = x - origin, origin the abscissa of the element nearest to that of the point, u the slope there, and d ahead
+// of and h above the point there, half the derivative of the squared distance is the cubic g(t) = t + d + (a t^2 + u t
+// + h)(2 a t + u). It is monotone between the zeros of g' = 6 a^2 t^2 + 6 a u t + 1 + u^2 + 2 a h, so each such
+// interval holds at most one foot. Measured from the element the powers of t stay small however far away the point is.
 struct Parabola::Feet {
     Feet(const Parabola& parabola, const Point2D& point)
-        : a(parabola.a), u(parabola.GetSlope(point.GetX())), h(parabola.Evaluate(point.GetX()) - point.GetY()) {
-        limits[0] = std::min(parabola.start.GetX(), parabola.end.GetX()) - point.GetX();
-        limits[3] = std::max(parabola.start.GetX(), parabola.end.GetX()) - point.GetX();
+        : origin(std::clamp(point.GetX(), std::min(parabola.start.GetX(), parabola.end.GetX()),
+                            std::max(parabola.start.GetX(), parabola.end.GetX()))),
+          a(parabola.a),
+          u(parabola.GetSlope(origin)),
+          d(origin - point.GetX()),
+          h(parabola.Evaluate(origin) - point.GetY()) {
+        limits[0] = std::min(parabola.start.GetX(), parabola.end.GetX()) - origin;
+        limits[3] = std::max(parabola.start.GetX(), parabola.end.GetX()) - origin;
         const double discriminant = (u * u - 2.0 - 4.0 * a * h) / 3.0;
         const double middle = -u / (2.0 * a);
         const double offset = discriminant > 0.0 ? std::sqrt(discriminant) / std::abs(2.0 * a) : 0.0;
@@ -165,7 +171,7 @@ struct Parabola::Feet {
     detail::ValueAndSlope g(double t) const {
         const double height = (a * t + u) * t + h;
         const double slope = 2.0 * a * t + u;
-        return {t + height * slope, 1.0 + slope * slope + 2.0 * a * height};
+        return {t + d + height * slope, 1.0 + slope * slope + 2.0 * a * height};
     }
     // How far the point is ahead of (negative: behind) the curve's point, along its tangent.
     double GetMiss(double t) const { return -g(t).value / std::hypot(1.0, 2.0 * a * t + u); }
@@ -185,8 +191,10 @@ struct Parabola::Feet {
         }
     }
 
+    double origin;
     double a;
     double u;
+    double d;
     double h;
     double limits[4];  // the ends and, between them, where g turns
 };
@@ -195,7 +203,8 @@ Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const
     const bool backwards = end.GetX() < start.GetX();
     Point2D nearest[5] = {backwards ? end : start};
     int number = 1;
-    Feet(*this, point).ForEachFoot(true, [&](double t) { nearest[number++] = GetPointAt(point.GetX() + t); });
+    const Feet feet(*this, point);
+    feet.ForEachFoot(true, [&](double t) { nearest[number++] = GetPointAt(feet.origin + t); });
     nearest[number++] = backwards ? start : end;
     if (backwards) std::reverse(nearest, nearest + number);
     return *std::min_element(nearest, nearest + number,
@@ -216,7 +225,7 @@ bool Parabola::GetNormalPoint(const Point2D& point, double tolerance, PolylineEl
     double bestDistance = std::numeric_limits<double>::infinity();
     const bool backwards = end.GetX() < start.GetX();
     const auto consider = [&](double t) {
-        PolylineElementPoint candidate = GetSample(point.GetX() + t);
+        PolylineElementPoint candidate = GetSample(feet.origin + t);
         if (t == low || t == high) {
             candidate = (t == low) == backwards ? PolylineElementPoint{end, GetEndTangent(), GetLength()}
                                                 : PolylineElementPoint{start, GetStartTangent(), 0.0};

@@ -184,6 +184,7 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
         detail::ElementPoint candidate;
         if (!answer(elements[i], candidate)) return;
         const double distance = candidate.point.Distance(point);
+        if (!std::isfinite(distance)) return;
         if (!(distance < bestDistance || (distance == bestDistance && i < bestElement))) return;
         best = candidate;
         bestDistance = distance;
@@ -218,8 +219,7 @@ bool Polyline2D::GetNearestPoint(const Point2D& point, PolylinePoint& nearest, c
     return FindNearest(
         point,
         [&](const IPolyline2DElement& element, detail::ElementPoint& sample) {
-            sample = detail::NearestOnElement(element, point, tolerances);
-            return true;
+            return detail::FindNearestOnElement(element, point, tolerances, sample);
         },
         nearest);
 }

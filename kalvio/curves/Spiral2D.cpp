@@ -458,7 +458,9 @@ bool Spiral2D::GetNearestPoint(const Point2D& point, double from, double to, Pol
     if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to)) return false;
     const Evaluator curve(*this);
     const Vec2D query = point - start;
-    nearest = curve.Sample(detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to));
+    double station = 0.0;
+    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to, station)) return false;
+    nearest = curve.Sample(station);
     return true;
 }
 

@@ -87,7 +87,8 @@ public:
     bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
     /// The foot (or end) nearest to the point over the whole curve, to rounding; the first of equals.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
-    /// The same over the stations [from, to], with tangent and station. False for an empty range, or no curve.
+    /// The same over the stations [from, to], with tangent and station. False for an empty range, no curve, and where
+    /// no distance is finite.
     bool GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const;
     /// The nearest foot of a perpendicular over those stations, beyond a centre of curvature too. An end of them counts
     /// when the foot lies beyond it by at most the tolerance, along the tangent.

@@ -250,7 +250,9 @@ double Distance::PointToParabola(const Point2D& point, const Parabola& parabola)
 }
 
 double Distance::PointToPolyline(const Point2D& point, const Polyline2D& polyline) {
-    return polyline.GetNrOfElements() > 0 ? DistanceToCurve(point, polyline) : detail::largestDouble;
+    Polyline2D::PolylinePoint nearest;
+    return polyline.GetNearestPoint(point, nearest, detail::StandardTolerances()) ? nearest.distance
+                                                                                  : detail::largestDouble;
 }
 
 double Distance::CircleToCircle(const Circle2D& a, const Circle2D& b) {

@@ -269,6 +269,8 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
     const Clothoid huge(1.1063927031522055e+74, 9.633714431665e-310, 1.1063927031522055e+74,
                         Point2D(1.1063927031522055e+74, 1.1063925353722221e+74), Vec2D(1.1063494003532771e+74, 1, 1));
     (void)huge.GetNearestPoint(Point2D(-4.926807924003149e+255, 2.2906209232063245e+77), kTolerances);
+    Sample untouched;
+    EXPECT_FALSE(good.GetNearestPoint(Point2D(1e300, 0.0), 10.0, 20.0, untouched)) << "a distance beyond all numbers";
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, kNan));
     EXPECT_TRUE(!good.GetLengthFromStartPoint(Point2D(20, 8.02), length, 0.0) && length == -1.0);
 }

@@ -145,6 +145,10 @@ TEST(ParabolaTest, NearestPointIsTheGlobalOne) {
     EXPECT_GT(sag.GetNearestPoint(Point2D(0.0, 3.0), kTolerances).GetX(), 0.0);
     EXPECT_EQ(sag.GetNearestPoint(Point2D(1.0, 40.0), kTolerances).GetX(), 2.0);
     EXPECT_THAT(sag.GetNearestPoint(Point2D(0.0, 0.5), kTolerances), IsNear(Point2D(0.0, 0.0), 1e-5));
+    // Far out on the normal of a steep branch.
+    const Point2D far = Point2D(6.0, 360.0) + Vec2D(120.0, -1.0) * (385000.0 / std::hypot(120.0, 1.0));
+    const Parabola steep = Between(-10.0, 10.0, 10.0, 0.0, 0.0);
+    EXPECT_THAT(steep.GetNearestPoint(far, kTolerances), IsNear(Point2D(6.0, 360.0), 1e-9));
 }
 
 TEST(ParabolaTest, BreaksExtendsAndJoinsAChain) {

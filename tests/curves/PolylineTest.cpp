@@ -191,6 +191,20 @@ TEST(PolylineTest, EmptyChainAnswersEverything) {
     EXPECT_EQ(empty.GetPointUsingLengthAlongXAxis(0.0, sample, 1.0), 0);
 }
 
+TEST(PolylineTest, ElementsWithNothingInThemAreNotNearest) {
+    Polyline2D chain;
+    chain.AppendElement(new Polyline2D);
+    chain.AppendElement(new Line2D(Point2D(100, 100), Point2D(110, 100)));
+    chain.AppendElement(new LineString2D);
+    Polyline2D::PolylinePoint nearest;
+    ASSERT_TRUE(chain.GetNearestPoint(Point2D(0, 0.5), nearest, kTolerances));
+    EXPECT_THAT(nearest.point, IsNear(Point2D(100, 100), 0.0));
+    EXPECT_NEAR(nearest.distance, std::hypot(100.0, 99.5), 1e-12);
+    for (const double far : {1e300, kInfinity}) {
+        EXPECT_FALSE(chain.GetNearestPoint(Point2D(far, 0), nearest, kTolerances) || nearest.point.GetX() != 100.0);
+    }
+}
+
 TEST(PolylineTest, GapsAndJoints) {
     Polyline2D chain;
     chain.AppendElement(new Line2D(Point2D(0, 0), Point2D(10, 0)));

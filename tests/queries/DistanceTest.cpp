@@ -47,6 +47,8 @@ TEST(DistanceTest, PointToLineSegmentHasTheSideOfTheLineAndTheNearestPointOfTheS
         }
     }
     EXPECT_EQ(Distance::PointToLineSegment(Line2D(Point2D(1, 1), Vec2D()), Point2D(4, 5), 1.0), 5.0);
+    const LineString2D ray{Point2D(1, 0), Point2D(kInfinity, 0)};
+    EXPECT_EQ(Projection::NearestPointOnLineString(Point2D(0, 0), ray, 0.0).point, Point2D(1, 0)) << "its finite end";
 }
 
 TEST(DistanceTest, LineStringsInSpaceAndWithoutSegments) {

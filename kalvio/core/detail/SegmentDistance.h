@@ -25,6 +25,7 @@ struct SegmentFoot {
     }
 
     PointType PointOn(const PointType& a, const PointType& b) const {
+        if (parameter == 0.0) return a;  // b may be infinite
         return parameter == 1.0 ? b : a + (b - a) * parameter;
     }
 

@@ -64,10 +64,13 @@ class NearestSearch {
 public:
     NearestSearch(const Curve& searched, double queryX, double queryY) : curve(searched), qx(queryX), qy(queryY) {}
 
-    /// The station of the nearest point.
-    double Find(double from, double to) {
+    /// The nearest point.
+    /// @return false, `station` untouched, when no distance is finite
+    bool Find(double from, double to, double& station) {
         Run(from, to);
-        return best.station;
+        if (!(bestRank < std::numeric_limits<double>::infinity())) return false;
+        station = best.station;
+        return true;
     }
 
     /// The nearest foot. An end counts when its perpendicular passes the query point within the tolerance and the foot

@@ -101,8 +101,9 @@ struct NearestOn {
     bool operator()(const LineString2D& lineString) const {
         const std::vector<Point2D>& points = lineString.GetPoints();
         ChainFoot<Point2D> foot;
-        nearest = {lineString.GetStart(), Vec2D(), 0.0};
-        if (points.size() < 2 || !FindNearest(points, point, numericalZero, foot)) return true;
+        if (!FindNearest(points, point, numericalZero, foot)) return false;
+        nearest = {foot.point, Vec2D(), 0.0};
+        if (points.size() == 1) return true;
         double from = 0.0;
         for (std::size_t i = 0; i < foot.segment; ++i) from += points[i].Distance(points[i + 1]);
         (*this)(Line2D(points[foot.segment], points[foot.segment + 1]));
@@ -111,8 +112,7 @@ struct NearestOn {
     }
     bool operator()(const Polyline2D& polyline) const {
         Polyline2D::PolylinePoint found;
-        found.point = point;
-        polyline.GetNearestPoint(point, found, tolerances);
+        if (!polyline.GetNearestPoint(point, found, tolerances)) return false;
         nearest = {found.point, found.tangent, found.station};
         return true;
     }
@@ -250,12 +250,18 @@ const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element) {
     }
 }
 
-ElementPoint NearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances) {
-    ElementPoint nearest;
-    if (WithClass(element, NearestOn{point, tolerances, nearest})) return nearest;
+bool FindNearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances,
+                          ElementPoint& nearest) {
+    if (AsPlanElement(element) != nullptr) return WithClass(element, NearestOn{point, tolerances, nearest});
     nearest = {element.GetNearestPoint(point, tolerances), Vec2D(), 0.0};
     element.GetLengthFromStartPoint(nearest.point, nearest.station, tolerances.UserTolerance());
     element.ComputeTangent(nearest.point, nearest.tangent, tolerances);
+    return true;
+}
+
+ElementPoint NearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances) {
+    ElementPoint nearest{element.GetStart(), Vec2D(), 0.0};
+    FindNearestOnElement(element, point, tolerances, nearest);
     return nearest;
 }
 

@@ -22,6 +22,10 @@ const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element);
 
 /// The point of the element nearest to `point`, with tangent and station. An element of no length, or no curve, has its
 /// start.
+/// @return false, `nearest` untouched, for a chain of no points and where no distance to a chain is finite
+bool FindNearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances,
+                          ElementPoint& nearest);
+/// The same; the start of the element where there is none.
 ElementPoint NearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances);
 
 /// The nearest foot of a perpendicular on the element, those on the segments of a line string included. An end (of a
