@@ -225,6 +225,55 @@ void ExpectSamePoints(const Points& a, const Points& b, double distance) {
     for (const Point2D& p : a) EXPECT_TRUE(Holds(b, p, distance)) << testing::PrintToString(p);
 }
 
+// What runs within the tolerance beside them, and how far away the curves begin, leaves the crossings as they are.
+TEST(IntersectionCurvesTest, NeitherRunsAlongEachOtherNorDistanceCostACrossing) {
+    const auto transition = [](double from, double to, double length, const Vec2D& shift) {
+        return Spiral2D(Spiral2D::Spiral2DType::Clothoid, from, to, length, Point2D() + shift, kEast);
+    };
+    const auto arc = [](double x, double r, double start, double sweep) {
+        return Arc2D(Point2D(x + r * std::cos(start), r * std::sin(start)), Point2D(x, 0), Angle(sweep));
+    };
+    const auto bent = transition(-300, 300, 300, Vec2D()), entry = transition(0, 50, 400, Vec2D());
+    const Vec2D along = SampleOf(bent, 30).tangent * 0.02;
+    const double degree = kPi / 180, far = 1e6, beside = std::sqrt(1e4 - 0.005 * 0.005);
+    const std::tuple<const char*, Curve, Curve, Points, double> rows[] = {
+        {"equal",
+         bent,
+         transition(-300, 300, 300, along),
+         {SampleOf(bent, 30.01).point, SampleOf(bent, 270.01).point},
+         1e-6},
+        {"equal, eastwards",
+         entry,
+         transition(0, 50, 400, kEast * 0.05),
+         {Point2D(0.05, 0), Point2D(132.598463, 178.966288)},
+         1e-6},
+        {"beside a stretch",
+         arc(0, 100, 87 * degree, 213 * degree),
+         arc(0.01, 100, 240 * degree, 213 * degree),
+         {arc(0, 100, 87 * degree, 1).GetStart(), arc(0.01, 100, 93 * degree, 1).GetStart(), Point2D(0.005, -beside)},
+         1e-9},
+        {"a long segment",
+         Line2D(Point2D(-far, 3), Point2D(9, 3)),
+         arc(0, 5, 0, 2 * kPi),
+         {Point2D(-4, 3), Point2D(4, 3)},
+         1e-9},
+        {"a large circle",
+         arc(-far, far, -1, 2),
+         arc(0, 5, 0, 2 * kPi),
+         {Point2D(-12.5e-6, -5), Point2D(-12.5e-6, 5)},
+         1e-9},
+        {"an arc that all but closes", arc(0, 10, 0, 2 * kPi - 5e-5), arc(15, 5, 1, 6), {Point2D(10, 0)}, 1e-9},
+    };
+    for (const auto& [why, a, b, expected, within] : rows) {
+        SCOPED_TRACE(why);
+        Points points, swapped;
+        Meet(a, b, points, Tolerances(1e-3, 1e-10));
+        Meet(b, a, swapped, Tolerances(1e-3, 1e-10));
+        ExpectSamePoints(points, expected, within);
+        ExpectSamePoints(swapped, expected, within);
+    }
+}
+
 TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
     RandomNumbers random(20260801);
     const Vec2D shift = surveyOrigins[1] - surveyOrigins[0];

@@ -25,22 +25,24 @@ void Cross(const StraightCurve& a, const StraightCurve& b, const ContactLimits&,
 
 // Calls hit(parameter on the line) at the points of a line on the circle x^2 + 2 radial x = 0 about -radial,
 // x from the start of the circle: the parameter l solves l^2 + 2 b l + c = 0 without reference to the centre, which may
-// be far. depthOf(b^2 - c) tells how far the line dips into the circle. A line that only touches it, or passes beside
+// be far; l counts from the foot of the start of the circle, as the rounding of c grows with the square of the distance
+// to it. depthOf(b^2 - c) tells how far the line dips into the circle. A line that only touches it, or passes beside
 // it within the reach, is met at its foot: touch(parameter, depth).
 template <class Depth, class Hit, class Touch>
 void CrossCircle(const Vec2D& start, const Vec2D& direction, const RoundCurve& circle, const ContactLimits& limits,
                  Depth&& depthOf, Hit&& hit, Touch&& touch) {
-    const Vec2D from = start - circle.start;
+    const double foot = (circle.start - start).DotProduct(direction);
+    const Vec2D from = (start - circle.start) + direction * foot;
     const double b = (from + circle.radial).DotProduct(direction);
     const double c = from.DotProduct(from + 2.0 * circle.radial);
     const double discriminant = std::fma(b, b, -c);
     const double depth = depthOf(discriminant);
     if (depth > limits.noise && discriminant > 0.0) {
         const double larger = -(b + std::copysign(std::sqrt(discriminant), b));
-        hit(larger);
-        hit(c / larger);
+        hit(foot + larger);
+        hit(foot + c / larger);
     } else if (depth >= -limits.reach) {
-        touch(-b, depth);
+        touch(foot - b, depth);
     }
 }
 
@@ -63,10 +65,11 @@ void Cross(const StraightCurve& line, const RoundCurve& circle, const ContactLim
     CrossCircle(line.start, line.direction, circle, limits, depthOf, hit, touch);
 }
 
-// Two circles meet on their radical line, N x = g with N from centre to centre.
+// Two circles meet on their radical line, N x = g with N from centre to centre. The first is not the larger: the
+// rounding grows with the radius the line is cut with.
 template <class Add>
-void Cross(const RoundCurve& a, const RoundCurve& b, const ContactLimits& limits, double lengthA, double lengthB,
-           Add&& add) {
+void CrossSmaller(const RoundCurve& a, const RoundCurve& b, const ContactLimits& limits, double lengthA, double lengthB,
+                  Add&& add) {
     const Vec2D between = b.start - a.start;
     const Vec2D centers = between + (a.radial - b.radial);
     const double distance = centers.Length();
@@ -94,6 +97,17 @@ void Cross(const RoundCurve& a, const RoundCurve& b, const ContactLimits& limits
         addAt(a.start + (outward * middle - a.radial), std::abs(depth));
     };
     CrossCircle(a.start + foot, along, a, limits, depthOf, hit, touch);
+}
+
+template <class Add>
+void Cross(const RoundCurve& a, const RoundCurve& b, const ContactLimits& limits, double lengthA, double lengthB,
+           Add&& add) {
+    if (a.GetRadius() <= b.GetRadius()) {
+        CrossSmaller(a, b, limits, lengthA, lengthB, add);
+    } else {
+        CrossSmaller(b, a, limits, lengthB, lengthA,
+                     [&](double onB, double onA, const Vec2D& point, double gap) { add(onA, onB, point, gap); });
+    }
 }
 
 // Lines and arcs in closed form. @return false for other curves

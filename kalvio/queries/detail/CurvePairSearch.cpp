@@ -13,8 +13,10 @@ namespace {
 
 constexpr double mostSteering = 0.25;      // of pieces whose gap is examined
 constexpr double mostTilt = 0.6;           // [rad]; of their tangents against the common axis
+constexpr double mostSag = 0.25;           // of the reach: how little gaps of even curves may bend
 constexpr double leastResolution = 1e-10;  // of a piece: the width hardly changes about its least value
 constexpr int mostDepth = 120;             // halving both curves to the spacing of doubles
+constexpr int coarseDepth = 16;            // halved to this depth in any case
 
 double HalfExtent(const CurvePiece& piece, const Vec2D& axis) { return 0.5 * std::abs(piece.chord.DotProduct(axis)); }
 
@@ -52,6 +54,7 @@ public:
     }
 
     bool IsEmpty() const { return !(from <= to); }
+    double GetExtent() const { return to - from; }
     double GetFirstFrom() const { return ParameterAt(first, a, 1.0, from, a.from.parameter); }
     double GetFirstTo() const { return ParameterAt(first, a, 1.0, to, a.to.parameter); }
 
@@ -136,7 +139,7 @@ void CurvePairSearch::Search(const Knot& a0, const Knot& a1, const Knot& b0, con
         return;
     }
     const bool isLast = (a.height <= 0.5 * limits.noise && b.height <= 0.5 * limits.noise) || depth == mostDepth ||
-                        halvings == mostHalvings;
+                        (halvings >= mostHalvings && depth >= coarseDepth);
     if (SolveGap(a, b)) return;
     if (isLast) {
         SolveLast(a, b);
@@ -222,10 +225,12 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
     const PlanCurve::Interval bend1 = bends(k1.low, k1.high);
     const PlanCurve::Interval bend2 = sense > 0.0 ? bends(k2.low, k2.high) : bends(-k2.high, -k2.low);
     const bool isConvex = bend1.low >= bend2.high;
-    if (!isConvex && !(bend2.low >= bend1.high)) return false;
-
     Profile profile(first, second, a, b, sense);
     if (profile.IsEmpty()) return true;
+    if (!isConvex && !(bend2.low >= bend1.high)) {
+        const double spread = std::max(bend1.high - bend2.low, bend2.high - bend1.low);
+        return SolveEven(profile, 0.125 * spread * profile.GetExtent() * profile.GetExtent());
+    }
     const double up = isConvex ? 1.0 : -1.0;
     const Gap from = profile.At(profile.GetFirstFrom());
     const Gap to = profile.At(profile.GetFirstTo());
@@ -242,16 +247,39 @@ bool CurvePairSearch::SolveGap(const CurvePiece& a, const CurvePiece& b) {
         AddNearest(least);
         return true;
     }
-    const auto cross = [&](double low, double high, double rises) {
-        const double p = BracketedNewton(low, high, [&](double at) {
-            const Gap gap = profile.At(at);
-            return ValueAndSlope{rises * gap.width, rises * gap.slope * gap.advance};
-        });
-        AddWithin(limits.reach, p, profile.At(p).q);
-    };
-    if (up * from.width >= 0.0) cross(from.p, least.p, -up);
-    if (up * to.width >= 0.0) cross(least.p, to.p, up);
+    if (up * from.width >= 0.0) AddCrossing(profile, from.p, least.p, -up);
+    if (up * to.width >= 0.0) AddCrossing(profile, least.p, to.p, up);
     return true;
+}
+
+// Curvatures that hardly differ keep the gap within `sag` of its chord, and its slope within 8 sag / extent of that of
+// the chord. False where this does not tell whether the curves cross.
+bool CurvePairSearch::SolveEven(Profile& profile, double sag) {
+    if (!(sag <= mostSag * limits.reach)) return false;
+    const Gap from = profile.At(profile.GetFirstFrom());
+    const Gap to = profile.At(profile.GetFirstTo());
+    const bool isFromNearer = std::abs(from.width) <= std::abs(to.width);
+    const Gap& nearer = isFromNearer ? from : to;
+    const double least = std::abs(nearer.width);
+    const bool isMonotone = std::abs(to.width - from.width) > 8.0 * sag;
+    const bool isOne = std::abs((isFromNearer ? to : from).width) + sag <= limits.noise;
+    if (!isOne && (from.width < 0.0) != (to.width < 0.0)) {
+        if (!isMonotone) return false;
+        AddCrossing(profile, from.p, to.p, to.width > from.width ? 1.0 : -1.0);
+        return true;
+    }
+    const bool isDecided =
+        isOne || isMonotone || (least - sag > limits.noise && least <= limits.reach) || least - sag > limits.reach;
+    if (isDecided && least <= limits.reach) AddNearest(nearer);
+    return isDecided;
+}
+
+void CurvePairSearch::AddCrossing(Profile& profile, double low, double high, double rises) {
+    const double p = BracketedNewton(low, high, [&](double at) {
+        const Gap gap = profile.At(at);
+        return ValueAndSlope{rises * gap.width, rises * gap.slope * gap.advance};
+    });
+    AddWithin(limits.reach, p, profile.At(p).q);
 }
 
 // Pieces as straight as rounding lets them be, along each other: where the gap changes its sign, or the nearer ends.
@@ -261,9 +289,9 @@ void CurvePairSearch::SolveLast(const CurvePiece& a, const CurvePiece& b) {
     if (profile.IsEmpty()) return;
     const Gap from = profile.At(profile.GetFirstFrom());
     const Gap to = profile.At(profile.GetFirstTo());
-    if (from.width * to.width < 0.0) {
-        const Gap crossing = profile.At(from.p + (to.p - from.p) * (from.width / (from.width - to.width)));
-        AddWithin(limits.reach, crossing.p, crossing.q);
+    const bool isOne = std::abs(from.width) <= limits.noise && std::abs(to.width) <= limits.noise;
+    if (!isOne && (from.width < 0.0) != (to.width < 0.0)) {
+        AddCrossing(profile, from.p, to.p, to.width > from.width ? 1.0 : -1.0);
     } else {
         AddNearest(std::abs(to.width) < std::abs(from.width) ? to : from);
     }
@@ -285,8 +313,10 @@ void CurvePairSearch::AddNearest(const Gap& least) {
         if (!(std::abs(next - p) <= std::abs(least.width) + limits.reach)) break;
         p = std::clamp(next, first.GetFrom(), first.GetTo());
     }
-    if (!AddWithin(limits.reach, p, NearestParameter(second, first.At(p).position, q))) {
-        AddWithin(limits.reach, least.p, least.q);
+    if (misses == mostMisses) return;
+    if (AddWithin(limits.reach, p, NearestParameter(second, first.At(p).position, q)) ||
+        AddWithin(limits.reach, least.p, least.q)) {
+        ++misses;
     }
 }
 
@@ -294,7 +324,7 @@ bool CurvePairSearch::AddWithin(double limit, double p, double q) {
     const Vec2D one = first.At(p).position;
     const Vec2D other = second.At(q).position;
     const double gap = (other - one).Length();
-    if (!(gap <= limit) || contacts.size() >= mostContacts) return false;
+    if (!(gap <= limit) || contacts.size() >= mostMisses + mostCrossings) return false;
     contacts.push_back({p, q, (one + other) * 0.5, gap, false});
     return true;
 }

@@ -18,8 +18,9 @@ namespace Kalvio::Math::detail {
 ///
 /// so that such a pair has at most one common point, and the method finds it. Nearly parallel pieces are graphs y(x)
 /// over a common axis; where the bounds of their curvatures tell which of the two y'' is larger, the gap between them
-/// is convex: one minimum, and at most one crossing on either side of it. Pieces of equal curvature in both (curves
-/// that osculate) are halved until their heights drown in the noise.
+/// is convex: one minimum, and at most one crossing on either side of it. Where they overlap, the difference of the
+/// y'' is small for pieces of almost equal curvature, so that the gap is almost linear and its ends often decide.
+/// Others (curves that osculate) are halved until their heights drown in the noise.
 class CurvePairSearch {
 public:
     CurvePairSearch(const PlanCurve& firstCurve, const PlanCurve& secondCurve, const ContactLimits& contactLimits,
@@ -37,20 +38,24 @@ private:
     bool AreApart(const CurvePiece& a, const CurvePiece& b) const;
     void SolveCrossing(const CurvePiece& a, const CurvePiece& b);
     bool SolveGap(const CurvePiece& a, const CurvePiece& b);
+    bool SolveEven(Profile& profile, double sag);
+    void AddCrossing(Profile& profile, double low, double high, double rises);
     void SolveLast(const CurvePiece& a, const CurvePiece& b);
     void AddNearest(const Gap& least);
     bool AddWithin(double limit, double p, double q);
 
     // In all: real curves need some hundred, two that run along each other within the tolerance for long, some
-    // thousand.
+    // thousand. Beyond that only pairs of large pieces are still halved. Near misses take no room from crossings.
     static constexpr int mostHalvings = 20000;
-    static constexpr std::size_t mostContacts = 1000;
+    static constexpr std::size_t mostMisses = 1000;
+    static constexpr std::size_t mostCrossings = 1000;
 
     const PlanCurve& first;
     const PlanCurve& second;
     ContactLimits limits;
     std::vector<CurveContact>& contacts;
     int halvings = 0;
+    std::size_t misses = 0;
 };
 
 }  // namespace Kalvio::Math::detail

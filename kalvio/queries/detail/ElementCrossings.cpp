@@ -1,6 +1,7 @@
 #include "kalvio/queries/detail/ElementCrossings.h"
 
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/queries/detail/CurveContacts.h"
@@ -32,6 +33,8 @@ double RoundingOf(const Point2D& origin, const CrossingOperand& a, const Crossin
     const double coordinates = std::max(std::abs(origin.GetX()), std::abs(origin.GetY()));
     return coordinateRounding * coordinates + curveRounding * (a.GetLength() + b.GetLength());
 }
+
+bool HasClosedForm(const PlanCurve& curve) { return curve.AsStraight() != nullptr || curve.AsRound() != nullptr; }
 
 /// The common points of two curves, from their contacts.
 class Crossings {
@@ -71,7 +74,9 @@ void Crossings::Find() {
     FindEndContacts(first, second, limits.reach, contacts);
     FindStretches();
     std::erase_if(contacts, [](const CurveContact& contact) { return !contact.isEnd; });
-    if (stretches.empty()) FindContacts(first, second, limits, contacts);
+    // Curves that leave each other may cross elsewhere. Transition curves along each other would take long to search.
+    if (stretches.empty() || (HasClosedForm(first) && HasClosedForm(second)))
+        FindContacts(first, second, limits, contacts);
     std::erase_if(contacts, [](const CurveContact& contact) { return !std::isfinite(contact.point.NormSquared()); });
     Merge();
 }
@@ -139,8 +144,12 @@ void Crossings::Merge() {
 
 // Contacts are one where the curves stay together between them.
 bool Crossings::AreOne(const CurveContact& a, const CurveContact& b) const {
-    const auto along = [](const PlanCurve& curve, double difference) {
-        return curve.IsClosed() ? std::remainder(difference, curve.GetTo() - curve.GetFrom()) : difference;
+    const auto along = [this](const PlanCurve& curve, double difference) {
+        const RoundCurve* const arc = curve.AsRound();
+        if (arc == nullptr) return difference;
+        const double perimeter = twoPi * arc->GetRadius();
+        const bool endsWhereItStarts = perimeter - (curve.GetTo() - curve.GetFrom()) <= limits.reach;
+        return endsWhereItStarts ? std::remainder(difference, perimeter) : difference;
     };
     const double onFirst = along(first, b.onFirst - a.onFirst);
     const double onSecond = along(second, b.onSecond - a.onSecond);
