@@ -218,7 +218,10 @@ IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D&
     if (epsilon > distance && epsilon > difference) return IntersectionResult::Coincident;
     if (!(distance <= r0 + r1) || !(difference <= distance)) return IntersectionResult::NoIntersection;
     const double along = (r0 * r0 - r1 * r1 + distance * distance) / (2.0 * distance);
-    const double half = std::sqrt(std::abs(r0 * r0 - along * along));
+    // r0^2 - along^2, taken apart so that circles as far apart as their radii add up to have none of it.
+    const double squared = ((r0 + r1) - distance) * ((distance + (r1 - r0)) / (2.0 * distance)) *
+                           (((r0 + r1) + distance) * ((distance + (r0 - r1)) / (2.0 * distance)));
+    const double half = std::sqrt(std::abs(squared));
     const Vec2D ahead = centers / distance;
     const Vec2D right = ahead.GetNormalVector(false);
     out.push_back(a.GetCenter() + (ahead * along + right * half));

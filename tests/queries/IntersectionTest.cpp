@@ -102,6 +102,7 @@ TEST(IntersectionTest, CircleCircle) {
         {"the right of the way first", {P(6, 0), 5}, R::Intersecting, {P(3, -4), P(3, 4)}},
         {"and back", {P(-6, 0), 5}, R::Intersecting, {P(-3, 4), P(-3, -4)}},
         {"touching outside", {P(0, 10), 5}, R::Intersecting, {P(0, 5)}},
+        {"touching outside, of rounded numbers", {P(8.9, 0), 3.9}, R::Intersecting, {P(5, 0)}},
         {"touching inside", {P(3, 0), 2}, R::Intersecting, {P(5, 0)}},
         {"apart", {P(0, 10.001), 5}, R::NoIntersection, {}},
         {"inside", {P(0, 1), 2}, R::NoIntersection, {}},
