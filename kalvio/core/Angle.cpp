@@ -1,5 +1,6 @@
 #include "kalvio/core/Angle.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Tolerances.h"
 
@@ -98,6 +99,11 @@ void Angle::TransformDecimalDegree(AngleUnit to, double& value) {
 void Angle::TransformDegreeSecond(AngleUnit to, double& value) {
     value /= detail::secondsPerDegree;
     if (to == AngleUnit::Radians) value *= detail::radiansPerDegree;
+}
+
+template <>
+bool Geometry::AreEqual(const Angle& a, const Angle& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

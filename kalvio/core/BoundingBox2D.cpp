@@ -1,6 +1,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 
 #include <algorithm>
 
@@ -48,6 +49,11 @@ void BoundingBox2D::ComputeSizeAndCenter(const BoundingBox2D& a, const BoundingB
 BoundingBox2D operator+(const BoundingBox2D& a, const BoundingBox2D& b) {
     BoundingBox2D result(a);
     return result += b;
+}
+
+template <>
+bool Geometry::AreEqual(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

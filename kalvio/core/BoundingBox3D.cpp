@@ -1,6 +1,7 @@
 #include "kalvio/core/BoundingBox3D.h"
 
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/Geometry.h"
 
 #include <algorithm>
 
@@ -40,6 +41,11 @@ void BoundingBox3D::ComputeSizeAndCenter(const BoundingBox3D& a, const BoundingB
 BoundingBox3D operator+(const BoundingBox3D& a, const BoundingBox3D& b) {
     BoundingBox3D result(a);
     return result += b;
+}
+
+template <>
+bool Geometry::AreEqual(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/detail/Constants.h"
 
@@ -128,6 +129,11 @@ BoundingBoxND& BoundingBoxND::operator+=(const BoundingBoxND& other) {
 BoundingBoxND operator+(const BoundingBoxND& a, const BoundingBoxND& b) {
     BoundingBoxND result(a);
     return result += b;
+}
+
+template <>
+bool Geometry::AreEqual(const BoundingBoxND& a, const BoundingBoxND& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

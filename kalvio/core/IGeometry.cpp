@@ -1,5 +1,7 @@
 #include "kalvio/core/IGeometry.h"
 
+#include "kalvio/core/Geometry.h"
+
 #include <memory>
 
 namespace Kalvio::Math {
@@ -35,6 +37,11 @@ bool IGeometry::BreakAt(const std::vector<Point2D>& points, std::vector<IGeometr
                         const Tolerances& tolerances) const {
     const std::unique_ptr<IGeometry> copy(Clone());
     return copy->BreakAt(points, out, false, tolerances);
+}
+
+template <>
+bool Geometry::AreEqual(const IGeometry& a, const IGeometry& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,6 @@
 #include "kalvio/core/Matrix2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/EigenSystem.h"
 #include "kalvio/curves/Polynomial.h"
 
@@ -57,6 +58,11 @@ bool Matrix2D::GetEigenVectors(std::array<double, 3>& eigenValues, Matrix2D& eig
 
 bool Matrix2D::SingularValueDecomposition(Matrix2D& u, Matrix2D& s, Matrix2D& v) const {
     return detail::StoreSingularValues(elements, u, s, v);
+}
+
+template <>
+bool Geometry::AreEqual(const Matrix2D& a, const Matrix2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/Tolerances.h"
@@ -84,6 +85,11 @@ Matrix3D Plane3D::GetTransformationMatrix() const {
                                {a, b, c, 0.0},
                                {origin.GetX(), origin.GetY(), origin.GetZ(), 1.0}};
     return Matrix3D(rows);
+}
+
+template <>
+bool Geometry::AreEqual(const Plane3D& a, const Plane3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/PointND.h"
 #include "kalvio/core/detail/Transform.h"
 
@@ -33,6 +34,11 @@ Point2D& Point2D::Transform(const Matrix2D& matrix) { return detail::TransformIn
 Point2D Point2D::Transform(const Matrix2D& matrix) const {
     Point2D result(*this);
     return result.Transform(matrix);
+}
+
+template <>
+bool Geometry::AreEqual(const Point2D& a, const Point2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 
 namespace Kalvio::Math {
 
@@ -16,5 +17,10 @@ bool Point2DM::IsEqualTo(const IGeometry& other, double tolerance) const {
 }
 
 Point2DM* Point2DM::Clone() const { return new Point2DM(*this); }
+
+template <>
+bool Geometry::AreEqual(const Point2DM& a, const Point2DM& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/PointND.h"
 #include "kalvio/core/detail/Transform.h"
 
@@ -33,6 +34,11 @@ Point3D& Point3D::Transform(const Matrix3D& matrix) { return detail::TransformIn
 Point3D Point3D::Transform(const Matrix3D& matrix) const {
     Point3D result(*this);
     return result.Transform(matrix);
+}
+
+template <>
+bool Geometry::AreEqual(const Point3D& a, const Point3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -3,6 +3,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/BoundingBoxND.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/Coordinates.h"
 
 namespace Kalvio::Math {
@@ -80,5 +81,10 @@ PointND operator+(const PointND& a, const PointND& b) {
 PointND operator*(PointND p, double factor) { return p *= factor; }
 
 PointND operator*(double factor, PointND p) { return p *= factor; }
+
+template <>
+bool Geometry::AreEqual(const PointND& a, const PointND& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

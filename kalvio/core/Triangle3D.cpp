@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/Constants.h"
@@ -64,6 +65,11 @@ bool Triangle3D::IsPointInside(const Point3D& point, const Tolerances& tolerance
         inside = inside && normal.DotProduct((to - from).CrossProduct(point - from)) >= 0.0;
     }
     return inside;
+}
+
+template <>
+bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,6 @@
 #include "kalvio/core/Vec2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/VecND.h"
 #include "kalvio/core/detail/Transform.h"
@@ -35,6 +36,11 @@ Vec2D& Vec2D::Transform(const Matrix2D& matrix) { return detail::TransformInPlan
 Vec2D Vec2D::Transform(const Matrix2D& matrix) const {
     Vec2D result(*this);
     return result.Transform(matrix);
+}
+
+template <>
+bool Geometry::AreEqual(const Vec2D& a, const Vec2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,6 @@
 #include "kalvio/core/Vec3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/VecND.h"
 #include "kalvio/core/detail/Transform.h"
 #include "kalvio/core/detail/VectorAngle.h"
@@ -55,5 +56,10 @@ Vec3D Vec3D::Transform(const Matrix3D& matrix) const {
 }
 
 Vec3D& Vec3D::operator*=(const Quaternion& rotation) { return Transform(Matrix3D(rotation)); }
+
+template <>
+bool Geometry::AreEqual(const Vec3D& a, const Vec3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

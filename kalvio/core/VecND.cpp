@@ -1,5 +1,6 @@
 #include "kalvio/core/VecND.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Vec2D.h"
 #include "kalvio/core/Vec3D.h"
 #include "kalvio/core/detail/Coordinates.h"
@@ -75,5 +76,10 @@ VecND operator*(VecND v, double factor) { return v *= factor; }
 VecND operator*(double factor, VecND v) { return v *= factor; }
 
 VecND operator/(VecND v, double divisor) { return v /= divisor; }
+
+template <>
+bool Geometry::AreEqual(const VecND& a, const VecND& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

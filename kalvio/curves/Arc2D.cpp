@@ -1,12 +1,14 @@
 #include "kalvio/curves/Arc2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/curves/detail/PointOnArc.h"
 #include "kalvio/curves/detail/Stations.h"
+#include "kalvio/curves/detail/ThreePoints.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/queries/GeometryCreator.h"
-#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,7 +49,7 @@ BoundingBox2D Arc2D::GetBoundingBox2D() const {
     Point2D low = centerPoint - Vec2D(r, r);
     Point2D high = centerPoint + Vec2D(r, r);
     const auto holds = [this](double x, double y) {
-        return Intersection::PointOnArc(Point2D(x, y), *this, detail::boxExtremeTolerance);
+        return detail::IsPointOnArc(Point2D(x, y), *this, detail::boxExtremeTolerance);
     };
     const bool west = holds(low.GetX(), centerPoint.GetY());
     const bool south = holds(centerPoint.GetX(), low.GetY());
@@ -93,21 +95,21 @@ bool Arc2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double sta
 }
 
 bool Arc2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
-    return Intersection::PointOnArc(point, *this, tolerances.UserTolerance());
+    return detail::IsPointOnArc(point, *this, tolerances.UserTolerance());
 }
 
 IGeometry* Arc2D::Append(const IGeometry* const other) const {
-    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+    return other == nullptr ? nullptr : detail::AppendElements(*this, *other);
 }
 
 bool Arc2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
-    if (!Intersection::PointOnArc(point, *this, tolerance)) return false;
+    if (!detail::IsPointOnArc(point, *this, tolerance)) return false;
     length = StationOf(TravelTo(point), tolerance);
     return true;
 }
 
 bool Arc2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
-    if (!Intersection::PointOnArc(point, *this, tolerance)) return false;
+    if (!detail::IsPointOnArc(point, *this, tolerance)) return false;
     length = StationOf(TravelBackTo(point), tolerance);
     return true;
 }
@@ -184,7 +186,7 @@ void Arc2D::Set(const Point2D& start, const Point2D& center, const Angle& sweep)
 }
 
 bool Arc2D::Set(const Point2D& p1, const Point2D& p2, const Point2D& p3) {
-    return GeometryCreator::ArcFrom3Points(p1, p2, p3, *this, detail::numericalZero);
+    return detail::ArcThrough(p1, p2, p3, *this, detail::numericalZero);
 }
 
 void Arc2D::Move(const Point2D& newStart) {
@@ -432,6 +434,11 @@ double Arc2D::StepForHeight(double from, double to, double height) const {
     const double range = std::min(to, GetLength()) - std::max(from, 0.0);
     const auto parts = static_cast<double>(detail::NumberOfParts(range, longest));
     return parts > 0.0 && range > 0.0 ? range / parts : longest;
+}
+
+template <>
+bool Geometry::AreEqual(const Arc2D& a, const Arc2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

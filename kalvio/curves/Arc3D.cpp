@@ -1,9 +1,10 @@
 #include "kalvio/curves/Arc3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/curves/detail/PlaneFrame.h"
+#include "kalvio/curves/detail/PointOnArc.h"
 #include "kalvio/polygons/LineString3D.h"
-#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,9 +62,7 @@ BoundingBox3D Arc3D::GetBoundingBox3D() const {
     for (int axis = 0; axis < 3; ++axis) {
         const Vec2D out = frame.DirectionAlong(axis) * r;
         const double reach = frame.ReachAlong(axis) * r;
-        const auto holds = [&](const Point2D& p) {
-            return Intersection::PointOnArc(p, arc, detail::boxExtremeTolerance);
-        };
+        const auto holds = [&](const Point2D& p) { return detail::IsPointOnArc(p, arc, detail::boxExtremeTolerance); };
         low[axis] =
             holds(arc.GetCenter() - out) ? centerPoint[axis] - reach : std::min(startPoint[axis], endPoint[axis]);
         high[axis] =
@@ -270,6 +269,11 @@ Angle Arc3D::AngleInPlane(const Point3D& point) const {
     const Vec3D out = point - centerPoint;
     return Arc2D::SignAngle(Vec2D(out.DotProduct(Vec3D(axes.Get(0, 0), axes.Get(0, 1), axes.Get(0, 2))),
                                   out.DotProduct(Vec3D(axes.Get(1, 0), axes.Get(1, 1), axes.Get(1, 2)))));
+}
+
+template <>
+bool Geometry::AreEqual(const Arc3D& a, const Arc3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

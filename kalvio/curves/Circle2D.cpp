@@ -1,5 +1,6 @@
 #include "kalvio/curves/Circle2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -114,5 +115,10 @@ bool Circle2D::MakeLineStringUsingHeight(LineString2D& lineString, double height
 }
 
 std::list<Point2D> Circle2D::MakePoints(double step) const { return PointsOfParts(*this, PartsForStep(*this, step)); }
+
+template <>
+bool Geometry::AreEqual(const Circle2D& a, const Circle2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

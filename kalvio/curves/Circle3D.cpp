@@ -1,5 +1,6 @@
 #include "kalvio/curves/Circle3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
@@ -134,6 +135,11 @@ bool Circle3D::IsCoplanar(const Circle3D& other, double tolerance) const {
     const Vec3D normal = plane.GetNormal();
     const double tilt = normal.CrossProduct(other.plane.GetNormal()).Length();
     return std::abs((other.center - center).DotProduct(normal)) + other.radius * tilt <= std::abs(tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Circle3D& a, const Circle3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,13 +1,14 @@
 #include "kalvio/curves/Clothoid.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/CurveSearch.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/SampleSteps.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/queries/GeometryCreator.h"
 
 #include <algorithm>
 #include <array>
@@ -297,7 +298,7 @@ bool Clothoid::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
 }
 
 IGeometry* Clothoid::Append(const IGeometry* const other) const {
-    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+    return other == nullptr ? nullptr : detail::AppendElements(*this, *other);
 }
 
 const Point2D& Clothoid::GetEnd(int terms) {
@@ -677,6 +678,11 @@ Vec2D Clothoid::ComputeTangentAtRadius(double radius, double parameterValue, dou
 void Clothoid::ComputeXYSigns(double r1, double r2, double tau1, double tau2, int& xSign, int& ySign) {
     xSign = tau1 > tau2 ? -1 : 1;
     ySign = r1 < 0.0 || r2 < 0.0 ? -1 : 1;
+}
+
+template <>
+bool Geometry::AreEqual(const Clothoid& a, const Clothoid& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

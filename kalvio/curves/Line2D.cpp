@@ -1,12 +1,12 @@
 #include "kalvio/curves/Line2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/Stations.h"
-#include "kalvio/queries/GeometryCreator.h"
-#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -74,7 +74,7 @@ bool Line2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double st
 
 bool Line2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
     const bool degenerate = start.GetX() == end.GetX() && start.GetY() == end.GetY();
-    return !degenerate && Intersection::PointOnLineSegment(point, start, end, tolerances.UserTolerance());
+    return !degenerate && detail::IsPointOnSegment(point, start, end, tolerances.UserTolerance());
 }
 
 bool Line2D::ExtendStart(const Point2D& point, const Tolerances&) {
@@ -89,7 +89,7 @@ bool Line2D::ExtendEnd(const Point2D& point, const Tolerances&) {
 
 IGeometry* Line2D::Append(const IGeometry* const other) const {
     if (other == nullptr) return nullptr;
-    if (other->GetType() != MathTypes::Polyline2D) return GeometryCreator::Append(*this, *other);
+    if (other->GetType() != MathTypes::Polyline2D) return detail::AppendElements(*this, *other);
     auto chain = std::make_unique<Polyline2D>();
     chain->AppendElement(Clone());
     chain->AppendElement(static_cast<const Polyline2D&>(*other).Clone());
@@ -131,7 +131,7 @@ int Line2D::GetX(double y, double& x) const { return Solve(start.GetY(), start.G
 int Line2D::GetY(double x, double& y) const { return Solve(start.GetX(), start.GetY(), end.GetX(), end.GetY(), x, y); }
 
 bool Line2D::IsPointOnInfiniteLine(const Point2D& point, double tolerance) const {
-    return Intersection::PointOnLine(point, start, end, tolerance);
+    return detail::IsPointOnLine(point, start, end, tolerance);
 }
 
 double Line2D::GetDistanceFromStartPoint(const Point2D& point) const {
@@ -207,6 +207,11 @@ Line2D& Line2D::Translate(const Vec2D& v) {
 Line2D Line2D::Translate(const Vec2D& v) const {
     Line2D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Line2D& a, const Line2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

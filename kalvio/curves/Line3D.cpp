@@ -1,10 +1,10 @@
 #include "kalvio/curves/Line3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/detail/Stations.h"
-#include "kalvio/queries/Intersection.h"
-#include "kalvio/queries/Projection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -73,13 +73,13 @@ bool Line3D::MakePoints(double from, double to, double step, std::vector<Point3D
 }
 
 double Line3D::GetZ(const Point2D& p, double tolerance) const {
-    if (!Intersection::PointOnLine(p, *this, tolerance)) return 0.0;
-    return Projection::NormalPointOnLine(Point3D(p, 0.0), *this).GetZ();
+    if (!detail::IsPointOnLine(p, start.GetPoint2D(), end.GetPoint2D(), tolerance)) return 0.0;
+    return detail::FootOnLine(Point3D(p, 0.0), start, end).GetZ();
 }
 
 double Line3D::GetZOnSegment(const Point2D& p, double tolerance) const {
-    if (!Intersection::PointOnLineSegment(p, *this, tolerance)) return 0.0;
-    return Projection::NormalPointOnLine(Point3D(p, 0.0), *this).GetZ();
+    if (!detail::IsPointOnSegment(p, start.GetPoint2D(), end.GetPoint2D(), tolerance)) return 0.0;
+    return detail::FootOnLine(Point3D(p, 0.0), start, end).GetZ();
 }
 
 double Line3D::GetZByInterpolation(const Point2D& p, double tolerance) const {
@@ -110,6 +110,11 @@ Line3D& Line3D::Translate(const Vec3D& v) {
 Line3D Line3D::Translate(const Vec3D& v) const {
     Line3D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Line3D& a, const Line3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,6 @@
 #include "kalvio/curves/Parabola.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/BracketedNewton.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/StandardTolerances.h"
@@ -409,6 +410,11 @@ Parabola& Parabola::Translate(const Vec2D& v) {
 Parabola Parabola::Translate(const Vec2D& v) const {
     Parabola copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Parabola& a, const Parabola& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

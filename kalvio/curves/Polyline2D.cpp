@@ -1,12 +1,16 @@
 #include "kalvio/curves/Polyline2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/Stations.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/queries/GeometryCreator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -129,7 +133,7 @@ bool Polyline2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
 }
 
 IGeometry* Polyline2D::Append(const IGeometry* const other) const {
-    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+    return other == nullptr ? nullptr : detail::AppendElements(*this, *other);
 }
 
 const Point2D& Polyline2D::GetStart() const {
@@ -505,6 +509,36 @@ bool Polyline2D::MakeLineStringUsingHeight(double from, double to, LineString2D&
     if (!MakePointsAndTangentsUsingHeight(from, to, samples, height, tolerance)) return false;
     for (const PolylinePoint& sample : samples) lineString.AppendPoint(sample.point);
     return true;
+}
+
+template <>
+bool Geometry::AreEqual(const Arc2D& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Clothoid& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Line2D& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Polyline2D& a, const Polyline2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Spiral2D& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const Parabola& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,5 +1,6 @@
 #include "kalvio/curves/Polyline3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Line3D.h"
@@ -244,6 +245,11 @@ bool Polyline3D::MakeLineString(double from, double to, LineString3D& lineString
     if (!MakePointsAndTangents(from, to, samples, step, tolerance)) return false;
     for (const PolylinePoint& sample : samples) lineString.AppendPoint(sample.point);
     return true;
+}
+
+template <>
+bool Geometry::AreEqual(const Polyline3D& a, const Polyline3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

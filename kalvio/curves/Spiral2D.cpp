@@ -1,12 +1,13 @@
 #include "kalvio/curves/Spiral2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/BracketedNewton.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/CurveSearch.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/SampleSteps.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/queries/GeometryCreator.h"
 
 #include <algorithm>
 #include <array>
@@ -425,7 +426,7 @@ bool Spiral2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
 }
 
 IGeometry* Spiral2D::Append(const IGeometry* const other) const {
-    return other == nullptr ? nullptr : GeometryCreator::Append(*this, *other);
+    return other == nullptr ? nullptr : detail::AppendElements(*this, *other);
 }
 
 bool Spiral2D::GetLengthFromStartPoint(const Point2D& point, double& stationFromStart, double tolerance) const {
@@ -583,6 +584,11 @@ Spiral2D Spiral2D::GetPart(double from, double to) const {
         part.Update();
     }
     return part;
+}
+
+template <>
+bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 
 namespace Kalvio::Math {
 
@@ -23,5 +24,10 @@ bool IndexedFaceSet2D::IsEqualTo(const IndexedFaceSet2D& other, double tolerance
 }
 
 IndexedFaceSet2D* IndexedFaceSet2D::Clone() const { return new IndexedFaceSet2D(*this); }
+
+template <>
+bool Geometry::AreEqual(const IndexedFaceSet2D& a, const IndexedFaceSet2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 
 namespace Kalvio::Math {
@@ -43,6 +44,11 @@ IndexedFaceSet3D& IndexedFaceSet3D::Translate(const Vec3D& v) {
 IndexedFaceSet3D IndexedFaceSet3D::Translate(const Vec3D& v) const {
     IndexedFaceSet3D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const IndexedFaceSet3D& a, const IndexedFaceSet3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

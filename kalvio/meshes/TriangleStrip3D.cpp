@@ -1,8 +1,9 @@
 #include "kalvio/meshes/TriangleStrip3D.h"
 
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/Geometry.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/meshes/detail/TriangleNormals.h"
-#include "kalvio/polygons/detail/Chain.h"
 
 namespace Kalvio::Math {
 
@@ -40,6 +41,11 @@ void TriangleStrip3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals
     } else {
         detail::AppendFaceNormals(vertices, corners, ccw, normals);
     }
+}
+
+template <>
+bool Geometry::AreEqual(const TriangleStrip3D& a, const TriangleStrip3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,15 +1,17 @@
 #include "kalvio/polygons/LineString2D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/polygons/detail/LineCrossings.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
 #include "kalvio/polygons/detail/SmallestBox.h"
-#include "kalvio/queries/Intersection.h"
 
 #include <algorithm>
 #include <cmath>
@@ -381,7 +383,11 @@ bool LineString2D::Extend(const LineString2D& target, bool atEnd, double toleran
     const auto add = [&](const Point2D& point) { return Insert(atEnd ? GetSize() : 0, point); };
     if (straight) {
         std::vector<Point2D> crossings;
-        Intersection::LineStringLine(target, endSegment, crossings, tolerance);
+        const double length = endSegment.GetLength();
+        if (length > detail::numericalZero && length <= detail::largestDouble &&
+            target.GetLength() <= detail::largestDouble) {
+            crossings = detail::CrossLine(target.points, endSegment.GetStart(), end, tolerance).points;
+        }
         const auto nearest = std::min_element(crossings.begin(), crossings.end(), [&](const auto& a, const auto& b) {
             return end.Distance(a) < end.Distance(b);
         });
@@ -483,6 +489,21 @@ LineString2D& LineString2D::Translate(const Vec2D& v) {
 LineString2D LineString2D::Translate(const Vec2D& v) const {
     LineString2D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Line2D& a, const LineString2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const LineString2D& a, const LineString2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const LineString2D& a, const Polyline2D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
 }
 
 }  // namespace Kalvio::Math

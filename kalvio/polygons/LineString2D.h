@@ -5,7 +5,7 @@
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/curves/IPolyline2DElement.h"
 #include "kalvio/curves/Line2D.h"
-#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/curves/detail/Chain.h"
 
 #include <cstdint>
 #include <initializer_list>

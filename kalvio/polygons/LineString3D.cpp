@@ -1,9 +1,10 @@
 #include "kalvio/polygons/LineString3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/curves/Line3D.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/statistics/Interpolation.h"
 
 #include <algorithm>
 #include <cmath>
@@ -218,7 +219,7 @@ bool LineString3D::GetZ(const Point2D& p, double& z, double tolerance) const {
         const Point3D& a = points[i - 1];
         const Point3D& b = points[i];
         if (!detail::IsPointOnSegment(p, a.GetPoint2D(), b.GetPoint2D(), tolerance)) continue;
-        z = Interpolation::ZCoordinateBy2DProjection(p, a, b);
+        z = detail::HeightOnSegment(p, a, b);
         return true;
     }
     return false;
@@ -391,6 +392,16 @@ LineString3D& LineString3D::Translate(const Vec3D& v) {
 LineString3D LineString3D::Translate(const Vec3D& v) const {
     LineString3D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Line3D& a, const LineString3D& b, double tolerance) {
+    return b.IsEqualTo(a, tolerance);
+}
+
+template <>
+bool Geometry::AreEqual(const LineString3D& a, const LineString3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -3,7 +3,7 @@
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/curves/IPolyline3DElement.h"
 #include "kalvio/curves/Line3D.h"
-#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/curves/detail/Chain.h"
 
 #include <cstdint>
 #include <initializer_list>

@@ -1,8 +1,9 @@
 #include "kalvio/polygons/Polygon2D.h"
 
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/ConvexRing.h"
 #include "kalvio/polygons/detail/PointInRing.h"
 #include "kalvio/polygons/detail/Ring.h"
@@ -478,6 +479,11 @@ Polygon2D& Polygon2D::Translate(const Vec2D& v) {
 Polygon2D Polygon2D::Translate(const Vec2D& v) const {
     Polygon2D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Polygon2D& a, const Polygon2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

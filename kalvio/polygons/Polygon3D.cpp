@@ -1,14 +1,15 @@
 #include "kalvio/polygons/Polygon3D.h"
 
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Triangle3D.h"
+#include "kalvio/core/detail/PlaneCoordinates.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/Polygon2D.h"
-#include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/ConvexRing.h"
 #include "kalvio/polygons/detail/Ring.h"
 #include "kalvio/polygons/detail/RingPlane.h"
 #include "kalvio/polygons/detail/TriangulateRings.h"
-#include "kalvio/queries/GeometryCreator.h"
 
 #include <algorithm>
 #include <cmath>
@@ -241,7 +242,7 @@ bool Polygon3D::TriangulateByProjection(ProjectionPlane plane, std::vector<unsig
                                         double tolerance) const {
     return TriangulateIn(
         [plane](const Vec3D& v) -> detail::PlanePoint {
-            const Point2D p = GeometryCreator::Point2DFromPoint3D(Point3D(v.GetX(), v.GetY(), v.GetZ()), plane);
+            const Point2D p = detail::CoordinatesInPlane(Point3D(v.GetX(), v.GetY(), v.GetZ()), plane);
             return {p.GetX(), p.GetY()};
         },
         true, tolerance, corners);
@@ -269,6 +270,11 @@ Polygon3D& Polygon3D::Translate(const Vec3D& v) {
 Polygon3D Polygon3D::Translate(const Vec3D& v) const {
     Polygon3D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const Polygon3D& a, const Polygon3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -1,6 +1,7 @@
 #include "kalvio/polygons/PolygonCurve2D.h"
 
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 
 #include <memory>
 
@@ -43,6 +44,11 @@ bool PolygonCurve2D::IsPointInside(const Point2D& p, double tolerance) const {
         if (innerRings[i].IsPointInside(p, tolerance)) return false;
     }
     return true;
+}
+
+template <>
+bool Geometry::AreEqual(const PolygonCurve2D& a, const PolygonCurve2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

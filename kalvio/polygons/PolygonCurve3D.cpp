@@ -1,6 +1,7 @@
 #include "kalvio/polygons/PolygonCurve3D.h"
 
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/Geometry.h"
 
 #include <memory>
 
@@ -43,6 +44,11 @@ bool PolygonCurve3D::IsPointInside(const Point3D& p, double tolerance) const {
         if (innerRings[i].IsPointInside(p, tolerance)) return false;
     }
     return true;
+}
+
+template <>
+bool Geometry::AreEqual(const PolygonCurve3D& a, const PolygonCurve3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

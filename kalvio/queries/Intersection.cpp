@@ -3,9 +3,9 @@
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/StandardTolerances.h"
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/detail/PointOnArc.h"
 #include "kalvio/queries/detail/ElementCrossings.h"
 
 #include <algorithm>
@@ -195,7 +195,7 @@ bool Intersection::IsPointInsideLineBounds(const Point2D& point, const Point2D& 
 }
 
 bool Intersection::PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance) {
-    return arc.IsPointOnCircle(point, tolerance) && arc.IsCirclePointInside(point, tolerance);
+    return detail::IsPointOnArc(point, arc, tolerance);
 }
 
 bool Intersection::PointOnLine(const Point2D& point, const Line2D& line, double tolerance) {

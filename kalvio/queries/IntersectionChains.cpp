@@ -9,6 +9,7 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/detail/LineCrossings.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/ChainContacts.h"
 
@@ -92,39 +93,11 @@ IntersectionResult Intersection::LineStringLine(const LineString2D& lineString, 
                                                 std::vector<Point2D>& out, const Tolerances& tolerances) {
     const std::vector<Point2D>& points = lineString.GetPoints();
     if (!IsLine(line) || !IsUsable(lineString.GetLength(), tolerances)) return IntersectionResult::Degenerate;
-    const double tolerance = std::abs(tolerances.UserTolerance());
-    const Vec2D along = line.GetDirection();
-    std::vector<Point2D> found;
-    std::vector<Point2D> run;  // consecutive vertices on the line
-    const auto endRun = [&] {
-        const auto [low, high] = std::minmax_element(run.begin(), run.end(), [&](const Point2D& p, const Point2D& q) {
-            return (q - p).DotProduct(along) > 0.0;
-        });
-        if (run.size() > 2) RemovePointsInSegments(run, {Line2D(*low, *high)}, tolerances);
-        found.insert(found.end(), run.begin(), run.end());
-        run.clear();
-    };
-    std::size_t countOn = 0;
-    double from = 0.0;
-    for (std::size_t i = 0; i < points.size(); ++i) {
-        const double to = detail::SignedDistanceToLine(points[i], line.GetStart(), line.GetEnd());
-        const bool isOn = std::abs(to) <= tolerance;
-        const bool wasOn = i == 0 || std::abs(from) <= tolerance;
-        if (isOn) {
-            run.push_back(points[i]);
-            ++countOn;
-        } else {
-            endRun();
-            if (!wasOn && ((from < 0.0 && to > 0.0) || (from > 0.0 && to < 0.0))) {
-                found.push_back(points[i - 1] + (points[i] - points[i - 1]) * (from / (from - to)));
-            }
-        }
-        from = to;
-    }
-    endRun();
-    AddSolutions(found, out, out.size(), tolerances);
-    if (found.empty()) return IntersectionResult::NoIntersection;
-    return countOn == points.size() ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
+    const detail::LineCrossings found =
+        detail::CrossLine(points, line.GetStart(), line.GetEnd(), tolerances.UserTolerance());
+    AddSolutions(found.points, out, out.size(), tolerances);
+    if (found.points.empty()) return IntersectionResult::NoIntersection;
+    return found.isOnLine ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
 }
 
 int Intersection::LineStringLine(const LineString2D& lineString, const Line2D& line, std::vector<Point2D>& out,

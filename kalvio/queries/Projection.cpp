@@ -6,11 +6,11 @@
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/polygons/detail/Chain.h"
 #include "kalvio/polygons/detail/Ring.h"
 #include "kalvio/queries/Distance.h"
 
@@ -23,13 +23,6 @@ namespace Kalvio::Math {
 namespace {
 
 using Candidate = GeometryDistancePair<Point2D>;
-
-template <class Line, class PointType>
-PointType FootOnLine(const PointType& point, const Line& line) {
-    const auto d = line.GetEnd() - line.GetStart();
-    const double squared = d.NormSquared();
-    return squared > 0.0 ? line.GetStart() + d * ((point - line.GetStart()).DotProduct(d) / squared) : line.GetStart();
-}
 
 template <class PointType, class Line>
 PointType NearestOnSegment(const PointType& point, const Line& line, double tolerance) {
@@ -108,9 +101,13 @@ private:
 
 }  // namespace
 
-Point2D Projection::NormalPointOnLine(const Point2D& point, const Line2D& line) { return FootOnLine(point, line); }
+Point2D Projection::NormalPointOnLine(const Point2D& point, const Line2D& line) {
+    return detail::FootOnLine(point, line.GetStart(), line.GetEnd());
+}
 
-Point3D Projection::NormalPointOnLine(const Point3D& point, const Line3D& line) { return FootOnLine(point, line); }
+Point3D Projection::NormalPointOnLine(const Point3D& point, const Line3D& line) {
+    return detail::FootOnLine(point, line.GetStart(), line.GetEnd());
+}
 
 bool Projection::NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance) {
     const detail::SegmentFoot onSegment(point, line.GetStart(), line.GetEnd(), tolerance);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/Point3D.h"
 #include "kalvio/core/detail/Constants.h"
 
 #include <cmath>
@@ -70,6 +71,13 @@ inline double NearestParameter(const Point2D& p, const Point2D& a, const Point2D
     if (squared < zeroSquared || squared == 0.0) return 0.0;
     const double t = (p - a).DotProduct(d) / squared;
     return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+}
+
+/// Height of the segment a -> b at the foot of p on its plan projection, linear along the plan length; beyond an end
+/// the height of that end. The height of a for a segment without plan length.
+inline double HeightOnSegment(const Point2D& p, const Point3D& a, const Point3D& b) {
+    const double t = NearestParameter(p, a.GetPoint2D(), b.GetPoint2D(), 0.0);
+    return t == 1.0 ? b.GetZ() : a.GetZ() + (b.GetZ() - a.GetZ()) * t;
 }
 
 }  // namespace Kalvio::Math::detail

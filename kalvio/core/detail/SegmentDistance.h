@@ -34,6 +34,15 @@ struct SegmentFoot {
     double squaredDistance;
 };
 
+/// The foot of the perpendicular from p on the infinite line a -> b, in the plane or in space; a for a line of no
+/// length.
+template <class PointType>
+PointType FootOnLine(const PointType& p, const PointType& a, const PointType& b) {
+    const auto d = b - a;
+    const double squared = d.NormSquared();
+    return squared > 0.0 ? a + d * ((p - a).DotProduct(d) / squared) : a;
+}
+
 /// The square of a distance widened by `margin`, never below the square itself: far away the margin is less than the
 /// rounding of the root. The factor covers the rounding of the squares that are compared with it.
 inline double WidenedSquare(double squared, double margin) {

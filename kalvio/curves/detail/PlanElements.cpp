@@ -9,9 +9,9 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/curves/detail/WalkPoints.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/detail/Chain.h"
 
 #include <algorithm>
 #include <array>
@@ -248,6 +248,27 @@ const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element) {
         default:
             return nullptr;
     }
+}
+
+IGeometry* AppendElements(const IGeometry& first, const IGeometry& second) {
+    if (first.GetType() == MathTypes::Line2D && second.GetType() == MathTypes::Line2D) {
+        const auto& line = static_cast<const Line2D&>(first);
+        return new LineString2D({line.GetStart(), line.GetEnd(), static_cast<const Line2D&>(second).GetEnd()});
+    }
+    auto chain = std::make_unique<Polyline2D>();
+    for (const IGeometry* const part : {&first, &second}) {
+        const IPolyline2DElement* const element = AsPlanElement(*part);
+        if (element == nullptr) return nullptr;
+        if (element->GetType() != MathTypes::Polyline2D) {
+            chain->AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
+            continue;
+        }
+        const auto& polyline = static_cast<const Polyline2D&>(*element);
+        for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
+            chain->AppendElement(static_cast<IPolyline2DElement*>(polyline.GetElementAtIndex(i).Clone()));
+        }
+    }
+    return chain.release();
 }
 
 bool FindNearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances,

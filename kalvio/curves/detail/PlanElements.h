@@ -20,6 +20,11 @@ const IPolyline2DElement* AsPlanElement(const IGeometry& geometry);
 /// The line string or polyline behind the element; null for single curves.
 const IComplexGeometry* AsComplexGeometry(const IPolyline2DElement& element);
 
+/// First followed by second: a `LineString2D` of three points for two lines, else a `Polyline2D` of clones (the
+/// elements of polylines are taken one by one).
+/// @return a new geometry owned by the caller; null when one of the two is no plan element
+[[nodiscard]] IGeometry* AppendElements(const IGeometry& first, const IGeometry& second);
+
 /// The point of the element nearest to `point`, with tangent and station. An element of no length, or no curve, has its
 /// start.
 /// @return false, `nearest` untouched, for a chain of no points and where no distance to a chain is finite

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalvio/core/MathTypes.h"
-#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/curves/detail/Chain.h"
 
 #include <algorithm>
 #include <cstdint>

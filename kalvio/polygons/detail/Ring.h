@@ -2,7 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/detail/Constants.h"
-#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/curves/detail/Chain.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "kalvio/queries/detail/ChainContacts.h"
 
-#include "kalvio/polygons/detail/Chain.h"
+#include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/detail/MergeChains.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
 

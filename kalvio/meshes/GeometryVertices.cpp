@@ -1,0 +1,118 @@
+#include "kalvio/core/Geometry.h"
+
+#include "kalvio/core/Point2D.h"
+#include "kalvio/core/Point2DM.h"
+#include "kalvio/core/Point3D.h"
+#include "kalvio/core/Triangle3D.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Polyline3D.h"
+#include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
+
+#include <vector>
+
+namespace Kalvio::Math {
+
+namespace {
+
+Point3D Lifted(const Point2D& p) { return {p, 0.0}; }
+Point3D Lifted(const Point3D& p) { return p; }
+
+bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices);
+
+template <class Chain>
+bool CollectChainVertices(const Chain& chain, std::vector<Point3D>& vertices) {
+    for (unsigned int i = 0; i < chain.GetNrOfElements(); ++i) {
+        std::vector<Point3D> ofElement;
+        if (!CollectVertices(chain.GetElementAtIndex(i), ofElement)) return false;
+        const bool joins = i > 0 && !vertices.empty() && !ofElement.empty() &&
+                           vertices.back().IsEqualTo(ofElement.front(), detail::standardUserTolerance);
+        vertices.insert(vertices.end(), ofElement.begin() + (joins ? 1 : 0), ofElement.end());
+    }
+    return true;
+}
+
+template <class Polygon>
+void CollectRings(const Polygon& polygon, std::vector<Point3D>& vertices) {
+    const auto collect = [&vertices](const auto& points) {
+        for (const auto& point : points) vertices.push_back(Lifted(point));
+    };
+    collect(polygon.GetPoints());
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) collect(polygon.GetHoleBoundary(i).GetPoints());
+}
+
+// Appends what the geometry has; false, possibly after some, when a part has no vertices.
+bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) {
+    switch (geometry.GetType()) {
+        case MathTypes::Point2D:
+            vertices.push_back(Lifted(static_cast<const Point2D&>(geometry)));
+            return true;
+        case MathTypes::Point2DM: {
+            const auto& point = static_cast<const Point2DM&>(geometry);
+            vertices.emplace_back(point.GetX(), point.GetY(), 0.0);
+            return true;
+        }
+        case MathTypes::Point3D:
+            vertices.push_back(static_cast<const Point3D&>(geometry));
+            return true;
+        case MathTypes::Triangle3D: {
+            const auto& triangle = static_cast<const Triangle3D&>(geometry);
+            vertices.insert(vertices.end(), {triangle.GetPointA(), triangle.GetPointB(), triangle.GetPointC()});
+            return true;
+        }
+        case MathTypes::LineString2D:
+            for (const Point2D& point : static_cast<const LineString2D&>(geometry).GetPoints()) {
+                vertices.push_back(Lifted(point));
+            }
+            return true;
+        case MathTypes::LineString3D: {
+            const auto& points = static_cast<const LineString3D&>(geometry).GetPoints();
+            vertices.insert(vertices.end(), points.begin(), points.end());
+            return true;
+        }
+        case MathTypes::Polygon2D:
+            CollectRings(static_cast<const Polygon2D&>(geometry), vertices);
+            return true;
+        case MathTypes::Polygon3D:
+            CollectRings(static_cast<const Polygon3D&>(geometry), vertices);
+            return true;
+        case MathTypes::Polyline2D:
+            return CollectChainVertices(static_cast<const Polyline2D&>(geometry), vertices);
+        case MathTypes::Polyline3D:
+            return CollectChainVertices(static_cast<const Polyline3D&>(geometry), vertices);
+        case MathTypes::Arc3D:
+        case MathTypes::Line3D: {
+            const auto& element = static_cast<const IPolyline3DElement&>(geometry);
+            vertices.insert(vertices.end(), {element.GetStart(), element.GetEnd()});
+            return true;
+        }
+        default:
+            if (const IPolyline2DElement* const element = detail::AsPlanElement(geometry)) {
+                vertices.insert(vertices.end(), {Lifted(element->GetStart()), Lifted(element->GetEnd())});
+                return true;
+            }
+            return false;
+    }
+}
+
+}  // namespace
+
+bool Geometry::GetVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) {
+    std::vector<const IGeometry*> one{&geometry};
+    return GetVertices(one, vertices);
+}
+
+bool Geometry::GetVertices(std::vector<const IGeometry*>& geometries, std::vector<Point3D>& vertices) {
+    std::vector<Point3D> collected;
+    for (const IGeometry* const geometry : geometries) {
+        if (geometry == nullptr || !CollectVertices(*geometry, collected)) return false;
+    }
+    vertices.insert(vertices.end(), collected.begin(), collected.end());
+    return true;
+}
+
+}  // namespace Kalvio::Math
