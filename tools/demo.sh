@@ -6,7 +6,7 @@ set -eu
 caller=$PWD
 cd "$(dirname "$0")/.."
 sh tools/bootstrap.sh
-cmake --preset release
+cmake --preset release -DKALVIO_BUILD_EXAMPLES=ON
 cmake --build --preset release --target alignment terrain
 mkdir -p build/demo
 

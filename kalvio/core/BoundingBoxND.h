@@ -32,7 +32,7 @@ public:
     MathTypes GetType() const override;
     BoundingBox2D GetBoundingBox2D() const override;
     BoundingBox3D GetBoundingBox3D() const override;
-    unsigned int GetDimension() const override { return std::min(minPoint.GetDimension(), maxPoint.GetDimension()); }
+    unsigned int GetDimension() const override { return (std::min)(minPoint.GetDimension(), maxPoint.GetDimension()); }
     unsigned int GetTopologicalDimension() const override { return GetDimension(); }
     /// Another box of this class with equal corners, strictly per coordinate.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;

@@ -152,8 +152,8 @@ private:
         std::vector<double> station;  // start of each element; one more for the end of the chain
 
         double SquaredDistance(std::size_t i, const Point2D& p) const {
-            const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
-            const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
+            const double dx = (std::max)({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
+            const double dy = (std::max)({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
             return dx * dx + dy * dy;
         }
         // The box nearest to the point, the first of equals; their number when none has a distance.

@@ -1,16 +1,35 @@
-# Configures, builds and runs the consumer project.
-# -D SOURCE_DIR=... BUILD_DIR=... GENERATOR=... COMPILER=... KALVIO_FROM=... and PREFIX=... or KALVIO_SOURCE_DIR=...
+# Configures, builds and runs the consumer project; installs and runs it again where it has the library inside.
+# -D BUILD_DIR=... GENERATOR=... COMPILER=... LAUNCHER=... KALVIO_FROM=... and PREFIX=... for an installed
+# library, KALVIO_SOURCE_DIR=... for one inside the project, with GIT=... to fetch it
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+set(where "-DCMAKE_PREFIX_PATH=${PREFIX}")
 if(KALVIO_FROM STREQUAL "pkg-config")
   file(GLOB_RECURSE pc "${PREFIX}/*/kalvio-math.pc")
   cmake_path(GET pc PARENT_PATH directory)
   set(ENV{PKG_CONFIG_PATH} "${directory}")
-endif()
-set(where "-DCMAKE_PREFIX_PATH=${PREFIX}")
-if(KALVIO_FROM STREQUAL "subdirectory")
+elseif(KALVIO_FROM STREQUAL "subdirectory")
   set(where "-DKALVIO_SOURCE_DIR=${KALVIO_SOURCE_DIR}")
+elseif(KALVIO_FROM STREQUAL "fetch") # from a repository that holds the library as it is now, committed or not
+  set(repository "${BUILD_DIR}-repository")
+  file(REMOVE_RECURSE "${repository}/kalvio" "${repository}/cmake")
+  foreach(part IN ITEMS CMakeLists.txt cmake kalvio)
+    file(COPY "${KALVIO_SOURCE_DIR}/${part}" DESTINATION "${repository}")
+  endforeach()
+  run("${GIT}" -C "${repository}" init --quiet --initial-branch=main)
+  run("${GIT}" -C "${repository}" add --all)
+  run("${GIT}" -C "${repository}" -c user.name=stranger -c user.email=stranger@localhost -c commit.gpgsign=false
+    commit --quiet --allow-empty --message=library)
+  set(where "-DKALVIO_SOURCE_DIR=${repository}")
 endif()
-execute_process(COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}"
-    "-DCMAKE_CXX_COMPILER=${COMPILER}" -DCMAKE_BUILD_TYPE=Debug "-DKALVIO_FROM=${KALVIO_FROM}" "${where}"
-  COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --parallel 2 COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND "${BUILD_DIR}/consumer" COMMAND_ERROR_IS_FATAL ANY)
+run("${CMAKE_COMMAND}" -S "${CMAKE_CURRENT_LIST_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${COMPILER}"
+  "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}" "-DKALVIO_FROM=${KALVIO_FROM}" "${where}")
+run("${CMAKE_COMMAND}" --build "${BUILD_DIR}" --parallel 2)
+run("${BUILD_DIR}/consumer")
+if(KALVIO_SOURCE_DIR)
+  file(REMOVE_RECURSE "${BUILD_DIR}/installed")
+  run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${BUILD_DIR}/installed")
+  run("${BUILD_DIR}/installed/bin/consumer")
+endif()

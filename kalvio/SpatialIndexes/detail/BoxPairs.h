@@ -56,7 +56,7 @@ public:
             double bounds[4];
             Store(low, bounds);
             Store(high, bounds + 2);
-            cover.Set(axis, std::min(bounds[0], bounds[1]), std::max(bounds[2], bounds[3]));
+            cover.Set(axis, (std::min)(bounds[0], bounds[1]), (std::max)(bounds[2], bounds[3]));
         }
         if (n % 2 != 0) cover.Cover(Get(n - 1));
         return cover;
@@ -91,7 +91,7 @@ public:
     template <class Query, class Found>
     void ForEachMatch(const Query& query, unsigned int n, Found&& found) const {
         for (unsigned int first = 0; first < n; first += 64) {
-            std::uint64_t boxes = Match(query, first, std::min(n - first, 64U));
+            std::uint64_t boxes = Match(query, first, (std::min)(n - first, 64U));
             for (; boxes != 0; boxes &= boxes - 1) {
                 found(first + static_cast<unsigned int>(std::countr_zero(boxes)));
             }

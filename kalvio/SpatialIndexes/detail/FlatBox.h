@@ -59,8 +59,8 @@ public:
     /// inverted box also overlaps the cover of its corners, so covers may prune a search for boxes of every kind.
     void Cover(const FlatBox& other) {
         for (unsigned int axis = 0; axis < dimension; ++axis) {
-            Set(axis, std::min({Low(axis), other.Low(axis), other.High(axis)}),
-                std::max({High(axis), other.Low(axis), other.High(axis)}));
+            Set(axis, (std::min)({Low(axis), other.Low(axis), other.High(axis)}),
+                (std::max)({High(axis), other.Low(axis), other.High(axis)}));
         }
     }
 

@@ -18,6 +18,6 @@ inline constexpr double degreesPerRadian = 57.29577951308232;
 inline constexpr double radiansPerDegree = 0.017453292519943295;
 inline constexpr double secondsPerDegree = 3600.0;
 
-inline constexpr double largestDouble = std::numeric_limits<double>::max();
+inline constexpr double largestDouble = (std::numeric_limits<double>::max)();
 
 }  // namespace Kalvio::Math::detail

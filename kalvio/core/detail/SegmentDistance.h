@@ -48,7 +48,7 @@ PointType FootOnLine(const PointType& p, const PointType& a, const PointType& b)
 inline double WidenedSquare(double squared, double margin) {
     constexpr double rounding = 8.0 * std::numeric_limits<double>::epsilon();
     const double reach = std::sqrt(squared) + margin;
-    return std::max(reach * reach, squared) * (1.0 + rounding);
+    return (std::max)(reach * reach, squared) * (1.0 + rounding);
 }
 
 /// True when p lies on the segment a -> b in space: inside its box widened by |tolerance| and at most that far from its
@@ -56,7 +56,7 @@ inline double WidenedSquare(double squared, double margin) {
 inline bool IsPointOnSegment(const Point3D& p, const Point3D& a, const Point3D& b, double tolerance) {
     const double t = std::abs(tolerance);
     for (int axis = 0; axis < 3; ++axis) {
-        if (!(p[axis] >= std::min(a[axis], b[axis]) - t && p[axis] <= std::max(a[axis], b[axis]) + t)) return false;
+        if (!(p[axis] >= (std::min)(a[axis], b[axis]) - t && p[axis] <= (std::max)(a[axis], b[axis]) + t)) return false;
     }
     const Vec3D d = b - a;
     const double squared = d.NormSquared();

@@ -141,11 +141,11 @@ public:
         constexpr std::size_t stride = 64;  // between the points that limit the search beforehand
         double squared = std::numeric_limits<double>::infinity();
         for (std::size_t i = 0; i < points.size(); i += stride)
-            squared = std::min(squared, (points[i] - p).NormSquared());
+            squared = (std::min)(squared, (points[i] - p).NormSquared());
         LimitTo(squared);
         const std::size_t count = SegmentCount(points);
         for (std::size_t from = 0; from < count; from += run) {
-            const std::size_t to = std::min(from + run, count);
+            const std::size_t to = (std::min)(from + run, count);
             if (SquaredBoxDistance(&points[from], &points[to]) > squaredReach) continue;
             for (std::size_t i = from; i < to; ++i) Offer(points[i], points[i + 1], i);
         }
@@ -177,7 +177,7 @@ private:
                 low = c < low ? c : low;
                 high = c > high ? c : high;
             }
-            const double gap = std::max(std::max(low - value, value - high), 0.0);
+            const double gap = (std::max)((std::max)(low - value, value - high), 0.0);
             return gap * gap;
         };
         double squared = squaredGap(p.GetX(), [](const PointType& point) { return point.GetX(); }) +
@@ -259,7 +259,7 @@ bool SampleChain(const std::vector<PointType>& points, double from, double to, d
     double start = 0.0;
     double end = points[0].Distance(points[1]);
     return ForEachStation(
-        from, std::numeric_limits<double>::infinity(), step, std::min(to, total), true, [&](double length) {
+        from, std::numeric_limits<double>::infinity(), step, (std::min)(to, total), true, [&](double length) {
             while (i + 2 < points.size() && (length > end + numericalZero || !(end - start > numericalZero))) {
                 ++i;
                 start = end;
@@ -293,8 +293,8 @@ Box BoxOfPoints(const std::vector<PointType>& points) {
     PointType high = points.front();
     for (const PointType& point : points) {
         for (int axis = 0; axis < static_cast<int>(point.GetDimension()); ++axis) {
-            low[axis] = std::min(low[axis], point[axis]);
-            high[axis] = std::max(high[axis], point[axis]);
+            low[axis] = (std::min)(low[axis], point[axis]);
+            high[axis] = (std::max)(high[axis], point[axis]);
         }
     }
     return {low, high};

@@ -28,7 +28,7 @@ bool ForEachStation(double from, double to, double step, double length, bool clo
     if (!(from <= length + numericalZero) || !(to >= 0.0) || !(step > 0.0) || !(length <= largestDouble)) {
         return false;
     }
-    const double last = std::min(to, length) + numericalZero;
+    const double last = (std::min)(to, length) + numericalZero;
     const double count = std::floor((last - from) / step);
     if (!(count < mostSamples)) return false;
     double station = from;
