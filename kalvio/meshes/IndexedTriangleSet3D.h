@@ -122,7 +122,8 @@ public:
     /// Appends the section of the mesh along a line in plan: its cuts by the vertical plane over the infinite line,
     /// over the segment only, or over every segment of a chain, joined into the fewest line strings. Each runs in the
     /// direction of the line, a closed one from its first point along it, and they come in the order of their starts.
-    /// A closed one that leads nowhere along the line, around a body, runs either way.
+    /// A closed one that leads nowhere along the line, around a body, runs either way. Where a chain comes back to a
+    /// place, a string goes on as the chain does; one that ends there is not joined to one that starts there.
     ///
     /// Cuts are joined where they come from one edge or vertex, or from others of exactly the same coordinates; within
     /// no tolerance. A vertex counts as on the line within 1e-10, or the rounding of the line's coordinates. Triangles

@@ -129,10 +129,20 @@ bool IsFinite(const End& end) {
     return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ()) && std::isfinite(end.station);
 }
 
+// One place, passed once: a chain that comes back to it has another station, at a bend another bend.
+bool IsOnePass(const End& a, const End& b) {
+    return IsSame(a.point, b.point) && a.bend == b.bend && (a.bend != SectionPieces::noBend || a.station == b.station);
+}
+
+bool IsPassLess(const End& a, const End& b) {
+    if (!IsSame(a.point, b.point)) return IsLess(a.point, b.point);
+    return a.bend < b.bend || (a.bend == b.bend && a.bend == SectionPieces::noBend && a.station < b.station);
+}
+
 // In the direction in which the stations advance; a closed string is turned until it starts at the least.
-void Direct(std::vector<End>& string, double advance) {
+void Direct(std::vector<End>& string, double advance, bool isClosed) {
     if (advance < 0.0) std::reverse(string.begin(), string.end());
-    if (!IsSame(string.front().point, string.back().point)) return;
+    if (!isClosed) return;
     string.pop_back();
     const auto isBefore = [](const End& a, const End& b) { return a.station < b.station; };
     std::rotate(string.begin(), std::min_element(string.begin(), string.end(), isBefore), string.end());
@@ -243,23 +253,23 @@ void SectionPieces::UniteAtBends() {
 
 void SectionPieces::Chain(std::vector<LineString3D>& out) {
     UniteAtBends();
-    // The ends of pieces in order: those of one place follow each other.
+    // The ends of pieces in order: those of one pass over a place follow each other.
     std::vector<std::size_t> order(2 * pieces.size());
     std::iota(order.begin(), order.end(), std::size_t{0});
     const auto end = [this](std::size_t i) -> const End& { return i % 2 == 0 ? pieces[i / 2].from : pieces[i / 2].to; };
     std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-        return IsLess(end(a).point, end(b).point) || (IsSame(end(a).point, end(b).point) && a < b);
+        return IsPassLess(end(a), end(b)) || (IsOnePass(end(a), end(b)) && a < b);
     });
     std::vector<std::pair<std::size_t, std::size_t>> links(pieces.size());
     std::vector<End> places;
     for (const std::size_t i : order) {
-        if (places.empty() || !IsSame(places.back().point, end(i).point)) places.push_back(end(i));
+        if (places.empty() || !IsOnePass(places.back(), end(i))) places.push_back(end(i));
         places.back().station = std::min(places.back().station, end(i).station);
         (i % 2 == 0 ? links[i / 2].first : links[i / 2].second) = places.size() - 1;
     }
 
     std::vector<std::vector<End>> strings;
-    Walks(places.size(), std::move(links)).ForEach([&](const std::vector<Walks::Step>& walk) {
+    Walks(places.size(), links).ForEach([&](const std::vector<Walks::Step>& walk) {
         std::vector<End>& string = strings.emplace_back();
         // Stations start anew where a closed chain ends: they are told apart along the pieces only.
         double advance = 0.0;
@@ -267,11 +277,11 @@ void SectionPieces::Chain(std::vector<LineString3D>& out) {
             if (!string.empty()) {
                 const Piece& piece = pieces[step.link];
                 const double gain = piece.to.station - piece.from.station;
-                advance += IsSame(piece.to.point, places[step.place].point) ? gain : -gain;
+                advance += links[step.link].second == step.place ? gain : -gain;
             }
             string.push_back(places[step.place]);
         }
-        Direct(string, advance);
+        Direct(string, advance, walk.front().place == walk.back().place);
     });
     const auto isLess = [](const End& a, const End& b) { return IsLess(a.point, b.point); };
     std::sort(points.begin(), points.end(), isLess);

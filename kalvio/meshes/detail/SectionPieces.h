@@ -78,7 +78,8 @@ private:
 /// Ends are one place when their coordinates are the same: so are those that come from one corner or one edge
 /// (`CutEnd`). Nothing is joined within a tolerance but ends at one bend of a chain, whose heights differ by noise when
 /// they come from triangles on both sides of an edge beside it. Stations are lengths along the cut, by which strings
-/// are directed and ordered.
+/// are directed and ordered; ends of one place at different stations are not joined, so that a chain that comes back to
+/// a place goes on as it came.
 class SectionPieces {
 public:
     static constexpr std::size_t noBend = std::numeric_limits<std::size_t>::max();
