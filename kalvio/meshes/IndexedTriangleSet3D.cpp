@@ -78,10 +78,6 @@ void IndexedTriangleSet3D::Merge(const IndexedTriangleSet3D& other, bool collaps
     const auto shift = static_cast<unsigned int>(vertices.size());
     const std::size_t count = other.indexes.size() - other.indexes.size() % 3;
     DropRest(indexes);
-    for (unsigned int& index : indexes) {
-        if (index >= shift) index = detail::noVertex;  // not one of the vertices to come
-    }
-    indexes.reserve(indexes.size() + count);
     for (std::size_t i = 0; i < count; ++i) {
         // An index of no vertex must not wrap around to one.
         indexes.push_back(shift + std::min(other.indexes[i], detail::noVertex - shift));
@@ -191,11 +187,11 @@ void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& no
 
 void IndexedTriangleSet3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals, const Angle& creaseAngle) const {
     if (!perVertex) {
-        detail::AppendFaceNormals(vertices, indexes, ccw, normals);
+        detail::ComputeFaceNormals(vertices, indexes, ccw, normals);
     } else if (creaseAngle.GetRadians() >= detail::pi) {
-        detail::AppendVertexNormals(vertices, indexes, ccw, normals);
+        detail::ComputeVertexNormals(vertices, indexes, ccw, normals);
     } else {
-        detail::AppendCornerNormals(vertices, indexes, ccw, std::cos(creaseAngle.GetRadians()), normals);
+        detail::ComputeCornerNormals(vertices, indexes, ccw, std::cos(creaseAngle.GetRadians()), normals);
     }
 }
 
@@ -245,7 +241,7 @@ bool IndexedTriangleSet3D::RemoveDuplicatedTriangles() {
     using Key = std::pair<std::array<unsigned int, 3>, std::size_t>;  // vertices in order, triangle
     std::vector<Key> keys;
     keys.reserve(indexes.size() / 3);
-    detail::ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t triangle) {
+    detail::ForEachTriangle(indexes, detail::anyVertex, [&](const unsigned int* corners, std::size_t triangle) {
         Key& key = keys.emplace_back(std::array{corners[0], corners[1], corners[2]}, triangle);
         std::sort(key.first.begin(), key.first.end());
     });
@@ -254,7 +250,7 @@ bool IndexedTriangleSet3D::RemoveDuplicatedTriangles() {
     for (std::size_t i = 1; i < keys.size(); ++i) {
         isDuplicate[keys[i].second] = keys[i].first == keys[i - 1].first;
     }
-    return detail::RemoveTriangles(indexes, vertices.size(),
+    return detail::RemoveTriangles(indexes, detail::anyVertex,
                                    [&](const unsigned int*, std::size_t triangle) { return isDuplicate[triangle]; });
 }
 

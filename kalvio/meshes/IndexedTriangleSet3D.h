@@ -23,7 +23,7 @@ class Matrix3D;
 /// names may exist. At most 2^32 - 1 vertices.
 ///
 /// A triangle that names a vertex that does not exist takes no part in anything until that vertex is appended; nor do
-/// one or two indexes at the end that are no whole triangle. Edits leave them where they are.
+/// one or two indexes at the end that are no whole triangle. Edits leave them where they are, but for duplicates.
 class KALVIO_MATH_API IndexedTriangleSet3D final : public IGeometry, public detail::IndexedVertexArray<Point3D> {
 public:
     /// What operations of `IndexedTriangleSet3DCleanUp` answer.
@@ -59,7 +59,7 @@ public:
     std::uint64_t GetTrianglesCount() const { return indexes.size() / 3; }
     /// The corners of one triangle.
     /// @return false, the points untouched, when there is no such triangle or it names a vertex that does not exist
-    bool GetTriangleAt(std::uint64_t triangle, Point3D& a, Point3D& b, Point3D& c) const;
+    [[nodiscard]] bool GetTriangleAt(std::uint64_t triangle, Point3D& a, Point3D& b, Point3D& c) const;
 
     /// Appends a triangle with three vertices of its own, in place of one or two indexes at the end that are no whole
     /// triangle.
@@ -70,8 +70,9 @@ public:
     ///                  add many, collapse once at the end
     void AddTriangle(const Point3D& a, const Point3D& b, const Point3D& c, bool orient, bool collapse);
     /// Appends the whole triangles of another set, which may be this one, as they are, whatever the two winding flags
-    /// say. One or two indexes at the end of this set that are no whole triangle are dropped; indexes of vertices that
-    /// do not exist, of either set, become ones of none of the vertices of both.
+    /// say. One or two indexes at the end of this set that are no whole triangle are dropped. Indexes of the other set
+    /// that name no vertex name none here either; those of this set are not looked at, and name the vertices to come as
+    /// they do after `AppendVertices`.
     /// @param collapse  ends with `CollapsePoints(tolerance)` on the whole set
     void Merge(const IndexedTriangleSet3D& other, bool collapse, double tolerance);
 
@@ -100,19 +101,20 @@ public:
     bool IsOneClosedVolume() const;
     /// True when neighbours run against each other along the edge that exactly the two of them share.
     bool IsTriangleNeighborWindingCoherent() const;
-    /// Appends the border as closed strings, the first point repeated at the end: the edges of one triangle, chained.
-    /// Rings that meet at a vertex are apart. Each has the triangles on its left seen from the side where they run
-    /// counter-clockwise, all taken as running like the first one of their surface.
+    /// Appends the border as closed strings, the first point repeated at the end: the edges of one triangle (or of
+    /// three, of any odd number), chained. Rings that meet at a vertex are apart. Each has the triangles on its left
+    /// seen from the side where they run counter-clockwise, all taken as running like the first one of their surface.
+    /// The border of a surface with one side only, a Moebius strip, runs like its first edge.
     /// @return whether there is a border
     bool GetBoundaries(std::vector<LineString3D>& boundaries) const;
     /// Replaces another set by the vertical walls between the border and a height: two triangles per edge of
     /// `GetBoundaries`, which run against the triangles above them, so that a terrain and its walls are coherent. Where
     /// the border lies at the height the walls have no area (`RemoveLineTriangles`).
     /// @return false, `walls` untouched, when there is no border or the height is not finite
-    bool CreateVerticalWalls(double height, IndexedTriangleSet3D& walls) const;
-    /// Appends normals: one per triangle or, on request, one per vertex. The normal of a triangle a, b, c is the unit
-    /// vector of (b - a) x (c - b), of which one no longer than 1e-10 is left as it is, and its opposite unless
-    /// `IsCCW`; that of a vertex the normalised sum over the triangles that use it, zero where there are none.
+    [[nodiscard]] bool CreateVerticalWalls(double height, IndexedTriangleSet3D& walls) const;
+    /// Replaces what `normals` held by one per triangle or, on request, one per vertex. The normal of a triangle a, b,
+    /// c is the unit vector of (b - a) x (c - b), of which one no longer than 1e-10 is left as it is, and its opposite
+    /// unless `IsCCW`; that of a vertex the normalised sum over the triangles that use it, zero where there are none.
     void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const;
     /// The same, or for a crease angle below pi one normal per index: per corner of a triangle the normalised sum over
     /// the triangles at that vertex whose normals are at most the crease angle from the triangle's own (by the cosine,
@@ -144,6 +146,7 @@ public:
     /// one has taken becomes the first one of a place and takes all later ones within the tolerance of its own vertex.
     /// What has been taken takes nothing: of vertices A, B, C at 0, 0.9 and 1.8 tolerances along a line B becomes A, C
     /// stays. No vertex moves. Then `RemoveLineTriangles(tolerance, true)` follows, so a second merge changes nothing.
+    /// A set without a whole triangle stays as it is, with all its vertices.
     ///
     /// Near linear in the number of indexes. Memory while it works: 8 bytes per vertex and about 60 per distinct place.
     /// Coordinates that are not finite merge with nothing.
@@ -161,8 +164,8 @@ public:
     /// @param withUnusedVertices  also drops all vertices that no index names then
     /// @return whether anything was removed; nothing is for a tolerance that is negative or NaN
     bool RemoveLineTriangles(double tolerance, bool withUnusedVertices);
-    /// Removes the later ones of triangles with the same three vertices, whatever their order: a triangle and its
-    /// reverse are duplicates. n log n.
+    /// Removes the later ones of triangles with the same three indexes, whatever their order and whether such vertices
+    /// exist: a triangle and its reverse are duplicates. n log n.
     /// @return whether there were any
     bool RemoveDuplicatedTriangles();
     /// Drops the vertices that no index names; the others keep their order. @return the number dropped

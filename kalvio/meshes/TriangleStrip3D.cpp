@@ -26,7 +26,8 @@ TriangleStrip3D* TriangleStrip3D::Clone() const { return new TriangleStrip3D(*th
 
 bool TriangleStrip3D::ComputeIndexes(std::vector<unsigned int>& out) const {
     if (vertices.size() % 2 != 0) return false;
-    if (vertices.size() >= 4) out.reserve(out.size() + 3 * (vertices.size() - 2));
+    out.clear();
+    if (vertices.size() >= 4) out.reserve(3 * (vertices.size() - 2));
     for (unsigned int b = 0; std::size_t{b} + 3 < vertices.size(); b += 2) {
         out.insert(out.end(), {b, b + 1, b + 3, b, b + 3, b + 2});
     }
@@ -35,11 +36,14 @@ bool TriangleStrip3D::ComputeIndexes(std::vector<unsigned int>& out) const {
 
 void TriangleStrip3D::ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const {
     std::vector<unsigned int> corners;
-    if (!ComputeIndexes(corners)) return;
+    if (!ComputeIndexes(corners)) {
+        normals.clear();
+        return;
+    }
     if (perVertex) {
-        detail::AppendVertexNormals(vertices, corners, ccw, normals);
+        detail::ComputeVertexNormals(vertices, corners, ccw, normals);
     } else {
-        detail::AppendFaceNormals(vertices, corners, ccw, normals);
+        detail::ComputeFaceNormals(vertices, corners, ccw, normals);
     }
 }
 

@@ -42,15 +42,15 @@ public:
     /// Number of vertices.
     unsigned int GetSize() const { return GetVerticesSize(); }
 
-    /// Appends three indexes per triangle: of the quad at b = 2 k first (b, b + 1, b + 3), then (b, b + 3, b + 2). Less
-    /// than two rungs have none.
-    /// @return false, nothing appended, for an odd number of vertices
-    bool ComputeIndexes(std::vector<unsigned int>& out) const;
-    /// Appends the normals of the triangles of `ComputeIndexes` in their order, or one per vertex: the normalised sum
-    /// over the triangles that use it, zero where there are none.
+    /// Replaces `out` by three indexes per triangle: of the quad at b = 2 k first (b, b + 1, b + 3), then
+    /// (b, b + 3, b + 2). Less than two rungs have none.
+    /// @return false, `out` untouched, for an odd number of vertices
+    [[nodiscard]] bool ComputeIndexes(std::vector<unsigned int>& out) const;
+    /// Replaces `normals` by those of the triangles of `ComputeIndexes` in their order, or by one per vertex: the
+    /// normalised sum over the triangles that use it, zero where there are none.
     ///
     /// The normal of a triangle a, b, c is the unit vector of (b - a) x (c - b), of which one no longer than 1e-10 is
-    /// left as it is, and its opposite unless `IsCCW`. An odd number of vertices appends nothing.
+    /// left as it is, and its opposite unless `IsCCW`. Empty for an odd number of vertices.
     void ComputeNormals(bool perVertex, std::vector<Vec3D>& normals) const;
 };
 

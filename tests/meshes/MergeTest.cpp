@@ -72,6 +72,15 @@ TEST(MergeTest, CostsNoMoreNearTheSpacingOfTheVertices) {
     EXPECT_TRUE(set.CollapsePoints(1.15));
 }
 
+TEST(MergeTest, WithoutTrianglesNothingMerges) {
+    IndexedTriangleSet3D set({{0, 0, 0}, {0, 0, 0}, {1, 0, 0}}, {0, 1});
+    IndexedTriangleSet2D flat;
+    flat.AppendVertices({{0, 0}, {0, 0}});
+    EXPECT_FALSE(set.CollapsePoints(1.0) || set.CollapsePoints2D(1.0) || flat.CollapsePoints(1.0));
+    EXPECT_EQ(set.GetIndexes(), (Indexes{0, 1}));
+    EXPECT_EQ(std::pair(set.GetVerticesSize(), flat.GetVerticesSize()), std::pair(3U, 2U));
+}
+
 TEST(MergeTest, WhatHasBeenTakenTakesNothing) {
     // A, B, C at 0, 0.9 and 1.8 tolerances become A, A, C.
     IndexedTriangleSet3D set({{0, 0, 0}, {0.9, 0, 0}, {1.8, 0, 0}, {0, 9, 0}, {9, 9, 0}}, {0, 3, 4, 1, 4, 3, 2, 3, 4});

@@ -98,6 +98,40 @@ TEST(SurfaceTest, SliversOnTheBorderMakeNoRings) {
     }
 }
 
+TEST(SurfaceTest, BorderOfASurfaceWithOneSide) {
+    RandomNumbers random(20267);
+    for (unsigned int n = 5; n < 25; ++n) {  // a band of n quads, twisted once
+        IndexedTriangleSet3D band;
+        double border = 0.0;
+        const auto name = [n](unsigned int i, unsigned int side) { return 2 * (i % n) + (i < n ? side : 1 - side); };
+        for (unsigned int i = 0; i < n; ++i) {
+            for (const double side : {-1.0, 1.0}) {
+                const Angle around(2.0 * kPi * i / n), twist(kPi * i / n);
+                const Vec2D section = Point2D(twist, side) - Point2D();
+                band.AppendVertex({Point2D(around, 5.0 + section.GetX()), section.GetY()});
+            }
+            band.AppendIndexes({name(i, 0), name(i + 1, 0), name(i + 1, 1), name(i, 0), name(i + 1, 1), name(i, 1)});
+        }
+        for (unsigned int i = 0; i < 2 * n; ++i) {
+            border += band.GetVertex(name(i % n, i / n)).Distance(band.GetVertex(name(i % n + 1, i / n)));
+        }
+        Scramble(random, band.GetIndexes());
+        std::vector<LineString3D> rings;
+        EXPECT_TRUE(band.GetBoundaries(rings));
+        ASSERT_EQ(rings.size(), 1U);
+        EXPECT_EQ(rings[0].GetSize(), 2 * n + 1);
+        EXPECT_NEAR(rings[0].GetLength(), border, 1e-9);
+    }
+    // Three pages of a book: the back of one closes its border.
+    const IndexedTriangleSet3D book({{0, 0, 0}, {0, 0, 1}, {1, 0, 0}, {0, 1, 0}, {-1, 0, 0}},
+                                    {0, 1, 2, 0, 1, 3, 0, 1, 4});
+    std::vector<LineString3D> rings;
+    EXPECT_TRUE(book.GetBoundaries(rings));
+    double length = -3.0 * (1.0 + std::sqrt(2.0)) - 1.0;
+    for (const LineString3D& ring : rings) length += ring.GetLength();
+    EXPECT_NEAR(length, 0.0, 1e-12);
+}
+
 TEST(SurfaceTest, OneClosedVolume) {
     const IndexedTriangleSet3D block = Block({385000.0, 6672000.0, 50.0}, {4, 5, 6});
     IndexedTriangleSet3D two = block, open = block, fin = block, degenerate = block, flat = block;

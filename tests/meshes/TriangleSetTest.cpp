@@ -165,13 +165,14 @@ TEST(TriangleSetTest, NormalsOfFacesVerticesAndCorners) {
             EXPECT_THAT(all[3 * i + k], IsNear(vertices[block.GetIndexes()[3 * i + k]], 1e-15)) << "90 degrees: all";
         }
     }
+    const Vec3D before = faces[0];
     block.SetCCW(false);
     block.ComputeNormals(false, faces);
-    EXPECT_THAT(faces[12], IsNear(-faces[0], 0.0)) << "appended, and turned with the flag";
+    ASSERT_EQ(faces.size(), 12U) << "replaced";
+    EXPECT_THAT(faces[0], IsNear(-before, 0.0)) << "turned with the flag";
 
     // On a fine ring the normals of vertices point away from the circle in the middle.
     const auto torus = Torus({0, 0}, 0.0, 8.0, 2.0, 90);
-    vertices.clear();
     torus.ComputeNormals(true, vertices);
     for (unsigned int i = 0; i < torus.GetVerticesSize(); ++i) {
         const Vec3D at = torus.GetVertex(i) - Point3D();
@@ -194,6 +195,9 @@ TEST(TriangleSetTest, EditsOfTrianglesAndVertices) {
     EXPECT_EQ(set.GetIndexes(), (std::vector<unsigned int>{1, 2, 0, 3, 2, 1, 0, 1, 2, 7, 7, 8}));
     EXPECT_TRUE(set.RemoveLineTriangles(4.0, true)) << "inclusive";
     EXPECT_EQ(set.GetIndexes(), (std::vector<unsigned int>{2, 1, 0, 7, 7, 8})) << "vertex 0 has gone";
+    set.AppendIndexes({0, 1, 2, 8, 7, 7, 7, 8, 8, 8, 8});
+    EXPECT_TRUE(set.RemoveDuplicatedTriangles());
+    EXPECT_EQ(set.GetIndexes(), (std::vector<unsigned int>{2, 1, 0, 7, 7, 8, 7, 8, 8, 8, 8})) << "by indexes alone";
 
     // Merging a set with itself: one copy is left once duplicates go.
     IndexedTriangleSet3D torus = Torus({0, 0}, 0.0, 8.0, 2.0, 12);
@@ -207,11 +211,11 @@ TEST(TriangleSetTest, EditsOfTrianglesAndVertices) {
     odd.Merge(IndexedTriangleSet3D({{}, {1, 0, 0}, {0, 1, 0}}, {0, 1, 0xFFFFFFFEU, 2, 1, 0}), false, 0.0);
     odd.Merge(odd, false, 0.0);
     constexpr unsigned int no = 0xFFFFFFFFU;
-    EXPECT_EQ(odd.GetIndexes(),
-              (std::vector<unsigned int>{0, 1, no, 3, 4, no, 5, 4, 3, 6, 7, no, 9, 10, no, 11, 10, 9}));
+    EXPECT_EQ(odd.GetIndexes(), (std::vector<unsigned int>{0, 1, 4, 3, 4, no, 5, 4, 3, 6, 7, 10, 9, 10, no, 11, 10, 9}))
+        << "as after AppendVertices, but for the other set";
     odd.AppendIndexes({0, 1});
     odd.AddTriangle({}, {1, 0, 0}, {0, 1, 0}, false, false);
-    EXPECT_EQ(odd.GetVolume(-1.0), -0.5) << "the last triangle, and two reversed ones";
+    EXPECT_EQ(odd.GetVolume(-1.0), -0.5) << "the last triangle, two reversed ones, and two lines";
 }
 
 TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {

@@ -165,10 +165,12 @@ class VertexMerger {
 public:
     explicit VertexMerger(double tolerance) : places(tolerance) {}
 
-    /// Drops triangles that name a vertex twice, then vertices that no index names.
+    /// Drops triangles that name a vertex twice, then vertices that no index names. Without a whole triangle nothing
+    /// is merged or dropped.
     /// @return whether an index or a vertex was dropped or a vertex was moved
     template <class PointType>
     bool Merge(std::vector<PointType>& vertices, std::vector<unsigned int>& indexes) {
+        if (indexes.size() < 3) return false;
         const bool hasMoved = MergeIndexes(vertices, indexes);
         const bool hasLines = RemoveTriangles(indexes, vertices.size(), [](const unsigned int* corners, std::size_t) {
             return NamesVertexTwice(corners);

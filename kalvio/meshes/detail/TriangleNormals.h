@@ -8,8 +8,8 @@
 #include <cstddef>
 #include <vector>
 
-/// Normals of triangle sets. Every function appends; a triangle whose vertices do not exist has the normal 0 and gives
-/// nothing to any vertex.
+/// Normals of triangle sets. Every function replaces what the vector held; a triangle whose vertices do not exist has
+/// the normal 0 and gives nothing to any vertex.
 namespace Kalvio::Math::detail {
 
 inline constexpr double verticalSine = 1e-11;    // z of a unit normal: faces this steep have no winding in plan
@@ -35,35 +35,32 @@ inline Vec3D FaceNormal(const std::vector<Point3D>& vertices, const unsigned int
 }
 
 /// One per triangle.
-inline void AppendFaceNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes, bool ccw,
-                              std::vector<Vec3D>& normals) {
-    const std::size_t first = normals.size();
-    normals.resize(first + indexes.size() / 3);
+inline void ComputeFaceNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes, bool ccw,
+                               std::vector<Vec3D>& normals) {
+    normals.assign(indexes.size() / 3, Vec3D());
     ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t triangle) {
-        normals[first + triangle] = FaceNormal(vertices, corners, ccw);
+        normals[triangle] = FaceNormal(vertices, corners, ccw);
     });
 }
 
 /// One per vertex.
-inline void AppendVertexNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
-                                bool ccw, std::vector<Vec3D>& normals) {
-    const std::size_t first = normals.size();
-    normals.resize(first + vertices.size());
+inline void ComputeVertexNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
+                                 bool ccw, std::vector<Vec3D>& normals) {
+    normals.assign(vertices.size(), Vec3D());
     ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t) {
         const Vec3D normal = FaceNormal(vertices, corners, ccw);
-        for (int k = 0; k < 3; ++k) normals[first + corners[k]] += normal;
+        for (int k = 0; k < 3; ++k) normals[corners[k]] += normal;
     });
-    for (std::size_t i = first; i < normals.size(); ++i) normals[i].Normalize();
+    for (Vec3D& normal : normals) normal.Normalize();
 }
 
 /// One per corner, in the order of the indexes.
-inline void AppendCornerNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
-                                bool ccw, double cosineOfCrease, std::vector<Vec3D>& normals) {
+inline void ComputeCornerNormals(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
+                                 bool ccw, double cosineOfCrease, std::vector<Vec3D>& normals) {
     std::vector<Vec3D> faces;
-    AppendFaceNormals(vertices, indexes, ccw, faces);
+    ComputeFaceNormals(vertices, indexes, ccw, faces);
     const TrianglesAround around(indexes, vertices.size());
-    const std::size_t first = normals.size();
-    normals.resize(first + 3 * faces.size());
+    normals.assign(3 * faces.size(), Vec3D());
     ForEachTriangle(indexes, vertices.size(), [&](const unsigned int* corners, std::size_t triangle) {
         for (std::size_t k = 0; k < 3; ++k) {
             Vec3D sum;
@@ -71,7 +68,7 @@ inline void AppendCornerNormals(const std::vector<Point3D>& vertices, const std:
                 const bool isWithin = faces[other].Vec3DCosAngle(faces[triangle]) >= cosineOfCrease - creaseRounding;
                 if (other == triangle || isWithin) sum += faces[other];
             }
-            normals[first + 3 * triangle + k] = sum.Normalize();
+            normals[3 * triangle + k] = sum.Normalize();
         }
     });
 }

@@ -11,7 +11,8 @@
 /// that need nothing but the arrays.
 namespace Kalvio::Math::detail {
 
-inline constexpr unsigned int noVertex = std::numeric_limits<unsigned int>::max();
+inline constexpr unsigned int noVertex = (std::numeric_limits<unsigned int>::max)();
+inline constexpr std::size_t anyVertex = (std::numeric_limits<std::size_t>::max)();  // as a count: all exist
 
 inline bool HasCorners(const unsigned int* corners, std::size_t vertexCount) {
     return corners[0] < vertexCount && corners[1] < vertexCount && corners[2] < vertexCount;
