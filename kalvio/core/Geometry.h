@@ -20,6 +20,8 @@ class Clothoid;
 class IGeometry;
 class IndexedFaceSet2D;
 class IndexedFaceSet3D;
+class IndexedTriangleSet2D;
+class IndexedTriangleSet3D;
 class Line2D;
 class Line3D;
 class LineString2D;
@@ -72,8 +74,9 @@ public:
     /// for any other type and for an empty chain.
     static const IGeometry* GetStartSegment(const IGeometry& geometry);
     static const IGeometry* GetEndSegment(const IGeometry& geometry);
-    /// Appends points, corners of triangles, vertices of line strings and of the rings of polygons, and end points of
-    /// elements as 3D points (z = 0 in plan); a vertex that two consecutive elements share is taken once.
+    /// Appends points, corners of triangles, vertices of line strings, of the rings of polygons and of meshes (all they
+    /// hold), and end points of elements as 3D points (z = 0 in plan); a vertex that two consecutive elements share is
+    /// taken once.
     /// @return false, nothing appended, for any other type; for several geometries, when any of them has none
     static bool GetVertices(const IGeometry& geometry, std::vector<Point3D>& vertices);
     static bool GetVertices(std::vector<const IGeometry*>& geometries, std::vector<Point3D>& vertices);
@@ -143,6 +146,10 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const IndexedFaceSet2D& a, const IndexedFaceSet2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const IndexedFaceSet3D& a, const IndexedFaceSet3D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const IndexedTriangleSet2D& a, const IndexedTriangleSet2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const IndexedTriangleSet3D& a, const IndexedTriangleSet3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Line2D& a, const Line2D& b, double tolerance);
 template <>

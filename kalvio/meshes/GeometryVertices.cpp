@@ -8,6 +8,11 @@
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/meshes/IndexedFaceSet2D.h"
+#include "kalvio/meshes/IndexedFaceSet3D.h"
+#include "kalvio/meshes/IndexedTriangleSet2D.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -36,13 +41,24 @@ bool CollectChainVertices(const Chain& chain, std::vector<Point3D>& vertices) {
     return true;
 }
 
+template <class PointType>
+void Collect(const std::vector<PointType>& points, std::vector<Point3D>& vertices) {
+    for (const PointType& point : points) vertices.push_back(Lifted(point));
+}
+
 template <class Polygon>
 void CollectRings(const Polygon& polygon, std::vector<Point3D>& vertices) {
-    const auto collect = [&vertices](const auto& points) {
-        for (const auto& point : points) vertices.push_back(Lifted(point));
-    };
-    collect(polygon.GetPoints());
-    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) collect(polygon.GetHoleBoundary(i).GetPoints());
+    Collect(polygon.GetPoints(), vertices);
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) {
+        Collect(polygon.GetHoleBoundary(i).GetPoints(), vertices);
+    }
+}
+
+// Those that no face names included.
+template <class Mesh>
+bool CollectMesh(const IGeometry& mesh, std::vector<Point3D>& vertices) {
+    Collect(static_cast<const Mesh&>(mesh).GetVertices(), vertices);
+    return true;
 }
 
 // Appends what the geometry has; false, possibly after some, when a part has no vertices.
@@ -65,15 +81,21 @@ bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) 
             return true;
         }
         case MathTypes::LineString2D:
-            for (const Point2D& point : static_cast<const LineString2D&>(geometry).GetPoints()) {
-                vertices.push_back(Lifted(point));
-            }
+            Collect(static_cast<const LineString2D&>(geometry).GetPoints(), vertices);
             return true;
-        case MathTypes::LineString3D: {
-            const auto& points = static_cast<const LineString3D&>(geometry).GetPoints();
-            vertices.insert(vertices.end(), points.begin(), points.end());
+        case MathTypes::LineString3D:
+            Collect(static_cast<const LineString3D&>(geometry).GetPoints(), vertices);
             return true;
-        }
+        case MathTypes::IndexedFaceSet2D:
+            return CollectMesh<IndexedFaceSet2D>(geometry, vertices);
+        case MathTypes::IndexedFaceSet3D:
+            return CollectMesh<IndexedFaceSet3D>(geometry, vertices);
+        case MathTypes::IndexedTriangleSet2D:
+            return CollectMesh<IndexedTriangleSet2D>(geometry, vertices);
+        case MathTypes::IndexedTriangleSet3D:
+            return CollectMesh<IndexedTriangleSet3D>(geometry, vertices);
+        case MathTypes::TriangleStrip3D:
+            return CollectMesh<TriangleStrip3D>(geometry, vertices);
         case MathTypes::Polygon2D:
             CollectRings(static_cast<const Polygon2D&>(geometry), vertices);
             return true;

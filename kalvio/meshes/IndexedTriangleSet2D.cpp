@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/detail/PointOnLine.h"
@@ -162,6 +163,11 @@ IndexedTriangleSet2D& IndexedTriangleSet2D::Translate(const Vec2D& v) {
 IndexedTriangleSet2D IndexedTriangleSet2D::Translate(const Vec2D& v) const {
     IndexedTriangleSet2D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const IndexedTriangleSet2D& a, const IndexedTriangleSet2D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/detail/PointOnLine.h"
@@ -326,6 +327,11 @@ IndexedTriangleSet3D& IndexedTriangleSet3D::Translate(const Vec3D& v) {
 IndexedTriangleSet3D IndexedTriangleSet3D::Translate(const Vec3D& v) const {
     IndexedTriangleSet3D copy(*this);
     return copy.Translate(v);
+}
+
+template <>
+bool Geometry::AreEqual(const IndexedTriangleSet3D& a, const IndexedTriangleSet3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
 }
 
 }  // namespace Kalvio::Math

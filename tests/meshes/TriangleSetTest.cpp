@@ -23,6 +23,10 @@ void CheckObject(const Set& set, MathTypes type) {
     EXPECT_EQ(set.GetType(), type);
     EXPECT_EQ(set.GetTopologicalDimension(), 2U);
     EXPECT_EQ(set.GetVerticesSize(), 6U);
+    std::vector<Point3D> vertices(1);
+    EXPECT_TRUE(Geometry::GetVertices(set, vertices));
+    ASSERT_EQ(vertices.size(), 7U);
+    EXPECT_THAT(CoordinatesOf(vertices[6]), IsNear(CoordinatesOf(set.GetVertex(5)), 0.0)) << "named or not";
     const std::unique_ptr<Set> copy(set.Clone());
     EXPECT_TRUE(copy->IsEqualTo(static_cast<const IGeometry&>(set), 1e-12));
     copy->GetVertex(2).SetX(0.25);

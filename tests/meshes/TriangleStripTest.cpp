@@ -44,6 +44,8 @@ TEST(TriangleStripTest, WhatHasNoTrianglesAndWhatIsEqual) {
     }
     strip.AppendVertices(strip.GetVertices());
     EXPECT_THAT(strip.GetBoundingBox().GetMaxPoint(), IsNear(Point3D(1, 2, 3), 0.0));
+    std::vector<Point3D> vertices;
+    EXPECT_TRUE(Geometry::GetVertices(strip, vertices) && vertices.size() == 8);
     const std::unique_ptr<TriangleStrip3D> copy(strip.Clone());
     EXPECT_TRUE(copy->GetSize() == 8 && Geometry::AreEqual(strip, *copy, 1e-12) && strip.IsEqualTo(*copy, 1e-12));
     copy->GetVertex(7).SetZ(3.25);

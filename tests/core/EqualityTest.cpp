@@ -1,0 +1,123 @@
+#include "kalvio/Math.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+namespace {
+
+const Point2D a(1, 2), b(5, 2);
+const Point3D u(1, 2, 3), v(5, 2, 3), w(5, 9, 4);
+const std::vector<Point2D> plan{{0, 0}, {4, 0}, {0, 4}};
+const std::vector<Point3D> space{{0, 0, 1}, {4, 0, 1}, {0, 4, 1}};
+
+// `first(d)` and `second(d)` make objects of which a coordinate, or whatever is compared, is off by d.
+template <class MakeFirst, class MakeSecond>
+void Check(const MakeFirst& first, const MakeSecond& second, const char* pair) {
+    EXPECT_TRUE(Geometry::AreEqual(first(0.0), second(0.125), 0.1875)) << pair;
+    EXPECT_TRUE(Geometry::AreEqual(first(-0.125), second(0.0), 0.1875)) << pair;
+    EXPECT_FALSE(Geometry::AreEqual(first(0.0), second(0.25), 0.1875)) << pair;
+    EXPECT_FALSE(Geometry::AreEqual(first(0.25), second(0.0), 0.1875)) << pair;
+}
+template <class Make>
+void Check(const Make& make, const char* name) {
+    Check(make, make, name);
+}
+
+template <class Chain, class Make>
+auto ChainOf(const Make& make) {
+    return [make](double d) {
+        Chain chain;
+        chain.AppendElement(make(d).Clone());
+        return chain;
+    };
+}
+template <class Mesh, class Points>
+auto MeshOf(const Points& points) {
+    return [&points](double d) {
+        Mesh mesh;
+        mesh.AppendVertices(points);
+        mesh.GetVertex(1)[0] += d;
+        return mesh;
+    };
+}
+template <class Polygon, class Points>
+auto PolygonOf(const Points& points) {
+    return [&points](double d) {
+        Points moved = points;
+        moved[1][0] += d;
+        return Polygon(moved);
+    };
+}
+
+TEST(EqualityTest, EveryPairThatHasOne) {
+    const Vec2D east(1, 0);
+    const Plane3D floor(0, 0, 1, -3);
+    const auto number = [](double d) { return 1.0 + d; };
+    const auto line = [](double d) { return Line2D(a, b + Vec2D(d, 0)); };
+    const auto line3D = [](double d) { return Line3D(u, v + Vec3D(0, 0, d)); };
+    const auto string = [](double d) { return LineString2D{a, b + Vec2D(d, 0)}; };
+    const auto string3D = [](double d) { return LineString3D{u, v + Vec3D(0, 0, d)}; };
+    const auto arc = [](double d) { return Arc2D(a + Vec2D(d, 0), b + Vec2D(d, 0), Angle(1.0)); };
+    const auto clothoid = [&](double d) { return Clothoid(0.0, 300.0, 150.0, a + Vec2D(d, 0), east); };
+    const auto spiral = [&](double d) {
+        return Spiral2D(Spiral2D::Spiral2DType::Bloss, 0.0, 300.0, 60.0, a + Vec2D(d, 0), east);
+    };
+    const auto parabola = [](double d) { return Parabola(Point2D(0, d), Point2D(1, 1 + d), 1.0, 0.0, d); };
+    Check(number, "double");
+    Check(
+        number, [](double d) { return d < 0.2 ? 1 : 2; }, "double, int");
+    Check([](double d) { return Angle(d); }, "Angle");
+    Check([](double d) { return Point2D(1, 2 + d); }, "Point2D");
+    Check([](double d) { return Point2DM(1, 2, 3 + d); }, "Point2DM");
+    Check([](double d) { return Point3D(1, 2, 3 + d); }, "Point3D");
+    Check([](double d) { return PointND(std::vector{1.0, 2.0, 3.0, 4.0 + d}); }, "PointND");
+    Check([](double d) { return Vec2D(1, 2 + d); }, "Vec2D");
+    Check([](double d) { return Vec3D(1, 2, 3 + d); }, "Vec3D");
+    Check([](double d) { return VecND(std::vector{1.0, 2.0, 3.0, 4.0 + d}); }, "VecND");
+    Check(
+        [](double d) {
+            return Matrix2D(std::array{1.0, 0.0, 3 + d, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}.data());
+        },
+        "Matrix2D");
+    Check([](double d) { return Plane3D(0, 0, 1, d); }, "Plane3D");
+    Check([](double d) { return Triangle3D(u, v, w + Vec3D(0, d, 0)); }, "Triangle3D");
+    Check([](double d) { return BoundingBox2D(a, b + Vec2D(d, 2)); }, "BoundingBox2D");
+    Check([](double d) { return BoundingBox3D(u + Vec3D(d, d, d), v + Vec3D(d, 2 + d, d)); }, "BoundingBox3D");
+    Check([](double d) { return BoundingBoxND(BoundingBox2D(a, b + Vec2D(d, 0))); }, "BoundingBoxND");
+    Check([](double d) { return Circle2D(a, 4 + d); }, "Circle2D");
+    Check([&](double d) { return Circle3D(u, 4 + d, floor); }, "Circle3D");
+    Check([&](double d) { return Arc3D(u + Vec3D(d, 0, 0), v + Vec3D(d, 0, 0), Angle(1.0), floor); }, "Arc3D");
+    Check(line, "Line2D");
+    Check(line, string, "Line2D, LineString2D");
+    Check(line, ChainOf<Polyline2D>(line), "Line2D, Polyline2D");
+    Check(string, "LineString2D");
+    Check(string, ChainOf<Polyline2D>(string), "LineString2D, Polyline2D");
+    Check(arc, "Arc2D");
+    Check(arc, ChainOf<Polyline2D>(arc), "Arc2D, Polyline2D");
+    Check(clothoid, "Clothoid");
+    Check(clothoid, ChainOf<Polyline2D>(clothoid), "Clothoid, Polyline2D");
+    Check(spiral, "Spiral2D");
+    Check(spiral, ChainOf<Polyline2D>(spiral), "Spiral2D, Polyline2D");
+    Check(parabola, "Parabola");
+    Check(parabola, ChainOf<Polyline2D>(parabola), "Parabola, Polyline2D");
+    Check(ChainOf<Polyline2D>(arc), "Polyline2D");
+    Check(line3D, "Line3D");
+    Check(line3D, string3D, "Line3D, LineString3D");
+    Check(string3D, "LineString3D");
+    Check(ChainOf<Polyline3D>(line3D), "Polyline3D");
+    Check(PolygonOf<Polygon2D>(plan), "Polygon2D");
+    Check(PolygonOf<Polygon3D>(space), "Polygon3D");
+    Check([&](double d) { return PolygonCurve2D(ChainOf<RingCurve2D>(arc)(d)); }, "PolygonCurve2D");
+    Check([&](double d) { return PolygonCurve3D(ChainOf<RingCurve3D>(line3D)(d)); }, "PolygonCurve3D");
+    Check(MeshOf<IndexedFaceSet2D>(plan), "IndexedFaceSet2D");
+    Check(MeshOf<IndexedFaceSet3D>(space), "IndexedFaceSet3D");
+    Check(MeshOf<IndexedTriangleSet2D>(plan), "IndexedTriangleSet2D");
+    Check(MeshOf<IndexedTriangleSet3D>(space), "IndexedTriangleSet3D");
+    Check(MeshOf<TriangleStrip3D>(space), "TriangleStrip3D");
+    const Point2D origin, beside(0.125, 0), away(0.25, 0);
+    const IGeometry &geometry = origin, &near = beside, &far = away;
+    EXPECT_TRUE(Geometry::AreEqual(geometry, near, 0.1875) && !Geometry::AreEqual(geometry, far, 0.1875))
+        << "IGeometry";
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
