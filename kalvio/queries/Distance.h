@@ -79,12 +79,13 @@ public:
     /// Plan distance, without a sign, to the infinite line a -> b.
     static double PointToLine2D(const Point3D& point, const Point3D& a, const Point3D& b);
 
-    /// Distance to the nearest point of the segment (`Projection::NearestPointOnLineSegment`), negative to the left of
-    /// the infinite line, also where an end is nearest. In space it has no sign.
+    /// Distance to the foot of the perpendicular where `Projection::NormalPointOnLineSegment` finds one, up to the
+    /// tolerance beyond an end, else to the nearer end; negative to the left of the infinite line, also where an end is
+    /// nearest. In space it has no sign.
     static double PointToLineSegment(const Line2D& line, const Point2D& point, double tolerance);
     static double PointToLineSegment(const Line3D& line, const Point3D& point, double tolerance);
-    /// Distance to the nearest segment, without sign; the largest double for an empty string and where no distance is
-    /// finite.
+    /// Distance to the nearest segment (`PointToLineSegment`), without sign; the largest double for an empty string and
+    /// where no distance is finite.
     static double PointToLineString(const LineString2D& lineString, const Point2D& point, double tolerance);
     static double PointToLineString(const LineString3D& lineString, const Point3D& point, double tolerance);
     /// Distance to the outer ring, its closing edge included, negative for a point inside that ring: holes play no

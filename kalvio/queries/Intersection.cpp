@@ -164,13 +164,12 @@ IntersectionResult Intersection::AddOverlapPoints(std::vector<Point2D>& out, con
     const double user = std::abs(tolerances.UserTolerance());
     const double from = std::max(a1, b1);
     const double to = std::min(a2, b2);
-    if (from - to > user) return IntersectionResult::NoIntersection;
-    const Point2D first = b1 > a1 ? b.GetStart() : a.GetStart();
-    const Point2D last = b2 < a2 ? b.GetEnd() : a.GetEnd();
-    out.push_back(first);
-    if (to - from <= user) return IntersectionResult::Intersecting;
-    out.push_back(last);
     const bool areSame = std::abs(a1 - b1) <= user && std::abs(a2 - b2) <= user;
+    const bool areTouching = to == from || std::abs(to - from) < user;
+    if (from > to && !areTouching) return IntersectionResult::NoIntersection;
+    out.push_back(b1 > a1 ? b.GetStart() : a.GetStart());
+    if (areTouching && !areSame) return IntersectionResult::Intersecting;
+    out.push_back(b2 < a2 ? b.GetEnd() : a.GetEnd());
     return areSame ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
 }
 

@@ -71,7 +71,7 @@ public:
     static int LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance);
     /// Collinear segments (parallel within the angle tolerance, and within the user tolerance of each other where they
     /// overlap): `Coincident` when both ends agree, else `Intersecting`, with the two ends of the overlap, or the one
-    /// point where they only touch.
+    /// point where they only touch, by a gap or an overlap below the user tolerance.
     static IntersectionResult LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
                                                      const Tolerances& tolerances);
     static int LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out, double tolerance);
@@ -250,11 +250,12 @@ public:
     // Chains and areas.
     //
     // Two chains have in common the points where they cross, the points where an end or vertex of one touches the
-    // other, and, of a part along which they run together, its two ends, however many segments it has. Three and more
-    // crossings, each at most four tolerances along both from the next, count as such a part (of element polylines
-    // too). Points are appended in order along the first operand, each once: points that differ by less than the
-    // tolerance in both coordinates are one, and so is a vertex at most the tolerance from the one before it. The
-    // tolerance is a length: chains meet where they come at most that near, at least 1e-10.
+    // other, and, of a part along which they run together, its two ends, however many segments it has, and the tip of a
+    // spike, where both turn back. Three and more crossings, each at most four tolerances along both from the next,
+    // count as such a part (of element polylines too). Points are appended in order along the first operand, each once:
+    // points that differ by less than the tolerance in both coordinates are one, and so is a vertex at most the
+    // tolerance from the one before it. The tolerance is a length: chains meet where they come at most that near, at
+    // least 1e-10.
     // Results that leave room for doubt: `Coincident`, with the two ends (of closed chains, the first point), when both
     // run along each other from end to end, in either direction; `Degenerate`, with nothing appended, for an operand
     // not longer than the tolerance, or whose length is not finite. Boxes over runs of segments find the pairs that

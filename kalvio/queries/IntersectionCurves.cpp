@@ -6,6 +6,7 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/detail/ChainContacts.h"
 #include "kalvio/queries/detail/ElementCrossings.h"
 
 #include <algorithm>
@@ -24,13 +25,16 @@ IntersectionResult AppendCrossings(const detail::CrossingOperand& a, const detai
     const auto isolated = static_cast<std::ptrdiff_t>(crossings.size());
     for (const detail::ElementOverlap& overlap : overlaps) {
         crossings.push_back(overlap.from);
-        crossings.push_back(overlap.to);
+        if (!overlap.isAllAround) crossings.push_back(overlap.to);
     }
     const auto isBefore = [](const detail::ElementCrossing& p, const detail::ElementCrossing& q) {
         return p.onFirst < q.onFirst;
     };
     std::inplace_merge(crossings.begin(), crossings.begin() + isolated, crossings.end(), isBefore);
-    for (const detail::ElementCrossing& crossing : crossings) out.push_back(crossing.point);
+    // A point that a curve passes twice, where it closes or crosses itself, is one.
+    std::vector<Point2D> points;
+    for (const detail::ElementCrossing& crossing : crossings) points.push_back(crossing.point);
+    detail::AppendDistinct(points, out, out.size(), detail::NearnessOf(tolerances));
     return result;
 }
 
@@ -215,7 +219,8 @@ IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D&
     const double distance = centers.Length();
     if (!(r0 >= epsilon) || !(r1 >= epsilon)) return IntersectionResult::Degenerate;
     const double difference = std::abs(r0 - r1);
-    if (epsilon > distance && epsilon > difference) return IntersectionResult::Coincident;
+    const bool areSame = distance == 0.0 && difference == 0.0;  // whatever the epsilon
+    if (areSame || (epsilon > distance && epsilon > difference)) return IntersectionResult::Coincident;
     if (!(distance <= r0 + r1) || !(difference <= distance)) return IntersectionResult::NoIntersection;
     const double along = (r0 * r0 - r1 * r1 + distance * distance) / (2.0 * distance);
     // r0^2 - along^2, taken apart so that circles as far apart as their radii add up to have none of it.

@@ -25,17 +25,22 @@ namespace {
 using Candidate = GeometryDistancePair<Point2D>;
 
 template <class PointType, class Line>
-PointType NearestOnSegment(const PointType& point, const Line& line, double tolerance) {
-    const detail::SegmentFoot foot(point, line.GetStart(), line.GetEnd(), tolerance);
+PointType NearestOnSegment(const PointType& point, const Line& line) {
+    const detail::SegmentFoot foot(point, line.GetStart(), line.GetEnd(), 0.0);
     return foot.PointOn(line.GetStart(), line.GetEnd());
 }
 
 template <class PointType>
-detail::ChainFoot<PointType> NearestOnChain(const PointType& point, const std::vector<PointType>& points,
-                                            double tolerance, bool withClosing = false) {
+bool FindNearest(const PointType& point, const std::vector<PointType>& points, detail::ChainFoot<PointType>& foot,
+                 bool withClosing = false) {
+    return detail::FindNearest(points, point, 0.0, foot, withClosing);
+}
+
+template <class PointType>
+PointType NearestOnChain(const PointType& point, const std::vector<PointType>& points, bool withClosing = false) {
     detail::ChainFoot<PointType> foot;
-    detail::FindNearest(points, point, tolerance, foot, withClosing);
-    return foot;
+    FindNearest(point, points, foot, withClosing);
+    return foot.point;
 }
 
 double StationOf(const std::vector<Point2D>& points, const detail::ChainFoot<Point2D>& foot) {
@@ -68,7 +73,7 @@ public:
 private:
     void Add(const Line2D& segment) {
         const double distance = Distance::PointToLineSegment(segment, point, tolerance);
-        if (std::isfinite(distance)) found.push_back({NearestOnSegment(point, segment, tolerance), distance, index});
+        if (std::isfinite(distance)) found.push_back({NearestOnSegment(point, segment), distance, index});
         ++index;
     }
 
@@ -78,11 +83,18 @@ private:
     std::vector<Candidate> found;
 };
 
+/// Of a vector of any length but 0: scaled by its largest component first, so that short ones keep their direction.
+template <class Vector>
+Vector UnitOf(const Vector& vector, double largest) {
+    Vector unit = vector / largest;
+    return unit.Normalize();
+}
+
 // Projection along one direction, prepared for many points.
 class PlaneProjector {
 public:
     PlaneProjector(const Vec3D& along, const Plane3D& plane) : direction(along), normal(plane.GetNormal()) {
-        direction.Normalize();
+        direction = UnitOf(along, std::max({std::abs(along.GetX()), std::abs(along.GetY()), std::abs(along.GetZ())}));
         slope = normal.DotProduct(direction);
         origin = plane.GetPoint();
     }
@@ -120,27 +132,27 @@ bool Projection::NormalPointOnLineSegment2(const Point2D& point, const Line2D& l
     return detail::SegmentFoot(point, line.GetStart(), line.GetEnd(), tolerance).isFoot;
 }
 
-Point2D Projection::NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance) {
-    return NearestOnSegment(point, line, tolerance);
+Point2D Projection::NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double /*tolerance*/) {
+    return NearestOnSegment(point, line);
 }
 
-Point3D Projection::NearestPointOnLineSegment(const Point3D& point, const Line3D& line, double tolerance) {
-    return NearestOnSegment(point, line, tolerance);
+Point3D Projection::NearestPointOnLineSegment(const Point3D& point, const Line3D& line, double /*tolerance*/) {
+    return NearestOnSegment(point, line);
 }
 
-Point2D Projection::NearestPoint(const Point2D& point, const LineString2D& lineString, double tolerance) {
-    return NearestOnChain(point, lineString.GetPoints(), tolerance).point;
+Point2D Projection::NearestPoint(const Point2D& point, const LineString2D& lineString, double /*tolerance*/) {
+    return NearestOnChain(point, lineString.GetPoints());
 }
 
-Point3D Projection::NearestPoint(const Point3D& point, const LineString3D& lineString, double tolerance) {
-    return NearestOnChain(point, lineString.GetPoints(), tolerance).point;
+Point3D Projection::NearestPoint(const Point3D& point, const LineString3D& lineString, double /*tolerance*/) {
+    return NearestOnChain(point, lineString.GetPoints());
 }
 
 Polyline2D::PolylinePoint Projection::NearestPointOnLineString(const Point2D& point, const LineString2D& lineString,
-                                                               double tolerance) {
+                                                               double /*tolerance*/) {
     const std::vector<Point2D>& points = lineString.GetPoints();
     detail::ChainFoot<Point2D> foot;
-    if (!detail::FindNearest(points, point, tolerance, foot)) return {};
+    if (!FindNearest(point, points, foot)) return {};
     Polyline2D::PolylinePoint nearest;
     nearest.point = foot.point;
     nearest.elementIndex = static_cast<std::uint32_t>(foot.segment);
@@ -152,19 +164,17 @@ Polyline2D::PolylinePoint Projection::NearestPointOnLineString(const Point2D& po
 }
 
 Point3D Projection::NearestPointOnLineString(const Point3D& point, const LineString3D& lineString,
-                                             unsigned int& segment, double tolerance) {
+                                             unsigned int& segment, double /*tolerance*/) {
     detail::ChainFoot<Point3D> foot;
-    if (detail::FindNearest(lineString.GetPoints(), point, tolerance, foot)) {
-        segment = static_cast<unsigned int>(foot.segment);
-    }
+    if (FindNearest(point, lineString.GetPoints(), foot)) segment = static_cast<unsigned int>(foot.segment);
     return foot.point;
 }
 
 int Projection::NormalPointOnLineString(const Point2D& point, const LineString2D& lineString, Point2D& foot,
-                                        double& station, double tolerance) {
+                                        double& station, double /*tolerance*/) {
     const std::vector<Point2D>& points = lineString.GetPoints();
     detail::ChainFoot<Point2D> nearest;
-    if (points.size() < 2 || !detail::FindNearest(points, point, tolerance, nearest)) return 0;
+    if (points.size() < 2 || !FindNearest(point, points, nearest)) return 0;
     double length = 0.0;
     if (!lineString.GetLengthFromStartPoint(nearest.point, length, detail::looseStationTolerance)) {
         length = StationOf(points, nearest);
@@ -191,16 +201,17 @@ std::uint64_t Projection::NearestPointsOnPolygon(const Point2D& point, const Pol
     return candidates.AppendTo(out);
 }
 
-Point2D Projection::NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double tolerance) {
-    return NearestOnChain(point, polygon.GetPoints(), tolerance, true).point;
+Point2D Projection::NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double /*tolerance*/) {
+    return NearestOnChain(point, polygon.GetPoints(), true);
 }
 
-Point2D Projection::NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon, double tolerance) {
+Point2D Projection::NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon,
+                                                   double /*tolerance*/) {
     Point2D nearest;
     double best = std::numeric_limits<double>::infinity();
     const auto tryRing = [&](const std::vector<Point2D>& ring) {
         detail::ChainFoot<Point2D> foot;
-        if (!detail::FindNearest(ring, point, tolerance, foot, true) || !(foot.distance < best)) return;
+        if (!FindNearest(point, ring, foot, true) || !(foot.distance < best)) return;
         nearest = foot.point;
         best = foot.distance;
     };
@@ -235,8 +246,7 @@ Polygon3D Projection::NormalPolygonOnPlane(const Polygon3D& polygon, const Plane
 
 bool Projection::OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,
                                            double& minimum, double& maximum) {
-    Vec2D along = axis;
-    along.Normalize();
+    const Vec2D along = UnitOf(axis, std::max(std::abs(axis.GetX()), std::abs(axis.GetY())));
     Vec2D first, second;
     box.GetAxes(first, second);
     const double middle = along.DotProduct(box.GetCenter() - origin);

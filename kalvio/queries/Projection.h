@@ -50,7 +50,10 @@ public:
     static bool NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance);
     /// The same, but `foot` always receives the foot on the infinite line.
     static bool NormalPointOnLineSegment2(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance);
-    /// The foot when it lies on the segment as above, else the nearer end.
+    // Nearest points of segments, strings and polygons lie on them, at the furthest at an end, to rounding whatever the
+    // tolerance.
+
+    /// The foot where it lies on the segment, else the nearer end.
     static Point2D NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance);
     static Point3D NearestPointOnLineSegment(const Point3D& point, const Line3D& line, double tolerance);
 
@@ -114,8 +117,9 @@ public:
                                      double tolerance);
     static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
                                      double tolerance);
-    /// Where no element has a foot, the nearest one outside them: on the straight continuation of an element along its
-    /// tangent beyond one of its ends. Its station counts on, below 0 before the start of the chain.
+    /// The nearest of the feet on the elements and of those outside them, on the straight continuation of an element
+    /// along its tangent beyond one of its ends; of equals one on an element. The station of a foot outside counts on
+    /// from that end, below 0 before the start of the chain.
     /// @return 1 on an element; 2 outside; 0, outputs untouched, for a chain without elements that have a direction
     static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
                                       double tolerance);

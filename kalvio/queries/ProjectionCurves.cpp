@@ -24,10 +24,14 @@ int Report(bool found, const Sample& sample, Point2D& foot, double& station, Vec
     return 1;
 }
 
-// The nearest foot on the straight continuations of the elements beyond their ends.
+// The nearest foot of all, on the elements or on their straight continuations beyond their ends.
 class Continuations {
 public:
-    explicit Continuations(const Point2D& query) : point(query) {}
+    /// @param onElement  the nearest foot on an element; null where there is none
+    Continuations(const Point2D& query, const Polyline2D::PolylinePoint* onElement, double reachBeyondEnds)
+        : point(query), elementReach(onElement != nullptr ? std::abs(reachBeyondEnds) : 0.0) {
+        if (onElement != nullptr) best = *onElement;
+    }
 
     void Add(const IPolyline2DElement& element, std::uint32_t index, double from) {
         constexpr double nearby = 1e-3;  // of the length: tells which way the element runs from its end
@@ -42,18 +46,18 @@ public:
             const double beyond = (point - end.point).DotProduct(outward);
             const Point2D candidate = end.point + outward * beyond;
             const double distance = candidate.Distance(point);
-            if (!(beyond >= 0.0) || !(outward.NormSquared() > 0.0) || !(distance < best.distance)) continue;
+            if (!(beyond >= elementReach) || !(outward.NormSquared() > 0.0) || !(distance < best.distance)) continue;
             best = {candidate, end.tangent, index, distance, from + station + (atEnd ? beyond : -beyond)};
+            isOutside = true;
         }
     }
-    bool GetBest(Polyline2D::PolylinePoint& foot) const {
-        if (!std::isfinite(best.distance)) return false;
-        foot = best;
-        return true;
-    }
+    bool IsOutside() const { return isOutside; }
+    const Polyline2D::PolylinePoint& GetBest() const { return best; }
 
 private:
     Point2D point;
+    double elementReach;  // so far beyond its ends an element has the foot itself
+    bool isOutside = false;
     Polyline2D::PolylinePoint best{{}, {}, 0, std::numeric_limits<double>::infinity(), 0.0};
 };
 
@@ -142,15 +146,18 @@ int Projection::NormalPointOnPolyline2(const Point2D& point, const Polyline2D& p
 
 int Projection::NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline,
                                        Polyline2D::PolylinePoint& foot, double tolerance) {
-    if (polyline.GetNormalPoint(point, tolerance, foot)) return 1;
-    Continuations continuations(point);
+    Polyline2D::PolylinePoint onElement;
+    const bool isOnElement = polyline.GetNormalPoint(point, tolerance, onElement);
+    Continuations continuations(point, isOnElement ? &onElement : nullptr, tolerance);
     double station = 0.0;
     for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
         const IPolyline2DElement& element = polyline.GetElementAtIndex(i);
         continuations.Add(element, i, station);
         station += element.GetLength();
     }
-    return continuations.GetBest(foot) ? 2 : 0;
+    if (!isOnElement && !continuations.IsOutside()) return 0;
+    foot = continuations.GetBest();
+    return continuations.IsOutside() ? 2 : 1;
 }
 
 }  // namespace Kalvio::Math

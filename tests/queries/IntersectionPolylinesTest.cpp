@@ -216,6 +216,22 @@ TEST(IntersectionPolylinesTest, Results) {
             ASSERT_EQ(once.size(), 1U) << "whatever the seams";
             EXPECT_NEAR(once[0].station, 0.0, 1e-9);
         }
+        // A segment through the seam meets the circle once more; behind a line the chain passes the seam twice.
+        for (const double turn : {-1.5, -0.6, 0.1, 0.9}) {
+            const P start = full.GetStart();
+            const Vec2D ahead = P(Angle(seam + kPi + turn), 1.0) - P();
+            Polyline2D alone, behind;
+            alone.AppendElement(new Arc2D(full));
+            behind.AppendElement(new Line2D(start + full.GetStartTangent() * -4, start));
+            behind.AppendElement(new Arc2D(full));
+            PolylinePoints found;
+            const Line2D cut(start - ahead * 3, start + ahead * 25);
+            EXPECT_EQ(Intersection::PolylineLineSegment(alone, cut, found, 1e-4), 2) << seam << ' ' << turn;
+            EXPECT_EQ(Intersection::PolylineLineSegment(behind, cut, found, 1e-4), 3) << seam << ' ' << turn;
+            const double again = 10 * (kPi + 2 * turn), stations[] = {0, again, 4, 4 + again, 4 + 20 * kPi};
+            ASSERT_EQ(found.size(), std::size(stations));
+            for (std::size_t i = 0; i < found.size(); ++i) EXPECT_NEAR(found[i].station, stations[i], 1e-7);
+        }
     }
 }
 

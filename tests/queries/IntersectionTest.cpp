@@ -73,6 +73,26 @@ TEST(IntersectionTest, LineSegmentLine) {
     }
 }
 
+TEST(IntersectionTest, CollinearSegments) {
+    using R = IntersectionResult;
+    const std::tuple<const char*, double, double, double, R, std::vector<double>> rows[] = {
+        {"a gap below the tolerance", 4.0625, 6, 0.125, R::Intersecting, {4.0625}},
+        {"a gap of the tolerance", 4.125, 6, 0.125, R::NoIntersection, {}},
+        {"an overlap below it", 3.9375, 6, 0.125, R::Intersecting, {3.9375}},
+        {"an overlap of it", 6, 3.875, 0.125, R::Intersecting, {3.875, 4}},
+        {"both ends agree", 4.125, -0.125, 0.125, R::Coincident, {0, 4}},
+        {"they do not without a tolerance", 4.125, 0, 0, R::Intersecting, {0, 4}},
+        {"end to end", 4, 6, 0, R::Intersecting, {4}},
+    };
+    for (const auto& [why, from, to, tolerance, result, expected] : rows) {
+        std::vector<Point2D> found;
+        const Line2D a(Point2D(0, 0), Point2D(4, 0)), b(Point2D(from, 0), Point2D(to, 0));
+        EXPECT_EQ(Intersection::LineSegmentLineSegment(a, b, found, Tolerances(tolerance, 1e-10)), result) << why;
+        ASSERT_EQ(found.size(), expected.size()) << why;
+        for (std::size_t i = 0; i < found.size(); ++i) EXPECT_EQ(found[i], Point2D(expected[i], 0)) << why;
+    }
+}
+
 TEST(IntersectionTest, LineCircleTellsPointsAndTangentsByTheDiscriminant) {
     using P = Point2D;
     const std::tuple<const char*, Line2D, double, int, P, P> rows[] = {
@@ -118,6 +138,8 @@ TEST(IntersectionTest, CircleCircle) {
         ASSERT_EQ(points.size(), expected.size()) << why;
         for (std::size_t i = 0; i < points.size(); ++i) EXPECT_THAT(points[i], IsNear(expected[i], 1e-12)) << why;
         EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, 1e-4), expected.size()) << why;
+        points.clear();
+        EXPECT_EQ(Intersection::CircleCircle(circle, circle, points, 0.0), 0) << why;
     }
 }
 
@@ -160,7 +182,7 @@ TEST(IntersectionTest, WholeLinesAndCirclesMeetCurvesLikeLongSegmentsAndFullArcs
             for (std::size_t j = 0; j < found[i].size(); ++j)
                 EXPECT_THAT(found[i][j], IsNear(found[i + 1][j], 1e-7)) << i;
         }
-        EXPECT_EQ(I::ArcCircle(ring, circle, found[10], tolerance), 2) << "the ends of the overlap, at the seam";
+        EXPECT_EQ(I::ArcCircle(ring, circle, found[10], tolerance), 1) << "a run all around has its first point";
     }
 }
 

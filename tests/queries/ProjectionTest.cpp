@@ -60,7 +60,7 @@ TEST(ProjectionTest, PlanesAndAxes) {
     };
     for (int round = 0; round < 200; ++round) {
         const Point3D origin(surveyOrigins[round % 2], 100.0);
-        const Vec3D normal = vector(1.0), direction = vector(5.0);
+        const Vec3D normal = vector(1.0), direction = vector(5.0) * (round % 3 == 0 ? 1e-11 : 1.0);
         const Plane3D plane(origin + vector(50.0), normal);
         const Point3D p = origin + vector(50.0);
         Point3D projected;
@@ -80,7 +80,8 @@ TEST(ProjectionTest, PlanesAndAxes) {
         EXPECT_EQ(Projection::PolygonOnPlane(polygon, Vec3D(), plane).GetSize(), 0U);
         EXPECT_EQ(Projection::NormalPolygonOnPlane(polygon, Plane3D()).GetSize(), 0U);
 
-        const Vec2D turned(random(-1.0, 1.0), 1.0), axis(random(-3.0, 3.0), 2.0);
+        const Vec2D turned(random(-1.0, 1.0), 1.0),
+            axis(Vec2D(random(-3.0, 3.0), 2.0) * (round % 3 == 0 ? 1e-11 : 1.0));
         const OrientedBoundingBox2D box(p.GetPoint2D(), Vec2D(random(0.0, 9.0), 4.0), turned,
                                         turned.GetNormalVector(true));
         double low = 7.0, high = 7.0, least = kInfinity, most = -kInfinity;
@@ -328,17 +329,24 @@ TEST(ProjectionTest, FeetOutsideTheElements) {
     chain.AppendElement(new Parabola(P(20, 5), P(19, 6), 1.0, -40.0, 405.0));  // against its tangents
     chain.AppendElement(new Line2D(P(10, -10), P(10, -20)));
     const double length = chain.GetLength();
-    const std::tuple<P, int, P, double> rows[] = {
-        {P(4, -3), 1, P(4, 0), 4.0},  {P(-3, -4), 2, P(-3, 0), -3.0}, {P(24, -23), 2, P(10, -23), length + 3.0},
-        {P(22, 4), 2, P(22, 5), 8.0}, {P(kNan, 0), 0, P(7, 7), 7.0},
+    const std::tuple<const char*, P, int, int, P, double> rows[] = {
+        {"on an element", P(4, -3), 1, 1, P(4, 0), 4.0},
+        {"before the start", P(-3, -4), 0, 2, P(-3, 0), -3.0},
+        {"behind the end", P(24, -23), 0, 2, P(10, -23), length + 3.0},
+        {"before the parabola", P(22, 4), 0, 2, P(22, 5), 8.0},
+        {"nearer than the foot on an element", P(22, -11), 1, 2, P(22, 0), 22.0},
+        {"further than that", P(15, -11), 1, 1, P(10, -11), length - 9.0},
+        {"beyond an end by the tolerance", P(-0x1p-21, 3), 1, 1, P(0, 0), 0.0},
+        {"not a number", P(kNan, 0), 0, 0, P(7, 7), 7.0},
     };
-    for (const auto& [p, status, place, at] : rows) {
-        P foot(7, 7);
+    for (const auto& [why, p, onElement, status, place, at] : rows) {
+        P foot(7, 7), ofAll(7, 7);
         double station = 7.0;
-        EXPECT_EQ(Projection::NormalPointOnPolyline(p, chain, foot, station, 1e-6), status == 1 ? 1 : 0);
-        EXPECT_EQ(Projection::NormalPointOnPolyline2(p, chain, foot, station, 1e-6), status);
-        EXPECT_THAT(foot, IsNear(place, 1e-12));
-        EXPECT_NEAR(station, at, 1e-12);
+        EXPECT_EQ(Projection::NormalPointOnPolyline(p, chain, foot, station, 0x1p-20), onElement) << why;
+        EXPECT_EQ(foot.IsEqualTo(P(7, 7), 1e-9), onElement == 0) << why;
+        EXPECT_EQ(Projection::NormalPointOnPolyline2(p, chain, ofAll, station, 0x1p-20), status) << why;
+        EXPECT_THAT(ofAll, IsNear(place, 1e-12)) << why;
+        EXPECT_NEAR(station, at, 1e-12) << why;
     }
     Polyline2D::PolylinePoint nothing;
     EXPECT_EQ(Projection::NormalPointOnPolyline2(P(1, 1), Polyline2D(), nothing, 1e-6), 0);

@@ -70,37 +70,58 @@ void ForEachStationOf(double station, const ChainExtent& chain, double reach, Vi
     if (chain.isClosed && station >= chain.length - reach) visit(station - chain.length);
 }
 
-/// Joins contacts of which an end of one is near an end of the other along both chains.
-JoinedSets JoinContacts(const std::vector<ChainContact>& contacts, const ChainExtent& first, const ChainExtent& second,
-                        double tolerance) {
-    const double reach = leadsInto * tolerance;
-    const std::vector<bool> isCrowded = FindCrowded(contacts, first, reach);
-    JoinedSets sets(contacts.size());
-    struct End {
-        double onFirst;
-        double onSecond;
-        std::size_t contact;
-    };
-    std::vector<End> ends;
-    ChainEnds cells(reach);
-    const auto enter = [&](const ChainPlace& place, std::size_t contact) {
-        bool isKnown = false;
+/// Places among which those near another one along both chains are found, over their joints too.
+class NearPlaces {
+public:
+    NearPlaces(const ChainExtent& firstChain, const ChainExtent& secondChain, double distance)
+        : first(firstChain), second(secondChain), reach(distance), cells(distance) {}
+
+    void Add(const ChainPlace& place) {
+        cells.Add(place.onFirst, place.onSecond, stations.size());
+        stations.emplace_back(place.onFirst, place.onSecond);
+    }
+    /// Calls visit(number of the place, how far apart), some twice.
+    template <class Visit>
+    void ForEachNear(const ChainPlace& place, Visit&& visit) {
         ForEachStationOf(place.onFirst, first, reach, [&](double onFirst) {
             ForEachStationOf(place.onSecond, second, reach, [&](double onSecond) {
                 cells.FindLowest(
                     onFirst, onSecond, [](std::size_t) { return false; },
                     [&](std::size_t i) {
                         const double apart =
-                            std::max(std::abs(ends[i].onFirst - onFirst), std::abs(ends[i].onSecond - onSecond));
-                        if (apart <= reach) sets.Join(ends[i].contact, contact);
-                        isKnown = isKnown || apart <= tolerance;
+                            std::max(std::abs(stations[i].first - onFirst), std::abs(stations[i].second - onSecond));
+                        if (apart <= reach) visit(i, apart);
                         return false;
                     });
             });
         });
+    }
+
+private:
+    const ChainExtent& first;
+    const ChainExtent& second;
+    double reach;
+    ChainEnds cells;
+    std::vector<std::pair<double, double>> stations;
+};
+
+/// Joins contacts of which an end of one is near an end of the other along both chains.
+JoinedSets JoinContacts(const std::vector<ChainContact>& contacts, const ChainExtent& first, const ChainExtent& second,
+                        double tolerance) {
+    const double reach = leadsInto * tolerance;
+    const std::vector<bool> isCrowded = FindCrowded(contacts, first, reach);
+    JoinedSets sets(contacts.size());
+    NearPlaces ends(first, second, reach);
+    std::vector<std::size_t> contactOf;
+    const auto enter = [&](const ChainPlace& place, std::size_t contact) {
+        bool isKnown = false;
+        ends.ForEachNear(place, [&](std::size_t i, double apart) {
+            sets.Join(contactOf[i], contact);
+            isKnown = isKnown || apart <= tolerance;
+        });
         if (isKnown) return;  // one end stands for all beside it
-        cells.Add(place.onFirst, place.onSecond, ends.size());
-        ends.push_back({place.onFirst, place.onSecond, contact});
+        ends.Add(place);
+        contactOf.push_back(contact);
     };
     for (std::size_t i = 0; i < contacts.size(); ++i) {
         if (!isCrowded[i]) continue;
@@ -156,6 +177,7 @@ public:
             const bool coversFirst = AppendOuterEnds(contacts, &ChainPlace::onFirst, first, reach, places);
             const bool coversSecond = AppendOuterEnds(contacts, &ChainPlace::onSecond, second, reach, places);
             if (places.empty()) places.push_back(contacts.front().from);
+            if (!coversFirst || !coversSecond) AppendTips(places);
             common.coversFirst = common.coversFirst || coversFirst;
             common.isSame = common.isSame || (coversFirst && coversSecond);
         } else if (places.empty()) {
@@ -177,6 +199,34 @@ private:
             if (crossings.size() > 2) break;
         }
         return crossings;
+    }
+
+    /// Where both chains turn back on themselves, the stretch that they share ends though both run on. There contacts
+    /// go all four ways: backwards and forwards along the first, and along the second.
+    void AppendTips(std::vector<ChainPlace>& places) const {
+        constexpr unsigned int allWays = 15;
+        const auto isAlong = [](const ChainContact& c) { return c.kind == ChainContact::Kind::Along; };
+        const auto runsAlike = [](const ChainContact& c) { return c.from.onSecond <= c.to.onSecond; };
+        const auto isEither = [&](bool alike) {
+            return std::any_of(contacts.begin(), contacts.end(),
+                               [&](const ChainContact& c) { return isAlong(c) && runsAlike(c) == alike; });
+        };
+        if (!isEither(true) || !isEither(false)) return;
+        NearPlaces ends(first, second, leadsInto * tolerance);
+        std::vector<unsigned int> wayOf;
+        for (const ChainContact& contact : contacts) {
+            if (!isAlong(contact)) continue;
+            ends.Add(contact.from);
+            wayOf.push_back(runsAlike(contact) ? 1 : 2);
+            ends.Add(contact.to);
+            wayOf.push_back(runsAlike(contact) ? 4 : 8);
+        }
+        for (const ChainContact& contact : contacts) {
+            if (!isAlong(contact) || !runsAlike(contact)) continue;
+            unsigned int ways = 0;
+            ends.ForEachNear(contact.to, [&](std::size_t i, double) { ways |= wayOf[i]; });
+            if (ways == allWays) places.push_back(contact.to);
+        }
     }
 
     bool AreRun(const std::vector<ChainPlace>& crossings) const {
@@ -472,6 +522,10 @@ ChainSet::Common ChainSet::FindCommonWithin() const {
 
 void AppendDistinct(const std::vector<Point2D>& added, std::vector<Point2D>& points, std::size_t from,
                     double equality) {
+    if (added.size() < 2 && points.size() == from) {
+        points.insert(points.end(), added.begin(), added.end());
+        return;
+    }
     // Points alone in their column need no look at the others.
     std::vector<double> columns;
     columns.reserve(points.size() - from + added.size());

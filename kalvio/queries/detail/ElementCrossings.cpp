@@ -177,7 +177,8 @@ void Crossings::Report(const Point2D& origin, std::vector<ElementCrossing>& cros
                        std::vector<ElementOverlap>& overlaps) const {
     for (const CurveContact& contact : contacts) crossings.push_back(CrossingAt(contact, origin));
     for (const Stretch& stretch : stretches) {
-        overlaps.push_back({CrossingAt(stretch.from, origin), CrossingAt(stretch.to, origin)});
+        const bool isAllAround = (stretch.to.point - stretch.from.point).Length() <= limits.reach;
+        overlaps.push_back({CrossingAt(stretch.from, origin), CrossingAt(stretch.to, origin), isAllAround});
     }
 }
 

@@ -26,6 +26,7 @@ struct ElementCrossing {
 struct ElementOverlap {
     ElementCrossing from;
     ElementCrossing to;
+    bool isAllAround = false;  // its ends are one point
 };
 
 /// One of two curves to be intersected: a plan element that is no chain, a full circle, or a whole line. It refers to

@@ -144,14 +144,17 @@ private:
     }
 
     void FindOfCurves(const ElementPath::Piece& a, const ElementPath::Piece& b) {
-        Cross(a, b);
         const std::vector<Arc2D> halves = HalvesOf(a);
         const std::vector<Arc2D> otherHalves = HalvesOf(b);
-        if (overlaps.empty() || (halves.empty() && otherHalves.empty())) {
-            AddFound(a, b);
-            return;
+        if (!IsClosed(a, halves) && !IsClosed(b, otherHalves)) {
+            Cross(a, b);
+            if (overlaps.empty() || (halves.empty() && otherHalves.empty())) {
+                AddFound(a, b);
+                return;
+            }
         }
-        // Arcs of at most half a circle run along each other once at most, over no seam.
+        // Arcs of at most half a circle have no seam, at which two stations are one place, and run along each other
+        // once at most.
         ForEachPart(a, halves, [&](const ElementPath::Piece& partOfA) {
             ForEachPart(b, otherHalves, [&](const ElementPath::Piece& partOfB) {
                 Cross(partOfA, partOfB);
@@ -168,6 +171,10 @@ private:
         if (!(std::abs(sweep) > pi)) return {};
         const Arc2D half(arc.GetStart(), arc.GetCenter(), Angle(0.5 * sweep));
         return {half, Arc2D(half.GetEnd(), arc.GetCenter(), Angle(0.5 * sweep))};
+    }
+
+    bool IsClosed(const ElementPath::Piece& piece, const std::vector<Arc2D>& halves) const {
+        return !halves.empty() && piece.element->GetStart().Distance(piece.element->GetEnd()) <= nearness;
     }
 
     template <class Visit>
