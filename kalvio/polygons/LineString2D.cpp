@@ -33,7 +33,7 @@ struct ReducedString {
         lengths.reserve(points.size());
         double length = 0.0;
         std::size_t next = 0;
-        detail::ReduceChain(points, std::abs(userTolerance), [&](std::size_t kept) {
+        detail::ReduceChain(points, tolerance, [&](std::size_t kept) {
             for (; next < kept; ++next) length += original[next].Distance(original[next + 1]);
             lengths.push_back(length);
         });
@@ -397,7 +397,9 @@ bool LineString2D::Extend(const LineString2D& target, bool atEnd, double toleran
     if (!detail::FindNearest(target.points, end, tolerance, foot) || !(foot.distance <= maxDistance)) return false;
     const Vec2D before = endSegment.GetEnd() - endSegment.GetStart();
     const Vec2D after = foot.point - end;
-    const double turn = std::atan2(std::abs(before.PerpDotProduct(after)), before.DotProduct(after));
+    // A target that the end touches already lies in no direction.
+    const bool isTouched = before.Length() * after.Length() <= detail::numericalZero;
+    const double turn = isTouched ? 0.0 : std::atan2(std::abs(before.PerpDotProduct(after)), before.DotProduct(after));
     return turn <= maxAngle.GetRadians() && add(foot.point);
 }
 

@@ -190,9 +190,9 @@ public:
                 const Angle& maxAngle);
 
     /// True when two segments that are not neighbours cross or come within the tolerance (at least 1e-10) of each
-    /// other, after `ReducePoints(tolerance)` on a copy. The joint of a closed string is no crossing. About n log n
-    /// plus the crossings found; tracing a line back over itself crosses once per pair of segments. False in every form
-    /// for a string whose length is not finite.
+    /// other, on a copy after `ReducePoints` with the same tolerance. The joint of a closed string is no crossing.
+    /// About n log n plus the crossings found; tracing a line back over itself crosses once per pair of segments. False
+    /// in every form for a string whose length is not finite.
     bool IsSelfCrossing(double tolerance) const;
     /// @param crossing  the first crossing along the string; untouched when there is none. Where two segments run along
     ///                  each other, or touch, it is the first end of one on the other

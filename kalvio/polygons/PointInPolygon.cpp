@@ -70,7 +70,6 @@ public:
     bool Build(double padding) {
         pad = padding;
         for (std::size_t r = 0; r < rings.size(); ++r) AddEdges(static_cast<std::uint32_t>(r));
-        MergeFlatLevels();
         std::sort(crossings.begin(), crossings.end(), IsBefore);
         rowStarts.assign(grid.rows + 1, 0);
         for (const Crossing& crossing : crossings) ++rowStarts[crossing.row + 1];
@@ -82,8 +81,6 @@ public:
         ClassifyMiddles();
         return ListRuns();
     }
-
-    double GetWidestZone() const { return widestZone; }
 
 private:
     struct Ring {
@@ -162,17 +159,8 @@ private:
         const Point2D& lower = a.GetY() <= b.GetY() ? a : b;
         const Point2D& upper = a.GetY() <= b.GetY() ? b : a;
         const double height = upper.GetY() - lower.GetY();
-        double padX = pad;
-        if (height > 0.0) {
-            // Twice the distance at which the margin decides, for the rounding of the turn.
-            const double zone = 2.0 * detail::windingMargin / height;
-            if (zone > grid.cellWidth) {
-                grid.flatLevels.push_back({lower.GetY(), upper.GetY()});
-            } else {
-                padX += zone;
-                widestZone = std::max(widestZone, zone);
-            }
-        }
+        // Twice the distance at which the margin decides, for the rounding of the turn; between the ends only.
+        const double zone = height > 0.0 ? 2.0 * detail::windingMargin / height : 0.0;
         const double west = std::min(a.GetX(), b.GetX());
         const double east = std::max(a.GetX(), b.GetX());
         const std::size_t firstRow = grid.RowAt(lower.GetY() - pad);
@@ -192,8 +180,9 @@ private:
                 from = std::min(low, high);
                 to = std::max(low, high);
             }
-            const std::size_t lastColumn = grid.ColumnAt(to + padX);
-            for (std::size_t column = grid.ColumnAt(from - padX); column <= lastColumn; ++column) {
+            const std::size_t lastColumn = grid.ColumnAt(std::min(to + zone, east) + pad);
+            std::size_t column = grid.ColumnAt(std::max(from - zone, west) - pad);
+            for (; column <= lastColumn; ++column) {
                 touched.push_back(CellOf(column, row));
             }
         }
@@ -230,20 +219,6 @@ private:
             while (west < grid.columns && MiddleX(west) < x) ++west;
             crossings.push_back({static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(west), turn});
         }
-    }
-
-    void MergeFlatLevels() {
-        std::vector<Levels>& levels = grid.flatLevels;
-        std::sort(levels.begin(), levels.end(), [](const Levels& a, const Levels& b) { return a.low < b.low; });
-        std::size_t kept = 0;
-        for (const Levels& level : levels) {
-            if (kept > 0 && level.low <= levels[kept - 1].high) {
-                levels[kept - 1].high = std::max(levels[kept - 1].high, level.high);
-            } else {
-                levels[kept++] = level;
-            }
-        }
-        levels.resize(kept);
     }
 
     void MarkBorderCells() {
@@ -373,7 +348,6 @@ private:
     PolygonGrid& grid;
     std::vector<Ring> rings;
     double pad = 0.0;
-    double widestZone = 0.0;
     std::vector<CellRun> cellRuns;
     std::vector<std::uint32_t> touched;
     std::vector<OpenRun> open;
@@ -397,16 +371,9 @@ std::size_t PointInPolygon::PolygonGrid::BorderCellAt(std::size_t cell) const {
     return block.firstBorderCell + static_cast<std::size_t>(std::popcount(block.border & before));
 }
 
-bool PointInPolygon::PolygonGrid::IsFlatLevel(double y) const {
-    const auto level = std::lower_bound(flatLevels.begin(), flatLevels.end(), y,
-                                        [](const Levels& levels, double value) { return levels.high < value; });
-    return level != flatLevels.end() && level->low <= y;
-}
-
 PointInPolygon::Position PointInPolygon::PolygonGrid::Classify(const Point2D& p, double queryTolerance,
                                                                bool includeBorders) const {
     if (!(std::abs(queryTolerance) <= reach)) return Position::Border;
-    if (!flatLevels.empty() && IsFlatLevel(p.GetY())) return Position::Border;
     const double x = p.GetX() - originX;
     const double y = p.GetY() - originY;
     if (!(x >= -margin && x <= farX && y >= -margin && y <= farY)) return Position::Outside;
@@ -531,7 +498,7 @@ void PointInPolygon::ComputeGrid() {
     built.reach = std::clamp(wantedReach, smallestSide / 64.0, smallestSide / 2.0);
     PolygonGrid::Builder builder(built, polygon);
     if (!builder.Build(built.reach + rounding)) return;
-    built.margin = built.reach + rounding + builder.GetWidestZone();
+    built.margin = built.reach + rounding;
     built.farX = width + built.margin;
     built.farY = height + built.margin;
     grid = std::move(built);

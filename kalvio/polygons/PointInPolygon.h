@@ -89,9 +89,6 @@ public:
         struct Corner {
             double x, y;
         };
-        struct Levels {
-            double low, high;
-        };
 
         static std::size_t CellAt(double offset, double cellsPerLength, std::size_t count) {
             const double cell = offset * cellsPerLength;
@@ -101,7 +98,6 @@ public:
         std::size_t ColumnAt(double x) const { return CellAt(x - originX, columnsPerLength, columns); }
         std::size_t RowAt(double y) const { return CellAt(y - originY, rowsPerLength, rows); }
         std::size_t BorderCellAt(std::size_t cell) const;
-        bool IsFlatLevel(double y) const;
         Position ClassifyAtBorder(const BorderCell& cell, const Point2D& p, double queryTolerance,
                                   bool includeBorders) const;
 
@@ -122,7 +118,6 @@ public:
         std::vector<Part> parts;
         std::vector<Run> runs;
         std::vector<Corner> corners;
-        std::vector<Levels> flatLevels;  // ascending, apart: levels that are left to the polygon
     };
 
     /// Empty: every point is outside.
@@ -169,8 +164,9 @@ public:
     void GetMinMaxPoints(Point2D& minPoint, Point2D& maxPoint) const;
 
     /// Appends the pieces of a valid polygon between the lines y = low and y = high (x = low and x = high), with their
-    /// holes and in the direction of its outer ring. Pieces that touch in a point only are apart. A point at most
-    /// |tolerance| from one of the lines is moved onto it, so that no thinner sliver is cut off; 0 clips exactly.
+    /// holes and in the direction of its outer ring. Pieces that touch in a point only are apart, so that each passes
+    /// `Validate`. A point at most |tolerance| from one of the lines is moved onto it, so that no thinner sliver is cut
+    /// off; 0 clips exactly, but for necks no wider than 1e-10 or the rounding of the coordinates.
     static void PolygonClipHoriStrip(const Polygon2D& polygon, std::vector<Polygon2D>& pieces, double low, double high,
                                      double tolerance);
     static void PolygonClipVertStrip(const Polygon2D& polygon, std::vector<Polygon2D>& pieces, double low, double high,

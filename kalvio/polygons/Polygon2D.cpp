@@ -273,22 +273,8 @@ Point2D Polygon2D::GetCentroid() const {
 }
 
 double Polygon2D::GetMaxWidth(double tolerance) const {
-    Point2D origin;
-    const std::vector<Vec2D> hull = detail::RelativeHull(points, origin);
-    if (hull.size() < 3) return 0.0;
-    const auto at = [&hull](std::size_t i) -> const Vec2D& { return hull[i < hull.size() ? i : i - hull.size()]; };
-    double narrowest = std::numeric_limits<double>::infinity();
-    std::size_t far = 1;
-    for (std::size_t i = 0; i < hull.size(); ++i) {
-        const Vec2D side = at(i + 1) - hull[i];
-        const double length = side.Length();
-        if (!(length > std::abs(tolerance))) continue;
-        const auto height = [&](std::size_t k) { return side.PerpDotProduct(at(k % hull.size()) - hull[i]); };
-        far = std::max(far, i + 1);
-        while (far < i + hull.size() && height(far + 1) > height(far)) ++far;
-        narrowest = std::min(narrowest, height(far) / length);
-    }
-    return std::isfinite(narrowest) ? narrowest : 0.0;
+    const double width = detail::SmallestWidth(points);
+    return width > std::abs(tolerance) ? width : 0.0;
 }
 
 OrientedBoundingBox2D Polygon2D::GetOrientedBoundingBox2D() const { return detail::SmallestBox(points); }

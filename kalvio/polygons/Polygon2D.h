@@ -126,7 +126,7 @@ public:
 
     /// The smallest width of the outer ring over all directions (rotating calipers on the convex hull, M. I. Shamos,
     /// 1978): a sliver is thin however it lies. 0 for fewer than three points that are not on one line.
-    /// @param tolerance  hull edges at most this long give no direction
+    /// @param tolerance  a width at most this counts as none: 0
     double GetMaxWidth(double tolerance) const;
     /// The rectangle of the smallest area around the outer ring, its first axis along an edge of the convex hull.
     OrientedBoundingBox2D GetOrientedBoundingBox2D() const;

@@ -90,7 +90,7 @@ public:
     void RemoveAllPoints();
     /// Removes points and holes.
     void Clear();
-    /// Appends a copy of the first point unless the last one equals it in plan within 1e-10.
+    /// Appends a copy of the first point unless the last one agrees with it strictly within 1e-10 in x, y and z.
     void Close();
     /// First and last point agree strictly in x, y and z; false for an empty ring, true for a single point.
     bool IsClosed(double tolerance) const;

@@ -87,7 +87,7 @@ std::vector<Case> Cases(std::mt19937_64& random) {
     add("level sides with noise, where the margin decides", noise, {Rectangle(4, 4, 8, 8)});
     Ring steps{Point2D(-5, 4), Point2D(-5, -3), Point2D(3, -3), Point2D(3, -2)};
     for (int i = 0; i < 120; ++i) steps.emplace_back(i % 2 == 0 ? 0.0 : 1e-7, 4e-9 * i);
-    add("edges of 4 nm, which count 0.2 beside themselves", steps, {});
+    add("edges of 4 nm, too flat for the margin", steps, {});
     return cases;
 }
 
@@ -234,6 +234,8 @@ TEST(PointInPolygonTest, WithoutAGridThePolygonAnswers) {
         }
     }
     EXPECT_FALSE(PointInPolygon().IsPointInside(Point2D(0, 0), 1.0));
+    const PointInPolygon tiny(LineString2D(Rectangle(0, 0, 1e-7, 1e-7)), 50, 1e-4);
+    EXPECT_FALSE(tiny.IsPointInside(Point2D(0.003, 5e-8), 1e-4)) << "beside the box and the tolerance";
 
     const PointInPolygon flat(LineString2D(Densified(Rectangle(3, 4, 20, 1e-11))), 50, 1e-4);
     EXPECT_EQ(flat.GetPolygon().GetSize(), 2U) << "the corners of the box";
@@ -341,6 +343,9 @@ TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
     Polygon2D ring(Rectangle(0, 0, 10, 10));
     ring.AppendHoleBoundary(Rectangle(2, 2, 6, 6));
     const Polygon2D comb(Comb(3));
+    Polygon2D touching(Rectangle(0, 0, 10, 10));
+    touching.AppendHoleBoundary(LineString2D({Point2D(10, 5), Point2D(4, 3), Point2D(4, 7)}));
+    touching.AppendHoleBoundary(LineString2D({Point2D(4, 3), Point2D(2, 2), Point2D(2, 6)}));
     const double nan = std::nan("");
     struct Row {
         const char* why;
@@ -358,6 +363,9 @@ TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
         {"teeth come apart at their foot", comb, 2, 20, 0, 3, 108},
         {"foot of the teeth within the tolerance", comb, 1.95, 20, 0.1, 3, 108.3},
         {"without the tolerance a sliver joins them", comb, 1.95, 20, 0, 1, 108.5},
+        {"holes that touch a side and each other", touching, 2.5, 6, 0, 4, 20.75},
+        {"a hole from the cut to a side", touching, 3, 11, 0, 2, 55},
+        {"a hole that touches the cut stays a hole", touching, 2, 11, 0, 1, 64},
         {"touches from outside", ring, 10, 12, 0, 0, 0},
         {"outside", ring, 11, 12, 0, 0, 0},
         {"no height", ring, 5, 5, 0, 0, 0},
@@ -370,6 +378,8 @@ TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
         PointInPolygon::PolygonClipHoriStrip(row.polygon, pieces, row.low, row.high, row.tolerance);
         EXPECT_EQ(pieces.size(), row.pieces);
         EXPECT_NEAR(AreaOf(pieces), row.area, 1e-9);
+        Point2D where;
+        for (const Polygon2D& piece : pieces) EXPECT_TRUE(piece.Validate(where, true, 1e-9));
     }
     std::vector<Polygon2D> pieces;
     PointInPolygon::PolygonClipHoriStrip(Polygon2D{Point2D(0, 0), Point2D(1, nan), Point2D(1, 1)}, pieces, 0, 1, 0);

@@ -1,5 +1,6 @@
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Triangle3D.h"
+#include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/queries/Intersection.h"
@@ -152,20 +153,23 @@ TEST(Polygon2DTest, PositionCodesAroundTwoHolesInEveryDirectionClosedAndOpen) {
 }
 
 // The rule as it is written down: walked clockwise, border (0) first, then the winding number: inside 1, outside -1. A
-// closing point adds no edge.
+// closing point adds no edge. The margin of the turn serves edges above and below the point only.
 int SideByTheRule(std::vector<Point2D> ring, const Point2D& p, double tolerance) {
     if (ring.size() > 1 && ring.front() == ring.back()) ring.pop_back();
     if (Polygon2D(ring).GetArea() > 0.0) std::reverse(ring.begin(), ring.end());
-    const auto isLeft = [&p](const Vec2D& side, const Vec2D& at) {
-        return side.GetX() * at.GetY() > at.GetX() * side.GetY() + 4e-10;
+    const auto isLeft = [&p](const Point2D& a, const Point2D& b) {
+        if ((p.GetX() < a.GetX()) == (p.GetX() < b.GetX()) && p.GetX() != a.GetX() && p.GetX() != b.GetX()) {
+            return (p.GetX() < a.GetX()) == (a.GetY() < b.GetY());
+        }
+        return (b - a).GetX() * (p - a).GetY() > (p - a).GetX() * (b - a).GetY() + 4e-10;
     };
     int winding = 0;
     for (std::size_t i = 0; i < ring.size(); ++i) {
         const Point2D& a = ring[i];
         const Point2D& b = ring[(i + 1) % ring.size()];
         if (Intersection::PointOnLineSegment(p, a, b, tolerance)) return 0;
-        if (a.GetY() <= p.GetY() && b.GetY() > p.GetY() && isLeft(b - a, p - a)) ++winding;
-        if (a.GetY() > p.GetY() && b.GetY() <= p.GetY() && !isLeft(b - a, p - a)) --winding;
+        if (a.GetY() <= p.GetY() && b.GetY() > p.GetY() && isLeft(a, b)) ++winding;
+        if (a.GetY() > p.GetY() && b.GetY() <= p.GetY() && !isLeft(a, b)) --winding;
     }
     return winding != 0 ? 1 : -1;
 }
@@ -326,32 +330,55 @@ TEST(Polygon2DTest, PointInsideIsWellInside) {
     EXPECT_EQ(untouched, Point2D(7, 7));
 }
 
-TEST(Polygon2DTest, WidthAndSmallestBoxTurnWithThePolygon) {
+TEST(Polygon2DTest, WidthAndSmallestBoxAreTheLeastOverTheDirectionsOfAllPairsOfPoints) {
     RandomNumbers random(20240601);
-    for (int round = 0; round < 40; ++round) {
-        const std::vector<Point2D> star = RandomStar(random, Point2D(0, 0), 10.0, 3 + round);
-        double width = 1e9;  // over the directions of all pairs of points, those of the hull among them
-        for (const Point2D& a : star) {
-            for (const Point2D& b : star) {
-                const Vec2D normal = Vec2D(b - a).Normalize().GetNormalVector(true);
-                const auto height = [&](const Point2D& p) { return (p - a).DotProduct(normal); };
-                const auto [low, high] =
-                    std::minmax_element(star.begin(), star.end(),
-                                        [&](const Point2D& p, const Point2D& q) { return height(p) < height(q); });
-                if (&a != &b) width = std::min(width, height(*high) - height(*low));
+    for (int round = 0; round < 360; ++round) {
+        SCOPED_TRACE(round);
+        const Point2D& origin = surveyOrigins[round / 4 % 2];
+        std::vector<Point2D> ring = RandomStar(random, Point2D(0, 0), 10.0, 1 + round / 12);
+        if (round % 4 > 0) {  // a square, a rectangle, a line, with points on the sides
+            const double height = round % 4 == 1 ? 15.0 : round % 4 == 2 ? 0.1 : 0.0;
+            const Point2D corners[] = {{0, 0}, {15, 0}, {15, height}, {0, height}, {0, 0}};
+            ring.clear();
+            for (int i = 0; i < 16; ++i) {
+                const Point2D& corner = corners[i / 4];
+                ring.push_back(corner + (corners[i / 4 + 1] - corner) * (0.25 * (i % 4)));
             }
         }
         Matrix2D motion;
-        motion.Rotate(Angle(0.1 * round)).Translate(385000.0, 6672000.0);
-        const Polygon2D polygon = Polygon2D(star).Transform(motion);
-        EXPECT_NEAR(polygon.GetMaxWidth(1e-10), width, 2e-8);
+        motion.Rotate(Angle(round * kPi / 180.0)).Translate(origin.GetX(), origin.GetY());
+        const Polygon2D plain = Polygon2D(ring).Transform(motion);
+        Polygon2D polygon(plain);
+        for (const Point2D& p : plain.GetPoints()) {  // some once more, a last digit away
+            if (random() % 3 == 0) polygon.AppendPoint({std::nextafter(p.GetX(), random(-1e9, 1e9)), p.GetY()});
+        }
+        double width = kInfinity, area = kInfinity;
+        const std::vector<Point2D>& points = polygon.GetPoints();
+        for (const Point2D& a : points) {
+            for (const Point2D& b : points) {
+                const auto extent = [&](const Vec2D& along) {
+                    const auto isBefore = [&](const Point2D& p, const Point2D& q) {
+                        return (q - p).DotProduct(along) > 0.0;
+                    };
+                    const auto [low, high] = std::minmax_element(points.begin(), points.end(), isBefore);
+                    return (*high - *low).DotProduct(along);
+                };
+                const Vec2D along = Vec2D(b - a).Normalize();
+                if (a.Distance(b) < 1e-6) continue;
+                width = std::min(width, extent(along.GetNormalVector(true)));
+                area = std::min(area, extent(along.GetNormalVector(true)) * extent(along));
+            }
+        }
+        const double noise = round / 4 % 2 == 0 ? 1e-13 : 8e-9;
+        EXPECT_NEAR(polygon.GetMaxWidth(noise), width < kInfinity ? width : 0.0, noise);
         OrientedBoundingBox2D box = polygon.GetOrientedBoundingBox2D();
-        EXPECT_GE(std::min(box.GetSize().GetX(), box.GetSize().GetY()), width - 2e-8);
-        box.SetSize(box.GetSize() + Vec2D(1e-8, 1e-8));
-        for (const Point2D& corner : polygon.GetPoints()) EXPECT_TRUE(box.IsPointInside(corner));
+        EXPECT_TRUE(box.IsEqualTo(LineString2D(points).GetOrientedBoundingBox2D(), 1e-15));
+        EXPECT_NEAR(box.GetSize().GetX() * box.GetSize().GetY(), area < kInfinity ? area : 0.0, 50 * noise);
+        box.SetSize(box.GetSize() + Vec2D(noise, noise));
+        for (const Point2D& p : points) EXPECT_TRUE(box.IsPointInside(p));
     }
-    EXPECT_NEAR(MakePolygon("0 0 9 9 9 10 0 1").GetMaxWidth(0), std::sqrt(0.5), 1e-12) << "however it lies";
     EXPECT_EQ(MakePolygon("0 0 1 1 3 3").GetMaxWidth(1e-10), 0.0);
+    EXPECT_EQ(MakePolygon(kSquare).GetMaxWidth(10.0), 0.0) << "no wider than the tolerance";
 }
 
 // Rows of numbers of a CSV file without its heading; a name counts as NaN.
@@ -399,6 +426,16 @@ TEST(Polygon2DTest, CountriesHaveTheirStatedMeasuresAndPoints) {
         double area = 0.0;
         for (const Triangle3D& triangle : triangles) area += triangle.GetArea();
         EXPECT_NEAR(area, std::abs(row[5]), 1e-10 * std::abs(row[5]));
+        std::vector<Polygon2D> pieces;
+        const BoundingBox2D box = country.GetBoundingBox();
+        const double x = box.GetMinPoint().GetX(), width = box.GetSize().GetX() / 6.0;
+        for (int i = -1; i < 7; ++i)
+            PointInPolygon::PolygonClipVertStrip(country, pieces, x + i * width, x + (i + 1) * width, 0.0);
+        for (const Polygon2D& piece : pieces) {
+            area -= std::abs(piece.GetArea());
+            EXPECT_TRUE(piece.Validate(point, true, 1e-9)) << testing::PrintToString(point);
+        }
+        EXPECT_NEAR(area, 0.0, 1e-10 * std::abs(row[5])) << "strips cover it once";
     }
     for (const std::vector<double>& row : ReadTable(prefix + "points.csv")) {
         const Polygon2D& country = countries[row[0]];

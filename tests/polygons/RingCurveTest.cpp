@@ -159,6 +159,10 @@ TEST(RingCurveTest, ArcsJoinTheirChordsWithoutSeam) {
          {{0, 0, kPi}, {4, 0}, {0, 0, kPi}, {4, 0}},
          Point2D(2, -1),
          true},
+        {"far from a side that is level but for rounding",
+         {{0, 0}, {10, 0}, {10, 5}, {20, 5 + 8.9e-16}, {20, 10}, {0, 10}},
+         Point2D(520, 5),
+         false},
         {"not a number", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(kNan, 1), false},
     };
     for (const Row& row : rows) {

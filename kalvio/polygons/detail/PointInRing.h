@@ -22,7 +22,9 @@ enum class RingSide : std::uint32_t {
 /// the tolerance above or below the point costs two comparisons; for the others one turn nearly always decides both
 /// whether the point is on the edge and on which side. No ring goes around a point that is not a number.
 ///
-/// Source: winding number by crossings (D. Sunday, 2001), with the turns of `ArePointsCCW`.
+/// Source: winding number by crossings (D. Sunday, 2001), with the turns of `ArePointsCCW` where the point is between
+/// the ends of the edge in x. Beside that the side is plain, and the margin of the turn, a doubled area, would decide
+/// about points far away.
 class RingAroundPoint {
 public:
     RingAroundPoint(const Point2D& point, double borderTolerance)
@@ -102,6 +104,13 @@ private:
             isOdd ^= isEast != 0;
             return;
         }
+        if (ax > p.GetX() && bx > p.GetX()) {
+            forward += isUp ? 1 : -1;
+            backward -= isUp ? 1 : -1;
+            isOdd = !isOdd;
+            return;
+        }
+        if (ax < p.GetX() && bx < p.GetX()) return;
         const Point2D a(ax, ay);
         const Point2D b(bx, by);
         if (isUp) {

@@ -2,7 +2,7 @@
 
 #include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/Point2D.h"
-#include "kalvio/core/detail/Constants.h"
+#include "kalvio/polygons/detail/ExactTurn.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +13,8 @@
 namespace Kalvio::Math::detail {
 
 /// Convex hull of the finite points relative to the first of them, counter-clockwise from the leftmost (of those the
-/// lowest), without collinear points (A. M. Andrew, 1979). n log n.
+/// lowest), without collinear points (A. M. Andrew, 1979). Its turns are exact, so that points on sides leave it
+/// convex, and corners that only the last digits tell apart are one. n log n.
 inline std::vector<Vec2D> RelativeHull(const std::vector<Point2D>& points, Point2D& origin) {
     std::vector<Vec2D> sorted;
     for (const Point2D& point : points) {
@@ -26,9 +27,8 @@ inline std::vector<Vec2D> RelativeHull(const std::vector<Point2D>& points, Point
     });
     std::vector<Vec2D> hull;
     const auto add = [&hull](const Vec2D& p, std::size_t fixed) {
-        while (hull.size() > fixed) {
-            const Vec2D& before = hull[hull.size() - 2];
-            if ((hull.back() - before).PerpDotProduct(p - before) > 0.0) break;
+        const auto at = [](const Vec2D& v) { return PlanePoint{v.GetX(), v.GetY()}; };
+        while (hull.size() > fixed && !(ExactTurn(at(hull[hull.size() - 2]), at(hull.back()), at(p)) > 0.0)) {
             hull.pop_back();
         }
         hull.push_back(p);
@@ -36,8 +36,54 @@ inline std::vector<Vec2D> RelativeHull(const std::vector<Point2D>& points, Point
     for (const Vec2D& p : sorted) add(p, 1);
     const std::size_t lower = hull.size();
     for (std::size_t i = sorted.size() > 1 ? sorted.size() - 1 : 0; i-- > 0;) add(sorted[i], lower);
-    if (hull.size() > 1) hull.pop_back();
+    double extent = 0.0;
+    for (const Vec2D& p : hull) extent = (std::max)(extent, p.Length());
+    const double rounding = 16.0 * std::numeric_limits<double>::epsilon() * extent;
+    std::size_t kept = 0;
+    for (const Vec2D& p : hull) {  // the last one is the first again
+        if (kept == 0 || (p - hull[kept - 1]).Length() > rounding) hull[kept++] = p;
+    }
+    if (kept > 1 && (hull[kept - 1] - hull[0]).Length() <= rounding) --kept;
+    hull.resize(kept);
     return hull;
+}
+
+/// Calipers around a convex hull (M. I. Shamos, 1978): the corners that touch as a direction turns once round.
+class Calipers {
+public:
+    explicit Calipers(const std::vector<Vec2D>& convexHull) : hull(convexHull) {}
+
+    /// Counted on beyond the last corner.
+    const Vec2D& At(std::size_t corner) const { return hull[corner % hull.size()]; }
+    Vec2D Edge(std::size_t corner) const { return At(corner + 1) - At(corner); }
+
+    /// Moves a corner on, from `first` at the earliest, to the one farthest in the direction, while the edges run that
+    /// way. They decide, not the corners: of those, rounding makes two equally far.
+    void Advance(std::size_t& corner, std::size_t first, const Vec2D& direction) const {
+        corner = (std::max)(corner, first);
+        while (corner < first + hull.size() && Edge(corner).DotProduct(direction) > 0.0) ++corner;
+    }
+
+private:
+    const std::vector<Vec2D>& hull;
+};
+
+/// The smallest width of the points over all directions: across an edge of the convex hull. 0 for points on one line.
+inline double SmallestWidth(const std::vector<Point2D>& points) {
+    Point2D origin;
+    const std::vector<Vec2D> hull = RelativeHull(points, origin);
+    if (hull.size() < 3) return 0.0;
+    const Calipers calipers(hull);
+    double narrowest = std::numeric_limits<double>::infinity();
+    std::size_t right = 0;
+    std::size_t far = 0;
+    for (std::size_t i = 0; i < hull.size(); ++i) {
+        const Vec2D side = calipers.Edge(i);
+        calipers.Advance(right, i + 1, side);
+        calipers.Advance(far, right, side.GetNormalVector(true));
+        narrowest = (std::min)(narrowest, side.PerpDotProduct(calipers.At(far) - hull[i]) / side.Length());
+    }
+    return std::isfinite(narrowest) ? narrowest : 0.0;
 }
 
 /// The rectangle of the smallest area around the points: one of its sides lies along an edge of the convex hull (H.
@@ -46,29 +92,25 @@ inline OrientedBoundingBox2D SmallestBox(const std::vector<Point2D>& points) {
     Point2D origin;
     const std::vector<Vec2D> hull = RelativeHull(points, origin);
     if (hull.empty()) return {};
+    const Calipers calipers(hull);
     OrientedBoundingBox2D box(origin + hull[0], Vec2D(), Vec2D(1.0, 0.0), Vec2D(0.0, 1.0));
     double smallest = std::numeric_limits<double>::infinity();
     std::size_t right = 0;
     std::size_t top = 0;
     std::size_t left = 0;
     for (std::size_t i = 0; i < hull.size(); ++i) {
-        const auto at = [&hull](std::size_t k) -> const Vec2D& { return hull[k % hull.size()]; };
-        Vec2D along = at(i + 1) - hull[i];
+        Vec2D along = calipers.Edge(i);
         const double length = along.Length();
         if (!(length > 0.0)) continue;
         along = along * (1.0 / length);
         const Vec2D across = along.GetNormalVector(true);
-        const auto advance = [&](std::size_t& k, std::size_t from, const Vec2D& direction) {
-            k = std::max(k, from);
-            while (k < from + hull.size() && at(k + 1).DotProduct(direction) > at(k).DotProduct(direction)) ++k;
-        };
-        advance(right, i + 1, along);
-        advance(top, right, across);
-        advance(left, top, -along);
-        const double low = at(left).DotProduct(along);
-        const double high = at(right).DotProduct(along);
+        calipers.Advance(right, i + 1, along);
+        calipers.Advance(top, right, across);
+        calipers.Advance(left, top, -along);
+        const double low = calipers.At(left).DotProduct(along);
+        const double high = calipers.At(right).DotProduct(along);
         const double base = hull[i].DotProduct(across);
-        const double height = at(top).DotProduct(across) - base;
+        const double height = calipers.At(top).DotProduct(across) - base;
         if (!((high - low) * height < smallest)) continue;
         smallest = (high - low) * height;
         const Vec2D center = along * ((low + high) * 0.5) + across * (base + height * 0.5);
