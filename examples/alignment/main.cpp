@@ -382,7 +382,7 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
 }
 
 int Run(const Options& options) {
-    const LandXmlFile file = ReadLandXml(options.file);
+    const LandXmlFile file = LoadLandXml(options.file);
     const std::string unit = UnitText(file.linearUnit);
     std::fprintf(stderr, "%s: %zu alignment(s)\n", options.file.c_str(), file.alignments.size());
     for (const Alignment& alignment : file.alignments) {
@@ -390,7 +390,7 @@ int Run(const Options& options) {
         WarnOfGaps(alignment);
     }
     for (const std::vector<double>& point : options.points) Locate(file.alignments, Point2D(point[0], point[1]));
-    if (!options.cross.empty()) Cross(file.alignments, ReadLandXml(options.cross).alignments);
+    if (!options.cross.empty()) Cross(file.alignments, LoadLandXml(options.cross).alignments);
     if (!options.offsets.empty()) TabulateOffsets(options, file.alignments);
     if (!options.csv.empty()) {
         if (!WriteTable(options.csv, file.alignments, options.step))

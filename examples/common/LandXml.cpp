@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <string_view>
@@ -33,14 +34,28 @@ public:
         LandXmlFile result;
         result.linearUnit = GetLinearUnit();
         for (const pugi::xml_node group : GetRoot().children("Alignments")) {
-            for (const pugi::xml_node node : group.children("Alignment"))
-                result.alignments.push_back(ReadAlignment(node));
+            for (const pugi::xml_node node : group.children("Alignment")) {
+                OrWarn(result.warnings, "the alignment", node,
+                       [&] { result.alignments.push_back(ReadAlignment(node, result.warnings)); });
+            }
         }
-        if (result.alignments.empty()) Fail(GetRoot(), "no <Alignment> in the file");
-        return result;
+        if (!result.alignments.empty()) return result;
+        if (!result.warnings.empty()) throw InputError(result.warnings.front());
+        Fail(GetRoot(), "no <Alignment> in the file");
     }
 
 private:
+    // Runs `read`; where the file is at fault, leaves out what it stands for, with a warning.
+    template <class Read>
+    static void OrWarn(std::vector<std::string>& warnings, const char* what, pugi::xml_node named, Read&& read) {
+        try {
+            read();
+        } catch (const InputError& error) {
+            warnings.push_back(std::string(error.what()) + "; " + what + " \"" + named.attribute("name").as_string() +
+                               "\" is left out");
+        }
+    }
+
     // Named points, which others refer to by pntRef.
     void CollectPoints(pugi::xml_node node) {
         for (const pugi::xml_node group : node.children("CgPoints")) {
@@ -81,7 +96,7 @@ private:
         return TurnsLeft(node) ? radius : -radius;
     }
 
-    Alignment ReadAlignment(pugi::xml_node node) const {
+    Alignment ReadAlignment(pugi::xml_node node, std::vector<std::string>& warnings) const {
         Alignment alignment;
         alignment.name = node.attribute("name").as_string();
         alignment.startStation = node.attribute("staStart") ? Number(node, "staStart") : 0.0;
@@ -103,7 +118,13 @@ private:
         if (alignment.elements.empty()) Fail(geometry, "<CoordGeom> without elements");
         for (const pugi::xml_node profile : node.children("Profile")) {
             const pugi::xml_node design = profile.child("ProfAlign");
-            if (design && alignment.profile.GetNrOfElements() == 0) ReadProfile(design, alignment);
+            if (!design || alignment.profile.GetNrOfElements() > 0) continue;
+            OrWarn(warnings, "the profile of", node, [&] { ReadProfile(design, alignment); });
+        }
+        for (const char* const name : {"StaEquation", "Cant"}) {
+            if (const pugi::xml_node other = node.child(name)) {
+                warnings.push_back(At(other, std::string("<") + name + "> of \"" + alignment.name + "\" is not read"));
+            }
         }
         return alignment;
     }
@@ -296,6 +317,12 @@ bool Alignment::GetHeight(double station, double& height) const {
 }
 
 LandXmlFile ReadLandXml(const std::string& path) { return Reader(path).Read(); }
+
+LandXmlFile LoadLandXml(const std::string& path) {
+    LandXmlFile file = ReadLandXml(path);
+    for (const std::string& warning : file.warnings) std::fprintf(stderr, "warning: %s\n", warning.c_str());
+    return file;
+}
 
 std::string UnitText(const std::string& linearUnit) {
     return linearUnit.empty() || linearUnit == "meter" ? "m" : linearUnit;

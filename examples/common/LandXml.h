@@ -43,12 +43,16 @@ struct Alignment {
 struct LandXmlFile {
     std::string linearUnit;
     std::vector<Alignment> alignments;
+    std::vector<std::string> warnings;  // what is left out and why, with the file and, where it can be, the line
 };
 
 /// Reads the alignments of a LandXML file: Line, Curve and Spiral of CoordGeom; PVI, ParaCurve, UnsymParaCurve and
-/// CircCurve of the design profile.
-/// @throws InputError for a file that is missing, broken or foreign
+/// CircCurve of the design profile. An alignment or a profile that is at fault is left out with a warning.
+/// @throws InputError for a file that is missing, broken or foreign, or has no alignment that can be read
 LandXmlFile ReadLandXml(const std::string& path);
+
+/// ReadLandXml with the warnings on stderr.
+LandXmlFile LoadLandXml(const std::string& path);
 
 /// "m" for metres or an unnamed unit, else the unit's own name.
 std::string UnitText(const std::string& linearUnit);

@@ -38,8 +38,12 @@ std::string LandXmlDocument::GetLinearUnit() const {
     return root.child("Units").first_child().attribute("linearUnit").as_string();
 }
 
+std::string LandXmlDocument::At(pugi::xml_node node, const std::string& message) const {
+    return fileName + ", line " + std::to_string(LineOf(node)) + ": " + message;
+}
+
 void LandXmlDocument::Fail(pugi::xml_node node, const std::string& message) const {
-    throw InputError(fileName + ", line " + std::to_string(LineOf(node)) + ": " + message);
+    throw InputError(At(node, message));
 }
 
 double LandXmlDocument::Parse(pugi::xml_node node, const char* number) const {

@@ -21,6 +21,8 @@ public:
     std::string GetLinearUnit() const;
     int LineOf(pugi::xml_node node) const { return LineAt(node.offset_debug()); }
 
+    /// The message with the file and the line in front.
+    std::string At(pugi::xml_node node, const std::string& message) const;
     [[noreturn]] void Fail(pugi::xml_node node, const std::string& message) const;
     /// A finite number; `node` is where a failure is reported.
     double Parse(pugi::xml_node node, const char* number) const;

@@ -200,7 +200,7 @@ int Run(const Options& options) {
     std::vector<Alignment> alignments;
     std::vector<LongSection> sections;
     if (!options.along.empty()) {
-        LandXmlFile road = ReadLandXml(options.along);
+        LandXmlFile road = LoadLandXml(options.along);
         if (UnitText(road.linearUnit) != unit) {
             std::fprintf(stderr, "warning: the surface is in %s, the alignment in %s\n", unit.c_str(),
                          UnitText(road.linearUnit).c_str());

@@ -57,12 +57,17 @@ TEST(LandXmlTest, SampleRoadClosesThroughItsTransitions) {
     EXPECT_TRUE(road.profile.IsContinuous(1e-6));
 }
 
+// A file that holds the text; beside the program and by the test's name, since tests of several builds run at once.
+std::string WriteInput(const std::string& text) {
+    const std::string path = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".xml";
+    std::ofstream(path) << text;
+    return path;
+}
+
 // What a reader says of a file that holds the text; empty when the file is read.
 template <class File>
 std::string MessageOf(const std::string& text, File (*read)(const std::string&)) {
-    // Beside the program and by the test's name: tests of several builds run at once.
-    const std::string path = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + ".xml";
-    std::ofstream(path) << text;
+    const std::string path = WriteInput(text);
     std::string message;
     try {
         read(path);
@@ -111,6 +116,29 @@ TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
     EXPECT_THROW(ReadLandXml(std::string(testing::TempDir()) + "kalvio_none.xml"), InputError);
 }
 
+TEST(LandXmlTest, FaultyAlignmentsAndProfilesAreLeftOutWithTheirReason) {
+    const std::string path = WriteInput(R"(<LandXML><Alignments>
+<Alignment name="A"><CoordGeom><Line><Start>1 2</Start></Line></CoordGeom></Alignment>
+<Alignment name="B"><CoordGeom><Line><Start>1 2</Start><End>1 99</End></Line></CoordGeom><Profile><ProfAlign>
+<PVI>0 5</PVI><PVI>50 6</PVI><PVI>50 6</PVI><PVI>90 5</PVI></ProfAlign></Profile></Alignment>
+<Alignment name="C"><CoordGeom><Line><Start>1 2</Start><End>1 99</End></Line></CoordGeom><Profile><ProfAlign>
+<PVI>0 5</PVI><PVI>50 6</PVI></ProfAlign></Profile><StaEquation staAhead="0" staInternal="1"/>
+<Cant name="c"/></Alignment></Alignments></LandXML>)");
+    const LandXmlFile file = ReadLandXml(path);
+    std::filesystem::remove(path);
+    ASSERT_EQ(file.alignments.size(), 2U);
+    EXPECT_EQ(file.alignments[0].name + file.alignments[1].name, "BC");
+    double height = 0.0;
+    EXPECT_FALSE(file.alignments[0].GetHeight(50.0, height));
+    EXPECT_TRUE(file.alignments[1].GetHeight(50.0, height) && height == 6.0);
+    using testing::HasSubstr;
+    EXPECT_THAT(file.warnings,
+                testing::ElementsAre(HasSubstr("line 2: <Line> without <End>; the alignment \"A\" is left out"),
+                                     HasSubstr("line 4: profile stations must ascend; the profile of \"B\""),
+                                     HasSubstr("line 6: <StaEquation> of \"C\" is not read"),
+                                     HasSubstr("line 7: <Cant> of \"C\" is not read")));
+}
+
 TEST(LandXmlTest, SurfacesAreReadByTheirPointIdsWithoutInvisibleFaces) {
     const std::string head = "<LandXML>\n<Surfaces><Surface name=\"s\">\n<Definition surfType=\"TIN\"><Pnts>\n";
     const std::string points = "<P id=\"a1\">2 1 5</P><P id=\"7\">2 9 5</P><P id=\"x\">8 9 6</P></Pnts>\n<Faces>";
@@ -152,20 +180,6 @@ TEST_F(RealRoadTest, StatedEndsClose) {
     const LandXmlFile feet = ReadLandXml(data + "landxml/subdivision.xml");
     EXPECT_EQ(feet.alignments.size(), 6U);
     for (const Alignment& alignment : feet.alignments) CheckClosure(alignment, 1e-4);
-}
-
-TEST_F(RealRoadTest, EveryStationIsFoundAgain) {
-    const LandXmlFile file = ReadLandXml(data + "landxml/M3.xml");
-    const Polyline2D& plan = file.alignments.front().plan;
-    std::vector<Polyline2D::PolylinePoint> samples;
-    ASSERT_TRUE(plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, 5.0, 1e-6));
-    for (const Polyline2D::PolylinePoint& sample : samples) {
-        double station = -1.0;
-        ASSERT_TRUE(plan.GetLengthFromStartPoint(sample.point, station, 1e-6));
-        EXPECT_NEAR(station, sample.station, 1e-6);
-        const Point2D off = sample.point + sample.tangent.GetNormalVector(false) * 4.0;
-        EXPECT_THAT(plan.GetNearestPoint(off, Tolerances(1e-4, 1e-10)), IsNear(sample.point, 1e-3));
-    }
 }
 
 }  // namespace
