@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs what building, testing and the demo need and this machine lacks, with the system's package manager.
-# Says what it does; does nothing where all is there. With CI=true the formatter of the format check is wanted too.
+# Says what it does; does nothing where all is there. With CI=true the formatter of the format check and doxygen are
+# wanted too.
 set -eu
 
 cmake_wanted="3.25"
@@ -62,6 +63,7 @@ look() { # sets `missing` and `packages`
         done
     fi
     if [ "${CI:-}" = true ]; then
+        have doxygen || want doxygen doxygen doxygen doxygen doxygen
         have clang-format || want clang-format clang-format clang-tools-extra clang clang-format
     fi
 }

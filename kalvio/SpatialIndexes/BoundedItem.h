@@ -20,7 +20,7 @@ public:
 protected:
     explicit BoundedItem(const detail::FlatBox& itemBox) : box(itemBox) {}
 
-    detail::FlatBox box;
+    detail::FlatBox box;  ///< of the item
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

@@ -27,8 +27,8 @@ class ISpatialIndexVisit;
 /// had then. The root also holds items with a bound that is not finite or with a minimum above the maximum.
 class KALVIO_MATH_API QuadTreeNode final : public ISpatialIndexNode {
 public:
-    static constexpr int highestLevel = 1024;  // two squares of this level and the axes make the plane
-    static constexpr int lowestLevel = -1074;  // the side is the least positive double
+    static constexpr int highestLevel = 1024;  ///< two squares of this level and the axes make the plane
+    static constexpr int lowestLevel = -1074;  ///< the side is the least positive double
 
     /// A root.
     QuadTreeNode();

@@ -16,7 +16,7 @@ struct RStarTreeData;
 /// one call. Moving the tree is not offered; a copy shares the items and copies the nodes.
 class KALVIO_MATH_API RStarTree final : public ISpatialIndex {
 public:
-    static constexpr int largestDimension = 1024;
+    static constexpr int largestDimension = 1024;  ///< larger ones change nothing
 
     /// An empty tree of dimension 2.
     /// @param deleteFlag  whether the tree owns its items: its destructor deletes those that are in it then, each once,

@@ -15,8 +15,8 @@ namespace Kalvio::Math::SpatialIndexes {
 /// Its box covers the boxes of its entries. A copy copies the nodes below, not the items, and never deletes items.
 class KALVIO_MATH_API RStarTreeNode final : public BoundedItem, public ISpatialIndexNode {
 public:
-    static constexpr unsigned int mostEntries = 64;
-    static constexpr unsigned int fewestEntries = 32;  // after a split, and below the root always
+    static constexpr unsigned int mostEntries = 64;    ///< more are split
+    static constexpr unsigned int fewestEntries = 32;  ///< after a split, and below the root always
 
     /// An empty node; room for its entries is there from the start.
     explicit RStarTreeNode(bool leafLevel = true, unsigned int dimension = 2, bool deleteFlag = false);

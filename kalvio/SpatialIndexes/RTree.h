@@ -15,7 +15,7 @@ struct RTreeData;
 /// A copy shares the items and copies the nodes.
 class KALVIO_MATH_API RTree final : public ISpatialIndex {
 public:
-    static constexpr int largestDimension = 1024;
+    static constexpr int largestDimension = 1024;  ///< larger ones change nothing
 
     /// An empty tree of dimension 2.
     RTree();

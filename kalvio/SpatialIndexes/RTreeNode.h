@@ -11,8 +11,8 @@ namespace Kalvio::Math::SpatialIndexes {
 /// Node of an `RTree`: up to 8 branches, each a box with a child node, which it owns, or on level 0 with an item.
 class KALVIO_MATH_API RTreeNode final : public ISpatialIndexNode {
 public:
-    static constexpr unsigned int mostBranches = 8;
-    static constexpr unsigned int fewestBranches = 3;  // below the root
+    static constexpr unsigned int mostBranches = 8;    ///< more are split
+    static constexpr unsigned int fewestBranches = 3;  ///< below the root
 
     /// An empty node.
     explicit RTreeNode(unsigned int nodeLevel = 0, unsigned int dimension = 2);

@@ -13,8 +13,8 @@ class Tolerances;
 /// Units that the conversion functions and the geographic accessors of points understand.
 enum class AngleUnit : std::uint32_t {
     Radians = 0,
-    DegreeSecond = 1,   // seconds of arc: degrees x 3600
-    DecimalDegree = 2,  // degrees
+    DegreeSecond = 1,   ///< seconds of arc: degrees x 3600
+    DecimalDegree = 2,  ///< degrees
 };
 
 /// An angle: a sweep, a direction, a rotation or an angular tolerance.

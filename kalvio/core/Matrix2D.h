@@ -17,7 +17,7 @@ class Polynomial;
 /// Products apply from left to right: p (A B) is A first, then B. See `detail::HomogeneousMatrix` for the flag.
 class KALVIO_MATH_API Matrix2D final : public IMathObject, public detail::HomogeneousMatrix<Matrix2D, 3> {
 public:
-    static const Matrix2D identity;
+    static const Matrix2D identity;  ///< flag 1
 
     /// The identity, flag 1.
     constexpr Matrix2D() = default;

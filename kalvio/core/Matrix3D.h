@@ -23,23 +23,26 @@ class Quaternion;
 /// 0 (x), 1 (y) or 2 (z).
 class KALVIO_MATH_API Matrix3D final : public IMathObject, public detail::HomogeneousMatrix<Matrix3D, 4> {
 public:
-    /// Tags that choose a constructor.
+    /// Chooses the constructor that turns.
     enum class RotateType : std::uint32_t {
-        Rotation = 0,  // turns about an axis through the origin
+        Rotation = 0,  ///< turns about an axis through the origin
     };
+    /// Chooses the constructor that scales.
     enum class ScaleType : std::uint32_t {
-        Scaling = 0,  // scales about the origin
+        Scaling = 0,  ///< scales about the origin
     };
+    /// Chooses the constructor that moves.
     enum class TranslateType : std::uint32_t {
-        Translation = 0,  // moves
+        Translation = 0,  ///< moves
     };
+    /// Matrices that have a name.
     enum class SpecialMatrix : std::uint32_t {
-        Identity = 0,   // flag 1; any other value counts as this
-        Zero = 1,       // all values 0, flag 0
-        Undefined = 2,  // the values of the identity, flag 2
+        Identity = 0,   ///< flag 1; any other value counts as this
+        Zero = 1,       ///< all values 0, flag 0
+        Undefined = 2,  ///< the values of the identity, flag 2
     };
 
-    static const Matrix3D identity;
+    static const Matrix3D identity;  ///< flag 1
 
     /// The identity, flag 1.
     constexpr Matrix3D() = default;

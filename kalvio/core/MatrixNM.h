@@ -11,9 +11,9 @@ namespace Kalvio::Math {
 
 /// How `MatrixNM::LUDecomposition` factorises A = L U. None of them pivots.
 enum class LUDecompositionMethod : std::uint32_t {
-    Crout = 0,      // unit diagonal on U
-    Doolittle = 1,  // unit diagonal on L
-    Cholesky = 2,   // U = L^T, for symmetric positive matrices
+    Crout = 0,      ///< unit diagonal on U
+    Doolittle = 1,  ///< unit diagonal on L
+    Cholesky = 2,   ///< U = L^T, for symmetric positive matrices
 };
 
 /// Dense matrix of any size.

@@ -13,11 +13,11 @@ class KALVIO_MATH_API Numbers {
 public:
     /// With t = |tolerance|, `Compare(a, op, b, tolerance)` is true when:
     enum class CompareOperator : std::uint32_t {
-        Equal = 0,           // |a - b| <= t: inclusive, unlike Geometry::AreEqual
-        LessOrEqual = 1,     // a - b <= t
-        GreaterOrEqual = 2,  // b - a <= t
-        Less = 3,            // a - b < -t
-        Greater = 4,         // a - b > t
+        Equal = 0,           ///< |a - b| <= t: inclusive, unlike Geometry::AreEqual
+        LessOrEqual = 1,     ///< a - b <= t
+        GreaterOrEqual = 2,  ///< b - a <= t
+        Less = 3,            ///< a - b < -t
+        Greater = 4,         ///< a - b > t
     };
 
     /// Any other operator gives false, and so does every comparison with NaN.

@@ -20,9 +20,9 @@ class KALVIO_MATH_API IPolyline2DElement : public IGeometry {
 public:
     /// Sample of an element.
     struct PolylineElementPoint {
-        Point2D point;
-        Vec2D tangent;         // unit, in the direction of travel
-        double station = 0.0;  // length along the element from its start
+        Point2D point;         ///< on the element
+        Vec2D tangent;         ///< unit, in the direction of travel
+        double station = 0.0;  ///< length along the element from its start
     };
 
     constexpr IPolyline2DElement() = default;

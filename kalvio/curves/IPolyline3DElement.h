@@ -17,9 +17,9 @@ class KALVIO_MATH_API IPolyline3DElement : public IGeometry {
 public:
     /// Sample of an element.
     struct PolylineElementPoint {
-        Point3D point;
-        Vec3D tangent;         // unit, in the direction of travel
-        double station = 0.0;  // length along the element from its start
+        Point3D point;         ///< on the element
+        Vec3D tangent;         ///< unit, in the direction of travel
+        double station = 0.0;  ///< length along the element from its start
     };
 
     constexpr IPolyline3DElement() = default;

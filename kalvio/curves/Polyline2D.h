@@ -33,11 +33,11 @@ class KALVIO_MATH_API Polyline2D final : public IPolyline2DElement, public IComp
 public:
     /// A point of the chain.
     struct PolylinePoint {
-        Point2D point;
-        Vec2D tangent;                   // unit, in the direction of travel
-        std::uint32_t elementIndex = 0;  // element (of a line string: segment) that holds the point
-        double distance = 0.0;           // from the query point, where there is one
-        double station = 0.0;            // length along the whole chain from its start
+        Point2D point;                   ///< on the chain
+        Vec2D tangent;                   ///< unit, in the direction of travel
+        std::uint32_t elementIndex = 0;  ///< element (of a line string: segment) that holds the point
+        double distance = 0.0;           ///< from the query point, where there is one
+        double station = 0.0;            ///< length along the whole chain from its start
     };
 
     Polyline2D() = default;

@@ -15,11 +15,11 @@ class KALVIO_MATH_API Polyline3D final : public IPolyline3DElement {
 public:
     /// A point of the chain.
     struct PolylinePoint {
-        Point3D point;
-        Vec3D tangent;                   // unit, in the direction of travel
-        std::uint32_t elementIndex = 0;  // element that holds the point
-        double distance = 0.0;           // from the query point, where there is one
-        double station = 0.0;            // length along the whole chain from its start
+        Point3D point;                   ///< on the chain
+        Vec3D tangent;                   ///< unit, in the direction of travel
+        std::uint32_t elementIndex = 0;  ///< element that holds the point
+        double distance = 0.0;           ///< from the query point, where there is one
+        double station = 0.0;            ///< length along the whole chain from its start
     };
 
     Polyline3D() = default;

@@ -28,8 +28,8 @@ class KALVIO_MATH_API IndexedTriangleSet3D final : public IGeometry, public deta
 public:
     /// What operations of `IndexedTriangleSet3DCleanUp` answer.
     enum class ErrorMessage : std::uint32_t {
-        NoError = 0,      // done
-        NoTriangles = 1,  // the set holds no triangle of three vertices
+        NoError = 0,      ///< done
+        NoTriangles = 1,  ///< the set holds no triangle of three vertices
     };
 
     IndexedTriangleSet3D() = default;

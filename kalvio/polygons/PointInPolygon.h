@@ -26,10 +26,10 @@ class KALVIO_MATH_API PointInPolygon {
 public:
     /// State of a cell, and answer of the grid.
     enum class Position : std::uint32_t {
-        Inside = 0,     // inside the polygon
-        Outside = 1,    // outside
-        Border = 2,     // a cell that an edge touches; as an answer, not decided by the grid
-        Undefined = 3,  // not yet classified
+        Inside = 0,     ///< inside the polygon
+        Outside = 1,    ///< outside
+        Border = 2,     ///< a cell that an edge touches; as an answer, not decided by the grid
+        Undefined = 3,  ///< not yet classified
     };
 
     /// Rectangular cells over the extent of the outer ring: column and row 0 begin at the least coordinates, the last

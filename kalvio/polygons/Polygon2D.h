@@ -28,11 +28,11 @@ class KALVIO_MATH_API Polygon2D final : public IGeometry {
 public:
     /// Where something lies seen from the polygon.
     enum class PositionResult : std::uint32_t {
-        Outside = 1,        // outside the outer ring
-        OnOuterBorder = 2,  // on the outer ring within the tolerance
-        Inside = 3,         // inside the outer ring and in no hole
-        OnHoleBorder = 4,   // on the border of a hole
-        InsideHole = 5,     // strictly inside a hole
+        Outside = 1,        ///< outside the outer ring
+        OnOuterBorder = 2,  ///< on the outer ring within the tolerance
+        Inside = 3,         ///< inside the outer ring and in no hole
+        OnHoleBorder = 4,   ///< on the border of a hole
+        InsideHole = 5,     ///< strictly inside a hole
     };
 
     Polygon2D() = default;

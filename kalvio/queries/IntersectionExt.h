@@ -38,29 +38,30 @@ class KALVIO_MATH_API IntersectionExt {
 public:
     /// Place of a point on an operand, within the user tolerance. A closed operand has no ends but a start.
     enum class PointLocation : std::uint32_t {
-        Interior = 0,     // between the ends
-        Start = 1,        // the start point
-        End = 2,          // the end point
-        BeforeStart = 3,  // on the extension backwards from the start
-        BeyondEnd = 4,    // on the extension onwards from the end
+        Interior = 0,     ///< between the ends
+        Start = 1,        ///< the start point
+        End = 2,          ///< the end point
+        BeforeStart = 3,  ///< on the extension backwards from the start
+        BeyondEnd = 4,    ///< on the extension onwards from the end
     };
 
+    /// A common point of two operands.
     template <class PointType>
     struct IntersectionPoint {
-        PointType point;
-        PointLocation onFirst = PointLocation::Interior;
-        PointLocation onSecond = PointLocation::Interior;
-        double firstStation = 0.0;  // length along the first operand from its start
-        double secondStation = 0.0;
+        PointType point;                                   ///< the place
+        PointLocation onFirst = PointLocation::Interior;   ///< where it lies on the first operand
+        PointLocation onSecond = PointLocation::Interior;  ///< where it lies on the second operand
+        double firstStation = 0.0;                         ///< length along the first operand from its start
+        double secondStation = 0.0;                        ///< length along the second operand from its start
     };
 
     /// The point that an end meets when it is extended.
     template <class PointType>
     struct UndershootPoint {
-        PointType point;
-        PointLocation onFirst = PointLocation::Interior;
-        PointLocation onSecond = PointLocation::Interior;
-        double distance = 0.0;  // length by which the end must be extended
+        PointType point;                                   ///< the place
+        PointLocation onFirst = PointLocation::Interior;   ///< where it lies on the first operand
+        PointLocation onSecond = PointLocation::Interior;  ///< where it lies on the second operand
+        double distance = 0.0;                             ///< length by which the end must be extended
     };
 
     /// Appends the common points of two elements in order along the first, as `Intersection::PolylinePolyline` finds

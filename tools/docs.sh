@@ -1,0 +1,34 @@
+#!/bin/sh
+# Builds the pages of docs/Doxyfile into build/docs/html. A warning is a failure; so is a link or picture that leads
+# nowhere, or a public record, member of one or code without a word about it.
+set -eu
+cd "$(dirname "$0")/.."
+rm -rf build/docs
+mkdir -p build
+doxygen docs/Doxyfile
+
+# Records, their members and codes say what they mean; functions whose names say it may go without.
+{
+    cat docs/Doxyfile
+    echo "EXTRACT_ALL = NO"
+    echo "WARN_IF_UNDOCUMENTED = YES"
+    echo "WARN_AS_ERROR = NO"
+    echo "GENERATE_HTML = NO"
+    echo "GENERATE_TAGFILE = build/docs/tags"
+} | doxygen - 2>&1 | grep -E '(variable|enumvalue|enumeration|typedef)\) of|Compound' >build/docs/undocumented.txt || true
+if [ -s build/docs/undocumented.txt ]; then
+    cat build/docs/undocumented.txt >&2
+    exit 1
+fi
+
+cd build/docs/html
+grep -ohE ' (href|src|data)="[^"#?]+' -- *.html | sed 's/[^"]*"//' | grep -vE '^(https?|javascript):' | sort -u |
+    while read -r target; do
+        [ -e "$target" ] || echo "$target"
+    done >../missing.txt
+if [ -s ../missing.txt ]; then
+    echo "docs: linked, but not there:" >&2
+    cat ../missing.txt >&2
+    exit 1
+fi
+echo "docs: $(ls -- *.html | wc -l) pages in build/docs/html"
