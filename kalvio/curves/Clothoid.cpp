@@ -5,14 +5,14 @@
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/detail/BreakElement.h"
-#include "kalvio/curves/detail/CurveSearch.h"
 #include "kalvio/curves/detail/PlanElements.h"
-#include "kalvio/curves/detail/SampleSteps.h"
+#include "kalvio/curves/detail/TransitionCurve.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <type_traits>
@@ -76,6 +76,35 @@ inline LocalPoint UnitPoint(double tau, int terms) {
     return SumTerms(tau, static_cast<std::size_t>(std::clamp(terms, 0, SeriesTable::size)));
 }
 
+constexpr double smallTurn = 0.5;  // [rad]; up to it the series of SmallTurn are exact to rounding
+
+// (cos, sin) of a small angle.
+inline LocalPoint SmallTurn(double angle) {
+    constexpr double inverse[] = {1.0 / 87178291200.0,
+                                  1.0 / 6227020800.0,
+                                  1.0 / 479001600.0,
+                                  1.0 / 39916800.0,
+                                  1.0 / 3628800.0,
+                                  1.0 / 362880.0,
+                                  1.0 / 40320.0,
+                                  1.0 / 5040.0,
+                                  1.0 / 720.0,
+                                  1.0 / 120.0,
+                                  1.0 / 24.0,
+                                  1.0 / 6.0,
+                                  1.0 / 2.0,
+                                  1.0,
+                                  1.0};  // of 14!, 13! ... 0!
+    const double squared = angle * angle;
+    double cosine = inverse[0];
+    double sine = inverse[1];
+    for (std::size_t i = 2; i + 1 < std::size(inverse); i += 2) {
+        cosine = inverse[i] - squared * cosine;
+        sine = inverse[i + 1] - squared * sine;
+    }
+    return {1.0 - squared * cosine, angle * sine};
+}
+
 // Bound of what the terms beyond the seventh add to x and y together, for A = 1 and tau below `mostTurn`.
 double SeriesError(double tau) {
     constexpr std::size_t n = Clothoid::defaultTerms;
@@ -90,25 +119,26 @@ class Clothoid::Evaluator {
 public:
     explicit Evaluator(const Clothoid& evaluated, int seriesTerms = defaultTerms)
         : frame(evaluated.frame),
+          start(evaluated.start),
+          end(evaluated.end),
           a(evaluated.parameter),
           aSquared(a * a),
-          length(evaluated.GetLength()),
           terms(seriesTerms) {
         if (terms == defaultTerms) return;
         const LocalPoint first = UnitPoint(Tau(frame.length1), terms);
         frame.x1 = a * first.x;
         frame.y1 = a * first.y;
+        const LocalPoint last = PositionAt(Tau(LengthFromInflection(frame.length)));
+        end = start + Vec2D(last.x, last.y);
     }
 
+    const Point2D& GetStart() const { return start; }
+    const Point2D& GetEnd() const { return end; }
+    double GetLength() const { return frame.length; }
     double LengthFromInflection(double station) const { return frame.length1 + frame.xSign * station; }
     double Tau(double l) const { return aSquared > 0.0 ? l * l / (2.0 * aSquared) : 0.0; }
 
-    LocalPoint PositionAt(double tau) const {
-        const LocalPoint local = UnitPoint(tau, terms);
-        const double dx = frame.xSign * (a * local.x - frame.x1);
-        const double dy = frame.ySign * (a * local.y - frame.y1);
-        return {dx * frame.cosine - dy * frame.sine, dx * frame.sine + dy * frame.cosine};
-    }
+    LocalPoint PositionAt(double tau) const { return Place(UnitPoint(tau, terms)); }
     double SquaredDistance(double station, const Vec2D& query) const {
         const LocalPoint at = PositionAt(Tau(LengthFromInflection(station)));
         const double dx = at.x - query.GetX();
@@ -119,33 +149,99 @@ public:
         const double l = LengthFromInflection(station);
         const double tau = Tau(l);
         const LocalPoint at = PositionAt(tau);
-        const double direction = frame.angle + frame.xSign * frame.ySign * tau;
+        const double direction = Direction(tau);
         return {at.x, at.y, std::cos(direction), std::sin(direction), Curvature(l)};
     }
-    double GetDirection(double station) const {
-        return frame.angle + frame.xSign * frame.ySign * Tau(LengthFromInflection(station));
-    }
+    double GetDirection(double station) const { return Direction(Tau(LengthFromInflection(station))); }
     double GetCurvature(double station) const { return Curvature(LengthFromInflection(station)); }
     double GetLargestRate() const { return aSquared > 0.0 ? 1.0 / aSquared : 0.0; }
     double GetInflection() const { return -1.0; }  // at most an end lies there
 
-    PolylineElementPoint Sample(const Point2D& origin, double station) const {
-        const detail::CurveState at = At(station);
-        return {origin + Vec2D(at.x, at.y), Vec2D(at.cosine, at.sine), station};
-    }
-    // Calls emit(sample) at from + offset for every offset.
+    /// Calls emit(point) at every station.
     template <class Emit>
-    void SampleAll(const Point2D& origin, const std::vector<double>& steps, double from, Emit&& emit) const {
-        for (const double offset : steps) emit(Sample(origin, std::min(from + offset, length)));
+    void EmitPoints(const std::vector<double>& stations, Emit&& emit) const {
+        ForEachBlock(stations, [&](const Block& block, std::size_t count) {
+            for (std::size_t k = 0; k < count; ++k) emit(block.PointAt(*this, k));
+        });
+    }
+    /// Calls emit(sample) at every station.
+    template <class Emit>
+    void EmitSamples(const std::vector<double>& stations, Emit&& emit) const {
+        ForEachBlock(stations, [&](Block& block, std::size_t count) {
+            ComputeTangents(block);
+            for (std::size_t k = 0; k < count; ++k) {
+                emit(PolylineElementPoint{block.PointAt(*this, k), Vec2D(block.cosine[k], block.sine[k]),
+                                          block.station[k]});
+            }
+        });
     }
 
 private:
+    // Many stations are evaluated some at a time, so that the arithmetic of neighbours overlaps. Positions are those
+    // of `At` to the last digit.
+    struct Block {
+        static constexpr std::size_t size = 8;
+
+        Point2D PointAt(const Evaluator& curve, std::size_t k) const {
+            return detail::PointOf(curve, station[k], Vec2D(x[k], y[k]));
+        }
+
+        std::array<double, size> station, l, tau, x, y, cosine, sine;
+    };
+
+    template <class Visit>
+    void ForEachBlock(const std::vector<double>& stations, Visit&& visit) const {
+        Block block;
+        for (std::size_t first = 0; first < stations.size(); first += Block::size) {
+            const std::size_t count = std::min(Block::size, stations.size() - first);
+            for (std::size_t k = 0; k < Block::size; ++k) block.station[k] = stations[first + std::min(k, count - 1)];
+            ComputePositions(block);
+            visit(block, count);
+        }
+    }
+    void ComputePositions(Block& block) const {
+        for (std::size_t k = 0; k < Block::size; ++k) {
+            block.l[k] = LengthFromInflection(block.station[k]);
+            block.tau[k] = Tau(block.l[k]);
+        }
+        for (std::size_t k = 0; k < Block::size; ++k) {
+            const LocalPoint at = PositionAt(block.tau[k]);
+            block.x[k] = at.x;
+            block.y[k] = at.y;
+        }
+    }
+    // The direction of one station, turned to the others by small angles.
+    void ComputeTangents(Block& block) const {
+        constexpr std::size_t middle = Block::size / 2;
+        if (!(std::abs(block.tau.back() - block.tau.front()) <= smallTurn && aSquared > 0.0)) {
+            for (std::size_t k = 0; k < Block::size; ++k) {
+                block.cosine[k] = std::cos(Direction(block.tau[k]));
+                block.sine[k] = std::sin(Direction(block.tau[k]));
+            }
+            return;
+        }
+        const double cosine = std::cos(Direction(block.tau[middle]));
+        const double sine = std::sin(Direction(block.tau[middle]));
+        const double turn = frame.xSign * frame.ySign / (2.0 * aSquared);
+        for (std::size_t k = 0; k < Block::size; ++k) {
+            const LocalPoint by = SmallTurn(turn * (block.l[k] - block.l[middle]) * (block.l[k] + block.l[middle]));
+            block.cosine[k] = cosine * by.x - sine * by.y;
+            block.sine[k] = sine * by.x + cosine * by.y;
+        }
+    }
+    LocalPoint Place(const LocalPoint& local) const {
+        const double dx = frame.xSign * (a * local.x - frame.x1);
+        const double dy = frame.ySign * (a * local.y - frame.y1);
+        return {dx * frame.cosine - dy * frame.sine, dx * frame.sine + dy * frame.cosine};
+    }
+    double Direction(double tau) const { return frame.angle + frame.xSign * frame.ySign * tau; }
     double Curvature(double l) const { return aSquared > 0.0 ? frame.ySign * l / aSquared : 0.0; }
 
     Frame frame;
+    Point2D start;
+    Point2D end;
     double a;
     double aSquared;
-    double length;
     int terms;
 };
 
@@ -171,6 +267,7 @@ Clothoid& Clothoid::operator=(const Clothoid& other) {
 void Clothoid::CopyData(const Clothoid& other) {
     start = other.start;
     end = other.end;
+    requestedEnd = other.requestedEnd;
     startTangent = other.startTangent;
     startRadius = other.startRadius;
     endRadius = other.endRadius;
@@ -187,6 +284,7 @@ Clothoid::Frame Clothoid::ComputeFrame() const {
     const double length1 = std::abs(GetLength(startRadius));
     const double length2 = std::abs(GetLength(endRadius));
     Frame f;
+    f.length = GetLength();
     f.length1 = length1;
     f.xSign = length2 > length1 ? 1.0 : -1.0;
     f.ySign = startRadius < 0.0 || endRadius < 0.0 ? -1.0 : 1.0;
@@ -202,7 +300,7 @@ Clothoid::Frame Clothoid::ComputeFrame() const {
     const bool opposite = !IsZero(startRadius) && !IsZero(endRadius) && (startRadius < 0.0) != (endRadius < 0.0);
     f.usable = !opposite && parameter >= 0.0 && tau1 <= mostTurn && tau2 <= mostTurn && std::isfinite(f.angle) &&
                std::isfinite(end.GetX()) && std::isfinite(end.GetY()) && std::isfinite(start.GetX()) &&
-               std::isfinite(start.GetY()) && std::isfinite(GetLength());
+               std::isfinite(start.GetY()) && std::isfinite(f.length);
     return f;
 }
 
@@ -214,17 +312,14 @@ BoundingBox2D Clothoid::GetBoundingBox2D() const {
                 Point2D(std::max(start.GetX(), end.GetX()), std::max(start.GetY(), end.GetY()))};
     }
     const Evaluator curve(*this);
-    const double length = GetLength();
-    const BoundingBox2D box = detail::BoxOfCurve(curve, length);
-    const double furthest = std::max(frame.length1, curve.LengthFromInflection(length));
-    const double margin = 2.0 * parameter * SeriesError(curve.Tau(furthest));
-    const Vec2D toStart(start.GetX(), start.GetY());
-    return {box.GetMinPoint() + toStart - Vec2D(margin, margin), box.GetMaxPoint() + toStart + Vec2D(margin, margin)};
+    const double furthest = std::max(frame.length1, curve.LengthFromInflection(frame.length));
+    return detail::BoxOfElement(curve, 2.0 * parameter * SeriesError(curve.Tau(furthest)));
 }
 
 BoundingBox3D Clothoid::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
 
 bool Clothoid::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline2D) return other.IsEqualTo(*this, tolerance);
     return other.GetType() == MathTypes::Clothoid && IsEqualTo(static_cast<const Clothoid&>(other), tolerance);
 }
 
@@ -259,7 +354,7 @@ bool Clothoid::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double 
             const double last = to.station < length ? radiusAt(to.station) : endRadius;
             if (!(from.station > 0.0))
                 return std::make_unique<Clothoid>(startRadius, last, parameter, start, startTangent);
-            const PolylineElementPoint first = curve.Sample(start, from.station);
+            const PolylineElementPoint first = detail::SampleOf(curve, from.station);
             return std::make_unique<Clothoid>(radiusAt(from.station), last, parameter, first.point, first.tangent);
         });
 }
@@ -271,12 +366,7 @@ bool Clothoid::IsPointOnGeometry(const Point2D& point, const Tolerances& toleran
 }
 
 bool Clothoid::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
-    Clothoid reversed(*this);
-    reversed.Reverse();
-    if (!reversed.ExtendEnd(point, tolerances)) return false;
-    reversed.Reverse();
-    *this = reversed;
-    return true;
+    return detail::ExtendStartOf(*this, point, tolerances);
 }
 
 bool Clothoid::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
@@ -302,8 +392,8 @@ IGeometry* Clothoid::Append(const IGeometry* const other) const {
 }
 
 const Point2D& Clothoid::GetEnd(int terms) {
-    end = ComputePointFromRadius(endRadius, terms);
-    return end;
+    requestedEnd = ComputePointFromRadius(endRadius, terms);
+    return requestedEnd;
 }
 
 bool Clothoid::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
@@ -368,25 +458,12 @@ Point2D Clothoid::GetNearestPoint(const Point2D& point, const Tolerances&) const
 }
 
 bool Clothoid::GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const {
-    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to)) return false;
-    const Evaluator curve(*this);
-    const Vec2D query = point - start;
-    double station = 0.0;
-    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to, station)) return false;
-    nearest = curve.Sample(start, station);
-    return true;
+    return frame.usable && detail::NearestOnCurve(Evaluator(*this), point, from, to, nearest);
 }
 
 bool Clothoid::GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
                               PolylineElementPoint& foot) const {
-    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to) || !(from < to))
-        return false;
-    const Evaluator curve(*this);
-    const Vec2D query = point - start;
-    double station = 0.0;
-    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).FindFoot(from, to, tolerance, station)) return false;
-    foot = curve.Sample(start, station);
-    return true;
+    return frame.usable && detail::FootOnCurve(Evaluator(*this), point, from, to, tolerance, foot);
 }
 
 void Clothoid::SetStart(const Point2D& value) {
@@ -425,12 +502,11 @@ Vec2D Clothoid::GetEndTangent() const {
 }
 
 bool Clothoid::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
-    const double length = GetLength();
-    if (!frame.usable || !(station >= -detail::numericalZero) || !(station <= length + detail::numericalZero)) {
-        return false;
-    }
-    result = Evaluator(*this).Sample(start, std::clamp(station, 0.0, length));
-    return true;
+    return frame.usable && detail::SampleAt(Evaluator(*this), station, result);
+}
+
+bool Clothoid::MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const {
+    return frame.usable && detail::OffsetAt(Evaluator(*this), station, offset, tangent);
 }
 
 double Clothoid::GetCurvature(double station) const {
@@ -532,91 +608,68 @@ Matrix2D Clothoid::GetWorldToLocalCoordinatesMatrix() const {
 }
 
 bool Clothoid::MakeLineString(LineString2D& lineString, double chordTolerance, int terms) const {
-    double from = 0.0;
-    double to = GetLength();
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsUsingHeight(steps, from, to, chordTolerance);
-    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
-        lineString.AppendPoint(sample.point);
-    });
-    return !steps.empty();
+    return EmitPoints(StationsForHeight(0.0, frame.length, chordTolerance), terms,
+                      [&](const Point2D& point) { lineString.AppendPoint(point); });
 }
 
 bool Clothoid::MakeLineString(double from, double to, LineString2D& lineString, double step, int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
-    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
-        lineString.AppendPoint(sample.point);
-    });
-    return !steps.empty();
+    return EmitPoints(ConstantStations(from, to, step), terms,
+                      [&](const Point2D& point) { lineString.AppendPoint(point); });
 }
 
 bool Clothoid::MakeLineString(double from, double to, std::list<double>& lengths, std::list<Point2D>& points,
                               double step, int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
-    for (const double offset : steps) lengths.push_back(from + offset);
-    return MakePoints(steps, from, terms, points);
+    const std::vector<double> stations = ConstantStations(from, to, step);
+    lengths.insert(lengths.end(), stations.begin(), stations.end());
+    return EmitPoints(stations, terms, [&](const Point2D& point) { points.push_back(point); });
 }
 
 bool Clothoid::MakePoints(double from, double to, std::list<Point2D>& points, double step, int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
-    return MakePoints(steps, from, terms, points);
+    return EmitPoints(ConstantStations(from, to, step), terms, [&](const Point2D& point) { points.push_back(point); });
 }
 
 bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step,
                                      int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
-    return CreatePolylineElements(steps, from, terms, points);
+    return CreatePolylineElements(ConstantStations(from, to, step), terms, points);
 }
 
 bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,
                                      double step, int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsConstant(steps, from, to, step);
-    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+    const std::vector<double> stations = ConstantStations(from, to, step);
+    Evaluator(*this, terms).EmitSamples(stations, [&](const PolylineElementPoint& sample) {
         points.push_back(sample.point);
         tangents.push_back(sample.tangent);
     });
-    return !steps.empty();
+    return !stations.empty();
 }
 
 bool Clothoid::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
                                                 double height, int terms) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) BuildStepsUsingHeight(steps, from, to, height);
-    return CreatePolylineElements(steps, from, terms, points);
+    return CreatePolylineElements(StationsForHeight(from, to, height), terms, points);
 }
 
-bool Clothoid::ClipRange(double& from, double& to) const {
-    return frame.usable && detail::ClipStations(GetLength(), from, to);
-}
-
-bool Clothoid::MakePoints(const std::vector<double>& steps, double from, int terms, std::list<Point2D>& points) const {
-    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
-        points.push_back(sample.point);
-    });
-    return !steps.empty();
-}
-
-bool Clothoid::CreatePolylineElements(const std::vector<double>& steps, double from, int terms,
+bool Clothoid::CreatePolylineElements(const std::vector<double>& stations, int terms,
                                       std::vector<PolylineElementPoint>& points) const {
-    points.reserve(points.size() + steps.size());
-    Evaluator(*this, terms).SampleAll(start, steps, from, [&](const PolylineElementPoint& sample) {
+    Evaluator(*this, terms).EmitSamples(stations, [&](const PolylineElementPoint& sample) {
         points.push_back(sample);
     });
-    return !steps.empty();
+    return !stations.empty();
 }
 
-void Clothoid::BuildStepsConstant(std::vector<double>& steps, double from, double to, double step) {
-    detail::BuildConstantSteps(steps, from, to, step);
+template <class Emit>
+bool Clothoid::EmitPoints(const std::vector<double>& stations, int terms, Emit&& emit) const {
+    Evaluator(*this, terms).EmitPoints(stations, emit);
+    return !stations.empty();
 }
 
-void Clothoid::BuildStepsUsingHeight(std::vector<double>& steps, double from, double to, double height) const {
-    const Evaluator curve(*this);
-    detail::BuildStepsForHeight(steps, from, to, height, [&](double station) { return curve.GetCurvature(station); });
+std::vector<double> Clothoid::ConstantStations(double from, double to, double step) const {
+    if (!frame.usable) return {};
+    return detail::ConstantStations(Evaluator(*this), from, to, step);
+}
+
+std::vector<double> Clothoid::StationsForHeight(double from, double to, double height) const {
+    if (!frame.usable) return {};
+    return detail::StationsForHeight(Evaluator(*this), from, to, height);
 }
 
 double Clothoid::RadiusAt(double length) const {

@@ -23,8 +23,8 @@ class Matrix2D;
 /// series of the Fresnel integrals in tau. Seven terms are used everywhere; the error as a multiple of A, growing with
 /// the tangent angle of the end with the smaller radius:
 ///
-///     tau [rad]   0.5     1.0     1.5     2.0      2.5      3.0
-///     error / A   2e-16   6e-13   2e-10   1.3e-8   3.3e-7   4.6e-6
+///     tau [rad]   0.5     1.0     1.5     2.0      2.5      3.0      3.5      4.0    4.5      5.0
+///     error / A   2e-16   6e-13   2e-10   1.3e-8   3.3e-7   4.6e-6   4.3e-5   3e-4   1.7e-3   7.4e-3
 ///
 /// Radii of opposite sign do not belong to one clothoid. The formulas (`GetLength`, `GetEnd`, ...) are evaluated all
 /// the same, sampling and searching answer false: use two clothoids joined at the inflection point, or a `Spiral2D`.
@@ -51,7 +51,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Another clothoid with equal start, start tangent, radii and parameter, strictly.
+    /// Another clothoid with equal start, start tangent, radii and parameter, strictly; or a `Polyline2D` of just one.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const Clothoid& other, double tolerance) const;
     [[nodiscard]] Clothoid* Clone() const override;
@@ -75,7 +75,8 @@ public:
     const Point2D& GetStart() const override { return start; }
     /// The end by seven terms, computed by the constructors and setters: this reads only.
     const Point2D& GetEnd() const override { return end; }
-    /// The end by any number of terms. A change of this object: `GetEnd()` answers this point until the next change.
+    /// The end by any number of terms, valid until the next such call. It writes to this object, so it needs it alone;
+    /// nothing but the returned point changes.
     const Point2D& GetEnd(int terms);
     /// The station of the sample nearest to the point, not of an interpolated foot: good to the tolerance. The curve is
     /// sampled at 21 stations and again between the neighbours of the nearest one until a sample is strictly nearer
@@ -111,6 +112,9 @@ public:
 
     /// Point, tangent and station at a length from the start; false more than 1e-10 outside [0, length].
     bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    /// From the start to the point at a station, and the tangent there: digits that survey coordinates would lose.
+    /// @return false for a curve that is none; the station is not checked
+    bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
     /// Signed curvature 1/R at a station, positive turning left.
     double GetCurvature(double station) const;
 
@@ -199,8 +203,9 @@ private:
     struct Frame {
         double cosine = 1.0;
         double sine = 0.0;
-        double angle = 0.0;  // direction of the local x axis
-        double length1 = 0.0;
+        double angle = 0.0;    // direction of the local x axis
+        double length = 0.0;   // of the curve
+        double length1 = 0.0;  // from the inflection point to the start
         double xSign = 1.0;
         double ySign = 1.0;
         double x1 = 0.0;  // local point of the start, seven terms
@@ -212,17 +217,18 @@ private:
     void Update();
     Frame ComputeFrame() const;
     bool GetLengthAndTangent(const Point2D& point, double& length, Vec2D& tangent, double tolerance) const;
-    bool ClipRange(double& from, double& to) const;
-    bool MakePoints(const std::vector<double>& steps, double from, int terms, std::list<Point2D>& points) const;
-    bool CreatePolylineElements(const std::vector<double>& steps, double from, int terms,
+    std::vector<double> ConstantStations(double from, double to, double step) const;
+    std::vector<double> StationsForHeight(double from, double to, double height) const;
+    template <class Emit>
+    bool EmitPoints(const std::vector<double>& stations, int terms, Emit&& emit) const;
+    bool CreatePolylineElements(const std::vector<double>& stations, int terms,
                                 std::vector<PolylineElementPoint>& points) const;
-    static void BuildStepsConstant(std::vector<double>& steps, double from, double to, double step);
-    void BuildStepsUsingHeight(std::vector<double>& steps, double from, double to, double height) const;
     // Radius at a length from the inflection point.
     double RadiusAt(double length) const;
 
     Point2D start;
-    Point2D end;
+    Point2D end;           // by seven terms
+    Point2D requestedEnd;  // by the terms of the last GetEnd(terms)
     Vec2D startTangent;
     double startRadius = 0.0;
     double endRadius = 0.0;

@@ -7,6 +7,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/Stations.h"
 #include "kalvio/polygons/LineString2D.h"
 
@@ -86,6 +87,7 @@ BoundingBox2D Parabola::GetBoundingBox2D() const {
 BoundingBox3D Parabola::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
 
 bool Parabola::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline2D) return other.IsEqualTo(*this, tolerance);
     return other.GetType() == MathTypes::Parabola && IsEqualTo(static_cast<const Parabola&>(other), tolerance);
 }
 
@@ -125,6 +127,10 @@ bool Parabola::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
     const bool extended = ExtendStart(target, tolerances);
     Reverse();
     return extended;
+}
+
+IGeometry* Parabola::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : detail::AppendElements(*this, *other);
 }
 
 bool Parabola::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
@@ -201,7 +207,7 @@ struct Parabola::Feet {
 };
 
 Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const {
-    const bool backwards = end.GetX() < start.GetX();
+    const bool backwards = GetSign() < 0.0;
     Point2D nearest[5] = {backwards ? end : start};
     int number = 1;
     const Feet feet(*this, point);
@@ -214,7 +220,7 @@ Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const
 
 IPolyline2DElement::PolylineElementPoint Parabola::GetNearestPoint(const Point2D& point) const {
     const Point2D nearest = GetNearestPoint(point, detail::StandardTolerances());
-    return {nearest, ComputeTangent(nearest), GetArcLength(start.GetX(), nearest.GetX())};
+    return MakeSample(nearest, GetArcLength(start.GetX(), nearest.GetX()));
 }
 
 bool Parabola::GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const {
@@ -224,12 +230,11 @@ bool Parabola::GetNormalPoint(const Point2D& point, double tolerance, PolylineEl
     if (!(low < high) || !std::isfinite(feet.g(low).value) || !std::isfinite(feet.g(high).value)) return false;
     PolylineElementPoint best;
     double bestDistance = std::numeric_limits<double>::infinity();
-    const bool backwards = end.GetX() < start.GetX();
+    const bool backwards = GetSign() < 0.0;
     const auto consider = [&](double t) {
         PolylineElementPoint candidate = GetSample(feet.origin + t);
         if (t == low || t == high) {
-            candidate = (t == low) == backwards ? PolylineElementPoint{end, GetEndTangent(), GetLength()}
-                                                : PolylineElementPoint{start, GetStartTangent(), 0.0};
+            candidate = (t == low) == backwards ? MakeSample(end, GetLength()) : MakeSample(start, 0.0);
         }
         const double distance = point.Distance(candidate.point);
         if (!(distance < bestDistance || (distance == bestDistance && candidate.station < best.station))) return;
@@ -294,13 +299,19 @@ double Parabola::GetParameterK() const {
 }
 
 int Parabola::FindRoots(double& x1, double& x2) const {
+    constexpr double rounding = 4.0 * std::numeric_limits<double>::epsilon();  // of D by that of a, b and c
     const double discriminant = b * b - 4.0 * a * c;
-    if (!(discriminant >= 0.0)) return 0;
+    if (!std::isfinite(discriminant)) return 0;
+    if (std::abs(discriminant) <= rounding * (b * b)) {
+        x1 = x2 = -b / (2.0 * a);
+        return 1;
+    }
+    if (discriminant < 0.0) return 0;
     // The root whose two terms have one sign first; the other from the product of the roots, c / a.
     const bool bothNegative = b >= 0.0;
     const double sum = -0.5 * (bothNegative ? b + std::sqrt(discriminant) : b - std::sqrt(discriminant));
     const double larger = sum / a;
-    const double smaller = discriminant == 0.0 ? larger : c / sum;
+    const double smaller = c / sum;
     x1 = bothNegative ? smaller : larger;
     x2 = bothNegative ? larger : smaller;
     return discriminant < detail::numericalZero ? 1 : 2;
@@ -334,30 +345,42 @@ int Parabola::GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D
     return 2;
 }
 
+IPolyline2DElement::PolylineElementPoint Parabola::MakeSample(const Point2D& point, double station) const {
+    return {point, ComputeTangent(point) * GetSign(), station};
+}
+
 IPolyline2DElement::PolylineElementPoint Parabola::GetSample(double x) const {
-    const Point2D point = GetPointAt(x);
     const bool before = (x < start.GetX()) != (end.GetX() < start.GetX());
     const double length = GetArcLength(start.GetX(), x);
-    return {point, ComputeTangent(point), before && length > 0.0 ? -length : length};
+    return MakeSample(GetPointAt(x), before && length > 0.0 ? -length : length);
 }
 
 bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
     const double length = GetLength();
     if (!(station >= -detail::numericalZero && station <= length + detail::numericalZero)) return false;
     if (station <= 0.0 || station >= length) {
-        const Point2D& point = station <= 0.0 ? start : end;
-        result = {point, ComputeTangent(point), station <= 0.0 ? 0.0 : length};
+        result = station <= 0.0 ? MakeSample(start, 0.0) : MakeSample(end, length);
         return true;
     }
     const double run = std::abs(end.GetX() - start.GetX());
-    const double sign = end.GetX() < start.GetX() ? -1.0 : 1.0;
+    const double sign = GetSign();
     const double slope = GetSlope(start.GetX());
     const double along = detail::BracketedNewton(0.0, std::min(run, station), [&](double distance) {
         const double x = sign * distance;
         return detail::ValueAndSlope{ArcLength(a, slope, x) - station, std::hypot(1.0, slope + 2.0 * a * x)};
     });
-    const Point2D point = GetPointAt(start.GetX() + sign * along);
-    result = {point, ComputeTangent(point), station};
+    result = MakeSample(GetPointAt(start.GetX() + sign * along), station);
+    return true;
+}
+
+bool Parabola::MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const {
+    const auto [low, high] = std::minmax({start.GetX(), end.GetX()});
+    if (!(x >= low && x <= high)) return false;
+    if (x == start.GetX()) {
+        result = MakeSample(start, 0.0);
+    } else {
+        result = x == end.GetX() ? MakeSample(end, GetLength()) : GetSample(x);
+    }
     return true;
 }
 

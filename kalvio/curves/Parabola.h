@@ -13,8 +13,8 @@ class LineString2D;
 /// horizontal coordinate (the station along the profile), y the height; the slope at x is u = 2 a x + b.
 ///
 /// The caller keeps start and end on the curve: nothing is moved there, and lengths are measured between their
-/// abscissae. An element may run towards smaller x. Tangents are (1, u) all the same, so such an element travels
-/// against its tangents.
+/// abscissae. An element may run towards smaller x. The tangents of sample records point in the direction of travel, as
+/// for every element; `GetStartTangent`, `GetEndTangent` and `ComputeTangent` give (1, u) all the same.
 ///
 ///     Parabola sag(Point2D(0, 2), Point2D(200, 0), 0.0001, -0.03, 2.0);  // from -3 % to +1 %
 ///     sag.GetParameterK();                                              // 50: m per percent
@@ -35,7 +35,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `Parabola` only.
+    /// Comparable with a `Parabola` and with a `Polyline2D` of just one.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start, end and the three coefficients, each strictly within the tolerance; a reversed parabola is not equal.
     bool IsEqualTo(const Parabola& other, double tolerance) const;
@@ -54,12 +54,13 @@ public:
     /// @return false, nothing changed, for a point that is not finite
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
     bool ExtendEnd(const Point2D& point, const Tolerances& tolerances) override;
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     const Point2D& GetStart() const override { return start; }
     const Point2D& GetEnd() const override { return end; }
     /// Arc length from the start (end) to the foot of the point.
     bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
     bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
-    /// (1, u) at the abscissa of the point, scaled to length 1.
+    /// (1, u) at the abscissa of the point, scaled to length 1, whichever way the element runs.
     bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
     /// The nearest of all feet on the element and its two ends, the first from the start where several are equally
     /// near.
@@ -88,7 +89,9 @@ public:
     double GetParameterK() const;
     /// Zeros of the whole curve: x1 = (-b + sqrt(D)) / 2a, x2 = (-b - sqrt(D)) / 2a with D = b^2 - 4 a c. a must not be
     /// 0.
-    /// @return 0 for D < 0, outputs untouched; 1 for D < 1e-10, where the curve touches the axis; else 2
+    /// A D within the rounding of b^2, 4 eps b^2 either way, counts as 0: the curve touches the axis at x1 = x2 = -b /
+    /// 2a.
+    /// @return 0 for D < 0, outputs untouched; 1 for D < 1e-10; else 2
     int FindRoots(double& x1, double& x2) const;
     /// Arc length between the abscissae of two points, never negative. For |a| < `tolerance` that of the chord.
     double GetLength(const Point2D& p1, const Point2D& p2, double tolerance) const;
@@ -104,6 +107,8 @@ public:
 
     /// Point, tangent and station at an arc length from the start; false more than 1e-10 outside [0, length].
     bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    /// The same at an abscissa; false outside those of the start and the end.
+    bool MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const;
 
     /// The sampling functions append samples of the whole curve at the abscissae from, from +- step ... towards `to`;
     /// `to` may be the smaller one. Stations are arc lengths from the start of the element, negative before it.
@@ -123,7 +128,7 @@ public:
 
     /// A non-const parabola is changed in place.
     Parabola& Translate(const Vec2D& v);
-    Parabola Translate(const Vec2D& v) const;
+    [[nodiscard]] Parabola Translate(const Vec2D& v) const;
 
 private:
     // The feet of a point in the order of x; defined in the source.
@@ -132,6 +137,9 @@ private:
     double GetSlope(double x) const { return 2.0 * a * x + b; }
     double GetArcLength(double x1, double x2) const;
     Point2D GetPointAt(double x) const { return {x, Evaluate(x)}; }
+    // -1 where the element runs towards smaller x.
+    double GetSign() const { return end.GetX() < start.GetX() ? -1.0 : 1.0; }
+    PolylineElementPoint MakeSample(const Point2D& point, double station) const;
     PolylineElementPoint GetSample(double x) const;
     double GetStep(double from, double to, double height) const;
 

@@ -4,9 +4,8 @@
 #include "kalvio/core/detail/BracketedNewton.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/detail/BreakElement.h"
-#include "kalvio/curves/detail/CurveSearch.h"
 #include "kalvio/curves/detail/PlanElements.h"
-#include "kalvio/curves/detail/SampleSteps.h"
+#include "kalvio/curves/detail/TransitionCurve.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <algorithm>
@@ -189,17 +188,9 @@ public:
     double GetLargestRate() const { return spiral.law.GetLargestRate(); }
     double GetInflection() const { return spiral.inflection; }
 
-    PolylineElementPoint Sample(double station) const {
-        const detail::CurveState at = At(station);
-        return {spiral.start + Vec2D(at.x, at.y), Vec2D(at.cosine, at.sine), station};
-    }
-    template <class Emit>
-    void SampleAll(const std::vector<double>& steps, double from, Emit&& emit) const {
-        for (const double offset : steps) emit(Sample(std::min(from + offset, spiral.length)));
-    }
-    void BuildSteps(std::vector<double>& steps, double from, double to, double height) const {
-        detail::BuildStepsForHeight(steps, from, to, height, [this](double station) { return GetCurvature(station); });
-    }
+    const Point2D& GetStart() const { return spiral.start; }
+    const Point2D& GetEnd() const { return spiral.end; }
+    double GetLength() const { return spiral.length; }
 
 private:
     const Spiral2D& spiral;
@@ -287,7 +278,10 @@ void Spiral2D::Update() {
             position.y += step.y;
         }
     }
-    end = usable ? Evaluator(*this).Sample(length).point : start;
+    end = start;
+    if (!usable) return;
+    const detail::CurveState at = Evaluator(*this).At(length);
+    end += Vec2D(at.x, at.y);
 }
 
 // The displacement between two stations, x along the start tangent. Abramowitz and Stegun 1964, table 25.4, n = 8.
@@ -339,14 +333,13 @@ MathTypes Spiral2D::GetType() const { return MathTypes::Spiral2D; }
 
 BoundingBox2D Spiral2D::GetBoundingBox2D() const {
     if (!usable) return {start, start};
-    const BoundingBox2D box = detail::BoxOfCurve(Evaluator(*this), length);
-    const Vec2D toStart(start.GetX(), start.GetY());
-    return {box.GetMinPoint() + toStart, box.GetMaxPoint() + toStart};
+    return detail::BoxOfElement(Evaluator(*this), 0.0);
 }
 
 BoundingBox3D Spiral2D::GetBoundingBox3D() const { return GetBoundingBox2D().GetBoundingBox3D(); }
 
 bool Spiral2D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline2D) return other.IsEqualTo(*this, tolerance);
     return other.GetType() == MathTypes::Spiral2D && IsEqualTo(static_cast<const Spiral2D&>(other), tolerance);
 }
 
@@ -394,12 +387,7 @@ bool Spiral2D::IsPointOnGeometry(const Point2D& point, const Tolerances& toleran
 }
 
 bool Spiral2D::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
-    Spiral2D reversed(*this);
-    reversed.Reverse();
-    if (!reversed.ExtendEnd(point, tolerances)) return false;
-    reversed.Reverse();
-    *this = reversed;
-    return true;
+    return detail::ExtendStartOf(*this, point, tolerances);
 }
 
 bool Spiral2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
@@ -456,25 +444,12 @@ Point2D Spiral2D::GetNearestPoint(const Point2D& point, const Tolerances&) const
 }
 
 bool Spiral2D::GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const {
-    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to)) return false;
-    const Evaluator curve(*this);
-    const Vec2D query = point - start;
-    double station = 0.0;
-    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).Find(from, to, station)) return false;
-    nearest = curve.Sample(station);
-    return true;
+    return usable && detail::NearestOnCurve(Evaluator(*this), point, from, to, nearest);
 }
 
 bool Spiral2D::GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
                               PolylineElementPoint& foot) const {
-    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY()) || !ClipRange(from, to) || !(from < to))
-        return false;
-    const Evaluator curve(*this);
-    const Vec2D query = point - start;
-    double station = 0.0;
-    if (!detail::NearestSearch(curve, query.GetX(), query.GetY()).FindFoot(from, to, tolerance, station)) return false;
-    foot = curve.Sample(station);
-    return true;
+    return usable && detail::FootOnCurve(Evaluator(*this), point, from, to, tolerance, foot);
 }
 
 // The foot of a point that lies on the curve.
@@ -522,53 +497,57 @@ void Spiral2D::SetStartTangent(const Vec2D& value) {
 }
 
 bool Spiral2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
-    if (!usable || !(station >= -detail::numericalZero) || !(station <= length + detail::numericalZero)) return false;
-    result = Evaluator(*this).Sample(std::clamp(station, 0.0, length));
-    return true;
+    return usable && detail::SampleAt(Evaluator(*this), station, result);
+}
+
+bool Spiral2D::MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const {
+    return usable && detail::OffsetAt(Evaluator(*this), station, offset, tangent);
 }
 
 double Spiral2D::GetCurvature(double station) const { return usable ? Evaluator(*this).GetCurvature(station) : 0.0; }
 
 bool Spiral2D::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
                                      double step) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) detail::BuildConstantSteps(steps, from, to, step);
-    points.reserve(points.size() + steps.size());
-    Evaluator(*this).SampleAll(steps, from, [&](const PolylineElementPoint& sample) { points.push_back(sample); });
-    return !steps.empty();
+    return EmitSamples(ConstantStations(from, to, step),
+                       [&](const PolylineElementPoint& sample) { points.push_back(sample); });
 }
 
 bool Spiral2D::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
                                                 double height) const {
-    const Evaluator curve(*this);
-    std::vector<double> steps;
-    if (ClipRange(from, to)) curve.BuildSteps(steps, from, to, height);
-    points.reserve(points.size() + steps.size());
-    curve.SampleAll(steps, from, [&](const PolylineElementPoint& sample) { points.push_back(sample); });
-    return !steps.empty();
+    return EmitSamples(StationsForHeight(from, to, height),
+                       [&](const PolylineElementPoint& sample) { points.push_back(sample); });
 }
 
 bool Spiral2D::MakeLineString(double from, double to, LineString2D& lineString, double step) const {
-    std::vector<double> steps;
-    if (ClipRange(from, to)) detail::BuildConstantSteps(steps, from, to, step);
-    Evaluator(*this).SampleAll(steps, from,
-                               [&](const PolylineElementPoint& sample) { lineString.AppendPoint(sample.point); });
-    return !steps.empty();
+    return EmitSamples(ConstantStations(from, to, step),
+                       [&](const PolylineElementPoint& sample) { lineString.AppendPoint(sample.point); });
 }
 
 bool Spiral2D::MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const {
-    const Evaluator curve(*this);
-    std::vector<double> steps;
-    if (ClipRange(from, to)) curve.BuildSteps(steps, from, to, height);
-    curve.SampleAll(steps, from, [&](const PolylineElementPoint& sample) { lineString.AppendPoint(sample.point); });
-    return !steps.empty();
+    return EmitSamples(StationsForHeight(from, to, height),
+                       [&](const PolylineElementPoint& sample) { lineString.AppendPoint(sample.point); });
 }
 
-bool Spiral2D::ClipRange(double& from, double& to) const { return usable && detail::ClipStations(length, from, to); }
+std::vector<double> Spiral2D::ConstantStations(double from, double to, double step) const {
+    if (!usable) return {};
+    return detail::ConstantStations(Evaluator(*this), from, to, step);
+}
+
+std::vector<double> Spiral2D::StationsForHeight(double from, double to, double height) const {
+    if (!usable) return {};
+    return detail::StationsForHeight(Evaluator(*this), from, to, height);
+}
+
+template <class Emit>
+bool Spiral2D::EmitSamples(const std::vector<double>& stations, Emit&& emit) const {
+    const Evaluator curve(*this);
+    for (const double station : stations) emit(detail::SampleOf(curve, station));
+    return !stations.empty();
+}
 
 Spiral2D Spiral2D::GetPart(double from, double to) const {
     const Evaluator curve(*this);
-    const PolylineElementPoint first = curve.Sample(from);
+    const PolylineElementPoint first = detail::SampleOf(curve, from);
     Spiral2D part(*this);
     if (from > 0.0) {
         part.startRadius = RadiusOf(curve.GetCurvature(from));

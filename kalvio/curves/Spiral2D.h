@@ -57,7 +57,7 @@ public:
     unsigned int GetDimension() const override { return 2; }
     unsigned int GetTopologicalDimension() const override { return 1; }
     /// Another spiral of the same type with equal radii, length, start and start tangent, strictly; pieces must also be
-    /// the same part of their law.
+    /// the same part of their law. Or a `Polyline2D` of just one.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const Spiral2D& other, double tolerance) const;
     [[nodiscard]] Spiral2D* Clone() const override;
@@ -110,6 +110,9 @@ public:
 
     /// Point, tangent and station at a length from the start; false more than 1e-10 outside [0, length].
     bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    /// From the start to the point at a station, and the tangent there: digits that survey coordinates would lose.
+    /// @return false for a curve that is none; the station is not checked
+    bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
     /// Signed curvature 1/R at a station, positive turning left.
     double GetCurvature(double station) const;
 
@@ -159,7 +162,10 @@ private:
     Position GetPosition(double station) const;
     Spiral2D GetPart(double from, double to) const;
     bool FindPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
-    bool ClipRange(double& from, double& to) const;
+    std::vector<double> ConstantStations(double from, double to, double step) const;
+    std::vector<double> StationsForHeight(double from, double to, double height) const;
+    template <class Emit>
+    bool EmitSamples(const std::vector<double>& stations, Emit&& emit) const;
 
     Spiral2DType type = Spiral2DType::Clothoid;
     double startRadius = 0.0;

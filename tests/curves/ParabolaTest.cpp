@@ -45,11 +45,22 @@ TEST(ParabolaTest, RootsInTheOrderOfTheirFormula) {
         {"none: untouched", Parabola(1.0, 0.0, 1.0), 0, 7.0, 7.0},
         {"opening downward: the first is the smaller", Parabola(-2.0, 0.0, 8.0), 2, -2.0, 2.0},
         {"touching", Parabola(1.0, -2.2, 1.1 * 1.1), 1, 1.1, 1.1},
+        {"touching at 0", Parabola(3.0, 0.0, 0.0), 1, 0.0, 0.0},
         {"no cancellation", Parabola(1.0, 1e9, 1.0), 2, -1e-9, -1e9},
+        {"flat: D below 1e-10 is one root, by the formula", Parabola(0x1p-20, 0.0, -0x1p-20), 1, 1.0, -1.0},
+        {"flat: a negative D beyond its rounding is none", Parabola(0x1p-20, 0.0, 0x1p-20), 0, 7.0, 7.0},
+        {"numbers that overflow", Parabola(1.0, 1e200, 1.0), 0, 7.0, 7.0},
     };
     for (const auto& [why, parabola, count, first, second] : rows) {
         double x1 = 7.0, x2 = 7.0;
         EXPECT_TRUE(parabola.FindRoots(x1, x2) == count && x1 == first && x2 == second) << why;
+    }
+    for (double a = -2.0; a < 2.0; a += 0.0371) {  // a (x - r)^2, its coefficients rounded: the sign of D is chance
+        for (double r = -1000.0; r < 1000.0; r += 17.3) {
+            double x1 = kNan, x2 = kNan;
+            ASSERT_EQ(Parabola(a, -2.0 * a * r, a * r * r).FindRoots(x1, x2), 1) << a << " " << r;
+            ASSERT_TRUE(x1 == x2 && std::abs(x1 - r) <= 4e-16 * std::abs(r)) << a << " " << r;
+        }
     }
 }
 
@@ -102,7 +113,17 @@ TEST(ParabolaTest, StationsAgreeWithEachOtherAndWithChords) {
                 CheckStation(parabola, station, 1e-5, 10.0 * noise + 1e-11);
                 const Sample back = At(reversed, length - station);
                 EXPECT_THAT(back.point, IsNear(sample.point, 10.0 * noise));
-                EXPECT_THAT(back.tangent, IsNear(sample.tangent, noise)) << "the tangent does not turn";
+                EXPECT_THAT(back.tangent, IsNear(-sample.tangent, noise)) << "in the direction of travel";
+                const Sample foot = parabola.GetNearestPoint(sample.point);
+                EXPECT_THAT(foot.tangent, IsNear(sample.tangent, 1e-6));
+                EXPECT_NEAR(std::abs(parabola.ComputeTangent(sample.point).PerpDotProduct(sample.tangent)), 0.0, noise);
+                EXPECT_GT(parabola.ComputeTangent(sample.point).GetX(), 0.0) << "always (1, u)";
+                Sample across;
+                ASSERT_TRUE(parabola.MakePointAndTangentAtAbscissa(sample.point.GetX(), across));
+                EXPECT_THAT(across.point, IsNear(sample.point, 10.0 * noise));
+                EXPECT_THAT(across.tangent, IsNear(sample.tangent, noise));
+                EXPECT_NEAR(across.station, station, 10.0 * noise + 1e-11);
+                EXPECT_FALSE(parabola.MakePointAndTangentAtAbscissa(origin.GetX() - 41.0, across));
                 const Point2D beside = sample.point + sample.tangent.GetNormalVector(i % 500 == 0) * 9e-5;
                 double fromStart = -1.0, fromEnd = -1.0;
                 ASSERT_TRUE(parabola.GetLengthFromStartPoint(beside, fromStart, 1e-4));
@@ -178,6 +199,8 @@ TEST(ParabolaTest, BreaksExtendsAndJoinsAChain) {
         EXPECT_NEAR(first.GetLength(), 0.3 * length, 1e-9);
     }
     const Parabola base(0.5, 0.0, 0.0), raised(0.5, 0.0, 0x1p-20);
+    const std::unique_ptr<IGeometry> joined(base.Append(&raised));
+    EXPECT_EQ(static_cast<const Polyline2D&>(*joined).GetNrOfElements(), 2U);
     EXPECT_FALSE(base.IsEqualTo(raised, 0x1p-20)) << "strict";
     EXPECT_TRUE(base.IsEqualTo(raised, 0x1p-19));
 }

@@ -1,5 +1,6 @@
 #include "kalvio/core/Geometry.h"
 #include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "support/Concurrently.h"
@@ -142,8 +143,18 @@ TEST(Spiral2DTest, SettersMakeItAnew) {
     EXPECT_THAT(spiral.GetEnd(), IsNear(Point2D(99.1521161334862303, -10.7818251389962051), 1e-12));
     EXPECT_FALSE(spiral.IsEqualTo(Spiral2D(Type::Sine, -600, -300, 100, Point2D(), Vec2D(1, 0)), 1.0));
 
-    // In a chain it is an element like every other.
     const Clothoid out(-300, 0, 150, spiral.GetEnd(), spiral.GetEndTangent());
+    // In a chain it is an element like every other, and alone in one equal to it.
+    const Parabola sag(Point2D(0, 0), Point2D(10, 1), 0.01, 0.0, 0.0);
+    for (const IPolyline2DElement* const element :
+         {static_cast<const IPolyline2DElement*>(&spiral), static_cast<const IPolyline2DElement*>(&sag),
+          static_cast<const IPolyline2DElement*>(&out)}) {
+        Polyline2D alone;
+        alone.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
+        EXPECT_TRUE(alone.IsEqualTo(*element, 1e-12) && element->IsEqualTo(alone, 1e-12));
+        alone.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
+        EXPECT_FALSE(alone.IsEqualTo(*element, 1e-12) || element->IsEqualTo(alone, 1e-12));
+    }
     const std::unique_ptr<Polyline2D> chain(static_cast<Polyline2D*>(spiral.Append(&out)));
     Polyline2D::PolylinePoint on;
     ASSERT_TRUE(chain->MakePointAndTangentAt(40.0, on));

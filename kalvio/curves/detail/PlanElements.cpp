@@ -364,6 +364,8 @@ int PointAtAbscissa(const IPolyline2DElement& element, double x, double toleranc
             before += part.GetLength();
         }
         return found;
+    } else if (element.GetType() == MathTypes::Parabola) {
+        found = static_cast<const Parabola&>(element).MakePointAndTangentAtAbscissa(x, result) ? 1 : 0;
     } else {
         found = PointOnCurveAtAbscissa(element, x, result);
     }

@@ -21,6 +21,12 @@ inline void BuildConstantSteps(std::vector<double>& steps, double from, double t
     }
 }
 
+/// Turns the offsets of a range into its stations, the last one exactly `to`.
+inline void MakeStations(std::vector<double>& offsets, double from, double to) {
+    for (double& offset : offsets) offset = std::min(from + offset, to);
+    if (!offsets.empty()) offsets.back() = to;
+}
+
 /// Clips the range [from, to] to the curve [0, length]. @return false for an empty range, from > to included, or NaN
 inline bool ClipStations(double length, double& from, double& to) {
     if (!(from <= to) || !(from <= length + numericalZero) || !(to >= 0.0)) return false;
