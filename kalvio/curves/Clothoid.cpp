@@ -54,7 +54,8 @@ struct LocalPoint {
     double y = 0.0;
 };
 
-// The local point for A = 1, by powers of -tau^2 from the first term on. A `Count` known at compile time is unrolled.
+// The two sums of the series, by powers of -tau^2 from the first term on: the local point at the length l is
+// (l x, l tau y), and l = A sqrt(2 tau). A `Count` known at compile time is unrolled.
 template <class Count>
 inline LocalPoint SumTerms(double tau, Count count) {
     const double factor = -tau * tau;
@@ -66,13 +67,13 @@ inline LocalPoint SumTerms(double tau, Count count) {
         y += power * series.y[n];
         power *= factor;
     }
-    const double scale = std::sqrt(2.0 * tau);
-    return {scale * x, scale * tau * y};
+    return {x, y};
 }
 
-inline LocalPoint UnitPoint(double tau, int terms) {
-    if (terms == Clothoid::defaultTerms)
-        return SumTerms(tau, std::integral_constant<std::size_t, Clothoid::defaultTerms>());
+using DefaultCount = std::integral_constant<std::size_t, Clothoid::defaultTerms>;
+
+inline LocalPoint SumTerms(double tau, int terms) {
+    if (terms == Clothoid::defaultTerms) return SumTerms(tau, DefaultCount());
     return SumTerms(tau, static_cast<std::size_t>(std::clamp(terms, 0, SeriesTable::size)));
 }
 
@@ -80,25 +81,17 @@ constexpr double smallTurn = 0.5;  // [rad]; up to it the series of SmallTurn ar
 
 // (cos, sin) of a small angle.
 inline LocalPoint SmallTurn(double angle) {
-    constexpr double inverse[] = {1.0 / 87178291200.0,
-                                  1.0 / 6227020800.0,
-                                  1.0 / 479001600.0,
-                                  1.0 / 39916800.0,
-                                  1.0 / 3628800.0,
-                                  1.0 / 362880.0,
-                                  1.0 / 40320.0,
-                                  1.0 / 5040.0,
-                                  1.0 / 720.0,
-                                  1.0 / 120.0,
-                                  1.0 / 24.0,
-                                  1.0 / 6.0,
-                                  1.0 / 2.0,
-                                  1.0,
-                                  1.0};  // of 14!, 13! ... 0!
+    constexpr double inverse[] = {1.0 / 87178291200.0, 1.0 / 6227020800.0,
+                                  1.0 / 479001600.0,   1.0 / 39916800.0,
+                                  1.0 / 3628800.0,     1.0 / 362880.0,
+                                  1.0 / 40320.0,       1.0 / 5040.0,
+                                  1.0 / 720.0,         1.0 / 120.0,
+                                  1.0 / 24.0,          1.0 / 6.0,
+                                  1.0 / 2.0,           1.0};  // of 14!, 13! ... 1!
     const double squared = angle * angle;
     double cosine = inverse[0];
     double sine = inverse[1];
-    for (std::size_t i = 2; i + 1 < std::size(inverse); i += 2) {
+    for (std::size_t i = 2; i < std::size(inverse); i += 2) {
         cosine = inverse[i] - squared * cosine;
         sine = inverse[i + 1] - squared * sine;
     }
@@ -121,14 +114,13 @@ public:
         : frame(evaluated.frame),
           start(evaluated.start),
           end(evaluated.end),
-          a(evaluated.parameter),
-          aSquared(a * a),
+          aSquared(evaluated.parameter * evaluated.parameter),
           terms(seriesTerms) {
         if (terms == defaultTerms) return;
-        const LocalPoint first = UnitPoint(Tau(frame.length1), terms);
-        frame.x1 = a * first.x;
-        frame.y1 = a * first.y;
-        const LocalPoint last = PositionAt(Tau(LengthFromInflection(frame.length)));
+        const LocalPoint first = SumTerms(Tau(frame.length1), terms);
+        frame.x1 = frame.length1 * first.x;
+        frame.y1 = frame.length1 * Tau(frame.length1) * first.y;
+        const LocalPoint last = PositionAt(LengthFromInflection(frame.length));
         end = start + Vec2D(last.x, last.y);
     }
 
@@ -136,11 +128,14 @@ public:
     const Point2D& GetEnd() const { return end; }
     double GetLength() const { return frame.length; }
     double LengthFromInflection(double station) const { return frame.length1 + frame.xSign * station; }
-    double Tau(double l) const { return aSquared > 0.0 ? l * l / (2.0 * aSquared) : 0.0; }
+    double Tau(double l) const { return l * l / frame.twiceASquared; }
 
-    LocalPoint PositionAt(double tau) const { return Place(UnitPoint(tau, terms)); }
+    LocalPoint PositionAt(double l) const {
+        const double tau = Tau(l);
+        return Place(l, tau, SumTerms(tau, terms));
+    }
     double SquaredDistance(double station, const Vec2D& query) const {
-        const LocalPoint at = PositionAt(Tau(LengthFromInflection(station)));
+        const LocalPoint at = PositionAt(LengthFromInflection(station));
         const double dx = at.x - query.GetX();
         const double dy = at.y - query.GetY();
         return dx * dx + dy * dy;
@@ -148,7 +143,7 @@ public:
     detail::CurveState At(double station) const {
         const double l = LengthFromInflection(station);
         const double tau = Tau(l);
-        const LocalPoint at = PositionAt(tau);
+        const LocalPoint at = Place(l, tau, SumTerms(tau, terms));
         const double direction = Direction(tau);
         return {at.x, at.y, std::cos(direction), std::sin(direction), Curvature(l)};
     }
@@ -195,17 +190,20 @@ private:
         for (std::size_t first = 0; first < stations.size(); first += Block::size) {
             const std::size_t count = std::min(Block::size, stations.size() - first);
             for (std::size_t k = 0; k < Block::size; ++k) block.station[k] = stations[first + std::min(k, count - 1)];
-            ComputePositions(block);
+            if (terms == defaultTerms) {
+                ComputePositions(block, DefaultCount());
+            } else {
+                ComputePositions(block, terms);
+            }
             visit(block, count);
         }
     }
-    void ComputePositions(Block& block) const {
+    template <class Count>
+    void ComputePositions(Block& block, Count count) const {
         for (std::size_t k = 0; k < Block::size; ++k) {
             block.l[k] = LengthFromInflection(block.station[k]);
             block.tau[k] = Tau(block.l[k]);
-        }
-        for (std::size_t k = 0; k < Block::size; ++k) {
-            const LocalPoint at = PositionAt(block.tau[k]);
+            const LocalPoint at = Place(block.l[k], block.tau[k], SumTerms(block.tau[k], count));
             block.x[k] = at.x;
             block.y[k] = at.y;
         }
@@ -213,7 +211,7 @@ private:
     // The direction of one station, turned to the others by small angles.
     void ComputeTangents(Block& block) const {
         constexpr std::size_t middle = Block::size / 2;
-        if (!(std::abs(block.tau.back() - block.tau.front()) <= smallTurn && aSquared > 0.0)) {
+        if (!(std::abs(block.tau.back() - block.tau.front()) <= smallTurn)) {
             for (std::size_t k = 0; k < Block::size; ++k) {
                 block.cosine[k] = std::cos(Direction(block.tau[k]));
                 block.sine[k] = std::sin(Direction(block.tau[k]));
@@ -222,16 +220,16 @@ private:
         }
         const double cosine = std::cos(Direction(block.tau[middle]));
         const double sine = std::sin(Direction(block.tau[middle]));
-        const double turn = frame.xSign * frame.ySign / (2.0 * aSquared);
+        const double turn = frame.xSign * frame.ySign / frame.twiceASquared;
         for (std::size_t k = 0; k < Block::size; ++k) {
             const LocalPoint by = SmallTurn(turn * (block.l[k] - block.l[middle]) * (block.l[k] + block.l[middle]));
             block.cosine[k] = cosine * by.x - sine * by.y;
             block.sine[k] = sine * by.x + cosine * by.y;
         }
     }
-    LocalPoint Place(const LocalPoint& local) const {
-        const double dx = frame.xSign * (a * local.x - frame.x1);
-        const double dy = frame.ySign * (a * local.y - frame.y1);
+    LocalPoint Place(double l, double tau, const LocalPoint& sums) const {
+        const double dx = frame.xSign * (l * sums.x - frame.x1);
+        const double dy = frame.ySign * (l * tau * sums.y - frame.y1);
         return {dx * frame.cosine - dy * frame.sine, dx * frame.sine + dy * frame.cosine};
     }
     double Direction(double tau) const { return frame.angle + frame.xSign * frame.ySign * tau; }
@@ -240,7 +238,6 @@ private:
     Frame frame;
     Point2D start;
     Point2D end;
-    double a;
     double aSquared;
     int terms;
 };
@@ -294,9 +291,12 @@ Clothoid::Frame Clothoid::ComputeFrame() const {
     f.angle = ComputeRotationAngle(0.0) - f.xSign * f.ySign * tau1;
     f.cosine = std::cos(f.angle);
     f.sine = std::sin(f.angle);
-    const Point2D first = ComputePoint(tau1, defaultTerms);
-    f.x1 = first.GetX();
-    f.y1 = first.GetY();
+    const double aSquared = parameter * parameter;
+    f.twiceASquared = aSquared > 0.0 ? 2.0 * aSquared : std::numeric_limits<double>::infinity();
+    const double tau = length1 * length1 / f.twiceASquared;
+    const LocalPoint first = SumTerms(tau, defaultTerms);
+    f.x1 = length1 * first.x;
+    f.y1 = length1 * tau * first.y;
     const bool opposite = !IsZero(startRadius) && !IsZero(endRadius) && (startRadius < 0.0) != (endRadius < 0.0);
     f.usable = !opposite && parameter >= 0.0 && tau1 <= mostTurn && tau2 <= mostTurn && std::isfinite(f.angle) &&
                std::isfinite(end.GetX()) && std::isfinite(end.GetY()) && std::isfinite(start.GetX()) &&
@@ -514,8 +514,9 @@ double Clothoid::GetCurvature(double station) const {
 }
 
 Point2D Clothoid::ComputePoint(double tau, int terms) const {
-    const LocalPoint unit = UnitPoint(tau, terms);
-    return {parameter * unit.x, parameter * unit.y};
+    const LocalPoint sums = SumTerms(tau, terms);
+    const double scale = std::sqrt(2.0 * tau);
+    return {parameter * (scale * sums.x), parameter * (scale * tau * sums.y)};
 }
 
 Point2D Clothoid::ComputePointFromRadius(double radius, int terms) const {

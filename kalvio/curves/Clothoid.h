@@ -203,9 +203,10 @@ private:
     struct Frame {
         double cosine = 1.0;
         double sine = 0.0;
-        double angle = 0.0;    // direction of the local x axis
-        double length = 0.0;   // of the curve
-        double length1 = 0.0;  // from the inflection point to the start
+        double angle = 0.0;          // direction of the local x axis
+        double twiceASquared = 1.0;  // infinite for A = 0: tau is 0
+        double length = 0.0;         // of the curve
+        double length1 = 0.0;        // from the inflection point to the start
         double xSign = 1.0;
         double ySign = 1.0;
         double x1 = 0.0;  // local point of the start, seven terms

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 /// Sampling offsets along a curve, relative to the first station. Both builders clear the list first and leave it empty
@@ -16,6 +17,7 @@ namespace Kalvio::Math::detail {
 inline void BuildConstantSteps(std::vector<double>& steps, double from, double to, double step) {
     steps.clear();
     const double span = to - from;
+    steps.reserve(static_cast<std::size_t>(NumberOfParts(std::abs(span), step)) + 1);
     if (ForEachStationTo(0.0, std::abs(span), step, [&steps](double offset) { steps.push_back(offset); })) {
         steps.back() = span;
     }
