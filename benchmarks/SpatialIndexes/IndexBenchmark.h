@@ -22,7 +22,8 @@
 /// The same work on the same boxes for every index, ours and others'.
 ///
 /// An index under test is an adapter with `Insert(i)`, `Remove(i)`, `Window(box)`, `Point(x, y)`, the last two
-/// answering the number of items found; it is made from the boxes.
+/// answering the number of items found; it is made from the boxes. `Load()`, where there is one, takes all of them at
+/// once.
 namespace Kalvio::Math::SpatialIndexes {
 
 struct PlanBox {
@@ -102,6 +103,12 @@ public:
         for (const PlanBox& box : boxes) items.emplace_back(box);
     }
     void Insert(std::size_t i) { tree.Insert(&items[i]); }
+    void Load() {
+        std::vector<const ISpatialIndexData*> all;
+        all.reserve(items.size());
+        for (const BoxItem& item : items) all.push_back(&item);
+        tree.Insert(all);
+    }
     bool Remove(std::size_t i) { return tree.Remove(&items[i]); }
     int Window(const PlanBox& w) const { return tree.SearchAndVisit(BoundingBoxND(Low(w), High(w)), true, Counter()); }
     int Point(double x, double y) const { return tree.SearchAndVisit(PointND(std::vector<double>{x, y}), Counter()); }
@@ -123,19 +130,28 @@ inline const Scene& SceneOf(const benchmark::State& state) {
     return Scene::Of(static_cast<std::size_t>(state.range(0)), state.range(1) != 0);
 }
 
-template <class Adapter>
+template <bool atOnce, class Adapter>
+void Fill(Adapter& index, const Scene& scene) {
+    if constexpr (atOnce) {
+        index.Load();
+    } else {
+        for (std::size_t i = 0; i < scene.boxes.size(); ++i) index.Insert(i);
+    }
+}
+
+template <class Adapter, bool atOnce = false>
 std::unique_ptr<Adapter> Filled(const Scene& scene) {
     auto index = std::make_unique<Adapter>(scene.boxes);
-    for (std::size_t i = 0; i < scene.boxes.size(); ++i) index->Insert(i);
+    Fill<atOnce>(*index, scene);
     return index;
 }
 
 /// The filled index for a benchmark's arguments; kept until another is asked for.
-template <class Adapter>
+template <class Adapter, bool atOnce>
 const Adapter& Prepared(const benchmark::State& state) {
     static std::pair<const Scene*, std::unique_ptr<Adapter>> kept;
     const Scene& scene = SceneOf(state);
-    if (kept.first != &scene) kept = {&scene, Filled<Adapter>(scene)};
+    if (kept.first != &scene) kept = {&scene, Filled<Adapter, atOnce>(scene)};
     return *kept.second;
 }
 
@@ -151,23 +167,23 @@ void RunSearches(benchmark::State& state, const std::vector<PlanBox>& places, Se
     state.counters["hits"] = benchmark::Counter(static_cast<double>(hits), benchmark::Counter::kAvgIterations);
 }
 
-template <class Adapter>
+template <class Adapter, bool atOnce>
 void BM_Window(benchmark::State& state) {
-    const Adapter& index = Prepared<Adapter>(state);
+    const Adapter& index = Prepared<Adapter, atOnce>(state);
     RunSearches(state, SceneOf(state).windowsFor.at(static_cast<int>(state.range(2))),
                 [&](const PlanBox& w) { return index.Window(w); });
 }
 
-template <class Adapter>
+template <class Adapter, bool atOnce>
 void BM_List(benchmark::State& state) {
-    const Adapter& index = Prepared<Adapter>(state);
+    const Adapter& index = Prepared<Adapter, atOnce>(state);
     RunSearches(state, SceneOf(state).windowsFor.at(static_cast<int>(state.range(2))),
                 [&](const PlanBox& w) { return index.List(w); });
 }
 
-template <class Adapter>
+template <class Adapter, bool atOnce>
 void BM_Point(benchmark::State& state) {
-    const Adapter& index = Prepared<Adapter>(state);
+    const Adapter& index = Prepared<Adapter, atOnce>(state);
     RunSearches(state, SceneOf(state).points, [&](const PlanBox& p) { return index.Point(p.minX, p.minY); });
 }
 
@@ -180,7 +196,7 @@ inline benchmark::Counter Each(double n) {
 }
 
 /// Bytes per item are those of the heap, items themselves apart.
-template <class Adapter>
+template <class Adapter, bool atOnce>
 void BM_Insert(benchmark::State& state) {
     const Scene& scene = SceneOf(state);
     const auto n = static_cast<double>(scene.boxes.size());
@@ -189,7 +205,7 @@ void BM_Insert(benchmark::State& state) {
         auto index = std::make_unique<Adapter>(scene.boxes);
         const std::size_t before = mallinfo2().uordblks + mallinfo2().hblkhd;
         const double start = SecondsUsed();
-        for (std::size_t i = 0; i < scene.boxes.size(); ++i) index->Insert(i);
+        Fill<atOnce>(*index, scene);
         state.SetIterationTime(SecondsUsed() - start);
         bytes = static_cast<double>(mallinfo2().uordblks + mallinfo2().hblkhd - before) / n;
     }
@@ -238,8 +254,8 @@ void BM_Growth(benchmark::State& state) {
     }
 }
 
-/// Everything for one index, up to `most` items.
-template <class Adapter>
+/// Everything for one index, up to `most` items, filled item by item or all at once.
+template <class Adapter, bool atOnce = false>
 void RegisterAll(const std::string& name, std::int64_t most = 1000000) {
     const auto withSizes = [most](benchmark::internal::Benchmark* b, const std::vector<std::int64_t>& hits) {
         std::vector<std::string> names{"items", "clustered"};
@@ -254,14 +270,17 @@ void RegisterAll(const std::string& name, std::int64_t most = 1000000) {
         return b;
     };
     using benchmark::RegisterBenchmark;
-    withSizes(RegisterBenchmark((name + "/window").c_str(), BM_Window<Adapter>), {10, 1000});
+    withSizes(RegisterBenchmark((name + "/window").c_str(), BM_Window<Adapter, atOnce>), {10, 1000});
     if constexpr (requires(const Adapter& a, const PlanBox& w) { a.List(w); }) {
-        withSizes(RegisterBenchmark((name + "/list").c_str(), BM_List<Adapter>), {10, 1000});
+        withSizes(RegisterBenchmark((name + "/list").c_str(), BM_List<Adapter, atOnce>), {10, 1000});
     }
-    withSizes(RegisterBenchmark((name + "/point").c_str(), BM_Point<Adapter>), {});
-    withSizes(RegisterBenchmark((name + "/insert").c_str(), BM_Insert<Adapter>), {})->UseManualTime();
-    withSizes(RegisterBenchmark((name + "/removeHalf").c_str(), BM_RemoveHalf<Adapter>), {})->UseManualTime();
-    if (most >= 1000000) RegisterBenchmark((name + "/growth").c_str(), BM_Growth<Adapter>)->Iterations(1);
+    withSizes(RegisterBenchmark((name + "/point").c_str(), BM_Point<Adapter, atOnce>), {});
+    withSizes(RegisterBenchmark((name + "/" + (atOnce ? "load" : "insert")).c_str(), BM_Insert<Adapter, atOnce>), {})
+        ->UseManualTime();
+    if constexpr (!atOnce) {
+        withSizes(RegisterBenchmark((name + "/removeHalf").c_str(), BM_RemoveHalf<Adapter>), {})->UseManualTime();
+        if (most >= 1000000) RegisterBenchmark((name + "/growth").c_str(), BM_Growth<Adapter>)->Iterations(1);
+    }
 }
 
 }  // namespace Kalvio::Math::SpatialIndexes

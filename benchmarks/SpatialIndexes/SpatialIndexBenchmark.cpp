@@ -14,6 +14,9 @@ const bool registered = [] {
     RegisterAll<KalvioAdapter<RStarTree>>("RStarTree");
     RegisterAll<KalvioAdapter<RTree>>("RTree", 100000);
     RegisterAll<KalvioAdapter<QuadTree>>("QuadTree");
+    RegisterAll<KalvioAdapter<RStarTree>, true>("RStarTreeAtOnce");
+    RegisterAll<KalvioAdapter<RTree>, true>("RTreeAtOnce");
+    RegisterAll<KalvioAdapter<QuadTree>, true>("QuadTreeAtOnce");
     return true;
 }();
 

@@ -1,5 +1,6 @@
 #include "kalvio/SpatialIndexes/QuadTree.h"
 #include "kalvio/SpatialIndexes/RStarTree.h"
+#include "kalvio/SpatialIndexes/RTree.h"
 
 #include "SpatialIndexes/IndexBenchmark.h"
 
@@ -14,6 +15,7 @@
 #include <geos/geom/Envelope.h>
 #include <geos/index/ItemVisitor.h>
 #include <geos/index/quadtree/Quadtree.h>
+#include <geos/index/strtree/TemplateSTRtree.h>
 #endif
 #ifdef KALVIO_PEER_SPATIALINDEX
 #include <spatialindex/SpatialIndex.h>
@@ -30,6 +32,12 @@ class BoostAdapter {
 public:
     explicit BoostAdapter(const std::vector<PlanBox>& all) : boxes(all) {}
     void Insert(std::size_t i) { tree.insert(ValueOf(i)); }
+    void Load() {
+        std::vector<Value> all;
+        all.reserve(boxes.size());
+        for (std::size_t i = 0; i < boxes.size(); ++i) all.push_back(ValueOf(i));
+        tree = boost::geometry::index::rtree<Value, Parameters>(all);
+    }
     bool Remove(std::size_t i) { return tree.remove(ValueOf(i)) == 1; }
     std::size_t Window(const PlanBox& w) const { return Count(BoxOf(w)); }
     std::size_t Point(double x, double y) const { return Count(PointXY(x, y)); }
@@ -83,6 +91,30 @@ private:
     std::vector<geos::geom::Envelope> envelopes;
     mutable geos::index::quadtree::Quadtree tree;
 };
+
+class StrAdapter {
+public:
+    explicit StrAdapter(const std::vector<PlanBox>& all) {
+        for (const PlanBox& b : all) envelopes.emplace_back(b.minX, b.maxX, b.minY, b.maxY);
+    }
+    void Load() {
+        for (geos::geom::Envelope& envelope : envelopes) tree.insert(&envelope, &envelope);
+        tree.build();
+    }
+    std::size_t Window(const PlanBox& w) const {
+        std::size_t count = 0;
+        tree.query(geos::geom::Envelope(w.minX, w.maxX, w.minY, w.maxY), [&count](const geos::geom::Envelope* item) {
+            benchmark::DoNotOptimize(item);
+            ++count;
+        });
+        return count;
+    }
+    std::size_t Point(double x, double y) const { return Window({x, y, x, y}); }
+
+private:
+    std::vector<geos::geom::Envelope> envelopes;
+    mutable geos::index::strtree::TemplateSTRtree<const geos::geom::Envelope*> tree{10};
+};
 #endif
 
 #ifdef KALVIO_PEER_SPATIALINDEX
@@ -125,13 +157,20 @@ private:
 
 const bool registered = [] {
     RegisterAll<KalvioAdapter<RStarTree>>("RStarTree");
+    RegisterAll<KalvioAdapter<RTree>>("RTree");
     RegisterAll<KalvioAdapter<QuadTree>>("QuadTree");
+    RegisterAll<KalvioAdapter<RStarTree>, true>("RStarTreeAtOnce");
+    RegisterAll<KalvioAdapter<RTree>, true>("RTreeAtOnce");
+    RegisterAll<KalvioAdapter<QuadTree>, true>("QuadTreeAtOnce");
 #ifdef KALVIO_PEER_BOOST
     RegisterAll<BoostAdapter<boost::geometry::index::rstar<64, 32>>>("BoostRStar64");
     RegisterAll<BoostAdapter<boost::geometry::index::rstar<16>>>("BoostRStar16");
+    RegisterAll<BoostAdapter<boost::geometry::index::quadratic<8>>>("BoostQuadratic8");
+    RegisterAll<BoostAdapter<boost::geometry::index::rstar<16>>, true>("BoostPacked16");
 #endif
 #ifdef KALVIO_PEER_GEOS
     RegisterAll<GeosAdapter>("GeosQuadtree");
+    RegisterAll<StrAdapter, true>("GeosStr");
 #endif
 #ifdef KALVIO_PEER_SPATIALINDEX
     RegisterAll<LibSpatialIndexAdapter>("LibSpatialIndex", 100000);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <list>
+#include <span>
 
 namespace Kalvio::Math {
 class BoundingBoxND;
@@ -60,6 +61,12 @@ public:
     virtual std::uint64_t Search(const BoundingBoxND& box, bool overlap,
                                  std::list<ISpatialIndexData*>& items) const = 0;
     virtual SpatialIndexTypes GetType() const = 0;
+    /// Takes many items at once, faster than one by one and for searches that are faster, too. R-trees are packed when
+    /// they hold fewer items than are given: all items, the old ones included, are laid out anew in full nodes side by
+    /// side. Else, and in a quadtree always, the items go where insertions one by one would put them. Either way later
+    /// insertions and removals work as ever.
+    /// @return true; false, and nothing changes, when an item is null
+    virtual bool Insert(std::span<const ISpatialIndexData* const> items) = 0;
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

@@ -2,33 +2,40 @@
 
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/QuadTreeData.h"
-#include "kalvio/SpatialIndexes/detail/FlatBox.h"
 #include "kalvio/core/detail/Constants.h"
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace Kalvio::Math::SpatialIndexes {
 
-using detail::FlatBox;
+using detail::PlanBox;
 
 namespace {
 
-FlatBox BoxOf(const ISpatialIndexData& item) {
-    BoundingBoxND box(2);
-    item.GetEnvelope(box);
-    return {box, 2};
-}
-
 /// The box that decides on the node: an axis without any extent gets the minimum extent, when one of the two axes has
 /// less than 1e-10.
-FlatBox Widened(FlatBox box, double extent) {
-    const auto isFlat = [&box](unsigned int axis) {
-        return std::abs(box.High(axis) - box.Low(axis)) < Math::detail::numericalZero;
+PlanBox Widened(PlanBox box, double extent) {
+    const bool isFlat = std::abs(box.maxX - box.minX) < Math::detail::numericalZero ||
+                        std::abs(box.maxY - box.minY) < Math::detail::numericalZero;
+    if (!isFlat) return box;
+    const auto widen = [extent](double& low, double& high) {
+        const double value = low;
+        if (value != high) return;
+        low = value - 0.5 * extent;
+        high = value + 0.5 * extent;
     };
-    if (!isFlat(0) && !isFlat(1)) return box;
-    for (unsigned int axis = 0; axis < 2; ++axis) {
-        const double value = box.Low(axis);
-        if (value == box.High(axis)) box.Set(axis, value - 0.5 * extent, value + 0.5 * extent);
+    widen(box.minX, box.maxX);
+    widen(box.minY, box.maxY);
+    return box;
+}
+
+/// The box of an item that comes in; it may lower the minimum extent.
+PlanBox ReadNew(QuadTreeData& data, const ISpatialIndexData& item) {
+    const PlanBox box(data.envelopes.Read(item));
+    for (const double extent : {box.maxX - box.minX, box.maxY - box.minY}) {
+        if (extent > 0.0 && extent < data.minimumExtent) data.minimumExtent = extent;
     }
     return box;
 }
@@ -50,17 +57,27 @@ void QuadTree::SetDimension(int) {}
 
 bool QuadTree::Insert(const ISpatialIndexData* item) {
     if (item == nullptr) return false;
-    const FlatBox box = BoxOf(*item);
-    for (unsigned int axis = 0; axis < 2; ++axis) {
-        const double extent = box.High(axis) - box.Low(axis);
-        if (extent > 0.0 && extent < data->minimumExtent) data->minimumExtent = extent;
-    }
+    const PlanBox box = ReadNew(*data, *item);
     data->root->Insert(Widened(box, data->minimumExtent), box, const_cast<ISpatialIndexData*>(item));
     return true;
 }
 
+bool QuadTree::Insert(std::span<const ISpatialIndexData* const> items) {
+    if (std::find(items.begin(), items.end(), nullptr) != items.end()) return false;
+    detail::Arrivals arrivals{items, {}, {}};
+    arrivals.boxes.reserve(items.size());
+    arrivals.places.reserve(items.size());
+    for (unsigned int i = 0; i < items.size(); ++i) {
+        arrivals.boxes.push_back(ReadNew(*data, *items[i]));
+        arrivals.places.push_back({Widened(arrivals.boxes[i], data->minimumExtent), i});
+    }
+    data->root->Insert(arrivals);
+    return true;
+}
+
 bool QuadTree::Remove(const ISpatialIndexData* item) {
-    return item != nullptr && data->root->Remove(Widened(BoxOf(*item), data->minimumExtent), item);
+    return item != nullptr &&
+           data->root->Remove(Widened(PlanBox(data->envelopes.Read(*item)), data->minimumExtent), item);
 }
 
 int QuadTree::SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/QuadTreeNode.h"
+#include "kalvio/SpatialIndexes/detail/EnvelopeReader.h"
 
 #include <memory>
 
@@ -10,6 +11,7 @@ namespace Kalvio::Math::SpatialIndexes {
 struct QuadTreeData {
     std::unique_ptr<QuadTreeNode> root = std::make_unique<QuadTreeNode>();  ///< never null
     double minimumExtent = 1.0;  ///< smallest positive width or height of an item so far, at most 1
+    detail::EnvelopeReader envelopes{2};
 
     QuadTreeData() = default;
     QuadTreeData(const QuadTreeData& other)

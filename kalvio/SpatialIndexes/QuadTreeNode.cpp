@@ -9,6 +9,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
+#include <utility>
 
 // Finkel, Bentley: Quad trees, a data structure for retrieval on composite keys, 1974; squares aligned to powers of
 // two.
@@ -17,20 +19,19 @@ namespace Kalvio::Math::SpatialIndexes {
 
 using detail::FlatBox;
 using detail::Lanes;
+using detail::PlanBox;
 
 namespace {
 
 constexpr unsigned int planDimension = 2;
 
-/// Finite bounds in order: such a box has a place below the root.
-bool HasPlace(const FlatBox& box) {
-    for (unsigned int axis = 0; axis < planDimension; ++axis) {
-        if (!std::isfinite(box.Low(axis)) || !std::isfinite(box.High(axis)) || box.Low(axis) > box.High(axis)) {
-            return false;
-        }
-    }
-    return true;
+PlanBox BoxOf(const ISpatialIndexData& item) {
+    BoundingBoxND box(planDimension);
+    item.GetEnvelope(box);
+    return PlanBox(FlatBox(box, planDimension));
 }
+
+PlanBox InPlan(const BoundingBoxND& box) { return PlanBox(FlatBox(box, planDimension)); }
 
 double CenterOf(double low, double high, int level) {
     if (std::isfinite(low) && std::isfinite(high)) return 0.5 * low + 0.5 * high;
@@ -58,13 +59,12 @@ QuadTreeNode::QuadTreeNode(BoundingBoxND* box, int squareLevel)
     : level(std::clamp(squareLevel, lowestLevel, highestLevel)), isRoot(box == nullptr) {
     if (isRoot) return;
     envelope = box;
-    const FlatBox flat(*box, planDimension);
-    square = {flat.Low(0), flat.Low(1), flat.High(0), flat.High(1)};
+    square = InPlan(*box);
     centerX = 0.5 * square.minX + 0.5 * square.maxX;
     centerY = 0.5 * square.minY + 0.5 * square.maxY;
 }
 
-QuadTreeNode::QuadTreeNode(const Square& nodeSquare, int squareLevel)
+QuadTreeNode::QuadTreeNode(const PlanBox& nodeSquare, int squareLevel)
     : centerX(CenterOf(nodeSquare.minX, nodeSquare.maxX, squareLevel)),
       centerY(CenterOf(nodeSquare.minY, nodeSquare.maxY, squareLevel)),
       square(nodeSquare),
@@ -110,7 +110,7 @@ const BoundingBoxND* QuadTreeNode::GetEnvelope() const {
     if (isRoot) return nullptr;
     const BoundingBoxND* known = envelope.load(std::memory_order_acquire);
     if (known != nullptr) return known;
-    auto made = std::make_unique<const BoundingBoxND>(square.GetBox().ToBoundingBox());
+    auto made = std::make_unique<const BoundingBoxND>(square.GetFlatBox().ToBoundingBox());
     // Of several threads that made it one wins; the others take the winner's.
     if (envelope.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel)) return made.release();
     return known;
@@ -154,10 +154,7 @@ QuadTreeNode* QuadTreeNode::CreateSubnode(int quadrant) const {
 }
 
 void QuadTreeNode::Add(const ISpatialIndexData* item) {
-    if (item == nullptr) return;
-    BoundingBoxND box(planDimension);
-    item->GetEnvelope(box);
-    Append(FlatBox(box, planDimension), const_cast<ISpatialIndexData*>(item));
+    if (item != nullptr) Append(BoxOf(*item), const_cast<ISpatialIndexData*>(item));
 }
 
 std::vector<ISpatialIndexData*>* QuadTreeNode::AddAllItems(std::vector<ISpatialIndexData*>* all) const {
@@ -170,26 +167,82 @@ std::vector<ISpatialIndexData*>* QuadTreeNode::AddAllItems(std::vector<ISpatialI
 }
 
 void QuadTreeNode::Insert(const BoundingBoxND& box, const ISpatialIndexData* item) {
-    if (item == nullptr) return;
-    BoundingBoxND itemBox(planDimension);
-    item->GetEnvelope(itemBox);
-    Insert(FlatBox(box, planDimension), FlatBox(itemBox, planDimension), const_cast<ISpatialIndexData*>(item));
+    if (item != nullptr) Insert(InPlan(box), BoxOf(*item), const_cast<ISpatialIndexData*>(item));
 }
 
-void QuadTreeNode::Insert(const FlatBox& place, const FlatBox& box, ISpatialIndexData* item) {
-    QuadTreeNode* top = this;
-    if (isRoot) {
-        const int quadrant = HasPlace(place) && HasPlace(box) ? GetSubnodeIndex(place, 0.0, 0.0) : -1;
-        if (quadrant < 0) {
-            Append(box, item);
-            return;
-        }
-        std::unique_ptr<QuadTreeNode>& child = children[static_cast<std::size_t>(quadrant)];
-        if (child == nullptr || !child->square.Contains(place)) child = CreateExpanded(std::move(child), place);
-        top = child.get();
+void QuadTreeNode::Insert(const PlanBox& place, const PlanBox& box, ISpatialIndexData* item) {
+    QuadTreeNode* const top = isRoot ? MakeChildOfRoot(place, box) : this;
+    QuadTreeNode* const node = top == nullptr ? this : top->Descend(place, place.HasExtent());
+    node->Append(box, item);
+}
+
+QuadTreeNode* QuadTreeNode::MakeChildOfRoot(const PlanBox& place, const PlanBox& box) {
+    const int quadrant = place.IsProper() && box.IsProper() ? GetSubnodeIndex(place, 0.0, 0.0) : -1;
+    if (quadrant < 0) return nullptr;
+    std::unique_ptr<QuadTreeNode>& child = children[static_cast<std::size_t>(quadrant)];
+    if (child == nullptr || !child->square.Contains(place)) child = CreateExpanded(std::move(child), place);
+    return child.get();
+}
+
+void QuadTreeNode::Insert(detail::Arrivals& arrivals) {
+    // Their order decides on the sizes of the squares below the root, and the nodes that are there on the place of a
+    // box that has no extent though it was widened.
+    bool isOrderFree = true;
+    for (const detail::Arrivals::Place& place : arrivals.places) {
+        if (!isOrderFree) break;
+        isOrderFree = MakeChildOfRoot(place.box, arrivals.boxes[place.item]) == nullptr || place.box.HasExtent();
     }
-    const bool hasExtent = place.Low(0) != place.High(0) && place.Low(1) != place.High(1);
-    top->Descend(place, hasExtent)->Append(box, item);
+    if (isOrderFree) {
+        std::vector<detail::Arrivals::Place> room(arrivals.places.size());
+        Distribute(arrivals, arrivals.places, room);
+        return;
+    }
+    for (const detail::Arrivals::Place& place : arrivals.places) {
+        Insert(place.box, arrivals.boxes[place.item], const_cast<ISpatialIndexData*>(arrivals.items[place.item]));
+    }
+}
+
+void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail::Arrivals::Place> places,
+                              std::span<detail::Arrivals::Place> room) {
+    constexpr std::size_t few = 4;  // sorted no faster than inserted
+    const auto itemOf = [&](const detail::Arrivals::Place& place) {
+        return const_cast<ISpatialIndexData*>(arrivals.items[place.item]);
+    };
+    if (places.size() <= few) {
+        for (const auto& place : places) Insert(place.box, arrivals.boxes[place.item], itemOf(place));
+        return;
+    }
+    // 0: stays in this node; 1 ... 4: goes to a child.
+    const auto slotOf = [&](const detail::Arrivals::Place& place) {
+        if (isRoot && !(place.box.IsProper() && arrivals.boxes[place.item].IsProper())) return 0U;
+        return static_cast<unsigned int>(GetSubnodeIndex(place.box, centerX, centerY) + 1);
+    };
+    std::array<std::size_t, 5> counts{};
+    for (auto& place : places) {
+        place.slot = slotOf(place);
+        ++counts[place.slot];
+    }
+    std::array<std::size_t, 5> slots{};
+    for (std::size_t slot = 1; slot < slots.size(); ++slot) {
+        if (counts[slot] == 0) continue;
+        if (MakeChild(slot - 1) != nullptr) {
+            slots[slot] = slot;
+        } else {
+            counts[0] += std::exchange(counts[slot], 0);
+        }
+    }
+    std::array<std::size_t, 6> starts{};
+    std::partial_sum(counts.begin(), counts.end(), starts.begin() + 1);
+    std::array<std::size_t, 5> next{};
+    std::copy_n(starts.begin(), next.size(), next.begin());
+    for (const auto& place : places) room[next[slots[place.slot]]++] = place;
+
+    for (const auto& place : room.first(counts[0])) Append(arrivals.boxes[place.item], itemOf(place));
+    for (std::size_t slot = 1; slot < slots.size(); ++slot) {
+        if (counts[slot] == 0) continue;
+        children[slot - 1]->Distribute(arrivals, room.subspan(starts[slot], counts[slot]),
+                                       places.subspan(starts[slot], counts[slot]));
+    }
 }
 
 void QuadTreeNode::InsertNode(QuadTreeNode* node) {
@@ -197,7 +250,7 @@ void QuadTreeNode::InsertNode(QuadTreeNode* node) {
 }
 
 void QuadTreeNode::Adopt(std::unique_ptr<QuadTreeNode> node) {
-    const int quadrant = node->isRoot ? -1 : GetSubnodeIndex(node->square.GetBox(), centerX, centerY);
+    const int quadrant = node->isRoot ? -1 : GetSubnodeIndex(node->square, centerX, centerY);
     if (quadrant < 0 || (!isRoot && node->level >= level)) {
         std::vector<ISpatialIndexData*> all;
         for (const ISpatialIndexData* item : *node->AddAllItems(&all)) Add(item);
@@ -213,12 +266,10 @@ void QuadTreeNode::Adopt(std::unique_ptr<QuadTreeNode> node) {
     child = std::move(between);
 }
 
-bool QuadTreeNode::Remove(const BoundingBoxND& box, const ISpatialIndexData* item) {
-    return Remove(FlatBox(box, planDimension), item);
-}
+bool QuadTreeNode::Remove(const BoundingBoxND& box, const ISpatialIndexData* item) { return Remove(InPlan(box), item); }
 
-bool QuadTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item) {
-    if (!isRoot && !square.GetBox().Intersects(box)) return false;
+bool QuadTreeNode::Remove(const PlanBox& box, const ISpatialIndexData* item) {
+    if (!isRoot && !square.Intersects(box)) return false;
     for (std::unique_ptr<QuadTreeNode>& child : children) {
         if (child == nullptr || !child->Remove(box, item)) continue;
         if (child->IsPrunable()) child = nullptr;
@@ -233,36 +284,38 @@ bool QuadTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item) {
     return true;
 }
 
-QuadTreeNode* QuadTreeNode::Find(const BoundingBoxND& box) { return Descend(FlatBox(box, planDimension), false); }
+QuadTreeNode* QuadTreeNode::Find(const BoundingBoxND& box) { return Descend(InPlan(box), false); }
 
-QuadTreeNode* QuadTreeNode::GetNode(const BoundingBoxND& box) { return Descend(FlatBox(box, planDimension), true); }
+QuadTreeNode* QuadTreeNode::GetNode(const BoundingBoxND& box) { return Descend(InPlan(box), true); }
 
-QuadTreeNode* QuadTreeNode::Descend(const FlatBox& box, bool create) {
+QuadTreeNode* QuadTreeNode::Descend(const PlanBox& box, bool create) {
     QuadTreeNode* node = this;
-    if (!HasPlace(box)) return node;
+    if (!box.IsProper()) return node;
     for (;;) {
         const int quadrant = GetSubnodeIndex(box, node->centerX, node->centerY);
         if (quadrant < 0) return node;
-        std::unique_ptr<QuadTreeNode>& child = node->children[static_cast<std::size_t>(quadrant)];
-        if (child == nullptr) {
-            if (!create || node->isRoot || node->level <= lowestLevel) return node;
-            const Square& whole = node->square;
-            const Square part = node->GetQuadrant(static_cast<std::size_t>(quadrant));
-            // In both axes, or a box that only one of them can tell apart would go down its thousand levels.
-            const bool halved = (part.minX != whole.minX || part.maxX != whole.maxX) &&
-                                (part.minY != whole.minY || part.maxY != whole.maxY);
-            if (!halved) return node;
-            child.reset(new QuadTreeNode(part, node->level - 1));
-        }
-        if (node->isRoot && !child->square.Contains(box)) return node;
-        node = child.get();
+        QuadTreeNode* child = node->children[static_cast<std::size_t>(quadrant)].get();
+        if (child == nullptr && create) child = node->MakeChild(static_cast<std::size_t>(quadrant));
+        if (child == nullptr || (node->isRoot && !child->square.Contains(box))) return node;
+        node = child;
     }
 }
 
-void QuadTreeNode::Append(const FlatBox& box, ISpatialIndexData* item) {
+QuadTreeNode* QuadTreeNode::MakeChild(std::size_t quadrant) {
+    std::unique_ptr<QuadTreeNode>& child = children[quadrant];
+    if (child != nullptr || isRoot || level <= lowestLevel) return child.get();
+    const PlanBox part = GetQuadrant(quadrant);
+    // In both axes, or a box that only one of them can tell apart would go down its thousand levels.
+    const bool isHalved = (part.minX != square.minX || part.maxX != square.maxX) &&
+                          (part.minY != square.minY || part.maxY != square.maxY);
+    if (isHalved) child.reset(new QuadTreeNode(part, level - 1));
+    return child.get();
+}
+
+void QuadTreeNode::Append(const PlanBox& box, ISpatialIndexData* item) {
     const auto n = static_cast<unsigned int>(items.size());
     boxes.resize(detail::BoxPairs::GetSize(n + 1, planDimension));
-    detail::BoxPairs(boxes.data(), planDimension).Set(n, box);
+    detail::BoxPairs(boxes.data(), planDimension).Set(n, box.GetFlatBox());
     items.push_back(item);
     hasStrays = hasStrays || !square.Contains(box);
 }
@@ -373,68 +426,53 @@ void QuadTreeNode::AddAllItemsFromOverlapping(const PointND& point, std::list<IS
 }
 
 int QuadTreeNode::GetSubnodeIndex(const BoundingBoxND& box, const PointND& center) {
-    const FlatBox middle(center.GetBoundingBoxND(), planDimension);
-    return GetSubnodeIndex(FlatBox(box, planDimension), middle.Low(0), middle.Low(1));
+    const PlanBox middle = InPlan(center.GetBoundingBoxND());
+    return GetSubnodeIndex(InPlan(box), middle.minX, middle.minY);
 }
 
-int QuadTreeNode::GetSubnodeIndex(const FlatBox& box, double centerX, double centerY) {
-    const bool isLow = centerY >= box.High(1);
-    const bool isHigh = box.Low(1) >= centerY;
-    int quadrant = -1;
-    if (box.Low(0) >= centerX) quadrant = isLow ? 1 : isHigh ? 3 : -1;
-    if (centerX >= box.High(0) && (isLow || isHigh)) quadrant = isLow ? 0 : 2;
-    return quadrant;
+int QuadTreeNode::GetSubnodeIndex(const PlanBox& box, double centerX, double centerY) {
+    // Without branches: where boxes go is hard to foresee.
+    const bool isLowX = centerX >= box.maxX;
+    const bool isLowY = centerY >= box.maxY;
+    const bool fits = (isLowX | (box.minX >= centerX)) & (isLowY | (box.minY >= centerY));
+    const int quadrant = (isLowX ? 0 : 1) + (isLowY ? 0 : 2);
+    return fits ? quadrant : -1;
 }
 
-QuadTreeNode::Square QuadTreeNode::GetQuadrant(std::size_t quadrant) const {
+PlanBox QuadTreeNode::GetQuadrant(std::size_t quadrant) const {
     const bool isHighX = quadrant % 2 == 1;
     const bool isHighY = quadrant >= 2;
     return {isHighX ? centerX : square.minX, isHighY ? centerY : square.minY, isHighX ? square.maxX : centerX,
             isHighY ? square.maxY : centerY};
 }
 
-bool QuadTreeNode::Square::Contains(const FlatBox& box) const {
-    return minX <= box.Low(0) && box.High(0) <= maxX && minY <= box.Low(1) && box.High(1) <= maxY;
-}
-
-bool QuadTreeNode::Square::Contains(const Square& other) const {
-    return minX <= other.minX && other.maxX <= maxX && minY <= other.minY && other.maxY <= maxY;
-}
-
-FlatBox QuadTreeNode::Square::GetBox() const {
-    FlatBox box(planDimension);
-    box.Set(0, minX, maxX);
-    box.Set(1, minY, maxY);
-    return box;
-}
-
-int QuadTreeNode::ComputeQuadLevel(const FlatBox& box) {
-    const double most = std::max(box.High(0) - box.Low(0), box.High(1) - box.Low(1));
+int QuadTreeNode::ComputeQuadLevel(const PlanBox& box) {
+    const double most = std::max(box.maxX - box.minX, box.maxY - box.minY);
     if (!(most > 0.0)) return 0;
     const double bias = most < 1.0 ? -0.9 : 1e-11;
     const double wanted = std::log(most) / std::log(2.0) + bias;
     return static_cast<int>(std::clamp<double>(wanted, lowestLevel, highestLevel));
 }
 
-QuadTreeNode::Square QuadTreeNode::ComputeQuadKey(int squareLevel, const FlatBox& box) {
-    Square key;
-    ComputeKey(box.Low(0), squareLevel, key.minX, key.maxX);
-    ComputeKey(box.Low(1), squareLevel, key.minY, key.maxY);
+PlanBox QuadTreeNode::ComputeQuadKey(int squareLevel, const PlanBox& box) {
+    PlanBox key;
+    ComputeKey(box.minX, squareLevel, key.minX, key.maxX);
+    ComputeKey(box.minY, squareLevel, key.minY, key.maxY);
     return key;
 }
 
-std::unique_ptr<QuadTreeNode> QuadTreeNode::CreateNode(const FlatBox& box) {
+std::unique_ptr<QuadTreeNode> QuadTreeNode::CreateNode(const PlanBox& box) {
     int nodeLevel = ComputeQuadLevel(box);
-    Square key = ComputeQuadKey(nodeLevel, box);
+    PlanBox key = ComputeQuadKey(nodeLevel, box);
     while (!key.Contains(box) && nodeLevel < highestLevel) key = ComputeQuadKey(++nodeLevel, box);
     return std::unique_ptr<QuadTreeNode>(new QuadTreeNode(key, nodeLevel));
 }
 
-std::unique_ptr<QuadTreeNode> QuadTreeNode::CreateExpanded(std::unique_ptr<QuadTreeNode> existing, const FlatBox& box) {
+std::unique_ptr<QuadTreeNode> QuadTreeNode::CreateExpanded(std::unique_ptr<QuadTreeNode> existing, const PlanBox& box) {
     if (existing == nullptr) return CreateNode(box);
-    FlatBox both = existing->square.GetBox();
-    both.Cover(box);
-    std::unique_ptr<QuadTreeNode> node = CreateNode(both);
+    const PlanBox& old = existing->square;
+    std::unique_ptr<QuadTreeNode> node = CreateNode({std::min(old.minX, box.minX), std::min(old.minY, box.minY),
+                                                     std::max(old.maxX, box.maxX), std::max(old.maxY, box.maxY)});
     node->Adopt(std::move(existing));
     return node;
 }

@@ -1,18 +1,35 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndexNode.h"
-#include "kalvio/SpatialIndexes/detail/FlatBox.h"
+#include "kalvio/SpatialIndexes/detail/PlanBox.h"
 
 #include <array>
 #include <atomic>
 #include <list>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math::SpatialIndexes {
 
 class ISpatialIndexData;
 class ISpatialIndexVisit;
+
+namespace detail {
+
+/// Items on their way into a quadtree all at once.
+struct Arrivals {
+    struct Place {
+        PlanBox box;  // decides on the node
+        unsigned int item;
+        unsigned int slot = 0;  // of the node that it has come to
+    };
+    std::span<const ISpatialIndexData* const> items;
+    std::vector<PlanBox> boxes;  // are kept for the searches
+    std::vector<Place> places;
+};
+
+}  // namespace detail
 
 /// Node of a `QuadTree`: a square of side 2^level on the global grid of that side, or the root, which covers the plane
 /// and splits at the origin.
@@ -98,34 +115,32 @@ public:
 private:
     friend class QuadTree;
 
-    /// The outermost squares reach to infinity.
-    struct Square {
-        double minX = 0.0;
-        double minY = 0.0;
-        double maxX = 0.0;
-        double maxY = 0.0;
+    using PlanBox = detail::PlanBox;
 
-        bool Contains(const detail::FlatBox& box) const;
-        bool Contains(const Square& other) const;
-        detail::FlatBox GetBox() const;
-    };
+    QuadTreeNode(const PlanBox& nodeSquare, int squareLevel);
 
-    QuadTreeNode(const Square& nodeSquare, int squareLevel);
+    static int ComputeQuadLevel(const PlanBox& box);
+    static PlanBox ComputeQuadKey(int squareLevel, const PlanBox& box);
+    static std::unique_ptr<QuadTreeNode> CreateNode(const PlanBox& box);
+    static std::unique_ptr<QuadTreeNode> CreateExpanded(std::unique_ptr<QuadTreeNode> existing, const PlanBox& box);
+    static int GetSubnodeIndex(const PlanBox& box, double centerX, double centerY);
 
-    static int ComputeQuadLevel(const detail::FlatBox& box);
-    static Square ComputeQuadKey(int squareLevel, const detail::FlatBox& box);
-    static std::unique_ptr<QuadTreeNode> CreateNode(const detail::FlatBox& box);
-    static std::unique_ptr<QuadTreeNode> CreateExpanded(std::unique_ptr<QuadTreeNode> existing,
-                                                        const detail::FlatBox& box);
-    static int GetSubnodeIndex(const detail::FlatBox& box, double centerX, double centerY);
-
-    Square GetQuadrant(std::size_t quadrant) const;
-    void Append(const detail::FlatBox& box, ISpatialIndexData* item);
+    PlanBox GetQuadrant(std::size_t quadrant) const;
+    void Append(const PlanBox& box, ISpatialIndexData* item);
     /// `place` decides on the node, `box` is kept for the searches.
-    void Insert(const detail::FlatBox& place, const detail::FlatBox& box, ISpatialIndexData* item);
-    bool Remove(const detail::FlatBox& box, const ISpatialIndexData* item);
+    void Insert(const PlanBox& place, const PlanBox& box, ISpatialIndexData* item);
+    /// As one by one.
+    void Insert(detail::Arrivals& arrivals);
+    /// Puts arrivals at some places into this node and below, in their order; there is room for as many.
+    void Distribute(const detail::Arrivals& arrivals, std::span<detail::Arrivals::Place> places,
+                    std::span<detail::Arrivals::Place> room);
+    /// The child that leads to an item's node, large enough; null when the item stays in the root.
+    QuadTreeNode* MakeChildOfRoot(const PlanBox& place, const PlanBox& box);
+    /// The child in a quadrant, created where it may be; null when there is none.
+    QuadTreeNode* MakeChild(std::size_t quadrant);
+    bool Remove(const PlanBox& box, const ISpatialIndexData* item);
     void Adopt(std::unique_ptr<QuadTreeNode> node);
-    QuadTreeNode* Descend(const detail::FlatBox& box, bool create);
+    QuadTreeNode* Descend(const PlanBox& box, bool create);
     /// Whether the square answers a query as an item's box would.
     template <class NodeQuery>
     bool IsSearchMatch(const NodeQuery& query) const;
@@ -149,7 +164,7 @@ private:
     std::array<std::unique_ptr<QuadTreeNode>, 4> children;
     std::vector<ISpatialIndexData*> items;
     std::vector<double> boxes;  // of the items, in pairs
-    Square square;
+    PlanBox square;             // the outermost squares reach to infinity
     int level = 0;
     bool isRoot = true;
     bool hasStrays = false;  // an item was added whose box reaches out of the square

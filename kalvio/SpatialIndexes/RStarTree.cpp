@@ -1,8 +1,9 @@
 #include "kalvio/SpatialIndexes/RStarTree.h"
 
-#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/RStarTreeNode.h"
 #include "kalvio/SpatialIndexes/detail/Answers.h"
+#include "kalvio/SpatialIndexes/detail/EnvelopeReader.h"
+#include "kalvio/SpatialIndexes/detail/Packing.h"
 
 #include <algorithm>
 #include <functional>
@@ -11,18 +12,22 @@
 
 namespace Kalvio::Math::SpatialIndexes {
 
+namespace {
+
+/// Compact nodes that windows reach into as little as can be, with room for what is inserted later.
+constexpr detail::PackingRules packingRules{RStarTreeNode::fewestEntries, RStarTreeNode::mostEntries, 48};
+
+}  // namespace
+
 struct RStarTreeData {
     std::unique_ptr<RStarTreeNode> root;  // null before the first insertion
-    unsigned int dimension = 2;
+    unsigned int dimension;
     unsigned int nrOfItems = 0;
-    bool deletes = false;
+    bool deletes;
     std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
+    detail::EnvelopeReader envelopes;
 
-    detail::FlatBox BoxOf(const ISpatialIndexData& item) const {
-        BoundingBoxND envelope(dimension);
-        item.GetEnvelope(envelope);
-        return {envelope, dimension};
-    }
+    RStarTreeData(unsigned int axes, bool deleteFlag) : dimension(axes), deletes(deleteFlag), envelopes(axes) {}
 
     std::vector<ISpatialIndexData*> Items() const {
         std::vector<ISpatialIndexData*> items;
@@ -55,6 +60,12 @@ struct RStarTreeData {
         };
     }
 
+    std::unique_ptr<RStarTreeNode> MakeNode(unsigned int level) const {
+        return std::make_unique<RStarTreeNode>(level == 0, dimension, deletes);
+    }
+    static detail::NodeEntries<RStarTreeNode>& EntriesOf(RStarTreeNode& node) { return node.entries; }
+    static void Close(RStarTreeNode& node) { node.UpdateBox(); }
+
     void Insert(const detail::FlatBox& box, ISpatialIndexData* item) {
         if (box.HasNaN()) {
             unplaced.push_back(item);
@@ -81,15 +92,14 @@ struct RStarTreeData {
     }
 };
 
-RStarTree::RStarTree(bool deleteFlag) : data(std::make_unique<RStarTreeData>()) { data->deletes = deleteFlag; }
+RStarTree::RStarTree(bool deleteFlag) : data(std::make_unique<RStarTreeData>(2, deleteFlag)) {}
 
 RStarTree::RStarTree(const RStarTree& other) : RStarTree(false) { *this = other; }
 
 RStarTree& RStarTree::operator=(const RStarTree& other) {
     if (this == &other) return *this;
-    auto copy = std::make_unique<RStarTreeData>();
+    auto copy = std::make_unique<RStarTreeData>(other.data->dimension, false);
     if (other.data->root != nullptr) copy->root = std::make_unique<RStarTreeNode>(*other.data->root);
-    copy->dimension = other.data->dimension;
     copy->nrOfItems = other.data->nrOfItems;
     copy->unplaced = other.data->unplaced;
     if (data->deletes) data->DeleteItems(copy.get());
@@ -105,24 +115,30 @@ void RStarTree::SetDimension(int dimension) {
     const auto wanted = static_cast<unsigned int>(dimension);
     if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
     const std::vector<ISpatialIndexData*> items = data->Items();
-    data->root = nullptr;
-    data->unplaced.clear();
-    data->dimension = wanted;
-    for (ISpatialIndexData* item : items) data->Insert(data->BoxOf(*item), item);
+    const bool deletes = data->deletes;
+    data = std::make_unique<RStarTreeData>(wanted, deletes);
+    detail::InsertTogether(*data, items, packingRules);
 }
 
 int RStarTree::GetDimension() const { return static_cast<int>(data->dimension); }
 
 bool RStarTree::Insert(const ISpatialIndexData* item) {
     if (item == nullptr) return false;
-    data->Insert(data->BoxOf(*item), const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
+    data->Insert(data->envelopes.Read(*item),
+                 const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
     ++data->nrOfItems;
+    return true;
+}
+
+bool RStarTree::Insert(std::span<const ISpatialIndexData* const> items) {
+    if (std::find(items.begin(), items.end(), nullptr) != items.end()) return false;
+    detail::InsertTogether(*data, items, packingRules);
     return true;
 }
 
 bool RStarTree::Remove(const ISpatialIndexData* item) {
     if (item == nullptr) return false;
-    const detail::FlatBox itemBox = data->BoxOf(*item);
+    const detail::FlatBox itemBox = data->envelopes.Read(*item);
     if (itemBox.HasNaN()) {
         const std::size_t nrOfRemoved = std::erase(data->unplaced, item);
         data->nrOfItems -= static_cast<unsigned int>(nrOfRemoved);

@@ -32,6 +32,7 @@ public:
     void SetDimension(int dimension) override;
     int GetDimension() const override;
     bool Insert(const ISpatialIndexData* item) override;
+    bool Insert(std::span<const ISpatialIndexData* const> items) override;
     bool Remove(const ISpatialIndexData* item) override;
     bool Build() override { return true; }
     int SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const override;

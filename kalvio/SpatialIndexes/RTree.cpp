@@ -1,8 +1,9 @@
 #include "kalvio/SpatialIndexes/RTree.h"
 
-#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/RTreeNode.h"
 #include "kalvio/SpatialIndexes/detail/Answers.h"
+#include "kalvio/SpatialIndexes/detail/EnvelopeReader.h"
+#include "kalvio/SpatialIndexes/detail/Packing.h"
 #include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
@@ -22,18 +23,26 @@ double UnitSphereVolume(unsigned int dimension) {
     return std::max(volume, std::numeric_limits<double>::min());
 }
 
+constexpr detail::PackingRules packingRules{RTreeNode::fewestBranches, RTreeNode::mostBranches, 8};
+
 }  // namespace
 
 struct RTreeData {
     std::unique_ptr<RTreeNode> root;  // null before the first insertion
-    unsigned int dimension = 2;
-    double unitSphereVolume = UnitSphereVolume(2);
+    unsigned int dimension;
+    double unitSphereVolume;
+    unsigned int nrOfItems = 0;
     std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
+    detail::EnvelopeReader envelopes;
 
-    detail::FlatBox BoxOf(const ISpatialIndexData& item) const {
-        BoundingBoxND envelope(dimension);
-        item.GetEnvelope(envelope);
-        return {envelope, dimension};
+    explicit RTreeData(unsigned int axes)
+        : dimension(axes), unitSphereVolume(UnitSphereVolume(axes)), envelopes(axes) {}
+
+    std::vector<ISpatialIndexData*> Items() const {
+        std::vector<ISpatialIndexData*> items = unplaced;
+        auto collect = [&items](ISpatialIndexData* item) { items.push_back(item); };
+        if (root != nullptr) root->GetEntries().Block().FindAll(collect);
+        return items;
     }
 
     auto Walk() const {
@@ -42,8 +51,13 @@ struct RTreeData {
         };
     }
 
-    void Insert(ISpatialIndexData* item) {
-        const detail::FlatBox box = BoxOf(*item);
+    std::unique_ptr<RTreeNode> MakeNode(unsigned int level) const {
+        return std::make_unique<RTreeNode>(level, dimension);
+    }
+    static detail::NodeEntries<RTreeNode>& EntriesOf(RTreeNode& node) { return node.entries; }
+    static void Close(const RTreeNode&) {}
+
+    void Insert(const detail::FlatBox& box, ISpatialIndexData* item) {
         if (box.HasNaN()) {
             unplaced.push_back(item);
             return;
@@ -64,7 +78,7 @@ struct RTreeData {
     }
 
     bool Remove(const ISpatialIndexData& item) {
-        const detail::FlatBox box = BoxOf(item);
+        const detail::FlatBox box = envelopes.Read(item);
         if (box.HasNaN()) {
             const auto place = std::find(unplaced.begin(), unplaced.end(), &item);
             if (place == unplaced.end()) return false;
@@ -82,16 +96,15 @@ struct RTreeData {
     }
 };
 
-RTree::RTree() : data(std::make_unique<RTreeData>()) {}
+RTree::RTree() : data(std::make_unique<RTreeData>(2)) {}
 
 RTree::RTree(const RTree& other) : RTree() { *this = other; }
 
 RTree& RTree::operator=(const RTree& other) {
     if (this == &other) return *this;
-    auto copy = std::make_unique<RTreeData>();
+    auto copy = std::make_unique<RTreeData>(other.data->dimension);
     if (other.data->root != nullptr) copy->root = std::make_unique<RTreeNode>(*other.data->root);
-    copy->dimension = other.data->dimension;
-    copy->unitSphereVolume = other.data->unitSphereVolume;
+    copy->nrOfItems = other.data->nrOfItems;
     copy->unplaced = other.data->unplaced;
     data = std::move(copy);
     return *this;
@@ -102,25 +115,32 @@ RTree::~RTree() = default;
 void RTree::SetDimension(int dimension) {
     const auto wanted = static_cast<unsigned int>(dimension);
     if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
-    std::vector<ISpatialIndexData*> items = std::move(data->unplaced);
-    auto collect = [&items](ISpatialIndexData* item) { items.push_back(item); };
-    if (data->root != nullptr) data->root->GetEntries().Block().FindAll(collect);
-    data->unplaced.clear();
-    data->root = nullptr;
-    data->dimension = wanted;
-    data->unitSphereVolume = UnitSphereVolume(wanted);
-    for (ISpatialIndexData* item : items) data->Insert(item);
+    const std::vector<ISpatialIndexData*> items = data->Items();
+    data = std::make_unique<RTreeData>(wanted);
+    detail::InsertTogether(*data, items, packingRules);
 }
 
 int RTree::GetDimension() const { return static_cast<int>(data->dimension); }
 
 bool RTree::Insert(const ISpatialIndexData* item) {
     if (item == nullptr) return false;
-    data->Insert(const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
+    data->Insert(data->envelopes.Read(*item),
+                 const_cast<ISpatialIndexData*>(item));  // searches hand out items to be changed
+    ++data->nrOfItems;
     return true;
 }
 
-bool RTree::Remove(const ISpatialIndexData* item) { return item != nullptr && data->Remove(*item); }
+bool RTree::Insert(std::span<const ISpatialIndexData* const> items) {
+    if (std::find(items.begin(), items.end(), nullptr) != items.end()) return false;
+    detail::InsertTogether(*data, items, packingRules);
+    return true;
+}
+
+bool RTree::Remove(const ISpatialIndexData* item) {
+    if (item == nullptr || !data->Remove(*item)) return false;
+    --data->nrOfItems;
+    return true;
+}
 
 int RTree::SearchAndVisit(const PointND& point, const ISpatialIndexVisit& visitor) const {
     return detail::VisitAnswers(data->Walk(), visitor, data->dimension, point);

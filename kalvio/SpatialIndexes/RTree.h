@@ -28,6 +28,7 @@ public:
     void SetDimension(int dimension) override;
     int GetDimension() const override;
     bool Insert(const ISpatialIndexData* item) override;
+    bool Insert(std::span<const ISpatialIndexData* const> items) override;
     /// An item that was inserted twice is removed once.
     bool Remove(const ISpatialIndexData* item) override;
     bool Build() override { return true; }

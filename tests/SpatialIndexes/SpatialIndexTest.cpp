@@ -79,6 +79,20 @@ public:
         Insert(removed.back());
         removed.pop_back();
     }
+    /// Some come back, the others are new.
+    void InsertMany(int n) {
+        std::vector<const ISpatialIndexData*> many;
+        for (; n > 0; --n) {
+            const bool comesBack = n % 3 == 0 && !removed.empty();
+            Item* const item = comesBack ? removed.back() : &items.emplace_back(boxes.Next());
+            if (comesBack) removed.pop_back();
+            many.push_back(item);
+            inside.push_back(item);
+        }
+        ASSERT_TRUE(tree.Insert(many));
+        many.push_back(nullptr);
+        ASSERT_FALSE(tree.Insert(many));
+    }
     void Remove() {
         if (inside.empty()) return;
         const auto i = static_cast<std::size_t>(boxes.Integer(0, static_cast<int>(inside.size()) - 1));
@@ -143,6 +157,7 @@ void RunModel(unsigned int dimension, int nrOfSteps) {
             if (!insert) model.Remove();
             if (insert && step % 3 == 0) model.InsertAgain();
             if (insert && step % 3 != 0) model.InsertNew();
+            if (step % 1000 == 0) model.InsertMany(model.boxes.Integer(0, step == 0 ? 600 : 200));
             if (step % 5 == 0) model.CheckSearches();
             if (step % 100 == 0) model.CheckStructureOfTree();
         }
@@ -237,6 +252,32 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
         EXPECT_FALSE(tree.Remove(&stranger));
         EXPECT_FALSE(tree.Insert(nullptr));
         EXPECT_FALSE(tree.Remove(nullptr));
+    }
+}
+
+TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
+    Boxes boxes(SeedFromEnvironment("KALVIO_TEST_SEED", 3), 2);
+    for (const std::size_t n : {0, 1, 8, 9, 64, 65, 95, 96, 97, 2047, 2048, 3100, 4096, 4097, 5000}) {
+        SCOPED_TRACE(n);
+        std::deque<Item> items;
+        std::vector<const ISpatialIndexData*> all;
+        while (all.size() < n) {
+            items.emplace_back(boxes.Next());
+            if (!HasNaN(items.back().box)) all.push_back(&items.back());
+        }
+        TypeParam tree;
+        tree.Insert(all);
+        if constexpr (!std::is_same_v<TypeParam, QuadTree>) {
+            CheckStructure(tree, 0, n);
+        } else {
+            QuadTree oneByOne;
+            for (const ISpatialIndexData* item : all) oneByOne.Insert(item);
+            std::vector<ISpatialIndexData*> together;
+            std::vector<ISpatialIndexData*> expected;
+            EXPECT_EQ(*tree.GetRoot()->AddAllItems(&together), *oneByOne.GetRoot()->AddAllItems(&expected));
+            EXPECT_EQ(tree.GetRoot()->Depth(), oneByOne.GetRoot()->Depth());
+            EXPECT_EQ(tree.GetMinimumExtent(), oneByOne.GetMinimumExtent());
+        }
     }
 }
 

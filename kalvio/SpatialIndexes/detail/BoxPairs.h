@@ -33,9 +33,16 @@ public:
             At(axis, i)[2] = box.High(axis);
         }
     }
+    /// Box i becomes box j of `other`.
+    void Copy(unsigned int i, const BoxPairs& other, unsigned int j) const {
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            At(axis, i)[0] = other.Low(axis, j);
+            At(axis, i)[2] = other.High(axis, j);
+        }
+    }
     /// Takes box i out of n: later ones move up.
     void Erase(unsigned int i, unsigned int n) const {
-        for (; i + 1 < n; ++i) Set(i, Get(i + 1));
+        for (; i + 1 < n; ++i) Copy(i, *this, i + 1);
     }
     /// The lower (upper) bounds of the boxes 2 pair and 2 pair + 1.
     Lanes Lows(unsigned int axis, unsigned int pair) const { return Lanes::Load(At(axis, 2 * pair)); }

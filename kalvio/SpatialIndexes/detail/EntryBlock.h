@@ -48,10 +48,15 @@ public:
         new (Targets() + count) Target(target);
         ++count;
     }
+    void Append(const BoxPairs& boxes, unsigned int i, Target target) {
+        Boxes().Copy(count, boxes, i);
+        new (Targets() + count) Target(target);
+        ++count;
+    }
     /// The last entry takes its place.
     void Erase(unsigned int i) {
         --count;
-        Boxes().Set(i, Boxes().Get(count));
+        Boxes().Copy(i, Boxes(), count);
         Targets()[i] = Targets()[count];
     }
     void Clear() { count = 0; }

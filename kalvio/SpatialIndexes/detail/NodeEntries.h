@@ -59,6 +59,12 @@ public:
         }
         block->Append(entry.box, target);
     }
+    /// An item whose box is the i-th of a list.
+    void AppendItem(const BoxPairs& boxes, unsigned int i, ISpatialIndexData* item) {
+        EntryBlock::Target target;
+        target.item = item;
+        block->Append(boxes, i, target);
+    }
     /// The last entry takes its place.
     void Erase(unsigned int i) {
         block->Erase(i);

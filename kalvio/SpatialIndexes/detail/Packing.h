@@ -1,0 +1,222 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
+#include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <span>
+#include <utility>
+#include <vector>
+
+namespace Kalvio::Math::SpatialIndexes::detail {
+
+/// How a packed tree fills its nodes.
+struct PackingRules {
+    unsigned int fewest;  // entries of a node below the root; at most half of `most`
+    unsigned int most;
+    unsigned int wanted;  // of a node on level 0 on average, where the bounds let it; higher nodes are full
+};
+
+/// Items with their boxes, to be put into a box tree all at once.
+///
+/// From the root down, items are cut at medians of their centres across the longest side of where they lie, until each
+/// part is one node: nodes come out compact and hardly overlap, all on even levels.
+class Packing {
+public:
+    explicit Packing(unsigned int axes) : dimension(axes) {}
+
+    void Reserve(std::size_t n) {
+        items.reserve(n);
+        bounds.reserve(BoxPairs::GetSize(static_cast<unsigned int>(n), dimension));
+    }
+    void Add(const FlatBox& box, ISpatialIndexData* item) {
+        const auto n = static_cast<unsigned int>(items.size());
+        bounds.resize(BoxPairs::GetSize(n + 1, dimension));
+        Boxes().Set(n, box);
+        items.push_back(item);
+    }
+    bool IsEmpty() const { return items.empty(); }
+
+    /// The root over all items, one at least. The tree makes its nodes by `MakeNode(level)`, shows their entries by
+    /// `EntriesOf(node)`, and is told by `Close(node)` that one has all of them.
+    template <class Tree>
+    auto Build(Tree& tree, const PackingRules& packingRules) {
+        rules = packingRules;
+        std::vector<Seed> seeds = MakeSeeds();
+        room.resize(seeds.size());
+        std::uint64_t capacity = rules.most;
+        unsigned int level = 0;
+        for (; capacity < seeds.size(); capacity *= rules.most) ++level;
+        return BuildNode(tree, seeds, level, true);
+    }
+
+private:
+    static constexpr std::size_t fewForBuckets = 128;
+    static constexpr unsigned int mostAxes = 3;  // further axes do not tell nodes apart
+
+    /// An item with its centre on a grid over all centres.
+    struct Seed {
+        std::array<std::uint32_t, mostAxes> center;
+        std::uint32_t item;
+    };
+
+    BoxPairs Boxes() { return {bounds.data(), dimension}; }
+
+    std::vector<Seed> MakeSeeds() {
+        const BoxPairs boxes = Boxes();
+        const auto centerOf = [&](unsigned int axis, std::uint32_t i) {
+            return 0.5 * boxes.Low(axis, i) + 0.5 * boxes.High(axis, i);
+        };
+        std::vector<Seed> seeds(items.size());
+        for (std::uint32_t i = 0; i < seeds.size(); ++i) seeds[i].item = i;
+        for (unsigned int axis = 0; axis < std::min(dimension, mostAxes); ++axis) {
+            double low = std::numeric_limits<double>::infinity();
+            double high = -low;
+            for (std::uint32_t i = 0; i < seeds.size(); ++i) {
+                const double center = centerOf(axis, i);
+                if (!std::isfinite(center)) continue;
+                low = std::min(low, center);
+                high = std::max(high, center);
+            }
+            constexpr double steps = std::numeric_limits<std::uint32_t>::max();
+            const double scale = steps / (high - low);
+            stepLengths[axis] = (high - low) / steps;
+            for (std::uint32_t i = 0; i < seeds.size(); ++i) {
+                const double place = (centerOf(axis, i) - low) * scale;  // NaN goes to the low end
+                seeds[i].center[axis] = static_cast<std::uint32_t>(place > 0.0 ? std::min(place, steps) : 0.0);
+            }
+        }
+        return seeds;
+    }
+
+    template <class Tree>
+    decltype(std::declval<Tree&>().root) BuildNode(Tree& tree, std::span<Seed> seeds, unsigned int level, bool isRoot) {
+        auto node = tree.MakeNode(level);
+        auto& entries = tree.EntriesOf(*node);
+        if (level == 0) {
+            for (const Seed& seed : seeds) entries.AppendItem(Boxes(), seed.item, items[seed.item]);
+        } else {
+            Divide(seeds, NrOfChildren(seeds.size(), level, isRoot), [&](std::span<Seed> part) {
+                auto child = BuildNode(tree, part, level - 1, false);
+                const FlatBox cover = tree.EntriesOf(*child).Cover();
+                entries.Append({cover, std::move(child), nullptr});
+            });
+        }
+        tree.Close(*node);
+        return node;
+    }
+
+    std::uint64_t NrOfChildren(std::uint64_t n, unsigned int level, bool isRoot) const {
+        std::uint64_t wanted = rules.wanted;  // items below one child
+        std::uint64_t fewest = rules.fewest;
+        std::uint64_t most = rules.most;
+        for (; level > 1; --level) {
+            wanted *= rules.most;
+            fewest *= rules.fewest;
+            most *= rules.most;
+        }
+        const std::uint64_t least = std::max<std::uint64_t>((n + most - 1) / most, isRoot ? 2 : rules.fewest);
+        const std::uint64_t greatest = std::min<std::uint64_t>(n / fewest, rules.most);
+        return std::clamp((n + wanted - 1) / wanted, least, greatest);
+    }
+
+    /// Hands over `nrOfParts` parts that differ by one item at most.
+    template <class Take>
+    void Divide(std::span<Seed> seeds, std::uint64_t nrOfParts, const Take& take) {
+        if (nrOfParts == 1) return take(seeds);
+        const std::uint64_t nrOfLow = nrOfParts / 2;
+        const std::uint64_t middle = seeds.size() * nrOfLow / nrOfParts;
+        Part(seeds, middle);
+        Divide(seeds.first(middle), nrOfLow, take);
+        Divide(seeds.subspan(middle), nrOfParts - nrOfLow, take);
+    }
+
+    /// The first `nrOfLow` seeds become those that lie lowest along the longest axis. Many are told apart by the
+    /// buckets of a histogram first: no comparison of two seeds then depends on what they hold.
+    void Part(std::span<Seed> seeds, std::size_t nrOfLow) {
+        const Range range = LongestRange(seeds);
+        const auto bucketOf = [&](const Seed& seed) { return (seed.center[range.axis] - range.low) >> range.shift; };
+        std::size_t first = 0;
+        std::size_t last = seeds.size();
+        if (seeds.size() > fewForBuckets) {
+            std::array<std::uint32_t, Range::nrOfBuckets> counts{};
+            for (const Seed& seed : seeds) ++counts[bucketOf(seed)];
+            std::uint32_t bucket = 0;
+            for (; first + counts[bucket] <= nrOfLow; ++bucket) first += counts[bucket];
+            last = first + counts[bucket];
+            std::array<Seed*, 3> next{room.data(), room.data() + first, room.data() + last};
+            for (const Seed& seed : seeds) {
+                const std::uint32_t at = bucketOf(seed);
+                *next[std::size_t{at >= bucket} + std::size_t{at > bucket}]++ = seed;
+            }
+            std::copy_n(room.data(), seeds.size(), seeds.data());
+        }
+        const auto begin = seeds.begin();
+        std::nth_element(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(nrOfLow),
+                         begin + static_cast<std::ptrdiff_t>(last),
+                         [axis = range.axis](const Seed& a, const Seed& b) { return a.center[axis] < b.center[axis]; });
+    }
+
+    struct Range {
+        static constexpr std::size_t nrOfBuckets = 256;
+        unsigned int axis;
+        std::uint32_t low;
+        unsigned int shift;  // of a distance from the low end, to the number of its bucket
+    };
+
+    Range LongestRange(std::span<const Seed> seeds) const {
+        Range longest{};
+        double most = -1.0;
+        for (unsigned int axis = 0; axis < std::min(dimension, mostAxes); ++axis) {
+            std::uint32_t low = seeds[0].center[axis];
+            std::uint32_t high = low;
+            for (const Seed& seed : seeds) {
+                low = std::min(low, seed.center[axis]);
+                high = std::max(high, seed.center[axis]);
+            }
+            const double length = (high - low) * stepLengths[axis];
+            if (!(length > most)) continue;
+            most = length;
+            longest = {axis, low, std::max(static_cast<unsigned int>(std::bit_width(high - low)), 8U) - 8U};
+        }
+        return longest;
+    }
+
+    unsigned int dimension;
+    PackingRules rules{};
+    std::vector<Seed> room;                      // for sorting
+    std::array<double, mostAxes> stepLengths{};  // of the grid of centres
+    std::vector<ISpatialIndexData*> items;
+    std::vector<double> bounds;  // of the items, in pairs
+};
+
+/// Packs a tree anew when the items are more than it holds, else inserts them one by one.
+template <class Tree>
+void InsertTogether(Tree& tree, std::span<const ISpatialIndexData* const> items, const PackingRules& rules) {
+    const bool isPacked = items.size() > tree.nrOfItems;
+    tree.nrOfItems += static_cast<unsigned int>(items.size());
+    Packing packing(tree.dimension);
+    if (isPacked) {
+        packing.Reserve(tree.nrOfItems);
+        auto add = [&packing](const FlatBox& box, ISpatialIndexData* item) { packing.Add(box, item); };
+        if (tree.root != nullptr) tree.root->GetEntries().Block().ForEachItem(add);
+    }
+    for (const ISpatialIndexData* const given : items) {
+        const FlatBox box = tree.envelopes.Read(*given);
+        auto* const item = const_cast<ISpatialIndexData*>(given);  // as searches hand them out
+        if (isPacked && !box.HasNaN()) {
+            packing.Add(box, item);
+        } else {
+            tree.Insert(box, item);
+        }
+    }
+    if (!packing.IsEmpty()) tree.root = packing.Build(tree, rules);
+}
+
+}  // namespace Kalvio::Math::SpatialIndexes::detail
