@@ -7,8 +7,10 @@
 #include "kalvio/polygons/Polygon2D.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <list>
 #include <vector>
 
@@ -16,65 +18,202 @@ namespace Kalvio::Math {
 
 namespace {
 
-// Graham scan over points whose measure is free to hold the polar angle about the pivot.
-void GrahamScan(std::vector<Point2DM> points, Polygon2D& hull) {
-    std::erase_if(points, [](const Point2DM& p) { return !std::isfinite(p.GetX()) || !std::isfinite(p.GetY()); });
-    hull.Clear();
-    if (points.empty()) return;
+// Plain coordinates: a point object carries a table pointer, and sorting moves it about.
+struct Position {
+    double GetX() const { return x; }
+    double GetY() const { return y; }
+    double Distance(const Position& other) const {
+        return std::sqrt((x - other.x) * (x - other.x) + (y - other.y) * (y - other.y));
+    }
 
-    const auto isBefore = [](const Point2DM& a, const Point2DM& b) {
-        return std::abs(a.GetY() - b.GetY()) < detail::numericalZero ? a.GetX() < b.GetX() : a.GetY() < b.GetY();
+    double x;
+    double y;
+};
+
+struct Direction {
+    double angle;  // about the pivot
+    Position position;
+};
+
+struct Axis {
+    double x;
+    double y;
+};
+constexpr std::array<Axis, 4> fourAxes{{{1, 0}, {1, 1}, {0, 1}, {-1, 1}}};
+constexpr std::array<Axis, 8> eightAxes{{{1, 0}, {2, 1}, {1, 1}, {1, 2}, {0, 1}, {-1, 2}, {-1, 1}, {-2, 1}}};
+
+// The inside of the polygon of the farthest points along each axis, both ways: what lies in it is no corner of the hull
+// (S. G. Akl, G. T. Toussaint, 1978). It is shrunk so that a point left out could not have decided a turn within its
+// margin either, for corners more than 3e-8 apart.
+template <const auto& axes>
+class Interior {
+public:
+    // Any points of the set will do: few of them make the polygon no wrong one, only a smaller one.
+    template <class ForEach>
+    Interior(const Position& about, ForEach&& forEachPosition) : origin(about) {
+        std::array<Position, edges> farthest;
+        farthest.fill(about);
+        std::array<double, edges / 2> highest{};
+        std::array<double, edges / 2> lowest{};
+        forEachPosition([&](const Position& p) {
+            const double x = p.x - origin.x;
+            const double y = p.y - origin.y;
+            for (std::size_t i = 0; i < axes.size(); ++i) {
+                const double along = axes[i].x * x + axes[i].y * y;
+                if (along > highest[i]) {
+                    highest[i] = along;
+                    farthest[i] = p;
+                } else if (along < lowest[i]) {
+                    lowest[i] = along;
+                    farthest[axes.size() + i] = p;
+                }
+            }
+        });
+        constexpr double leastExtent = 1.0;
+        constexpr double leastDepth = 1.0 / 64.0;  // windingMargin / 3e-8
+        const double extent = std::max(highest[0] - lowest[0], highest[axes.size() / 2] - lowest[axes.size() / 2]);
+        const double depth = std::max(extent / 1024.0, leastDepth);
+        for (std::size_t i = 0; i < edges; ++i) {
+            const Position& a = farthest[i];
+            const Position& b = farthest[(i + 1) % edges];
+            const double length = a.Distance(b);
+            reach[i] = std::numeric_limits<double>::infinity();  // an edge of no length bounds nothing
+            if (length > 0.0) {
+                out[i] = {(b.y - a.y) / length, (a.x - b.x) / length};
+                reach[i] = out[i].x * (a.x - origin.x) + out[i].y * (a.y - origin.y) - depth;
+            }
+        }
+        if (!(extent >= leastExtent)) reach[0] = -std::numeric_limits<double>::infinity();
+    }
+
+    bool Holds(const Position& p) const {
+        const double x = p.x - origin.x;
+        const double y = p.y - origin.y;
+        bool isInside = true;
+        for (std::size_t i = 0; i < edges; ++i) isInside &= out[i].x * x + out[i].y * y < reach[i];
+        return isInside;
+    }
+
+private:
+    static constexpr std::size_t edges = 2 * axes.size();
+
+    Position origin;
+    std::array<Axis, edges> out{};
+    std::array<double, edges> reach{};
+};
+
+// Into as many cells as there are directions, each of which is then sorted on its own: near linear where the angles are
+// spread, n log n at worst.
+void SortByAngle(std::vector<Direction>& directions) {
+    const auto isBefore = [](const Direction& a, const Direction& b) {  // equal angles: whatever the order of the input
+        if (a.angle != b.angle) return a.angle < b.angle;
+        return a.position.x != b.position.x ? a.position.x < b.position.x : a.position.y < b.position.y;
     };
-    std::size_t lowest = 0;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        if (isBefore(points[i], points[lowest])) lowest = i;
+    const std::size_t count = directions.size();
+    constexpr std::size_t leastCells = 64;
+    if (count < leastCells) {
+        std::sort(directions.begin(), directions.end(), isBefore);
+        return;
     }
-    std::swap(points.front(), points[lowest]);
-    const Point2DM pivot = points.front();
-
-    for (Point2DM& p : points) p.SetM(std::atan2(p.GetY() - pivot.GetY(), p.GetX() - pivot.GetX()));
-    std::sort(points.begin() + 1, points.end(),
-              [](const Point2DM& a, const Point2DM& b) { return a.GetM() < b.GetM(); });
-
-    // Of points in one direction from the pivot the farthest stays; copies of the pivot go.
-    std::vector<Point2DM> directions;
-    for (std::size_t i = 1; i < points.size(); ++i) {
-        const Point2DM& p = points[i];
-        const double distance = p.Distance(pivot);
-        if (distance < detail::numericalZero) continue;
-        if (directions.empty() || !(std::abs(p.GetM() - directions.back().GetM()) < detail::numericalZero)) {
-            directions.push_back(p);
-        } else if (directions.back().Distance(pivot) < distance) {
-            directions.back() = p;
+    const auto [low, high] = std::minmax_element(directions.begin(), directions.end(), isBefore);
+    const double from = low->angle;
+    const double scale = static_cast<double>(count - 1) / std::max(high->angle - from, detail::numericalZero);
+    const auto cellOf = [=](const Direction& d) { return static_cast<std::size_t>((d.angle - from) * scale); };
+    std::vector<std::size_t> ends(count + 1);
+    for (const Direction& d : directions) ++ends[cellOf(d) + 1];
+    for (std::size_t i = 1; i <= count; ++i) ends[i] += ends[i - 1];
+    std::vector<Direction> sorted(count);
+    for (const Direction& d : directions) sorted[ends[cellOf(d)]++] = d;
+    std::size_t first = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (ends[i] - first > 1) {
+            std::sort(sorted.begin() + static_cast<std::ptrdiff_t>(first),
+                      sorted.begin() + static_cast<std::ptrdiff_t>(ends[i]), isBefore);
         }
+        first = ends[i];
     }
+    directions.swap(sorted);
+}
 
-    std::vector<Point2D> stack{Point2D(pivot.GetX(), pivot.GetY())};
-    for (const Point2DM& p : directions) {
-        const Point2D next(p.GetX(), p.GetY());
-        while (stack.size() > 1 && !detail::ArePointsCCW(stack[stack.size() - 2], stack.back(), next)) {
-            stack.pop_back();
-        }
-        stack.push_back(next);
+// True when a, b and p are a line within the margin of the turn and p is nearer to a than b by more than the standard
+// tolerance: the hull has to keep b then.
+bool FallsShort(const Position& p, const Position& a, const Position& b) {
+    return std::abs(detail::DoubledTurn(a, b, p)) <= 2.0 * detail::windingMargin &&
+           p.Distance(a) < b.Distance(a) - detail::standardUserTolerance;
+}
+
+// Calls `visit` with every `stride`-th point that is finite.
+template <class Points, class Visit>
+void ForEachFinite(const Points& points, std::size_t stride, Visit&& visit) {
+    std::size_t left = 0;
+    for (const auto& point : points) {
+        if (left-- != 0) continue;
+        left = stride - 1;
+        const Position p{point.GetX(), point.GetY()};
+        if (std::isfinite(p.x) && std::isfinite(p.y)) visit(p);
     }
-    hull.AppendPoints(stack);
 }
 
 template <class Points>
-std::vector<Point2DM> WithMeasure(const Points& points) {
-    std::vector<Point2DM> result;
-    result.reserve(points.size());
-    for (const Point2D& p : points) result.emplace_back(p.GetX(), p.GetY(), 0.0);
-    return result;
+void GrahamScan(const Points& points, Polygon2D& hull) {
+    std::vector<Point2D> corners;
+    const auto first = std::find_if(points.begin(), points.end(),
+                                    [](const auto& p) { return std::isfinite(p.GetX()) && std::isfinite(p.GetY()); });
+    if (first != points.end()) {
+        Position pivot{first->GetX(), first->GetY()};
+        std::vector<Direction> directions;
+        constexpr std::size_t sampled = 4;  // one in four is enough to tell most of the inside
+        const Interior<fourAxes> octagon(pivot, [&](auto&& visit) { ForEachFinite(points, sampled, visit); });
+        ForEachFinite(points, 1, [&](const Position& p) {
+            const bool isLevel = std::abs(p.y - pivot.y) < detail::numericalZero;
+            if (isLevel ? p.x < pivot.x : p.y < pivot.y) pivot = p;
+            if (!octagon.Holds(p)) directions.push_back({0.0, p});
+        });
+        if (directions.size() < points.size() / 2) {  // where the octagon tells little, more edges do not either
+            const Interior<eightAxes> finer(pivot, [&](auto&& visit) {
+                for (const Direction& d : directions) visit(d.position);
+            });
+            std::erase_if(directions, [&](const Direction& d) { return finer.Holds(d.position); });
+        }
+        std::erase_if(directions,
+                      [&](const Direction& d) { return d.position.Distance(pivot) < detail::numericalZero; });
+        for (Direction& d : directions) d.angle = std::atan2(d.position.y - pivot.y, d.position.x - pivot.x);
+        SortByAngle(directions);
+
+        // Of points in one direction from the pivot the farthest stays.
+        std::size_t kept = 0;
+        for (const Direction& next : directions) {
+            if (kept == 0 || !(std::abs(next.angle - directions[kept - 1].angle) < detail::numericalZero)) {
+                directions[kept++] = next;
+            } else if (directions[kept - 1].position.Distance(pivot) < next.position.Distance(pivot)) {
+                directions[kept - 1] = next;
+            }
+        }
+        directions.resize(kept);
+
+        std::vector<Position> turns{pivot};
+        for (const Direction& next : directions) {
+            bool isCorner = true;
+            while (isCorner && turns.size() > 1) {
+                const Position& before = turns[turns.size() - 2];
+                if (detail::ArePointsCCW(before, turns.back(), next.position)) break;
+                isCorner = !FallsShort(next.position, before, turns.back());
+                if (isCorner) turns.pop_back();
+            }
+            if (isCorner) turns.push_back(next.position);
+        }
+        corners.reserve(turns.size());
+        for (const Position& p : turns) corners.emplace_back(p.x, p.y);
+    }
+    hull.Clear();
+    hull.AppendPoints(corners);
 }
 
 }  // namespace
 
-void Geometry::ConvexHull(const std::vector<Point2D>& points, Polygon2D& hull) {
-    GrahamScan(WithMeasure(points), hull);
-}
+void Geometry::ConvexHull(const std::vector<Point2D>& points, Polygon2D& hull) { GrahamScan(points, hull); }
 
-void Geometry::ConvexHull(const std::list<Point2D>& points, Polygon2D& hull) { GrahamScan(WithMeasure(points), hull); }
+void Geometry::ConvexHull(const std::list<Point2D>& points, Polygon2D& hull) { GrahamScan(points, hull); }
 
 void Geometry::ConvexHull(std::vector<Point2DM>& points, Polygon2D& hull) { GrahamScan(points, hull); }
 

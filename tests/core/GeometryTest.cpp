@@ -92,6 +92,9 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
         {"points on the edges go",
          {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 2}, {0, 2}, {0, 1}},
          {{0, 0}, {2, 0}, {2, 2}, {0, 2}}},
+        {"a nearer point that rounding lifts leaves the far corner",
+         {{1, -1e-10}, {1.5, 0}, {4, 0}, {4, 2}, {0, 2}, {0, 0}},
+         {{1, -1e-10}, {4, 0}, {4, 2}, {0, 2}, {0, 0}}},
         {"not a number is left out", {{kNan, 0}, {0, 0}, {1, 0}, {0, 1}}, {{0, 0}, {1, 0}, {0, 1}}},
     };
     for (const auto& [why, points, expected] : rows) {
