@@ -112,6 +112,29 @@ TEST(Matrix2DTest, AnalysisAtSurveyCoordinates) {
     const Point2D fixed(vectors.Get(0, 0) / vectors.Get(0, 2), vectors.Get(0, 1) / vectors.Get(0, 2));
     EXPECT_THAT(fixed, IsNear(center, 1e-8)) << "the row eigenvector of 1 is the fixed point";
 
+    // Stretched about the point, and mirrored on the line through it that rises by 4 in 3.
+    const Point2D far(500000.0, 7200000.0);
+    const Matrix2D offsets[] = {
+        Affine(2, 0, 0, 3, -far.GetX(), -2.0 * far.GetY()),
+        Affine(-0.28, 0.96, 0.96, 0.28, 1.28 * far.GetX() - 0.96 * far.GetY(), 0.72 * far.GetY() - 0.96 * far.GetX())};
+    for (const Matrix2D& m : offsets) {
+        ASSERT_TRUE(m.GetEigenVectors(values, vectors));
+        double volume = 0.0;  // of the vectors, in units of the distance
+        for (int i = 0; i < 3; ++i) {
+            const auto row = vectors.GetRow(i);
+            const Vec3D v(row[0], row[1], row[2]), next(vectors.Get((i + 1) % 3, 0), vectors.Get((i + 1) % 3, 1), 0);
+            EXPECT_NEAR(v.Length(), 1.0, 1e-15);
+            for (int j = 0; j < 3; ++j) {
+                const auto column = m.GetColumn(j);
+                const double image = v.DotProduct(Vec3D(column[0], column[1], column[2]));
+                EXPECT_NEAR(image, values[static_cast<std::size_t>(i)] * row[static_cast<std::size_t>(j)], 2e-15);
+            }
+            volume += v.GetZ() * far.GetY() *
+                      next.PerpDotProduct(Vec3D(vectors.Get((i + 2) % 3, 0), vectors.Get((i + 2) % 3, 1), 0));
+        }
+        EXPECT_GT(std::abs(volume), 0.1) << "independent";
+    }
+
     const Polynomial characteristic = shrink.GetCharacteristicPolynomial();  // (x - 1) (x - 1/2) (x - 1/4)
     const double expected[] = {-0.125, 0.875, -1.75, 1.0};
     for (unsigned int i = 0; i < 4; ++i) EXPECT_EQ(characteristic[i], expected[i]);

@@ -127,6 +127,10 @@ TEST(Matrix3DTest, DecompositionsReconstructTheMatrix) {
         {"many equal and zero eigenvalues", false, [&](int, int) { return small(random); }},
         {"triangular", true, [&](int i, int j) { return i <= j ? random(-1.0, 1.0) : 0.0; }},
         {"badly scaled", false, [&](int i, int j) { return random(-1.0, 1.0) * std::pow(1e4, i - j); }},
+        {"columns that are nothing beside the others", false,
+         [&](int, int j) {
+             return random(-1.0, 1.0) * (j % 2 == 0 ? 1.0 : j == 1 ? 1e-160 : 1e-300);
+         }},
         {"rank 1", true, [&](int i, int j) { return (i % 2 == 0 ? 1.0 : 0.3 * i) * (j + 1.0); }},
     };
     for (const auto& [why, hasVectors, element] : kinds) {
@@ -148,6 +152,12 @@ TEST(Matrix3DTest, DecompositionsReconstructTheMatrix) {
 }
 
 TEST(Matrix3DTest, KnownEigenValues) {
+    const double slow[][4][4] = {
+        {{1, 1, 0, 0}, {-2, 2, 1, 0}, {0, -2, 1, 0}, {0, 0, 0, 5}},      // cycles without a shift of its own
+        {{0, -1, 0, 0}, {1, 1, 1, 1}, {-1, 0, 0, 0}, {0, 0, -1, -1}},    // two equal complex pairs, defective
+        {{-2, 2, 2, -1}, {2, -2, 0, 2}, {2, 2, -2, 2}, {1, -2, -2, 0}},  // two nearly equal ones
+    };
+    for (const auto& rows : slow) CheckDecompositions(Matrix3D(rows), 5.0, false);
     const double companion[4][4] = {{10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
     const Matrix3D units = Matrix3D().Scale(1e4, 1e-3, 0.1);
     const Matrix3D cases[] = {Matrix3D(companion), (Matrix3D(companion) *= units).PreMultiply(units.GetInverse())};

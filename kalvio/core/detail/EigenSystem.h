@@ -19,7 +19,9 @@ namespace Kalvio::Math::detail {
 
 inline constexpr double machineEpsilon = std::numeric_limits<double>::epsilon();
 inline constexpr int mostSweeps = 60;                // Jacobi converges quadratically: 6 to 10 sweeps are usual
-inline constexpr int mostQrSteps = 60;               // for one eigenvalue; 2 to 4 are usual
+inline constexpr int mostQrSteps = 300;              // for one eigenvalue; 2 to 4 are usual
+inline constexpr int patientQrSteps = 20;            // later, what is small beside the whole matrix counts as 0
+inline constexpr int leastColumnPower = -960;        // of 2, times the largest element: smaller columns count as 0
 inline constexpr double doubleRootMargin = 16.0;     // in units of rounding: a discriminant this near 0 is 0
 inline constexpr double sameEigenValue = 1e-12;      // times the largest one: values this near share a null space
 inline constexpr double negligibleResidual = 1e-12;  // times the largest element: of v M - lambda v
@@ -58,6 +60,25 @@ struct JacobiRotation {
     }
 };
 
+/// A column in units of a power of 2 of its own: its products keep their digits however small it is.
+template <std::size_t N>
+struct ScaledColumn {
+    std::array<double, N> values{};
+    int power = 0;
+
+    ScaledColumn() = default;
+    ScaledColumn(const SquareMatrix<N>& m, std::size_t column) {
+        double largest = 0.0;
+        for (std::size_t i = 0; i < N; ++i) largest = std::max(largest, std::abs(m(i, column)));
+        (void)std::frexp(largest, &power);
+        power = std::max(power, leastColumnPower);
+        for (std::size_t i = 0; i < N; ++i) values[i] = m(i, column) * std::ldexp(1.0, -power);
+    }
+    double Dot(const ScaledColumn& other) const {
+        return std::inner_product(values.begin(), values.end(), other.values.begin(), 0.0);
+    }
+};
+
 /// M = U diag(singular) V^T with orthogonal U and V; singular values descending, none negative.
 template <std::size_t N>
 struct SingularValues {
@@ -70,21 +91,19 @@ template <std::size_t N>
 SingularValues<N> DecomposeSingular(SquareMatrix<N> m) {
     const int power = ScaleToOne(m);
     SquareMatrix<N> v = SquareMatrix<N>::Identity();
-    const auto dot = [&m](std::size_t p, std::size_t q) {
-        double sum = 0.0;
-        for (std::size_t i = 0; i < N; ++i) sum += m(i, p) * m(i, q);
-        return sum;
-    };
     bool rotated = true;
     for (int sweep = 0; rotated && sweep < mostSweeps; ++sweep) {
         rotated = false;
         for (std::size_t p = 0; p < N; ++p) {
             for (std::size_t q = p + 1; q < N; ++q) {
-                const double a = dot(p, p);
-                const double b = dot(q, q);
-                const double g = dot(p, q);
+                const ScaledColumn<N> x(m, p);
+                const ScaledColumn<N> y(m, q);
+                const double a = x.Dot(x);
+                const double b = y.Dot(y);
+                const double g = x.Dot(y);
                 if (std::abs(g) <= machineEpsilon * std::sqrt(a) * std::sqrt(b)) continue;
-                const JacobiRotation rotation(a, b, g);
+                const int apart = x.power - y.power;
+                const JacobiRotation rotation(std::ldexp(a, apart), std::ldexp(b, -apart), g);
                 for (std::size_t i = 0; i < N; ++i) {
                     rotation.Apply(m(i, p), m(i, q));
                     rotation.Apply(v(i, p), v(i, q));
@@ -93,22 +112,28 @@ SingularValues<N> DecomposeSingular(SquareMatrix<N> m) {
             }
         }
     }
+    std::array<ScaledColumn<N>, N> columns;
     std::array<double, N> norms{};
     std::array<std::size_t, N> order{};
-    for (std::size_t j = 0; j < N; ++j) norms[j] = std::sqrt(dot(j, j));
+    for (std::size_t j = 0; j < N; ++j) {
+        columns[j] = ScaledColumn<N>(m, j);
+        norms[j] = std::ldexp(std::sqrt(columns[j].Dot(columns[j])), columns[j].power);
+    }
     std::iota(order.begin(), order.end(), std::size_t{0});
     std::stable_sort(order.begin(), order.end(),
                      [&norms](std::size_t a, std::size_t b) { return norms[a] > norms[b]; });
 
     SingularValues<N> result;
     for (std::size_t j = 0; j < N; ++j) {
-        const double norm = norms[order[j]];
-        result.singular[j] = std::ldexp(norm, power);
+        const ScaledColumn<N>& column = columns[order[j]];
+        const bool hasDirection = column.power > leastColumnPower && norms[order[j]] > 0.0;
+        const double scaledNorm = std::sqrt(column.Dot(column));
+        result.singular[j] = std::ldexp(norms[order[j]], power);
         for (std::size_t i = 0; i < N; ++i) {
             result.v(i, j) = v(i, order[j]);
-            result.u(i, j) = norm > 0.0 ? m(i, order[j]) / norm : 0.0;
+            result.u(i, j) = hasDirection ? column.values[i] / scaledNorm : 0.0;
         }
-        if (norm > 0.0) continue;
+        if (hasDirection) continue;
         // A vanished column: the coordinate axis that is farthest from the columns so far, made orthogonal to them.
         double best = 0.0;
         for (std::size_t axis = 0; axis < N; ++axis) {
@@ -149,7 +174,9 @@ std::array<double, N> SymmetricEigenSystem(SquareMatrix<N> m, SquareMatrix<N>& v
         rotated = false;
         for (std::size_t p = 0; p < N; ++p) {
             for (std::size_t q = p + 1; q < N; ++q) {
-                if (std::abs(m(p, q)) <= machineEpsilon * std::sqrt(std::abs(m(p, p) * m(q, q)))) continue;
+                if (std::abs(m(p, q)) <= machineEpsilon * std::sqrt(std::abs(m(p, p))) * std::sqrt(std::abs(m(q, q)))) {
+                    continue;
+                }
                 const JacobiRotation rotation(m(p, p), m(q, q), m(p, q));
                 for (std::size_t i = 0; i < N; ++i) rotation.Apply(m(i, p), m(i, q));
                 for (std::size_t i = 0; i < N; ++i) rotation.Apply(m(p, i), m(q, i));
@@ -164,6 +191,41 @@ std::array<double, N> SymmetricEigenSystem(SquareMatrix<N> m, SquareMatrix<N>& v
     return values;
 }
 
+/// Brings the sums of row i and column i of the first `size` rows, without the diagonal, within a factor of 2 of each
+/// other by the similarity D^-1 M D, D of powers of 2. Sums below `leastSum` count as that.
+/// @return the powers
+template <std::size_t N>
+std::array<int, N> Balance(SquareMatrix<N>& m, std::size_t size, double leastSum) {
+    std::array<int, N> powers{};
+    bool changed = true;
+    for (int pass = 0; changed && pass < 100; ++pass) {
+        changed = false;
+        for (std::size_t i = 0; i < size; ++i) {
+            double row = 0.0;
+            double column = 0.0;
+            for (std::size_t j = 0; j < size; ++j) {
+                if (j == i) continue;
+                row += std::abs(m(i, j));
+                column += std::abs(m(j, i));
+            }
+            row = std::max(row, leastSum);
+            column = std::max(column, leastSum);
+            const double ratio = std::log2(row) - std::log2(column);
+            if (!std::isfinite(ratio)) continue;  // a sum of 0
+            const int shift = static_cast<int>(std::lround(0.5 * ratio));
+            if (shift == 0 || std::ldexp(column, shift) + std::ldexp(row, -shift) >= 0.95 * (row + column)) continue;
+            changed = true;
+            powers[i] += shift;
+            for (std::size_t j = 0; j < size; ++j) {
+                if (j == i) continue;
+                m(i, j) = std::ldexp(m(i, j), -shift);
+                m(j, i) = std::ldexp(m(j, i), shift);
+            }
+        }
+    }
+    return powers;
+}
+
 /// Eigenvalues of a general real matrix: rows and columns that decouple are taken off exactly, the rest is balanced,
 /// brought to Hessenberg form and iterated with Francis's double shift, all in real arithmetic.
 template <std::size_t N>
@@ -174,7 +236,7 @@ public:
     /// @param m  finite
     explicit GeneralEigenValues(const SquareMatrix<N>& m) : h(m), power(ScaleToOne(h)) {
         Isolate();
-        Balance();
+        Balance(h, size, 0.0);
         ReduceToHessenberg();
         converged = Iterate();
     }
@@ -214,33 +276,6 @@ private:
                 const std::size_t row = i < index ? i : i + 1;
                 const std::size_t column = j < index ? j : j + 1;
                 h(i, j) = h(row, column);
-            }
-        }
-    }
-
-    // Row and column norms brought within a factor of 2 of each other by powers of 2.
-    void Balance() {
-        bool changed = true;
-        for (int pass = 0; changed && pass < 100; ++pass) {
-            changed = false;
-            for (std::size_t i = 0; i < size; ++i) {
-                double row = 0.0;
-                double column = 0.0;
-                for (std::size_t j = 0; j < size; ++j) {
-                    if (j == i) continue;
-                    row += std::abs(h(i, j));
-                    column += std::abs(h(j, i));
-                }
-                if (!(row > 0.0 && column > 0.0)) continue;
-                const int shift = static_cast<int>(std::lround(0.5 * std::log2(row / column)));
-                if (shift == 0 || std::ldexp(column, shift) + std::ldexp(row, -shift) >= 0.95 * (row + column))
-                    continue;
-                changed = true;
-                for (std::size_t j = 0; j < size; ++j) {
-                    if (j == i) continue;
-                    h(i, j) = std::ldexp(h(i, j), -shift);
-                    h(j, i) = std::ldexp(h(j, i), shift);
-                }
             }
         }
     }
@@ -288,7 +323,8 @@ private:
             std::size_t start = end - 1;  // first row of the last block that does not split
             for (; start > 0; --start) {
                 const double around = std::abs(h(start, start)) + std::abs(h(start - 1, start - 1));
-                if (std::abs(h(start, start - 1)) <= machineEpsilon * (around > 0.0 ? around : norm)) {
+                const bool isAbsolute = around == 0.0 || steps > patientQrSteps;
+                if (std::abs(h(start, start - 1)) <= machineEpsilon * (isAbsolute ? norm : around)) {
                     h(start, start - 1) = 0.0;
                     break;
                 }
@@ -334,10 +370,11 @@ private:
         const std::size_t m = end - 2;
         double sum = h(m, m) + h(m + 1, m + 1);
         double product = h(m, m) * h(m + 1, m + 1) - h(m, m + 1) * h(m + 1, m);
-        if (exceptional) {  // breaks the rare cycles
+        if (exceptional) {  // breaks the rare cycles: 0.75 w +- i sqrt(7) / 4 w off the last diagonal element
+            const double d = h(m + 1, m + 1);
             const double w = std::abs(h(m + 1, m)) + std::abs(h(m, m - 1));
-            sum = 1.5 * w;
-            product = w * w;
+            sum = 1.5 * w + 2.0 * d;
+            product = w * w + 1.5 * w * d + d * d;
         }
         const double h10 = h(start + 1, start);
         std::array<double, N> x{};
@@ -406,14 +443,19 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = columns(j, order[i]);
         }
     } else {
-        const double same = sameEigenValue * std::max(std::abs(found[0]), std::abs(found[N - 1]));
-        const double negligible = negligibleResidual * LargestMagnitude(m);
+        const double radius = std::max(std::abs(found[0]), std::abs(found[N - 1]));
+        const double same = sameEigenValue * radius;
+        // In units of their own, large offsets do not hide how independent the vectors are; the eigenvalues as the
+        // least sums keep small offsets from growing.
+        SquareMatrix<N> balanced = m;
+        const std::array<int, N> powers = Balance(balanced, N, radius);
+        const double negligible = negligibleResidual * LargestMagnitude(balanced);
         std::size_t first = 0;  // of the eigenvalues that are one value within rounding
         SingularValues<N> null;
         for (std::size_t i = 0; i < N; ++i) {
             if (i == 0 || found[first] - found[i] > same) {
                 first = i;
-                SquareMatrix<N> shifted = Transposed(m);
+                SquareMatrix<N> shifted = Transposed(balanced);
                 for (std::size_t k = 0; k < N; ++k) shifted(k, k) -= found[i];
                 null = DecomposeSingular(shifted);
             }
@@ -422,6 +464,11 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = null.v(j, column);
         }
         if (!(DecomposeSingular(rows).singular[N - 1] > leastIndependence)) return false;
+        for (std::size_t i = 0; i < N; ++i) {
+            for (std::size_t j = 0; j < N; ++j) rows(i, j) = std::ldexp(rows(i, j), -powers[j]);
+            const ScaledColumn<N> row(Transposed(rows), i);
+            for (std::size_t j = 0; j < N; ++j) rows(i, j) = row.values[j] / std::sqrt(row.Dot(row));
+        }
     }
     values = found;
     vectors = MatrixType(rows.values.data());
