@@ -14,14 +14,17 @@ constexpr double onePerPi = 0.3183098861837907;
 constexpr double gradsPerHalfTurn = 200.0;
 constexpr double manyTurns = 4096.0 * detail::twoPi;  // beyond this the remainder is taken first: the loops stay short
 
+// atan2 in (-pi, pi]: -0.0 + 0.0 is 0.0, so that the sign of a zero decides nothing.
+double Direction(double sine, double cosine) { return std::atan2(sine + 0.0, cosine + 0.0); }
+
 double WithoutManyTurns(double value) { return std::abs(value) > manyTurns ? std::fmod(value, detail::twoPi) : value; }
 
 }  // namespace
 
-Angle::Angle(double x, double y) : radians(std::atan2(y, x)) {}
+Angle::Angle(double x, double y) : radians(Direction(y, x)) {}
 
 Angle::Angle(const Point2D& from, const Point2D& to)
-    : radians(NormalizeAngle(std::atan2(to.GetX() - from.GetX(), to.GetY() - from.GetY()))) {}
+    : radians(NormalizeAngle(Direction(to.GetX() - from.GetX(), to.GetY() - from.GetY()))) {}
 
 MathTypes Angle::GetType() const { return MathTypes::Angle; }
 

@@ -21,12 +21,17 @@ enum class AngleUnit : std::uint32_t {
 ///
 /// Stored in radians in (-2 pi, 2 pi]; the sign is kept, so -pi/2 and 3 pi/2 are different values and 2 pi is a full
 /// turn. Non-finite values pass through every normalisation unchanged.
+///
+/// Normalisation adds or removes one full turn, the double nearest to 2 pi, at a time, with a rounding for each; beyond
+/// 4096 turns the exact remainder by that double is taken first. A huge angle is therefore off by its number of turns
+/// times 2.4e-16 rad, and by half the last digit that it had: above 1e16 rad it holds no direction any more.
 class KALVIO_MATH_API Angle : public IMathObject {
 public:
     constexpr Angle() = default;
     /// @param value  radians, normalised by `NormalizeAngle`
     Angle(double value) : radians(NormalizeAngle(value)) {}
-    /// Direction of the vector (x, y), counter-clockwise from +X, in (-pi, pi].
+    /// Direction of the vector (x, y), counter-clockwise from +X, in (-pi, pi]; the sign of a zero does not matter, and
+    /// (0, 0) gives 0.
     Angle(double x, double y);
     /// Bearing from one point to another as surveyors measure it: from +Y (north), positive clockwise, in (-pi, pi].
     Angle(const Point2D& from, const Point2D& to);
@@ -44,14 +49,14 @@ public:
     void SetDegrees(double degrees);
     void SetGrad(double grads);
 
-    /// Value in (-2 pi, 2 pi]; one full turn is added or removed at a time.
-    static double NormalizeAngle(double value) {
+    /// Value in (-2 pi, 2 pi].
+    [[nodiscard]] static double NormalizeAngle(double value) {
         return value > detail::twoPi || value <= -detail::twoPi ? Reduce(value, detail::twoPi, -detail::twoPi) : value;
     }
     /// Value in (-pi, pi].
-    static double NormalizeAnglePiMinusPi(double value);
+    [[nodiscard]] static double NormalizeAnglePiMinusPi(double value);
     /// Value in [0, 2 pi]; 2 pi and -0.0 stay as they are.
-    static double NormalizeZero2Pi(double value);
+    [[nodiscard]] static double NormalizeZero2Pi(double value);
 
     /// Strict comparison of the radians, tried once more with a full turn added to the smaller value: 0.00001 and
     /// 2 pi - 0.00001 are equal within 0.0001.

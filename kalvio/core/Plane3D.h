@@ -55,9 +55,9 @@ public:
     Point3D GetPoint() const { return {-d * a, -d * b, -d * c}; }
     /// The coordinate of the plane's point above two others.
     /// @return false, the output untouched, when the plane is parallel to that axis (its coefficient is exactly 0)
-    bool GetPointX(double y, double z, double& x) const { return Solve(a, b * y + c * z, x); }
-    bool GetPointY(double x, double z, double& y) const { return Solve(b, a * x + c * z, y); }
-    bool GetPointZ(double x, double y, double& z) const { return Solve(c, a * x + b * y, z); }
+    [[nodiscard]] bool GetPointX(double y, double z, double& x) const { return Solve(a, b * y + c * z, x); }
+    [[nodiscard]] bool GetPointY(double x, double z, double& y) const { return Solve(b, a * x + c * z, y); }
+    [[nodiscard]] bool GetPointZ(double x, double y, double& z) const { return Solve(c, a * x + b * y, z); }
     /// Orthogonal projection; the point itself for a degenerate plane.
     Point3D GetProjection(const Point3D& point) const;
     /// True when the distance is below the user tolerance. Strict: a point exactly that far away is not on the plane.

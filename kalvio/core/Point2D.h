@@ -57,7 +57,7 @@ public:
 
     /// Homogeneous row-vector product [x y 1] M, divided by w when w is not 1. A non-const point is changed in place.
     Point2D& Transform(const Matrix2D& matrix);
-    Point2D Transform(const Matrix2D& matrix) const;
+    [[nodiscard]] Point2D Transform(const Matrix2D& matrix) const;
 
     Point2D& operator+=(const Point2D& other) {
         x += other.x;

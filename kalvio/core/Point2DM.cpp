@@ -23,4 +23,14 @@ bool Geometry::AreEqual(const Point2DM& a, const Point2DM& b, double tolerance) 
     return a.IsEqualTo(b, tolerance);
 }
 
+Point2DM& Point2DM::Transform(const Matrix2D& matrix) {
+    SetCoordinates(Point2D(x, y).Transform(matrix));
+    return *this;
+}
+
+Point2DM Point2DM::Transform(const Matrix2D& matrix) const {
+    Point2DM result(*this);
+    return result.Transform(matrix);
+}
+
 }  // namespace Kalvio::Math

@@ -54,6 +54,10 @@ public:
                std::abs(m - other.m) < tolerance;
     }
 
+    /// The position as that of a `Point2D`; the measure is kept. A non-const point is changed in place.
+    Point2DM& Transform(const Matrix2D& matrix);
+    [[nodiscard]] Point2DM Transform(const Matrix2D& matrix) const;
+
     Point2DM& operator+=(const Point2DM& other) {
         x += other.x;
         y += other.y;
@@ -94,5 +98,6 @@ inline Point2DM operator-(Point2DM p, const Vec2D& v) { return p += -v; }
 inline Point2DM operator+(Point2DM a, const Point2DM& b) { return a += b; }
 inline Point2DM operator*(Point2DM p, double factor) { return p *= factor; }
 inline Point2DM operator*(double factor, Point2DM p) { return p *= factor; }
+inline Point2DM operator*(const Point2DM& p, const Matrix2D& matrix) { return p.Transform(matrix); }
 
 }  // namespace Kalvio::Math

@@ -68,7 +68,7 @@ public:
 
     /// Homogeneous row-vector product [x y z 1] M, divided by w when w is not 1. A non-const point is changed in place.
     Point3D& Transform(const Matrix3D& matrix);
-    Point3D Transform(const Matrix3D& matrix) const;
+    [[nodiscard]] Point3D Transform(const Matrix3D& matrix) const;
 
     Point3D operator-() const { return {-x, -y, -z}; }
     Point3D& operator+=(const Point3D& other) {

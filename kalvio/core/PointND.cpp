@@ -8,10 +8,6 @@
 
 namespace Kalvio::Math {
 
-PointND::PointND(const Point2D& p) : coordinates{p.GetX(), p.GetY()} {}
-
-PointND::PointND(const Point3D& p) : coordinates{p.GetX(), p.GetY(), p.GetZ()} {}
-
 MathTypes PointND::GetType() const { return MathTypes::PointND; }
 
 BoundingBox2D PointND::GetBoundingBox2D() const { return GetBoundingBoxND().GetBoundingBox2D(); }

@@ -3,6 +3,7 @@
 #include "kalvio/core/IGeometry.h"
 #include "kalvio/core/VecND.h"
 
+#include <concepts>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -11,15 +12,19 @@ class BoundingBoxND;
 class Point2D;
 class Point3D;
 
-/// Position in any dimension. Operations on two dimensions that differ give an empty result.
+/// Position in any dimension. Operations on two dimensions that differ give an empty result. Constructed as a `VecND`.
 class KALVIO_MATH_API PointND final : public IGeometry {
 public:
     PointND() = default;
     /// n coordinates, all 0.
-    explicit PointND(unsigned int n) : coordinates(n, 0.0) {}
+    template <std::integral Count>
+    explicit PointND(Count n) : coordinates(static_cast<unsigned int>(n), 0.0) {}
     explicit PointND(const std::vector<double>& values) : coordinates(values) {}
-    explicit PointND(const Point2D& p);
-    explicit PointND(const Point3D& p);
+    /// From a point of two or three coordinates.
+    template <std::same_as<Point2D> Plan>
+    PointND(const Plan& p) : coordinates{p.GetX(), p.GetY()} {}
+    template <std::same_as<Point3D> Space>
+    PointND(const Space& p) : coordinates{p.GetX(), p.GetY(), p.GetZ()} {}
 
     MathTypes GetType() const override;
     /// Boxes of the first two (three) coordinates; missing ones are 0.

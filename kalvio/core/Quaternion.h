@@ -44,7 +44,7 @@ public:
 
     /// Unit axis and angle in [0, pi] of the rotation of the normalised quaternion; no rotation has the axis (0, 0, 1).
     /// @return false, outputs untouched, for a length of at most 1e-10 or not finite
-    bool GetRotation(Vec3D& axis, Angle& angle) const;
+    [[nodiscard]] bool GetRotation(Vec3D& axis, Angle& angle) const;
 
 private:
     static constexpr std::size_t Index(int index) {

@@ -46,7 +46,7 @@ public:
     /// x o.y - y o.x: positive when `other` lies counter-clockwise from this vector.
     double PerpDotProduct(const Vec2D& other) const { return x * other.y - y * other.x; }
     /// The normal of the same length: (-y, x) to the left, (y, -x) to the right.
-    Vec2D GetNormalVector(bool left) const { return left ? Vec2D(-y, x) : Vec2D(y, -x); }
+    [[nodiscard]] Vec2D GetNormalVector(bool left) const { return left ? Vec2D(-y, x) : Vec2D(y, -x); }
     /// Scales to the length; nothing changes for a negative length or a vector of length at most 1e-10.
     Vec2D& SetLength(double length) {
         if (length < 0.0) return *this;
@@ -75,7 +75,7 @@ public:
     /// Homogeneous row-vector product [x y 1] M, divided by w when w is not 1: translation included, as for a point.
     /// A non-const vector is changed in place.
     Vec2D& Transform(const Matrix2D& matrix);
-    Vec2D Transform(const Matrix2D& matrix) const;
+    [[nodiscard]] Vec2D Transform(const Matrix2D& matrix) const;
 
     Vec2D operator-() const { return {-x, -y}; }
     Vec2D& operator+=(const Vec2D& other) {

@@ -56,7 +56,7 @@ public:
     }
     /// A copy of at most the given length. The zero test is made on the square: a vector shorter than about 1e-5 is
     /// never scaled.
-    Vec3D Clamp(double maxLength) const;
+    [[nodiscard]] Vec3D Clamp(double maxLength) const;
 
     /// Unsigned angle between the vectors in [0, pi], as in the plane.
     Angle GetAngle(const Vec3D& other) const;
@@ -79,7 +79,7 @@ public:
     /// Homogeneous row-vector product [x y z 1] M, divided by w when w is not 1: translation included, as for a point.
     /// A non-const vector is changed in place.
     Vec3D& Transform(const Matrix3D& matrix);
-    Vec3D Transform(const Matrix3D& matrix) const;
+    [[nodiscard]] Vec3D Transform(const Matrix3D& matrix) const;
     /// Rotates by the rotation matrix of the quaternion, which is not normalised.
     Vec3D& operator*=(const Quaternion& rotation);
 

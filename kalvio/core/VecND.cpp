@@ -15,10 +15,6 @@ constexpr double shortestNormalized = 0.005;  // a length
 
 }  // namespace
 
-VecND::VecND(const Vec2D& v) : coordinates{v.GetX(), v.GetY()} {}
-
-VecND::VecND(const Vec3D& v) : coordinates{v.GetX(), v.GetY(), v.GetZ()} {}
-
 MathTypes VecND::GetType() const { return MathTypes::VecND; }
 
 double VecND::Norm() const { return std::sqrt(NormSquared()); }

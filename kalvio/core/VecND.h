@@ -2,6 +2,7 @@
 
 #include "kalvio/core/IMathObject.h"
 
+#include <concepts>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -10,14 +11,21 @@ class Vec2D;
 class Vec3D;
 
 /// Free vector of any dimension. Operations on two vectors of different dimension give an empty vector or 0.
+///
+/// `VecND({1.0, 2.0})` has these coordinates, `VecND(2)` as many: constructors from other than lists are templates,
+/// which braces do not match.
 class KALVIO_MATH_API VecND final : public IMathObject {
 public:
     VecND() = default;
     /// n coordinates, all 0.
-    explicit VecND(unsigned int n) : coordinates(n, 0.0) {}
+    template <std::integral Count>
+    explicit VecND(Count n) : coordinates(static_cast<unsigned int>(n), 0.0) {}
     explicit VecND(const std::vector<double>& values) : coordinates(values) {}
-    explicit VecND(const Vec2D& v);
-    explicit VecND(const Vec3D& v);
+    /// From a vector of two or three coordinates.
+    template <std::same_as<Vec2D> Plan>
+    VecND(const Plan& v) : coordinates{v.GetX(), v.GetY()} {}
+    template <std::same_as<Vec3D> Space>
+    VecND(const Space& v) : coordinates{v.GetX(), v.GetY(), v.GetZ()} {}
 
     MathTypes GetType() const override;
 

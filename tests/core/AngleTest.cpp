@@ -31,13 +31,22 @@ TEST(AngleTest, EachNormalisationKeepsItsOwnRange) {
 
 TEST(AngleTest, DirectionsCountFromEastAndBearingsFromNorth) {
     const std::tuple<const char*, double, double, double, double> rows[] = {
-        {"east", 1, 0, 0, kPi / 2},      {"north", 0, 1, kPi / 2, 0}, {"west", -1, 0, kPi, -kPi / 2},
-        {"south", 0, -1, -kPi / 2, kPi}, {"nowhere", 0, 0, 0, 0},     {"north-east", 2, 2, kPi / 4, kPi / 4},
+        {"east", 1, 0, 0, kPi / 2},
+        {"north", 0, 1, kPi / 2, 0},
+        {"west", -1, 0, kPi, -kPi / 2},
+        {"south", 0, -1, -kPi / 2, kPi},
+        {"nowhere", 0, 0, 0, 0},
+        {"north-east", 2, 2, kPi / 4, kPi / 4},
+        {"west, -0.0", -1, -0.0, kPi, -kPi / 2},
+        {"south, -0.0", -0.0, -1, -kPi / 2, kPi},
+        {"-0.0", -0.0, -0.0, 0, 0},
     };
     const Point2D from(385000.0, 6672000.0);
     for (const auto& [way, dx, dy, direction, bearing] : rows) {
         SCOPED_TRACE(way);
         EXPECT_DOUBLE_EQ(Angle(dx, dy).GetRadians(), direction);
+        EXPECT_DOUBLE_EQ(Vec2D(dx, dy).GetAngle().GetRadians(), direction);
+        EXPECT_DOUBLE_EQ(Angle(Point2D(), Point2D(dx, dy)).GetRadians(), bearing);
         EXPECT_DOUBLE_EQ(Angle(from, from + Vec2D(dx, dy)).GetRadians(), bearing);
     }
 }

@@ -84,7 +84,7 @@ TEST(BoundingBoxTest, UnionsHoldBothBoxesAndNothingMore) {
 }
 
 TEST(BoundingBoxTest, BoxesOfAnyDimensionMeasureThemselves) {
-    const BoundingBoxND box(PointND(std::vector{2.0, 0.0, 0.0, 0.0}), VecND(std::vector{1.0, 2.0, 3.0, 4.0}));
+    const BoundingBoxND box(PointND({2.0, 0.0, 0.0, 0.0}), VecND({1.0, 2.0, 3.0, 4.0}));
     EXPECT_TRUE(box.GetArea() == 24.0 && box.GetEdgesLengthSum() == 10.0);
     EXPECT_EQ(box.DistanceSquareBetweenCenters(BoundingBoxND(4)), 13.5);
 
@@ -92,7 +92,7 @@ TEST(BoundingBoxTest, BoxesOfAnyDimensionMeasureThemselves) {
     EXPECT_FALSE(box.Intersects(flat) || box.Contains(flat) || box.IsPointInside(PointND(2U), 1.0));
     EXPECT_TRUE((box + flat).IsEqualTo(box, 1e-15)) << "another dimension changes nothing";
     EXPECT_TRUE(box.GetIntersectionArea(flat) == 0.0 && BoundingBoxND().GetArea() == 0.0);
-    const BoundingBoxND uneven(PointND(std::vector{0.0, 0.0, 0.0}), PointND(std::vector{2.0, 3.0}));
+    const BoundingBoxND uneven(PointND({0.0, 0.0, 0.0}), PointND({2.0, 3.0}));
     EXPECT_TRUE(uneven.GetDimension() == 2 && uneven.GetArea() == 6.0);
     BoundingBoxND empty(2);
     empty.Reset();

@@ -1,6 +1,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/BoundingBoxND.h"
+#include "kalvio/core/Matrix2D.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point2DM.h"
 #include "kalvio/core/Point3D.h"
@@ -14,7 +15,7 @@ TEST(PointTest, GeometriesCompareWithinTheirKind) {
     const Point2D p2(1, 2);
     const Point2DM pm(1, 2, 0);
     const Point3D p3(1, 2, 3);
-    const PointND n2(std::vector{1.0, 2.0}), n3(std::vector{1.0, 2.0, 3.0});
+    const PointND n2({1.0, 2.0}), n3({1.0, 2.0, 3.0});
     const IGeometry* const all[] = {&p2, &pm, &p3, &n2, &n3};
     const bool expected[5][5] = {
         {true, false, false, true, false},   // a plan point and the same coordinates in N dimensions
@@ -42,14 +43,19 @@ TEST(PointTest, ArithmeticAndIndexes) {
     EXPECT_THAT(Point2D(Angle(detail::pi / 2), 5.0), IsNear(Point2D(0, 5), 1e-15));
     EXPECT_EQ(Point2DM(0, 0, 7).Distance(Point2DM(3, 4, -7)), 5.0) << "measures do not count";
     EXPECT_TRUE(Point3D().Distance(Point3D(2, 3, 6)) == 7.0 && Point3D().Distance2D(Point3D(3, 4, 6)) == 5.0);
-    EXPECT_EQ(PointND(std::vector{1.0, 1.0, 1.0, 1.0}).Distance(PointND(4U)), 2.0);
+    EXPECT_EQ(PointND({1.0, 1.0, 1.0, 1.0}).Distance(PointND(4U)), 2.0);
     EXPECT_EQ((PointND(2U) - PointND(3U)).GetDimension(), 0U);
+    EXPECT_EQ(PointND({3, 4}).Distance(Point2D()), 5.0) << "plan points are points of two dimensions";
 
     Point2DM m(1, 2, 3);
     EXPECT_EQ(std::as_const(m)[5], 0.0) << "only this one has no first coordinate to fall back to";
     EXPECT_EQ(&m[5], &m[0]);
     m.SetCoordinates(Point2D(8, 9));
     EXPECT_EQ(m.GetM(), 3.0) << "the measure is kept";
+    Matrix2D projective = Matrix2D().Translate(1, 2);
+    projective.Set(2, 2, 4.0);
+    EXPECT_TRUE((m * projective).IsEqualTo(Point2DM(2.25, 2.75, 3), 1e-15)) << "w = 4";
+    EXPECT_TRUE(&m.Transform(projective) == &m && m.IsEqualTo(Point2DM(2.25, 2.75, 3), 1e-15));
     EXPECT_EQ(Point3D(1, 2, 3)[3], 1.0);
 }
 
@@ -63,7 +69,7 @@ TEST(PointTest, EditingHooksKeepTheirDefaults) {
     EXPECT_FALSE(p->ExtendStart(Point2D(), kTolerances) || p->ExtendEnd(Point2D(), kTolerances));
     EXPECT_TRUE(p->GetBoundingBox3D().IsEqualTo(BoundingBox3D(Point3D(1, 2, 3), Point3D(1, 2, 3)), 1e-15));
     EXPECT_TRUE(Point2D(1, 2).GetBoundingBox3D().IsEqualTo(BoundingBox3D(Point3D(1, 2, 0), Vec3D()), 1e-15));
-    EXPECT_TRUE(PointND(std::vector{1.0}).GetBoundingBox2D().IsEqualTo(BoundingBox2D(Point2D(1, 0), Vec2D()), 1e-15));
+    EXPECT_TRUE(PointND({1.0}).GetBoundingBox2D().IsEqualTo(BoundingBox2D(Point2D(1, 0), Vec2D()), 1e-15));
 }
 
 TEST(PointTest, LongitudeAndLatitudeSplitTowardZero) {

@@ -93,12 +93,12 @@ public:
         flag = generalFlag;
         return Self();
     }
-    MatrixType GetTranspose() const {
+    [[nodiscard]] MatrixType GetTranspose() const {
         MatrixType result(Self());
         return result.Transpose();
     }
     /// The copy is undefined when this matrix is singular; see `Invert`.
-    MatrixType GetInverse() const {
+    [[nodiscard]] MatrixType GetInverse() const {
         MatrixType result(Self());
         return result.Invert();
     }
