@@ -23,7 +23,7 @@ void BM_MatrixNMGetInverse(benchmark::State& state) {
         benchmark::DoNotOptimize(inverse);
     }
 }
-BENCHMARK(BM_MatrixNMGetInverse)->ArgName("rows")->RangeMultiplier(2)->Range(4, 128);
+BENCHMARK(BM_MatrixNMGetInverse)->ArgName("rows")->DenseRange(4, 12, 2)->RangeMultiplier(2)->Range(16, 128);
 
 }  // namespace
 }  // namespace Kalvio::Math

@@ -22,6 +22,6 @@ void BM_EigenInverse(benchmark::State& state) {
         benchmark::DoNotOptimize(inverse);
     }
 }
-BENCHMARK(BM_EigenInverse)->ArgName("rows")->RangeMultiplier(2)->Range(4, 128);
+BENCHMARK(BM_EigenInverse)->ArgName("rows")->DenseRange(4, 12, 2)->RangeMultiplier(2)->Range(16, 128);
 
 }  // namespace

@@ -47,20 +47,14 @@ void BM_EigenKrigingInverse(benchmark::State& state) {
         return matrix.partialPivLu().inverse() * rightSide;
     });
 }
-BENCHMARK(BM_EigenKrigingInverse)
-    ->ArgName("samples")
-    ->Arg(8)
-    ->Arg(32)
-    ->Arg(128)
-    ->Arg(512)
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EigenKrigingInverse)->ArgName("samples")->RangeMultiplier(2)->Range(4, 512)->Unit(benchmark::kMillisecond);
 
 void BM_EigenKrigingSolve(benchmark::State& state) {
     OverRow(state, [](const Eigen::MatrixXd& matrix, const Eigen::VectorXd& rightSide) -> Eigen::VectorXd {
         return matrix.partialPivLu().solve(rightSide);
     });
 }
-BENCHMARK(BM_EigenKrigingSolve)->ArgName("samples")->Arg(8)->Arg(32)->Arg(128)->Arg(512)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EigenKrigingSolve)->ArgName("samples")->RangeMultiplier(2)->Range(4, 512)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace Kalvio::Benchmarks

@@ -52,7 +52,11 @@ void BM_OrdinaryKrigingInterpolate(benchmark::State& state) {
             return done;
         });
 }
-BENCHMARK(BM_OrdinaryKrigingInterpolate)->ArgName("samples")->Arg(8)->Arg(32)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OrdinaryKrigingInterpolate)
+    ->ArgName("samples")
+    ->RangeMultiplier(2)
+    ->Range(4, 64)
+    ->Unit(benchmark::kMillisecond);
 
 // The system is built within the time of its grid.
 void BM_KrigingSystemValue(benchmark::State& state) {

@@ -2,10 +2,8 @@
 
 #include "kalvio/core/Geometry.h"
 #include "kalvio/core/detail/EigenSystem.h"
-#include "kalvio/curves/Polynomial.h"
 
 #include <cmath>
-#include <vector>
 
 namespace Kalvio::Math {
 
@@ -37,11 +35,6 @@ Matrix2D& Matrix2D::Rotate(const Angle& angle) {
         elements(i, 2) *= c;
     }
     return *this;
-}
-
-Polynomial Matrix2D::GetCharacteristicPolynomial() const {
-    const std::array<double, 4> coefficients = detail::CharacteristicCoefficients(elements);
-    return std::vector<double>(coefficients.begin(), coefficients.end());
 }
 
 bool Matrix2D::GetEigenValues(std::array<double, 3>& eigenValues) const {

@@ -69,16 +69,16 @@ public:
     /// Eigenvalues of the whole 3 x 3 matrix by descending real part; of a conjugate pair the positive imaginary part
     /// first. An affine matrix has the eigenvalues of its linear part and 1.
     /// @return false, outputs untouched, for values that are not finite, and in the real form when one is complex
-    bool GetEigenValues(std::array<double, 3>& eigenValues) const;
-    bool GetEigenValues(std::array<std::complex<double>, 3>& eigenValues) const;
+    [[nodiscard]] bool GetEigenValues(std::array<double, 3>& eigenValues) const;
+    [[nodiscard]] bool GetEigenValues(std::array<std::complex<double>, 3>& eigenValues) const;
     /// Row eigenvectors, v M = lambda v: the homogeneous vectors whose direction this transformation keeps. Unit rows
     /// of `eigenVectors` in the order of the eigenvalues; orthonormal when the matrix is symmetric. The columns of the
     /// usual form M v = lambda v are those of the transpose.
     /// @return false, outputs untouched, when an eigenvalue is complex or there are no three independent vectors
-    bool GetEigenVectors(std::array<double, 3>& eigenValues, Matrix2D& eigenVectors) const;
+    [[nodiscard]] bool GetEigenVectors(std::array<double, 3>& eigenValues, Matrix2D& eigenVectors) const;
     /// M = U S V^T with orthogonal U, V and the singular values on the diagonal of S, descending, none negative.
     /// @return false, outputs untouched, for values that are not finite
-    bool SingularValueDecomposition(Matrix2D& u, Matrix2D& s, Matrix2D& v) const;
+    [[nodiscard]] bool SingularValueDecomposition(Matrix2D& u, Matrix2D& s, Matrix2D& v) const;
 };
 
 }  // namespace Kalvio::Math

@@ -4,16 +4,12 @@
 #include "kalvio/core/Quaternion.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/EigenSystem.h"
-#include "kalvio/curves/Polynomial.h"
 
 #include <cmath>
-#include <vector>
 
 namespace Kalvio::Math {
 
 namespace {
-
-constexpr unsigned int wholeMatrix = 0b1111;
 
 // A vector of length 0, which is no axis, for any other index.
 Vec3D CoordinateAxis(int index) {
@@ -103,25 +99,22 @@ void Matrix3D::SetRotation(Vec3D axis, double cosine, double sine) {
 
 MathTypes Matrix3D::GetType() const { return MathTypes::Matrix3D; }
 
-double Matrix3D::Determinant() const { return detail::Minor(elements.values.data(), 4, wholeMatrix, wholeMatrix); }
+double Matrix3D::Determinant() const { return detail::Determinant(elements, detail::Cofactors(elements)); }
 
 Matrix3D& Matrix3D::Invert() {
     const double d = Determinant();
     if (d == 0.0 || !std::isfinite(d)) return SetUndefined();
     const bool affine =
         elements(0, 3) == 0.0 && elements(1, 3) == 0.0 && elements(2, 3) == 0.0 && elements(3, 3) == 1.0;
-    const unsigned int size = affine ? 3 : 4;  // the translation of an affine matrix is inverted apart, without loss
-    const unsigned int all = (1U << size) - 1;
+    const std::size_t size = affine ? 3 : 4;  // the translation of an affine matrix is inverted apart, without loss
     detail::SquareMatrix<4> inverse = elements;
-    for (unsigned int i = 0; i < size; ++i) {
-        for (unsigned int j = 0; j < size; ++j) {
-            const double minor = detail::Minor(elements.values.data(), 4, all & ~(1U << j), all & ~(1U << i));
-            inverse(i, j) = ((i + j) % 2 == 0 ? minor : -minor) / d;
-        }
+    for (std::size_t j = 0; affine && j < 3; ++j) inverse(3, j) = 0.0;
+    const detail::SquareMatrix<4> cofactors = detail::Cofactors(inverse);
+    for (std::size_t i = 0; i < size; ++i) {
+        for (std::size_t j = 0; j < size; ++j) inverse(i, j) = cofactors(j, i) / d;
     }
-    for (unsigned int j = 0; affine && j < 3; ++j) {
-        inverse(3, j) = 0.0;
-        for (unsigned int k = 0; k < 3; ++k) inverse(3, j) -= elements(3, k) * inverse(k, j);
+    for (std::size_t j = 0; affine && j < 3; ++j) {
+        for (std::size_t k = 0; k < 3; ++k) inverse(3, j) -= elements(3, k) * inverse(k, j);
     }
     elements = inverse;
     return *this;
@@ -159,11 +152,6 @@ bool Matrix3D::GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const {
     aboutX = quarter ? std::atan2(-normal.GetY(), second.GetY()) : std::atan2(second.GetZ(), normal.GetZ());
     aboutZ = quarter ? 0.0 : std::atan2(first.GetY(), first.GetX());
     return true;
-}
-
-Polynomial Matrix3D::GetCharacteristicPolynomial() const {
-    const std::array<double, 5> coefficients = detail::CharacteristicCoefficients(elements);
-    return std::vector<double>(coefficients.begin(), coefficients.end());
 }
 
 bool Matrix3D::GetEigenValues(std::array<double, 4>& eigenValues) const {

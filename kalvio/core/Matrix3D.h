@@ -113,17 +113,17 @@ public:
     /// about y is a quarter. Scaling and shear that come before the rotation do not matter: the X axis turns with row
     /// 0, the XY plane with rows 0 and 1.
     /// @return false, outputs untouched, when the linear part mirrors, is singular or is not finite
-    bool GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const;
+    [[nodiscard]] bool GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const;
 
     /// det(x I - M), degree 4, leading coefficient 1.
     Polynomial GetCharacteristicPolynomial() const;
     /// Eigenvalues of the whole 4 x 4 matrix; order and failure as in `Matrix2D`.
-    bool GetEigenValues(std::array<double, 4>& eigenValues) const;
-    bool GetEigenValues(std::array<std::complex<double>, 4>& eigenValues) const;
+    [[nodiscard]] bool GetEigenValues(std::array<double, 4>& eigenValues) const;
+    [[nodiscard]] bool GetEigenValues(std::array<std::complex<double>, 4>& eigenValues) const;
     /// Unit row eigenvectors, v M = lambda v, as rows; order and failure as in `Matrix2D`.
-    bool GetEigenVectors(std::array<double, 4>& eigenValues, Matrix3D& eigenVectors) const;
+    [[nodiscard]] bool GetEigenVectors(std::array<double, 4>& eigenValues, Matrix3D& eigenVectors) const;
     /// M = U S V^T, as in `Matrix2D`.
-    bool SingularValueDecomposition(Matrix3D& u, Matrix3D& s, Matrix3D& v) const;
+    [[nodiscard]] bool SingularValueDecomposition(Matrix3D& u, Matrix3D& s, Matrix3D& v) const;
 
 private:
     void SetRotation(Vec3D axis, double cosine, double sine);

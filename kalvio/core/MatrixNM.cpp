@@ -2,10 +2,9 @@
 
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/Elimination.h"
-#include "kalvio/core/detail/SquareMatrix.h"
+#include "kalvio/core/detail/Expansion.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdio>
@@ -16,45 +15,33 @@ namespace Kalvio::Math {
 
 namespace {
 
-constexpr std::size_t largestExpanded = 4;  // rows; larger matrices are eliminated
-
 bool IsZero(double value) { return !(std::abs(value) >= detail::numericalZero); }
+
+// The elements in an elimination that has not been run.
+detail::Elimination Load(const MatrixNM& m) {
+    const std::size_t n = m.GetNumRows();
+    detail::Elimination elimination(n);
+    for (unsigned int i = 0; i < n; ++i) std::copy_n(m[i].GetCoordinates().begin(), n, elimination.Row(i));
+    return elimination;
+}
+
+bool IsFinite(const double* values, std::size_t n, std::size_t stride) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const double* const row = values + i * stride;
+        if (!std::all_of(row, row + n, [](double value) { return std::isfinite(value); })) return false;
+    }
+    return true;
+}
+
+// Gives a matrix n rows and columns, in the memory it has when it fits.
+void MakeSquare(MatrixNM& m, unsigned int n) {
+    if (m.GetNumRows() != n || m.GetNumCols() != n) m.Resize(n, n);
+    for (unsigned int i = 0; i < n; ++i) m[i].SetDimension(n);
+}
 
 bool AreFinite(const std::vector<double>& values) {
     return std::all_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
 }
-
-// The minors of a matrix of at most 4 rows.
-class Expansion {
-public:
-    explicit Expansion(const std::vector<VecND>& rows) : size(static_cast<unsigned int>(rows.size())) {
-        for (unsigned int i = 0; i < size; ++i) {
-            const std::vector<double>& row = rows[i].GetCoordinates();
-            std::copy(row.begin(), row.end(), values.begin() + Offset(i));
-        }
-    }
-    // Equal rows are looked for, as the expansion may leave their rounding.
-    double Determinant() const {
-        for (unsigned int i = 0; i < size; ++i) {
-            for (unsigned int j = 0; j < i; ++j) {
-                if (std::equal(Row(i), Row(i) + size, Row(j))) return 0.0;
-            }
-        }
-        return detail::Minor(values.data(), size, All(), All());
-    }
-    double CoFactor(unsigned int row, unsigned int column) const {
-        const double minor = detail::Minor(values.data(), size, All() & ~(1U << row), All() & ~(1U << column));
-        return (row + column) % 2 == 0 ? minor : -minor;
-    }
-
-private:
-    std::ptrdiff_t Offset(unsigned int i) const { return static_cast<std::ptrdiff_t>(i) * size; }
-    const double* Row(unsigned int i) const { return values.data() + Offset(i); }
-    unsigned int All() const { return (1U << size) - 1; }
-
-    unsigned int size;
-    std::array<double, largestExpanded * largestExpanded> values{};
-};
 
 // The three factorisations work by rows: `row` is the row of A that is being reduced by the finished rows above it.
 
@@ -176,10 +163,11 @@ MatrixNM MatrixNM::GetTranspose() const {
 
 bool MatrixNM::Determinant(double& determinant) const {
     if (numRows == 0 || numRows != numCols || !IsWellFormed()) return false;
-    if (numRows <= largestExpanded) {
-        determinant = Expansion(rows).Determinant();
-    } else if (IsUsable()) {
-        determinant = detail::Elimination(rows, numRows).PivotProduct(numRows).Times(1.0);
+    detail::Elimination elimination = Load(*this);
+    if (numRows <= detail::largestExpanded) {
+        determinant = detail::ExpandedDeterminant(elimination.Row(0), numRows, elimination.Stride());
+    } else if (IsFinite(elimination.Row(0), numRows, elimination.Stride())) {
+        determinant = elimination.RunForDeterminant();
     } else {
         determinant = std::numeric_limits<double>::quiet_NaN();
     }
@@ -192,36 +180,38 @@ bool MatrixNM::Determinant(double& determinant) const {
 // column leaves a rank of at most n - 2, and all minors are 0.
 bool MatrixNM::CoFactor(MatrixNM& cofactors) const {
     if (!IsUsable()) return false;
-    MatrixNM result(numRows, numCols);
-    if (numRows <= largestExpanded) {
-        const Expansion expansion(rows);
-        for (unsigned int i = 0; i < numRows; ++i) {
-            for (unsigned int j = 0; j < numCols; ++j) result.rows[i][static_cast<int>(j)] = expansion.CoFactor(i, j);
-        }
-        cofactors = std::move(result);
+    const std::size_t n = numRows;
+    detail::Elimination elimination = Load(*this);
+    MakeSquare(cofactors, numRows);
+    if (n <= detail::largestExpanded) {
+        detail::ExpandCofactors(
+            elimination.Row(0), n, elimination.Stride(),
+            [&](std::size_t i, std::size_t j, double value) { cofactors.rows[i][static_cast<int>(j)] = value; });
         return true;
     }
-    const std::size_t last = numRows - 1;
-    detail::Elimination elimination(rows, numRows);
+    const detail::Elimination unchanged(elimination);
+    const std::size_t last = n - 1;
+    elimination.Run();
     const std::size_t dependent = std::min(elimination.FirstZeroPivot(), last);
     if (dependent < last) {
-        std::vector<VecND> exchanged(rows);
-        for (VecND& row : exchanged) std::swap(row[static_cast<int>(dependent)], row[static_cast<int>(last)]);
-        elimination = detail::Elimination(exchanged, numRows);
+        elimination = unchanged;
+        for (std::size_t i = 0; i < n; ++i) std::swap(elimination.Row(i)[dependent], elimination.Row(i)[last]);
+        elimination.Run();
     }
-    if (elimination.FirstZeroPivot() >= last) {
-        detail::ScaledProduct factor = elimination.PivotProduct(last);
-        if (dependent < last) factor.Multiply(-1.0);
-        const std::vector<double> inverse = elimination.ScaledInverse();
-        for (std::size_t i = 0; i < numRows; ++i) {
-            const std::size_t column = i == dependent ? last : i == last ? dependent : i;
-            const double* const row = inverse.data() + i * elimination.Stride();
-            for (std::size_t j = 0; j < numRows; ++j) {
-                result.rows[elimination.Source(j)][static_cast<int>(column)] = factor.Times(row[j]);
-            }
+    if (elimination.FirstZeroPivot() < last) {
+        for (VecND& row : cofactors.rows) row = VecND(numCols);
+        return true;
+    }
+    detail::ScaledProduct factor = elimination.PivotProduct(last);
+    if (dependent < last) factor.Multiply(-1.0);
+    const detail::Elimination::Matrix inverse = elimination.ScaledInverse();
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::size_t column = i == dependent ? last : i == last ? dependent : i;
+        const double* const row = inverse.Get() + i * elimination.Stride();
+        for (std::size_t j = 0; j < n; ++j) {
+            cofactors.rows[elimination.Source(j)][static_cast<int>(column)] = factor.Times(row[j]);
         }
     }
-    cofactors = std::move(result);
     return true;
 }
 
@@ -233,26 +223,32 @@ bool MatrixNM::Adjoint(MatrixNM& adjoint) const {
 }
 
 bool MatrixNM::GetInverse(MatrixNM& inverse) const {
-    const auto usable = [](double determinant) { return std::isfinite(determinant) && !IsZero(determinant); };
-    MatrixNM result;
-    if (numRows <= largestExpanded) {
-        double determinant = 0.0;
-        if (!Determinant(determinant) || !usable(determinant) || !Adjoint(result)) return false;
-        result *= 1.0 / determinant;
-    } else {
-        if (!IsUsable()) return false;
-        const detail::Elimination elimination(rows, numRows);
-        if (!usable(elimination.PivotProduct(numRows).Times(1.0))) return false;
-        result.Resize(numRows, numCols);
-        const std::vector<double> values = elimination.Inverse();
-        for (std::size_t i = 0; i < numRows; ++i) {
-            const double* const row = values.data() + i * elimination.Stride();
-            VecND& out = result.rows[i];
-            for (std::size_t j = 0; j < numRows; ++j) out[static_cast<int>(elimination.Source(j))] = row[j];
+    if (numRows == 0 || numRows != numCols || !IsWellFormed()) return false;
+    const std::size_t n = numRows;
+    detail::Elimination elimination = Load(*this);
+    if (!IsFinite(elimination.Row(0), n, elimination.Stride())) return false;
+    if (n <= 4) {
+        const detail::SquareMatrix<4> m = detail::Bordered(elimination.Row(0), n, elimination.Stride());
+        detail::SquareMatrix<4> values = detail::Cofactors(m);
+        const double determinant = detail::Determinant(m, values);
+        if (!detail::IsInvertible(determinant)) return false;
+        if (detail::HasEqualRows(elimination.Row(0), n, elimination.Stride())) return false;
+        for (double& value : values.values) value *= 1.0 / determinant;
+        if (!detail::IsFinite(values)) return false;
+        MakeSquare(inverse, numRows);
+        for (std::size_t i = 0; i < n; ++i) {
+            for (std::size_t j = 0; j < n; ++j) inverse.rows[i][static_cast<int>(j)] = values(j, i);
         }
+        return true;
     }
-    if (!result.IsUsable()) return false;
-    inverse = std::move(result);
+    if (!detail::IsInvertible(elimination.RunForDeterminant())) return false;
+    const detail::Elimination::Matrix values = elimination.Inverse();
+    if (!IsFinite(values.Get(), n, elimination.Stride())) return false;
+    MakeSquare(inverse, numRows);
+    for (std::size_t i = 0; i < n; ++i) {
+        const double* const row = values.Get() + i * elimination.Stride();
+        for (std::size_t j = 0; j < n; ++j) inverse.rows[i][static_cast<int>(elimination.Source(j))] = row[j];
+    }
     return true;
 }
 

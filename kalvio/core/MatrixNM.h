@@ -45,33 +45,33 @@ public:
     bool operator==(const MatrixNM& other) const;
 
     MatrixNM& Transpose();
-    MatrixNM GetTranspose() const;
+    [[nodiscard]] MatrixNM GetTranspose() const;
 
-    /// Up to 4 x 4 expanded by minors along the first row; above, the product of the pivots of an elimination with
-    /// partial pivoting, cubic in the size. Two equal rows give exactly 0; elements that are not finite give NaN or an
-    /// infinity.
+    /// Up to 8 x 8 expanded by minors along the first row, each minor computed once; above, the product of the pivots
+    /// of an elimination with partial pivoting, cubic in the size. Two equal rows give exactly 0; elements that are not
+    /// finite give NaN or an infinity.
     /// @return false for a matrix that is not square or has no rows
-    bool Determinant(double& determinant) const;
+    [[nodiscard]] bool Determinant(double& determinant) const;
     /// The matrix of the signed minors, right also for singular matrices; that of a 1 x 1 matrix is 1. Same methods and
     /// cost as `Determinant`.
     /// @return false for a matrix that is not square, has no rows or has elements that are not finite
-    bool CoFactor(MatrixNM& cofactors) const;
+    [[nodiscard]] bool CoFactor(MatrixNM& cofactors) const;
     /// The transpose of the cofactors. To rounding: A Adjoint(A) = det(A) I.
-    bool Adjoint(MatrixNM& adjoint) const;
-    /// The adjoint divided by the determinant.
+    [[nodiscard]] bool Adjoint(MatrixNM& adjoint) const;
+    /// The adjoint divided by the determinant; above 4 x 4 by elimination. An output of the same size keeps its memory.
     /// @return false also when the determinant is 0 within 1e-10 (strictly: |det| < 1e-10) or not finite, whatever the
     ///         condition of the matrix: scale systems of tiny or huge numbers
-    bool GetInverse(MatrixNM& inverse) const;
+    [[nodiscard]] bool GetInverse(MatrixNM& inverse) const;
 
     /// Lower and upper triangle with L U = this. Cholesky reads a matrix as symmetric when its halves agree within
     /// 1e-10 of their elements (of 1 for smaller ones).
     /// @return false for a matrix that is not square, has no rows or has elements that are not finite, for a pivot that
     ///         equals 0 within 1e-10 (strict) where it must divide, for another method, and with Cholesky for a matrix
     ///         that is not symmetric or has a negative pivot
-    bool LUDecomposition(MatrixNM& lower, MatrixNM& upper, LUDecompositionMethod method) const;
+    [[nodiscard]] bool LUDecomposition(MatrixNM& lower, MatrixNM& upper, LUDecompositionMethod method) const;
     /// The solution x of A x = b: L y = b forward, U x = y backward.
     /// @return false when the decomposition fails, b has another size, a pivot is 0 within 1e-10 or x is not finite
-    bool SolveLinearSystem(const VecND& b, VecND& x, LUDecompositionMethod method) const;
+    [[nodiscard]] bool SolveLinearSystem(const VecND& b, VecND& x, LUDecompositionMethod method) const;
 
     /// Writes each row as its elements in the format "%f " and a line break, replacing the file.
     /// @return false when the file cannot be written

@@ -1,8 +1,11 @@
 #include "kalvio/curves/Polynomial.h"
 
+#include "kalvio/core/Matrix2D.h"
+#include "kalvio/core/Matrix3D.h"
 #include "kalvio/curves/detail/Quadratic.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -533,6 +536,18 @@ double Polynomial::EvaluateChebyshev(double x, unsigned int n, bool secondKind) 
     const double t = 2.0 * std::asin(std::sqrt(0.5 * (1.0 - magnitude)));  // acos without its loss of digits near 1
     if (!secondKind) return sign * std::cos(order * t);
     return t == 0.0 ? sign * (order + 1.0) : sign * std::sin((order + 1.0) * t) / std::sin(t);
+}
+
+// Here and not with their classes: the matrices stand below the polynomials.
+
+Polynomial Matrix2D::GetCharacteristicPolynomial() const {
+    const std::array<double, 4> coefficients = detail::CharacteristicCoefficients(elements);
+    return std::vector<double>(coefficients.begin(), coefficients.end());
+}
+
+Polynomial Matrix3D::GetCharacteristicPolynomial() const {
+    const std::array<double, 5> coefficients = detail::CharacteristicCoefficients(elements);
+    return std::vector<double>(coefficients.begin(), coefficients.end());
 }
 
 }  // namespace Kalvio::Math

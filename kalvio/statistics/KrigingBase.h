@@ -27,7 +27,8 @@ public:
     /// @param value  estimate at p; untouched on failure
     /// @return false without a model, without samples, for two samples at one place and other systems that cannot be
     ///         inverted, and when the estimate is not a finite number
-    virtual bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value) const = 0;
+    [[nodiscard]] virtual bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples,
+                                           double& value) const = 0;
 
     /// The model, which copies of this object share; null when it was made without one.
     const std::shared_ptr<const VariogramModelBase>& GetModel() const { return model; }

@@ -1,14 +1,11 @@
 #include "kalvio/statistics/KrigingSystem.h"
 
-#include "kalvio/core/MatrixNM.h"
 #include "kalvio/core/Point3D.h"
-#include "kalvio/core/detail/Elimination.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
 #include "kalvio/statistics/SimpleKriging.h"
-#include "kalvio/statistics/detail/SpatialCovariances.h"
+#include "kalvio/statistics/detail/PlaceSystem.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -17,32 +14,24 @@ namespace Kalvio::Math {
 
 namespace {
 
-// The numbers of one query; only those of many samples are allocated.
-class Work {
-public:
-    explicit Work(std::size_t count) {
-        if (count > onStack.size()) onHeap.resize(count);
-    }
-    double* Get() { return onHeap.empty() ? onStack.data() : onHeap.data(); }
-
-private:
-    std::array<double, 512> onStack;  // left unset: a query writes what it reads
-    std::vector<double> onHeap;
-};
+// The numbers of one query.
+using Work = detail::Workspace<double, 512>;
 
 // Multiplies m by the power of two that brings its largest element into [1, 2), and returns that power: without any
 // rounding, so that the scale of the sill decides nothing. 0 when an element is not finite.
-double Normalize(MatrixNM& m) {
+double Normalize(detail::Elimination& m, std::size_t size) {
     double largest = 0.0;
-    for (unsigned int i = 0; i < m.GetNumRows(); ++i) {
-        for (const double value : m[i].GetCoordinates()) {
-            if (!std::isfinite(value)) return 0.0;
-            largest = std::max(largest, std::abs(value));
+    for (std::size_t i = 0; i < size; ++i) {
+        for (std::size_t j = 0; j < size; ++j) {
+            if (!std::isfinite(m.Row(i)[j])) return 0.0;
+            largest = std::max(largest, std::abs(m.Row(i)[j]));
         }
     }
     if (largest == 0.0) return 1.0;  // a variogram and a single place
     const double factor = std::ldexp(1.0, -std::ilogb(largest));
-    m *= factor;
+    for (std::size_t i = 0; i < size; ++i) {
+        for (std::size_t j = 0; j < size; ++j) m.Row(i)[j] *= factor;
+    }
     return factor;
 }
 
@@ -53,20 +42,6 @@ bool IsSingular(const detail::Elimination& elimination, std::size_t size) {
         if (!(std::abs(elimination.Pivot(k)) > rounding)) return true;
     }
     return false;
-}
-
-std::vector<double> Solve(const detail::Elimination& elimination, const std::vector<double>& b) {
-    const std::size_t n = b.size();
-    std::vector<double> x(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        x[i] = b[elimination.Source(i)];
-        for (std::size_t k = 0; k < i; ++k) x[i] -= elimination.Factors(i)[k] * x[k];
-    }
-    for (std::size_t i = n; i-- > 0;) {
-        for (std::size_t k = i + 1; k < n; ++k) x[i] -= elimination.Factors(i)[k] * x[k];
-        x[i] /= elimination.Pivot(i);
-    }
-    return x;
 }
 
 double MeanHeight(const std::vector<Point3D>& samples) {
@@ -89,23 +64,23 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
                           const std::vector<Point3D>& samples, double valueOrigin, bool isOrdinary) {
     if (sharedModel == nullptr || samples.empty()) return false;
     const std::size_t size = samples.size() + (isOrdinary ? 1 : 0);
-    MatrixNM m(static_cast<unsigned int>(size), static_cast<unsigned int>(size));
-    detail::FillCovariances(*sharedModel, samples, m);
+    detail::Elimination elimination(size, 1);
+    detail::FillCovariances(*sharedModel, samples, elimination);
 
     KrigingSystem built;
-    built.scale = Normalize(m);
+    built.scale = Normalize(elimination, samples.size());
     if (built.scale == 0.0) return false;
-    if (isOrdinary) detail::FillSumOfWeights(m);
-    const detail::Elimination elimination(m, size);
-    if (IsSingular(elimination, size)) return false;
-
-    std::vector<double> values(size);
+    if (isOrdinary) detail::FillSumOfWeights(samples.size(), elimination);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         built.places.push_back(samples[i].GetX());
-        values[i] = samples[i].GetZ() - valueOrigin;
+        elimination.Row(i)[size] = samples[i].GetZ() - valueOrigin;
     }
     for (const Point3D& sample : samples) built.places.push_back(sample.GetY());
-    built.weights = Solve(elimination, values);
+    elimination.Run();
+    if (IsSingular(elimination, size)) return false;
+
+    built.weights.resize(size);
+    elimination.Solve(built.weights.data());
     if (!std::all_of(built.weights.begin(), built.weights.end(), [](double w) { return std::isfinite(w); })) {
         return false;
     }
@@ -114,8 +89,8 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
         const double pivot = elimination.Pivot(k);
         built.pivots.push_back(pivot);
         built.order.push_back(elimination.Source(k));
-        for (std::size_t i = k + 1; i < size; ++i) built.factors.push_back(elimination.Factors(i)[k]);
-        for (std::size_t j = k + 1; j < size; ++j) built.factors.push_back(elimination.Factors(k)[j] / pivot);
+        for (std::size_t i = k + 1; i < size; ++i) built.factors.push_back(elimination.Row(i)[k]);
+        for (std::size_t j = k + 1; j < size; ++j) built.factors.push_back(elimination.Row(k)[j] / pivot);
     }
     built.model = sharedModel;
     built.origin = valueOrigin;

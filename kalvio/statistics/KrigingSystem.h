@@ -35,19 +35,19 @@ public:
     /// matrix counts as singular when a pivot of its elimination is within the rounding of its largest element.
     /// @return false, with the system as it was, without a model or samples, for two samples at one place or another
     ///         singular matrix, and for samples or model values that are not finite numbers
-    bool Build(const SimpleKriging& kriging, const std::vector<Point3D>& samples);
-    bool Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples);
+    [[nodiscard]] bool Build(const SimpleKriging& kriging, const std::vector<Point3D>& samples);
+    [[nodiscard]] bool Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples);
 
     unsigned int GetNrOfSamples() const { return static_cast<unsigned int>(places.size() / 2); }
 
     /// @param value  estimate at p; untouched on failure
     /// @return false for a system that was not built and for an estimate that is not a finite number
-    bool Interpolate(const Point2D& p, double& value) const;
+    [[nodiscard]] bool Interpolate(const Point2D& p, double& value) const;
     /// @param variance  of the error of the estimate, 0 at a sample to rounding of either sign; untouched on failure.
     ///                  Simple kriging: as `SimpleKriging` gives it. Ordinary kriging, with the multiplier mu: the sum
     ///                  of lambda_i b_i plus mu when the model is 0 at distance 0, a variogram; f(0) less that for a
     ///                  covariance. Source: Cressie, Statistics for Spatial Data, rev. ed. 1993, section 3.2.
-    bool Interpolate(const Point2D& p, double& value, double& variance) const;
+    [[nodiscard]] bool Interpolate(const Point2D& p, double& value, double& variance) const;
 
 private:
     bool Build(const std::shared_ptr<const VariogramModelBase>& sharedModel, const std::vector<Point3D>& samples,

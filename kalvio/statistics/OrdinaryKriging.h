@@ -4,8 +4,9 @@
 
 namespace Kalvio::Math {
 
-class MatrixNM;
-class VecND;
+namespace detail {
+class PlaceSystem;
+}
 
 /// Kriging of a field whose mean is not known: the weights of the samples add up to one.
 ///
@@ -17,12 +18,13 @@ public:
     /// Takes ownership of the model.
     explicit OrdinaryKriging(VariogramModelBase* ownedModel) : KrigingBase(ownedModel) {}
 
-    bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value) const override;
+    [[nodiscard]] bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value) const override;
 
 private:
-    bool ComputeLambda(const Point2D& p, const std::vector<Point3D>& samples, VecND& lambda) const;
-    void ComputeSpatialCovariances(const Point2D& p, const std::vector<Point3D>& samples, MatrixNM& m, VecND& b) const;
-    double ComputeValue(const std::vector<Point3D>& samples, const VecND& lambda) const;
+    bool ComputeLambda(const Point2D& p, const std::vector<Point3D>& samples, detail::PlaceSystem& system) const;
+    void ComputeSpatialCovariances(const Point2D& p, const std::vector<Point3D>& samples,
+                                   detail::PlaceSystem& system) const;
+    double ComputeValue(const std::vector<Point3D>& samples, const detail::PlaceSystem& system) const;
 };
 
 }  // namespace Kalvio::Math

@@ -4,8 +4,9 @@
 
 namespace Kalvio::Math {
 
-class MatrixNM;
-class VecND;
+namespace detail {
+class PlaceSystem;
+}
 
 /// Kriging of a field whose mean is known. Far from all samples a covariance falls to 0, and the estimate to the mean.
 ///
@@ -18,18 +19,19 @@ public:
     /// Takes ownership of the model.
     SimpleKriging(VariogramModelBase* ownedModel, double meanValue) : KrigingBase(ownedModel), mean(meanValue) {}
 
-    bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value) const override;
+    [[nodiscard]] bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value) const override;
     /// @param variance  of the error of the estimate; untouched on failure; 0 at a sample, to rounding of either sign
-    virtual bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value,
-                             double& variance) const;
+    [[nodiscard]] virtual bool Interpolate(const Point2D& p, const std::vector<Point3D>& samples, double& value,
+                                           double& variance) const;
 
     double GetMean() const { return mean; }
 
 private:
-    bool ComputeLambda(const Point2D& p, const std::vector<Point3D>& samples, VecND& lambda) const;
-    void ComputeSpatialCovariances(const Point2D& p, const std::vector<Point3D>& samples, MatrixNM& m, VecND& b) const;
-    double ComputeValue(const std::vector<Point3D>& samples, const VecND& lambda) const;
-    double ComputeEstimationVariance(const Point2D& p, const std::vector<Point3D>& samples, const VecND& lambda) const;
+    bool ComputeLambda(const Point2D& p, const std::vector<Point3D>& samples, detail::PlaceSystem& system) const;
+    void ComputeSpatialCovariances(const Point2D& p, const std::vector<Point3D>& samples,
+                                   detail::PlaceSystem& system) const;
+    double ComputeValue(const std::vector<Point3D>& samples, const detail::PlaceSystem& system) const;
+    double ComputeEstimationVariance(const std::vector<Point3D>& samples, const detail::PlaceSystem& system) const;
 
     double mean;
 };

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "kalvio/core/detail/Expansion.h"
+#include "kalvio/core/detail/Workspace.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
 #include <utility>
-#include <vector>
 
 namespace Kalvio::Math::detail {
 
@@ -14,15 +16,23 @@ namespace Kalvio::Math::detail {
 class ScaledProduct {
 public:
     void Multiply(double factor) {
+        const double product = mantissa * factor;
+        if (IsModerate(product) && IsModerate(factor)) {
+            mantissa = product;
+            return;
+        }
         Normalize(factor);
         Normalize(mantissa);
         mantissa *= factor;
     }
     double Times(double factor) const {
-        return std::ldexp(mantissa * factor, static_cast<int>(std::clamp(exponent, -limit, limit)));
+        ScaledProduct product(*this);
+        product.Normalize(product.mantissa);
+        return std::ldexp(product.mantissa * factor, static_cast<int>(std::clamp(product.exponent, -limit, limit)));
     }
 
 private:
+    static bool IsModerate(double value) { return std::abs(value) > 1e-150 && std::abs(value) < 1e150; }
     void Normalize(double& value) {
         int power = 0;
         if (std::isfinite(value)) value = std::frexp(value, &power);
@@ -34,25 +44,55 @@ private:
     std::int64_t exponent = 0;
 };
 
-/// Gaussian elimination with partial pivoting, P A = L U, by panels of four columns, in one flat array of rows.
+/// Gaussian elimination with partial pivoting, P A = L U, by panels of four columns, in one flat array of rows: on the
+/// stack up to 20 rows.
 ///
-/// The matrix is padded with the identity to whole panels, so that every inner loop runs over whole groups of four.
+/// The matrix is padded with the identity to whole panels, so that every inner loop runs over whole groups of four; its
+/// rows stay as they are.
 /// Each element receives its updates one after the other in the order of the pivots, in a panel and outside: of two
 /// equal rows the second becomes exactly 0 when the first is the pivot. Source: Golub, Van Loan, Matrix Computations,
 /// 4th ed. 2013, section 3.4 and, by blocks, 3.2.11.
+///
+///     Elimination elimination(n);
+///     for (std::size_t i = 0; i < n; ++i) std::copy_n(row i of A, n, elimination.Row(i));
+///     elimination.Run();
 class Elimination {
+    static constexpr std::size_t panel = 4;
+    static constexpr std::size_t fewRows = 20;  // a multiple of the panel
+
 public:
-    /// The first n elements of the first n rows: anything whose `[i].GetCoordinates()` is row i.
-    template <class Rows>
-    Elimination(const Rows& rows, std::size_t n)
-        : size(n), padded((size + panel - 1) / panel * panel), lu(padded * padded), source(size) {
-        for (std::size_t i = 0; i < size; ++i) {
-            const std::vector<double>& row = rows[static_cast<unsigned int>(i)].GetCoordinates();
-            std::copy_n(row.begin(), n, Row(lu, i));
+    /// Room for a matrix with `Stride()` values per row.
+    using Matrix = Workspace<double, fewRows * fewRows>;
+
+    /// @param rightSides  columns after those of A, which are eliminated with it
+    explicit Elimination(std::size_t n, std::size_t rightSides = 0)
+        : size(n), padded((n + rightSides + panel - 1) / panel * panel), lu(padded * padded), source(size) {
+        std::fill_n(lu.Get(), padded * padded, 0.0);
+        for (std::size_t i = size; i < padded; ++i) Row(i)[i] = 1.0;
+    }
+    /// Row i of A, to fill; after `Run` of both factors: the multipliers of L left of the diagonal,
+    /// U from it on.
+    double* Row(std::size_t i) { return lu.Get() + i * padded; }
+    const double* Row(std::size_t i) const { return lu.Get() + i * padded; }
+    std::size_t Stride() const { return padded; }
+    void Run() {
+        std::iota(source.Get(), source.Get() + size, std::size_t{0});
+        for (std::size_t start = 0; start < padded; start += panel) {
+            const std::size_t end = start + panel;
+            for (std::size_t k = start; k < end; ++k) EliminateInPanel(k, end);
+            for (std::size_t k = start; k < end; ++k) {
+                for (std::size_t i = k + 1; i < end; ++i) Subtract(Row(i), Row(i)[k], Row(k), end, padded);
+            }
+            for (std::size_t i = end; i < size; ++i) SubtractPanel(Row(i), Row(i) + start, Row(start), end, padded);
         }
-        for (std::size_t i = size; i < padded; ++i) Row(lu, i)[i] = 1.0;
-        std::iota(source.begin(), source.end(), std::size_t{0});
+    }
+
+    /// `Run`, and the determinant by which a system counts as solvable (`IsInvertible`): by expansion up to 8 rows, the
+    /// product of the pivots above.
+    double RunForDeterminant() {
+        const double expanded = size <= largestExpanded ? ExpandedDeterminant(Row(0), size, padded) : 0.0;
         Run();
+        return size <= largestExpanded ? expanded : PivotProduct(size).Times(1.0);
     }
 
     /// First pivot that is exactly 0; the size when there is none.
@@ -68,36 +108,36 @@ public:
         if (odd) product.Multiply(-1.0);
         return product;
     }
-    double Pivot(std::size_t k) const { return Row(lu, k)[k]; }
-    /// Row i of both factors: the multipliers of L left of the diagonal, U from it on.
-    const double* Factors(std::size_t i) const { return Row(lu, i); }
+    double Pivot(std::size_t k) const { return Row(k)[k]; }
     /// The column of the inverse that column j of U^-1 L^-1 is: the row of A that came to place j.
-    std::size_t Source(std::size_t j) const { return source[j]; }
-    std::size_t Stride() const { return padded; }
+    std::size_t Source(std::size_t j) const { return source.Get()[j]; }
 
-    /// U^-1 L^-1, row-major with `Stride()` values per row. No pivot may be 0.
-    std::vector<double> Inverse() const {
-        std::vector<double> x = LowerInverse();
-        DivideByUpper(lu, x);
+    /// The solution of A x = b for the b in column n. No pivot may be 0.
+    void Solve(double* x) const {
+        for (std::size_t i = 0; i < size; ++i) x[i] = Row(i)[size];
+        for (std::size_t k = size; k-- > 0;) {
+            x[k] /= Pivot(k);
+            for (std::size_t i = 0; i < k; ++i) x[i] -= Row(i)[k] * x[k];
+        }
+    }
+    /// U^-1 L^-1. No pivot may be 0.
+    Matrix Inverse() const {
+        Matrix x = LowerInverse();
+        DivideByUpper(lu.Get(), x.Get());
         return x;
     }
     /// (last pivot) U^-1 L^-1 without a division by the last pivot, which may be 0; no other may.
-    std::vector<double> ScaledInverse() const {
-        std::vector<double> x = LowerInverse();
+    Matrix ScaledInverse() const {
+        Matrix x = LowerInverse();
         const std::size_t last = size - 1;
-        std::for_each(Row(x, 0), Row(x, last), [pivot = Pivot(last)](double& value) { value *= pivot; });
-        std::vector<double> upper(lu);
-        Row(upper, last)[last] = 1.0;
-        DivideByUpper(upper, x);
+        std::for_each(x.Get(), x.Get() + last * padded, [pivot = Pivot(last)](double& value) { value *= pivot; });
+        Matrix upper(lu);
+        upper.Get()[last * padded + last] = 1.0;
+        DivideByUpper(upper.Get(), x.Get());
         return x;
     }
 
 private:
-    static constexpr std::size_t panel = 4;
-
-    double* Row(std::vector<double>& a, std::size_t i) const { return a.data() + i * padded; }
-    const double* Row(const std::vector<double>& a, std::size_t i) const { return a.data() + i * padded; }
-
     // target -= factor rowToSubtract on columns from ... to - 1.
     static void Subtract(double* target, double factor, const double* rowToSubtract, std::size_t from, std::size_t to) {
         for (std::size_t j = from; j < to; ++j) target[j] -= factor * rowToSubtract[j];
@@ -122,72 +162,64 @@ private:
         }
     }
 
-    void Run() {
-        for (std::size_t start = 0; start < padded; start += panel) {
-            const std::size_t end = start + panel;
-            for (std::size_t k = start; k < end; ++k) EliminateInPanel(k, end);
-            for (std::size_t k = start; k < end; ++k) {
-                for (std::size_t i = k + 1; i < end; ++i) Subtract(Row(lu, i), Row(lu, i)[k], Row(lu, k), end, padded);
-            }
-            for (std::size_t i = end; i < padded; ++i) {
-                SubtractPanel(Row(lu, i), Row(lu, i) + start, Row(lu, start), end, padded);
-            }
-        }
-    }
     // Finds the pivot of column k and eliminates below it, on the columns up to `end`.
     void EliminateInPanel(std::size_t k, std::size_t end) {
         std::size_t best = k;
         for (std::size_t i = k + 1; i < size; ++i) {
-            if (std::abs(Row(lu, i)[k]) > std::abs(Row(lu, best)[k])) best = i;
+            if (std::abs(Row(i)[k]) > std::abs(Row(best)[k])) best = i;
         }
         if (best != k) {
-            std::swap_ranges(Row(lu, k), Row(lu, k) + padded, Row(lu, best));
-            std::swap(source[k], source[best]);
+            std::swap_ranges(Row(k), Row(k) + padded, Row(best));
+            std::swap(source.Get()[k], source.Get()[best]);
             odd = !odd;
         }
-        const double* const pivotRow = Row(lu, k);
+        const double* const pivotRow = Row(k);
         if (pivotRow[k] == 0.0) return;
         for (std::size_t i = k + 1; i < size; ++i) {
-            double* const row = Row(lu, i);
+            double* const row = Row(i);
             row[k] /= pivotRow[k];
             for (std::size_t j = k + 1; j < end; ++j) row[j] -= row[k] * pivotRow[j];
         }
     }
-    std::vector<double> LowerInverse() const {
-        std::vector<double> x(padded * padded);
-        for (std::size_t i = 0; i < padded; ++i) Row(x, i)[i] = 1.0;
+    Matrix LowerInverse() const {
+        Matrix inverse(padded * padded);
+        double* const x = inverse.Get();
+        std::fill_n(x, padded * padded, 0.0);
+        for (std::size_t i = 0; i < padded; ++i) x[i * padded + i] = 1.0;
         for (std::size_t start = 0; start < padded; start += panel) {
             const std::size_t end = start + panel;
             for (std::size_t k = start; k < end; ++k) {
-                for (std::size_t i = k + 1; i < end; ++i) Subtract(Row(x, i), Row(lu, i)[k], Row(x, k), 0, end);
+                for (std::size_t i = k + 1; i < end; ++i) {
+                    Subtract(x + i * padded, Row(i)[k], x + k * padded, 0, end);
+                }
             }
-            for (std::size_t i = end; i < padded; ++i) {
-                SubtractPanel(Row(x, i), Row(lu, i) + start, Row(x, start), 0, end);
+            for (std::size_t i = end; i < size; ++i) {
+                SubtractPanel(x + i * padded, Row(i) + start, x + start * padded, 0, end);
             }
         }
-        return x;
+        return inverse;
     }
     // x := U^-1 x.
-    void DivideByUpper(const std::vector<double>& upper, std::vector<double>& x) const {
+    void DivideByUpper(const double* upper, double* x) const {
         for (std::size_t end = padded; end > 0; end -= panel) {
             const std::size_t start = end - panel;
-            for (std::size_t i = end; i-- > start;) {
-                double* const row = Row(x, i);
-                for (std::size_t k = i + 1; k < end; ++k) Subtract(row, Row(upper, i)[k], Row(x, k), 0, padded);
-                const double pivot = Row(upper, i)[i];
-                for (std::size_t j = 0; j < padded; ++j) row[j] /= pivot;
+            for (std::size_t i = std::min(end, size); i-- > start;) {
+                double* const row = x + i * padded;
+                const double* const factors = upper + i * padded;
+                for (std::size_t k = i + 1; k < end; ++k) Subtract(row, factors[k], x + k * padded, 0, padded);
+                for (std::size_t j = 0; j < padded; ++j) row[j] /= factors[i];
             }
             for (std::size_t i = 0; i < start; ++i) {
-                SubtractPanel(Row(x, i), Row(upper, i) + start, Row(x, start), 0, padded);
+                SubtractPanel(x + i * padded, upper + i * padded + start, x + start * padded, 0, padded);
             }
         }
     }
 
     std::size_t size;
     std::size_t padded;
-    std::vector<double> lu;           // L below the diagonal, U on and above it
-    std::vector<std::size_t> source;  // row of A in each place
-    bool odd = false;                 // number of row exchanges
+    Matrix lu;                               // L below the diagonal, U on and above it
+    Workspace<std::size_t, fewRows> source;  // row of A in each place
+    bool odd = false;                        // number of row exchanges
 };
 
 }  // namespace Kalvio::Math::detail

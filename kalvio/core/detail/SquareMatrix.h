@@ -68,6 +68,37 @@ inline double Minor(const double* values, std::size_t stride, unsigned int rows,
     return sum;
 }
 
+/// The signed minors of a 4 x 4 matrix, each expanded along its first row. A smaller matrix is taken with the rows and
+/// columns of the identity after its own; that rounds nothing.
+inline SquareMatrix<4> Cofactors(const SquareMatrix<4>& m) {
+    SquareMatrix<4> result;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const std::size_t r0 = i == 0 ? 1 : 0;
+        const std::size_t r1 = i < 2 ? 2 : 1;
+        const std::size_t r2 = i < 3 ? 3 : 2;
+        const auto pair = [&m, r1, r2](std::size_t a, std::size_t b) {
+            return m(r1, a) * m(r2, b) - m(r1, b) * m(r2, a);
+        };
+        const double p01 = pair(0, 1);
+        const double p02 = pair(0, 2);
+        const double p03 = pair(0, 3);
+        const double p12 = pair(1, 2);
+        const double p13 = pair(1, 3);
+        const double p23 = pair(2, 3);
+        const double sign = i % 2 == 0 ? 1.0 : -1.0;
+        result(i, 0) = sign * (m(r0, 1) * p23 - m(r0, 2) * p13 + m(r0, 3) * p12);
+        result(i, 1) = -sign * (m(r0, 0) * p23 - m(r0, 2) * p03 + m(r0, 3) * p02);
+        result(i, 2) = sign * (m(r0, 0) * p13 - m(r0, 1) * p03 + m(r0, 3) * p01);
+        result(i, 3) = -sign * (m(r0, 0) * p12 - m(r0, 1) * p02 + m(r0, 2) * p01);
+    }
+    return result;
+}
+/// From the cofactors of the first row.
+inline double Determinant(const SquareMatrix<4>& m, const SquareMatrix<4>& cofactors) {
+    return m(0, 0) * cofactors(0, 0) + m(0, 1) * cofactors(0, 1) + m(0, 2) * cofactors(0, 2) +
+           m(0, 3) * cofactors(0, 3);
+}
+
 /// Coefficients of det(x I - M), index i that of x^i: sums of the principal minors with alternating sign.
 template <std::size_t N>
 std::array<double, N + 1> CharacteristicCoefficients(const SquareMatrix<N>& m) {

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "kalvio/core/Point3D.h"
+#include "kalvio/core/detail/Elimination.h"
+#include "kalvio/statistics/VariogramModelBase.h"
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+/// The linear systems of kriging.
+namespace Kalvio::Math::detail {
+
+/// Model values between all samples, into the first rows and columns. The matrix is at least as large.
+inline void FillCovariances(const VariogramModelBase& model, const std::vector<Point3D>& samples, Elimination& m) {
+    const double atZero = model.Evaluate(0.0);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        double* const row = m.Row(i);
+        for (std::size_t j = 0; j < i; ++j) row[j] = samples[i].Distance2D(samples[j]);
+        for (std::size_t j = 0; j < i; ++j) m.Row(j)[i] = row[j] = model.Evaluate(row[j]);
+        row[i] = atZero;
+    }
+}
+
+/// Model values between p and the samples.
+inline void FillCovariances(const VariogramModelBase& model, const Point2D& p, const std::vector<Point3D>& samples,
+                            double* b) {
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double dx = samples[i].GetX() - p.GetX();
+        const double dy = samples[i].GetY() - p.GetY();
+        b[i] = model.Evaluate(std::sqrt(dx * dx + dy * dy));
+    }
+}
+
+/// The condition that the weights add up to one: ones in the last row and column, 0 in the corner.
+inline void FillSumOfWeights(std::size_t last, Elimination& m) {
+    for (std::size_t i = 0; i < last; ++i) m.Row(i)[last] = m.Row(last)[i] = 1.0;
+    m.Row(last)[last] = 0.0;
+}
+
+/// The system M lambda = b of one place, on the stack for few samples.
+class PlaceSystem {
+public:
+    explicit PlaceSystem(std::size_t rows) : size(rows), m(rows, 1), b(rows), lambda(rows) {}
+
+    Elimination& Matrix() { return m; }
+    double* RightSide() { return b.Get(); }
+    const double* RightSide() const { return b.Get(); }
+    const double* Lambda() const { return lambda.Get(); }
+    /// @return false for a matrix that `MatrixNM::GetInverse` does not invert; to be called once
+    bool Solve() {
+        for (std::size_t i = 0; i < size; ++i) m.Row(i)[size] = b.Get()[i];
+        if (!IsInvertible(m.RunForDeterminant())) return false;
+        m.Solve(lambda.Get());
+        return true;
+    }
+
+private:
+    std::size_t size;
+    Elimination m;
+    Workspace<double, 20> b;
+    Workspace<double, 20> lambda;
+};
+
+}  // namespace Kalvio::Math::detail
