@@ -5,6 +5,8 @@
 
 namespace Kalvio::Math {
 
+using Indexes = std::vector<unsigned int>;
+
 /// Block of the size between a corner and the opposite one; faces run counter-clockwise seen from outside.
 inline IndexedTriangleSet3D Block(const Point3D& corner, const Vec3D& size) {
     IndexedTriangleSet3D set;
@@ -25,8 +27,7 @@ inline IndexedTriangleSet3D Torus(const Point2D& center, double z, double radius
     for (unsigned int i = 0; i < n * n; ++i) {
         const Angle around(2.0 * kPi * (i / n) / n), along(2.0 * kPi * (i % n) / n);
         const Point2D section(along, tube);
-        const Vec2D reach = Point2D(around, radius + section.GetX()) - Point2D();
-        set.AppendVertex({center + reach, z + section.GetY()});
+        set.AppendVertex({center + (Point2D(around, radius + section.GetX()) - Point2D()), z + section.GetY()});
         const unsigned int row = i / n * n, next = (row + n) % (n * n), a = i % n, b = (a + 1) % n;
         set.AppendIndexes({row + a, next + a, next + b, row + a, next + b, row + b});
     }
@@ -34,10 +35,14 @@ inline IndexedTriangleSet3D Torus(const Point2D& center, double z, double radius
     return set;
 }
 
+inline constexpr auto kFlat = [](double, double) { return 1.0; };
+inline constexpr auto kWhole = [](int, int) { return true; };
+
 /// Grid of n x n squares of side 1 from a corner on, z = height(x, y) counted from there; only those that keep(column,
 /// row) wants. Counter-clockwise in plan.
-template <class Height, class Keep>
-IndexedTriangleSet3D Grid(const Point2D& corner, unsigned int n, const Height& height, const Keep& keep) {
+template <class Height = decltype(kFlat), class Keep = decltype(kWhole)>
+IndexedTriangleSet3D Grid(const Point2D& corner, unsigned int n, const Height& height = kFlat,
+                          const Keep& keep = kWhole) {
     IndexedTriangleSet3D set;
     for (unsigned int i = 0; i < (n + 1) * (n + 1); ++i) {
         const int x = static_cast<int>(i % (n + 1)), y = static_cast<int>(i / (n + 1));
