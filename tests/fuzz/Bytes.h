@@ -1,7 +1,9 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/Point3D.h"
 #include "kalvio/core/Vec2D.h"
+#include "kalvio/core/Vec3D.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,10 +42,22 @@ public:
         const double x = TakeDouble();
         return {x, TakeDouble()};
     }
-    /// All that is left.
-    std::vector<Point2D> TakePoints() {
+    Point3D TakePoint3D() {
+        const Point2D plan = TakePoint();
+        return {plan, TakeDouble()};
+    }
+    Vec3D TakeVector3D() { return TakePoint3D() - Point3D(); }
+    /// Less than `bound`.
+    unsigned int TakeCount(unsigned int bound) { return Take<std::uint8_t>() % bound; }
+    /// At most so many; by default all that is left.
+    std::vector<Point2D> TakePoints(std::size_t most = SIZE_MAX) {
         std::vector<Point2D> points;
-        while (!Empty()) points.push_back(TakePoint());
+        while (!Empty() && points.size() < most) points.push_back(TakePoint());
+        return points;
+    }
+    std::vector<Point3D> TakePoints3D(std::size_t most = SIZE_MAX) {
+        std::vector<Point3D> points;
+        while (!Empty() && points.size() < most) points.push_back(TakePoint3D());
         return points;
     }
 
@@ -54,9 +68,9 @@ private:
 };
 
 /// Ends the fuzzer's run when a law of the library is broken, and says which.
-inline void Require(bool law, int line = __builtin_LINE()) {
+inline void Require(bool law, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
     if (law) return;
-    std::cerr << "broken law in line " << line << "\n";
+    std::cerr << "broken law: " << file << ":" << line << "\n";
     std::abort();
 }
 

@@ -3,6 +3,10 @@
 #include "kalvio/core/BoundingBoxND.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/OrientedBoundingBox2D.h"
+#include "kalvio/core/Point2DM.h"
+#include "kalvio/core/PointND.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/VecND.h"
 
 #include "fuzz/Bytes.h"
 
@@ -40,6 +44,24 @@ void CheckBoxes(const Point2D& a, const Point2D& b, const Point2D& c, const Poin
     (void)(OrientedBoundingBox2D(a, b - a, c - b, d - c) + OrientedBoundingBox2D(second)).GetBoundingBox2D();
 }
 
+void CheckVectors(const std::vector<double>& values, double tolerance) {
+    VecND v(values);
+    const PointND p(values);
+    const bool isFinite = std::isfinite(v.NormSquared());
+    Require(!isFinite || v.NormSquared() >= 0.0);
+    Require(v.IsEqualTo(v + v - v, tolerance) || !(std::abs(tolerance) > 1e-9 * v.Norm()) || !isFinite ||
+            tolerance < 0);
+    const double length = v.Norm();
+    Require(!isFinite || !(length > 0.005) || std::abs(v.Normalize().Norm() - 1.0) <= 1e-9);
+    (void)p.IsEqualTo(PointND(Point2D(tolerance, length)), tolerance);
+    const Point2DM measured(tolerance, length, length);
+    (void)measured.IsEqualTo(measured, tolerance);
+    const Tolerances tolerances(tolerance, length);
+    Require(!(tolerances.SystemEpsilon() > tolerances.UserTolerance()));
+    const bool isEqual = Numbers::Compare(tolerance, Numbers::CompareOperator::Equal, length, 1.0);
+    Require(isEqual == Numbers::Compare(length, Numbers::CompareOperator::Equal, tolerance, 1.0));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -57,5 +79,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Vec2D v = bytes.TakeVector();
     const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();
     Require(!(between < 0.0 || between > detail::twoPi));
+    std::vector<double> values;
+    while (!bytes.Empty() && values.size() < 9) values.push_back(bytes.TakeDouble());
+    CheckVectors(values, a.GetX());
     return 0;
 }

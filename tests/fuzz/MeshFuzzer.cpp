@@ -2,8 +2,10 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Vec3D.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/meshes/IndexedFaceSet2D.h"
+#include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
-#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
 
@@ -18,14 +20,11 @@ namespace {
 
 IndexedTriangleSet3D TakeSet(Bytes& bytes) {
     IndexedTriangleSet3D set;
-    const std::size_t count = 3 + bytes.Take<std::uint8_t>() % 16;
-    for (std::size_t i = 0; i < count; ++i) {
-        const Point2D plan = bytes.TakePoint();
-        set.AppendVertex(Point3D(plan, bytes.TakeDouble()));
-    }
-    set.SetCCW(bytes.Take<std::uint8_t>() % 2 == 0);
+    const unsigned int count = 3 + bytes.TakeCount(16);
+    for (unsigned int i = 0; i < count; ++i) set.AppendVertex(bytes.TakePoint3D());
+    set.SetCCW(bytes.TakeCount(2) == 0);
     std::vector<unsigned int> indexes;
-    while (!bytes.Empty()) indexes.push_back(bytes.Take<std::uint8_t>() % (count + 1));  // one of them does not exist
+    while (!bytes.Empty()) indexes.push_back(bytes.TakeCount(count + 1));  // one of them does not exist
     set.AppendIndexes(indexes);
     return set;
 }
@@ -35,7 +34,11 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
     set.InvertAllTriangles();
     if (tame) Require(std::abs(set.GetVolume(0.0) + volume) <= 1e-6 * (1.0 + std::abs(volume)));
     (void)set.FlipEdge(0, 1);
-    (void)set.FixCoherentTriangleWinding();
+    bool isClosed = false;
+    bool isCoherent = false;
+    (void)IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding(set.GetVertices(), set.GetIndexes(), isClosed,
+                                                                  isCoherent);
+    Require(set.IsTriangleNeighborWindingCoherent() == isCoherent);
     (void)set.CollapsePoints(tolerance);
     Require(!set.CollapsePoints(tolerance));
     (void)set.RemoveDuplicatedTriangles();
@@ -61,7 +64,7 @@ void CheckQueries(const IndexedTriangleSet3D& set) {
     set.ComputeNormals(true, normals);
     set.ComputeNormals(true, normals, Angle(0.5));
     std::vector<LineString3D> borders;
-    set.GetBoundaries(borders);
+    Require(set.GetBoundaries(borders) == !borders.empty());
     for (const LineString3D& border : borders) {
         const Vec3D closing = border.GetEnd() - border.GetStart();
         Require(border.GetSize() > 3 && !(closing.NormSquared() > 0.0));
@@ -85,12 +88,18 @@ void CheckSections(const IndexedTriangleSet3D& set, const Line2D& line, bool tam
     }
 }
 
-void CheckPlan(const IndexedTriangleSet3D& set) {
+void CheckPlan(const IndexedTriangleSet3D& set, bool tame) {
     IndexedTriangleSet2D plan;
     std::vector<Point2D> corners;
     for (const Point3D& vertex : set.GetVertices()) corners.push_back(vertex.GetPoint2D());
     plan.AppendVertices(corners);
     plan.AppendIndexes(set.GetIndexes());
+    IndexedFaceSet3D faces(4);
+    IndexedFaceSet2D flatFaces(4);
+    faces.AppendVertices(set.GetVertices());
+    flatFaces.AppendVertices(corners);
+    (void)faces.IsEqualTo(faces.Translate(Vec3D(1, 2, 3)), 1.0);
+    Require(flatFaces.GetBoundingBox().GetMinPoint() == faces.GetBoundingBox2D().GetMinPoint() || !tame);
     std::vector<Polygon2D> areas;
     plan.GetBoundaries(areas, true);
     (void)plan.CollapsePoints(0.125);
@@ -109,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const IndexedTriangleSet3D set = TakeSet(bytes);
     CheckQueries(set);
     CheckSections(set, line, tame);
-    CheckPlan(set);
+    CheckPlan(set, tame);
     CheckEdits(set, tolerance, tame);
     return 0;
 }

@@ -1,19 +1,12 @@
-#include "kalvio/core/Tolerances.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Polyline2D.h"
-#include "kalvio/curves/Spiral2D.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/queries/Distance.h"
+#include "kalvio/queries/GeometryCreator.h"
+#include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/IntersectionExt.h"
 #include "kalvio/queries/Projection.h"
 
-#include "fuzz/Bytes.h"
-
-#include <cmath>
-#include <memory>
+#include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
 
@@ -21,41 +14,6 @@ namespace {
 
 constexpr double tolerance = 1e-4;
 const Tolerances tolerances(tolerance, 1e-10);
-
-std::unique_ptr<IPolyline2DElement> TakeElement(Bytes& bytes) {
-    const Point2D a = bytes.TakePoint();
-    const Point2D b = bytes.TakePoint();
-    const double first = bytes.TakeDouble();
-    const double second = bytes.TakeDouble();
-    switch (bytes.Take<std::uint8_t>() % 7) {
-        case 0:
-            return std::make_unique<Line2D>(a, b);
-        case 1:
-            return std::make_unique<Arc2D>(a, b, Angle(first));
-        case 2:
-            return std::make_unique<Arc2D>(a, first, b);
-        case 3:
-            return std::make_unique<Clothoid>(first, second, std::abs(b.GetX()), a, Vec2D(b.GetY(), 1.0, 1.0));
-        case 4:
-            return std::make_unique<Spiral2D>(Spiral2D::Spiral2DType::Bloss, first, second, std::abs(b.GetX()), a,
-                                              Vec2D(b.GetY(), 1.0, 1.0));
-        case 5: {
-            const double slope = second - (a.GetX() + b.GetX()) * first / 64.0;
-            const Parabola curve(first / 64.0, slope, a.GetY());
-            const auto on = [&curve](double x) { return Point2D(x, curve.Evaluate(x)); };
-            return std::make_unique<Parabola>(on(a.GetX()), on(b.GetX()), first / 64.0, slope, a.GetY());
-        }
-        default:
-            return std::make_unique<LineString2D>(LineString2D{a, b, Point2D(first, second), bytes.TakePoint()});
-    }
-}
-
-bool IsTame(const IPolyline2DElement& element) {
-    const double length = element.GetLength();
-    const Point2D& start = element.GetStart();
-    const Point2D& end = element.GetEnd();
-    return length < 1e5 && std::abs(start.GetX()) + std::abs(start.GetY()) + std::abs(end.GetX()) < 1e6;
-}
 
 // Common points lie on both operands, at the stations told; both orders find some or none.
 void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bool tame) {
@@ -105,6 +63,23 @@ void CheckFeet(const Polyline2D& chain, const Point2D& p, bool tame) {
     }
 }
 
+// The circle through three points holds them, unless it is huge; circles meet on both.
+void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tame) {
+    Circle2D first;
+    Arc2D arc;
+    const bool found = GeometryCreator::CircleFrom3Points(a, b, c, first, tolerance);
+    Require(found == GeometryCreator::ArcFrom3Points(a, b, c, arc, tolerance));
+    const Circle2D second(c, a.Distance(b));
+    std::vector<Point2D> common;
+    (void)Intersection::CircleCircle(first, second, common, tolerances);
+    (void)Distance::CircleToCircle(first, second);
+    if (!tame || !found || first.GetRadius() > 1e5) return;
+    for (const Point2D& p : {a, b, c}) Require(Distance::PointToCircle(p, first) <= 1e-3);
+    for (const Point2D& p : common) {
+        Require(Distance::PointToCircle(p, first) <= 1e-3 && Distance::PointToCircle(p, second) <= 1e-3);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -117,7 +92,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Polyline2D other;
     while (!bytes.Empty() && other.GetSize() < 4) {
         std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
-        tame = tame && IsTame(*element);
+        tame = tame && HasLaws(*element);
         if (last) {
             CheckCrossings(*last, *element, tame);
             other.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
@@ -126,6 +101,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         last = std::move(element);
     }
     CheckFeet(chain, p, tame);
+    if (last) CheckCircles(p, last->GetStart(), last->GetEnd(), tame);
     CheckCrossings(chain, other, false);
     return 0;
 }

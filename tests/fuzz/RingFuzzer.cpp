@@ -1,14 +1,19 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Line2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
+#include "kalvio/polygons/RingCurve2D.h"
 
 #include "fuzz/Bytes.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 using namespace Kalvio::Math;
 
@@ -57,19 +62,37 @@ void CheckPosition(const Polygon2D& polygon, const PointInPolygon& prepared, con
     if (tame && position == Polygon2D::PositionResult::OnOuterBorder) Require(inside);
 }
 
+// A ring of lines with an arc on each tells of chord polygons what they tell themselves.
+void CheckCurve(const std::vector<Point2D>& points, bool isSimple) {
+    RingCurve2D lines;
+    RingCurve2D arcs;
+    const auto append = [](RingCurve2D& curve, std::unique_ptr<IGeometry> element) {
+        if (curve.AppendElement(element.get())) (void)element.release();
+    };
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const Point2D& a = points[i];
+        const Point2D& b = points[(i + 1) % points.size()];
+        append(lines, std::make_unique<Line2D>(a, b));
+        append(arcs, std::make_unique<Arc2D>(a, a + (b - a) * 0.5, Angle(i % 2 == 0 ? 3.0 : -3.0)));
+    }
+    const PolygonCurve2D area(arcs);
+    const Polygon2D polygon(points);
+    for (const Point2D& p : points) {
+        const Point2D q = p + (polygon.GetCentroid() - p) * 0.3;
+        (void)area.IsPointInside(q, tolerance);
+        const bool isInside = lines.IsPointInside(q, tolerance);
+        if (isSimple) Require(isInside == polygon.IsPointInside(q, tolerance));
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size > 400) return 0;
     Bytes bytes(data, size);
     const bool tame = bytes.Tame();
-    const std::size_t corners = bytes.Take<std::uint8_t>() % 12;
-    std::vector<Point2D> ring = bytes.TakePoints();
-    std::vector<Point2D> hole;
-    if (ring.size() > corners + 3) {
-        hole.assign(ring.begin() + static_cast<std::ptrdiff_t>(corners + 3), ring.end());
-        ring.resize(corners + 3);
-    }
+    const std::vector<Point2D> ring = bytes.TakePoints(3 + bytes.TakeCount(12));
+    const std::vector<Point2D> hole = bytes.TakePoints();
     CheckString(LineString2D(ring), tame);
     Polygon2D polygon(ring);
     if (!hole.empty()) polygon.AppendHoleBoundary(LineString2D(hole));
@@ -85,6 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (polygon.GetPointInsideBoundary(inner, tolerance) && tame && isValid) {
         Require(polygon.IsPointInsideAndBorders(inner, tolerance, false));
     }
+    CheckCurve(ring, tame && hole.empty() && isValid);
     (void)polygon.GetMaxWidth(tolerance);
     (void)polygon.GetOrientedBoundingBox2D();
     polygon.ReducePoints(tolerance);

@@ -1,0 +1,159 @@
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
+#include "kalvio/core/Plane3D.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/Triangle3D.h"
+#include "kalvio/curves/Arc3D.h"
+#include "kalvio/curves/Circle3D.h"
+#include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/Polyline3D.h"
+#include "kalvio/meshes/TriangleStrip3D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/polygons/PolygonCurve3D.h"
+#include "kalvio/queries/Distance.h"
+#include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/Projection.h"
+
+#include "fuzz/Bytes.h"
+
+#include <cmath>
+#include <memory>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr double tolerance = 1e-4;
+constexpr double rounding = 1e-5;  // planes through tame points tilt by up to 1e-9 over 4096
+const Tolerances tolerances(tolerance, 1e-10);
+
+template <class Element>
+void CheckElement(const Element& element, const Point3D& p, bool tame) {
+    const double length = element.GetLength();
+    const Point3D nearest = element.GetNearestPoint(p, tolerances);
+    const BoundingBox3D box = element.GetBoundingBox3D();
+    double station = -1.0;
+    const bool found = element.GetLengthFromStartPoint(nearest, station, tolerance);
+    const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
+    if (!tame) return;
+    Require(length >= 0.0 && std::abs(reversed->GetLength() - length) <= rounding * (1.0 + length));
+    Require(!found || (station >= -tolerance && station <= length + tolerance));
+    Require(p.Distance(nearest) <= p.Distance(element.GetStart()) + rounding);
+    Require(p.Distance(nearest) <= p.Distance(element.GetEnd()) + rounding);
+    for (const Point3D& end : {element.GetStart(), element.GetEnd()}) {
+        Require((end - box.GetMinPoint()).Length() + (end - box.GetMaxPoint()).Length() < HUGE_VAL);
+        for (int axis = 0; axis < 3; ++axis) {
+            Require(end[axis] >= box.GetMinPoint()[axis] - 0.005 - rounding);
+            Require(end[axis] <= box.GetMaxPoint()[axis] + 0.005 + rounding);
+        }
+    }
+}
+
+void CheckLines(const Line3D& a, const Line3D& b, const Plane3D& plane, bool tame) {
+    Point3D point;
+    Line3D shortest;
+    (void)Intersection::LineLine(a, b, point, tolerances);
+    (void)Intersection::LineLine(a, b, ProjectionPlane::XZ, point, tolerances);
+    (void)Intersection::ShortestLineBetweenLines(a, b, shortest, tolerances);
+    const bool hasShortest =
+        Intersection::ShortestLineBetweenLineSegments(a, b, shortest, tolerances) == IntersectionResult::Intersecting;
+    if (tame && hasShortest) {
+        for (const double share : {0.0, 0.25, 0.5, 1.0}) {
+            const Point3D p = a.GetStart() + (a.GetEnd() - a.GetStart()) * share;
+            Require(shortest.GetLength() <= p.Distance(b.GetNearestPoint(p, tolerances)) + rounding);
+        }
+    }
+    const IntersectionResult result = Intersection::LineSegmentPlane(a, plane, point, tolerances);
+    if (!tame || result != IntersectionResult::Intersecting) return;
+    Require(Distance::PointToPlane(point, plane) <= tolerance + rounding);
+    Require(Distance::PointToLineSegment(a, point, tolerance) <= tolerance + rounding);
+}
+
+// Pieces lie on the plane; what two triangles have in common is found in either order.
+void CheckTriangles(const Triangle3D& a, const Triangle3D& b, const Plane3D& plane, bool tame) {
+    Line3D piece;
+    const bool isCut = Intersection::TrianglePlane(a, plane, piece, tolerances) == IntersectionResult::Intersecting;
+    if (tame && isCut) {
+        Require(Distance::PointToPlane(piece.GetStart(), plane) <= tolerance + rounding);
+        Require(Distance::PointToPlane(piece.GetEnd(), plane) <= tolerance + rounding);
+    }
+    std::vector<Point3D> common;
+    std::vector<Point3D> swapped;
+    (void)Intersection::TriangleTriangle(a, b, piece, tolerances);
+    (void)Intersection::TriangleTriangle(a, b, common, tolerances);
+    (void)Intersection::TriangleTriangle(b, a, swapped, tolerances);
+    const bool collide = Intersection::Collides(a, b, tolerance);
+    (void)Intersection::Collides(a, b.GetBoundingBox3D(), tolerance);
+    if (tame) Require(collide == Intersection::Collides(b, a, tolerance) && common.empty() == swapped.empty());
+}
+
+void CheckAreas(const std::vector<Point3D>& points, const Plane3D& plane, const Point3D& p, bool tame) {
+    const Polygon3D polygon(points);
+    std::vector<Line3D> pieces;
+    (void)Intersection::PolygonPlane(polygon, plane, pieces, tolerances);
+    RingCurve3D ring;
+    auto string = std::make_unique<LineString3D>(points);
+    if (ring.AppendElement(string.get())) (void)string.release();
+    const PolygonCurve3D area(ring);
+    (void)Intersection::RingCurvePlane(ring, plane, pieces, tolerances);
+    (void)Intersection::PolygonCurvePlane(area, plane, pieces, tolerances);
+    (void)area.IsPointInside(p, tolerance);
+    (void)Projection::PolygonOnPlane(polygon, p - Point3D(), plane);
+    const Polygon3D foot = Projection::NormalPolygonOnPlane(polygon, plane);
+    if (!tame) return;
+    const double reach = 1e-3;  // of planes of best fit, in which rings need not lie
+    for (const Line3D& piece : pieces) {
+        Require(piece.GetLength() >= 0.0 && Distance::PointToPlane(piece.GetStart(), plane) <= reach + 1e4 * tolerance);
+    }
+    for (const Point3D& corner : foot.GetPoints()) Require(Distance::PointToPlane(corner, plane) <= rounding);
+}
+
+void CheckStrip(const std::vector<Point3D>& points, const Plane3D& plane, bool tame) {
+    const TriangleStrip3D strip(points);
+    std::vector<unsigned int> corners;
+    std::vector<Vec3D> normals;
+    Require(strip.ComputeIndexes(corners) == (points.size() % 2 == 0));
+    strip.ComputeNormals(true, normals);
+    std::vector<LineString3D> sections;
+    (void)Intersection::TriangleStripPlane(strip, plane, sections, tolerances);
+    if (!tame) return;
+    for (const LineString3D& section : sections) {
+        for (const Point3D& p : section.GetPoints()) Require(Distance::PointToPlane(p, plane) <= tolerance + rounding);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size > 500) return 0;
+    Bytes bytes(data, size);
+    const bool tame = bytes.Tame();
+    const Point3D p = bytes.TakePoint3D();
+    const Plane3D plane(p, bytes.TakeVector3D());
+    const Angle sweep(bytes.TakeDouble());
+    std::vector<Point3D> points = bytes.TakePoints3D();
+    while (points.size() < 6) points.push_back(p);
+    const Line3D first(points[0], points[1]);
+    const Line3D second(points[2], points[3]);
+    const Arc3D arc(points[0], points[1], sweep, plane);
+    const Circle3D circle(points[0], sweep.GetRadians(), plane);
+    CheckElement(first, p, tame);
+    CheckElement(arc, p, tame);
+    CheckElement(LineString3D(points), p, tame);
+    Polyline3D chain;
+    (void)chain.AppendElement(first.Clone());
+    (void)chain.AppendElement(arc.Clone());
+    CheckElement(chain, p, tame);
+    std::vector<Polyline3D::PolylinePoint> samples;
+    (void)chain.MakePointsAndTangents(0.0, chain.GetLength(), samples, chain.GetLength() / 16.0, tolerance);
+    (void)circle.IsPointInside(p, tolerance);
+    CheckLines(first, second, plane, tame);
+    CheckTriangles(Triangle3D(points[0], points[1], points[2]), Triangle3D(points[3], points[4], points[5]), plane,
+                   tame);
+    CheckAreas(points, plane, p, tame);
+    CheckStrip(points, plane, tame);
+    std::vector<Point3D> vertices;
+    Require(Geometry::GetVertices(chain, vertices));
+    return 0;
+}

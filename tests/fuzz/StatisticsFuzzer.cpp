@@ -1,0 +1,80 @@
+#include "kalvio/core/Point2D.h"
+#include "kalvio/statistics/ExponentialVariogramModel.h"
+#include "kalvio/statistics/Interpolation.h"
+#include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/OrdinaryKriging.h"
+#include "kalvio/statistics/SimpleKriging.h"
+#include "kalvio/statistics/SphericalVariogramModel.h"
+
+#include "fuzz/Bytes.h"
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+constexpr double untouched = 123456.0;
+
+VariogramModelBase* MakeModel(bool isSpherical, double sill, double range) {
+    if (isSpherical) return new SphericalVariogramModel(sill, range);
+    return new ExponentialVariogramModel(sill, range);
+}
+
+// A failure touches nothing, an answer is finite.
+void CheckAnswer(bool found, double value) { Require(found ? std::isfinite(value) : value == untouched); }
+
+// The estimators and the system agree at the samples: there the estimate is the sample. Samples a sixteenth of their
+// extent apart or more keep the matrix of an exponential model well conditioned.
+template <class Kriging>
+void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, const Point2D& p, bool isSound) {
+    double value = untouched;
+    const KrigingBase& base = kriging;
+    CheckAnswer(base.Interpolate(p, samples, value), value);
+    KrigingSystem system;
+    const bool isBuilt = system.Build(kriging, samples);
+    Require(system.GetNrOfSamples() == (isBuilt ? samples.size() : 0));
+    double ofSystem = untouched;
+    double variance = untouched;
+    const bool found = system.Interpolate(p, ofSystem);
+    CheckAnswer(found, ofSystem);
+    Require(isBuilt || !found);
+    CheckAnswer(system.Interpolate(p, ofSystem, variance), variance);
+    if (isSound) Require(isBuilt);
+    for (const Point3D& sample : samples) {
+        double there = untouched;
+        if (!isSound) break;
+        Require(system.Interpolate(sample.GetPoint2D(), there, variance));
+        Require(std::abs(there - sample.GetZ()) <= 1e-6 && std::abs(variance) <= 1e-6);
+        if (kriging.Interpolate(sample.GetPoint2D(), samples, there)) Require(std::abs(there - sample.GetZ()) <= 1e-3);
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size > 200) return 0;
+    Bytes bytes(data, size);
+    const bool isSpherical = bytes.TakeCount(2) == 1;
+    const double sill = bytes.TakeDouble();
+    const double range = bytes.TakeDouble();
+    const double mean = bytes.TakeDouble();
+    const Point2D p = bytes.TakePoint();
+    const std::vector<Point3D> samples = bytes.TakePoints3D(12);
+    bool isSound = bytes.Tame() && !isSpherical && sill >= 1.0 && range >= 1.0 && range <= 512.0 && samples.size() > 1;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        for (std::size_t k = 0; k < i; ++k) isSound = isSound && samples[i].Distance2D(samples[k]) >= 0.5;
+    }
+    CheckKriging(SimpleKriging(MakeModel(isSpherical, sill, range), mean), samples, p, isSound);
+    CheckKriging(OrdinaryKriging(MakeModel(isSpherical, sill, range)), samples, p, isSound);
+    double value = untouched;
+    double variance = untouched;
+    const SimpleKriging simple(MakeModel(isSpherical, sill, range), mean);
+    CheckAnswer(simple.Interpolate(p, samples, value, variance), variance);
+    if (samples.size() < 2) return 0;
+    const double height = Interpolation::ZCoordinateBy2DProjection(p, samples[0], samples[1]);
+    const auto [low, high] = std::minmax(samples[0].GetZ(), samples[1].GetZ());
+    if (bytes.Tame()) Require(height >= low && height <= high);
+    return 0;
+}
