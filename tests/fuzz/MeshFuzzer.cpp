@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Kalvio::Math;
 
@@ -98,7 +99,7 @@ void CheckPlan(const IndexedTriangleSet3D& set, bool tame) {
     IndexedFaceSet2D flatFaces(4);
     faces.AppendVertices(set.GetVertices());
     flatFaces.AppendVertices(corners);
-    (void)faces.IsEqualTo(faces.Translate(Vec3D(1, 2, 3)), 1.0);
+    (void)faces.IsEqualTo(std::as_const(faces).Translate(Vec3D(1, 2, 3)), 1.0);
     Require(flatFaces.GetBoundingBox().GetMinPoint() == faces.GetBoundingBox2D().GetMinPoint() || !tame);
     std::vector<Polygon2D> areas;
     plan.GetBoundaries(areas, true);

@@ -42,7 +42,7 @@ TEST(MeshTest, EverySetIsAGeometry) {
     const std::vector<Point3D> space = {{0, 0, 0}, {4, 0, 1}, {0, 2, 9}};
     auto flatFaces = CheckedMesh(IndexedFaceSet2D(3), plan, MathTypes::IndexedFaceSet2D), flatFours = flatFaces;
     auto faces = CheckedMesh(IndexedFaceSet3D(3), space, MathTypes::IndexedFaceSet3D), fours = faces;
-    const auto flat = CheckedMesh(IndexedTriangleSet2D(), plan, MathTypes::IndexedTriangleSet2D);
+    auto flat = CheckedMesh(IndexedTriangleSet2D(), plan, MathTypes::IndexedTriangleSet2D);
     CheckedMesh(IndexedTriangleSet3D(), space, MathTypes::IndexedTriangleSet3D);
     CheckedMesh(TriangleStrip3D(), space, MathTypes::TriangleStrip3D);
     fours.SetFaceSize(4);
@@ -51,9 +51,10 @@ TEST(MeshTest, EverySetIsAGeometry) {
     EXPECT_THAT(faces.Translate(Vec3D(1, 2, 3)).GetVertex(1), IsNear(Point3D(5, 2, 4), 0.0));
 
     IndexedTriangleSet3D lifted;
+    flat.SetCCW(true);
     flat.Transform(Matrix3D(Matrix3D::TranslateType::Translation, 1, 2, 3), lifted);
     EXPECT_THAT(lifted.GetVertex(1), IsNear(Point3D(5, 2, 3), 0.0));
-    EXPECT_EQ(lifted.GetTrianglesCount(), 1U);
+    EXPECT_TRUE(lifted.GetTrianglesCount() == 1 && lifted.IsCCW());
     EXPECT_EQ(flat.GetWinding(), WindingValue::CounterClockwise);
 }
 
@@ -190,8 +191,8 @@ TEST(TriangleSetTest, EditsOfTrianglesAndVertices) {
     EXPECT_EQ(set.RemoveUnusedVertices(), 2U);
     EXPECT_EQ(set.GetIndexes(), (Indexes{1, 2, 0, 3, 2, 1}));
     set.AppendIndexes({0, 1, 1, 0, 1, 2, 7, 7, 8});
-    EXPECT_TRUE(set.RemoveLineTriangles(0.0, true) && !set.RemoveLineTriangles(3.9, true));
     EXPECT_FALSE(set.RemoveLineTriangles(-1.0, true) || set.RemoveLineTriangles(kNan, true));
+    EXPECT_TRUE(set.RemoveLineTriangles(0.0, true) && !set.RemoveLineTriangles(3.9, true));
     EXPECT_EQ(set.GetIndexes(), (Indexes{1, 2, 0, 3, 2, 1, 0, 1, 2, 7, 7, 8}));
     EXPECT_TRUE(set.RemoveLineTriangles(4.0, true)) << "inclusive";
     EXPECT_EQ(set.GetIndexes(), (Indexes{2, 1, 0, 7, 7, 8})) << "vertex 0 has gone";
@@ -231,8 +232,9 @@ TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {
         const Point3D& nearest = *std::min_element(points.begin() + 2, points.end(), isNearer);
         EXPECT_THAT(set.GetVertex(i), IsNear(nearest, 0.0)) << "the first on ties";
     }
-    EXPECT_FALSE(set.AdjustVerticesToClosest(points)) << "they lie on the points already";
-    EXPECT_FALSE(set.AdjustVerticesToClosest({}));
+    EXPECT_FALSE(set.AdjustVerticesToClosest(points) || set.AdjustVerticesToClosest({})) << "they lie there already";
+    set.GetVertices() = {{0.5, 0, 0}};
+    EXPECT_TRUE(set.AdjustVerticesToClosest({{1, 0, 0}, {0, 0, 0}}) && set.GetVertex(0).GetX() == 1.0) << "the first";
 
     // Minutes, were all compared with all: in one plane far away, farther than doubles can part, in one place.
     for (const auto& [width, z] : {std::pair(1.0, 1e3), {1.0, 1e12}, {0.0, 0.0}}) {
