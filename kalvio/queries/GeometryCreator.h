@@ -16,7 +16,7 @@ class Point3D;
 class KALVIO_MATH_API GeometryCreator {
 public:
     /// The two coordinates of the plane; any value but YZ and XZ counts as XY.
-    static Point2D Point2DFromPoint3D(const Point3D& point, ProjectionPlane plane);
+    [[nodiscard]] static Point2D Point2DFromPoint3D(const Point3D& point, ProjectionPlane plane);
 
     /// The circle through three points. Where only the first and the last coincide, exactly, it is the one with the way
     /// to the second as its diameter.

@@ -6,6 +6,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/PointOnArc.h"
+#include "kalvio/queries/detail/CountAppended.h"
 #include "kalvio/queries/detail/ElementCrossings.h"
 
 #include <algorithm>
@@ -126,9 +127,7 @@ IntersectionResult Intersection::LineSegmentLineSegment(const Line2D& a, const L
 
 int Intersection::LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
                                          double tolerance) {
-    const std::size_t before = out.size();
-    LineSegmentLineSegment(a, b, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { LineSegmentLineSegment(a, b, out, t); });
 }
 
 IntersectionResult Intersection::LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1,

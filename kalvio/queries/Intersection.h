@@ -6,8 +6,10 @@
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/queries/IntersectionResult.h"
+#include "kalvio/queries/detail/ElementCrossings.h"
 
 #include <map>
+#include <type_traits>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -34,6 +36,10 @@ class Spiral2D;
 class Triangle3D;
 class TriangleStrip3D;
 class Vec2D;
+
+/// What a form answers: with `Tolerances` a result, with a plain tolerance the number of points appended.
+template <class Limit>
+using IntersectionAnswer = std::conditional_t<std::is_convertible_v<Limit, double>, int, IntersectionResult>;
 
 /// Static functions that intersect pairs of geometries and test points against them.
 ///
@@ -87,64 +93,90 @@ public:
 
     // Lines with curves.
 
-    static IntersectionResult LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out,
-                                      const Tolerances& tolerances);
-    static int LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out, double tolerance);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out,
+                                             const Limit& tolerance) {
+        return Meet(detail::CrossingOperand::InfiniteLine(line), arc, out, tolerance);
+    }
     /// The tolerance is compared with the discriminant r^2 L^2 - D^2, in the fourth power of length, L the length of
     /// the line and D the cross product of its ends seen from the centre: pass small ones.
     /// @return 2; 1 for a tangent, |discriminant| < tolerance, p1 and p2 being the same; 0, p1 and p2 untouched, for no
     ///         common point, a line of length 0 and values that are not finite
     static int LineCircle(const Line2D& line, const Circle2D& circle, Point2D& p1, Point2D& p2, double tolerance);
     /// With tolerances that are lengths, as for the other curves.
-    static IntersectionResult LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out,
-                                         const Tolerances& tolerances);
-    static int LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances);
-    static int LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                         const Tolerances& tolerances);
-    static int LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances);
-    static int LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out,
-                                             const Tolerances& tolerances);
-    static int LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult LineSegmentCircle(const Line2D& segment, const Circle2D& circle,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int LineSegmentCircle(const Line2D& segment, const Circle2D& circle, std::vector<Point2D>& out,
-                                 double tolerance);
-    static IntersectionResult LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid,
-                                                  std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                   double tolerance);
-    static IntersectionResult LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                 double tolerance);
-    static IntersectionResult LineSegmentParabola(const Line2D& segment, const Parabola& parabola,
-                                                  std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int LineSegmentParabola(const Line2D& segment, const Parabola& parabola, std::vector<Point2D>& out,
-                                   double tolerance);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out,
+                                                const Limit& tolerance) {
+        return Meet(detail::CrossingOperand::InfiniteLine(line), circle, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineClothoid(const Line2D& line, const Clothoid& clothoid,
+                                                  std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(detail::CrossingOperand::InfiniteLine(line), clothoid, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                                const Limit& tolerance) {
+        return Meet(detail::CrossingOperand::InfiniteLine(line), spiral, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineParabola(const Line2D& line, const Parabola& parabola,
+                                                  std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(detail::CrossingOperand::InfiniteLine(line), parabola, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out,
+                                                    const Limit& tolerance) {
+        return Meet(segment, arc, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSegmentCircle(const Line2D& segment, const Circle2D& circle,
+                                                       std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(segment, circle, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid,
+                                                         std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(segment, clothoid, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral,
+                                                       std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(segment, spiral, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> LineSegmentParabola(const Line2D& segment, const Parabola& parabola,
+                                                         std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(segment, parabola, out, tolerance);
+    }
 
     // Curves with curves.
 
-    static IntersectionResult ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out,
-                                     const Tolerances& tolerances);
-    static int ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out,
-                                        const Tolerances& tolerances);
-    static int ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                          const Tolerances& tolerances);
-    static int ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                        const Tolerances& tolerances);
-    static int ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out,
-                                          const Tolerances& tolerances);
-    static int ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out, double tolerance);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out,
+                                            const Limit& tolerance) {
+        return Meet(a, b, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out,
+                                               const Limit& tolerance) {
+        return Meet(arc, circle, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out,
+                                                 const Limit& tolerance) {
+        return Meet(arc, clothoid, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out,
+                                               const Limit& tolerance) {
+        return Meet(arc, spiral, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out,
+                                                 const Limit& tolerance) {
+        return Meet(arc, parabola, out, tolerance);
+    }
     /// The points to the right, then to the left of the way from the first centre to the second. With e the system
     /// epsilon: `Degenerate` for a radius below e, `Coincident` (nothing appended) for centres and radii that agree
     /// within e, one point where half the common chord is below e. Circles that miss each other by any distance do not
@@ -152,39 +184,51 @@ public:
     static IntersectionResult CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out,
                                            const Tolerances& tolerances);
     static int CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult CircleClothoid(const Circle2D& circle, const Clothoid& clothoid,
-                                             std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int CircleClothoid(const Circle2D& circle, const Clothoid& clothoid, std::vector<Point2D>& out,
-                              double tolerance);
-    static IntersectionResult CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances);
-    static int CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
-                            double tolerance);
-    static IntersectionResult CircleParabola(const Circle2D& circle, const Parabola& parabola,
-                                             std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int CircleParabola(const Circle2D& circle, const Parabola& parabola, std::vector<Point2D>& out,
-                              double tolerance);
-    static IntersectionResult ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out,
-                                               const Tolerances& tolerances);
-    static int ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola,
-                                               std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola, std::vector<Point2D>& out,
-                                double tolerance);
-    static IntersectionResult SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid,
-                                             std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid, std::vector<Point2D>& out,
-                              double tolerance);
-    static IntersectionResult SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances);
-    static int SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out, double tolerance);
-    static IntersectionResult SpiralParabola(const Spiral2D& spiral, const Parabola& parabola,
-                                             std::vector<Point2D>& out, const Tolerances& tolerances);
-    static int SpiralParabola(const Spiral2D& spiral, const Parabola& parabola, std::vector<Point2D>& out,
-                              double tolerance);
-    static IntersectionResult ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out,
-                                               const Tolerances& tolerances);
-    static int ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out, double tolerance);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> CircleClothoid(const Circle2D& circle, const Clothoid& clothoid,
+                                                    std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(circle, clothoid, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> CircleSpiral(const Circle2D& circle, const Spiral2D& spiral,
+                                                  std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(circle, spiral, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> CircleParabola(const Circle2D& circle, const Parabola& parabola,
+                                                    std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(circle, parabola, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out,
+                                                      const Limit& tolerance) {
+        return Meet(a, b, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola,
+                                                      std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(clothoid, parabola, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid,
+                                                    std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(spiral, clothoid, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out,
+                                                  const Limit& tolerance) {
+        return Meet(a, b, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> SpiralParabola(const Spiral2D& spiral, const Parabola& parabola,
+                                                    std::vector<Point2D>& out, const Limit& tolerance) {
+        return Meet(spiral, parabola, out, tolerance);
+    }
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out,
+                                                      const Limit& tolerance) {
+        return Meet(a, b, out, tolerance);
+    }
 
     // Element polylines.
     //
@@ -201,51 +245,56 @@ public:
     // `Coincident` when both run along each other from end to end (all of the polyline on the infinite line), with the
     // two ends of the stretch; `Degenerate` for an operand not longer than the user tolerance or not finite.
 
-    static IntersectionResult PolylineArc(const Polyline2D& polyline, const Arc2D& arc,
-                                          std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> PolylineArc(const Polyline2D& polyline, const Arc2D& arc,
+                                                 std::vector<Polyline2D::PolylinePoint>& out, const Limit& tolerance) {
+        return Meet(polyline, arc, out, tolerance);
+    }
     static IntersectionResult PolylineArc(const Polyline2D& polyline, const Arc2D& arc,
                                           std::vector<Polyline2D::PolylinePoint>& out,
                                           std::vector<IPolyline2DElement::PolylineElementPoint>& onArc,
                                           const Tolerances& tolerances);
-    static int PolylineArc(const Polyline2D& polyline, const Arc2D& arc, std::vector<Polyline2D::PolylinePoint>& out,
-                           double tolerance);
-    static IntersectionResult PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
-                                               std::vector<Polyline2D::PolylinePoint>& out,
-                                               const Tolerances& tolerances);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
+                                                      std::vector<Polyline2D::PolylinePoint>& out,
+                                                      const Limit& tolerance) {
+        return Meet(polyline, clothoid, out, tolerance);
+    }
     static IntersectionResult PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
                                                std::vector<Polyline2D::PolylinePoint>& out,
                                                std::vector<IPolyline2DElement::PolylineElementPoint>& onClothoid,
                                                const Tolerances& tolerances);
-    static int PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
-                                std::vector<Polyline2D::PolylinePoint>& out, double tolerance);
     /// With the infinite line.
-    static IntersectionResult PolylineLine(const Polyline2D& polyline, const Line2D& line,
-                                           std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> PolylineLine(const Polyline2D& polyline, const Line2D& line,
+                                                  std::vector<Polyline2D::PolylinePoint>& out, const Limit& tolerance) {
+        return MeetLine(polyline, line, out, tolerance);
+    }
     /// @param onLine  stations before the start of the line are negative
     static IntersectionResult PolylineLine(const Polyline2D& polyline, const Line2D& line,
                                            std::vector<Polyline2D::PolylinePoint>& out,
                                            std::vector<IPolyline2DElement::PolylineElementPoint>& onLine,
                                            const Tolerances& tolerances);
-    static int PolylineLine(const Polyline2D& polyline, const Line2D& line, std::vector<Polyline2D::PolylinePoint>& out,
-                            double tolerance);
-    static IntersectionResult PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
-                                                  std::vector<Polyline2D::PolylinePoint>& out,
-                                                  const Tolerances& tolerances);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
+                                                         std::vector<Polyline2D::PolylinePoint>& out,
+                                                         const Limit& tolerance) {
+        return Meet(polyline, segment, out, tolerance);
+    }
     static IntersectionResult PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
                                                   std::vector<Polyline2D::PolylinePoint>& out,
                                                   std::vector<IPolyline2DElement::PolylineElementPoint>& onSegment,
                                                   const Tolerances& tolerances);
-    static int PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
-                                   std::vector<Polyline2D::PolylinePoint>& out, double tolerance);
-    static IntersectionResult PolylinePolyline(const Polyline2D& a, const Polyline2D& b,
-                                               std::vector<Polyline2D::PolylinePoint>& out,
-                                               const Tolerances& tolerances);
+    template <class Limit = Tolerances>
+    static IntersectionAnswer<Limit> PolylinePolyline(const Polyline2D& a, const Polyline2D& b,
+                                                      std::vector<Polyline2D::PolylinePoint>& out,
+                                                      const Limit& tolerance) {
+        return Meet(a, b, out, tolerance);
+    }
     static IntersectionResult PolylinePolyline(const Polyline2D& a, const Polyline2D& b,
                                                std::vector<Polyline2D::PolylinePoint>& out,
                                                std::vector<Polyline2D::PolylinePoint>& onSecond,
                                                const Tolerances& tolerances);
-    static int PolylinePolyline(const Polyline2D& a, const Polyline2D& b, std::vector<Polyline2D::PolylinePoint>& out,
-                                double tolerance);
 
     // Chains and areas.
     //
@@ -311,31 +360,33 @@ public:
     static int LineBoundingBox(const Line2D& line, const BoundingBox2D& box, std::vector<Point2D>& out,
                                double tolerance);
     /// True when some segment holds the point (`PointOnLineSegment`); in space as `LineString3D::IsPointOnGeometry`.
-    static bool PointOnLineString(const Point2D& point, const LineString2D& lineString, double tolerance);
-    static bool PointOnLineString(const Point3D& point, const LineString3D& lineString, double tolerance);
+    [[nodiscard]] static bool PointOnLineString(const Point2D& point, const LineString2D& lineString, double tolerance);
+    [[nodiscard]] static bool PointOnLineString(const Point3D& point, const LineString3D& lineString, double tolerance);
     /// True when no side of the first box lies further out than |tolerance| beyond the second, inclusive.
-    static bool IsBoundingBoxInsideBoundingBox(const BoundingBox2D& inner, const BoundingBox2D& outer,
-                                               double tolerance);
-    static bool IsBoundingBoxInsideBoundingBox(const BoundingBox3D& inner, const BoundingBox3D& outer,
-                                               double tolerance);
+    [[nodiscard]] static bool IsBoundingBoxInsideBoundingBox(const BoundingBox2D& inner, const BoundingBox2D& outer,
+                                                             double tolerance);
+    [[nodiscard]] static bool IsBoundingBoxInsideBoundingBox(const BoundingBox3D& inner, const BoundingBox3D& outer,
+                                                             double tolerance);
 
     /// Point on the arc: |distance from the centre - radius| <= |tolerance| and within the sweep or |tolerance| of an
     /// end, inclusive.
-    static bool PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
+    [[nodiscard]] static bool PointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
     /// Point on the infinite line: distance <= |tolerance|, inclusive; never on a line of zero length.
-    static bool PointOnLine(const Point2D& point, const Line2D& line, double tolerance);
-    static bool PointOnLine(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
+    [[nodiscard]] static bool PointOnLine(const Point2D& point, const Line2D& line, double tolerance);
+    [[nodiscard]] static bool PointOnLine(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
     /// Plan projection of the line.
-    static bool PointOnLine(const Point2D& point, const Line3D& line, double tolerance);
+    [[nodiscard]] static bool PointOnLine(const Point2D& point, const Line3D& line, double tolerance);
     /// Point on the segment: inside its box widened by |tolerance| and on its line. A segment of zero length holds a
     /// point equal to it within the tolerance.
-    static bool PointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance);
-    static bool PointOnLineSegment(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
+    [[nodiscard]] static bool PointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance);
+    [[nodiscard]] static bool PointOnLineSegment(const Point2D& point, const Point2D& a, const Point2D& b,
+                                                 double tolerance);
     /// Plan projection of the segment.
-    static bool PointOnLineSegment(const Point2D& point, const Line3D& line, double tolerance);
+    [[nodiscard]] static bool PointOnLineSegment(const Point2D& point, const Line3D& line, double tolerance);
     /// Point in the box of the segment widened by |tolerance|, inclusive.
-    static bool IsPointInsideLineBounds(const Point2D& point, const Line2D& line, double tolerance);
-    static bool IsPointInsideLineBounds(const Point2D& point, const Point2D& a, const Point2D& b, double tolerance);
+    [[nodiscard]] static bool IsPointInsideLineBounds(const Point2D& point, const Line2D& line, double tolerance);
+    [[nodiscard]] static bool IsPointInsideLineBounds(const Point2D& point, const Point2D& a, const Point2D& b,
+                                                      double tolerance);
 
     // Planes and solids.
     //
@@ -416,28 +467,43 @@ public:
     /// True when the two have a point in common, borders included, or come at most the tolerance near each other (boxes
     /// along their axes x, y, z by that much on each; oriented boxes along one of their axes). Triangles collide as
     /// `TriangleTriangle` finds: never without area. A polygon inside a hole of the other does not collide with it.
-    static bool Collides(const Triangle3D& a, const Triangle3D& b, double tolerance);
-    static bool Collides(const Line3D& segment, const Triangle3D& triangle, double tolerance);
-    static bool Collides(const Triangle3D& triangle, const BoundingBox3D& box, double tolerance);
-    static bool Collides(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance);
-    static bool Collides(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance);
-    static bool Collides(const OrientedBoundingBox2D& a, const OrientedBoundingBox2D& b, double tolerance);
-    static bool Collides(const OrientedBoundingBox2D& a, const BoundingBox2D& b, double tolerance);
-    static bool Collides(const Polygon2D& a, const Polygon2D& b, double tolerance);
+    [[nodiscard]] static bool Collides(const Triangle3D& a, const Triangle3D& b, double tolerance);
+    [[nodiscard]] static bool Collides(const Line3D& segment, const Triangle3D& triangle, double tolerance);
+    [[nodiscard]] static bool Collides(const Triangle3D& triangle, const BoundingBox3D& box, double tolerance);
+    [[nodiscard]] static bool Collides(const BoundingBox3D& a, const BoundingBox3D& b, double tolerance);
+    [[nodiscard]] static bool Collides(const BoundingBox2D& a, const BoundingBox2D& b, double tolerance);
+    [[nodiscard]] static bool Collides(const OrientedBoundingBox2D& a, const OrientedBoundingBox2D& b,
+                                       double tolerance);
+    [[nodiscard]] static bool Collides(const OrientedBoundingBox2D& a, const BoundingBox2D& b, double tolerance);
+    [[nodiscard]] static bool Collides(const Polygon2D& a, const Polygon2D& b, double tolerance);
     template <class First, class Second>
-    static bool Collides(const First& a, const Second& b, const Tolerances& tolerances) {
+    [[nodiscard]] static bool Collides(const First& a, const Second& b, const Tolerances& tolerances) {
         return Collides(a, b, tolerances.UserTolerance());
     }
 
     /// Point inside the triangle or at most the tolerance, inclusive, from one of its edges; in space at most the
     /// tolerance from its plane, too. A triangle without area has edges only.
-    static bool IsPointInsideTriangle(const Point2D& point, const Point2D& a, const Point2D& b, const Point2D& c,
-                                      double tolerance);
-    static bool IsPointInsideTriangle(const Point3D& point, const Point3D& a, const Point3D& b, const Point3D& c,
-                                      double tolerance);
-    static bool IsPointInsideTriangle(const Point3D& point, const Triangle3D& triangle, double tolerance);
+    [[nodiscard]] static bool IsPointInsideTriangle(const Point2D& point, const Point2D& a, const Point2D& b,
+                                                    const Point2D& c, double tolerance);
+    [[nodiscard]] static bool IsPointInsideTriangle(const Point3D& point, const Point3D& a, const Point3D& b,
+                                                    const Point3D& c, double tolerance);
+    [[nodiscard]] static bool IsPointInsideTriangle(const Point3D& point, const Triangle3D& triangle, double tolerance);
 
 private:
+    // What the forms above share.
+    static IntersectionResult Meet(const detail::CrossingOperand& a, const detail::CrossingOperand& b,
+                                   std::vector<Point2D>& out, const Tolerances& tolerances);
+    static int Meet(const detail::CrossingOperand& a, const detail::CrossingOperand& b, std::vector<Point2D>& out,
+                    double tolerance);
+    static IntersectionResult Meet(const IPolyline2DElement& a, const IPolyline2DElement& b,
+                                   std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    static int Meet(const IPolyline2DElement& a, const IPolyline2DElement& b,
+                    std::vector<Polyline2D::PolylinePoint>& out, double tolerance);
+    static IntersectionResult MeetLine(const Polyline2D& polyline, const Line2D& line,
+                                       std::vector<Polyline2D::PolylinePoint>& out, const Tolerances& tolerances);
+    static int MeetLine(const Polyline2D& polyline, const Line2D& line, std::vector<Polyline2D::PolylinePoint>& out,
+                        double tolerance);
+
     // Of two segments on one line, between the stations a1 < a2 and b1 < b2 along it. The ends of b are passed in that
     // order.
     static IntersectionResult AddOverlapPoints(std::vector<Point2D>& out, const Line2D& a, const Line2D& b, double a1,

@@ -12,6 +12,7 @@
 #include "kalvio/polygons/detail/LineCrossings.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/ChainContacts.h"
+#include "kalvio/queries/detail/CountAppended.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,9 +54,7 @@ Polygon2D PolygonOf(const BoundingBox2D& box) {
 template <class A, class B>
 int CountPoints(IntersectionResult (*form)(const A&, const B&, std::vector<Point2D>&, const Tolerances&), const A& a,
                 const B& b, std::vector<Point2D>& out, double tolerance) {
-    const std::size_t before = out.size();
-    form(a, b, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { form(a, b, out, t); });
 }
 
 }  // namespace
@@ -127,9 +126,7 @@ IntersectionResult Intersection::LineStrings(const std::vector<LineString2D>& li
 
 int Intersection::LineStrings(const std::vector<LineString2D>& lineStrings, std::vector<Point2D>& out,
                               double tolerance) {
-    const std::size_t before = out.size();
-    LineStrings(lineStrings, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { LineStrings(lineStrings, out, t); });
 }
 
 IntersectionResult Intersection::LineStringPolygon(const LineString2D& lineString, const Polygon2D& polygon,

@@ -1,24 +1,19 @@
-#include "kalvio/core/detail/StandardTolerances.h"
-#include "kalvio/curves/Arc2D.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/ChainContacts.h"
+#include "kalvio/queries/detail/CountAppended.h"
 #include "kalvio/queries/detail/ElementCrossings.h"
 
 #include <algorithm>
 #include <cmath>
 
-// The intersections of `Intersection` that involve curves.
+// The intersections of `Intersection` that involve single curves.
 namespace Kalvio::Math {
 
-namespace {
-
-IntersectionResult AppendCrossings(const detail::CrossingOperand& a, const detail::CrossingOperand& b,
-                                   std::vector<Point2D>& out, const Tolerances& tolerances) {
+IntersectionResult Intersection::Meet(const detail::CrossingOperand& a, const detail::CrossingOperand& b,
+                                      std::vector<Point2D>& out, const Tolerances& tolerances) {
     std::vector<detail::ElementCrossing> crossings;
     std::vector<detail::ElementOverlap> overlaps;
     const IntersectionResult result = detail::CrossElements(a, b, tolerances, crossings, overlaps);
@@ -38,31 +33,9 @@ IntersectionResult AppendCrossings(const detail::CrossingOperand& a, const detai
     return result;
 }
 
-int CountCrossings(const detail::CrossingOperand& a, const detail::CrossingOperand& b, std::vector<Point2D>& out,
-                   double tolerance) {
-    const std::size_t before = out.size();
-    AppendCrossings(a, b, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
-}
-
-}  // namespace
-
-IntersectionResult Intersection::LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out,
-                                         const Tolerances& tolerances) {
-    return AppendCrossings(detail::CrossingOperand::InfiniteLine(line), arc, out, tolerances);
-}
-
-int Intersection::LineArc(const Line2D& line, const Arc2D& arc, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(detail::CrossingOperand::InfiniteLine(line), arc, out, tolerance);
-}
-
-IntersectionResult Intersection::LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out,
-                                            const Tolerances& tolerances) {
-    return AppendCrossings(detail::CrossingOperand::InfiniteLine(line), circle, out, tolerances);
-}
-
-int Intersection::LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(detail::CrossingOperand::InfiniteLine(line), circle, out, tolerance);
+int Intersection::Meet(const detail::CrossingOperand& a, const detail::CrossingOperand& b, std::vector<Point2D>& out,
+                       double tolerance) {
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { Meet(a, b, out, t); });
 }
 
 // Weisstein, "Circle-Line Intersection", MathWorld.
@@ -85,129 +58,6 @@ int Intersection::LineCircle(const Line2D& line, const Circle2D& circle, Point2D
     p1 = circle.GetCenter() + (foot + half) / squared;
     p2 = circle.GetCenter() + (foot - half) / squared;
     return tolerance > std::abs(discriminant) ? 1 : 2;
-}
-
-IntersectionResult Intersection::LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                              const Tolerances& tolerances) {
-    return AppendCrossings(detail::CrossingOperand::InfiniteLine(line), clothoid, out, tolerances);
-}
-
-int Intersection::LineClothoid(const Line2D& line, const Clothoid& clothoid, std::vector<Point2D>& out,
-                               double tolerance) {
-    return CountCrossings(detail::CrossingOperand::InfiniteLine(line), clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                            const Tolerances& tolerances) {
-    return AppendCrossings(detail::CrossingOperand::InfiniteLine(line), spiral, out, tolerances);
-}
-
-int Intersection::LineSpiral(const Line2D& line, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(detail::CrossingOperand::InfiniteLine(line), spiral, out, tolerance);
-}
-
-IntersectionResult Intersection::LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out,
-                                              const Tolerances& tolerances) {
-    return AppendCrossings(detail::CrossingOperand::InfiniteLine(line), parabola, out, tolerances);
-}
-
-int Intersection::LineParabola(const Line2D& line, const Parabola& parabola, std::vector<Point2D>& out,
-                               double tolerance) {
-    return CountCrossings(detail::CrossingOperand::InfiniteLine(line), parabola, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out,
-                                                const Tolerances& tolerances) {
-    return AppendCrossings(segment, arc, out, tolerances);
-}
-
-int Intersection::LineSegmentArc(const Line2D& segment, const Arc2D& arc, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(segment, arc, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSegmentCircle(const Line2D& segment, const Circle2D& circle,
-                                                   std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(segment, circle, out, tolerances);
-}
-
-int Intersection::LineSegmentCircle(const Line2D& segment, const Circle2D& circle, std::vector<Point2D>& out,
-                                    double tolerance) {
-    return CountCrossings(segment, circle, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid,
-                                                     std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(segment, clothoid, out, tolerances);
-}
-
-int Intersection::LineSegmentClothoid(const Line2D& segment, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                      double tolerance) {
-    return CountCrossings(segment, clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral,
-                                                   std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(segment, spiral, out, tolerances);
-}
-
-int Intersection::LineSegmentSpiral(const Line2D& segment, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                    double tolerance) {
-    return CountCrossings(segment, spiral, out, tolerance);
-}
-
-IntersectionResult Intersection::LineSegmentParabola(const Line2D& segment, const Parabola& parabola,
-                                                     std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(segment, parabola, out, tolerances);
-}
-
-int Intersection::LineSegmentParabola(const Line2D& segment, const Parabola& parabola, std::vector<Point2D>& out,
-                                      double tolerance) {
-    return CountCrossings(segment, parabola, out, tolerance);
-}
-
-IntersectionResult Intersection::ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out,
-                                        const Tolerances& tolerances) {
-    return AppendCrossings(a, b, out, tolerances);
-}
-
-int Intersection::ArcArc(const Arc2D& a, const Arc2D& b, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(a, b, out, tolerance);
-}
-
-IntersectionResult Intersection::ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances) {
-    return AppendCrossings(arc, circle, out, tolerances);
-}
-
-int Intersection::ArcCircle(const Arc2D& arc, const Circle2D& circle, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(arc, circle, out, tolerance);
-}
-
-IntersectionResult Intersection::ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                             const Tolerances& tolerances) {
-    return AppendCrossings(arc, clothoid, out, tolerances);
-}
-
-int Intersection::ArcClothoid(const Arc2D& arc, const Clothoid& clothoid, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(arc, clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                           const Tolerances& tolerances) {
-    return AppendCrossings(arc, spiral, out, tolerances);
-}
-
-int Intersection::ArcSpiral(const Arc2D& arc, const Spiral2D& spiral, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(arc, spiral, out, tolerance);
-}
-
-IntersectionResult Intersection::ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out,
-                                             const Tolerances& tolerances) {
-    return AppendCrossings(arc, parabola, out, tolerances);
-}
-
-int Intersection::ArcParabola(const Arc2D& arc, const Parabola& parabola, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(arc, parabola, out, tolerance);
 }
 
 IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out,
@@ -235,96 +85,7 @@ IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D&
 }
 
 int Intersection::CircleCircle(const Circle2D& a, const Circle2D& b, std::vector<Point2D>& out, double tolerance) {
-    const std::size_t before = out.size();
-    CircleCircle(a, b, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
-}
-
-IntersectionResult Intersection::CircleClothoid(const Circle2D& circle, const Clothoid& clothoid,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(circle, clothoid, out, tolerances);
-}
-
-int Intersection::CircleClothoid(const Circle2D& circle, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                 double tolerance) {
-    return CountCrossings(circle, clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
-                                              const Tolerances& tolerances) {
-    return AppendCrossings(circle, spiral, out, tolerances);
-}
-
-int Intersection::CircleSpiral(const Circle2D& circle, const Spiral2D& spiral, std::vector<Point2D>& out,
-                               double tolerance) {
-    return CountCrossings(circle, spiral, out, tolerance);
-}
-
-IntersectionResult Intersection::CircleParabola(const Circle2D& circle, const Parabola& parabola,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(circle, parabola, out, tolerances);
-}
-
-int Intersection::CircleParabola(const Circle2D& circle, const Parabola& parabola, std::vector<Point2D>& out,
-                                 double tolerance) {
-    return CountCrossings(circle, parabola, out, tolerance);
-}
-
-IntersectionResult Intersection::ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out,
-                                                  const Tolerances& tolerances) {
-    return AppendCrossings(a, b, out, tolerances);
-}
-
-int Intersection::ClothoidClothoid(const Clothoid& a, const Clothoid& b, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(a, b, out, tolerance);
-}
-
-IntersectionResult Intersection::ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola,
-                                                  std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(clothoid, parabola, out, tolerances);
-}
-
-int Intersection::ClothoidParabola(const Clothoid& clothoid, const Parabola& parabola, std::vector<Point2D>& out,
-                                   double tolerance) {
-    return CountCrossings(clothoid, parabola, out, tolerance);
-}
-
-IntersectionResult Intersection::SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(spiral, clothoid, out, tolerances);
-}
-
-int Intersection::SpiralClothoid(const Spiral2D& spiral, const Clothoid& clothoid, std::vector<Point2D>& out,
-                                 double tolerance) {
-    return CountCrossings(spiral, clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out,
-                                              const Tolerances& tolerances) {
-    return AppendCrossings(a, b, out, tolerances);
-}
-
-int Intersection::SpiralSpiral(const Spiral2D& a, const Spiral2D& b, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(a, b, out, tolerance);
-}
-
-IntersectionResult Intersection::SpiralParabola(const Spiral2D& spiral, const Parabola& parabola,
-                                                std::vector<Point2D>& out, const Tolerances& tolerances) {
-    return AppendCrossings(spiral, parabola, out, tolerances);
-}
-
-int Intersection::SpiralParabola(const Spiral2D& spiral, const Parabola& parabola, std::vector<Point2D>& out,
-                                 double tolerance) {
-    return CountCrossings(spiral, parabola, out, tolerance);
-}
-
-IntersectionResult Intersection::ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out,
-                                                  const Tolerances& tolerances) {
-    return AppendCrossings(a, b, out, tolerances);
-}
-
-int Intersection::ParabolaParabola(const Parabola& a, const Parabola& b, std::vector<Point2D>& out, double tolerance) {
-    return CountCrossings(a, b, out, tolerance);
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { CircleCircle(a, b, out, t); });
 }
 
 }  // namespace Kalvio::Math

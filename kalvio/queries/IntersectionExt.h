@@ -71,7 +71,9 @@ public:
     ///         operand not longer than the user tolerance or not finite, and for a geometry that is no plan element
     template <LocatedElement First, LocatedElement Second>
     static IntersectionResult Intersect(const First& first, const Second& second,
-                                        std::vector<IntersectionPoint<Point2D>>& out, const Tolerances& tolerances);
+                                        std::vector<IntersectionPoint<Point2D>>& out, const Tolerances& tolerances) {
+        return Intersect(static_cast<const IGeometry&>(first), static_cast<const IGeometry&>(second), out, tolerances);
+    }
     static IntersectionResult Intersect(const IGeometry& first, const IGeometry& second,
                                         std::vector<IntersectionPoint<Point2D>>& out, const Tolerances& tolerances);
     /// The same for segments in space, which meet where they come within the user tolerance of each other: in the
@@ -95,7 +97,10 @@ public:
     /// @return `Intersecting` when any was found, else `NoIntersection`; `Degenerate`, nothing appended, as above
     template <LocatedElement First, LocatedElement Second>
     static IntersectionResult GetUndershoots(const First& first, const Second& second,
-                                             std::vector<UndershootPoint<Point2D>>& out, const Tolerances& tolerances);
+                                             std::vector<UndershootPoint<Point2D>>& out, const Tolerances& tolerances) {
+        return GetUndershoots(static_cast<const IGeometry&>(first), static_cast<const IGeometry&>(second), out,
+                              tolerances);
+    }
     static IntersectionResult GetUndershoots(const IGeometry& first, const IGeometry& second,
                                              std::vector<UndershootPoint<Point2D>>& out, const Tolerances& tolerances);
 

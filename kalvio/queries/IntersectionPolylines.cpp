@@ -1,11 +1,11 @@
 #include "kalvio/core/Tolerances.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/detail/CountAppended.h"
 #include "kalvio/queries/detail/ElementPath.h"
 
 #include <cmath>
@@ -64,17 +64,6 @@ IntersectionResult Cross(const IPolyline2DElement& a, const IPolyline2DElement& 
     return ResultOf(common, common.isSame);
 }
 
-IntersectionResult Cross(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out,
-                         const Tolerances& tolerances) {
-    return Cross<PolylinePoints>(a, b, out, nullptr, tolerances);
-}
-
-int CountCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out, double tolerance) {
-    const std::size_t before = out.size();
-    Cross(a, b, out, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
-}
-
 IntersectionResult CrossLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out, ElementPoints* onLine,
                              const Tolerances& tolerances) {
     const detail::ElementPath path(polyline, tolerances);
@@ -90,23 +79,28 @@ IntersectionResult CrossLine(const Polyline2D& polyline, const Line2D& line, Pol
 
 }  // namespace
 
-IntersectionResult Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out,
-                                             const Tolerances& tolerances) {
-    return Cross(polyline, arc, out, tolerances);
+IntersectionResult Intersection::Meet(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out,
+                                      const Tolerances& tolerances) {
+    return Cross<PolylinePoints>(a, b, out, nullptr, tolerances);
+}
+
+int Intersection::Meet(const IPolyline2DElement& a, const IPolyline2DElement& b, PolylinePoints& out,
+                       double tolerance) {
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { Meet(a, b, out, t); });
+}
+
+IntersectionResult Intersection::MeetLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out,
+                                          const Tolerances& tolerances) {
+    return CrossLine(polyline, line, out, nullptr, tolerances);
+}
+
+int Intersection::MeetLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out, double tolerance) {
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { MeetLine(polyline, line, out, t); });
 }
 
 IntersectionResult Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out,
                                              ElementPoints& onArc, const Tolerances& tolerances) {
     return Cross(polyline, arc, out, &onArc, tolerances);
-}
-
-int Intersection::PolylineArc(const Polyline2D& polyline, const Arc2D& arc, PolylinePoints& out, double tolerance) {
-    return CountCrossings(polyline, arc, out, tolerance);
-}
-
-IntersectionResult Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
-                                                  PolylinePoints& out, const Tolerances& tolerances) {
-    return Cross(polyline, clothoid, out, tolerances);
 }
 
 IntersectionResult Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid,
@@ -115,30 +109,9 @@ IntersectionResult Intersection::PolylineClothoid(const Polyline2D& polyline, co
     return Cross(polyline, clothoid, out, &onClothoid, tolerances);
 }
 
-int Intersection::PolylineClothoid(const Polyline2D& polyline, const Clothoid& clothoid, PolylinePoints& out,
-                                   double tolerance) {
-    return CountCrossings(polyline, clothoid, out, tolerance);
-}
-
-IntersectionResult Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out,
-                                              const Tolerances& tolerances) {
-    return CrossLine(polyline, line, out, nullptr, tolerances);
-}
-
 IntersectionResult Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out,
                                               ElementPoints& onLine, const Tolerances& tolerances) {
     return CrossLine(polyline, line, out, &onLine, tolerances);
-}
-
-int Intersection::PolylineLine(const Polyline2D& polyline, const Line2D& line, PolylinePoints& out, double tolerance) {
-    const std::size_t before = out.size();
-    CrossLine(polyline, line, out, nullptr, detail::TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
-}
-
-IntersectionResult Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
-                                                     PolylinePoints& out, const Tolerances& tolerances) {
-    return Cross(polyline, segment, out, tolerances);
 }
 
 IntersectionResult Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment,
@@ -147,23 +120,9 @@ IntersectionResult Intersection::PolylineLineSegment(const Polyline2D& polyline,
     return Cross(polyline, segment, out, &onSegment, tolerances);
 }
 
-int Intersection::PolylineLineSegment(const Polyline2D& polyline, const Line2D& segment, PolylinePoints& out,
-                                      double tolerance) {
-    return CountCrossings(polyline, segment, out, tolerance);
-}
-
-IntersectionResult Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out,
-                                                  const Tolerances& tolerances) {
-    return Cross(a, b, out, tolerances);
-}
-
 IntersectionResult Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out,
                                                   PolylinePoints& onSecond, const Tolerances& tolerances) {
     return Cross(a, b, out, &onSecond, tolerances);
-}
-
-int Intersection::PolylinePolyline(const Polyline2D& a, const Polyline2D& b, PolylinePoints& out, double tolerance) {
-    return CountCrossings(a, b, out, tolerance);
 }
 
 void Intersection::AddSolution(std::map<double, Point2D>& solutions, const IPolyline2DElement& element,

@@ -11,6 +11,7 @@
 #include "kalvio/polygons/detail/RingPlane.h"
 #include "kalvio/queries/GeometryCreator.h"
 #include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/detail/CountAppended.h"
 #include "kalvio/queries/detail/PlaneHeights.h"
 #include "kalvio/queries/detail/PlaneSection.h"
 
@@ -23,19 +24,12 @@ namespace Kalvio::Math {
 
 namespace {
 
+using detail::CountAppended;
 using detail::CutCorner;
 using detail::PlaneHeights;
 using detail::TolerancesFor;
 
 int CountOf(IntersectionResult result) { return result == IntersectionResult::Intersecting ? 1 : 0; }
-
-// How many elements `append` appends.
-template <class Out, class Append>
-int CountAppended(std::vector<Out>& out, Append&& append) {
-    const std::size_t before = out.size();
-    append();
-    return static_cast<int>(out.size() - before);
-}
 
 bool IsFinite(const Vec3D& v) { return std::isfinite(v.GetX()) && std::isfinite(v.GetY()) && std::isfinite(v.GetZ()); }
 
@@ -256,7 +250,7 @@ IntersectionResult Intersection::PolygonPlane(const Polygon3D& polygon, const Pl
 
 int Intersection::PolygonPlane(const Polygon3D& polygon, const Plane3D& plane, std::vector<Line3D>& out,
                                double tolerance) {
-    return CountAppended(out, [&] { PolygonPlane(polygon, plane, out, TolerancesFor(tolerance)); });
+    return CountAppended(out, tolerance, [&](const Tolerances& t) { PolygonPlane(polygon, plane, out, t); });
 }
 
 IntersectionResult Intersection::PolygonCurvePlane(const PolygonCurve3D& polygon, const Plane3D& plane,
@@ -266,7 +260,7 @@ IntersectionResult Intersection::PolygonCurvePlane(const PolygonCurve3D& polygon
 
 int Intersection::PolygonCurvePlane(const PolygonCurve3D& polygon, const Plane3D& plane, std::vector<Line3D>& out,
                                     double tolerance) {
-    return CountAppended(out, [&] { PolygonCurvePlane(polygon, plane, out, TolerancesFor(tolerance)); });
+    return CountAppended(out, tolerance, [&](const Tolerances& t) { PolygonCurvePlane(polygon, plane, out, t); });
 }
 
 IntersectionResult Intersection::RingCurvePlane(const RingCurve3D& ring, const Plane3D& plane, std::vector<Line3D>& out,
@@ -276,7 +270,7 @@ IntersectionResult Intersection::RingCurvePlane(const RingCurve3D& ring, const P
 
 int Intersection::RingCurvePlane(const RingCurve3D& ring, const Plane3D& plane, std::vector<Line3D>& out,
                                  double tolerance) {
-    return CountAppended(out, [&] { RingCurvePlane(ring, plane, out, TolerancesFor(tolerance)); });
+    return CountAppended(out, tolerance, [&](const Tolerances& t) { RingCurvePlane(ring, plane, out, t); });
 }
 
 IntersectionResult Intersection::TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out,
@@ -338,7 +332,7 @@ IntersectionResult Intersection::TriangleStripPlane(const TriangleStrip3D& strip
 
 int Intersection::TriangleStripPlane(const TriangleStrip3D& strip, const Plane3D& plane, std::vector<LineString3D>& out,
                                      double tolerance) {
-    return CountAppended(out, [&] { TriangleStripPlane(strip, plane, out, TolerancesFor(tolerance)); });
+    return CountAppended(out, tolerance, [&](const Tolerances& t) { TriangleStripPlane(strip, plane, out, t); });
 }
 
 }  // namespace Kalvio::Math

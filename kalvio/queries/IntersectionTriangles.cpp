@@ -9,6 +9,7 @@
 #include "kalvio/polygons/detail/SegmentContact.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Intersection.h"
+#include "kalvio/queries/detail/CountAppended.h"
 #include "kalvio/queries/detail/PlaneHeights.h"
 
 #include <algorithm>
@@ -223,9 +224,7 @@ IntersectionResult Intersection::TriangleTriangle(const Triangle3D& a, const Tri
 
 int Intersection::TriangleTriangle(const Triangle3D& a, const Triangle3D& b, std::vector<Point3D>& out,
                                    double tolerance) {
-    const std::size_t before = out.size();
-    TriangleTriangle(a, b, out, TolerancesFor(tolerance));
-    return static_cast<int>(out.size() - before);
+    return detail::CountAppended(out, tolerance, [&](const Tolerances& t) { TriangleTriangle(a, b, out, t); });
 }
 
 bool Intersection::Collides(const Triangle3D& a, const Triangle3D& b, double tolerance) {

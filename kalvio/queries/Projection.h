@@ -43,8 +43,8 @@ class Vec3D;
 class KALVIO_MATH_API Projection {
 public:
     /// Foot of the perpendicular on the infinite line; the start for a line of zero length.
-    static Point2D NormalPointOnLine(const Point2D& point, const Line2D& line);
-    static Point3D NormalPointOnLine(const Point3D& point, const Line3D& line);
+    [[nodiscard]] static Point2D NormalPointOnLine(const Point2D& point, const Line2D& line);
+    [[nodiscard]] static Point3D NormalPointOnLine(const Point3D& point, const Line3D& line);
     /// Foot of the perpendicular, when it lies on the segment or beyond an end by at most the tolerance.
     /// @return false, `foot` untouched, when it does not, and for a line of zero length
     static bool NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance);
@@ -54,17 +54,18 @@ public:
     // tolerance.
 
     /// The foot where it lies on the segment, else the nearer end.
-    static Point2D NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance);
-    static Point3D NearestPointOnLineSegment(const Point3D& point, const Line3D& line, double tolerance);
+    [[nodiscard]] static Point2D NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double tolerance);
+    [[nodiscard]] static Point3D NearestPointOnLineSegment(const Point3D& point, const Line3D& line, double tolerance);
 
     /// The point of the string nearest to `point`, on the earliest of equally near segments; the origin for an empty
     /// string and where no distance is finite.
-    static Point2D NearestPoint(const Point2D& point, const LineString2D& lineString, double tolerance);
-    static Point3D NearestPoint(const Point3D& point, const LineString3D& lineString, double tolerance);
+    [[nodiscard]] static Point2D NearestPoint(const Point2D& point, const LineString2D& lineString, double tolerance);
+    [[nodiscard]] static Point3D NearestPoint(const Point3D& point, const LineString3D& lineString, double tolerance);
     /// The nearest point with the unit direction and the index of the segment that holds it, its distance from `point`
     /// and its station; all zero where there is none.
-    static Polyline2D::PolylinePoint NearestPointOnLineString(const Point2D& point, const LineString2D& lineString,
-                                                              double tolerance);
+    [[nodiscard]] static Polyline2D::PolylinePoint NearestPointOnLineString(const Point2D& point,
+                                                                            const LineString2D& lineString,
+                                                                            double tolerance);
     /// @param segment  the segment that holds the nearest point; untouched where there is none
     static Point3D NearestPointOnLineString(const Point3D& point, const LineString3D& lineString, unsigned int& segment,
                                             double tolerance);
@@ -85,11 +86,13 @@ public:
                                                 std::vector<GeometryDistancePair<Point2D>>& out, double tolerance);
     /// The nearest point of the outer ring (of any ring, the first of equally near ones), closing edges included; the
     /// origin where there is none.
-    static Point2D NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double tolerance);
-    static Point2D NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon, double tolerance);
+    [[nodiscard]] static Point2D NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon,
+                                                       double tolerance);
+    [[nodiscard]] static Point2D NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon,
+                                                                double tolerance);
 
     /// The nearest point of the arc; see `Arc2D::GetNearestPoint`, which needs no tolerance.
-    static Point2D NearestPointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
+    [[nodiscard]] static Point2D NearestPointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
     /// The nearest foot, its station and the unit direction of the curve there. For the centre of an arc it is the
     /// start, for that of a circle its easternmost point; a circle has no use for the tolerance.
     /// @return 1; 0, outputs untouched, where there is no foot, for curves of no length, and for values not finite
@@ -104,7 +107,8 @@ public:
 
     /// The nearest point over all elements, the first of equals, to rounding whatever the tolerance; the origin for a
     /// chain without elements.
-    static Point2D NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline, double tolerance);
+    [[nodiscard]] static Point2D NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
+                                                        double tolerance);
     /// The same with its element, tangent, distance and station along the chain.
     /// @return false, `nearest` untouched, where there is none
     static bool NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
@@ -132,8 +136,9 @@ public:
     static bool PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane, Point3D& projected);
     /// All rings projected point by point along the direction, or the normal of the plane; an empty polygon where
     /// `PointOnPlane` fails.
-    static Polygon3D PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction, const Plane3D& plane);
-    static Polygon3D NormalPolygonOnPlane(const Polygon3D& polygon, const Plane3D& plane);
+    [[nodiscard]] static Polygon3D PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction,
+                                                  const Plane3D& plane);
+    [[nodiscard]] static Polygon3D NormalPolygonOnPlane(const Polygon3D& polygon, const Plane3D& plane);
     /// Extent of the box along an axis of any length, as lengths from the origin of the axis.
     /// @return false, outputs untouched, for an axis of zero length
     static bool OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,

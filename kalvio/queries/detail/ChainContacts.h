@@ -17,7 +17,7 @@ namespace Kalvio::Math::detail {
 
 /// How near two chains come where they meet: the user tolerance as a length, at least 1e-10.
 inline double NearnessOf(const Tolerances& tolerances) {
-    return std::max(numericalZero, std::abs(tolerances.UserTolerance()));
+    return (std::max)(numericalZero, std::abs(tolerances.UserTolerance()));
 }
 
 /// A place common to two chains: the point, and its lengths along both.

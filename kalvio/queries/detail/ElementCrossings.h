@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kalvio/Export.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/queries/IntersectionResult.h"
 
@@ -31,7 +32,7 @@ struct ElementOverlap {
 
 /// One of two curves to be intersected: a plan element that is no chain, a full circle, or a whole line. It refers to
 /// its geometry.
-class CrossingOperand {
+class KALVIO_MATH_API CrossingOperand {
 public:
     CrossingOperand(const IPolyline2DElement& single) : element(&single) {}
     /// Stations run counter-clockwise from the easternmost point.
