@@ -15,13 +15,18 @@ namespace {
 
 using Sample = IPolyline2DElement::PolylineElementPoint;
 using Points = std::vector<Point2D>;
-using Result = IntersectionResult;
+using R = IntersectionResult;
 using Curve = std::variant<Line2D, Arc2D, Clothoid, Spiral2D, Parabola>;
 
+struct WholeLine {
+    operator const Line2D&() const { return line; }
+    Line2D line;
+};
+
 #define KALVIO_PAIR(First, Second, Function)                                                      \
-    Result MeetPair(const First& a, const Second& b, Points& out, const Tolerances& tolerances) { \
+    R MeetPair(const First& a, const Second& b, Points& out, const Tolerances& tolerances) {      \
         Points counted;                                                                           \
-        const Result result = Intersection::Function(a, b, out, tolerances);                      \
+        const R result = Intersection::Function(a, b, out, tolerances);                           \
         EXPECT_EQ(Intersection::Function(a, b, counted, tolerances.UserTolerance()), out.size()); \
         return result;                                                                            \
     }
@@ -40,21 +45,39 @@ KALVIO_PAIR(Spiral2D, Clothoid, SpiralClothoid)
 KALVIO_PAIR(Spiral2D, Spiral2D, SpiralSpiral)
 KALVIO_PAIR(Spiral2D, Parabola, SpiralParabola)
 KALVIO_PAIR(Parabola, Parabola, ParabolaParabola)
+KALVIO_PAIR(WholeLine, Arc2D, LineArc)
+KALVIO_PAIR(WholeLine, Clothoid, LineClothoid)
+KALVIO_PAIR(WholeLine, Spiral2D, LineSpiral)
+KALVIO_PAIR(WholeLine, Parabola, LineParabola)
+KALVIO_PAIR(WholeLine, Circle2D, LineCircle)
+KALVIO_PAIR(Line2D, Circle2D, LineSegmentCircle)
+KALVIO_PAIR(Arc2D, Circle2D, ArcCircle)
+KALVIO_PAIR(Circle2D, Clothoid, CircleClothoid)
+KALVIO_PAIR(Circle2D, Spiral2D, CircleSpiral)
+KALVIO_PAIR(Circle2D, Parabola, CircleParabola)
 #undef KALVIO_PAIR
 
-Result Meet(const Curve& first, const Curve& second, Points& out, const Tolerances& tolerances) {
-    return std::visit(
-        [&](const auto& a, const auto& b) {
-            if constexpr (requires { MeetPair(a, b, out, tolerances); }) {
-                return MeetPair(a, b, out, tolerances);
-            } else {
-                return MeetPair(b, a, out, tolerances);
-            }
-        },
-        first, second);
+R MeetBoth(const auto& a, const auto& b, Points& out, const Tolerances& tolerances) {
+    if constexpr (requires { MeetPair(a, b, out, tolerances); }) {
+        return MeetPair(a, b, out, tolerances);
+    } else {
+        return MeetPair(b, a, out, tolerances);
+    }
+}
+R Meet(const Curve& first, const Curve& second, Points& out, const Tolerances& tolerances) {
+    return std::visit([&](const auto& a, const auto& b) { return MeetBoth(a, b, out, tolerances); }, first, second);
 }
 
 const Vec2D kEast(1, 0);
+
+bool Holds(const Points& points, const Point2D& point, double distance) {
+    return std::any_of(points.begin(), points.end(), [&](const Point2D& p) { return p.Distance(point) <= distance; });
+}
+
+void ExpectSamePoints(const Points& a, const Points& b, double distance) {
+    EXPECT_EQ(a.size(), b.size());
+    for (const Point2D& p : a) EXPECT_TRUE(Holds(b, p, distance)) << testing::PrintToString(p);
+}
 
 TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
     for (const Point2D& o : surveyOrigins) {
@@ -75,78 +98,55 @@ TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
             Parabola curve(Point2D(x1, 0.01 * x1 * x1), Point2D(x2, 0.01 * x2 * x2), 0.01, 0.0, 0.0);
             return curve.Translate(o - Point2D());
         };
-        const Vec2D left = last.tangent.GetNormalVector(true);
-        const std::tuple<const char*, Curve, Curve, Result, Points> rows[] = {
-            {"the same segment", line(0, 0, 9, 3), line(0, 0, 9, 3), Result::Coincident, {at(0, 0), at(9, 3)}},
-            {"parts", line(0, 0, 9, 3), line(3, 1, 12, 4), Result::Intersecting, {at(3, 1), at(9, 3)}},
-            {"end to end", line(0, 0, 9, 3), line(9, 3, 12, 4), Result::Intersecting, {at(9, 3)}},
-            {"a gap", line(0, 0, 9, 0), line(9.001, 0, 12, 0), Result::NoIntersection, {}},
-            {"an end just short", line(0, 0, 9, 0), line(4, 5, 4, 5e-5), Result::Intersecting, {at(4, 5e-5)}},
-            {"an end too short", line(0, 0, 9, 0), line(4, 5, 4, 2e-4), Result::NoIntersection, {}},
-            {"a flat crossing", line(0, 0, 9, 0), line(0, -1e-3, 9, 2e-3), Result::Intersecting, {at(3, 0)}},
+        const Clothoid part(600, 300, 150, middle.point, middle.tangent);
+        const Arc2D joined(last.point, last.point + last.tangent.GetNormalVector(true) * 300, Angle(0.5));
+        const Spiral2D closed = spiral(Type::Bloss, 20, 20, 40 * kPi);
+        const double in = 4.9998, up = std::sqrt(12.5);
+        const std::tuple<const char*, Curve, Curve, R, Points> rows[] = {
+            {"the same segment", line(0, 0, 9, 3), line(0, 0, 9, 3), R::Coincident, {at(0, 0), at(9, 3)}},
+            {"parts", line(0, 0, 9, 3), line(3, 1, 12, 4), R::Intersecting, {at(3, 1), at(9, 3)}},
+            {"end to end", line(0, 0, 9, 3), line(9, 3, 12, 4), R::Intersecting, {at(9, 3)}},
+            {"a gap", line(0, 0, 9, 0), line(9.001, 0, 12, 0), R::NoIntersection, {}},
+            {"an end just short", line(0, 0, 9, 0), line(4, 5, 4, 5e-5), R::Intersecting, {at(4, 5e-5)}},
+            {"an end too short", line(0, 0, 9, 0), line(4, 5, 4, 2e-4), R::NoIntersection, {}},
+            {"a flat crossing", line(0, 0, 9, 0), line(0, -1e-3, 9, 2e-3), R::Intersecting, {at(3, 0)}},
             {"tiny, at an angle",
              line(0, 0, 2e-4, 0),
              line(1e-4, 2e-5, 3e-4, -4e-5),
-             Result::Intersecting,
+             R::Intersecting,
              {at(1.667e-4, 0)}},
-            {"no length", line(4, 4, 4, 4), line(0, 0, 9, 9), Result::Degenerate, {}},
-            {"not a number", line(4, 4, kNan, 4), line(0, 0, 9, 9), Result::Degenerate, {}},
-            {"a tangent", line(-9, 5, 9, 5), arc(5, 0, 0, 0, 3), Result::Intersecting, {at(0, 5)}},
-            {"just beside", line(-9, 5.00008, 9, 5.00008), arc(5, 0, 0, 0, 3), Result::Intersecting, {at(0, 5.00004)}},
-            {"beside", line(-9, 5.0002, 9, 5.0002), arc(5, 0, 0, 0, 3), Result::NoIntersection, {}},
+            {"no length", line(4, 4, 4, 4), line(0, 0, 9, 9), R::Degenerate, {}},
+            {"not a number", line(4, 4, kNan, 4), line(0, 0, 9, 9), R::Degenerate, {}},
+            {"a tangent", line(-9, 5, 9, 5), arc(5, 0, 0, 0, 3), R::Intersecting, {at(0, 5)}},
+            {"just beside", line(-9, 5.00008, 9, 5.00008), arc(5, 0, 0, 0, 3), R::Intersecting, {at(0, 5.00004)}},
+            {"beside", line(-9, 5.0002, 9, 5.0002), arc(5, 0, 0, 0, 3), R::NoIntersection, {}},
             {"just inside",
-             line(-9, 4.9998, 9, 4.9998),
+             line(-9, in, 9, in),
              arc(5, 0, 0, 0, 3),
-             Result::Intersecting,
-             {at(-0.04472, 4.9998), at(0.04472, 4.9998)}},
-            {"at the seam", line(0, 0, 9, 0), arc(5, 0, 0, 0, 2 * kPi), Result::Intersecting, {at(5, 0)}},
-            {"one circle",
-             arc(5, 0, 0, 0, 0.5 * kPi),
-             arc(0, 5, 0, 0, -0.25 * kPi),
-             Result::Coincident,
-             {at(std::sqrt(12.5), std::sqrt(12.5)), at(0, 5)}},
-            {"one full circle", arc(5, 0, 0, 0, 2 * kPi), arc(5, 0, 0, 0, 2 * kPi), Result::Coincident, {at(5, 0)}},
-            {"where a curve closes",
-             line(0, -9, 0, 50),
-             spiral(Type::Bloss, 20, 20, 40 * kPi),
-             Result::Intersecting,
-             {o, at(0, 40)}},
-            {"both ends agree, hardly apart",
-             line(0, 0, 1.5e-4, 0),
-             line(1.2e-4, 0, -0.9e-4, 0),
-             Result::Coincident,
-             {o, at(1.5e-4, 0)}},
-            {"joined arcs", arc(5, 0, 0, 0, 0.5 * kPi), arc(0, 5, 0, 0, 1), Result::Intersecting, {at(0, 5)}},
-            {"from outside", arc(5, 0, 0, 0, -6), arc(11, 2, 8, 2, 6), Result::NoIntersection, {}},
-            {"touching inside", arc(0, 5, 0, 0, -3), arc(3, 2, 3, 0, -3), Result::Intersecting, {at(5, 0)}},
-            {"the same clothoid", clothoid, clothoid, Result::Coincident, {o, last.point}},
-            {"a part of it",
-             clothoid,
-             Clothoid(600, 300, 150, middle.point, middle.tangent),
-             Result::Coincident,
-             {middle.point, last.point}},
-            {"as a spiral", spiral(Type::Clothoid, 0, 300, 75), clothoid, Result::Coincident, {o, last.point}},
-            {"its first tangent", line(-50, 0, 50, 0), clothoid, Result::Intersecting, {o}},
-            {"the arc it joins",
-             Arc2D(last.point, last.point + left * 300, Angle(0.5)),
-             clothoid,
-             Result::Intersecting,
-             {last.point}},
-            {"an inflection", line(0, 0, 1, 0), spiral(Type::Bloss, -300, 300, 60), Result::Intersecting, {o}},
-            {"parts of a parabola", parabola(-10, 40), parabola(60, 20), Result::Coincident, {at(20, 4), at(40, 16)}},
-            {"its summit", line(-10, 0, 10, 0), parabola(-10, 40), Result::Intersecting, {o}},
+             R::Intersecting,
+             {at(-.04472, in), at(.04472, in)}},
+            {"at the seam", line(0, 0, 9, 0), arc(5, 0, 0, 0, 2 * kPi), R::Intersecting, {at(5, 0)}},
+            {"one circle", arc(5, 0, 0, 0, kPi / 2), arc(0, 5, 0, 0, -kPi / 4), R::Coincident, {at(up, up), at(0, 5)}},
+            {"one full circle", arc(5, 0, 0, 0, 2 * kPi), arc(5, 0, 0, 0, 2 * kPi), R::Coincident, {at(5, 0)}},
+            {"where a curve closes", line(0, -9, 0, 50), closed, R::Intersecting, {o, at(0, 40)}},
+            {"joined arcs", arc(5, 0, 0, 0, 0.5 * kPi), arc(0, 5, 0, 0, 1), R::Intersecting, {at(0, 5)}},
+            {"from outside", arc(5, 0, 0, 0, -6), arc(11, 2, 8, 2, 6), R::NoIntersection, {}},
+            {"touching inside", arc(0, 5, 0, 0, -3), arc(3, 2, 3, 0, -3), R::Intersecting, {at(5, 0)}},
+            {"the same clothoid", clothoid, clothoid, R::Coincident, {o, last.point}},
+            {"a part of it", clothoid, part, R::Coincident, {middle.point, last.point}},
+            {"as a spiral", spiral(Type::Clothoid, 0, 300, 75), clothoid, R::Coincident, {o, last.point}},
+            {"its first tangent", line(-50, 0, 50, 0), clothoid, R::Intersecting, {o}},
+            {"the arc it joins", joined, clothoid, R::Intersecting, {last.point}},
+            {"an inflection", line(0, 0, 1, 0), spiral(Type::Bloss, -300, 300, 60), R::Intersecting, {o}},
+            {"parts of a parabola", parabola(-10, 40), parabola(60, 20), R::Coincident, {at(20, 4), at(40, 16)}},
+            {"its summit", line(-10, 0, 10, 0), parabola(-10, 40), R::Intersecting, {o}},
         };
         for (const auto& [why, a, b, result, expected] : rows) {
+            SCOPED_TRACE(why);
             for (const bool isSwapped : {false, true}) {
                 Points points;
-                EXPECT_EQ(isSwapped ? Meet(b, a, points, kTolerances) : Meet(a, b, points, kTolerances), result) << why;
-                ASSERT_EQ(points.size(), expected.size()) << why;
-                for (std::size_t i = 0; i < points.size(); ++i) {
-                    const Point2D& p = points[i];
-                    const bool isKnown = std::any_of(expected.begin(), expected.end(),
-                                                     [&](const Point2D& q) { return q.Distance(p) < 1e-4; });
-                    EXPECT_TRUE(isKnown) << why;
-                }
+                EXPECT_EQ(isSwapped ? Meet(b, a, points, kTolerances) : Meet(a, b, points, kTolerances), result);
+                ExpectSamePoints(points, expected, 1e-4);
             }
         }
     }
@@ -227,15 +227,6 @@ std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
     return crossings;
 }
 
-bool Holds(const Points& points, const Point2D& point, double distance) {
-    return std::any_of(points.begin(), points.end(), [&](const Point2D& p) { return p.Distance(point) <= distance; });
-}
-
-void ExpectSamePoints(const Points& a, const Points& b, double distance) {
-    EXPECT_EQ(a.size(), b.size());
-    for (const Point2D& p : a) EXPECT_TRUE(Holds(b, p, distance)) << testing::PrintToString(p);
-}
-
 // What runs within the tolerance beside them, and how far away the curves begin, leaves the crossings as they are.
 TEST(IntersectionCurvesTest, NeitherRunsAlongEachOtherNorDistanceCostACrossing) {
     const auto transition = [](double from, double to, double length, const Vec2D& shift) {
@@ -246,7 +237,10 @@ TEST(IntersectionCurvesTest, NeitherRunsAlongEachOtherNorDistanceCostACrossing) 
     };
     const auto bent = transition(-300, 300, 300, Vec2D()), entry = transition(0, 50, 400, Vec2D());
     const Vec2D along = SampleOf(bent, 30).tangent * 0.02;
+    using P = Point2D;
     const double degree = kPi / 180, far = 1e6, beside = std::sqrt(1e4 - 0.005 * 0.005);
+    const Arc2D one = arc(0, 100, 87 * degree, 213 * degree), other = arc(0.01, 100, 240 * degree, 213 * degree);
+    const Arc2D ring = arc(0, 5, 0, 2 * kPi);
     const std::tuple<const char*, Curve, Curve, Points, double> rows[] = {
         {"equal",
          bent,
@@ -256,24 +250,16 @@ TEST(IntersectionCurvesTest, NeitherRunsAlongEachOtherNorDistanceCostACrossing) 
         {"equal, eastwards",
          entry,
          transition(0, 50, 400, kEast * 0.05),
-         {Point2D(0.05, 0), Point2D(132.598463, 178.966288)},
+         {P(0.05, 0), P(132.598463, 178.966288)},
          1e-6},
         {"beside a stretch",
-         arc(0, 100, 87 * degree, 213 * degree),
-         arc(0.01, 100, 240 * degree, 213 * degree),
-         {arc(0, 100, 87 * degree, 1).GetStart(), arc(0.01, 100, 93 * degree, 1).GetStart(), Point2D(0.005, -beside)},
+         one,
+         other,
+         {one.GetStart(), arc(0.01, 100, 93 * degree, 1).GetStart(), P(0.005, -beside)},
          1e-9},
-        {"a long segment",
-         Line2D(Point2D(-far, 3), Point2D(9, 3)),
-         arc(0, 5, 0, 2 * kPi),
-         {Point2D(-4, 3), Point2D(4, 3)},
-         1e-9},
-        {"a large circle",
-         arc(-far, far, -1, 2),
-         arc(0, 5, 0, 2 * kPi),
-         {Point2D(-12.5e-6, -5), Point2D(-12.5e-6, 5)},
-         1e-9},
-        {"an arc that all but closes", arc(0, 10, 0, 2 * kPi - 5e-5), arc(15, 5, 1, 6), {Point2D(10, 0)}, 1e-9},
+        {"a long segment", Line2D(P(-far, 3), P(9, 3)), ring, {P(-4, 3), P(4, 3)}, 1e-9},
+        {"a large circle", arc(-far, far, -1, 2), ring, {P(-12.5e-6, -5), P(-12.5e-6, 5)}, 1e-9},
+        {"an arc that all but closes", arc(0, 10, 0, 2 * kPi - 5e-5), arc(15, 5, 1, 6), {P(10, 0)}, 1e-9},
     };
     for (const auto& [why, a, b, expected, within] : rows) {
         SCOPED_TRACE(why);
@@ -300,8 +286,8 @@ TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
               ElementOf(b).IsPointOnGeometry(ElementOf(b).GetStart(), kTolerances)))
             continue;
         Points points;
-        const Result result = Meet(a, b, points, kTolerances);
-        EXPECT_EQ(result, points.empty() ? Result::NoIntersection : Result::Intersecting);
+        const R result = Meet(a, b, points, kTolerances);
+        EXPECT_EQ(result, points.empty() ? R::NoIntersection : R::Intersecting);
         double last = 0.0;
         const bool isInOrder = kindA <= kindB || (kindA == 3 && kindB == 2);
         for (const Point2D& p : points) {
@@ -332,6 +318,30 @@ TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
     }
     EXPECT_GT(compared, 400);
     EXPECT_GT(found, 100);
+}
+
+TEST(IntersectionCurvesTest, WholeLinesAndCirclesMeetCurvesLikeLongSegmentsAndFullArcs) {
+    RandomNumbers random(20260804);
+    for (int i = 0; i < 40 * kKinds; ++i) {
+        const Point2D o = surveyOrigins[i % 2] + Vec2D(random(-40, 40), random(-40, 40));
+        const Line2D line(o, o + Vec2D(4, random(-3, 3)));
+        const Vec2D far = (line.GetEnd() - o) * 500;
+        const Circle2D circle(o, random(10, 60));
+        const auto check = [&](const auto& whole, const auto& part, const auto& curve) {
+            Points found, expected;
+            EXPECT_EQ(MeetBoth(whole, curve, found, kTolerances), MeetBoth(part, curve, expected, kTolerances));
+            ExpectSamePoints(found, expected, 1e-7);
+        };
+        const Arc2D ring(o + Vec2D(circle.GetRadius(), 0), o, Angle(2 * kPi));
+        check(WholeLine{line}, Line2D(o - far, o + far), circle);
+        check(circle, ring, ring);
+        const auto both = [&](const auto& curve) {
+            if constexpr (!std::is_same_v<decltype(curve), const Line2D&>)
+                check(WholeLine{line}, Line2D(o - far, o + far), curve);
+            check(circle, ring, curve);
+        };
+        std::visit(both, RandomCurve(random, i % kKinds, surveyOrigins[i % 2]));
+    }
 }
 
 // A small circle that touches a curve from either side, lifted off or sunk in by a little.

@@ -1,26 +1,11 @@
-#include "kalvio/core/Tolerances.h"
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/queries/Intersection.h"
-#include "support/Near.h"
-#include "support/Origins.h"
-
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <tuple>
-#include <vector>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
-
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 TEST(IntersectionTest, LineLine) {
     using R = IntersectionResult;
@@ -140,49 +125,6 @@ TEST(IntersectionTest, CircleCircle) {
         EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, 1e-4), expected.size()) << why;
         points.clear();
         EXPECT_EQ(Intersection::CircleCircle(circle, circle, points, 0.0), 0) << why;
-    }
-}
-
-// A whole line and a full circle meet what a segment along the line and an arc once round the circle meet, all of them.
-TEST(IntersectionTest, WholeLinesAndCirclesMeetCurvesLikeLongSegmentsAndFullArcs) {
-    using I = Intersection;
-    using P = Point2D;
-    for (const Point2D& o : surveyOrigins) {
-        const Line2D line(o + Vec2D(0, 1), o + Vec2D(4, 2)), segment(o + Vec2D(-400, -99), o + Vec2D(800, 201));
-        const Circle2D circle(o + Vec2D(30, 5), 25);
-        const Arc2D ring(circle.GetCenter() + Vec2D(25, 0), circle.GetCenter(), Angle(6.283185307179586));
-        const Arc2D arc(o + Vec2D(5, -20), o + Vec2D(5, 30), Angle(3));
-        const Clothoid clothoid(0, 40, 60, o, Vec2D(1, 0));
-        const Spiral2D spiral(Spiral2D::Spiral2DType::Bloss, -60, 40, 150, o + Vec2D(0, 20), Vec2D(0.8, -0.6));
-        const Parabola parabola = Parabola(P(-50, 75), P(60, 108), 0.03, 0, 0).Translate(o - Point2D());
-        std::vector<P> found[11];
-        const double tolerance = 1e-6;
-        const int counts[][2] = {
-            {I::LineArc(line, arc, found[0], tolerance), I::LineSegmentArc(segment, arc, found[1], tolerance)},
-            {I::LineCircle(line, circle, found[2], tolerance),
-             I::LineSegmentCircle(segment, circle, found[3], tolerance)},
-            {I::LineClothoid(line, clothoid, found[4], tolerance),
-             I::LineSegmentClothoid(segment, clothoid, found[5], tolerance)},
-            {I::LineSpiral(line, spiral, found[6], tolerance),
-             I::LineSegmentSpiral(segment, spiral, found[7], tolerance)},
-            {I::LineParabola(line, parabola, found[8], tolerance),
-             I::LineSegmentParabola(segment, parabola, found[9], tolerance)},
-            {I::ArcCircle(arc, circle, found[10], tolerance), I::ArcArc(arc, ring, found[10], tolerance)},
-            {I::CircleClothoid(circle, clothoid, found[10], tolerance),
-             I::ArcClothoid(ring, clothoid, found[10], tolerance)},
-            {I::CircleSpiral(circle, spiral, found[10], tolerance), I::ArcSpiral(ring, spiral, found[10], tolerance)},
-            {I::CircleParabola(circle, parabola, found[10], tolerance),
-             I::ArcParabola(ring, parabola, found[10], tolerance)},
-        };
-        for (const auto& [whole, part] : counts) {
-            EXPECT_EQ(whole, part);
-            EXPECT_GT(whole, 0);
-        }
-        for (std::size_t i = 0; i < 10; i += 2) {
-            for (std::size_t j = 0; j < found[i].size(); ++j)
-                EXPECT_THAT(found[i][j], IsNear(found[i + 1][j], 1e-7)) << i;
-        }
-        EXPECT_EQ(I::ArcCircle(ring, circle, found[10], tolerance), 1) << "a run all around has its first point";
     }
 }
 
