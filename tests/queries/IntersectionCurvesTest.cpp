@@ -75,8 +75,7 @@ bool Holds(const Points& points, const Point2D& point, double distance) {
 }
 
 void ExpectSamePoints(const Points& a, const Points& b, double distance) {
-    EXPECT_EQ(a.size(), b.size());
-    for (const Point2D& p : a) EXPECT_TRUE(Holds(b, p, distance)) << testing::PrintToString(p);
+    EXPECT_THAT(a, testing::UnorderedPointwise(AreNear(distance), b));
 }
 
 TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {

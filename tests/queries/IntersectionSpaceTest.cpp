@@ -92,6 +92,8 @@ TEST(IntersectionSpaceTest, Codes) {
         const Triangle3D wild(P(9, 9, 9), P(10, 9, 9), P(9, 10, kNan));
         EXPECT_NE(I::TriangleTriangle(triangle, wild, out, kTolerances), R::Intersecting);
     }
+    const L tiny(P(0, 0, 9), P(5e-5, 0, 9)), across(P(1, -1, 0), P(1, 1, 0));
+    EXPECT_EQ(I::LineLine(tiny, across, ProjectionPlane::XY, p, 1e-4), 0) << "too short";
     EXPECT_THAT(p, IsNear(P(7, 7, 7), 0.0)) << "untouched";
     EXPECT_EQ(out.GetLength(), 0.0);
     ASSERT_EQ(I::LineSegmentPlane(L(P(0, 0, 1), P(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
@@ -348,6 +350,9 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
     const Triangle3D small(P(0, 0, 0), P(0.5, 0, 0), P(0, 0.5, 0));
     for (const double wide : {0.4, 0.6, 1.0}) EXPECT_TRUE(I::Collides(L(P(-5, -0.3, 0), P(5, -0.3, 0)), small, wide));
     EXPECT_FALSE(I::Collides(L(P(-5, -1.1, 0), P(5, -1.1, 0)), small, 1.0));
+    const BoundingBox3D low(P(0, 0, 0), P(9, 9, 2));
+    EXPECT_TRUE(I::Collides(low, BoundingBox3D(P(9, 9, 2.25), P(10, 10, 3)), 0.25));
+    EXPECT_FALSE(I::Collides(BoundingBox3D(P(0, 0, 2.5), P(9, 9, 3)), low, 0.25)) << "above it";
     const Point2D a(0, 0), b(4, 0), c(0, 4);
     EXPECT_TRUE(I::IsPointInsideTriangle(Point2D(-0.25, 1), a, b, c, 0.25));
     EXPECT_FALSE(I::IsPointInsideTriangle(Point2D(-0.25, -0.25), a, b, c, 0.25)) << "beyond a corner";

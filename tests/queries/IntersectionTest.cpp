@@ -120,8 +120,7 @@ TEST(IntersectionTest, CircleCircle) {
     for (const auto& [why, circle, result, expected] : rows) {
         std::vector<P> points;
         EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, Tolerances(1e-4, 1e-10)), result);
-        ASSERT_EQ(points.size(), expected.size()) << why;
-        for (std::size_t i = 0; i < points.size(); ++i) EXPECT_THAT(points[i], IsNear(expected[i], 1e-12)) << why;
+        EXPECT_THAT(points, testing::Pointwise(AreNear(1e-12), expected)) << why;
         EXPECT_EQ(Intersection::CircleCircle(Circle2D(P(0, 0), 5), circle, points, 1e-4), expected.size()) << why;
         points.clear();
         EXPECT_EQ(Intersection::CircleCircle(circle, circle, points, 0.0), 0) << why;
@@ -138,28 +137,33 @@ TEST(IntersectionTest, IsPointInsideLineBounds) {
 
 TEST(IntersectionTest, LineStringLine) {
     using P = Point2D;
-    const std::tuple<const char*, LineString2D, std::vector<Point2D>> rows[] = {
-        {"nothing", {}, {}},
-        {"a point on it", {P(3, 0.25)}, {P(3, 0.25)}},
-        {"through", {P(9, -2), P(9, 2), P(-7, -2)}, {P(9, 0), P(1, 0)}},
-        {"a vertex on it once", {P(1, -1), P(2, 0), P(3, 1)}, {P(2, 0)}},
-        {"a vertex that touches, just across", {P(1, 1), P(2, -0.125), P(3, 1)}, {P(2, -0.125)}},
-        {"along it", {P(1, 1), P(2, 0), P(4, 0), P(6, -1)}, {P(2, 0), P(4, 0)}},
-        {"a vertex twice", {P(1, -1), P(2, 0), P(2, 0), P(3, 1)}, {P(2, 0)}},
-        {"closed through its start", {P(2, 0), P(3, 1), P(5, -1), P(2, 0)}, {P(2, 0), P(4, 0)}},
-        {"NaN", {P(1, -1), P(2, kNan), P(3, 1)}, {}},
+    using R = IntersectionResult;
+    const std::tuple<const char*, LineString2D, R, std::vector<Point2D>> rows[] = {
+        {"nothing", {}, R::Degenerate, {}},
+        {"a point on it, for the form that counts", {P(3, 0.25)}, R::Degenerate, {P(3, 0.25)}},
+        {"through", {P(9, -2), P(9, 2), P(-7, -2)}, R::Intersecting, {P(9, 0), P(1, 0)}},
+        {"a vertex on it once", {P(1, -1), P(2, 0), P(3, 1)}, R::Intersecting, {P(2, 0)}},
+        {"a vertex that touches, just across", {P(1, 1), P(2, -0.125), P(3, 1)}, R::Intersecting, {P(2, -0.125)}},
+        {"along it", {P(1, 1), P(2, 0), P(4, 0), P(6, -1)}, R::Intersecting, {P(2, 0), P(4, 0)}},
+        {"there and back", {P(3, 3), P(1, 0), P(5, 0), P(2, 0), P(2, 3)}, R::Intersecting, {P(1, 0), P(5, 0)}},
+        {"all on it", {P(1, 0), P(5, 0.125)}, R::Coincident, {P(1, 0), P(5, 0.125)}},
+        {"a vertex twice", {P(1, -1), P(2, 0), P(2, 0), P(3, 1)}, R::Intersecting, {P(2, 0)}},
+        {"closed through its start", {P(2, 0), P(3, 1), P(5, -1), P(2, 0)}, R::Intersecting, {P(2, 0), P(4, 0)}},
+        {"no length", {P(1, 2), P(1, 2)}, R::Degenerate, {}},
+        {"NaN", {P(1, -1), P(2, kNan), P(3, 1)}, R::Degenerate, {}},
     };
     for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - Point2D()}) {
-        for (const auto& [why, string, expected] : rows) {
-            std::vector<Point2D> points{Point2D(7, 7)};
-            const Line2D line(Point2D() + shift, Point2D(1, 0) + shift);
-            const int count = static_cast<int>(expected.size());
-            EXPECT_EQ(Intersection::LineStringLine(string.Translate(shift), line, points, 0.25), count) << why;
-            ASSERT_EQ(points.size(), expected.size() + 1) << why;
-            for (std::size_t i = 0; i < expected.size(); ++i) {
-                EXPECT_THAT(points[i + 1], IsNear(expected[i] + shift, 1e-9)) << why;
-            }
-            EXPECT_EQ(Intersection::LineStringLine(string, Line2D(), points, 0.25), 0) << "no line";
+        for (const auto& [why, string, result, expected] : rows) {
+            SCOPED_TRACE(why);
+            std::vector<Point2D> points, same;
+            const Line2D line(Point2D() + shift, Point2D(1, 0) + shift), endless(P(0, 0), P(kInfinity, 0));
+            const LineString2D moved = string.Translate(shift);
+            EXPECT_EQ(Intersection::LineStringLine(moved, line, points, 0.25), static_cast<int>(expected.size()));
+            for (Point2D& p : points) p -= shift;
+            EXPECT_THAT(points, testing::Pointwise(AreNear(1e-9), expected));
+            EXPECT_EQ(Intersection::LineStringLine(moved, line, same, Tolerances(0.25, 1e-10)), result);
+            EXPECT_EQ(Intersection::LineStringLine(moved, Line2D(), points, 0.25), 0) << "no line";
+            EXPECT_EQ(Intersection::LineStringLine(moved, endless, points, kTolerances), R::Degenerate);
         }
     }
 }

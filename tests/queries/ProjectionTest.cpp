@@ -36,6 +36,11 @@ TEST(ProjectionTest, LineStringsAndPolygons) {
         EXPECT_EQ(Projection::NearestPointsOnLineString(P(5, 1) + shift, bend, found, 1e-4), 4U);
         EXPECT_THAT(found[1].geometry, IsNear(P(4, 0) + shift, 0.0));
         EXPECT_EQ(found[1].distance, -std::sqrt(2.0)) << "left of the first segment";
+        std::vector<GeometryDistancePair<P>> beyond;
+        Projection::NearestPointsOnLineString(P(4.25, 1) + shift,
+                                              LineString2D{bend.GetPoints()[0], bend.GetPoints()[1]}, beyond, 0.25);
+        EXPECT_EQ(beyond[0].distance, -1.0) << "measured to a foot beyond the end";
+        EXPECT_THAT(beyond[0].geometry, IsNear(P(4, 0) + shift, 0.0)) << "on it";
         EXPECT_EQ(found[2].index + found[3].index, 3U);
         EXPECT_EQ(Projection::NearestPointsOnLineString(P(2, 2) + shift, bend, found, 1e-4), 6U) << "-2 comes twice";
 
@@ -225,6 +230,7 @@ TEST(ProjectionTest, WhereFeetEnd) {
         {"of a spiral", FootOf(centerAt(bloss, 37.0), bloss, 1e-9), 37.0},
         {"of a parabola's summit", FootOf(P(0, 0.5), parabola, 1e-9), parabola.GetLength(P(-1, 1), P(0, 0), 0)},
         {"behind a parabola", FootOf(P(-3, 2), parabola, 1e-3), -1.0},
+        {"by the tolerance", FootOf(P(-1.0004, 1), parabola, 1e-3), 0.0},
         {"not a number", FootOf(P(kNan, 0), clothoid, 1e-3), -1.0},
         {"at infinity", FootOf(P(0, kInfinity), parabola, 1e-3), -1.0},
         {"an arc of no radius", FootOf(P(1, 1), Arc2D(), 1e-3), -1.0},

@@ -11,6 +11,7 @@
 #include <iomanip>
 #include <limits>
 #include <ostream>
+#include <tuple>
 
 namespace Kalvio::Math {
 
@@ -31,6 +32,11 @@ inline void PrintTo(const Point2D& p, std::ostream* out) { PrintPair(p.GetX(), p
 inline void PrintTo(const Vec2D& v, std::ostream* out) { PrintPair(v.GetX(), v.GetY(), out); }
 inline void PrintTo(const Point3D& p, std::ostream* out) { PrintTriple(CoordinatesOf(p), out); }
 inline void PrintTo(const Vec3D& v, std::ostream* out) { PrintTriple(v, out); }
+
+/// `EXPECT_THAT(found, testing::Pointwise(AreNear(1e-9), expected))`, or `UnorderedPointwise`: points one for one.
+MATCHER_P(AreNear, tolerance, "are within " + testing::PrintToString(tolerance) + " of each other") {
+    return (CoordinatesOf(std::get<0>(arg)) - CoordinatesOf(std::get<1>(arg))).Length() <= tolerance;
+}
 
 /// `EXPECT_THAT(point, IsNear(Point2D(1.0, 2.0), 1e-9))`: the distance is at most the tolerance. Works for points and
 /// vectors of two and three dimensions; NaN is near nothing.
