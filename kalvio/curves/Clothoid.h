@@ -125,18 +125,18 @@ public:
     ///
     /// (DLMF 7.6.4 and 7.6.6); no convergence test. (0, 0) for tau = 0 and for terms < 1; NaN for a negative tau. Terms
     /// beyond the 85th vanish: their factorials exceed the doubles.
-    Point2D ComputePoint(double tau, int terms) const;
+    [[nodiscard]] Point2D ComputePoint(double tau, int terms) const;
     /// World point where the radius of this clothoid, continued beyond its ends where needed, has the given value.
-    Point2D ComputePointFromRadius(double radius, int terms) const;
+    [[nodiscard]] Point2D ComputePointFromRadius(double radius, int terms) const;
     /// Direction of the local x axis [rad] when the tangent angle of the start is `tau`.
-    double ComputeRotationAngle(double tau) const;
+    [[nodiscard]] double ComputeRotationAngle(double tau) const;
     /// Outputs of a straight end stay untouched. Lengths are signed like the radii.
     void ComputeStartAndEndTausAndLengths(double& tau1, double& length1, double& tau2, double& length2,
                                           double tolerance) const;
     void ComputeXYSigns(int& xSign, int& ySign) const;
     /// Tangent in the local frame, as the static forms give it.
-    Vec2D ComputeTangentFromLength(double length) const;
-    Vec2D ComputeTangentFromRadius(double radius) const;
+    [[nodiscard]] Vec2D ComputeTangentFromLength(double length) const;
+    [[nodiscard]] Vec2D ComputeTangentFromRadius(double radius) const;
     /// A^2 / radius: length from the inflection point, signed like the radius; 0 for a radius of 0 within 1e-10.
     double GetLength(double radius) const { return ComputeLength(radius, parameter); }
     /// A^2 / length, length from the inflection point; 0 for a length of 0 within 1e-10.
@@ -172,14 +172,14 @@ public:
                                           double height, int terms = defaultTerms) const;
 
     /// sqrt(radius length).
-    static double ComputeParameter(double radius, double length);
+    [[nodiscard]] static double ComputeParameter(double radius, double length);
     /// 0 for radii equal within 1e-10 (inclusive); sqrt|R length| with one straight end; otherwise
     /// sqrt|r1 r2 length / (r2 - r1)|.
-    static double ComputeParameter(double r1, double r2, double length);
+    [[nodiscard]] static double ComputeParameter(double r1, double r2, double length);
     /// L^2 / (2 A^2); 0 when A^2 is 0 within the tolerance (inclusive, like every zero test of these functions).
-    static double ComputeTauFromLength(double length, double parameterValue, double tolerance);
+    [[nodiscard]] static double ComputeTauFromLength(double length, double parameterValue, double tolerance);
     /// A^2 / (2 R^2); 0 when R is 0 within the tolerance.
-    static double ComputeTauFromRadius(double radius, double parameterValue, double tolerance);
+    [[nodiscard]] static double ComputeTauFromRadius(double radius, double parameterValue, double tolerance);
     /// A^2 / (2 R^2) and A^2 / R; outputs untouched when R is 0 within the tolerance.
     static void ComputeTauAndLength(double radius, double parameterValue, double& tau, double& length,
                                     double tolerance);
@@ -187,11 +187,11 @@ public:
     static void ComputeTauAndRadius(double length, double parameterValue, double& tau, double& radius,
                                     double tolerance);
     /// A^2 / R and A^2 / L; 0 when the first argument is 0 within 1e-10.
-    static double ComputeLength(double radius, double parameterValue);
-    static double ComputeRadius(double length, double parameterValue);
+    [[nodiscard]] static double ComputeLength(double radius, double parameterValue);
+    [[nodiscard]] static double ComputeRadius(double length, double parameterValue);
     /// (cos tau, sin tau).
-    static Vec2D ComputeTangentAtLength(double length, double parameterValue, double tolerance);
-    static Vec2D ComputeTangentAtRadius(double radius, double parameterValue, double tolerance);
+    [[nodiscard]] static Vec2D ComputeTangentAtLength(double length, double parameterValue, double tolerance);
+    [[nodiscard]] static Vec2D ComputeTangentAtRadius(double radius, double parameterValue, double tolerance);
     /// xSign is -1 when tau1 > tau2, ySign when a radius is negative; else +1.
     static void ComputeXYSigns(double r1, double r2, double tau1, double tau2, int& xSign, int& ySign);
 

@@ -77,7 +77,7 @@ public:
     void SetStart(const Point2D& value) { start = value; }
     void SetEnd(const Point2D& value) { end = value; }
 
-    double Evaluate(double x) const { return (a * x + b) * x + c; }
+    [[nodiscard]] double Evaluate(double x) const { return (a * x + b) * x + c; }
     /// Always 1.
     int GetY(double x, double& y) const;
     /// The next three: false, the output untouched, for |a| < 1e-10, where the curve is straight.
@@ -97,7 +97,7 @@ public:
     double GetLength(const Point2D& p1, const Point2D& p2, double tolerance) const;
     Vec2D GetStartTangent() const { return ComputeTangent(start); }
     Vec2D GetEndTangent() const { return ComputeTangent(end); }
-    Vec2D ComputeTangent(const Point2D& point) const;
+    [[nodiscard]] Vec2D ComputeTangent(const Point2D& point) const;
     /// Tangents of the whole curve through a point, from the point to where they touch; `left` touches at the smaller
     /// abscissa. A point within 1e-8 of the curve, measured vertically, has one: a line of unit length from it, in
     /// `left`.

@@ -40,10 +40,10 @@ public:
     Polynomial& operator/=(double divisor);
 
     /// Value at x by Horner's rule; 0 for the empty polynomial.
-    double Evaluate(double x) const;
+    [[nodiscard]] double Evaluate(double x) const;
     /// The derivative. With `monic` it is divided by its leading coefficient, which keeps its roots and keeps repeated
     /// derivatives from growing.
-    Polynomial Derive(bool monic) const;
+    [[nodiscard]] Polynomial Derive(bool monic) const;
     /// Quotient of the division by a polynomial.
     /// @param remainder  for a linear divisor the remainder; for a longer one the remainder's coefficient of largest
     ///                   magnitude
@@ -83,7 +83,7 @@ public:
 
     /// Chebyshev polynomial of degree n at x: of the first kind, T_n(cos t) = cos(n t), or with `secondKind`
     /// U_n(cos t) = sin((n + 1) t) / sin t. Any x; the cost does not depend on n. Source: DLMF 18.5.1, 18.5.2.
-    static double EvaluateChebyshev(double x, unsigned int n, bool secondKind);
+    [[nodiscard]] static double EvaluateChebyshev(double x, unsigned int n, bool secondKind);
 
 private:
     bool IsFinite() const;

@@ -20,8 +20,8 @@ namespace {
 using detail::pi;
 using detail::twoPi;
 
-constexpr double turnPerPanel = 0.5;                 // [rad]; with 8 nodes the quadrature is exact to rounding
-constexpr double leastPanels = 8.0;                  // that resolve the waves of the laws
+constexpr double turnPerPanel = 0.5;                 // [rad]; 14 terms are exact to rounding
+constexpr double leastPanels = 8.0;                  // over which the waves of the laws are short enough for that
 constexpr double extensionTurn = 2.0;                // [rad]; a clothoid is extended by no more
 constexpr double mostExtension = 1e3;                // in lengths; bounds the extension of a straight
 constexpr double mostTurn = 1000.0;                  // [rad]; more is no transition curve
@@ -106,12 +106,34 @@ double ParabolaLength(double u) {
     return u * sum;
 }
 
-// The inverse of S by Newton's steps from u = s - s^5 / 10 + ..., which is within 0.5 %: three double the digits to
-// all.
+// The inverse of S. u / s is a polynomial of s^4, interpolated in Chebyshev's nodes with 50 digits up to the
+// culmination: its error is 1e-18.
 double AbscissaAtLength(double s) {
-    double u = s - 0.1 * s * s * s * s * s;
-    for (int i = 0; i < 3; ++i) u -= (ParabolaLength(u) - s) / std::sqrt(1.0 + u * u * u * u);
-    return u;
+    constexpr double longest = 0.6818;  // a little beyond the culmination
+    constexpr double c[] = {1.0,
+                            -0.099999999999998398911,
+                            0.063888888888405646787,
+                            -0.059252136694489789157,
+                            0.064937747780167525223,
+                            -0.078281085890261211297,
+                            0.10036653703491045115,
+                            -0.13432016306804866474,
+                            0.18509303176850304382,
+                            -0.25759883063987626563,
+                            0.34617102249367036505,
+                            -0.40813364512448231591,
+                            0.35549967115470569048,
+                            -0.16217204755002571664};
+    s = std::clamp(s, -longest, longest);
+    const double q = s * s * s * s;
+    const double square = q * q;
+    double even = c[12];
+    double odd = c[13];
+    for (std::size_t i = 12; i >= 2; i -= 2) {
+        even = even * square + c[i - 2];
+        odd = odd * square + c[i - 1];
+    }
+    return s * (even + q * odd);
 }
 
 double AbscissaAtCurvature(double curvature) {
@@ -122,6 +144,58 @@ double AbscissaAtCurvature(double curvature) {
         return detail::ValueAndSlope{2.0 * x / (q * root) - wanted, 2.0 * (1.0 - 5.0 * x * x * x * x) / (q * q * root)};
     });
     return std::copysign(u, curvature);
+}
+
+// The derivative by t of the turn over a panel, as a power series in t: half the panel times the curvature at the
+// law's station middle + half t.
+struct RateSeries {
+    std::array<double, 13> terms{};
+    std::size_t size = 0;
+};
+
+// f(T + d t) of the laws by powers of t.
+RateSeries ShapeSeries(Spiral2D::Spiral2DType type, double T, double d) {
+    using Type = Spiral2D::Spiral2DType;
+    RateSeries f;
+    f.terms[0] = Shape(type, T);
+    f.size = 2;
+    switch (type) {
+        case Type::Bloss:
+            f.terms[1] = 6.0 * T * (1.0 - T) * d;
+            f.terms[2] = (3.0 - 6.0 * T) * d * d;
+            f.terms[3] = -2.0 * d * d * d;
+            f.size = 4;
+            return f;
+        case Type::Biquadratic:
+            f.terms[1] = 4.0 * (T < 0.5 ? T : 1.0 - T) * d;
+            f.terms[2] = (T < 0.5 ? 2.0 : -2.0) * d * d;
+            f.size = 3;
+            return f;
+        case Type::Sine:
+        case Type::Cosine: {
+            // - sin(2 pi T + phase t) / (2 pi) or - cos(pi T + phase t) / 2: every derivative is one of four values.
+            const bool isSine = type == Type::Sine;
+            const double phase = (isSine ? twoPi : pi) * d;
+            const double sine = std::sin((isSine ? twoPi : pi) * T);
+            const double cosine = std::cos((isSine ? twoPi : pi) * T);
+            const double wave = isSine ? -1.0 / twoPi : -0.5;
+            const double cycle[] = {isSine ? sine : cosine, isSine ? cosine : -sine, isSine ? -sine : -cosine,
+                                    isSine ? -cosine : sine};
+            double power = 1.0;
+            f.size = f.terms.size();
+            for (std::size_t n = 1; n < f.size; ++n) {
+                power *= phase / static_cast<double>(n);
+                f.terms[n] = wave * power * cycle[n % 4];
+            }
+            if (isSine) f.terms[1] += d;
+            return f;
+        }
+        case Type::Clothoid:
+        case Type::Cubic:
+            break;
+    }
+    f.terms[1] = d;
+    return f;
 }
 
 }  // namespace
@@ -146,12 +220,15 @@ bool Spiral2D::Law::SolveCubic() {
 
 double Spiral2D::Law::GetAbscissa(double station) const { return AbscissaAtLength(first + scale * station); }
 
-double Spiral2D::Law::GetCurvature(double station) const {
-    if (!(length > 0.0)) return k1;
-    if (!IsParabola()) return k1 + (k2 - k1) * Shape(type, station / length);
-    const double u = GetAbscissa(station);
+double Spiral2D::Law::GetCurvatureAtAbscissa(double u) const {
     const double q = 1.0 + u * u * u * u;
     return side * scale * 2.0 * u / (q * std::sqrt(q));
+}
+
+double Spiral2D::Law::GetCurvature(double station) const {
+    if (!(length > 0.0)) return k1;
+    if (IsParabola()) return GetCurvatureAtAbscissa(GetAbscissa(station));
+    return k1 + (k2 - k1) * Shape(type, station / length);
 }
 
 double Spiral2D::Law::GetTurn(double station) const {
@@ -169,20 +246,16 @@ double Spiral2D::Law::GetLargestRate() const {
 // Evaluates stations relative to the start point, in world directions.
 class Spiral2D::Evaluator {
 public:
-    explicit Evaluator(const Spiral2D& evaluated)
-        : spiral(evaluated),
-          angle(evaluated.startTangent.GetAngle().GetRadians()),
-          cosine(std::cos(angle)),
-          sine(std::sin(angle)) {}
+    explicit Evaluator(const Spiral2D& evaluated) : spiral(evaluated), isParabola(evaluated.law.IsParabola()) {}
 
     detail::CurveState At(double station) const {
-        const Position local = spiral.GetPosition(station);
+        if (isParabola) return AtOfParabola(station);
+        const Vec2D offset = spiral.panels.empty() ? Vec2D() : World(spiral.PanelAt(station).At(station));
         const double direction = GetDirection(station);
-        return {local.x * cosine - local.y * sine, local.x * sine + local.y * cosine, std::cos(direction),
-                std::sin(direction), GetCurvature(station)};
+        return {offset.GetX(), offset.GetY(), std::cos(direction), std::sin(direction), GetCurvature(station)};
     }
     double GetDirection(double station) const {
-        return angle + spiral.law.GetTurn(spiral.lawStart + station) - spiral.startTurn;
+        return spiral.angle + spiral.law.GetTurn(spiral.lawStart + station) - spiral.startTurn;
     }
     double GetCurvature(double station) const { return spiral.law.GetCurvature(spiral.lawStart + station); }
     double GetLargestRate() const { return spiral.law.GetLargestRate(); }
@@ -193,10 +266,24 @@ public:
     double GetLength() const { return spiral.length; }
 
 private:
+    detail::CurveState AtOfParabola(double station) const {
+        const Law& law = spiral.law;
+        const double u1 = spiral.startAbscissa;
+        const double u = law.GetAbscissa(spiral.lawStart + station);
+        const double run = (u - u1) / law.scale;
+        const Vec2D offset = World({run, law.side * run * (u * u + u * u1 + u1 * u1) / 3.0});
+        const double slope = law.side * u * u;
+        const double secant = std::sqrt(1.0 + slope * slope);
+        const Vec2D tangent = World({1.0 / secant, slope / secant});
+        return {offset.GetX(), offset.GetY(), tangent.GetX(), tangent.GetY(), law.GetCurvatureAtAbscissa(u)};
+    }
+    Vec2D World(const Position& local) const {
+        return {local.x * spiral.axisCosine - local.y * spiral.axisSine,
+                local.x * spiral.axisSine + local.y * spiral.axisCosine};
+    }
+
     const Spiral2D& spiral;
-    double angle;
-    double cosine;
-    double sine;
+    bool isParabola;
 };
 
 Spiral2D::Spiral2D() { MakeWhole(); }
@@ -231,8 +318,13 @@ void Spiral2D::CopyData(const Spiral2D& other) {
     startTurn = other.startTurn;
     inflection = other.inflection;
     usable = other.usable;
-    panel = other.panel;
-    positions = other.positions;
+    angle = other.angle;
+    axisCosine = other.axisCosine;
+    axisSine = other.axisSine;
+    startAbscissa = other.startAbscissa;
+    panels = other.panels;
+    kink = other.kink;
+    panelsToKink = other.panelsToKink;
     end = other.end;
 }
 
@@ -254,10 +346,22 @@ bool Spiral2D::IsUsable() const {
 void Spiral2D::Update() {
     startTurn = 0.0;
     inflection = -1.0;
-    positions.clear();
+    startAbscissa = 0.0;
+    panels.clear();
+    kink = 0.0;
+    panelsToKink = 0;
+    angle = startTangent.GetAngle().GetRadians();
+    axisCosine = std::cos(angle);
+    axisSine = std::sin(angle);
     usable = IsUsable() && (!law.IsParabola() || law.scale > 0.0 || law.SolveCubic());
+    if (usable) startTurn = law.GetTurn(lawStart);
+    if (usable && law.IsParabola()) {
+        startAbscissa = law.GetAbscissa(lawStart);
+        const double toAxis = -law.side * std::atan(startAbscissa * startAbscissa);
+        axisCosine = std::cos(angle + toAxis);
+        axisSine = std::sin(angle + toAxis);
+    }
     if (usable && length > 0.0) {
-        startTurn = law.GetTurn(lawStart);
         const double first = law.GetCurvature(lawStart);
         const double last = law.GetCurvature(lawStart + length);
         if ((first < 0.0 && last > 0.0) || (first > 0.0 && last < 0.0)) {
@@ -266,16 +370,14 @@ void Spiral2D::Update() {
                 return detail::ValueAndSlope{first < 0.0 ? curvature : -curvature, 0.0};
             });
         }
-        const double turn = std::max(std::abs(first), std::abs(last)) * length;
-        const double panels = std::max(leastPanels, std::ceil(turn / turnPerPanel));
-        panel = length / panels;
-        usable = panel > 0.0;
-        Position position;
-        for (double i = 0.0; i < panels && !law.IsParabola(); ++i) {
-            positions.push_back(position);
-            const Position step = Integrate(i * panel, (i + 1.0) * panel);
-            position.x += step.x;
-            position.y += step.y;
+        if (!law.IsParabola()) {
+            const double turn = std::max(std::abs(first), std::abs(last)) * length;
+            const double longest = length / std::max(leastPanels, turn / turnPerPanel);
+            const double middle = 0.5 * law.length - lawStart;
+            if (type == Spiral2DType::Biquadratic && middle > 0.0 && middle < length) kink = middle;
+            AppendPanels(0.0, kink, longest);
+            panelsToKink = panels.size();
+            AppendPanels(kink, length, longest);
         }
     }
     end = start;
@@ -284,49 +386,64 @@ void Spiral2D::Update() {
     end += Vec2D(at.x, at.y);
 }
 
-// The displacement between two stations, x along the start tangent. Abramowitz and Stegun 1964, table 25.4, n = 8.
-Spiral2D::Position Spiral2D::Integrate(double from, double to) const {
-    constexpr std::array<double, 4> nodes = {0.1834346424956498, 0.5255324099163290, 0.7966664774136267,
-                                             0.9602898564975363};
-    constexpr std::array<double, 4> weights = {0.3626837833783620, 0.3137066458778873, 0.2223810344533745,
-                                               0.1012285362903763};
-    // The biquadratic law has a kink in its middle, which no panel may cover.
-    const double kink = 0.5 * law.length - lawStart;
-    if (type == Spiral2DType::Biquadratic && from < kink && kink < to) {
-        const Position before = Integrate(from, kink);
-        const Position after = Integrate(kink, to);
-        return {before.x + after.x, before.y + after.y};
+Spiral2D::Position Spiral2D::Panel::Sum(double t) const {
+    const double square = t * t;
+    Position even = powers[terms - 2];
+    Position odd = powers[terms - 1];
+    for (std::size_t i = terms - 2; i >= 2; i -= 2) {
+        even = {even.x * square + powers[i - 2].x, even.y * square + powers[i - 2].y};
+        odd = {odd.x * square + powers[i - 1].x, odd.y * square + powers[i - 1].y};
     }
-    const double half = 0.5 * (to - from);
-    const double middle = 0.5 * (to + from);
-    Position sum;
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        for (const double node : {-nodes[i], nodes[i]}) {
-            const double direction = law.GetTurn(lawStart + (middle + half * node)) - startTurn;
-            sum.x += weights[i] * std::cos(direction);
-            sum.y += weights[i] * std::sin(direction);
-        }
-    }
-    return {sum.x * half, sum.y * half};
+    return {even.x + t * odd.x, even.y + t * odd.y};
 }
 
-// The position at a station relative to the start, x along the start tangent.
-Spiral2D::Position Spiral2D::GetPosition(double station) const {
-    if (!(length > 0.0)) return {};
-    if (law.IsParabola()) {
-        const double u1 = law.GetAbscissa(lawStart);
-        const double u = law.GetAbscissa(lawStart + station);
-        const double dx = (u - u1) / law.scale;
-        const double dy = law.side * (u - u1) * (u * u + u * u1 + u1 * u1) / (3.0 * law.scale);
-        const double slope = law.side * u1 * u1;  // of the start tangent
-        const double norm = std::sqrt(1.0 + slope * slope);
-        return {(dx + dy * slope) / norm, (dy - dx * slope) / norm};
+Spiral2D::Position Spiral2D::Panel::At(double station) const { return Sum((station - middle) * perHalf); }
+
+// With w = (cos, sin) of the direction and r its rate of turning, w' is r times w turned left: the power series of r
+// gives that of w term by term, and w integrated is the position.
+void Spiral2D::AppendPanels(double from, double to, double longest) {
+    if (!(to > from)) return;
+    const auto count = static_cast<double>(std::max(std::int64_t{1}, detail::NumberOfParts(to - from, longest)));
+    const double half = 0.5 * ((to - from) / count);
+    const double perHalf = 1.0 / half;
+    Position joint;
+    if (!panels.empty()) joint = panels.back().Sum(1.0);
+    panels.reserve(panels.size() + static_cast<std::size_t>(count));
+    for (double i = 0.0; i < count; ++i) {
+        Panel& panel = panels.emplace_back();
+        panel.middle = from + (2.0 * i + 1.0) * half;
+        panel.perHalf = std::isfinite(perHalf) ? perHalf : 0.0;  // too short for a second point
+        const double inLaw = lawStart + panel.middle;
+        RateSeries rate = ShapeSeries(law.type, inLaw / law.length, half / law.length);
+        for (double& term : rate.terms) term *= half * (law.k2 - law.k1);
+        rate.terms[0] += half * law.k1;
+        const double direction = law.GetTurn(inLaw) - startTurn;
+        std::array<Position, Panel::terms> w;
+        w[0] = {std::cos(direction), std::sin(direction)};
+        for (std::size_t n = 0; n + 1 < Panel::terms; ++n) {
+            const double perNext = 1.0 / (static_cast<double>(n) + 1.0);
+            panel.powers[n + 1] = {half * perNext * w[n].x, half * perNext * w[n].y};
+            Position sum;
+            for (std::size_t j = 0; j <= n && j < rate.size; ++j) {
+                sum.x -= rate.terms[j] * w[n - j].y;
+                sum.y += rate.terms[j] * w[n - j].x;
+            }
+            w[n + 1] = {sum.x * perNext, sum.y * perNext};
+        }
+        const Position atStart = panel.Sum(-1.0);
+        panel.powers[0] = {joint.x - atStart.x, joint.y - atStart.y};
+        joint = panel.Sum(1.0);
     }
-    const double last = static_cast<double>(positions.size()) - 1.0;
-    const double index = station > 0.0 ? std::min(std::floor(station / panel), last) : 0.0;
-    const Position& before = positions[static_cast<std::size_t>(index)];
-    const Position step = Integrate(index * panel, station);
-    return {before.x + step.x, before.y + step.y};
+}
+
+const Spiral2D::Panel& Spiral2D::PanelAt(double station) const {
+    const bool isBefore = station < kink;
+    const std::size_t first = isBefore ? 0 : panelsToKink;
+    const std::size_t last = isBefore ? panelsToKink - 1 : panels.size() - 1;
+    const double parts = (station - panels[first].middle) * panels[first].perHalf;  // -1 where the first one starts
+    const double index = std::floor(0.5 * (parts + 1.0));
+    if (!(index > 0.0)) return panels[first];
+    return index < static_cast<double>(last - first) ? panels[first + static_cast<std::size_t>(index)] : panels[last];
 }
 
 MathTypes Spiral2D::GetType() const { return MathTypes::Spiral2D; }

@@ -80,6 +80,9 @@ TEST(ClothoidTest, EndAndTangentMatchTheIntegratedCurvature) {
         EXPECT_THAT(clothoid.GetNearestPoint(clothoid.GetEnd() + clothoid.GetEndTangent(), kTolerances),
                     IsNear(clothoid.GetEnd(), 0.0))
             << "a joint is one point to the last digit, or chains credit it to the wrong element";
+        Vec2D offset, tangent;
+        ASSERT_TRUE(clothoid.MakeOffsetAndTangentAt(clothoid.GetLength(), offset, tangent));
+        EXPECT_THAT(offset, IsNear(Turned(Vec2D(reference.x, reference.y), direction), 1e-12)) << "wherever it starts";
         std::vector<Sample> samples;  // far apart and close together
         for (const double parts : {3.0, 41.0})
             clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, clothoid.GetLength() / parts);

@@ -60,6 +60,11 @@ TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
         EXPECT_THAT(spiral.GetEnd(), IsNear(spiral.GetStart() + Turned(Vec2D(r.x, r.y), direction), rounding));
         EXPECT_THAT(spiral.GetEndTangent(),
                     IsNear(Turned(Vec2D(std::cos(r.turn), std::sin(r.turn)), direction), 1e-13));
+        Vec2D offset, tangent;
+        ASSERT_TRUE(spiral.MakeOffsetAndTangentAt(r.length, offset, tangent));
+        EXPECT_THAT(offset, IsNear(Turned(Vec2D(r.x, r.y), direction), 1e-12 * r.length)) << "wherever it starts";
+        EXPECT_THAT(tangent, IsNear(spiral.GetEndTangent(), 1e-15));
+        EXPECT_THAT(At(spiral, r.length).point, IsNear(spiral.GetEnd(), 0.0));
         const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
         EXPECT_NEAR(spiral.GetCurvature(0.0), curvature(r.startRadius), 1e-15);
         EXPECT_NEAR(spiral.GetCurvature(r.length), curvature(r.endRadius), 1e-15);

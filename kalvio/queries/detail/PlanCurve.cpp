@@ -29,15 +29,17 @@ double RoundCurve::ParameterOf(const Vec2D& point, double length) const {
 }
 
 PlanState ClothoidCurve::At(double p) const {
-    IPolyline2DElement::PolylineElementPoint sample;
-    clothoid.MakePointAndTangentAt(p, sample);
-    return {start + (sample.point - Point2D()), sample.tangent};
+    PlanState at;
+    clothoid->MakeOffsetAndTangentAt(p, at.position, at.velocity);
+    at.position += start;
+    return at;
 }
 
 PlanState SpiralCurve::At(double p) const {
-    IPolyline2DElement::PolylineElementPoint sample;
-    spiral.MakePointAndTangentAt(p, sample);
-    return {start + (sample.point - Point2D()), sample.tangent};
+    PlanState at;
+    spiral->MakeOffsetAndTangentAt(p, at.position, at.velocity);
+    at.position += start;
+    return at;
 }
 
 PlanState ParabolaCurve::At(double p) const {
@@ -71,7 +73,8 @@ std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const P
 }
 
 bool PlanCurve::SetCurve(const IPolyline2DElement& element, const Vec2D& start) {
-    IPolyline2DElement::PolylineElementPoint sample;
+    Vec2D offset;
+    Vec2D tangent;
     switch (element.GetType()) {
         case MathTypes::Line2D:
             curve = StraightCurve{start, (element.GetEnd() - element.GetStart()) / to};
@@ -83,14 +86,14 @@ bool PlanCurve::SetCurve(const IPolyline2DElement& element, const Vec2D& start) 
             return true;
         }
         case MathTypes::Clothoid: {
-            auto& moved = curve.emplace<ClothoidCurve>(ClothoidCurve{start, static_cast<const Clothoid&>(element)});
-            moved.clothoid.SetStart(Point2D());
-            return moved.clothoid.MakePointAndTangentAt(0.0, sample);
+            const auto& clothoid = static_cast<const Clothoid&>(element);
+            curve = ClothoidCurve{start, &clothoid};
+            return clothoid.MakeOffsetAndTangentAt(0.0, offset, tangent);
         }
         case MathTypes::Spiral2D: {
-            auto& moved = curve.emplace<SpiralCurve>(SpiralCurve{start, static_cast<const Spiral2D&>(element)});
-            moved.spiral.SetStart(Point2D());
-            return moved.spiral.MakePointAndTangentAt(0.0, sample);
+            const auto& spiral = static_cast<const Spiral2D&>(element);
+            curve = SpiralCurve{start, &spiral};
+            return spiral.MakeOffsetAndTangentAt(0.0, offset, tangent);
         }
         case MathTypes::Parabola: {
             const auto& parabola = static_cast<const Parabola&>(element);

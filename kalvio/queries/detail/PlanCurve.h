@@ -42,18 +42,18 @@ struct RoundCurve {
 
 struct ClothoidCurve {
     PlanState At(double p) const;
-    double GetCurvature(double p) const { return clothoid.GetCurvature(p); }
+    double GetCurvature(double p) const { return clothoid->GetCurvature(p); }
 
     Vec2D start;
-    Clothoid clothoid;  // moved to the origin
+    const Clothoid* clothoid;
 };
 
 struct SpiralCurve {
     PlanState At(double p) const;
-    double GetCurvature(double p) const { return spiral.GetCurvature(p); }
+    double GetCurvature(double p) const { return spiral->GetCurvature(p); }
 
     Vec2D start;
-    Spiral2D spiral;  // moved to the origin
+    const Spiral2D* spiral;
 };
 
 struct ParabolaCurve {
