@@ -112,6 +112,10 @@ public:
     bool Remove(std::size_t i) { return tree.Remove(&items[i]); }
     int Window(const PlanBox& w) const { return tree.SearchAndVisit(BoundingBoxND(Low(w), High(w)), true, Counter()); }
     int Point(double x, double y) const { return tree.SearchAndVisit(PointND(std::vector<double>{x, y}), Counter()); }
+    std::size_t Nearest(double x, double y, unsigned int k) const {
+        std::vector<ISpatialIndexData*> found;
+        return tree.SearchNearest(PointND(std::vector<double>{x, y}), k, Scene::extent, found);
+    }
     int List(const PlanBox& w) const {
         std::list<ISpatialIndexData*> found;
         return static_cast<int>(tree.Search(BoundingBoxND(Low(w), High(w)), true, found));
@@ -185,6 +189,13 @@ template <class Adapter, bool atOnce>
 void BM_Point(benchmark::State& state) {
     const Adapter& index = Prepared<Adapter, atOnce>(state);
     RunSearches(state, SceneOf(state).points, [&](const PlanBox& p) { return index.Point(p.minX, p.minY); });
+}
+
+template <class Adapter, bool atOnce>
+void BM_Nearest(benchmark::State& state) {
+    const Adapter& index = Prepared<Adapter, atOnce>(state);
+    const auto k = static_cast<unsigned int>(state.range(2));
+    RunSearches(state, SceneOf(state).points, [&](const PlanBox& p) { return index.Nearest(p.minX, p.minY, k); });
 }
 
 /// Processor time: a busy machine does not change it much.
@@ -273,6 +284,9 @@ void RegisterAll(const std::string& name, std::int64_t most = 1000000) {
     withSizes(RegisterBenchmark((name + "/window").c_str(), BM_Window<Adapter, atOnce>), {10, 1000});
     if constexpr (requires(const Adapter& a, const PlanBox& w) { a.List(w); }) {
         withSizes(RegisterBenchmark((name + "/list").c_str(), BM_List<Adapter, atOnce>), {10, 1000});
+    }
+    if constexpr (requires(const Adapter& a) { a.Nearest(0.0, 0.0, 1U); }) {
+        withSizes(RegisterBenchmark((name + "/nearest").c_str(), BM_Nearest<Adapter, atOnce>), {1, 10});
     }
     withSizes(RegisterBenchmark((name + "/point").c_str(), BM_Point<Adapter, atOnce>), {});
     withSizes(RegisterBenchmark((name + "/" + (atOnce ? "load" : "insert")).c_str(), BM_Insert<Adapter, atOnce>), {})

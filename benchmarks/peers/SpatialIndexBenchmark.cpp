@@ -41,6 +41,9 @@ public:
     bool Remove(std::size_t i) { return tree.remove(ValueOf(i)) == 1; }
     std::size_t Window(const PlanBox& w) const { return Count(BoxOf(w)); }
     std::size_t Point(double x, double y) const { return Count(PointXY(x, y)); }
+    std::size_t Nearest(double x, double y, unsigned int k) const {
+        return Query(boost::geometry::index::nearest(PointXY(x, y), k));
+    }
 
 private:
     using PointXY = boost::geometry::model::d2::point_xy<double>;
@@ -51,9 +54,12 @@ private:
     Value ValueOf(std::size_t i) const { return {BoxOf(boxes[i]), &boxes[i]}; }
     template <class Shape>
     std::size_t Count(const Shape& shape) const {
-        return tree.query(
-            boost::geometry::index::intersects(shape),
-            boost::make_function_output_iterator([](const Value& value) { benchmark::DoNotOptimize(value.second); }));
+        return Query(boost::geometry::index::intersects(shape));
+    }
+    template <class Predicate>
+    std::size_t Query(const Predicate& predicate) const {
+        return tree.query(predicate, boost::make_function_output_iterator(
+                                         [](const Value& value) { benchmark::DoNotOptimize(value.second); }));
     }
 
     const std::vector<PlanBox>& boxes;

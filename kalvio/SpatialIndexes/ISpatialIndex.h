@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <list>
 #include <span>
+#include <vector>
 
 namespace Kalvio::Math {
 class BoundingBoxND;
@@ -67,6 +68,15 @@ public:
     /// insertions and removals work as ever.
     /// @return true; false, and nothing changes, when an item is null
     virtual bool Insert(std::span<const ISpatialIndexData* const> items) = 0;
+    /// Appends the items nearest to a point or a box, at most so many and none farther than `within` (closed), the
+    /// nearest first. The distance is that of the boxes over the axes of the index, 0 where they meet. Of equal
+    /// distances the lower corner decides, axis by axis, then the upper one, and of equal boxes the address. Items
+    /// whose squared distance is no finite number are not found.
+    /// @return number of items appended
+    virtual std::uint64_t SearchNearest(const PointND& point, std::uint64_t most, double within,
+                                        std::vector<ISpatialIndexData*>& items) const = 0;
+    virtual std::uint64_t SearchNearest(const BoundingBoxND& box, std::uint64_t most, double within,
+                                        std::vector<ISpatialIndexData*>& items) const = 0;
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

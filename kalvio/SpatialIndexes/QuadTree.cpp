@@ -2,6 +2,7 @@
 
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/QuadTreeData.h"
+#include "kalvio/SpatialIndexes/detail/Nearest.h"
 #include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
@@ -100,6 +101,16 @@ std::uint64_t QuadTree::Search(const PointND& point, std::list<ISpatialIndexData
 std::uint64_t QuadTree::Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const {
     data->root->AddAllItemsFromOverlapping(box, items, overlap);
     return items.size();
+}
+
+std::uint64_t QuadTree::SearchNearest(const PointND& point, std::uint64_t most, double within,
+                                      std::vector<ISpatialIndexData*>& items) const {
+    return detail::FindNearest(data->root.get(), 2, point, most, within, items);
+}
+
+std::uint64_t QuadTree::SearchNearest(const BoundingBoxND& box, std::uint64_t most, double within,
+                                      std::vector<ISpatialIndexData*>& items) const {
+    return detail::FindNearest(data->root.get(), 2, box, most, within, items);
 }
 
 SpatialIndexTypes QuadTree::GetType() const { return SpatialIndexTypes::QuadTree; }

@@ -35,6 +35,10 @@ public:
     std::uint64_t Search(const PointND& point, std::list<ISpatialIndexData*>& items) const override;
     std::uint64_t Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const override;
     SpatialIndexTypes GetType() const override;
+    std::uint64_t SearchNearest(const PointND& point, std::uint64_t most, double within,
+                                std::vector<ISpatialIndexData*>& items) const override;
+    std::uint64_t SearchNearest(const BoundingBoxND& box, std::uint64_t most, double within,
+                                std::vector<ISpatialIndexData*>& items) const override;
 
     /// Owned by the tree; never null.
     const QuadTreeNode* GetRoot() const;

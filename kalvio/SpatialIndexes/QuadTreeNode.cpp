@@ -4,6 +4,7 @@
 #include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
 #include "kalvio/SpatialIndexes/detail/Answers.h"
 #include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+#include "kalvio/SpatialIndexes/detail/Nearest.h"
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 
 #include <algorithm>
@@ -389,6 +390,32 @@ void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuer
         } else if (child->IsSearchMatch(nodeQuery)) {
             child->Walk(nodeQuery, itemQuery, found);
         }
+    }
+}
+
+void QuadTreeNode::SearchNearest(const FlatBox& from, detail::NearestItems& nearest) const {
+    const detail::BoxPairs pairs(const_cast<double*>(boxes.data()), planDimension);  // only read
+    for (unsigned int i = 0; i < items.size(); ++i) {
+        const FlatBox box = pairs.Get(i);
+        const double distance = PlanBox(box).SquaredDistance(from);
+        if (!(distance <= nearest.GetLimit()) || (isRoot && box.HasNaN())) continue;
+        nearest.Take(distance, pairs, i, items[i]);
+    }
+    struct Way {
+        double distance;
+        const QuadTreeNode* node;
+    };
+    std::array<Way, 4> ways;
+    std::size_t n = 0;
+    for (const auto& child : children) {
+        if (child == nullptr) continue;
+        const Way way{child->square.SquaredDistance(from), child.get()};
+        std::size_t i = n++;
+        for (; i > 0 && way.distance < ways[i - 1].distance; --i) ways[i] = ways[i - 1];
+        ways[i] = way;
+    }
+    for (std::size_t i = 0; i < n && ways[i].distance <= nearest.GetLimit(); ++i) {
+        ways[i].node->SearchNearest(from, nearest);
     }
 }
 

@@ -17,6 +17,8 @@ class ISpatialIndexVisit;
 
 namespace detail {
 
+class NearestItems;
+
 /// Items on their way into a quadtree all at once.
 struct Arrivals {
     struct Place {
@@ -107,6 +109,9 @@ public:
     /// Appends what `Visit` visits.
     void AddAllItemsFromOverlapping(const BoundingBoxND& box, std::list<ISpatialIndexData*>& found, bool overlap) const;
     void AddAllItemsFromOverlapping(const PointND& point, std::list<ISpatialIndexData*>& found) const;
+
+    /// Offers the items of this node and below that are near enough, nearer children first.
+    void SearchNearest(const detail::FlatBox& from, detail::NearestItems& nearest) const;
 
     /// The quadrant around a centre that holds the whole box; -1 when none does. A box that touches a centre line is
     /// inside; one without width on the vertical line goes to the low side.

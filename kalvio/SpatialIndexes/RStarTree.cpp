@@ -54,6 +54,9 @@ struct RStarTreeData {
         }
     }
 
+    /// Null while there is no root.
+    const detail::EntryBlock* Block() const { return root == nullptr ? nullptr : &root->GetEntries().Block(); }
+
     auto Walk() const {
         return [this](const auto& nodeQuery, const auto& itemQuery, auto& found) {
             if (root != nullptr) root->GetEntries().Block().Search(nodeQuery, itemQuery, found);
@@ -172,6 +175,16 @@ std::uint64_t RStarTree::Search(const PointND& point, std::list<ISpatialIndexDat
 
 std::uint64_t RStarTree::Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const {
     return detail::ListAnswers(data->Walk(), items, data->dimension, box, overlap);
+}
+
+std::uint64_t RStarTree::SearchNearest(const PointND& point, std::uint64_t most, double within,
+                                       std::vector<ISpatialIndexData*>& items) const {
+    return detail::FindNearest(data->Block(), data->dimension, point, most, within, items);
+}
+
+std::uint64_t RStarTree::SearchNearest(const BoundingBoxND& box, std::uint64_t most, double within,
+                                       std::vector<ISpatialIndexData*>& items) const {
+    return detail::FindNearest(data->Block(), data->dimension, box, most, within, items);
 }
 
 SpatialIndexTypes RStarTree::GetType() const { return SpatialIndexTypes::RStarTree; }

@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <random>
+#include <tuple>
 
 namespace Kalvio::Math::SpatialIndexes {
 namespace {
@@ -115,6 +116,12 @@ public:
         const double steps[]{0.0, 0.004, 0.006, -0.004};
         point.SetCoordinate(0, point[0] + steps[boxes.Integer(0, 3)]);
         Check([&](const BoundingBoxND& box) { return box.IsPointInside(point, 0.005); }, point);
+        if (boxes.Integer(0, 3) > 0) return;  // costs more
+        const std::uint64_t most = std::uint64_t{1} << boxes.Integer(0, 8);
+        const double reaches[]{kInfinity, 40.0, 0.5, 0.0};
+        const double within = reaches[boxes.Integer(0, 3)];
+        CheckNearest(point, BoundingBoxND(point, point), most, within);
+        CheckNearest(window, window, most, within);
     }
     void CheckStructureOfTree() const {
         const auto nrOfUnplaced = std::count_if(inside.begin(), inside.end(), [](Item* i) { return HasNaN(i->box); });
@@ -140,6 +147,30 @@ private:
         Collector visitor;
         EXPECT_EQ(tree.SearchAndVisit(where..., visitor), static_cast<int>(expected.size()));
         EXPECT_EQ(Sorted(visitor.found), Sorted(expected));
+    }
+
+    template <class Where>
+    void CheckNearest(const Where& where, const BoundingBoxND& from, std::uint64_t most, double within) const {
+        using Key = std::tuple<double, std::vector<double>, std::vector<double>, const ISpatialIndexData*>;
+        std::vector<Key> expected;
+        for (const Item* item : inside) {
+            double sum = 0.0;
+            for (unsigned int axis = 0; axis < from.GetDimension(); ++axis) {
+                const double below = item->box.GetMin(axis) - from.GetMax(axis);
+                const double above = from.GetMin(axis) - item->box.GetMax(axis);
+                const double gap = below > 0.0 || above > 0.0 ? std::fmax(below, above) : 0.0;
+                sum += gap * gap;
+            }
+            if (HasNaN(item->box) || HasNaN(from) || !std::isfinite(sum) || std::sqrt(sum) > within) continue;
+            expected.emplace_back(sum, item->box.GetMinPoint().GetCoordinates(),
+                                  item->box.GetMaxPoint().GetCoordinates(), item);
+        }
+        std::sort(expected.begin(), expected.end());
+        expected.resize(std::min<std::size_t>(expected.size(), most));
+        std::vector<ISpatialIndexData*> found(1, nullptr);  // a search appends
+        EXPECT_EQ(tree.SearchNearest(where, most, within, found), expected.size());
+        ASSERT_EQ(found.size(), expected.size() + 1);
+        for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_EQ(found[i + 1], std::get<3>(expected[i])) << i;
     }
 
     std::deque<Item> items;
@@ -242,6 +273,16 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
         EXPECT_EQ(Search(tree, PointOf({x + 4.004, y - 0.004})), Found{&item});
         EXPECT_EQ(Search(tree, PointOf({x + 4.006, y})), Found{});
         EXPECT_EQ(Search(tree, PointOf({kNaN, y})), Found{});
+        std::vector<ISpatialIndexData*> nearest;
+        for (const double within : {kNaN, -1.0, 2.75}) {
+            EXPECT_EQ(tree.SearchNearest(PointOf({x + 7, y}), 9, within, nearest), 0U) << within;
+        }
+        EXPECT_EQ(tree.SearchNearest(PointOf({kNaN, y}), 9, kInfinity, nearest), 0U);
+        EXPECT_EQ(tree.SearchNearest(PointOf({x}), 9, kInfinity, nearest), 0U) << "an axis short";
+        EXPECT_EQ(tree.SearchNearest(PointOf({x, y}), 0, kInfinity, nearest), 0U);
+        EXPECT_EQ(tree.SearchNearest(PointOf({x + 7, y + 8}), 9, 5.0, nearest), 1U) << "3 and 4: closed";
+        EXPECT_EQ(TypeParam().SearchNearest(Box(x, y, x, y), 9, kInfinity, nearest), 0U) << "empty";
+        EXPECT_EQ(nearest, std::vector<ISpatialIndexData*>{&item});
 
         std::list<ISpatialIndexData*> list(3, &other);
         tree.Insert(&item);  // again

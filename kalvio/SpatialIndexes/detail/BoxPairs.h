@@ -69,6 +69,35 @@ public:
         return cover;
     }
 
+    /// Squared distances of the first n boxes (and one more, when n is odd) from a box without NaN; each is at most
+    /// that of any box that box i covers, in the same arithmetic.
+    void SquaredDistances(const FlatBox& from, unsigned int n, double* distances) const {
+        const double* pair = values;
+        const auto squaredGap = [&pair](Lanes low, Lanes high, unsigned int axis) {
+            const Lanes below = Lanes::Load(pair + 4 * axis) - high;
+            const Lanes above = low - Lanes::Load(pair + 4 * axis + 2);
+            const Lanes gap = Max(below, Max(above, Lanes::Repeat(0.0)));  // NaN, at equal infinities, is no gap
+            return gap * gap;
+        };
+        if (dimension == 2) {
+            const Lanes lowX = Lanes::Repeat(from.Low(0));
+            const Lanes lowY = Lanes::Repeat(from.Low(1));
+            const Lanes highX = Lanes::Repeat(from.High(0));
+            const Lanes highY = Lanes::Repeat(from.High(1));
+            for (unsigned int i = 0; i < n; i += 2, pair += 8) {
+                Store(squaredGap(lowX, highX, 0) + squaredGap(lowY, highY, 1), distances + i);
+            }
+            return;
+        }
+        for (unsigned int i = 0; i < n; i += 2, pair += std::size_t{4} * dimension) {
+            Lanes sum = Lanes::Repeat(0.0);
+            for (unsigned int axis = 0; axis < dimension; ++axis) {
+                sum = sum + squaredGap(Lanes::Repeat(from.Low(axis)), Lanes::Repeat(from.High(axis)), axis);
+            }
+            Store(sum, distances + i);
+        }
+    }
+
     /// Bit i: box first + i answers the query, for the n boxes from `first`, which is even; n is at most 64.
     template <class Query>
     std::uint64_t Match(const Query& query, unsigned int first, unsigned int n) const {

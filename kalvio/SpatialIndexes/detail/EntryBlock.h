@@ -1,10 +1,14 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+#include "kalvio/SpatialIndexes/detail/Nearest.h"
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 
+#include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 
@@ -95,6 +99,26 @@ public:
             for (const Target* target = Targets(); target != end; ++target) found(target->item);
         } else {
             for (const Target* target = Targets(); target != end; ++target) target->child->FindAll(found);
+        }
+    }
+    /// Offers the items below that are near enough, nearer nodes first.
+    void SearchNearest(const FlatBox& from, NearestItems& nearest) const {
+        alignas(16) std::array<double, 66> distances;
+        Boxes().SquaredDistances(from, count, distances.data());
+        if (leafLevel) {
+            std::uint64_t near = NotAbove(distances.data(), count, nearest.GetLimit());
+            for (; near != 0; near &= near - 1) {
+                const auto i = static_cast<unsigned int>(std::countr_zero(near));
+                if (distances[i] <= nearest.GetLimit()) nearest.Take(distances[i], Boxes(), i, Targets()[i].item);
+            }
+            return;
+        }
+        for (;;) {  // ends: the limit is finite
+            const double least = Least(distances.data(), count);
+            if (!(least <= nearest.GetLimit())) return;
+            const auto i = static_cast<unsigned int>(std::countr_zero(NotAbove(distances.data(), count, least)));
+            distances[i] = std::numeric_limits<double>::infinity();
+            Targets()[i].child->SearchNearest(from, nearest);
         }
     }
     /// Calls `visit(box, item)` for every item below, left to right.

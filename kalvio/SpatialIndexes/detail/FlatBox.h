@@ -28,6 +28,14 @@ public:
         }
     }
 
+    /// A point with as many axes or more.
+    FlatBox(const PointND& point, unsigned int axes) : FlatBox(axes) {
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            const double value = point[static_cast<int>(axis)];
+            Set(axis, value, value);
+        }
+    }
+
     unsigned int GetDimension() const { return dimension; }
     double Low(unsigned int axis) const { return Values()[std::size_t{2} * axis]; }
     double High(unsigned int axis) const { return Values()[std::size_t{2} * axis + 1]; }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
 #if defined(__SSE2__) || defined(_M_X64)
 #define KALVIO_LANES_SSE2
 #include <emmintrin.h>
@@ -64,6 +68,25 @@ inline void Store(Lanes a, double* numbers) {
 }
 
 #endif
+
+/// Bit i: number i is at most the limit; for up to 64 numbers.
+inline std::uint64_t NotAbove(const double* numbers, unsigned int n, double limit) {
+    std::uint64_t bits = 0;
+    unsigned int i = 0;
+    for (; i + 2 <= n; i += 2) bits |= std::uint64_t{(Lanes::Load(numbers + i) <= Lanes::Repeat(limit)).Bits()} << i;
+    if (i < n && numbers[i] <= limit) bits |= std::uint64_t{1} << i;
+    return bits;
+}
+
+/// The least of the numbers, infinity when there is none.
+inline double Least(const double* numbers, unsigned int n) {
+    Lanes least = Lanes::Repeat(std::numeric_limits<double>::infinity());
+    for (unsigned int i = 0; i + 2 <= n; i += 2) least = Min(least, Lanes::Load(numbers + i));
+    double both[2];
+    Store(least, both);
+    if (n % 2 != 0) both[0] = std::min(both[0], numbers[n - 1]);
+    return std::min(both[0], both[1]);
+}
 
 /// Asks for a cache line that will be read soon.
 inline void Prefetch([[maybe_unused]] const void* address) {

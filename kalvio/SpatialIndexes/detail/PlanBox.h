@@ -6,6 +6,9 @@
 
 namespace Kalvio::Math::SpatialIndexes::detail {
 
+/// The second of the two where one is NaN.
+inline double Greater(double a, double b) { return a > b ? a : b; }
+
 /// Box in plan as four numbers: an item's, or the square of a node of a quadtree.
 struct PlanBox {
     double minX = 0.0;
@@ -32,6 +35,14 @@ struct PlanBox {
     bool HasExtent() const { return minX != maxX && minY != maxY; }
     bool Contains(const PlanBox& other) const {
         return minX <= other.minX && other.maxX <= maxX && minY <= other.minY && other.maxY <= maxY;
+    }
+    /// From a box without NaN, in the arithmetic of `BoxPairs::SquaredDistances`.
+    double SquaredDistance(const FlatBox& from) const {
+        const auto squaredGap = [&from](unsigned int axis, double low, double high) {
+            const double gap = Greater(low - from.High(axis), Greater(from.Low(axis) - high, 0.0));
+            return gap * gap;
+        };
+        return squaredGap(0, minX, maxX) + squaredGap(1, minY, maxY);
     }
     bool Intersects(const PlanBox& other) const {
         return other.minX <= maxX && minX <= other.maxX && other.minY <= maxY && minY <= other.maxY;

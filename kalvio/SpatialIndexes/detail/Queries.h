@@ -70,10 +70,7 @@ void WithQueries(const BoundingBoxND& box, bool overlap, unsigned int dimension,
 template <class Search>
 void WithQueries(const PointND& point, unsigned int dimension, Search&& search) {
     if (point.GetDimension() < dimension) return;
-    FlatBox place(dimension);
-    for (unsigned int axis = 0; axis < dimension; ++axis) {
-        place.Set(axis, point[static_cast<int>(axis)], point[static_cast<int>(axis)]);
-    }
+    const FlatBox place(point, dimension);
     search(PointQuery{place}, PointQuery{place});
 }
 
