@@ -193,7 +193,7 @@ public:
     /// other, on a copy after `ReducePoints` with the same tolerance. The joint of a closed string is no crossing.
     /// About n log n plus the crossings found; tracing a line back over itself crosses once per pair of segments. False
     /// in every form for a string whose length is not finite.
-    bool IsSelfCrossing(double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(double tolerance) const;
     /// @param crossing  the first crossing along the string; untouched when there is none. Where two segments run along
     ///                  each other, or touch, it is the first end of one on the other
     bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
@@ -205,11 +205,11 @@ public:
 
     /// A non-const string is changed in place.
     LineString2D& Transform(const Matrix2D& matrix);
-    LineString2D Transform(const Matrix2D& matrix) const;
+    [[nodiscard]] LineString2D Transform(const Matrix2D& matrix) const;
     /// Replaces `transformed` by the points, taken at z = 0, transformed by the matrix.
     void Transform(const Matrix3D& matrix, std::vector<Point3D>& transformed) const;
     LineString2D& Translate(const Vec2D& v);
-    LineString2D Translate(const Vec2D& v) const;
+    [[nodiscard]] LineString2D Translate(const Vec2D& v) const;
 
 private:
     void Changed() noexcept {

@@ -5,6 +5,7 @@
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/Chain.h"
 
+#include <concepts>
 #include <cstdint>
 #include <initializer_list>
 #include <list>
@@ -144,6 +145,12 @@ public:
     /// Replaces the points of `out` by the points first ... last, both included.
     /// @return false, `out` untouched, when first > last or there is no point `last`
     bool ExtractLineString(std::uint64_t first, std::uint64_t last, LineString3D& out) const;
+    /// The same for indexes of any integer type.
+    template <std::integral First, std::integral Last>
+    bool ExtractLineString(First first, Last last, LineString3D& out) const {
+        return std::cmp_greater_equal(first, 0) && std::cmp_greater_equal(last, 0) &&
+               ExtractLineString(static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(last), out);
+    }
     /// Replaces `distances` by the length from the start at every point.
     /// @param average  the whole length divided by the number of points (not of segments); 0 for an empty string
     void GetAccumulatedDistances(std::vector<double>& distances, double& average) const;
@@ -203,9 +210,9 @@ public:
 
     /// A non-const string is changed in place.
     LineString3D& Transform(const Matrix3D& matrix);
-    LineString3D Transform(const Matrix3D& matrix) const;
+    [[nodiscard]] LineString3D Transform(const Matrix3D& matrix) const;
     LineString3D& Translate(const Vec3D& v);
-    LineString3D Translate(const Vec3D& v) const;
+    [[nodiscard]] LineString3D Translate(const Vec3D& v) const;
 
 private:
     void Changed() noexcept { elements.Invalidate(); }

@@ -146,11 +146,11 @@ public:
     bool AddHoleAndRecompute(const LineString2D& ring);
 
     /// `Polygon2D::IsPointInside`.
-    bool IsPointInside(const Point2D& p, double queryTolerance) const {
+    [[nodiscard]] bool IsPointInside(const Point2D& p, double queryTolerance) const {
         return IsPointInsideAndBorders(p, queryTolerance, true);
     }
     /// `Polygon2D::IsPointInsideAndBorders`.
-    bool IsPointInsideAndBorders(const Point2D& p, double queryTolerance, bool includeBorders) const {
+    [[nodiscard]] bool IsPointInsideAndBorders(const Point2D& p, double queryTolerance, bool includeBorders) const {
         const Position position = grid.Classify(p, queryTolerance, includeBorders);
         if (position != Position::Border) return position == Position::Inside;
         return polygon.IsPointInsideAndBorders(p, queryTolerance, includeBorders);

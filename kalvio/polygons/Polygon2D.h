@@ -137,12 +137,14 @@ public:
     /// Inside the outer ring and in no hole, by the nonzero winding rule; points on the outer ring and on the borders
     /// of holes (`Intersection::PointOnLineSegment`) count as inside. A ring answers the same with and without its
     /// closing point.
-    bool IsPointInside(const Point2D& p, double tolerance) const { return IsPointInsideAndBorders(p, tolerance, true); }
+    [[nodiscard]] bool IsPointInside(const Point2D& p, double tolerance) const {
+        return IsPointInsideAndBorders(p, tolerance, true);
+    }
     /// The same, with the points on all borders counted as inside or as outside.
-    bool IsPointInsideAndBorders(const Point2D& p, double tolerance, bool includeBorders) const;
+    [[nodiscard]] bool IsPointInsideAndBorders(const Point2D& p, double tolerance, bool includeBorders) const;
     /// Inside by crossing parity, the borders of the outer ring included: a point on the border of a hole counts as
     /// inside.
-    bool IsPointInsideByRay(const Point2D& p, double tolerance) const;
+    [[nodiscard]] bool IsPointInsideByRay(const Point2D& p, double tolerance) const;
     /// Position by crossing parity. Points near a vertex in both coordinates count as on the border. Holes are tried in
     /// order, the first that holds the point decides.
     /// @param holeIndex  the hole for `InsideHole`, else -1
@@ -152,9 +154,10 @@ public:
     PositionResult CheckPositionOf(const Polygon2D& other, int& holeIndex, double tolerance) const;
     /// True when the area of `inner` lies in the area of `outer`: no part of it outside, none in a hole. Their borders
     /// may touch. Both are taken as valid.
-    static bool IsPolygonInsideNotCrossing(const Polygon2D& inner, const Polygon2D& outer, double tolerance);
+    [[nodiscard]] static bool IsPolygonInsideNotCrossing(const Polygon2D& inner, const Polygon2D& outer,
+                                                         double tolerance);
     /// The closed outer ring by the rules of `LineString2D::IsSelfCrossing`; holes play no part.
-    bool IsSelfCrossing(double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(double tolerance) const;
     bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
     bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
     /// A point of the area well inside: the middle of the longest stretch inside on one of several lines across the
@@ -169,15 +172,15 @@ public:
     /// @param where       a point of the fault; untouched for a valid polygon and an empty ring
     /// @param checkHoles  false: the outer ring alone
     /// @return true for a valid polygon
-    bool Validate(Point2D& where, bool checkHoles, double tolerance) const;
+    [[nodiscard]] bool Validate(Point2D& where, bool checkHoles, double tolerance) const;
 
     /// A non-const polygon is changed in place.
     Polygon2D& Transform(const Matrix2D& matrix);
-    Polygon2D Transform(const Matrix2D& matrix) const;
+    [[nodiscard]] Polygon2D Transform(const Matrix2D& matrix) const;
     /// Replaces `transformed` by this polygon, taken at z = 0, transformed by the matrix.
     void Transform(const Matrix3D& matrix, Polygon3D& transformed) const;
     Polygon2D& Translate(const Vec2D& v);
-    Polygon2D Translate(const Vec2D& v) const;
+    [[nodiscard]] Polygon2D Translate(const Vec2D& v) const;
 
 private:
     LineString2D ClosedRing() const;

@@ -140,9 +140,9 @@ public:
 
     /// A non-const polygon is changed in place.
     Polygon3D& Transform(const Matrix3D& matrix);
-    Polygon3D Transform(const Matrix3D& matrix) const;
+    [[nodiscard]] Polygon3D Transform(const Matrix3D& matrix) const;
     Polygon3D& Translate(const Vec3D& v);
-    Polygon3D Translate(const Vec3D& v) const;
+    [[nodiscard]] Polygon3D Translate(const Vec3D& v) const;
 
 private:
     template <class Project>

@@ -45,7 +45,7 @@ public:
     /// `RingCurve2D::IsContinuous` of every ring.
     bool IsContinuous(double tolerance) const;
     /// Inside the boundary and inside no inner ring, by `RingCurve2D::IsPointInside`.
-    bool IsPointInside(const Point2D& p, double tolerance) const;
+    [[nodiscard]] bool IsPointInside(const Point2D& p, double tolerance) const;
 
 private:
     RingCurve2D boundary;

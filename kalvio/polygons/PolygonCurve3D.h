@@ -44,7 +44,7 @@ public:
     /// `RingCurve3D::IsContinuous` of every ring.
     bool IsContinuous(double tolerance) const;
     /// Inside the boundary and inside no inner ring, by `RingCurve3D::IsPointInside`.
-    bool IsPointInside(const Point3D& p, double tolerance) const;
+    [[nodiscard]] bool IsPointInside(const Point3D& p, double tolerance) const;
 
 private:
     RingCurve3D boundary;

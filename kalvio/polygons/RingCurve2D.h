@@ -60,7 +60,7 @@ public:
     /// Inside by the nonzero winding of the chords, turned round for a point between an arc and its chord; being beside
     /// several arcs counts once. Points on the ring itself are inside or outside, as rounding has it.
     /// @param tolerance  plays no part: arcs are tested with 1e-10
-    bool IsPointInside(const Point2D& p, double tolerance) const;
+    [[nodiscard]] bool IsPointInside(const Point2D& p, double tolerance) const;
     /// Equal element by element.
     bool IsEqualTo(const RingCurve2D& other, double tolerance) const { return chain.IsEqualTo(other.chain, tolerance); }
     /// @return a copy owned by the caller, never null

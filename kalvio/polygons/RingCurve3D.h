@@ -53,7 +53,7 @@ public:
     bool IsContinuous(double tolerance) const { return chain.IsContinuous(tolerance); }
     /// At most |tolerance| from the plane of best fit (of the normal by Newell's sum, M. Newell, 1972), and inside in
     /// that plane, by the rule of `RingCurve2D::IsPointInside`. False for a ring without area.
-    bool IsPointInside(const Point3D& p, double tolerance) const;
+    [[nodiscard]] bool IsPointInside(const Point3D& p, double tolerance) const;
     /// Equal element by element.
     bool IsEqualTo(const RingCurve3D& other, double tolerance) const { return chain.IsEqualTo(other.chain, tolerance); }
     /// @return a copy owned by the caller, never null

@@ -8,6 +8,7 @@
 #include "support/Concurrently.h"
 #include "support/ElementChecks.h"
 
+#include <set>
 #include <sstream>
 
 namespace Kalvio::Math {
@@ -36,16 +37,7 @@ Values Abscissae(const String& string) {
     return x;
 }
 
-// A chain that advances to the right, so that it passes every point once.
-LineString2D RandomChain(RandomNumbers& random, const Point2D& origin, unsigned int count) {
-    LineString2D string{origin};
-    while (string.GetSize() < count) {
-        string.AppendPoint(std::as_const(string).GetEnd() + Vec2D(random(0.5, 9.0), random(-6.0, 6.0)));
-    }
-    return string;
-}
-
-TEST(LineStringTest, EditsInsertInOrderRefuseWhatIsOutsideAndMayTakeTheirOwnPoints) {
+TEST(LineStringTest, EditsKeepTheOrderMayTakeTheirOwnPointsAndRenewBoxAndSegments) {
     const auto check = [](auto string, const auto& make) {
         using Point = decltype(make(0.0));
         string.AppendPoints(std::vector<Point>{make(1), make(4)});
@@ -59,74 +51,105 @@ TEST(LineStringTest, EditsInsertInOrderRefuseWhatIsOutsideAndMayTakeTheirOwnPoin
         string.RemoveAllPoints();
         string.GetEnd() = make(7);
         EXPECT_TRUE(string.GetEnd().GetX() == 0.0 && string.GetSize() == 0) << "the end of none is nobody's point";
+        const auto ends = [&string](double x) {
+            const auto last = string.GetElementAtIndex(string.GetNrOfElements() - 1).GetEnd();
+            EXPECT_TRUE(last.GetX() == x && string.GetBoundingBox2D().GetMaxPoint().GetX() == x) << x;
+        };
+        string.AppendPoints(std::vector<Point>{make(0), make(1)});
+        ends(1);
+        string.AppendPoint(make(2));
+        ends(2);
+        string.GetPoint(2) = make(3);
+        ends(3);
+        string.GetEnd() = make(4);
+        ends(4);
+        string.GetPoints().push_back(make(5));
+        ends(5);
+        string.Translate(make(1) - make(0));
+        ends(6);
+        const auto taken = std::move(string);
+        EXPECT_EQ(string.GetBoundingBox2D().GetMaxPoint(), Point2D(0, 0)) << "what was moved from is empty";
+        EXPECT_EQ(taken.GetElementAtIndex(99).GetEnd().GetX(), 2.0) << "any other index is the first segment";
+        EXPECT_EQ(string.GetElementAtIndex(0).GetLength(), 0.0);
     };
     check(LineString2D(), [](double x) { return Point2D(x, 0.0); });
     check(LineString3D(), [](double x) { return Point3D(x, 0.0, 0.0); });
 }
 
-TEST(LineStringTest, BoxAndSegmentsFollowEveryKindOfEdit) {
-    const std::pair<double, void (*)(LineString2D&)> edits[] = {
-        {2, [](LineString2D& string) { string.AppendPoint(Point2D(2, 0)); }},
-        {3, [](LineString2D& string) { string.GetPoint(2) = Point2D(3, 0); }},
-        {4, [](LineString2D& string) { string.GetEnd() = Point2D(4, 0); }},
-        {5, [](LineString2D& string) { string.GetPoints().emplace_back(5, 0); }},
-        {6, [](LineString2D& string) { string.Translate(Vec2D(1, 0)); }},
-    };
-    LineString2D string = Along({0, 1});
-    for (const auto& [x, edit] : edits) {
-        edit(string);
-        EXPECT_EQ(string.GetBoundingBox().GetMaxPoint(), Point2D(x, 0));
-        EXPECT_EQ(string.GetElementAtIndex(string.GetNrOfElements() - 1).GetEnd(), Point2D(x, 0));
+// A chain that advances to the right, so that it passes every point once.
+template <class String, class Point, class Step>
+String RandomChain(const Point& origin, unsigned int count, const Step& step) {
+    String string{origin};
+    while (string.GetSize() < count) string.AppendPoint(std::as_const(string).GetEnd() + step());
+    return string;
+}
+
+// At a length s: the point, its station from both ends, the parts before and after it, and the samples from there on.
+template <class String, class Point, class Vector>
+void CheckLengths(const String& string, double s, const String& before, const String& after, Point& p, Vector tangent) {
+    const double total = string.GetLength();
+    String reversed = string;
+    reversed.Reverse();
+    p = CheckRoundTrip(string, s, 1e-7);
+    EXPECT_THAT(CheckRoundTrip(reversed, total - s, 1e-7), IsNear(p, 1e-7));
+    EXPECT_NEAR(before.GetLength(), s, 1e-7);
+    EXPECT_NEAR(after.GetLength(), total - s, 1e-7);
+    EXPECT_THAT(before.GetEnd(), IsNear(p, 1e-7));
+    std::list<Point> points;
+    std::list<Vector> tangents;
+    ASSERT_TRUE(string.MakePointsAndTangents(s, total, 1.75, points, tangents));
+    EXPECT_NEAR(static_cast<double>(points.size()), (total - s) / 1.75 + 1.5, 0.5 + 1e-6);
+    EXPECT_THAT(points.back(), IsNear(string.GetEnd(), 1e-8));
+    for (double station = s; points.size() > 1; points.pop_front(), tangents.pop_front(), station += 1.75) {
+        Point expected;
+        ASSERT_TRUE(string.GetPointOffsetFromStart(station, expected));
+        EXPECT_THAT(points.front(), IsNear(expected, 1e-8));
+        ASSERT_TRUE(string.GetTangentAtPoint(points.front(), tangent));
+        EXPECT_THAT(tangents.front(), IsNear(tangent, 1e-9));
     }
-    const LineString2D taken = std::move(string);
-    EXPECT_EQ(string.GetBoundingBox().GetMaxPoint(), Point2D(0, 0)) << "what was moved from is empty";
-    EXPECT_EQ(taken.GetElementAtIndex(99).GetEnd(), Point2D(2, 0)) << "any other index is the first segment";
-    EXPECT_EQ(LineString2D().GetElementAtIndex(0).GetLength(), 0.0);
 }
 
 TEST(LineStringTest, StationsExtractionsBreaksAndSamplesAgreeAlongRandomChains) {
     RandomNumbers random(20261);
     for (unsigned int round = 0; round < 60; ++round) {
-        const LineString2D string = RandomChain(random, surveyOrigins[round % 2], 2 + round % 30);
-        const double total = string.GetLength();
-        LineString2D reversed = string;
-        reversed.Reverse();
-        const double s = random(0.0, 1.0) * total;
-        Point2D p = CheckRoundTrip(string, s, 1e-7);
-        EXPECT_THAT(CheckRoundTrip(reversed, total - s, 1e-7), IsNear(p, 1e-7));
+        const auto string = RandomChain<LineString2D>(surveyOrigins[round % 2], 2 + round % 30,
+                                                      [&random] { return Vec2D(random(0.5, 9.0), random(-6.0, 6.0)); });
+        const double total = string.GetLength(), s = random(0.0, 1.0) * total;
+        LineString2D before, after, sampled;
+        ASSERT_TRUE(string.ExtractLineString(0.0, s, before) && string.ExtractLineString(s, total, after));
+        Point2D p;
+        CheckLengths(string, s, before, after, p, Vec2D());
         Values passages;
         string.GetLengthsAlongGeometry(p, passages, kTolerances);
         EXPECT_EQ(passages, Values{string.LengthFromStartPoint(p, 1e-4)});
-
-        LineString2D before, after;
-        ASSERT_TRUE(string.ExtractLineString(0.0, s, before) && string.ExtractLineString(s, total, after));
         std::vector<IGeometry*> out;
         ASSERT_TRUE(string.BreakAt({p, p + Vec2D(0, 9)}, out, kTolerances));
         const auto pieces = Owned(out);
         ASSERT_EQ(pieces.size(), 2U);
         EXPECT_TRUE(pieces[0]->IsEqualTo(before, 1e-6) && pieces[1]->IsEqualTo(after, 1e-6));
-        EXPECT_NEAR(before.GetLength() + after.GetLength(), total, 1e-7);
-
         std::vector<Sample> samples;
-        std::list<Point2D> listed;
-        std::list<Vec2D> tangents;
-        LineString2D sampled;
         ASSERT_TRUE(string.MakePointsAndTangents(s, total + 1.0, samples, 1.75));
-        ASSERT_TRUE(string.MakePointsAndTangents(s, total, 1.75, listed, tangents));
         ASSERT_TRUE(string.MakeLineString(s, total, sampled, 1.75));
-        EXPECT_NEAR(static_cast<double>(samples.size()), (total - s) / 1.75 + 1.5, 0.5 + 1e-6);
         EXPECT_NEAR(samples.back().station, total, 1e-9);
-        EXPECT_EQ(sampled.GetPoints(), std::vector<Point2D>(listed.begin(), listed.end()));
-        ASSERT_EQ(listed.size(), samples.size());
-        for (const auto& sample : samples) {
-            Vec2D tangent;
-            ASSERT_TRUE(string.GetPointOffsetFromStart(sample.station, p));
-            EXPECT_THAT(sample.point, IsNear(p, 1e-8));
-            ASSERT_TRUE(string.GetTangentAtLength(sample.station - 1e-7, tangent, 0.0));
-            EXPECT_THAT(sample.tangent, IsNear(tangent, 1e-9));
-            ASSERT_TRUE(string.ComputeTangent(p, tangent, kTolerances));
-            EXPECT_THAT(sample.tangent, IsNear(tangent, 1e-9));
-        }
+        ASSERT_EQ(sampled.GetSize(), samples.size());
+        for (unsigned int i = 0; i < samples.size(); ++i) EXPECT_EQ(samples[i].point, sampled.GetPoint(i));
+
+        const auto spatial = RandomChain<LineString3D>(Point3D(surveyOrigins[round % 2], 100.0), 2 + round % 30, [&] {
+            return Vec3D(random(0.5, 9.0), random(-6.0, 6.0), random(-6.0, 6.0));
+        });
+        const double length = spatial.GetLength(), station = random(0.0, 1.0) * length;
+        LineString3D first, last, planFirst, planLast;
+        ASSERT_TRUE(spatial.ExtractLineString(0.0, station, first) && spatial.ExtractLineString(station, length, last));
+        Point3D q;
+        CheckLengths(spatial, station, first, last, q, Vec3D());
+        double z = 0.0;
+        EXPECT_FALSE(spatial.IsPointOnGeometry(q + Vec3D(0, 0, 20), kTolerances)) << "above it";
+        ASSERT_TRUE(spatial.GetZ(q.GetPoint2D(), z, 1e-6));
+        EXPECT_NEAR(z, q.GetZ(), 1e-7);
+        const double plan = first.GetLineString2D().GetLength();
+        ASSERT_TRUE(spatial.ExtractLineString2DLengths(0.0, plan, planFirst));
+        ASSERT_TRUE(spatial.ExtractLineString2DLengths(plan, spatial.GetLength2D(), planLast));
+        EXPECT_TRUE(planFirst.IsEqualTo(first, 1e-6) && planLast.IsEqualTo(last, 1e-6));
     }
 }
 
@@ -134,22 +157,21 @@ TEST(LineStringTest, ClosestSegmentIsTheFirstOfTheNearestByTheDistanceToEachSegm
     RandomNumbers random(20264);
     std::uniform_int_distribution<int> coordinate(-4, 4);  // a coarse grid: many are equally near
     for (int round = 0; round < 2000; ++round) {
-        const Point2D& origin = surveyOrigins[round % 2];
-        const auto any = [&] { return origin + Vec2D(coordinate(random), coordinate(random)); };
+        const auto any = [&] { return surveyOrigins[round % 2] + Vec2D(coordinate(random), coordinate(random)); };
         LineString2D string{any(), any()};
         for (int i = 0; i < round % 9; ++i) string.AppendPoint(any());
         const Point2D p = any();
         double nearest = kInfinity;
-        unsigned int expected = 99, index = 77;
+        unsigned int expected = 99, index = 77, spatialIndex = 77;
         for (unsigned int i = 0; i < string.GetNrOfElements(); ++i) {
             const double distance = std::abs(Distance::PointToLineSegment(string.GetElementAtIndex(i), p, 1e-10));
             if (distance < nearest) expected = i;
             nearest = std::min(nearest, distance);
         }
         EXPECT_TRUE(string.GetClosestSegment(p, index));
-        EXPECT_EQ(index, expected);
+        EXPECT_TRUE(LineString3D(string, 7.0).GetClosestSegment(Point3D(p, 7.0), spatialIndex));
         const Polyline2D::PolylinePoint projected = Projection::NearestPointOnLineString(p, string, 1e-10);
-        EXPECT_EQ(projected.elementIndex, expected);
+        EXPECT_TRUE(index == expected && spatialIndex == expected && projected.elementIndex == expected) << round;
         EXPECT_NEAR(projected.distance, nearest, 1e-12);
         EXPECT_NEAR(projected.point.Distance(p), nearest, 2e-9);
     }
@@ -180,6 +202,8 @@ TEST(LineStringTest, LengthsAtTheLimits) {
         EXPECT_EQ(bend.GetTangentAtLength(length, tangent, 0.25), expected.Length() > 0.0) << why;
         EXPECT_THAT(tangent, IsNear(expected, 1e-15)) << why;
     }
+    Vec2D end;
+    EXPECT_TRUE(Along({0, 10, 10}).GetTangentAtLength(10.0, end, 0.0) && end.IsEqualTo(Vec2D(1, 0), 1e-15));
     const std::tuple<const char*, double, double, Values> extractions[] = {
         {"inside", 15, 25, {15, 20, 25}},
         {"vertex to vertex", 10, 20, {10, 20}},
@@ -298,24 +322,32 @@ TEST(LineStringTest, AppendAndEqualityByTheOthersType) {
     chain.AppendElement(arc.Clone());
     EXPECT_TRUE(!string.IsEqualTo(chain, 1e-9) && appended(arc)->IsEqualTo(chain, 1e-9));
     const std::unique_ptr<IGeometry> three = appended(chain);
-    EXPECT_EQ(static_cast<const Polyline2D&>(*three).GetNrOfElements(), 3U);
+    EXPECT_EQ(static_cast<const Polyline2D&>(*three).GetElementAtIndex(2).GetType(), MathTypes::Arc2D);
     EXPECT_TRUE(appended(Point2D(1, 1)) == nullptr && string.Append(nullptr) == nullptr);
     EXPECT_TRUE(string.IsEqualTo(Line2D(Point2D(0, 0), Point2D(1, 0)), 1e-9));
     EXPECT_FALSE(string.IsEqualTo(Line2D(Point2D(1, 0), Point2D(0, 0)), 1e-9));
+    EXPECT_FALSE(Along({0, 1, 2}).IsEqualTo(Line2D(Point2D(0, 0), Point2D(1, 0)), 1e-9));
     EXPECT_FALSE(string.IsEqualTo(Along({0, 1.5}), 0.5)) << "strict";
 }
 
 TEST(LineStringTest, BadInputGivesTheDocumentedFailure) {
-    for (const char* const points : {"", "1 1", "1 1  1 1", "0 0  1e300 1  -1e300 2", "nan", "inf"}) {
+    const Point2D one(1, 1), endless(kInfinity, 0), none(kNan, 0);
+    const std::vector<Point2D> rows[] = {{},
+                                         {one},
+                                         {one, one},
+                                         {Point2D(), Point2D(1e300, 1), Point2D(-1e300, 2)},
+                                         {none, none, none},
+                                         {Point2D(), endless},
+                                         {endless, Point2D(-kInfinity, 1)},
+                                         {Point2D(), none, Point2D(4, 0), Point2D(2, 2), Point2D(2, -2)}};
+    for (const std::vector<Point2D>& points : rows) {
         for (const double value : {kNan, kInfinity, -kInfinity, -1.0, 1e300}) {
-            LineString2D string = Chain(points);
-            if (points[0] == 'n') string.AppendPoints(std::vector<Point2D>(5, Point2D(kNan, value)));
-            if (points[0] == 'i')
-                string.AppendPoints(std::vector<Point2D>{Point2D(kInfinity, 1), Point2D(-kInfinity, value)});
+            LineString2D string(points);
             Point2D p(7, 7);
             Vec2D tangent(7, 7);
             std::list<Point2D> samples;
             std::list<Vec2D> tangents;
+            std::vector<std::pair<Point2D, double>> crossings;
             LineString2D out = Along({7});
             unsigned int index = 7;
             double length = 7.0;
@@ -324,7 +356,8 @@ TEST(LineStringTest, BadInputGivesTheDocumentedFailure) {
             EXPECT_FALSE(string.MakePointsAndTangents(value, -2.0, 1.0, samples, tangents));
             EXPECT_FALSE(string.ExtractLineString(kNan, value, out) || string.InsertAtLength(kNan, p));
             EXPECT_FALSE(string.GetClosestSegment(Point2D(kNan, value), index));
-            EXPECT_FALSE(string.GetLengthFromStartPoint(Point2D(kNan, 0), length, 1.0) || string.IsSelfCrossing(value));
+            EXPECT_FALSE(string.GetLengthFromStartPoint(none, length, 1.0) || string.IsSelfCrossing(value));
+            EXPECT_FALSE(string.IsSelfCrossing(p, 1e-4) || string.IsSelfCrossing(crossings, 1e-4));
             EXPECT_TRUE(p == Point2D(7, 7) && tangent.IsEqualTo(Vec2D(7, 7), 1e-9) && index == 7 && length == 0.0);
             EXPECT_TRUE(samples.empty() && tangents.empty() && out.GetSize() == 1);
             string.GetOrientedBoundingBox2D();
@@ -332,20 +365,24 @@ TEST(LineStringTest, BadInputGivesTheDocumentedFailure) {
             string.ReducePoints(value);
         }
     }
+    LineString2D part = Along({7});
+    Point2D point(9, 9);
+    const LineString2D toInfinity{Point2D(), endless}, standing = Along({0, 10, 10});
+    EXPECT_FALSE(toInfinity.GetPointOffsetFromStart(5.0, point) || toInfinity.ExtractLineString(0.0, 5.0, part));
+    EXPECT_FALSE(toInfinity.MakeLineString(0.0, 5.0, part, 1.0) || standing.GetPointOffsetFromStart(-kInfinity, point));
+    EXPECT_TRUE(part.GetSize() == 1 && point == Point2D(9, 9));
     EXPECT_FALSE(LineString2D().ExtendStart(Point2D(1, 1), kTolerances) || LineString2D().IsClosed(1.0));
     EXPECT_TRUE(Along({1}).IsClosed(1.0));
 }
 
 TEST(LineStringTest, ConstCallsFromManyThreadsSeeOneString) {
-    RandomNumbers random(20266);
-    const LineString2D string = RandomChain(random, surveyOrigins[1], 500);
+    const LineString2D string(Chain("0 0  4 0  4 3  2 3  2 -1"));
     const LineString3D spatial(string, 5.0);
-    Values seen(8, 0.0);
     Concurrently(8, [&](unsigned int i) {
-        seen[i] = string.GetBoundingBox().GetSize().GetX() + string.GetElementAtIndex(i % 2 * 400).GetLength() +
-                  spatial.GetElementAtIndex(3).GetLength() + (string.IsSelfCrossing(1e-4) ? 1.0 : 0.0);
+        EXPECT_EQ(string.GetBoundingBox().GetSize().GetX() + string.GetElementAtIndex(i % 2).GetLength(), 8.0 - i % 2);
+        EXPECT_EQ(spatial.GetElementAtIndex(3).GetLength(), 4.0);
+        EXPECT_TRUE(string.IsSelfCrossing(1e-4));
     });
-    for (unsigned int i = 2; i < 8; ++i) EXPECT_EQ(seen[i], seen[i % 2]);
 }
 
 TEST(LineStringTest, CrossingsComeInOrderOnceEachWithTheirFirstPassage) {
@@ -401,8 +438,9 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
     RandomNumbers random(20262);
     int crossed = 0;
     for (unsigned int round = 0; round < 400; ++round) {
+        SCOPED_TRACE(round);
         std::uniform_int_distribution<int> step(round % 4 < 2 ? -3 : -20, round % 4 < 2 ? 3 : 20);
-        std::vector<Point2D> p{surveyOrigins[round % 2]};
+        std::vector<Point2D> p{surveyOrigins[round % 2]}, expected;
         while (p.size() < 3 + round / 4) {
             const Vec2D v(step(random), step(random));
             const Vec2D before = p.size() > 1 ? p.back() - p[p.size() - 2] : Vec2D();
@@ -410,35 +448,37 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
             if (v.NormSquared() > 0.0 && !foldsBack) p.push_back(p.back() + v);
         }
         if (round % 3 == 0 && p.back().Distance(p.front()) > 0.5) p.push_back(p.front());
-        std::vector<Point2D> expected;
         bool overlaps = false;
         for (std::size_t i = 0; i + 1 < p.size(); ++i) {
             for (std::size_t j = i + 2; j + 1 < p.size(); ++j) {
                 const bool isJoint = p.back() == p.front() && i == 0 && j + 2 == p.size();
                 if (isJoint || !Intersect(p[i], p[i + 1], p[j], p[j + 1])) continue;
                 const Vec2D a = p[i + 1] - p[i], b = p[j + 1] - p[j];
-                overlaps = overlaps || a.PerpDotProduct(b) == 0.0;
-                if (a.PerpDotProduct(b) == 0.0) continue;
-                expected.push_back(p[i] + a * ((p[j] - p[i]).PerpDotProduct(b) / a.PerpDotProduct(b)));
+                const double turn = a.PerpDotProduct(b);
+                overlaps = overlaps || turn == 0.0;
+                if (turn != 0.0) expected.push_back(p[i] + a * ((p[j] - p[i]).PerpDotProduct(b) / turn));
             }
         }
         const LineString2D string(p);
         std::vector<std::pair<Point2D, double>> crossings;
-        ASSERT_EQ(string.IsSelfCrossing(1e-7), overlaps || !expected.empty()) << round;
-        ASSERT_EQ(string.IsSelfCrossing(crossings, 1e-7), string.IsSelfCrossing(1e-7)) << round;
+        Point2D earliest;
+        ASSERT_EQ(string.IsSelfCrossing(crossings, 1e-7), overlaps || !expected.empty());
+        ASSERT_EQ(string.IsSelfCrossing(1e-7), !crossings.empty());
+        ASSERT_EQ(string.IsSelfCrossing(earliest, 1e-7), !crossings.empty());
+        EXPECT_TRUE(crossings.empty() || earliest.Distance(crossings[0].first) < 1e-6);
         crossed += crossings.empty() ? 0 : 1;
-        for (const Point2D& point : expected) {
-            const auto isThere = [&](const auto& crossing) { return crossing.first.Distance(point) < 1e-6; };
-            EXPECT_EQ(std::count_if(crossings.begin(), crossings.end(), isThere), 1) << round;
+        for (const Point2D& e : expected) {
+            EXPECT_EQ(std::count_if(crossings.begin(), crossings.end(),
+                                    [&e](const auto& crossing) { return crossing.first.Distance(e) < 1e-6; }),
+                      1);
         }
         double before = -1.0, first = -1.0;
-        for (const auto& crossing : crossings) {
-            EXPECT_GT(crossing.second, before);
-            before = crossing.second;
-            ASSERT_TRUE(string.GetLengthFromStartPoint(crossing.first, first, 1e-7));
-            EXPECT_NEAR(before, first, 1e-6) << "the first passage";
-            const auto isThere = [&](const Point2D& e) { return e.Distance(crossing.first) < 1e-6; };
-            EXPECT_TRUE(overlaps || std::any_of(expected.begin(), expected.end(), isThere)) << round;
+        for (const auto& [point, length] : crossings) {
+            EXPECT_LT(std::exchange(before, length), length);
+            ASSERT_TRUE(string.GetLengthFromStartPoint(point, first, 1e-7));
+            EXPECT_NEAR(length, first, 1e-6) << "the first passage";
+            EXPECT_TRUE(overlaps || std::any_of(expected.begin(), expected.end(),
+                                                [&](const Point2D& e) { return e.Distance(point) < 1e-6; }));
         }
     }
     EXPECT_TRUE(crossed > 100 && crossed < 390) << crossed;
@@ -449,62 +489,34 @@ TEST(SegmentBoxesTest, FindsThePairsAndNeighboursThatAllBoxesGive) {
     RandomNumbers random(20263);
     const auto step = [&](double most) { return Vec2D(random(-most, most), random(-most, most)); };
     for (const std::size_t size : {0, 1, 2, 3, 6, 7, 25, 150, 600}) {
-        std::vector<Point2D> chain(size, surveyOrigins[1]), ring(size / 2, surveyOrigins[1]);
+        std::vector<Point2D> chain(size, surveyOrigins[1]), ring(size / 2, surveyOrigins[1]),
+            place(2, surveyOrigins[1]);
         for (std::size_t i = 1; i < size; ++i) chain[i] = chain[i - 1] + step(3.0);
         for (Point2D& point : ring) point += step(30.0);
-        const SegmentBoxes boxes(chain), rings(ring, SegmentBoxes::Closing::Ring);
+        const SegmentBoxes boxes(chain), rings(ring, SegmentBoxes::Closing::Ring), near(place);
         ASSERT_EQ(rings.GetCount(), size / 2 < 2 ? 0 : size / 2);
-        std::vector<std::pair<std::size_t, std::size_t>> found[3], expected[3];
-        const auto into = [](auto& pairs) {
-            return [&](std::size_t i, std::size_t j) { return pairs.emplace_back(i, j), false; };
+        std::set<std::array<std::size_t, 3>> found, expected;
+        const auto visit = [&found](std::size_t kind) {
+            return [&found, kind](std::size_t i, std::size_t j) { return !found.insert({kind, i, j}).second; };
         };
-        detail::Extent place;
-        place.Add(surveyOrigins[1]);
-        boxes.ForEachPair(0.25, into(found[0]));
-        boxes.ForEachPair(rings, 0.25, into(found[1]));
-        boxes.ForEachNear(place, 2.0, [&](std::size_t i) { return into(found[2])(i, i); });
-        const auto boxOf = [](const SegmentBoxes& of, std::size_t i) {
-            return Line2D(of.GetStart(i), of.GetEnd(i)).GetBoundingBox2D();
-        };
-        for (std::size_t i = 0; i + 1 < size; ++i) {
-            const BoundingBox2D box = boxOf(boxes, i);
-            if (box.IsPointInside(surveyOrigins[1], 2.0)) expected[2].emplace_back(i, i);
-            for (std::size_t j = i + 1; j + 1 < size; ++j)
-                if (box.Intersects(boxOf(boxes, j), 0.25)) expected[0].emplace_back(i, j);
-            for (std::size_t j = 0; j < rings.GetCount(); ++j)
-                if (box.Intersects(boxOf(rings, j), 0.25)) expected[1].emplace_back(i, j);
+        EXPECT_FALSE(boxes.ForEachPair(0.25, visit(0)) || boxes.ForEachPair(rings, 0.25, visit(1))) << "none twice";
+        boxes.ForEachNear(near.GetExtent(0), 2.0, [&visit](std::size_t i) { return visit(2)(i, 0); });
+        for (std::size_t i = 0; i < boxes.GetCount(); ++i) {
+            const auto expect = [&](std::size_t kind, const SegmentBoxes& others, std::size_t first, double tolerance) {
+                for (std::size_t j = first; j < others.GetCount(); ++j) {
+                    const bool meets = boxes.GetExtent(i).Widened(tolerance).Meets(others.GetExtent(j));
+                    if (meets) expected.insert({kind, i, j});
+                }
+            };
+            expect(0, boxes, i + 1, 0.25);
+            expect(1, rings, 0, 0.25);
+            expect(2, near, 0, 2.0);
         }
-        for (int k = 0; k < 3; ++k) {
-            std::sort(found[k].begin(), found[k].end());
-            EXPECT_EQ(found[k], expected[k]) << "of " << size;
-        }
+        EXPECT_EQ(found, expected) << "of " << size;
         int calls = 0;
         EXPECT_EQ(boxes.ForEachPair(0.25, [&](std::size_t, std::size_t) { return ++calls > 0; }), size > 2);
         EXPECT_EQ(calls, size > 2 ? 1 : 0) << "true ends the search";
     }
-}
-
-TEST(LineStringTest, EndlessAndStandingSegmentsGiveNoFalsePoints) {
-    const LineString2D endless({Point2D(0, 0), Point2D(kInfinity, 0)});
-    LineString2D part({Point2D(7, 7)});
-    Point2D point(9, 9);
-    EXPECT_FALSE(endless.GetPointOffsetFromStart(5.0, point));
-    EXPECT_FALSE(endless.ExtractLineString(0.0, 5.0, part));
-    EXPECT_FALSE(endless.MakeLineString(0.0, 5.0, part, 1.0));
-    const LineString2D standing({Point2D(0, 0), Point2D(10, 0), Point2D(10, 0)});
-    EXPECT_FALSE(standing.GetPointOffsetFromStart(-kInfinity, point));
-    EXPECT_EQ(part.GetSize(), 1U);
-    EXPECT_EQ(point, Point2D(9, 9));
-    // A crossing behind a point that is no number has no length: all forms answer alike.
-    const LineString2D broken({Point2D(0, 0), Point2D(kNan, 0), Point2D(4, 0), Point2D(2, 2), Point2D(2, -2)});
-    std::vector<std::pair<Point2D, double>> crossings;
-    EXPECT_FALSE(broken.IsSelfCrossing(1e-4));
-    EXPECT_FALSE(broken.IsSelfCrossing(point, 1e-4));
-    EXPECT_FALSE(broken.IsSelfCrossing(crossings, 1e-4));
-    EXPECT_EQ(point, Point2D(9, 9));
-    Vec2D tangent;
-    EXPECT_TRUE(standing.GetTangentAtLength(10.0, tangent, 0.0));
-    EXPECT_THAT(tangent, IsNear(Vec2D(1, 0), 0.0));
 }
 
 }  // namespace

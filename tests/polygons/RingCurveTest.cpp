@@ -1,26 +1,18 @@
-#include "kalvio/core/Angle.h"
-#include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Geometry.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/PolygonCurve2D.h"
 #include "kalvio/polygons/PolygonCurve3D.h"
-#include "kalvio/polygons/RingCurve2D.h"
-#include "kalvio/polygons/RingCurve3D.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
 
-// A ring written as its corners, each with the sweep of the element that leaves it: 0 for a line. Consecutive lines may
-// be gathered into line strings.
+// A ring written as its corners, each with the sweep of the element that leaves it: 0 for a line.
 struct Corner {
     double x, y, sweep = 0.0;
 };
@@ -30,65 +22,47 @@ using Corners = std::vector<Corner>;
 struct Placement {
     Point3D origin;
     Vec3D u, v;
-    Point3D At(double x, double y) const { return origin + u * x + v * y; }
-    Vec3D Normal() const { return u.CrossProduct(v); }
+    Point3D At(const Vec2D& p) const { return origin + u * p.GetX() + v * p.GetY(); }
 };
+const Placement kLevel{Point3D(0, 0, 9), Vec3D(1, 0, 0), Vec3D(0, 1, 0)};
 
-Point2D CenterOf(const Point2D& a, const Point2D& b, double sweep) {
-    const Vec2D chord = b - a;
-    const Vec2D left(-chord.GetY(), chord.GetX());
-    return a + chord * 0.5 + left * (0.5 / std::tan(0.5 * sweep));
+Point2D PointAt(const Corners& corners, std::size_t i) {
+    return {corners[i % corners.size()].x, corners[i % corners.size()].y};
 }
 
+Arc2D ArcAt(const Corners& corners, std::size_t i) {
+    const Vec2D half = (PointAt(corners, i + 1) - PointAt(corners, i)) * 0.5;
+    const double sweep = corners[i].sweep;
+    const Vec2D toCenter = half + half.GetNormalVector(true) * (1.0 / std::tan(0.5 * sweep));
+    return {PointAt(corners, i), PointAt(corners, i) + toCenter, Angle(sweep)};
+}
+
+// The same ring in plan, moved to the origin, and in space. Lines that follow each other may be gathered.
 void Lay(const Corners& corners, const Point2D& origin, bool asLineStrings, const Placement& placement,
-         RingCurve2D& ring, RingCurve3D& ringInSpace) {
+         RingCurve2D& ring, RingCurve3D& spatial) {
     for (std::size_t i = 0; i < corners.size();) {
-        const auto at = [&](std::size_t k) {
-            return Point2D(corners[k % corners.size()].x, corners[k % corners.size()].y);
-        };
-        const auto inPlan = [&](const Point2D& p) { return p + (origin - Point2D()); };
-        const auto inSpace = [&](const Point2D& p) { return placement.At(p.GetX(), p.GetY()); };
-        if (const double sweep = corners[i].sweep; sweep != 0.0) {
-            const Point2D center = CenterOf(at(i), at(i + 1), sweep);
-            ASSERT_TRUE(ring.AppendElement(new Arc2D(inPlan(at(i)), inPlan(center), Angle(sweep))));
-            ASSERT_TRUE(ringInSpace.AppendElement(new Arc3D(inSpace(at(i)), inSpace(center), Angle(sweep),
-                                                            Plane3D(inSpace(center), placement.Normal()))));
-            ++i;
+        if (corners[i].sweep != 0.0) {
+            const Arc2D arc = ArcAt(corners, i++);
+            const Point3D center = placement.At(arc.GetCenter() - Point2D());
+            const Plane3D plane(center, placement.u.CrossProduct(placement.v));
+            ASSERT_TRUE(spatial.AppendElement(
+                new Arc3D(placement.At(arc.GetStart() - Point2D()), center, arc.GetAngle(), plane)));
+            const Vec2D move = origin - Point2D();
+            ASSERT_TRUE(ring.AppendElement(new Arc2D(arc.GetStart() + move, arc.GetCenter() + move, arc.GetAngle())));
             continue;
         }
-        std::unique_ptr<LineString2D> run(new LineString2D{inPlan(at(i))});
-        std::unique_ptr<LineString3D> runInSpace(new LineString3D{inSpace(at(i))});
-        do {
-            ++i;
-            run->AppendPoint(inPlan(at(i)));
-            runInSpace->AppendPoint(inSpace(at(i)));
-        } while (asLineStrings && i < corners.size() && corners[i].sweep == 0.0);
-        if (asLineStrings) {
-            ASSERT_TRUE(ring.AppendElement(run.release()));
-            ASSERT_TRUE(ringInSpace.AppendElement(runInSpace.release()));
-        } else {
-            ASSERT_TRUE(ring.AppendElement(new Line2D(run->GetPoint(0), run->GetPoint(1))));
-            ASSERT_TRUE(ringInSpace.AppendElement(new Line3D(runInSpace->GetPoint(0), runInSpace->GetPoint(1))));
-        }
+        LineString2D run{PointAt(corners, i)};
+        LineString3D lifted;
+        do run.AppendPoint(PointAt(corners, ++i));
+        while (asLineStrings && i < corners.size() && corners[i].sweep == 0.0);
+        for (const Point2D& p : std::as_const(run).GetPoints()) lifted.AppendPoint(placement.At(p - Point2D()));
+        run.Translate(origin - Point2D());
+        const auto append = [asLineStrings](auto& to, const auto& string, const auto& line) {
+            return asLineStrings ? to.AppendElement(string.Clone()) : to.AppendElement(line.Clone());
+        };
+        ASSERT_TRUE(append(ring, run, run.GetElementAtIndex(0)));
+        ASSERT_TRUE(append(spatial, lifted, lifted.GetElementAtIndex(0)));
     }
-}
-
-// The ring as a polygon whose chords leave the arcs by at most 1e-6.
-Polygon2D Flattened(const RingCurve2D& ring) {
-    Polygon2D polygon;
-    for (unsigned int i = 0; i < ring.GetSize(); ++i) {
-        const IPolyline2DElement& element = ring.GetElementAtIndex(i);
-        LineString2D points;
-        if (element.GetType() == MathTypes::Arc2D) {
-            static_cast<const Arc2D&>(element).MakeLineStringUsingHeight(0.0, element.GetLength(), points, 1e-6);
-        } else if (element.GetType() == MathTypes::LineString2D) {
-            points = static_cast<const LineString2D&>(element);
-        } else {
-            points.AppendPoint(element.GetStart());
-        }
-        polygon.AppendPoints(points.GetPoints());
-    }
-    return polygon;
 }
 
 TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
@@ -101,130 +75,106 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
         {"straight sides only", {{0, 0}, {4, 0}, {4, 3}, {3, 3}, {3, 1}, {1, 1}, {1, 3}, {0, 3}}},
     };
     const double s = std::sqrt(0.5);
-    const Placement placements[] = {{Point3D(0, 0, 5), Vec3D(1, 0, 0), Vec3D(0, 1, 0)},
+    const Placement placements[] = {kLevel,
                                     {Point3D(7, 0, 5), Vec3D(-1, 0, 0), Vec3D(0, 1, 0)},  // seen from below
                                     {Point3D(1, 2, 3), Vec3D(0, 0, 1), Vec3D(s, s, 0)},   // vertical
                                     {Point3D(385000, 6672000, 40), Vec3D(0.6, 0, 0.8), Vec3D(0, 1, 0)}};
     RandomNumbers random(20240611);
     for (const auto& [why, corners] : rows) {
-        for (const Point2D& origin : surveyOrigins) {
-            for (const Placement& placement : placements) {
-                SCOPED_TRACE(why);
-                for (const bool isReversed : {false, true}) {
-                    RingCurve2D ring;
-                    RingCurve3D ringInSpace;
-                    Lay(corners, origin, placement.origin.GetX() < 5.0, placement, ring, ringInSpace);
-                    EXPECT_TRUE(ring.IsContinuous(1e-6));
-                    EXPECT_TRUE(ringInSpace.IsContinuous(1e-6));
-                    EXPECT_NEAR(ringInSpace.GetLength(), ring.GetLength(), 1e-6);
-                    const Polygon2D flat = Flattened(ring);
-                    if (isReversed) {
-                        ring.Reverse();
-                        ringInSpace.Reverse();
-                    }
-                    int insideCount = 0;
-                    for (int k = 0; k < 200; ++k) {
-                        const Vec2D local(random(-2.0, 6.0), random(-2.0, 6.0));
-                        const Point2D p = origin + local;
-                        int hole = -1;
-                        const auto position = flat.CheckPositionOf(p, hole, 1e-5);
-                        if (position == Polygon2D::PositionResult::OnOuterBorder) continue;
-                        const bool isInside = position == Polygon2D::PositionResult::Inside;
-                        insideCount += isInside ? 1 : 0;
-                        ASSERT_EQ(ring.IsPointInside(p, 1e-4), isInside) << testing::PrintToString(p);
-                        const Point3D q = placement.At(local.GetX(), local.GetY());
-                        ASSERT_EQ(ringInSpace.IsPointInside(q, 1e-4), isInside) << testing::PrintToString(q);
-                        ASSERT_FALSE(ringInSpace.IsPointInside(q + placement.Normal() * 1e-3, 1e-4));
-                    }
-                    EXPECT_GT(insideCount, 5);
-                }
+        Polygon2D flat;  // chords leave the arcs by at most 1e-6
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            LineString2D points{PointAt(corners, i)};
+            const Arc2D arc = ArcAt(corners, i);
+            if (corners[i].sweep != 0.0) arc.MakeLineStringUsingHeight(0.0, arc.GetLength(), points, 1e-6);
+            flat.AppendPoints(std::as_const(points).GetPoints());
+        }
+        for (int form = 0; form < 16; ++form) {
+            SCOPED_TRACE(testing::Message() << why << ", form " << form);
+            const Placement& placement = placements[form / 4];
+            RingCurve2D ring;
+            RingCurve3D spatial;
+            Lay(corners, surveyOrigins[form / 2 % 2], form / 4 % 2 == 0, placement, ring, spatial);
+            EXPECT_TRUE(ring.IsContinuous(1e-6) && spatial.IsContinuous(1e-6));
+            EXPECT_NEAR(spatial.GetLength(), ring.GetLength(), 1e-6);
+            if (form % 2 != 0) ring.Reverse();
+            if (form % 2 != 0) spatial.Reverse();
+            int insideCount = 0, hole = -1;
+            for (int k = 0; k < 200; ++k) {
+                const Vec2D p(random(-2.0, 6.0), random(-2.0, 6.0));
+                const auto position = flat.CheckPositionOf(Point2D() + p, hole, 1e-5);
+                if (position == Polygon2D::PositionResult::OnOuterBorder) continue;
+                const bool isInside = position == Polygon2D::PositionResult::Inside;
+                insideCount += isInside ? 1 : 0;
+                const Vec3D above = placement.u.CrossProduct(placement.v) * 1e-3;
+                ASSERT_EQ(ring.IsPointInside(surveyOrigins[form / 2 % 2] + p, 1e-4), isInside) << p.GetX();
+                ASSERT_EQ(spatial.IsPointInside(placement.At(p), 1e-4), isInside) << p.GetX();
+                ASSERT_FALSE(spatial.IsPointInside(placement.At(p) + above, 1e-4));
             }
+            EXPECT_GT(insideCount, 5);
         }
     }
 }
 
 TEST(RingCurveTest, ArcsJoinTheirChordsWithoutSeam) {
-    struct Row {
-        const char* why;
-        Corners corners;
-        Point2D p;
-        bool expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, Corners, Point2D, bool> rows[] = {
         {"on the chord of a bulge", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(4, 1), true},
         {"the same, clockwise", {{0, 2}, {4, 2, -kPi}, {4, 0}, {0, 0}}, Point2D(4, 1), true},
         {"on the chord of a bite", {{0, 0}, {4, 0, -kPi}, {4, 2}, {0, 2}}, Point2D(4, 1), false},
         {"the same, clockwise", {{0, 2}, {4, 2, kPi}, {4, 0}, {0, 0}}, Point2D(4, 1), false},
-        {"beside two arcs at once, which counts once",
-         {{0, 0, kPi}, {4, 0}, {0, 0, kPi}, {4, 0}},
-         Point2D(2, -1),
-         true},
-        {"far from a side that is level but for rounding",
+        {"beside two arcs counts once", {{0, 0, kPi}, {4, 0}, {0, 0, kPi}, {4, 0}}, Point2D(2, -1), true},
+        {"far from a side level but for rounding",
          {{0, 0}, {10, 0}, {10, 5}, {20, 5 + 8.9e-16}, {20, 10}, {0, 10}},
          Point2D(520, 5),
          false},
         {"not a number", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(kNan, 1), false},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, corners, p, expected] : rows) {
         RingCurve2D ring;
-        RingCurve3D ringInSpace;
-        Lay(row.corners, Point2D(), false, {Point3D(), Vec3D(1, 0, 0), Vec3D(0, 1, 0)}, ring, ringInSpace);
-        EXPECT_EQ(ring.IsPointInside(row.p, 1e-4), row.expected);
+        RingCurve3D spatial;
+        Lay(corners, Point2D(), false, kLevel, ring, spatial);
+        EXPECT_EQ(ring.IsPointInside(p, 1e-4), expected) << why;
     }
     RingCurve2D circle;
     circle.AppendElement(new Arc2D(Point2D(2, 0), Point2D(0, 0), Angle(2 * kPi)));
-    EXPECT_TRUE(circle.IsPointInside(Point2D(-1, 1), 1e-4));
-    EXPECT_FALSE(circle.IsPointInside(Point2D(-1.5, 1.5), 1e-4));
-    EXPECT_FALSE(RingCurve2D().IsPointInside(Point2D(0, 0), 1e-4));
+    EXPECT_TRUE(circle.IsPointInside(Point2D(-1, 1), 1e-4) && !circle.IsPointInside(Point2D(-1.5, 1.5), 1e-4));
     EXPECT_FALSE(RingCurve3D().IsPointInside(Point3D(0, 0, 0), 1e-4)) << "no elements, no plane";
 }
 
 TEST(RingCurveTest, OnlyLinesArcsAndLineStringsAreTaken) {
     RingCurve2D ring;
-    RingCurve3D ringInSpace;
+    RingCurve3D spatial;
     Clothoid clothoid(0.0, 300.0, 150.0, Point2D(0, 0), Vec2D(1, 0));
     Point2D point;
     Line2D line(Point2D(0, 0), Point2D(1, 0));
     Line3D lineInSpace(Point3D(0, 0, 0), Point3D(1, 0, 0));
-    EXPECT_FALSE(ring.AppendElement(&clothoid));
-    EXPECT_FALSE(ring.AppendElement(&point));
-    EXPECT_FALSE(ring.AppendElement(&lineInSpace));
-    EXPECT_FALSE(ring.AppendElement(nullptr));
-    EXPECT_FALSE(ringInSpace.AppendElement(&line));
-    EXPECT_FALSE(ringInSpace.AppendElement(nullptr));
-    EXPECT_EQ(ring.GetSize() + ringInSpace.GetSize(), 0U);
-    EXPECT_EQ(ring.GetElementAtIndex(3).GetLength(), 0.0) << "an empty ring has a line of zero length";
-    EXPECT_EQ(ringInSpace.GetElementAtIndex(0).GetLength(), 0.0);
-    EXPECT_FALSE(ring.IsClosed() || ringInSpace.IsClosed());
-    EXPECT_FALSE(PolygonCurve2D().AppendInnerRing(nullptr));
-    EXPECT_EQ(ring.GetType(), MathTypes::RingCurve2D);
-    EXPECT_EQ(ringInSpace.GetType(), MathTypes::RingCurve3D);
+    for (IGeometry* element : std::initializer_list<IGeometry*>{&clothoid, &point, &lineInSpace, nullptr}) {
+        EXPECT_FALSE(ring.AppendElement(element));
+    }
+    EXPECT_FALSE(spatial.AppendElement(&line) || spatial.AppendElement(nullptr));
+    EXPECT_EQ(ring.GetElementAtIndex(3).GetLength() + spatial.GetElementAtIndex(0).GetLength(), 0.0);
+    EXPECT_FALSE(ring.IsClosed() || spatial.IsClosed() || PolygonCurve2D().AppendInnerRing(nullptr));
 }
 
 TEST(RingCurveTest, PlacesShortElementsAndRemovalAreThoseOfAClosedChain) {
-    // A 4 x 3 rectangle with a chamfer of length 0.5 at (4, 3), as lines in plan and in space.
-    const Corners corners = {{0, 0}, {4, 0}, {4, 2.6}, {3.7, 3}, {0, 3}};
+    // A 4 x 3 rectangle with a chamfer of length 0.5 at (4, 3).
     RingCurve2D ring;
-    RingCurve3D ringInSpace;
-    Lay(corners, Point2D(), false, {Point3D(0, 0, 9), Vec3D(1, 0, 0), Vec3D(0, 1, 0)}, ring, ringInSpace);
-    const auto check = [&](const IComplexGeometry& complex, const Point2D& p, const std::vector<double>& expected) {
+    RingCurve3D spatial;
+    Lay({{0, 0}, {4, 0}, {4, 2.6}, {3.7, 3}, {0, 3}}, Point2D(), false, kLevel, ring, spatial);
+    // A joint counts once, where the ring closes twice.
+    const std::pair<Point2D, std::vector<double>> passages[] = {
+        {Point2D(4, 1), {5.0}}, {Point2D(4, 2.6), {6.6}}, {Point2D(0, 0), {0.0, 13.8}}, {Point2D(2, 2), {}}};
+    for (const auto& [p, expected] : passages) {
         std::vector<double> lengths{77.0};
-        complex.GetLengthsAlongGeometry(p, lengths, kTolerances);
+        ring.GetLengthsAlongGeometry(p, lengths, kTolerances);
         EXPECT_THAT(lengths, testing::Pointwise(testing::DoubleNear(1e-9), expected));
-        ringInSpace.GetLengthsAlongGeometry(Point3D(p.GetX(), p.GetY(), 9), lengths, kTolerances);
+        spatial.GetLengthsAlongGeometry(Point3D(p, 9), lengths, kTolerances);
         EXPECT_THAT(lengths, testing::Pointwise(testing::DoubleNear(1e-9), expected));
-    };
-    check(ring, Point2D(4, 1), {5.0});
-    check(ring, Point2D(4, 2.6), {6.6});      // a joint once
-    check(ring, Point2D(0, 0), {0.0, 13.8});  // where the ring closes
-    check(ring, Point2D(2, 2), {});
+    }
     std::vector<std::uint64_t> shorter{9};
-    EXPECT_TRUE(ring.FindShortElements(shorter, 1.0));
-    EXPECT_TRUE(ringInSpace.FindShortElements(shorter, 1.0));
+    EXPECT_TRUE(ring.FindShortElements(shorter, 1.0) && spatial.FindShortElements(shorter, 1.0));
     EXPECT_EQ(shorter, (std::vector<std::uint64_t>{9, 2, 2}));
 
-    EXPECT_TRUE(ring.IsClosed() && ringInSpace.IsClosed());
+    EXPECT_TRUE(ring.IsClosed() && spatial.IsClosed());
     ring.RemoveElements({2, 50}, true);
     EXPECT_TRUE(ring.IsContinuous(1e-9)) << "the side behind has moved";
     const std::unique_ptr<const IPolyline2DElement> first(&ring.GetElementAtIndex(0));
@@ -233,50 +183,40 @@ TEST(RingCurveTest, PlacesShortElementsAndRemovalAreThoseOfAClosedChain) {
     EXPECT_EQ(ring.GetSize(), 3U);
     EXPECT_TRUE(ring.IsClosed() && ring.IsContinuous(1e-9)) << "the gap where the ring starts is closed too";
     EXPECT_EQ(ring.GetStartPoint(), Point2D(0, 0));
-    ringInSpace.RemoveElements({2, 2, 4, 50}, true);
-    EXPECT_EQ(ringInSpace.GetSize(), 3U);
-    EXPECT_TRUE(ringInSpace.GetElementAtIndex(2).GetStart().IsEqualTo(Point3D(3.7, 3, 9), 1e-12));
-    EXPECT_FALSE(ringInSpace.IsClosed() || ringInSpace.IsContinuous(1e-9));
+    spatial.RemoveElements({2, 2, 4, 50}, true);
+    EXPECT_EQ(spatial.GetSize(), 3U);
+    EXPECT_TRUE(spatial.GetElementAtIndex(2).GetStart().IsEqualTo(Point3D(3.7, 3, 9), 1e-12));
+    EXPECT_FALSE(spatial.IsClosed() || spatial.IsContinuous(1e-9));
 }
 
 TEST(RingCurveTest, PolygonsOfCurvesCutInnerRingsOutAndCopyDeeply) {
-    const Placement level{Point3D(0, 0, 2), Vec3D(1, 0, 0), Vec3D(0, 1, 0)};
     PolygonCurve2D polygon;
-    PolygonCurve3D inSpace;
-    Lay({{0, 0}, {10, 0, kPi}, {10, 4}, {0, 4}}, Point2D(), true, level, polygon.GetBoundary(), inSpace.GetBoundary());
+    PolygonCurve3D spatial;
+    Lay({{0, 0}, {10, 0, kPi}, {10, 4}, {0, 4}}, Point2D(), true, kLevel, polygon.GetBoundary(), spatial.GetBoundary());
     auto hole = std::make_unique<RingCurve2D>();
     auto holeInSpace = std::make_unique<RingCurve3D>();
-    Lay({{3, 2, kPi}, {5, 2, kPi}}, Point2D(), true, level, *hole, *holeInSpace);
-    EXPECT_TRUE(polygon.AppendInnerRing(hole.release()));
-    EXPECT_TRUE(inSpace.AppendInnerRing(holeInSpace.release()));
-    struct Row {
-        double x, y;
-        bool expected;
-    };
-    for (const Row& row : {Row{2, 2, true}, Row{4, 2.5, false}, Row{11.5, 2, true}, Row{12.5, 2, false}}) {
-        EXPECT_EQ(polygon.IsPointInside(Point2D(row.x, row.y), 1e-4), row.expected) << row.x;
-        EXPECT_EQ(inSpace.IsPointInside(Point3D(row.x, row.y, 2), 1e-4), row.expected) << row.x;
-    }
+    Lay({{3, 2, kPi}, {5, 2, kPi}}, Point2D(), true, kLevel, *hole, *holeInSpace);
+    EXPECT_TRUE(polygon.AppendInnerRing(hole.release()) && spatial.AppendInnerRing(holeInSpace.release()));
     EXPECT_NEAR(polygon.GetLength(), 24.0 + 2 * kPi, 1e-9);
     EXPECT_THAT(polygon.GetBoundingBox().GetMaxPoint(), IsNear(Point2D(12, 4), 1e-9));
-    EXPECT_THAT(inSpace.GetBoundingBox().GetMaxPoint(), IsNear(Point3D(12, 4, 2), 1e-9));
-    EXPECT_TRUE(polygon.IsContinuous(1e-9) && inSpace.IsContinuous(1e-9));
-
-    const std::unique_ptr<PolygonCurve2D> copy(polygon.Clone());
-    const std::unique_ptr<PolygonCurve3D> copyInSpace(inSpace.Clone());
-    const IGeometry& asGeometry = polygon;
-    EXPECT_TRUE(Geometry::AreEqual(asGeometry, static_cast<const IGeometry&>(*copy), 1e-9));
-    EXPECT_TRUE(Geometry::AreEqual(inSpace, *copyInSpace, 1e-9));
-    copy->GetInnerRingAtIndex(0).Clear();
-    copyInSpace->GetInnerRingAtIndex(0).Clear();
-    EXPECT_FALSE(Geometry::AreEqual(polygon, *copy, 1e-9));
-    EXPECT_FALSE(Geometry::AreEqual(inSpace, *copyInSpace, 1e-9));
-    EXPECT_EQ(polygon.GetInnerRingAtIndex(0).GetSize(), 2U);
-    EXPECT_TRUE(copy->IsPointInside(Point2D(4, 2.5), 1e-4));
-    polygon.Reverse();
-    EXPECT_EQ(polygon.GetBoundary().GetStartPoint(), Point2D(0, 0));
-    EXPECT_NE(polygon.GetBoundary().GetElementAtIndex(0).GetEnd(), Point2D(10, 0));
-    EXPECT_FALSE(polygon.IsPointInside(Point2D(4, 2.5), 1e-4));
+    EXPECT_THAT(spatial.GetBoundingBox().GetMaxPoint(), IsNear(Point3D(12, 4, 9), 1e-9));
+    EXPECT_TRUE(polygon.IsContinuous(1e-9) && spatial.IsContinuous(1e-9));
+    const auto check = [](auto& curves, const auto& at) {
+        for (const auto& [x, y, expected] :
+             {std::tuple(2.0, 2.0, true), {4.0, 2.5, false}, {11.5, 2.0, true}, {12.5, 2.0, false}}) {
+            EXPECT_EQ(curves.IsPointInside(at(x, y), 1e-4), expected) << x;
+        }
+        const auto copy = std::unique_ptr<std::decay_t<decltype(curves)>>(curves.Clone());
+        EXPECT_TRUE(Geometry::AreEqual(curves, *copy, 1e-9));
+        copy->GetInnerRingAtIndex(0).Clear();
+        EXPECT_FALSE(Geometry::AreEqual(curves, *copy, 1e-9));
+        EXPECT_TRUE(curves.GetInnerRingAtIndex(0).GetSize() == 2 && copy->IsPointInside(at(4.0, 2.5), 1e-4));
+        curves.Reverse();
+        EXPECT_THAT(curves.GetBoundary().GetElementAtIndex(0).GetEnd(), IsNear(at(10.0, 4.0), 1e-9));
+        EXPECT_FALSE(curves.IsPointInside(at(4.0, 2.5), 1e-4));
+    };
+    check(polygon, [](double x, double y) { return Point2D(x, y); });
+    check(spatial, [](double x, double y) { return Point3D(x, y, 9); });
 }
 
 }  // namespace
