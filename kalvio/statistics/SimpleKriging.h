@@ -14,7 +14,7 @@ class PlaceSystem;
 /// mean + sum of lambda_i (z_i - mean) and the variance f(0) - sum of lambda_i b_i. Source: Cressie, Statistics for
 /// Spatial Data, rev. ed. 1993, chapter 3, for f a covariance. A variogram is taken as it is: the value is still
 /// that of the samples at the samples, but the variance is no variance, and a single sample fails.
-class KALVIO_MATH_API SimpleKriging final : public KrigingBase {
+class KALVIO_MATH_API SimpleKriging : public KrigingBase {
 public:
     /// Takes ownership of the model.
     SimpleKriging(VariogramModelBase* ownedModel, double meanValue) : KrigingBase(ownedModel), mean(meanValue) {}

@@ -1,6 +1,7 @@
-# Configures, builds and runs the consumer project; installs and runs it again where it has the library inside.
-# -D BUILD_DIR=... GENERATOR=... COMPILER=... LAUNCHER=... KALVIO_FROM=... and PREFIX=... for an installed
-# library, KALVIO_SOURCE_DIR=... for one inside the project, with GIT=... to fetch it
+# Configures, builds and runs the consumer project. Where it has the library inside, it is installed and run again, and
+# the results of that library are compared with those of the tests' build.
+# -D BUILD_DIR=... GENERATOR=... COMPILER=... LAUNCHER=... FLAGS=... KALVIO_FROM=... and PREFIX=... for an installed
+# library, KALVIO_SOURCE_DIR=... DIGEST=... for one inside the project, with GIT=... to fetch it
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
@@ -25,11 +26,18 @@ elseif(KALVIO_FROM STREQUAL "fetch") # from a repository that holds the library 
   set(where "-DKALVIO_SOURCE_DIR=${repository}")
 endif()
 run("${CMAKE_COMMAND}" -S "${CMAKE_CURRENT_LIST_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}" "-DCMAKE_CXX_COMPILER=${COMPILER}"
-  "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}" "-DKALVIO_FROM=${KALVIO_FROM}" "${where}")
+  "-DCMAKE_CXX_COMPILER_LAUNCHER=${LAUNCHER}" "-DCMAKE_CXX_FLAGS=${FLAGS}" "-DKALVIO_FROM=${KALVIO_FROM}" "${where}"
+  "-DKALVIO_WARNINGS_AS_ERRORS=$ENV{CI}")
 run("${CMAKE_COMMAND}" --build "${BUILD_DIR}" --parallel 2)
 run("${BUILD_DIR}/consumer")
 if(KALVIO_SOURCE_DIR)
   file(REMOVE_RECURSE "${BUILD_DIR}/installed")
   run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${BUILD_DIR}/installed")
   run("${BUILD_DIR}/installed/bin/consumer")
+
+  execute_process(COMMAND "${DIGEST}" OUTPUT_VARIABLE expected COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND "${BUILD_DIR}/digest" OUTPUT_VARIABLE found COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT found STREQUAL expected)
+    message(FATAL_ERROR "results differ: ${COMPILER} ${FLAGS} gives\n${found}and the build of the tests\n${expected}")
+  endif()
 endif()

@@ -21,6 +21,7 @@ void Concurrently(unsigned int n, Work&& work) {
             if constexpr (std::is_invocable_v<Work&, unsigned int>) {
                 work(i);
             } else {
+                static_cast<void>(i);
                 work();
             }
         });
