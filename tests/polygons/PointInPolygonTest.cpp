@@ -60,7 +60,6 @@ std::vector<std::pair<const char*, Polygon2D>> Cases(RandomNumbers& random) {
         {"sliver", MakePolygon("0 0 30 10 30 10.001")},
         {"wide and low", MakePolygon("0 0 1000 0 1000 2 0 2 / 500 0.5 501 0.5 501 1.5 500 1.5")},
         {"holes of no extent", MakePolygon("0 0 9 0 9 9 0 9 / / 3 3 / 4 4 6 4")},
-        {"cells so small that the margin reaches beyond them", MakePolygon("0 0 1e-3 2e-4 7e-4 1e-3 1e-4 9e-4")},
         {"level sides with noise, where the margin decides", noise},
         {"edges of 4 nm, too flat for the margin", steps},
     };
