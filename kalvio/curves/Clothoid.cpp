@@ -15,6 +15,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
+#include <span>
 #include <type_traits>
 
 namespace Kalvio::Math {
@@ -154,14 +155,14 @@ public:
 
     /// Calls emit(point) at every station.
     template <class Emit>
-    void EmitPoints(const std::vector<double>& stations, Emit&& emit) const {
+    void EmitPoints(std::span<const double> stations, Emit&& emit) const {
         ForEachBlock(stations, [&](const Block& block, std::size_t count) {
             for (std::size_t k = 0; k < count; ++k) emit(block.PointAt(*this, k));
         });
     }
     /// Calls emit(sample) at every station.
     template <class Emit>
-    void EmitSamples(const std::vector<double>& stations, Emit&& emit) const {
+    void EmitSamples(std::span<const double> stations, Emit&& emit) const {
         ForEachBlock(stations, [&](Block& block, std::size_t count) {
             ComputeTangents(block);
             for (std::size_t k = 0; k < count; ++k) {
@@ -185,7 +186,7 @@ private:
     };
 
     template <class Visit>
-    void ForEachBlock(const std::vector<double>& stations, Visit&& visit) const {
+    void ForEachBlock(std::span<const double> stations, Visit&& visit) const {
         Block block;
         for (std::size_t first = 0; first < stations.size(); first += Block::size) {
             const std::size_t count = std::min(Block::size, stations.size() - first);
@@ -632,6 +633,18 @@ bool Clothoid::MakePoints(double from, double to, std::list<Point2D>& points, do
 bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step,
                                      int terms) const {
     return CreatePolylineElements(ConstantStations(from, to, step), terms, points);
+}
+
+bool Clothoid::MakePointsAndTangentsAt(std::span<const double> stations,
+                                       std::vector<PolylineElementPoint>& points) const {
+    if (!frame.usable) return false;
+    std::vector<double> clamped(stations.begin(), stations.end());
+    for (double& station : clamped) {
+        if (!(station >= -detail::numericalZero && station <= frame.length + detail::numericalZero)) return false;
+        station = std::clamp(station, 0.0, frame.length);
+    }
+    CreatePolylineElements(clamped, defaultTerms, points);
+    return true;
 }
 
 bool Clothoid::MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,

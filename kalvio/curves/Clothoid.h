@@ -3,6 +3,7 @@
 #include "kalvio/curves/IPolyline2DElement.h"
 
 #include <list>
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -167,6 +168,8 @@ public:
                                int terms = defaultTerms) const;
     bool MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,
                                double step, int terms = defaultTerms) const;
+    /// Samples at given stations. @return false, nothing appended, where one is more than 1e-10 outside [0, length]
+    bool MakePointsAndTangentsAt(std::span<const double> stations, std::vector<PolylineElementPoint>& points) const;
     /// The same with steps such that no chord lies further than `height` from the curve.
     bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
                                           double height, int terms = defaultTerms) const;

@@ -182,7 +182,15 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
         EXPECT_EQ(samples.back().station, std::min(to, 100.0));
         EXPECT_EQ(lengths.back(), samples.back().station);
         EXPECT_THAT(points.back(), IsNear(samples.back().point, 0.0));
+        std::vector<Sample> again;
+        EXPECT_TRUE(clothoid.MakePointsAndTangentsAt(std::vector(lengths.begin(), lengths.end()), again));
+        ASSERT_EQ(again.size(), count);
+        EXPECT_THAT(again.back().tangent, IsNear(samples.back().tangent, 0.0));
     }
+    std::vector<Sample> none;
+    for (const double bad : {-1e-9, 100.001, kNan})
+        EXPECT_FALSE(clothoid.MakePointsAndTangentsAt(std::array{1.0, bad}, none) || !none.empty());
+    CheckAppending(clothoid, 0.0, 10.0);
 }
 
 TEST(ClothoidTest, StaticFunctionsFollowTheirDefinitions) {

@@ -170,6 +170,8 @@ TEST(Spiral2DTest, SettersMakeItAnew) {
     EXPECT_GT(samples.size(), 10u);
     EXPECT_FALSE(Geometry::AreEqual(spiral, *chain, 1e-6));
 
+    CheckAppending(spiral, 0.0, 10.0);
+
     const Spiral2D& shared = spiral;
     std::vector<double> stations(8, -1.0);
     Concurrently(8, [&](unsigned int i) { shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6); });

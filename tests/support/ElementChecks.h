@@ -167,6 +167,21 @@ void CheckAgainstSamples(const Curve& curve, const Point2D& query, double slack,
     EXPECT_THAT(box.GetMaxPoint(), IsNear(high, boxSlack));
 }
 
+// Samples appended a few at a time grow the list now and then, not at every call.
+template <class Curve>
+void CheckAppending(const Curve& curve, double from, double to) {
+    std::vector<Sample> samples;
+    int moves = 0;
+    for (int i = 0; i < 500; ++i) {
+        const Sample* const before = samples.data();
+        ASSERT_TRUE(i % 2 == 0 ? curve.MakePointsAndTangents(from, to, samples, to - from)
+                               : curve.MakePointsAndTangentsUsingHeight(from, to, samples, 1e3));
+        moves += samples.data() != before;
+    }
+    EXPECT_GE(samples.size(), 1000u);
+    EXPECT_LE(moves, 15);
+}
+
 // Sampled by height, no chord lies further from the curve, and there are not many more of them than it takes.
 template <class Curve>
 void CheckChords(const Curve& curve, double height) {

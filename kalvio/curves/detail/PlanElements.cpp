@@ -299,6 +299,9 @@ bool SampleElement(const IPolyline2DElement& element, std::span<const double> st
     if (element.GetType() == MathTypes::LineString2D) {
         return WalkPoints(static_cast<const LineString2D&>(element).GetPoints(), stations, samples);
     }
+    if (element.GetType() == MathTypes::Clothoid) {
+        return static_cast<const Clothoid&>(element).MakePointsAndTangentsAt(stations, samples);
+    }
     return WithClass(element, [&](const auto& curve) {
         for (const double station : stations) {
             ElementPoint sample;
