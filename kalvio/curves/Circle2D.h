@@ -15,12 +15,15 @@ class Line2D;
 class LineString2D;
 
 /// Full circle in plan, for construction and intersection. It runs counter-clockwise from its easternmost point.
+///
+/// A radius is kept as given. A negative one counts with its sign in `GetRadius`, `GetDiameter`, `GetPerimeter`,
+/// `GetPointOnCircle` (on the far side of the centre, so the circle runs from its westernmost point) and `IsEqualTo`;
+/// everything else takes the circle of the radius without its sign, only `Intersection::CircleCircle` refuses it.
 class KALVIO_MATH_API Circle2D final : public IGeometry {
 public:
     /// Radius 0 at the origin.
     constexpr Circle2D() = default;
-    /// The sign of a radius is dropped.
-    Circle2D(const Point2D& circleCenter, double circleRadius) : center(circleCenter), radius(std::abs(circleRadius)) {}
+    Circle2D(const Point2D& circleCenter, double circleRadius) : center(circleCenter), radius(circleRadius) {}
 
     MathTypes GetType() const override;
     BoundingBox2D GetBoundingBox() const { return GetBoundingBox2D(); }
@@ -36,13 +39,13 @@ public:
         return center.IsEqualTo(other.center, tolerance) && std::abs(radius - other.radius) < tolerance;
     }
     [[nodiscard]] Circle2D* Clone() const override;
-    /// The perimeter.
-    double GetLength() const override { return GetPerimeter(); }
+    /// The perimeter, never negative.
+    double GetLength() const override { return std::abs(GetPerimeter()); }
 
     const Point2D& GetCenter() const { return center; }
     double GetRadius() const { return radius; }
     void SetCenter(const Point2D& value) { center = value; }
-    void SetRadius(double value) { radius = std::abs(value); }
+    void SetRadius(double value) { radius = value; }
 
     double GetArea() const { return detail::pi * radius * radius; }
     double GetDiameter() const { return 2.0 * radius; }
@@ -50,7 +53,7 @@ public:
     /// The point in a direction from the centre.
     Point2D GetPointOnCircle(const Angle& direction) const;
     /// Inclusive.
-    bool IsPointInside(const Point2D& point) const { return center.Distance(point) <= radius; }
+    bool IsPointInside(const Point2D& point) const { return center.Distance(point) <= std::abs(radius); }
     /// The point of the circle nearest to `point`; the easternmost one for the centre itself.
     Point2D NormalProjectionPointOnCircle(const Point2D& point) const;
 

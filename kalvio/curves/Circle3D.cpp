@@ -36,9 +36,7 @@ bool AppendLifted(const LineString2D& ring, const detail::PlaneFrame& frame, Lin
 }  // namespace
 
 Circle3D::Circle3D(const Point3D& circleCenter, double circleRadius, const Plane3D& circlePlane)
-    : center(circleCenter),
-      radius(std::abs(circleRadius)),
-      plane(circleCenter, detail::UnitNormal(circlePlane.GetNormal())) {}
+    : center(circleCenter), radius(circleRadius), plane(circleCenter, detail::UnitNormal(circlePlane.GetNormal())) {}
 
 MathTypes Circle3D::GetType() const { return MathTypes::Circle3D; }
 
@@ -47,7 +45,7 @@ BoundingBox2D Circle3D::GetBoundingBox2D() const { return GetBoundingBox3D().Get
 BoundingBox3D Circle3D::GetBoundingBox3D() const {
     const detail::PlaneFrame frame = Frame();
     Vec3D size;
-    for (int axis = 0; axis < 3; ++axis) size[axis] = 2.0 * radius * frame.ReachAlong(axis);
+    for (int axis = 0; axis < 3; ++axis) size[axis] = std::abs(GetDiameter()) * frame.ReachAlong(axis);
     return {center, size};
 }
 
@@ -134,7 +132,7 @@ detail::PlaneFrame Circle3D::Frame() const {
 bool Circle3D::IsCoplanar(const Circle3D& other, double tolerance) const {
     const Vec3D normal = plane.GetNormal();
     const double tilt = normal.CrossProduct(other.plane.GetNormal()).Length();
-    return std::abs((other.center - center).DotProduct(normal)) + other.radius * tilt <= std::abs(tolerance);
+    return std::abs((other.center - center).DotProduct(normal)) + std::abs(other.radius) * tilt <= std::abs(tolerance);
 }
 
 template <>

@@ -20,14 +20,14 @@ struct PlaneFrame;
 }
 
 /// Full circle in space: centre, radius and plane. It runs counter-clockwise seen from the tip of the plane's normal,
-/// from the direction of the plane's own first axis (`Plane3D::GetTransformationMatrix`).
+/// from the direction of the plane's own first axis (`Plane3D::GetTransformationMatrix`). A radius is kept as given: a
+/// negative one counts as for `Circle2D`.
 ///
 /// Of a given plane the normal counts: the plane is moved to hold the centre. A degenerate plane becomes horizontal.
 class KALVIO_MATH_API Circle3D final : public IGeometry {
 public:
     /// Radius 0 at the origin in the horizontal plane.
     Circle3D() : Circle3D(Point3D(), 0.0, Plane3D()) {}
-    /// The sign of a radius is dropped.
     Circle3D(const Point3D& circleCenter, double circleRadius, const Plane3D& circlePlane);
 
     MathTypes GetType() const override;
@@ -40,15 +40,15 @@ public:
     /// Centre and unit normal per coordinate and radius, strictly.
     bool IsEqualTo(const Circle3D& other, double tolerance) const;
     [[nodiscard]] Circle3D* Clone() const override;
-    /// The perimeter.
-    double GetLength() const override { return GetPerimeter(); }
+    /// The perimeter, never negative.
+    double GetLength() const override { return std::abs(GetPerimeter()); }
 
     const Point3D& GetCenter() const { return center; }
     double GetRadius() const { return radius; }
     const Plane3D& GetPlane() const { return plane; }
     /// Moves the plane along.
     void SetCenter(const Point3D& value) { *this = Circle3D(value, radius, plane); }
-    void SetRadius(double value) { radius = std::abs(value); }
+    void SetRadius(double value) { radius = value; }
     void SetPlane(const Plane3D& value) { *this = Circle3D(center, radius, value); }
 
     double GetArea() const { return InPlane().GetArea(); }

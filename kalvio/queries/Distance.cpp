@@ -234,7 +234,7 @@ double Distance::PolygonToPolygon(const Polygon2D& a, const Polygon2D& b, double
 double Distance::PointToArc(const Point2D& point, const Arc2D& arc) { return DistanceToCurve(point, arc); }
 
 double Distance::PointToCircle(const Point2D& point, const Circle2D& circle) {
-    return std::abs(point.Distance(circle.GetCenter()) - circle.GetRadius());
+    return std::abs(point.Distance(circle.GetCenter()) - std::abs(circle.GetRadius()));
 }
 
 double Distance::CircleToPoint(const Circle2D& circle, const Point2D& point) { return PointToCircle(point, circle); }
@@ -257,14 +257,16 @@ double Distance::PointToPolyline(const Point2D& point, const Polyline2D& polylin
 
 double Distance::CircleToCircle(const Circle2D& a, const Circle2D& b) {
     const double distance = a.GetCenter().Distance(b.GetCenter());
-    const double apart = distance - (a.GetRadius() + b.GetRadius());
-    const double nested = std::abs(a.GetRadius() - b.GetRadius()) - distance;
+    const double r1 = std::abs(a.GetRadius());
+    const double r2 = std::abs(b.GetRadius());
+    const double apart = distance - (r1 + r2);
+    const double nested = std::abs(r1 - r2) - distance;
     return Positive(std::max(apart, nested));
 }
 
 double Distance::LineToCircle(const Line2D& line, const Circle2D& circle) {
     if (line.GetStart().Distance(line.GetEnd()) <= detail::numericalZero) return PointToCircle(line.GetStart(), circle);
-    return Positive(std::abs(PointToLine(circle.GetCenter(), line)) - circle.GetRadius());
+    return Positive(std::abs(PointToLine(circle.GetCenter(), line)) - std::abs(circle.GetRadius()));
 }
 
 double Distance::PointToPlane(const Point3D& point, const Plane3D& plane) {

@@ -83,7 +83,7 @@ int Projection::NormalPointOnArc(const Point2D& point, const Arc2D& arc, Point2D
 
 int Projection::NormalPointOnCircle(const Point2D& point, const Circle2D& circle, Point2D& foot, double /*tolerance*/) {
     const Point2D nearest = circle.NormalProjectionPointOnCircle(point);
-    if (!(circle.GetRadius() > 0.0) || !std::isfinite(point.Distance(nearest))) return 0;
+    if (!(circle.GetLength() > 0.0) || !std::isfinite(point.Distance(nearest))) return 0;
     foot = nearest;
     return 1;
 }

@@ -4,7 +4,9 @@
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/queries/Distance.h"
+#include "kalvio/queries/Intersection.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {
@@ -56,7 +58,7 @@ TEST(CircleTest, TangentsOfTwoCircles) {
 
 TEST(CircleTest, RingsKeepStepAndHeight) {
     for (const Point2D& origin : surveyOrigins) {
-        const Circle2D circle(origin, -10.0);
+        const Circle2D circle(origin, 10.0);
         EXPECT_NEAR(circle.GetLength(), 62.83185307179586, 1e-13);
         LineString2D ring;
         ASSERT_TRUE(circle.MakeLineString(ring, 7.0));
@@ -81,6 +83,37 @@ TEST(CircleTest, RingsKeepStepAndHeight) {
     }
     EXPECT_FALSE(Circle2D(Point2D(), 10.0).MakeLineString(none, 2u));
     EXPECT_FALSE(Circle2D(Point2D(), 0.0).MakeLineString(none, 5u));
+}
+
+// The formulas take the sign as it is; as a set of points the circle is that of the radius without it.
+TEST(CircleTest, NegativeRadiusStaysAsGiven) {
+    const Point2D center(385000.0, 6672000.0);
+    const Circle2D circle(center, -10.0), positive(center, 10.0);
+    Circle3D inSpace(Point3D(center, 5.0), 1.0, Plane3D());
+    inSpace.SetRadius(-10.0);
+    EXPECT_TRUE(circle.GetRadius() == -10.0 && inSpace.GetRadius() == -10.0 && circle.GetDiameter() == -20.0);
+    EXPECT_TRUE(circle.GetPerimeter() == -positive.GetLength() && circle.GetLength() == positive.GetLength());
+    EXPECT_TRUE(inSpace.GetPerimeter() == circle.GetPerimeter() && inSpace.GetArea() == positive.GetArea());
+    EXPECT_FALSE(circle.IsEqualTo(positive, 1.0));
+    EXPECT_THAT(circle.GetPointOnCircle(Angle(0.0)), IsNear(center - Vec2D(10, 0), 0.0));
+    EXPECT_TRUE(circle.GetBoundingBox().IsEqualTo(positive.GetBoundingBox(), 1e-12));
+    EXPECT_TRUE(inSpace.GetBoundingBox2D().IsEqualTo(positive.GetBoundingBox(), 1e-9));
+    const Point2D beside = center + Vec2D(6, 7);
+    EXPECT_TRUE(circle.IsPointInside(beside) && Distance::PointToCircle(beside, circle) < 0.8);
+    EXPECT_THAT(circle.NormalProjectionPointOnCircle(beside),
+                IsNear(positive.NormalProjectionPointOnCircle(beside), 0.0));
+    EXPECT_NEAR(Distance::CircleToCircle(circle, Circle2D(center + Vec2D(30, 0), -5.0)), 15.0, 1e-9);
+    LineString2D ring;
+    ASSERT_TRUE(circle.MakeLineString(ring, 7.0) && circle.MakeLineStringUsingHeight(ring, 0.1));
+    EXPECT_EQ(ring.GetSize(), 10U + 24U);
+    EXPECT_EQ(Polygon2D(ring.GetPoints()).GetWinding(), WindingValue::CounterClockwise);
+    Line2D left, right;
+    EXPECT_EQ(circle.GetTangentsThroughPoint(center + Vec2D(26, 0), left, right), 2);
+    EXPECT_NEAR(left.GetLength(), 24.0, 1e-8);
+    std::vector<Point2D> crossings;
+    const Line2D across(center - Vec2D(20, 0), center + Vec2D(20, 0));
+    EXPECT_EQ(Intersection::LineSegmentCircle(across, circle, crossings, 1e-6), 2);
+    EXPECT_EQ(Intersection::CircleCircle(circle, positive, crossings, kTolerances), IntersectionResult::Degenerate);
 }
 
 TEST(CircleTest, CirclesInSpaceMirrorThePlaneOnes) {

@@ -193,7 +193,7 @@ bool AreFarApart(const CrossingOperand& a, const CrossingOperand& b, double reac
     };
     const auto radiusOf = [](const CrossingOperand& operand) {
         const Circle2D* const circle = operand.GetCircle();
-        return circle != nullptr ? circle->GetRadius() : 0.5 * operand.GetElement()->GetLength();
+        return circle != nullptr ? std::abs(circle->GetRadius()) : 0.5 * operand.GetElement()->GetLength();
     };
     return centerOf(a).Distance(centerOf(b)) > radiusOf(a) + radiusOf(b) + reach;
 }

@@ -58,8 +58,9 @@ std::optional<PlanCurve> PlanCurve::Make(const CrossingOperand& operand, const P
     made.to = operand.GetLength();
     made.isInfinite = operand.IsInfinite();
     if (const Circle2D* const circle = operand.GetCircle()) {
-        const Vec2D radial(circle->GetRadius(), 0.0);
-        made.curve = RoundCurve{(circle->GetCenter() - origin) + radial, radial, 1.0 / circle->GetRadius()};
+        const double radius = std::abs(circle->GetRadius());
+        const Vec2D radial(radius, 0.0);
+        made.curve = RoundCurve{(circle->GetCenter() - origin) + radial, radial, 1.0 / radius};
         made.isClosed = true;
     } else if (!made.SetCurve(*operand.GetElement(), operand.GetElement()->GetStart() - origin)) {
         return std::nullopt;
