@@ -22,24 +22,13 @@ Point3D Lifted(const Point3D& p) { return p; }
 void Assign(const Point3D& from, Point3D& to) { to = from; }
 void Assign(const Point3D& from, Point2D& to) { to = from.GetPoint2D(); }
 
-bool IsChain(MathTypes type) {
-    return type == MathTypes::LineString2D || type == MathTypes::LineString3D || type == MathTypes::Polyline2D ||
-           type == MathTypes::Polyline3D;
-}
-
-// Start or end of the types that have one, as a 3D point; one rule for both ends and both dimensions. An empty chain
-// has none.
+// Start or end of the types that have one, as a 3D point; one rule for both ends and both dimensions. An empty line
+// string has none.
 template <class PointType>
 bool GetTerminal(const IGeometry& geometry, bool atStart, PointType& point) {
     const auto terminal = [&](const auto& curve) {
         Assign(Lifted(atStart ? curve.GetStart() : curve.GetEnd()), point);
         return true;
-    };
-    const auto ofChain = [&](const auto& chain) {
-        const unsigned int count = chain.GetNrOfElements();
-        if (count == 0) return false;
-        const auto& last = chain.GetElementAtIndex(atStart ? 0 : count - 1);
-        return GetTerminal(last, atStart, point) || (!IsChain(last.GetType()) && terminal(last));
     };
     switch (geometry.GetType()) {
         case MathTypes::Point2D:
@@ -50,9 +39,11 @@ bool GetTerminal(const IGeometry& geometry, bool atStart, PointType& point) {
             return true;
         case MathTypes::Arc2D:
         case MathTypes::Line2D:
+        case MathTypes::Polyline2D:
             return terminal(static_cast<const IPolyline2DElement&>(geometry));
         case MathTypes::Arc3D:
         case MathTypes::Line3D:
+        case MathTypes::Polyline3D:
             return terminal(static_cast<const IPolyline3DElement&>(geometry));
         case MathTypes::LineString2D: {
             const auto& lineString = static_cast<const LineString2D&>(geometry);
@@ -62,10 +53,6 @@ bool GetTerminal(const IGeometry& geometry, bool atStart, PointType& point) {
             const auto& lineString = static_cast<const LineString3D&>(geometry);
             return lineString.GetSize() > 0 && terminal(lineString);
         }
-        case MathTypes::Polyline2D:
-            return ofChain(static_cast<const Polyline2D&>(geometry));
-        case MathTypes::Polyline3D:
-            return ofChain(static_cast<const Polyline3D&>(geometry));
         default:
             return false;
     }

@@ -5,6 +5,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Polyline3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -55,7 +56,11 @@ TEST(GeometryTest, TerminalsByType) {
     hollow.AppendElement(new LineString2D());
     const Circle2D circle(Point2D(), 1.0);
     EXPECT_FALSE(Geometry::GetStartPoint(circle, plan) || Geometry::GetStartPoint(LineString3D(), plan));
-    EXPECT_TRUE(!Geometry::GetEndPoint(hollow, plan) && plan == Point2D(4, 5));
+    EXPECT_EQ(plan, Point2D(4, 5)) << "untouched";
+    for (const Polyline2D& chain : {Polyline2D(), hollow}) {
+        EXPECT_TRUE(Geometry::GetEndPoint(chain, plan) && plan == Point2D()) << "that of the chain, the origin";
+    }
+    EXPECT_TRUE(Geometry::GetStartPoint(Polyline3D(), space) && space.IsEqualTo(Point3D(), 1e-300));
 
     EXPECT_EQ(Geometry::GetStartSegment(outer)->GetType(), MathTypes::Arc2D) << "through the nested chain";
     EXPECT_TRUE(Geometry::GetEndSegment(outer)->IsEqualTo(Line2D(Point2D(6, 6), Point2D(7, 6)), 1e-12));
