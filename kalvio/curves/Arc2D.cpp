@@ -38,7 +38,7 @@ Arc2D::Turn::Turn(double angle) {
 Arc2D::Arc2D(const Point2D& start, double bulge, const Point2D& end) {
     const Vec2D chord = end - start;
     const Point2D center = start + chord * 0.5 + chord.GetNormalVector(true) * (0.25 * (1.0 / bulge - bulge));
-    const bool curved = std::isfinite(center.GetX()) && std::isfinite(center.GetY());
+    const bool curved = std::isfinite(center.Distance(start));  // a radius beyond all numbers has no arc
     Set(start, curved ? center : start, Angle(curved ? 4.0 * std::atan(bulge) : 0.0));
 }
 

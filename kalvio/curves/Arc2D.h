@@ -23,7 +23,8 @@ public:
     /// All zero.
     constexpr Arc2D() = default;
     Arc2D(const Point2D& start, const Point2D& center, const Angle& sweep) { Set(start, center, sweep); }
-    /// From start, bulge = tan(sweep / 4) and end. A bulge of 0 or not finite, which is no arc, gives the start alone.
+    /// From start, bulge = tan(sweep / 4) and end. A bulge of 0 or not finite, or one so small or large that the radius
+    /// has no square among the numbers (beyond 1e154), is no arc and gives the start alone.
     Arc2D(const Point2D& start, double bulge, const Point2D& end);
 
     MathTypes GetType() const override;

@@ -4,6 +4,7 @@
 #include "kalvio/core/Matrix3D.h"
 #include "kalvio/curves/detail/PlaneFrame.h"
 #include "kalvio/curves/detail/PointOnArc.h"
+#include "kalvio/curves/detail/SpaceElements.h"
 #include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
@@ -110,6 +111,16 @@ bool Arc3D::IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances
     return GetLengthFromStartPoint(point, length, tolerances.UserTolerance());
 }
 
+IGeometry* Arc3D::Append(const IGeometry* const other) const {
+    return other == nullptr ? nullptr : detail::AppendSpaceElements(*this, *other);
+}
+
+bool Arc3D::ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const {
+    if (!IsPointOnGeometry(point, tolerances)) return false;
+    tangent = ComputeTangent(point);
+    return true;
+}
+
 void Arc3D::Set(const Point3D& start, const Point3D& center, const Angle& sweep, const Plane3D& arcPlane) {
     Arc3D arc(*this);  // the arguments may be parts of this arc
     arc.startPoint = start;
@@ -191,6 +202,14 @@ bool Arc3D::GetPointOffsetFromStart(double station, Point3D& point) const {
     Point2D p;
     if (!InPlane().GetPointOffsetFromStart(station, p)) return false;
     point = Frame().ToSpace(p);
+    return true;
+}
+
+bool Arc3D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    Sample2D sample;
+    if (!InPlane().MakePointAndTangentAt(station, sample)) return false;
+    const detail::PlaneFrame frame = Frame();
+    result = {frame.ToSpace(sample.point), frame.ToSpace(sample.tangent), sample.station};
     return true;
 }
 

@@ -51,8 +51,12 @@ public:
     bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
     bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
+    /// With another element in space: a `Polyline3D` of clones, the elements of a polyline taken one by one; else null.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
+
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
     using IPolyline3DElement::IsPointOnGeometry;
+    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
 
     void Set(const Point3D& start, const Point3D& center, const Angle& sweep, const Plane3D& arcPlane);
     /// Through three points in order of travel, which is counter-clockwise about the normal of their plane.
@@ -93,6 +97,7 @@ public:
     bool GetShortestLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const;
     bool GetShortestLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const;
     bool GetPointOffsetFromStart(double station, Point3D& point) const;
+    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     bool MakeArc(double from, double to, Arc3D& part) const;
 
     bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,

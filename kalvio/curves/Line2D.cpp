@@ -7,6 +7,7 @@
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/Stations.h"
+#include "kalvio/curves/detail/WalkPoints.h"
 
 #include <algorithm>
 #include <cmath>
@@ -109,7 +110,7 @@ bool Line2D::GetLengthFromEndPoint(const Point2D& point, double& length, double 
 }
 
 bool Line2D::ComputeTangent(const Point2D&, Vec2D& tangent, const Tolerances&) const {
-    tangent = GetDirection();
+    tangent = detail::UnitDirection(end - start);
     return true;
 }
 
@@ -164,25 +165,19 @@ bool Line2D::GetPointOffsetFromStart(double station, double offset, const Angle&
 }
 
 bool Line2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
-    const double length = GetLength();
-    if (!detail::IsUsableLength(length) || !(station >= -detail::numericalZero) ||
-        !(station <= length + detail::numericalZero)) {
-        return false;
-    }
-    result = {start + (end - start) * (station / length), GetDirection(), station};
-    return true;
+    return detail::SampleSegment(start, end, station, result);
 }
 
 bool Line2D::MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
                         bool closeAtEnd) const {
-    const Vec2D direction = GetDirection();
+    const Vec2D direction = detail::UnitDirection(end - start);
     return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd, [&](double station) {
         points.push_back({start + direction * station, direction, station});
     });
 }
 
 bool Line2D::MakePoints(double from, double to, double step, std::vector<Point2D>& points, bool closeAtEnd) const {
-    const Vec2D direction = GetDirection();
+    const Vec2D direction = detail::UnitDirection(end - start);
     return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd,
                                   [&](double station) { points.push_back(start + direction * station); });
 }

@@ -58,7 +58,7 @@ public:
     /// The distance from the start (end) when the point lies on the line.
     bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
     bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
-    /// The direction of the line, wherever the point lies; always true.
+    /// The direction of the line, wherever the point lies, a unit vector however short the line; always true.
     bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
     /// The start for a line shorter than the system epsilon.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
@@ -99,11 +99,11 @@ public:
     /// The same moved by `offset` along the line direction turned counter-clockwise by `turn`.
     bool GetPointOffsetFromStart(double station, double offset, const Angle& turn, Point2D& point) const;
 
-    /// The sample at a station; false, the result untouched, for a length below 1e-10 or out of [0, length] by more
-    /// than it.
+    /// The sample at a station; false, the result untouched, for a line of zero length or out of [0, length] by more
+    /// than 1e-10.
     bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// Appends samples at from, from + step ... up to `to` or the end of the line; a negative `from` extrapolates. With
-    /// `closeAtEnd` the end point follows when `to` lies beyond it.
+    /// `closeAtEnd` the end follows when `to` lies beyond it, also where a step fell on it.
     /// @return false, nothing appended, when from lies beyond the length, to < 0 or step is not positive
     bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
                     bool closeAtEnd) const;
@@ -111,9 +111,9 @@ public:
 
     /// A non-const line is changed in place.
     Line2D& Transform(const Matrix2D& matrix);
-    Line2D Transform(const Matrix2D& matrix) const;
+    [[nodiscard]] Line2D Transform(const Matrix2D& matrix) const;
     Line2D& Translate(const Vec2D& v);
-    Line2D Translate(const Vec2D& v) const;
+    [[nodiscard]] Line2D Translate(const Vec2D& v) const;
 
 private:
     void CopyData(const Line2D& other) {

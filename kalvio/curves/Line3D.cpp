@@ -4,10 +4,14 @@
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/curves/Polyline3D.h"
+#include "kalvio/curves/detail/SpaceElements.h"
 #include "kalvio/curves/detail/Stations.h"
+#include "kalvio/curves/detail/WalkPoints.h"
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -59,6 +63,34 @@ Point3D Line3D::GetNearestPoint(const Point3D& point, const Tolerances& toleranc
     return t <= 0.0 ? start : t >= 1.0 ? end : start + d * t;
 }
 
+IGeometry* Line3D::Append(const IGeometry* const other) const {
+    if (other == nullptr) return nullptr;
+    if (other->GetType() != MathTypes::Polyline3D) return detail::AppendSpaceElements(*this, *other);
+    auto chain = std::make_unique<Polyline3D>();
+    chain->AppendElement(Clone());
+    chain->AppendElement(static_cast<const Polyline3D&>(*other).Clone());
+    return chain.release();
+}
+
+bool Line3D::IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const {
+    return Holds(point, tolerances.UserTolerance());
+}
+
+bool Line3D::ComputeTangent(const Point3D&, Vec3D& tangent, const Tolerances&) const {
+    tangent = detail::UnitDirection(end - start);
+    return true;
+}
+
+bool Line3D::ExtendStart(const Point3D& point, const Tolerances&) {
+    start = point;
+    return true;
+}
+
+bool Line3D::ExtendEnd(const Point3D& point, const Tolerances&) {
+    end = point;
+    return true;
+}
+
 bool Line3D::GetPointOffsetFromStart(double station, Point3D& point) const {
     const double length = GetLength();
     if (!detail::IsUsableLength(length)) return false;
@@ -66,8 +98,20 @@ bool Line3D::GetPointOffsetFromStart(double station, Point3D& point) const {
     return true;
 }
 
+bool Line3D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
+    return detail::SampleSegment(start, end, station, result);
+}
+
+bool Line3D::MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                        bool closeAtEnd) const {
+    const Vec3D direction = detail::UnitDirection(end - start);
+    return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd, [&](double station) {
+        points.push_back({start + direction * station, direction, station});
+    });
+}
+
 bool Line3D::MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const {
-    const Vec3D direction = GetDirection();
+    const Vec3D direction = detail::UnitDirection(end - start);
     return detail::ForEachStation(from, to, step, GetLength(), closeAtEnd,
                                   [&](double station) { points.push_back(start + direction * station); });
 }

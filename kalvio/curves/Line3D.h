@@ -39,6 +39,21 @@ public:
     bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
     /// The start for a line shorter than the system epsilon.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
+    /// With a `Line3D`: a `LineString3D` of this start, this end and the other's end (the other's start is not looked
+    /// at). With a `Polyline3D`: a `Polyline3D` of two elements, clones of this line and of that polyline. With another
+    /// element in space: a `Polyline3D` of clones. Null for anything else.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
+
+    /// As `GetLengthFromStartPoint`, with the user tolerance.
+    bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
+    using IPolyline3DElement::IsPointOnGeometry;
+    /// The direction of the line, wherever the point lies, a unit vector however short the line; always true.
+    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
+    /// The start (end) becomes the point, without a test of direction; always true.
+    bool ExtendStart(const Point3D& point, const Tolerances& tolerances);
+    bool ExtendEnd(const Point3D& point, const Tolerances& tolerances);
+    using IPolyline3DElement::ExtendEnd;
+    using IPolyline3DElement::ExtendStart;
 
     Point3D& GetStart() { return start; }
     Point3D& GetEnd() { return end; }
@@ -56,6 +71,9 @@ public:
     /// The point at a station, extrapolated outside [0, length]; false for a length below 1e-10.
     bool GetPointOffsetFromStart(double station, Point3D& point) const;
     /// As for `Line2D`, with the height carried along.
+    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                    bool closeAtEnd) const;
     bool MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const;
 
     /// Where p lies on the plan projection of the infinite line (on the plan segment): the height of the foot in space
@@ -69,9 +87,9 @@ public:
 
     /// A non-const line is changed in place.
     Line3D& Transform(const Matrix3D& matrix);
-    Line3D Transform(const Matrix3D& matrix) const;
+    [[nodiscard]] Line3D Transform(const Matrix3D& matrix) const;
     Line3D& Translate(const Vec3D& v);
-    Line3D Translate(const Vec3D& v) const;
+    [[nodiscard]] Line3D Translate(const Vec3D& v) const;
 
 private:
     void CopyData(const Line3D& other) {

@@ -8,8 +8,8 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Spiral2D.h"
+#include "kalvio/curves/detail/ChainSampling.h"
 #include "kalvio/curves/detail/PlanElements.h"
-#include "kalvio/curves/detail/Stations.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <algorithm>
@@ -61,12 +61,12 @@ void Polyline2D::Reverse() {
     index.Invalidate();
 }
 
-double Polyline2D::GetLength() const { return GetIndex().station.back(); }
+double Polyline2D::GetLength() const { return elements.LengthOf(0, elements.Size()); }
 
 bool Polyline2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
                                   std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances) {
     const double u = tolerances.UserTolerance();
-    const std::vector<double>& stations = GetIndex().station;
+    const std::vector<double>& stations = elements.GetStations().start;
     std::vector<std::map<double, const Point2D>> cuts(elements.Size());
     std::vector<bool> cutBefore(elements.Size() + 1, false);
     double last = 0.0;
@@ -103,7 +103,6 @@ bool Polyline2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, doubl
     }
     if (pieces.size() < 2) return false;
     const std::size_t firstOut = modifyThis ? 1 : 0;
-    out.reserve(out.size() + pieces.size());
     for (std::size_t i = firstOut; i < pieces.size(); ++i) out.push_back(pieces[i].release());
     if (modifyThis) *this = *pieces.front();
     return true;
@@ -120,14 +119,14 @@ bool Polyline2D::IsPointOnGeometry(const Point2D& point, const Tolerances& toler
 
 bool Polyline2D::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
     if (elements.IsEmpty()) return false;
-    elements.Front().ExtendStart(point, tolerances);
+    elements.Change(0).ExtendStart(point, tolerances);
     index.Invalidate();
     return true;
 }
 
 bool Polyline2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
     if (elements.IsEmpty()) return false;
-    elements.Back().ExtendEnd(point, tolerances);
+    elements.Change(elements.Size() - 1).ExtendEnd(point, tolerances);
     index.Invalidate();
     return true;
 }
@@ -147,7 +146,7 @@ bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, d
     for (std::size_t i = 0; i < elements.Size(); ++i) {
         if (boxes.Rejects(i, point, tolerance)) continue;
         if (double onElement = 0.0; elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) {
-            length = boxes.station[i] + onElement;
+            length = elements.GetStations().start[i] + onElement;
             return true;
         }
     }
@@ -160,7 +159,8 @@ bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, dou
     for (std::size_t i = elements.Size(); i-- > 0;) {
         if (boxes.Rejects(i, point, tolerance)) continue;
         if (double onElement = 0.0; elements[i].GetLengthFromEndPoint(point, onElement, tolerance)) {
-            length = boxes.station.back() - boxes.station[i + 1] + onElement;
+            const std::vector<double>& stations = elements.GetStations().start;
+            length = stations.back() - stations[i + 1] + onElement;
             return true;
         }
     }
@@ -209,8 +209,8 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
         });
     }
     if (bestElement == elements.Size()) return false;
-    nearest = {best.point, best.tangent, static_cast<std::uint32_t>(bestElement), bestDistance,
-               boxes.station[bestElement] + best.station};
+    nearest = detail::PlacedOn<PolylinePoint>(bestElement, elements.GetStations().start[bestElement], best);
+    nearest.distance = bestDistance;
     return true;
 }
 
@@ -243,6 +243,12 @@ const IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) const {
     return elements[i < elements.Size() ? i : 0];
 }
 
+IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) {
+    index.Invalidate();
+    if (elements.IsEmpty()) return spare = Line2D();
+    return elements.Change(i < elements.Size() ? i : 0);
+}
+
 void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                          const Tolerances& tolerances) const {
     const double u = tolerances.UserTolerance();
@@ -257,7 +263,7 @@ void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<doubl
             onElement.push_back(length);
         }
         for (const double length : onElement) {
-            const double station = boxes.station[i] + length;
+            const double station = elements.GetStations().start[i] + length;
             if (found.empty() || station - found.back() > 4.0 * std::abs(u)) found.push_back(station);
         }
     }
@@ -281,8 +287,8 @@ void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool 
         const auto [first, last] = *run;
         elements.Remove(first, last, !deleteElements);
         if (first == 0 || first >= elements.Size()) continue;
-        IPolyline2DElement& before = elements[first - 1];
-        IPolyline2DElement& behind = elements[first];
+        IPolyline2DElement& before = elements.Change(first - 1);
+        IPolyline2DElement& behind = elements.Change(first);
         if (IsMovable(behind)) {
             behind.ExtendStart(Point2D(before.GetEnd()), standard);
         } else if (IsMovable(before)) {
@@ -297,7 +303,12 @@ std::size_t Polyline2D::GetLastConsecutiveIndex(const std::vector<std::uint64_t>
     return position;
 }
 
-bool Polyline2D::AppendElement(IPolyline2DElement* element) { return Insert(GetNrOfElements(), element); }
+bool Polyline2D::AppendElement(IPolyline2DElement* element) {
+    if (element == nullptr || element == this) return false;
+    elements.Append(std::unique_ptr<IPolyline2DElement>(element));
+    index.Invalidate();
+    return true;
+}
 
 bool Polyline2D::Insert(unsigned int position, IPolyline2DElement* element) {
     std::vector<IPolyline2DElement*> added{element};
@@ -319,8 +330,6 @@ void Polyline2D::DeleteElements() {
 Polyline2D::Index Polyline2D::BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements) {
     Index result;
     for (auto* const list : {&result.minX, &result.minY, &result.maxX, &result.maxY}) list->reserve(elements.Size());
-    result.station.reserve(elements.Size() + 1);
-    double station = 0.0;
     for (std::size_t i = 0; i < elements.Size(); ++i) {
         const BoundingBox2D box = elements[i].GetBoundingBox2D();
         const Point2D low = box.GetMinPoint();
@@ -331,11 +340,14 @@ Polyline2D::Index Polyline2D::BuildIndex(const detail::ElementChain<IPolyline2DE
         result.minY.push_back(low.GetY() - padY);
         result.maxX.push_back(high.GetX() + padX);
         result.maxY.push_back(high.GetY() + padY);
-        result.station.push_back(station);
-        station += elements[i].GetLength();
     }
-    result.station.push_back(station);
     return result;
+}
+
+double Polyline2D::Index::SquaredDistance(std::size_t i, const Point2D& p) const {
+    const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
+    const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
+    return dx * dx + dy * dy;
 }
 
 std::size_t Polyline2D::Index::NearestBox(const Point2D& p) const {
@@ -372,24 +384,9 @@ const Polyline2D::Index& Polyline2D::GetIndex() const {
     return index.Get([this] { return BuildIndex(elements); });
 }
 
-std::size_t Polyline2D::ElementAt(double station) const {
-    const std::vector<double>& stations = GetIndex().station;
-    const auto next = std::upper_bound(stations.begin(), stations.end() - 1, station);
-    std::size_t i = next == stations.begin() ? 0 : static_cast<std::size_t>(next - stations.begin()) - 1;
-    while (i > 0 && !(stations[i + 1] > stations[i])) --i;  // the end of the chain is not left to elements of no length
-    return i;
-}
-
-bool Polyline2D::ClipRange(double& from, double& to) const {
-    from = std::max(from, 0.0);
-    to = std::min(to, GetLength());
-    return !elements.IsEmpty() && from <= to;
-}
-
 Point2D Polyline2D::GetMidPoint() const {
     PolylinePoint middle;
-    MakePointAndTangentAt(GetLength() * 0.5, middle);
-    return middle.point;
+    return MakePointAndTangentAt(elements.GetStations().start.back() * 0.5, middle) ? middle.point : GetStart();
 }
 
 int Polyline2D::GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const {
@@ -401,7 +398,7 @@ int Polyline2D::GetPointUsingLengthAlongXAxis(double length, PolylinePoint& resu
         detail::ElementPoint sample;
         const int found = detail::PointAtAbscissa(elements[i], x, t, sample);
         if (found == 0) continue;
-        result = {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, boxes.station[i] + sample.station};
+        result = detail::PlacedOn<PolylinePoint>(i, elements.GetStations().start[i], sample);
         return found;
     }
     return 0;
@@ -415,85 +412,22 @@ int Polyline2D::GetYUsingLengthAlongXAxis(double length, double& y) const {
 }
 
 bool Polyline2D::MakePointAndTangentAt(double station, PolylinePoint& result) const {
-    const double length = GetLength();
-    if (elements.IsEmpty() || !(station >= -detail::numericalZero && station <= length + detail::numericalZero))
-        return false;
-    const std::size_t i = ElementAt(std::clamp(station, 0.0, length));
-    return MakePointAndTangentAt(static_cast<int>(i), station - GetIndex().station[i], result);
+    return detail::SampleAt(elements, station, result);
 }
 
 bool Polyline2D::MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const {
     if (elementIndex < 0 || static_cast<std::size_t>(elementIndex) >= elements.Size()) return false;
-    const auto i = static_cast<std::size_t>(elementIndex);
-    const double length = elements[i].GetLength();
-    if (!(station >= -detail::numericalZero && station <= length + detail::numericalZero)) return false;
-    detail::ElementPoint sample;
-    if (!detail::EvaluateElement(elements[i], std::clamp(station, 0.0, length), sample)) return false;
-    result = {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, GetIndex().station[i] + sample.station};
-    return true;
+    return detail::SampleAt(elements, static_cast<std::size_t>(elementIndex), station, result);
 }
 
 bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
                                        double tolerance) const {
-    if (!ClipRange(from, to) || !(step > 0.0) || !((to - from) / step < detail::mostSamples)) return false;
-    const std::vector<double>& stations = GetIndex().station;
-    const std::size_t known = points.size();
-    const auto count = static_cast<std::size_t>((to - from) / step) + 1;
-    if (count > known) points.reserve(known + count + 1);
-    const auto stationOf = [&](std::size_t k) {
-        return std::min(from + detail::Steps(static_cast<std::int64_t>(k), step), to);
-    };
-    std::vector<double> local;
-    std::vector<detail::ElementPoint> ofElement;
-    for (std::size_t k = 0; k < count;) {
-        const std::size_t i = ElementAt(stationOf(k));
-        const bool isLast = i + 1 == elements.Size();
-        local.clear();
-        for (; k < count && (isLast || local.empty() || stationOf(k) < stations[i + 1]); ++k) {
-            local.push_back(std::min(stationOf(k) - stations[i], stations[i + 1] - stations[i]));
-        }
-        ofElement.clear();
-        if (!detail::SampleElement(elements[i], local, ofElement)) {
-            points.resize(known);
-            return false;
-        }
-        for (const detail::ElementPoint& sample : ofElement) {
-            points.push_back(
-                {sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, stations[i] + sample.station});
-        }
-    }
-    while (points.size() > known + 1 && to - points.back().station < std::abs(tolerance)) points.pop_back();
-    PolylinePoint last;
-    if (to > points.back().station && MakePointAndTangentAt(to, last)) points.push_back(last);
-    return true;
+    return detail::SampleChainBySteps(elements, from, to, step, tolerance, points);
 }
 
 bool Polyline2D::MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points,
                                                   double height, double tolerance) const {
-    if (!ClipRange(from, to) || !(height > 0.0)) return false;
-    const std::vector<double>& stations = GetIndex().station;
-    std::vector<PolylinePoint> samples;
-    std::vector<detail::ElementPoint> ofElement;
-    const std::size_t last = ElementAt(to);
-    for (std::size_t i = ElementAt(from); i <= last; ++i) {
-        const double length = elements[i].GetLength();
-        const double localFrom = std::clamp(from - stations[i], 0.0, length);
-        const double localTo = std::clamp(to - stations[i], 0.0, length);
-        if (!samples.empty() && !(localTo > localFrom)) continue;
-        ofElement.clear();
-        if (!detail::SampleElementUsingHeight(elements[i], localFrom, localTo, height, ofElement)) return false;
-        for (const detail::ElementPoint& sample : ofElement) {
-            const double station = stations[i] + sample.station;
-            if (!samples.empty() && station - samples.back().station <= std::abs(tolerance)) {
-                // One sample for a joint: the element that starts there, as everywhere.
-                if (i == samples.back().elementIndex || samples.size() == 1) continue;
-                samples.pop_back();
-            }
-            samples.push_back({sample.point, sample.tangent, static_cast<std::uint32_t>(i), 0.0, station});
-        }
-    }
-    points.insert(points.end(), samples.begin(), samples.end());
-    return true;
+    return detail::SampleChainByHeight(elements, from, to, height, tolerance, points);
 }
 
 bool Polyline2D::MakeLineString(double from, double to, LineString2D& lineString, double step, double tolerance) const {

@@ -3,9 +3,9 @@
 #include "kalvio/core/IComplexGeometry.h"
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/curves/IPolyline2DElement.h"
+#include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +28,11 @@ class LineString2D;
 ///     road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4);  // true, 40
 ///
 /// Searches reject elements by their boxes, kept in flat arrays that are built on first use: an element must lie inside
-/// its `GetBoundingBox2D`. They never change an answer.
+/// its `GetBoundingBox2D`. They never change an answer. Stations are kept in the same way.
+///
+/// So an element is not to be changed behind the chain's back, through a pointer kept when it was appended (an inner
+/// chain filled later included): `GetLength` still tells the truth, but all else may answer from the old boxes and
+/// stations. The non-const `GetElementAtIndex` is the way to change one.
 class KALVIO_MATH_API Polyline2D final : public IPolyline2DElement, public IComplexGeometry {
 public:
     /// A point of the chain.
@@ -54,7 +58,7 @@ public:
     [[nodiscard]] Polyline2D* Clone() const override;
     /// The elements are replaced by reversed clones in the opposite order.
     void Reverse() override;
-    /// Sum of the elements' lengths.
+    /// Sum of the elements' lengths, as they are now.
     double GetLength() const override;
     /// The pieces are polylines. A cut within the user tolerance of a joint falls on the joint; cuts nearer than that
     /// to the cut (or chain start) before them, and cuts in an element that cannot be broken, are skipped.
@@ -91,6 +95,10 @@ public:
     /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
     /// when the chain is empty.
     const IPolyline2DElement& GetElementAtIndex(unsigned int index) const override;
+    /// The element for a change: boxes and stations are dropped. The reference is valid for writing until the next
+    /// query; of an empty chain it is a spare line that is no part of it. Counts as a change of the chain, so that
+    /// threads sharing one must ask for elements through a const reference.
+    IPolyline2DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const override { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }
     /// A point on a joint, or within the tolerance of it, is reported once.
@@ -106,7 +114,8 @@ public:
     /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers
     void RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) override;
 
-    /// Takes the element over and appends it. @return false, nothing taken, for a null pointer or this chain itself
+    /// Takes the element over and appends it. It must not belong to a chain already, this one included: that is not
+    /// looked for, and each would delete it. @return false, nothing taken, for a null pointer or this chain itself
     bool AppendElement(IPolyline2DElement* element);
     /// Takes the element(s) over before position `index`.
     /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
@@ -116,7 +125,7 @@ public:
 
     /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.
     bool IsContinuous(double tolerance) const { return elements.IsContinuous(tolerance); }
-    /// The point at half the length; the origin for an empty chain.
+    /// The point at half the length; the start of a chain of no length, the origin for an empty one.
     Point2D GetMidPoint() const;
 
     /// The first point of the chain at the abscissa start.x + `length`.
@@ -137,7 +146,8 @@ public:
     /// @return false, nothing appended, for an empty range or a step that is not positive
     bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
                                double tolerance) const;
-    /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled.
+    /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled,
+    /// those within the tolerance of each other as one.
     bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points, double height,
                                           double tolerance) const;
     /// The points alone, appended to a line string.
@@ -149,13 +159,8 @@ private:
     // What the searches need of each element, side by side; boxes are widened by the rounding of their coordinates.
     struct Index {
         std::vector<double> minX, minY, maxX, maxY;
-        std::vector<double> station;  // start of each element; one more for the end of the chain
 
-        double SquaredDistance(std::size_t i, const Point2D& p) const {
-            const double dx = (std::max)({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
-            const double dy = (std::max)({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
-            return dx * dx + dy * dy;
-        }
+        double SquaredDistance(std::size_t i, const Point2D& p) const;
         // The box nearest to the point, the first of equals; their number when none has a distance.
         std::size_t NearestBox(const Point2D& p) const;
         // Calls visit(i, distance) for the boxes from the nearest on, until it returns false.
@@ -172,17 +177,14 @@ private:
     static Index BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements);
     // Position in `indexes` of the last index of the run without gaps that starts at `position`.
     static std::size_t GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position);
-    // The element to evaluate for a station of the chain, already clipped to it.
-    std::size_t ElementAt(double station) const;
     // The nearest of the points that `answer(element, sample)` gives on the elements, the first of equals. An element
     // without one (false) is passed over; a point is never nearer than the box of its element.
     template <class Answer>
     bool FindNearest(const Point2D& point, Answer&& answer, PolylinePoint& nearest) const;
-    // Clips a range of stations to the chain; false when nothing is left.
-    bool ClipRange(double& from, double& to) const;
 
     detail::ElementChain<IPolyline2DElement> elements;
     detail::Lazy<Index> index;
+    Line2D spare;  // what the non-const GetElementAtIndex of an empty chain refers to
 };
 
 }  // namespace Kalvio::Math

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/curves/IPolyline3DElement.h"
+#include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
 #include <cstdint>
@@ -10,7 +11,8 @@ namespace Kalvio::Math {
 
 class LineString3D;
 
-/// An ordered chain of elements in space, evaluated by station along its 3D length: the contract of `Polyline2D`.
+/// An ordered chain of elements in space, evaluated by station along its 3D length: the contract of `Polyline2D`, also
+/// for elements that are changed while they belong to the chain.
 class KALVIO_MATH_API Polyline3D final : public IPolyline3DElement {
 public:
     /// A point of the chain.
@@ -35,7 +37,11 @@ public:
     [[nodiscard]] Polyline3D* Clone() const override;
     /// The elements are replaced by reversed clones in the opposite order.
     void Reverse() override;
+    /// Sum of the elements' lengths, as they are now.
     double GetLength() const override;
+    /// With another element in space: a new `Polyline3D` of clones, the elements of a polyline taken one by one; else
+    /// null.
+    [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
     /// The first element's start, the last element's end; the shared origin for an empty chain.
     const Point3D& GetStart() const override;
     const Point3D& GetEnd() const override;
@@ -46,12 +52,27 @@ public:
     /// The nearest point over all elements, the first of equals; the query point for an empty chain.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
 
+    BoundingBox3D GetBoundingBox() const { return GetBoundingBox3D(); }
+    bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
+    using IPolyline3DElement::IsPointOnGeometry;
+    /// The direction of the first element that holds the point; false, `tangent` untouched, when there is none.
+    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
+    /// Moves the start of the first (end of the last) element; false for an empty chain. An arc becomes the one through
+    /// its middle.
+    bool ExtendStart(const Point3D& point, const Tolerances& tolerances);
+    bool ExtendEnd(const Point3D& point, const Tolerances& tolerances);
+    using IPolyline3DElement::ExtendEnd;
+    using IPolyline3DElement::ExtendStart;
+
     /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
     /// when the chain is empty.
     const IPolyline3DElement& GetElementAtIndex(unsigned int index) const;
+    /// The element for a change, as for `Polyline2D`.
+    IPolyline3DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }
-    /// Replaces `lengths` by every length along the chain at which the point lies; at a joint once.
+    /// Replaces `lengths` by every length along the chain at which the point lies, on line strings and inner chains
+    /// too; at a joint once.
     void GetLengthsAlongGeometry(const Point3D& point, std::vector<double>& lengths,
                                  const Tolerances& tolerances) const;
     /// As for `Polyline2D`: a gap that opens inside the chain is closed where the line or line string behind it, else
@@ -63,7 +84,8 @@ public:
     ///         and no indexes
     bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
 
-    /// Takes the element over and appends it. @return false, nothing taken, for a null pointer or this chain itself
+    /// Takes the element over and appends it. It must not belong to a chain already, this one included: that is not
+    /// looked for, and each would delete it. @return false, nothing taken, for a null pointer or this chain itself
     bool AppendElement(IPolyline3DElement* element);
     /// Takes the element(s) over before position `index`.
     /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
@@ -74,7 +96,7 @@ public:
     /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.
     bool IsContinuous(double tolerance) const { return elements.IsContinuous(tolerance); }
 
-    /// The point at half the length; the origin for an empty chain.
+    /// The point at half the length; the start of a chain of no length, the origin for an empty one.
     Point3D GetMidPoint() const;
     /// Point, tangent and station at a station of the chain; at a joint the element that starts there. @return false,
     /// the result untouched, out of [0, length] by more than 1e-10 or where a degenerate element cannot be evaluated
@@ -86,11 +108,18 @@ public:
     /// @return false, nothing appended, for an empty range or a step that is not positive
     bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
                                double tolerance) const;
+    /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled,
+    /// those within the tolerance of each other as one.
+    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points, double height,
+                                          double tolerance) const;
     /// The points alone, appended to a line string.
     bool MakeLineString(double from, double to, LineString3D& lineString, double step, double tolerance) const;
+    bool MakeLineStringUsingHeight(double from, double to, LineString3D& lineString, double height,
+                                   double tolerance) const;
 
 private:
     detail::ElementChain<IPolyline3DElement> elements;
+    Line3D spare;  // what the non-const GetElementAtIndex of an empty chain refers to
 };
 
 }  // namespace Kalvio::Math

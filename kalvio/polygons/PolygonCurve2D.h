@@ -39,7 +39,7 @@ public:
     bool AppendInnerRing(RingCurve2D* ring);
     /// Unchecked.
     const RingCurve2D& GetInnerRingAtIndex(unsigned int index) const { return innerRings[index]; }
-    RingCurve2D& GetInnerRingAtIndex(unsigned int index) { return innerRings[index]; }
+    RingCurve2D& GetInnerRingAtIndex(unsigned int index) { return innerRings.Change(index); }
     unsigned int GetNumInnerRings() const { return static_cast<unsigned int>(innerRings.Size()); }
 
     /// `RingCurve2D::IsContinuous` of every ring.

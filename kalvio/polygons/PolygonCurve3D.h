@@ -38,7 +38,7 @@ public:
     bool AppendInnerRing(RingCurve3D* ring);
     /// Unchecked.
     const RingCurve3D& GetInnerRingAtIndex(unsigned int index) const { return innerRings[index]; }
-    RingCurve3D& GetInnerRingAtIndex(unsigned int index) { return innerRings[index]; }
+    RingCurve3D& GetInnerRingAtIndex(unsigned int index) { return innerRings.Change(index); }
     unsigned int GetNumInnerRings() const { return static_cast<unsigned int>(innerRings.Size()); }
 
     /// `RingCurve3D::IsContinuous` of every ring.

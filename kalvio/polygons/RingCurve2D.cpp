@@ -14,6 +14,8 @@ const IPolyline2DElement& RingCurve2D::GetElementAtIndex(unsigned int index) con
     return chain.GetElementAtIndex(index);
 }
 
+IPolyline2DElement& RingCurve2D::GetElementAtIndex(unsigned int index) { return chain.GetElementAtIndex(index); }
+
 void RingCurve2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                           const Tolerances& tolerances) const {
     chain.GetLengthsAlongGeometry(point, lengths, tolerances);

@@ -27,6 +27,8 @@ public:
     /// The element stays owned by the ring. An index out of range gives the first element, or a line of zero length
     /// when the ring is empty.
     const IPolyline2DElement& GetElementAtIndex(unsigned int index) const override;
+    /// The element for a change, as for `Polyline2D`.
+    IPolyline2DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const override { return chain.GetNrOfElements(); }
     /// A point on a joint is reported once; at the joint where the ring closes, both as 0 and as the whole length.
     void GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,

@@ -3,7 +3,7 @@
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Line3D.h"
-#include "kalvio/curves/detail/Chain.h"
+#include "kalvio/curves/detail/SpaceElements.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/detail/PointInRingCurve.h"
 #include "kalvio/polygons/detail/RingCorners.h"
@@ -31,22 +31,7 @@ const IPolyline3DElement& RingCurve3D::GetElementAtIndex(unsigned int index) con
 
 void RingCurve3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<double>& lengths,
                                           const Tolerances& tolerances) const {
-    const double u = tolerances.UserTolerance();
-    std::vector<double> found;
-    double before = 0.0;
-    for (std::size_t i = 0; i < chain.Size(); ++i) {
-        std::vector<double> onElement;
-        if (chain[i].GetType() == MathTypes::LineString3D) {
-            detail::LengthsAlong(static_cast<const LineString3D&>(chain[i]).GetPoints(), point, u, onElement);
-        } else if (double length = 0.0; chain[i].GetLengthFromStartPoint(point, length, u)) {
-            onElement.push_back(length);
-        }
-        for (const double length : onElement) {
-            if (found.empty() || before + length - found.back() > 4.0 * std::abs(u)) found.push_back(before + length);
-        }
-        before += chain[i].GetLength();
-    }
-    lengths = std::move(found);
+    detail::LengthsAlongChain(chain, point, tolerances, lengths);
 }
 
 bool RingCurve3D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {

@@ -11,7 +11,8 @@
 namespace Kalvio::Math {
 
 /// Closed chain of lines, arcs and line strings in space that bounds an area of a plane. It owns its elements and
-/// copies deeply. Nothing closes the ring by itself: `IsClosed` and `IsContinuous` tell whether its elements meet.
+/// copies deeply. Nothing closes the ring by itself: `IsClosed` and `IsContinuous` tell whether its elements meet. It
+/// keeps nothing derived from its elements, so they may be changed through kept pointers.
 class KALVIO_MATH_API RingCurve3D final : public IMathObject {
 public:
     RingCurve3D() = default;

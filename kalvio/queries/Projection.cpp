@@ -7,6 +7,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/Chain.h"
+#include "kalvio/curves/detail/UnitDirection.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -158,7 +159,7 @@ Polyline2D::PolylinePoint Projection::NearestPointOnLineString(const Point2D& po
     nearest.elementIndex = static_cast<std::uint32_t>(foot.segment);
     nearest.distance = foot.distance;
     if (points.size() < 2) return nearest;
-    nearest.tangent = (points[foot.segment + 1] - points[foot.segment]).Normalize();
+    nearest.tangent = detail::UnitDirection(points[foot.segment + 1] - points[foot.segment]);
     nearest.station = StationOf(points, foot);
     return nearest;
 }

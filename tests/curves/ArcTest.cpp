@@ -220,8 +220,10 @@ TEST(ArcTest, SamplingRanges) {
 TEST(ArcTest, DegenerateArcsAreHarmless) {
     const Point2D p(3, 4);
     for (const Arc2D& arc : {Arc2D(), Arc2D(p, p, Angle(2.0)), Arc2D(Point2D(kNan, 0), p, Angle(1.0)),
-                             Arc2D(Point2D(1, 0), p, Angle(kInfinity)), Arc2D(p, 0.0, Point2D(9, 9))}) {
+                             Arc2D(Point2D(1, 0), p, Angle(kInfinity)), Arc2D(p, 0.0, Point2D(9, 9)),
+                             Arc2D(p, 1e-155, Point2D(9, 9)), Arc2D(p, -1e155, Point2D(9, 9))}) {
         Arc2D part;
+        EXPECT_EQ(std::isnan(arc.GetStart().GetX()) ? 0.0 : arc.GetLength(), 0.0) << "nor is it endless";
         double value = 9.0;
         std::vector<IGeometry*> out;
         EXPECT_FALSE(arc.BreakAt({p, Point2D()}, out, kTolerances) || arc.MakeArc(0.0, 1.0, part));
@@ -229,6 +231,7 @@ TEST(ArcTest, DegenerateArcsAreHarmless) {
     }
     double station = 9.0;
     EXPECT_TRUE(Arc2D(p, p, Angle(2.0)).GetLengthFromStartPoint(p, station, 0.1) && station == 0.0);
+    EXPECT_DOUBLE_EQ(Arc2D(p, 1e-150, Point2D(6, 8)).GetLength(), 5.0) << "flat, but an arc";
 }
 
 TEST(ArcTest, ArcsInSpaceFollowTheirCircle) {
@@ -261,6 +264,10 @@ TEST(ArcTest, ArcsInSpaceFollowTheirCircle) {
             ASSERT_TRUE(reversed.GetLengthFromEndPoint(sample.point, station, 1e-8));
             EXPECT_NEAR(station, sample.station, 1e-8);
             EXPECT_FALSE(arc.GetLengthFromStartPoint(sample.point + normal * 2e-8, station, 1e-8)) << "off its plane";
+            Vec3D tangent;
+            ASSERT_TRUE(arc.ComputeTangent(sample.point, tangent, tight));
+            EXPECT_THAT(tangent, IsNear(At(arc, sample.station).tangent, 1e-8));
+            EXPECT_FALSE(arc.ComputeTangent(sample.point + normal * 2e-8, tangent, tight));
             EXPECT_LE(query.Distance(nearest), query.Distance(sample.point) + 1e-8);
             const Vec3D offset = sample.point - arc.GetBoundingBox3D().GetCenter();
             for (const int axis : {0, 1, 2}) {

@@ -97,12 +97,12 @@ TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
     }
 }
 
-TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
+TEST(LineTest, SamplesDoNotDriftAndCloseAtTheEnd) {
     const std::tuple<const char*, double, double, double, bool, std::vector<double>> rows[] = {
         {"inside", 1.0, 2.0, 0.5, false, {1.0, 1.5, 2.0}},
         {"clipped at the end, not closed", 3.0, 9.0, 0.75, false, {3.0, 3.75}},
         {"closed by the end point", 3.0, 9.0, 0.75, true, {3.0, 3.75, 4.0}},
-        {"the end is not doubled", 3.0, 9.0, 0.5, true, {3.0, 3.5, 4.0}},
+        {"closed by it also where a step fell on it", 3.0, 9.0, 0.5, true, {3.0, 3.5, 4.0, 4.0}},
         {"not closed when to is the end", 3.0, 4.0, 0.75, true, {3.0, 3.75}},
         {"beyond the end", 4.5, 9.0, 1.0, true, {}},
         {"before the start", -3.0, -1.0, 1.0, true, {}},
@@ -118,12 +118,18 @@ TEST(LineTest, SamplesDoNotDriftAndCloseOnce) {
         std::vector<Point2D> points;
         EXPECT_EQ(line.MakePoints(from, to, step, samples, close), !stations.empty());
         EXPECT_EQ(line.MakePoints(from, to, step, points, close), !stations.empty());
+        const Line3D lifted(Point3D(1, 1, 7), Point3D(1, 5, 7));
+        std::vector<IPolyline3DElement::PolylineElementPoint> inSpace;
+        EXPECT_EQ(lifted.MakePoints(from, to, step, inSpace, close), !stations.empty());
         ASSERT_TRUE(samples.size() == stations.size() && points.size() == stations.size());
+        ASSERT_EQ(inSpace.size(), stations.size());
         for (std::size_t i = 0; i < samples.size(); ++i) {
             EXPECT_DOUBLE_EQ(samples[i].station, stations[i]);
             EXPECT_THAT(samples[i].point, IsNear(Point2D(1, 1 + stations[i]), 1e-14));
             EXPECT_EQ(samples[i].point, points[i]);
             EXPECT_THAT(samples[i].tangent, IsNear(Vec2D(0, 1), 0.0));
+            EXPECT_THAT(inSpace[i].point, IsNear(Point3D(points[i], 7.0), 0.0));
+            EXPECT_TRUE(inSpace[i].station == samples[i].station && inSpace[i].tangent.GetY() == 1.0);
         }
     }
     std::vector<Point2D> many;
@@ -202,6 +208,8 @@ TEST(Line3DTest, ElementOperationsInSpace) {
         EXPECT_THAT(p, IsNear(line.GetMiddlePoint(), 1e-8));
         double length = -1.0;
         EXPECT_FALSE(line.GetLengthFromStartPoint(p + Vec3D(0, 0, 0.01), length, 1e-4));
+        EXPECT_TRUE(line.IsPointOnGeometry(p, kTolerances));
+        EXPECT_FALSE(line.IsPointOnGeometry(p + Vec3D(0, 0, 0.01), kTolerances));
         EXPECT_FALSE(line.GetLengthFromStartPoint(line.GetEnd() + (line.GetEnd() - line.GetStart()), length, 1e-4));
         EXPECT_EQ(length, -1.0);
         const Vec3D normal(3, -2, 0);
@@ -211,6 +219,12 @@ TEST(Line3DTest, ElementOperationsInSpace) {
         EXPECT_TRUE(line.MakePoints(0.0, 100.0, 3.0, points, true));
         ASSERT_EQ(points.size(), 4U);
         EXPECT_THAT(points.back(), IsNear(line.GetEnd(), 1e-8));
+        Line3D longer(line);
+        EXPECT_TRUE(longer.ExtendEnd(line.GetEnd() + Vec3D(2, 3, 6), kTolerances));
+        EXPECT_NEAR(longer.GetLength(), 14.0, 1e-8);
+        const std::unique_ptr<IGeometry> joined(line.Append(&longer));
+        ASSERT_EQ(joined->GetType(), MathTypes::LineString3D);
+        EXPECT_NEAR(joined->GetLength(), 14.0, 1e-8) << "to the other's end, whose start is not looked at";
     }
 }
 

@@ -8,6 +8,8 @@
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/RingCurve2D.h"
+#include "kalvio/queries/Projection.h"
 #include "support/Concurrently.h"
 #include "support/ElementChecks.h"
 
@@ -232,6 +234,125 @@ TEST(PolylineTest, GapsAndJoints) {
     EXPECT_EQ(outer.GetMidPoint(), Point2D(8.5, 5.25));
 }
 
+// Lines down to the least length there is, at all places of a chain: real data has them.
+TEST(PolylineTest, ShortLinesAreLinesToo) {
+    RandomNumbers random(717);
+    for (int trial = 0; trial < 60; ++trial) {
+        SCOPED_TRACE(trial);
+        Polyline2D chain;
+        Polyline3D inSpace;
+        const Point2D at;  // of all lines: elsewhere coordinates are coarser than the shortest of them
+        for (int i = 0; i < 5; ++i) {
+            const double length = i == trial % 5 || i == trial / 12 ? std::pow(10.0, -random(10.0, 160.0)) : 10.0;
+            const double direction = random(0.0, 6.0);
+            const Line2D line(at, Vec2D(length * std::cos(direction), length * std::sin(direction)));
+            const auto foot = [&](auto& place) {  // the end of a chain of this line alone
+                Polyline2D alone;
+                alone.AppendElement(line.Clone());
+                return alone.GetNearestPoint(line.GetEnd(), place, kTolerances);
+            };
+            Polyline2D::PolylinePoint place;
+            const LineString2D string(line);
+            ASSERT_TRUE(foot(place) && line.ComputeTangent(at, place.tangent, kTolerances));
+            EXPECT_NEAR(place.tangent.Length(), 1.0, 1e-12);
+            place = Projection::NearestPointOnLineString(at, string, 1e-4);
+            EXPECT_NEAR(place.tangent.Length(), 1.0, 1e-12);
+            chain.AppendElement(i % 2 == 0 ? static_cast<IPolyline2DElement*>(line.Clone()) : string.Clone());
+            inSpace.AppendElement(new Line3D(Point3D(line.GetStart(), 1.0), Point3D(line.GetEnd(), 1.0)));
+        }
+        const auto check = [](const auto& road) {
+            auto samples = std::vector<std::decay_t<decltype(At(road, 0.0))>>();
+            ASSERT_TRUE(road.MakePointsAndTangents(0.0, 1e9, samples, 0.7, 1e-6));
+            ASSERT_TRUE(road.MakePointsAndTangentsUsingHeight(0.0, 1e9, samples, 0.01, 0.0));
+            for (unsigned int i = 0; i < 5; ++i) {
+                samples.emplace_back();
+                const double half = 0.5 * road.GetElementAtIndex(i).GetLength();
+                ASSERT_TRUE(road.MakePointAndTangentAt(static_cast<int>(i), half, samples.back()));
+            }
+            for (const auto& sample : samples) ASSERT_NEAR(sample.tangent.Length(), 1.0, 1e-12);
+            EXPECT_THAT(road.GetMidPoint(), IsNear(At(road, 0.5 * road.GetLength()).point, 0.0));
+        };
+        check(chain);
+        check(inSpace);
+    }
+    Polyline2D dot;
+    dot.AppendElement(new Line2D(Point2D(3, 4), Point2D(3, 4)));
+    EXPECT_EQ(dot.GetMidPoint(), Point2D(3, 4)) << "the start where there is no length";
+    Polyline2D doubled;
+    doubled.AppendElement(new LineString2D({Point2D(0, 0), Point2D(2, 0), Point2D(2, 0)}));
+    EXPECT_THAT(At(doubled, 2.0).tangent, IsNear(Vec2D(1, 0), 0.0)) << "of the last segment that has a length";
+}
+
+// Elements nearer than the tolerance to each other: the one sample for them must not creep along the curve.
+TEST(PolylineTest, SamplesByHeightKeepItOnTinyElements) {
+    Polyline2D circle;
+    std::vector<Point2D> corners;
+    for (int i = 0; i <= 5000; ++i) corners.push_back(Point2D(std::cos(i * 1e-3), std::sin(i * 1e-3)));
+    for (int i = 0; i < 5000; ++i) circle.AppendElement(new Line2D(corners[i], corners[i + 1]));
+    LineString2D chords;
+    ASSERT_TRUE(circle.MakeLineStringUsingHeight(0.0, 1e9, chords, 1e-6, 0.01));
+    for (const Point2D& corner : corners) {
+        ASSERT_LE(chords.GetNearestPoint(corner, kTolerances).Distance(corner), 0.01);
+    }
+    EXPECT_LE(chords.GetSize(), 503U) << "one for every tolerance";
+}
+
+// Far along a chain a station is coarser than what an element allows beyond its end.
+TEST(PolylineTest, StationsOfLongChains) {
+    Polyline2D chain;
+    for (int i = 0; i < 3000; ++i) chain.AppendElement(new Line2D(Point2D(i * 7777.77, 0), Vec2D(7777.77, 0)));
+    std::vector<Polyline2D::PolylinePoint> samples;
+    EXPECT_TRUE(chain.MakePointsAndTangents(0.0, 1e9, samples, 7777.77 / 3.0, 1e-6));
+    double joint = 0.0;
+    for (unsigned int i = 0; i < 3000; ++i) {
+        joint += 7777.77;
+        for (const double station : {std::nextafter(joint, 0.0), joint, std::nextafter(joint, 1e9)}) {
+            if (station <= chain.GetLength()) At(chain, station);
+        }
+    }
+}
+
+// What changes a chain from outside, and what the chain must still know. `touch` asks so that everything is derived.
+TEST(PolylineTest, ChangedElementsAreMeasuredAnew) {
+    const auto touch = [](const Polyline2D& chain) { (void)chain.GetNearestPoint(Point2D(), kTolerances); };
+    auto* const line = new Line2D(Point2D(0, 0), Point2D(10, 0));
+    auto* const inner = new Polyline2D;
+    RingCurve2D ring;
+    Polyline2D chain;
+    chain.AppendElement(line);
+    chain.AppendElement(inner);
+    touch(chain);
+    line->SetEnd(Point2D(20, 0));
+    inner->AppendElement(new Line2D(Point2D(20, 0), Point2D(20, 5)));
+    EXPECT_EQ(chain.GetLength(), 25.0) << "through kept pointers";
+    std::vector<std::uint64_t> indexes;
+    EXPECT_FALSE(chain.FindShortElements(indexes, 5.0));
+
+    (void)chain.GetElementAtIndex(1);
+    double station = 0.0;
+    EXPECT_TRUE(chain.GetLengthFromStartPoint(Point2D(20, 4), station, 1e-4) && station == 24.0);
+    touch(chain);
+    static_cast<Line2D&>(chain.GetElementAtIndex(0)).SetStart(Point2D(-100, 0));
+    EXPECT_EQ(At(chain, 121.0).point, Point2D(20, 1));
+    EXPECT_EQ(chain.GetNearestPoint(Point2D(-100, 0), kTolerances), Point2D(-100, 0));
+    Polyline2D::PolylinePoint nearest;
+    EXPECT_TRUE(chain.GetNearestPoint(Point2D(21, 2), nearest, kTolerances) && nearest.station == 122.0);
+    static_cast<Line2D&>(Polyline2D().GetElementAtIndex(7)).SetEnd(Point2D(1, 1));  // the spare line of no chain
+
+    ring.AppendElement(new Line2D(Point2D(0, 0), Point2D(1, 0)));
+    EXPECT_EQ(ring.GetLength(), 1.0);
+    static_cast<Line2D&>(ring.GetElementAtIndex(0)).SetEnd(Point2D(3, 0));
+    std::vector<double> lengths;
+    ring.GetLengthsAlongGeometry(Point2D(2, 0), lengths, kTolerances);
+    EXPECT_TRUE(ring.GetLength() == 3.0 && lengths.size() == 1U);
+
+    Polyline3D inSpace;
+    inSpace.AppendElement(new Line3D(Point3D(0, 0, 0), Point3D(0, 0, 1)));
+    EXPECT_EQ(At(inSpace, 1.0).point.GetZ(), 1.0);
+    static_cast<Line3D&>(inSpace.GetElementAtIndex(0)).SetEnd(Point3D(0, 0, 9));
+    EXPECT_TRUE(At(inSpace, 9.0).point.GetZ() == 9.0 && inSpace.GetLength() == 9.0);
+}
+
 TEST(PolylineTest, RemovedRunsAreBridged) {
     Polyline2D chain;
     for (int i = 0; i < 6; ++i) chain.AppendElement(new Line2D(Point2D(i, i % 2), Point2D(i + 1, (i + 1) % 2)));
@@ -339,11 +460,36 @@ TEST(Polyline3DTest, ChainInSpace) {
             ASSERT_TRUE(road->GetLengthFromStartPoint(sample.point, station, 1e-6));
             EXPECT_NEAR(station, sample.station, 1e-6);
             EXPECT_NEAR(sample.tangent.Length(), 1.0, 1e-12);
+            EXPECT_TRUE(road->IsPointOnGeometry(sample.point, kTolerances));
+            Vec3D tangent;
+            ASSERT_TRUE(road->ComputeTangent(sample.point, tangent, Tolerances(1e-9, 1e-10)));
+            if (sample.station != 7.0) {  // a joint: there the first element that holds the point answers
+                EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-6));
+            }
         }
+        LineString3D chords;
+        ASSERT_TRUE(road->MakeLineStringUsingHeight(0.0, 1e9, chords, 0.01, 1e-6));
+        EXPECT_EQ(chords.GetSize(), 5U + 15U)
+            << "the joints and vertices, and smallest n with 2 (1 - cos(1.5 / n)) <= h";
+        for (const auto& sample : samples) {
+            unsigned int segment = 0;
+            const Point3D nearest = Projection::NearestPointOnLineString(sample.point, chords, segment, 1e-9);
+            EXPECT_LE(nearest.Distance(sample.point), 0.0100001);
+        }
+        std::vector<double> lengths;
+        road->GetLengthsAlongGeometry(Point3D(2, 3, 6), lengths, kTolerances);
+        EXPECT_EQ(lengths, std::vector<double>{7.0});
     }
-    std::vector<double> lengths;
-    chain.GetLengthsAlongGeometry(Point3D(2, 3, 6), lengths, kTolerances);
-    EXPECT_EQ(lengths, std::vector<double>{7.0});
+    Polyline3D thereAndBack, outer;
+    thereAndBack.AppendElement(new Line3D(Point3D(0, 0, 0), Point3D(5, 0, 0)));
+    thereAndBack.AppendElement(new LineString3D({Point3D(5, 0, 0), Point3D(0, 0, 0), Point3D(5, 0, 0)}));
+    outer.AppendElement(thereAndBack.Clone());
+    std::vector<double> passages;
+    outer.GetLengthsAlongGeometry(Point3D(1, 0, 0), passages, kTolerances);
+    EXPECT_EQ(passages, (std::vector<double>{1.0, 9.0, 11.0})) << "in inner chains and line strings too";
+    EXPECT_TRUE(outer.ExtendStart(Point3D(-1, 0, 0), kTolerances) && outer.GetLength() == 16.0);
+    const std::unique_ptr<IGeometry> joined(outer.Append(&thereAndBack));
+    EXPECT_TRUE(joined->GetLength() == 31.0 && static_cast<const Polyline3D&>(*joined).GetNrOfElements() == 3);
     chain.RemoveElements({1, 1, 9}, true);
     EXPECT_EQ(chain.GetNrOfElements(), 3U);
     EXPECT_TRUE(chain.IsContinuous(1e-9)) << "the line string moved to the gap's other side";

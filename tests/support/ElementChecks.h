@@ -39,7 +39,7 @@ auto At(const Curve& curve, double station) {
         if constexpr (requires { typename Curve::PolylinePoint; })
             return typename Curve::PolylinePoint();
         else
-            return Sample();
+            return typename Curve::PolylineElementPoint();
     }();
     EXPECT_TRUE(curve.MakePointAndTangentAt(station, sample));
     return sample;

@@ -43,7 +43,6 @@ bool BreakElement(Element& element, const std::map<double, const Point2D>& break
     std::unique_ptr<Element> tail = makePiece(from, ElementCut{length, element.GetEnd()});
     const std::size_t firstOut = modifyThis ? 1 : 0;
     if (tail->GetLength() > userTolerance || pieces.size() == firstOut) pieces.push_back(std::move(tail));
-    out.reserve(out.size() + pieces.size());
     for (std::size_t i = firstOut; i < pieces.size(); ++i) out.push_back(pieces[i].release());
     if (modifyThis) element = *pieces.front();
     return true;

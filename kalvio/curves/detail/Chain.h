@@ -259,7 +259,8 @@ bool SampleChain(const std::vector<PointType>& points, double from, double to, d
     double start = 0.0;
     double end = points[0].Distance(points[1]);
     return ForEachStation(
-        from, std::numeric_limits<double>::infinity(), step, (std::min)(to, total), true, [&](double length) {
+        from, std::numeric_limits<double>::infinity(), step, (std::min)(to, total), EndSample::Once,
+        [&](double length) {
             while (i + 2 < points.size() && (length > end + numericalZero || !(end - start > numericalZero))) {
                 ++i;
                 start = end;

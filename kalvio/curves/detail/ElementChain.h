@@ -1,16 +1,21 @@
 #pragma once
 
+#include "kalvio/core/detail/Lazy.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <iterator>
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 namespace Kalvio::Math::detail {
 
-/// The ordered, owned elements of a polyline in plan or space. Copies are deep: every element is cloned.
+/// The ordered, owned elements of a polyline in plan or space. Copies are deep: every element is cloned. Stations are
+/// kept once asked for, until a change made through the chain.
 template <class Element>
 class ElementChain {
 public:
@@ -26,15 +31,23 @@ public:
 
     std::size_t Size() const { return elements.size(); }
     bool IsEmpty() const { return elements.empty(); }
-    Element& operator[](std::size_t index) { return *elements[index]; }
     const Element& operator[](std::size_t index) const { return *elements[index]; }
-    Element& Front() { return *elements.front(); }
     const Element& Front() const { return *elements.front(); }
-    Element& Back() { return *elements.back(); }
     const Element& Back() const { return *elements.back(); }
-    void Clear() { elements.clear(); }
+    /// The element, to be changed.
+    Element& Change(std::size_t index) {
+        stations.Invalidate();
+        return *elements[index];
+    }
+    void Clear() {
+        stations.Invalidate();
+        elements.clear();
+    }
 
-    void Append(std::unique_ptr<Element> element) { elements.push_back(std::move(element)); }
+    void Append(std::unique_ptr<Element> element) {
+        stations.Invalidate();
+        elements.push_back(std::move(element));
+    }
     void AppendClone(const Element& element) { Append(CloneOf(element)); }
 
     /// Takes the elements over before position `index`. @return false, nothing taken, for a null pointer, a pointer
@@ -45,10 +58,14 @@ public:
         std::sort(sorted.begin(), sorted.end(), std::less<>());
         if (!sorted.empty() && sorted.front() == nullptr) return false;
         if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) return false;
-        elements.reserve(elements.size() + added.size());
-        auto position = elements.begin() + static_cast<std::ptrdiff_t>(index);
-        for (Element* const element : added)
-            position = elements.insert(position, std::unique_ptr<Element>(element)) + 1;
+        stations.Invalidate();
+        std::vector<std::unique_ptr<Element>> taken(added.size());
+        if (elements.capacity() - elements.size() < added.size()) {
+            elements.reserve((std::max)(elements.size() + added.size(), 2 * elements.size()));
+        }
+        for (std::size_t i = 0; i < added.size(); ++i) taken[i].reset(added[i]);  // from here on nothing can fail
+        elements.insert(elements.begin() + static_cast<std::ptrdiff_t>(index), std::make_move_iterator(taken.begin()),
+                        std::make_move_iterator(taken.end()));
         return true;
     }
 
@@ -64,6 +81,7 @@ public:
     void Remove(std::size_t first, std::size_t last, bool release) {
         const auto from = elements.begin() + static_cast<std::ptrdiff_t>(first);
         const auto to = elements.begin() + static_cast<std::ptrdiff_t>(last);
+        stations.Invalidate();
         if (release) std::for_each(from, to, [](std::unique_ptr<Element>& element) { (void)element.release(); });
         elements.erase(from, to);
     }
@@ -76,6 +94,7 @@ public:
             reversed.push_back(CloneOf(**element));
             reversed.back()->Reverse();
         }
+        stations.Invalidate();
         elements = std::move(reversed);
     }
 
@@ -110,6 +129,32 @@ public:
         return indexes.size() > known;
     }
 
+    struct Stations {
+        std::vector<double> start;   // of each element along the chain; one more for the end of the chain
+        std::vector<double> length;  // of each element
+    };
+
+    const Stations& GetStations() const {
+        return stations.Get([this] {
+            Stations result;
+            result.start.assign(1, 0.0);
+            for (const auto& element : elements) {
+                result.length.push_back(element->GetLength());
+                result.start.push_back(result.start.back() + result.length.back());
+            }
+            return result;
+        });
+    }
+
+    /// The element that a station falls on, at a joint the one that starts there; the chain must not be empty.
+    std::size_t ElementAt(double station) const {
+        const std::vector<double>& starts = GetStations().start;
+        const auto next = std::upper_bound(starts.begin(), starts.end() - 1, station);
+        std::size_t i = next == starts.begin() ? 0 : static_cast<std::size_t>(next - starts.begin()) - 1;
+        while (i > 0 && !(starts[i + 1] > starts[i])) --i;  // the end is not left to elements of no length
+        return i;
+    }
+
     static std::unique_ptr<Element> CloneOf(const Element& element) {
         return std::unique_ptr<Element>(static_cast<Element*>(element.Clone()));
     }
@@ -121,6 +166,29 @@ private:
     }
 
     std::vector<std::unique_ptr<Element>> elements;
+    Lazy<Stations> stations;
 };
+
+/// A polyline of clones of two geometries, the elements of a polyline taken one by one.
+/// @param asElement  the geometry as an element; null when it is none
+/// @return a new object owned by the caller; null when one of the two is no element
+template <class Polyline, class Geometry, class AsElement>
+Polyline* JoinElements(const Geometry& first, const Geometry& second, AsElement&& asElement) {
+    auto joined = std::make_unique<Polyline>();
+    for (const Geometry* const part : {&first, &second}) {
+        const auto* const element = asElement(*part);
+        if (element == nullptr) return nullptr;
+        using Chain = ElementChain<std::remove_const_t<std::remove_pointer_t<decltype(asElement(*part))>>>;
+        if (element->GetType() != joined->GetType()) {
+            joined->AppendElement(Chain::CloneOf(*element).release());
+            continue;
+        }
+        const auto& polyline = static_cast<const Polyline&>(*element);
+        for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
+            joined->AppendElement(Chain::CloneOf(polyline.GetElementAtIndex(i)).release());
+        }
+    }
+    return joined.release();
+}
 
 }  // namespace Kalvio::Math::detail

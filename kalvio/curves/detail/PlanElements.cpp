@@ -69,10 +69,9 @@ struct Evaluate {
 
 // Point, tangent and station `along` (0 to 1) a segment that starts at the station `from`.
 ElementPoint OnSegment(const Point2D& a, const Point2D& b, double along, double from) {
-    Vec2D direction = b - a;
-    const double length = direction.Length();
+    const Vec2D direction = b - a;
     const Point2D point = along == 1.0 ? b : a + direction * along;
-    return {point, direction.Normalize(), from + along * length};
+    return {point, UnitDirection(direction), from + along * direction.Length()};
 }
 
 struct NearestOn {
@@ -255,20 +254,7 @@ IGeometry* AppendElements(const IGeometry& first, const IGeometry& second) {
         const auto& line = static_cast<const Line2D&>(first);
         return new LineString2D({line.GetStart(), line.GetEnd(), static_cast<const Line2D&>(second).GetEnd()});
     }
-    auto chain = std::make_unique<Polyline2D>();
-    for (const IGeometry* const part : {&first, &second}) {
-        const IPolyline2DElement* const element = AsPlanElement(*part);
-        if (element == nullptr) return nullptr;
-        if (element->GetType() != MathTypes::Polyline2D) {
-            chain->AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
-            continue;
-        }
-        const auto& polyline = static_cast<const Polyline2D&>(*element);
-        for (unsigned int i = 0; i < polyline.GetNrOfElements(); ++i) {
-            chain->AppendElement(static_cast<IPolyline2DElement*>(polyline.GetElementAtIndex(i).Clone()));
-        }
-    }
-    return chain.release();
+    return JoinElements<Polyline2D>(first, second, AsPlanElement);
 }
 
 bool FindNearestOnElement(const IPolyline2DElement& element, const Point2D& point, const Tolerances& tolerances,
@@ -319,18 +305,8 @@ bool SampleElementUsingHeight(const IPolyline2DElement& element, double from, do
             return static_cast<const Arc2D&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
         case MathTypes::Clothoid:
             return static_cast<const Clothoid&>(element).MakePointsAndTangentsUsingHeight(from, to, samples, height);
-        case MathTypes::LineString2D: {
-            // The ends of the range and the vertices between them.
-            const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();
-            std::vector<double> stations{from};
-            double station = 0.0;
-            for (std::size_t i = 1; i < points.size() && station < to; ++i) {
-                station += points[i - 1].Distance(points[i]);
-                if (station > from + numericalZero && station < to - numericalZero) stations.push_back(station);
-            }
-            if (to > from) stations.push_back(to);
-            return SampleElement(element, stations, samples);
-        }
+        case MathTypes::LineString2D:
+            return WalkVertices(static_cast<const LineString2D&>(element).GetPoints(), from, to, samples);
         case MathTypes::Parabola: {
             ElementPoint first;
             ElementPoint last;

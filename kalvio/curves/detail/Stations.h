@@ -17,14 +17,21 @@ inline bool IsUsableLength(double length) { return length >= numericalZero && le
 /// i steps: 0 for i = 0 even where the step is infinite, so that a range longer than nothing keeps its first sample.
 inline double Steps(std::int64_t i, double step) { return i == 0 ? 0.0 : static_cast<double>(i) * step; }
 
+/// What a sampling adds at the end of a curve when it was to go on beyond it.
+enum class EndSample : std::uint32_t {
+    None = 0,
+    Once = 1,    // the end, unless a step fell on it
+    Always = 2,  // the end, also where a step fell on it
+};
+
 /// Calls `emit(station)` at from, from + step, from + 2 step ... up to the smaller of `to` and `length`, both inclusive
-/// within 1e-10; stations are multiplied out, so they do not drift. With `closeAtEnd` the station `length` follows when
-/// `to` exceeds the length by more than 1e-10 and it was not emitted already.
+/// within 1e-10; stations are multiplied out, so they do not drift. The station `length` follows as `atEnd` says when
+/// `to` exceeds the length by more than 1e-10.
 ///
 /// @return false, without any call, when from lies beyond the length, to < 0, step is not positive, the length is not
 /// finite, or a value is NaN
 template <class Emit>
-bool ForEachStation(double from, double to, double step, double length, bool closeAtEnd, Emit&& emit) {
+bool ForEachStation(double from, double to, double step, double length, EndSample atEnd, Emit&& emit) {
     if (!(from <= length + numericalZero) || !(to >= 0.0) || !(step > 0.0) || !(length <= largestDouble)) {
         return false;
     }
@@ -36,9 +43,16 @@ bool ForEachStation(double from, double to, double step, double length, bool clo
         station = from + Steps(i, step);
         emit(station);
     }
-    const bool endEmitted = from <= last && std::abs(station - length) <= numericalZero;
-    if (closeAtEnd && to > length + numericalZero && !endEmitted) emit(length);
+    const bool isOnEnd = from <= last && std::abs(station - length) <= numericalZero;
+    const bool isMissing = atEnd == EndSample::Always || (atEnd == EndSample::Once && !isOnEnd);
+    if (isMissing && to > length + numericalZero) emit(length);
     return true;
+}
+
+/// The same for the `MakePoints` of lines and arcs.
+template <class Emit>
+bool ForEachStation(double from, double to, double step, double length, bool closeAtEnd, Emit&& emit) {
+    return ForEachStation(from, to, step, length, closeAtEnd ? EndSample::Always : EndSample::None, emit);
 }
 
 }  // namespace Kalvio::Math::detail
