@@ -285,16 +285,16 @@ void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool 
     }
     for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
         const auto [first, last] = *run;
-        elements.Remove(first, last, !deleteElements);
-        if (first == 0 || first >= elements.Size()) continue;
+        if (first == 0 || last == elements.Size()) continue;
         IPolyline2DElement& before = elements.Change(first - 1);
-        IPolyline2DElement& behind = elements.Change(first);
+        IPolyline2DElement& behind = elements.Change(last);
         if (IsMovable(behind)) {
             behind.ExtendStart(Point2D(before.GetEnd()), standard);
         } else if (IsMovable(before)) {
             before.ExtendEnd(Point2D(behind.GetStart()), standard);
         }
     }
+    elements.Remove(removed, !deleteElements);
     index.Invalidate();
 }
 

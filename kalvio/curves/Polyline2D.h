@@ -95,9 +95,9 @@ public:
     /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
     /// when the chain is empty.
     const IPolyline2DElement& GetElementAtIndex(unsigned int index) const override;
-    /// The element for a change: boxes and stations are dropped. The reference is valid for writing until the next
-    /// query; of an empty chain it is a spare line that is no part of it. Counts as a change of the chain, so that
-    /// threads sharing one must ask for elements through a const reference.
+    /// The element for a change: the boxes, and the stations from it on, are dropped. The reference is valid for
+    /// writing until the next query; of an empty chain it is a spare line that is no part of it. Counts as a change of
+    /// the chain, so that threads sharing one must ask for elements through a const reference.
     IPolyline2DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const override { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }

@@ -138,21 +138,22 @@ void Polyline3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<doubl
 }
 
 void Polyline3D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
+    const Tolerances standard = detail::StandardTolerances();
     const std::vector<std::uint64_t> removed = elements.KnownIndexes(indexes);
     for (std::size_t end = removed.size(); end > 0;) {
         std::size_t first = end - 1;
         while (first > 0 && removed[first - 1] + 1 == removed[first]) --first;
-        const std::size_t at = removed[first];
-        elements.Remove(at, removed[end - 1] + 1, !deleteElements);
+        const std::size_t behind = removed[end - 1] + 1;
         end = first;
-        if (at == 0 || at >= elements.Size()) continue;
-        const Tolerances standard = detail::StandardTolerances();
-        if (IsMovable(elements[at])) {
-            detail::ExtendElement(elements.Change(at), true, elements[at - 1].GetEnd(), standard);
-        } else if (IsMovable(elements[at - 1])) {
-            detail::ExtendElement(elements.Change(at - 1), false, elements[at].GetStart(), standard);
+        if (removed[first] == 0 || behind == elements.Size()) continue;
+        const std::size_t before = removed[first] - 1;
+        if (IsMovable(elements[behind])) {
+            detail::ExtendElement(elements.Change(behind), true, elements[before].GetEnd(), standard);
+        } else if (IsMovable(elements[before])) {
+            detail::ExtendElement(elements.Change(before), false, elements[behind].GetStart(), standard);
         }
     }
+    elements.Remove(removed, !deleteElements);
 }
 
 bool Polyline3D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {

@@ -39,12 +39,7 @@ bool RingCurve3D::FindShortElements(std::vector<std::uint64_t>& indexes, double 
 }
 
 void RingCurve3D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
-    std::size_t end = chain.Size();  // indexes from here on are done, or out of range
-    for (auto index = indexes.rbegin(); index != indexes.rend(); ++index) {
-        if (!(*index < end)) continue;
-        end = *index;
-        chain.Remove(end, end + 1, !deleteElements);
-    }
+    chain.Remove(chain.KnownIndexes(indexes), !deleteElements);
 }
 
 bool RingCurve3D::AppendElement(IGeometry* element) {

@@ -328,7 +328,7 @@ TEST(PolylineTest, ChangedElementsAreMeasuredAnew) {
     std::vector<std::uint64_t> indexes;
     EXPECT_FALSE(chain.FindShortElements(indexes, 5.0));
 
-    (void)chain.GetElementAtIndex(1);
+    (void)chain.GetElementAtIndex(0);
     double station = 0.0;
     EXPECT_TRUE(chain.GetLengthFromStartPoint(Point2D(20, 4), station, 1e-4) && station == 24.0);
     touch(chain);
@@ -351,6 +351,39 @@ TEST(PolylineTest, ChangedElementsAreMeasuredAnew) {
     EXPECT_EQ(At(inSpace, 1.0).point.GetZ(), 1.0);
     static_cast<Line3D&>(inSpace.GetElementAtIndex(0)).SetEnd(Point3D(0, 0, 9));
     EXPECT_TRUE(At(inSpace, 9.0).point.GetZ() == 9.0 && inSpace.GetLength() == 9.0);
+}
+
+TEST(PolylineTest, StationsFollowEveryEdit) {
+    RandomNumbers random(31);
+    const auto any = [&random] { return Point2D(random(-9.0, 9.0), random(-9.0, 9.0)); };
+    Polyline2D chain;
+    for (int i = 0; i < 1000; ++i) {
+        const auto at = static_cast<unsigned int>(random() % (chain.GetSize() + 1));
+        switch (chain.GetSize() == 0 ? 0 : random() % 6) {
+            case 0:
+            case 1:
+                chain.AppendElement(new Line2D(any(), any()));
+                break;
+            case 2:
+                chain.Insert(at, new Line2D(any(), any()));
+                break;
+            case 3:
+                chain.RemoveElements({at, at / 2}, true);
+                break;
+            case 4:
+                chain.GetElementAtIndex(at).ExtendEnd(any(), kTolerances);
+                break;
+            default:
+                chain.Reverse();
+        }
+        double from = 0.0;
+        for (unsigned int k = 0; i % 3 == 0 && k < chain.GetSize(); ++k) {
+            Polyline2D::PolylinePoint sample;
+            ASSERT_TRUE(chain.MakePointAndTangentAt(static_cast<int>(k), 0.0, sample));
+            ASSERT_EQ(sample.station, from);
+            from += std::as_const(chain).GetElementAtIndex(k).GetLength();
+        }
+    }
 }
 
 TEST(PolylineTest, RemovedRunsAreBridged) {

@@ -15,7 +15,7 @@
 namespace Kalvio::Math::detail {
 
 /// The ordered, owned elements of a polyline in plan or space. Copies are deep: every element is cloned. Stations are
-/// kept once asked for, until a change made through the chain.
+/// kept once asked for; a change made through the chain drops those from the place of the change on.
 template <class Element>
 class ElementChain {
 public:
@@ -36,16 +36,16 @@ public:
     const Element& Back() const { return *elements.back(); }
     /// The element, to be changed.
     Element& Change(std::size_t index) {
-        stations.Invalidate();
+        KeepStations(index);
         return *elements[index];
     }
     void Clear() {
-        stations.Invalidate();
+        KeepStations(0);
         elements.clear();
     }
 
     void Append(std::unique_ptr<Element> element) {
-        stations.Invalidate();
+        KeepStations(elements.size());
         elements.push_back(std::move(element));
     }
     void AppendClone(const Element& element) { Append(CloneOf(element)); }
@@ -58,7 +58,7 @@ public:
         std::sort(sorted.begin(), sorted.end(), std::less<>());
         if (!sorted.empty() && sorted.front() == nullptr) return false;
         if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) return false;
-        stations.Invalidate();
+        KeepStations(index);
         std::vector<std::unique_ptr<Element>> taken(added.size());
         if (elements.capacity() - elements.size() < added.size()) {
             elements.reserve((std::max)(elements.size() + added.size(), 2 * elements.size()));
@@ -77,13 +77,22 @@ public:
         return indexes;
     }
 
-    /// Removes [first, last); with `release` the elements live on, owned by whoever holds their pointers.
-    void Remove(std::size_t first, std::size_t last, bool release) {
-        const auto from = elements.begin() + static_cast<std::ptrdiff_t>(first);
-        const auto to = elements.begin() + static_cast<std::ptrdiff_t>(last);
-        stations.Invalidate();
-        if (release) std::for_each(from, to, [](std::unique_ptr<Element>& element) { (void)element.release(); });
-        elements.erase(from, to);
+    /// Removes the elements of ascending indexes, which there are; with `release` they live on, owned by whoever holds
+    /// their pointers.
+    void Remove(const std::vector<std::uint64_t>& indexes, bool release) {
+        if (indexes.empty()) return;
+        KeepStations(indexes.front());
+        std::size_t kept = indexes.front();
+        auto next = indexes.begin();
+        for (std::size_t i = kept; i < elements.size(); ++i) {
+            if (next == indexes.end() || *next != i) {
+                elements[kept++] = std::move(elements[i]);
+                continue;
+            }
+            ++next;
+            if (release) (void)elements[i].release();
+        }
+        elements.resize(kept);
     }
 
     /// Reversed clones in the opposite order replace the elements.
@@ -94,7 +103,7 @@ public:
             reversed.push_back(CloneOf(**element));
             reversed.back()->Reverse();
         }
-        stations.Invalidate();
+        KeepStations(0);
         elements = std::move(reversed);
     }
 
@@ -135,15 +144,15 @@ public:
     };
 
     const Stations& GetStations() const {
-        return stations.Get([this] {
-            Stations result;
-            result.start.assign(1, 0.0);
-            for (const auto& element : elements) {
-                result.length.push_back(element->GetLength());
-                result.start.push_back(result.start.back() + result.length.back());
+        areMeasured.Get([this] {
+            if (stations.start.empty()) stations.start.push_back(0.0);
+            for (std::size_t i = stations.length.size(); i < elements.size(); ++i) {
+                stations.length.push_back(elements[i]->GetLength());
+                stations.start.push_back(stations.start.back() + stations.length.back());
             }
-            return result;
+            return true;
         });
+        return stations;
     }
 
     /// The element that a station falls on, at a joint the one that starts there; the chain must not be empty.
@@ -165,8 +174,17 @@ private:
         for (const auto& element : other.elements) AppendClone(*element);
     }
 
+    // The stations of the first `count` elements hold after a change.
+    void KeepStations(std::size_t count) {
+        areMeasured.Invalidate();
+        if (stations.length.size() <= count) return;
+        stations.length.resize(count);
+        stations.start.resize(count + 1);
+    }
+
     std::vector<std::unique_ptr<Element>> elements;
-    Lazy<Stations> stations;
+    Lazy<bool> areMeasured;     // the stations are those of all elements
+    mutable Stations stations;  // of the first elements at least; written under the lock of `areMeasured`
 };
 
 /// A polyline of clones of two geometries, the elements of a polyline taken one by one.
