@@ -34,15 +34,12 @@ public:
     }
 
     void Add(const IPolyline2DElement& element, std::uint32_t index, double from) {
-        constexpr double nearby = 1e-3;  // of the length: tells which way the element runs from its end
         const double length = element.GetLength();
         for (const bool atEnd : {false, true}) {
-            Sample end, inside;
+            Sample end;
             const double station = atEnd ? length : 0.0;
             if (!detail::EvaluateElement(element, station, end)) continue;
-            if (!detail::EvaluateElement(element, length * (atEnd ? 1.0 - nearby : nearby), inside)) continue;
-            // Not every element runs along its tangents.
-            const Vec2D outward = (inside.point - end.point).DotProduct(end.tangent) < 0.0 ? end.tangent : -end.tangent;
+            const Vec2D outward = atEnd ? end.tangent : -end.tangent;
             const double beyond = (point - end.point).DotProduct(outward);
             const Point2D candidate = end.point + outward * beyond;
             const double distance = candidate.Distance(point);
