@@ -10,8 +10,8 @@ namespace Kalvio::Math::SpatialIndexes {
 /// What a `QuadTree` owns.
 struct QuadTreeData {
     std::unique_ptr<QuadTreeNode> root = std::make_unique<QuadTreeNode>();  ///< never null
-    double minimumExtent = 1.0;  ///< smallest positive width or height of an item so far, at most 1
-    detail::EnvelopeReader envelopes{2};
+    double minimumExtent = 1.0;           ///< smallest positive width or height of an item so far, at most 1
+    detail::EnvelopeReader envelopes{2};  ///< asks items for their boxes
 
     QuadTreeData() = default;
     QuadTreeData(const QuadTreeData& other)
