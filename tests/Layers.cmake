@@ -10,7 +10,6 @@ set(below_statistics core)
 
 # Curves sample themselves into line strings, take one as an element of a chain, and two lines join into one.
 set(upward_curves polygons/LineString2D.h polygons/LineString3D.h)
-set(upward_core curves/Polynomial.h)
 
 file(GLOB_RECURSE files RELATIVE "${ROOT}/kalvio" "${ROOT}/kalvio/*.h" "${ROOT}/kalvio/*.cpp")
 set(faults 0)

@@ -147,10 +147,10 @@ bool Matrix3D::GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const {
     second = normal.CrossProduct(first);
 
     const double cosY = std::hypot(first.GetX(), first.GetY());
-    aboutY = std::atan2(-first.GetZ(), cosY);
+    aboutY = Angle(cosY, -first.GetZ());
     const bool quarter = cosY < detail::numericalZero;
-    aboutX = quarter ? std::atan2(-normal.GetY(), second.GetY()) : std::atan2(second.GetZ(), normal.GetZ());
-    aboutZ = quarter ? 0.0 : std::atan2(first.GetY(), first.GetX());
+    aboutX = quarter ? Angle(second.GetY(), -normal.GetY()) : Angle(normal.GetZ(), second.GetZ());
+    aboutZ = quarter ? Angle() : Angle(first.GetX(), first.GetY());
     return true;
 }
 

@@ -109,9 +109,9 @@ public:
     Matrix3D& PreRotate(const Vec3D& axis, double angle);
     Matrix3D& PreRotate(double x, double y, double z, double angle) { return PreRotate(Vec3D(x, y, z), angle); }
 
-    /// The three angles that turn about x, then about y, then about z, with y in [-pi/2, pi/2] and z = 0 where the turn
-    /// about y is a quarter. Scaling and shear that come before the rotation do not matter: the X axis turns with row
-    /// 0, the XY plane with rows 0 and 1.
+    /// The three angles that turn about x, then about y, then about z: x and z in (-pi, pi], y in [-pi/2, pi/2], and 0
+    /// for z where the turn about y is a quarter. Scaling and shear that come before the rotation do not matter: the X
+    /// axis turns with row 0, the XY plane with rows 0 and 1.
     /// @return false, outputs untouched, when the linear part mirrors, is singular or is not finite
     [[nodiscard]] bool GetRotation(Angle& aboutX, Angle& aboutY, Angle& aboutZ) const;
 

@@ -61,6 +61,8 @@ TEST(Matrix3DTest, AnglesRebuildTheRotation) {
         EXPECT_TRUE(rebuilt.Equal(turn, 1e-14)) << quarter;
     }
     Angle x, y, z;
+    EXPECT_TRUE(Matrix3D().Scale(1, -1, -1).GetRotation(x, y, z) && x.GetRadians() == detail::pi);
+    EXPECT_TRUE(Matrix3D().Scale(-1, -1, 1).GetRotation(x, y, z) && z.GetRadians() == detail::pi) << "not -pi";
     EXPECT_FALSE(Matrix3D().Scale(1.0, 1.0, -1.0).GetRotation(x, y, z)) << "a mirror";
     EXPECT_FALSE(Matrix3D(Matrix3D::SpecialMatrix::Zero).GetRotation(x, y, z));
 }
