@@ -13,13 +13,13 @@ class VariogramModelBase;
 
 /// Estimates the value at a place in plan from samples: x and y are the place of a sample, z its value.
 ///
-/// All samples given take part and distances are plan distances. Each call builds and inverts the matrix of the
-/// samples, cubic in their number: give the few that are near, or use a `KrigingSystem` for many places among the same
-/// samples. Safe to use from several threads.
+/// All samples given take part and distances are plan distances. Each call builds and solves the system of the samples,
+/// cubic in their number and without allocation up to 18: give the few that are near, or use a `KrigingSystem` for many
+/// places among the same samples. Safe to use from several threads.
 ///
-/// The inversion is that of `MatrixNM::GetInverse`, which fails when the determinant is below 1e-10 or overflows. The
-/// determinant goes with the power of the sill that is the number of samples: of samples scattered over three ranges 10
-/// fail under a sill of 0.1 and 32 under a sill of 1, and 200 under a sill of 500. A `KrigingSystem` has no such limit.
+/// It fails as `MatrixNM::GetInverse` does, when the determinant is below 1e-10 or overflows. The determinant goes with
+/// the power of the sill that is the number of samples: of samples scattered over three ranges 10 fail under a sill of
+/// 0.1 and 32 under a sill of 1, and 200 under a sill of 500. A `KrigingSystem` has no such limit.
 class KALVIO_MATH_API KrigingBase {
 public:
     virtual ~KrigingBase();

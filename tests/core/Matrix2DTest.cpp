@@ -119,20 +119,16 @@ TEST(Matrix2DTest, AnalysisAtSurveyCoordinates) {
         Affine(-0.28, 0.96, 0.96, 0.28, 1.28 * far.GetX() - 0.96 * far.GetY(), 0.72 * far.GetY() - 0.96 * far.GetX())};
     for (const Matrix2D& m : offsets) {
         ASSERT_TRUE(m.GetEigenVectors(values, vectors));
-        double volume = 0.0;  // of the vectors, in units of the distance
+        Vec3D v[3];
         for (int i = 0; i < 3; ++i) {
-            const auto row = vectors.GetRow(i);
-            const Vec3D v(row[0], row[1], row[2]), next(vectors.Get((i + 1) % 3, 0), vectors.Get((i + 1) % 3, 1), 0);
-            EXPECT_NEAR(v.Length(), 1.0, 1e-15);
+            v[i].SetCoordinates(vectors.Get(i, 0), vectors.Get(i, 1), vectors.Get(i, 2));
+            EXPECT_NEAR(v[i].Length(), 1.0, 1e-15);
             for (int j = 0; j < 3; ++j) {
-                const auto column = m.GetColumn(j);
-                const double image = v.DotProduct(Vec3D(column[0], column[1], column[2]));
-                EXPECT_NEAR(image, values[static_cast<std::size_t>(i)] * row[static_cast<std::size_t>(j)], 2e-15);
+                const Vec3D column(m.Get(0, j), m.Get(1, j), m.Get(2, j));
+                EXPECT_NEAR(v[i].DotProduct(column), values[static_cast<std::size_t>(i)] * v[i][j], 2e-15);
             }
-            volume += v.GetZ() * far.GetY() *
-                      next.PerpDotProduct(Vec3D(vectors.Get((i + 2) % 3, 0), vectors.Get((i + 2) % 3, 1), 0));
         }
-        EXPECT_GT(std::abs(volume), 0.1) << "independent";
+        EXPECT_GT(std::abs(v[0].CrossProduct(v[1]).DotProduct(v[2])) * far.GetY(), 0.1) << "independent";
     }
 
     const Polynomial characteristic = shrink.GetCharacteristicPolynomial();  // (x - 1) (x - 1/2) (x - 1/4)
