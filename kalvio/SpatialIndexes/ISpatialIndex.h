@@ -1,8 +1,11 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
 #include "kalvio/SpatialIndexes/SpatialIndexTypes.h"
+#include "kalvio/SpatialIndexes/detail/ItemSink.h"
 
+#include <concepts>
 #include <cstdint>
 #include <list>
 #include <span>
@@ -16,7 +19,6 @@ class PointND;
 namespace Kalvio::Math::SpatialIndexes {
 
 class ISpatialIndexData;
-class ISpatialIndexVisit;
 
 /// Index of boxed items, searched by box and by point. It never owns its items unless a class says so.
 ///
@@ -77,6 +79,34 @@ public:
                                         std::vector<ISpatialIndexData*>& items) const = 0;
     virtual std::uint64_t SearchNearest(const BoundingBoxND& box, std::uint64_t most, double within,
                                         std::vector<ISpatialIndexData*>& items) const = 0;
+
+    /// Calls `found(item)` for what `SearchAndVisit` visits, in its order: any callable, without a visitor class, and
+    /// inlined where many items are found.
+    /// @return number of calls
+    template <std::invocable<ISpatialIndexData*> Found>
+    int Search(const PointND& point, Found&& found) const {
+        return SearchInto(point, detail::ItemSink::To(found));
+    }
+    template <std::invocable<ISpatialIndexData*> Found>
+    int Search(const BoundingBoxND& box, bool overlap, Found&& found) const {
+        return SearchInto(box, overlap, detail::ItemSink::To(found));
+    }
+
+protected:
+    /// What the callable forms call; indexes hand over many items at a time where they can.
+    virtual int SearchInto(const PointND& point, const detail::ItemSink& sink) const {
+        return SearchAndVisit(point, OneByOne(sink));
+    }
+    virtual int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const {
+        return SearchAndVisit(box, overlap, OneByOne(sink));
+    }
+
+private:
+    struct OneByOne final : ISpatialIndexVisit {
+        explicit OneByOne(const detail::ItemSink& itemSink) : sink(itemSink) {}
+        void Visit(ISpatialIndexData* item) const override { sink.take(sink.context, &item, 1); }
+        detail::ItemSink sink;
+    };
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

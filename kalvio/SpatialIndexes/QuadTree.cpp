@@ -103,6 +103,14 @@ std::uint64_t QuadTree::Search(const BoundingBoxND& box, bool overlap, std::list
     return items.size();
 }
 
+int QuadTree::SearchInto(const PointND& point, const detail::ItemSink& sink) const {
+    return data->root->SearchInto(sink, point);
+}
+
+int QuadTree::SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const {
+    return data->root->SearchInto(sink, box, overlap);
+}
+
 std::uint64_t QuadTree::SearchNearest(const PointND& point, std::uint64_t most, double within,
                                       std::vector<ISpatialIndexData*>& items) const {
     return detail::FindNearest(data->root.get(), 2, point, most, within, items);

@@ -34,6 +34,7 @@ public:
     int SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const override;
     std::uint64_t Search(const PointND& point, std::list<ISpatialIndexData*>& items) const override;
     std::uint64_t Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const override;
+    using ISpatialIndex::Search;
     SpatialIndexTypes GetType() const override;
     std::uint64_t SearchNearest(const PointND& point, std::uint64_t most, double within,
                                 std::vector<ISpatialIndexData*>& items) const override;
@@ -45,6 +46,10 @@ public:
     /// Smallest positive width or height of an item so far, at most 1: boxes without width or height are placed as if
     /// they were this wide.
     double GetMinimumExtent() const;
+
+protected:
+    int SearchInto(const PointND& point, const detail::ItemSink& sink) const override;
+    int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const override;
 
 private:
     std::unique_ptr<QuadTreeData> data;

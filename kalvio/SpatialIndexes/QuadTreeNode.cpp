@@ -420,36 +420,36 @@ void QuadTreeNode::SearchNearest(const FlatBox& from, detail::NearestItems& near
 }
 
 template <class... Where>
-int QuadTreeNode::VisitItems(const ISpatialIndexVisit& visitor, const Where&... where) const {
+int QuadTreeNode::SearchInto(const detail::ItemSink& sink, const Where&... where) const {
     const auto walk = [this](const auto& nodeQuery, const auto& itemQuery, auto& found) {
         if (this->IsSearchMatch(nodeQuery)) this->Walk(nodeQuery, itemQuery, found);
     };
-    return detail::VisitAnswers(walk, visitor, planDimension, where...);
+    return detail::SinkAnswers(walk, sink, planDimension, where...);
 }
 
-template <class... Where>
-void QuadTreeNode::FilterItems(std::list<ISpatialIndexData*>& found, const Where&... where) const {
-    const auto walk = [this](const auto& nodeQuery, const auto& itemQuery, auto& foundItem) {
-        if (this->IsSearchMatch(nodeQuery)) this->Walk(nodeQuery, itemQuery, foundItem);
-    };
-    detail::ListAnswers(walk, found, planDimension, where...);
-}
+template int QuadTreeNode::SearchInto(const detail::ItemSink& sink, const BoundingBoxND& box,
+                                      const bool& overlap) const;
+template int QuadTreeNode::SearchInto(const detail::ItemSink& sink, const PointND& point) const;
 
 void QuadTreeNode::Visit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor, int& count) const {
-    count += VisitItems(visitor, box, overlap);
+    const auto visit = [&visitor](ISpatialIndexData* item) { visitor.Visit(item); };
+    count += SearchInto(detail::ItemSink::To(visit), box, overlap);
 }
 
 void QuadTreeNode::Visit(const PointND& point, const ISpatialIndexVisit& visitor, int& count) const {
-    count += VisitItems(visitor, point);
+    const auto visit = [&visitor](ISpatialIndexData* item) { visitor.Visit(item); };
+    count += SearchInto(detail::ItemSink::To(visit), point);
 }
 
 void QuadTreeNode::AddAllItemsFromOverlapping(const BoundingBoxND& box, std::list<ISpatialIndexData*>& found,
                                               bool overlap) const {
-    FilterItems(found, box, overlap);
+    const auto append = [&found](ISpatialIndexData* item) { found.push_back(item); };
+    SearchInto(detail::ItemSink::To(append), box, overlap);
 }
 
 void QuadTreeNode::AddAllItemsFromOverlapping(const PointND& point, std::list<ISpatialIndexData*>& found) const {
-    FilterItems(found, point);
+    const auto append = [&found](ISpatialIndexData* item) { found.push_back(item); };
+    SearchInto(detail::ItemSink::To(append), point);
 }
 
 int QuadTreeNode::GetSubnodeIndex(const BoundingBoxND& box, const PointND& center) {

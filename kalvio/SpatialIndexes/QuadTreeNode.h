@@ -18,6 +18,7 @@ class ISpatialIndexVisit;
 namespace detail {
 
 class NearestItems;
+struct ItemSink;
 
 /// Items on their way into a quadtree all at once.
 struct Arrivals {
@@ -158,10 +159,9 @@ private:
     /// Calls `found(item)` for the matches among the items of this node alone.
     template <class ItemQuery, class Found>
     void FindItems(const ItemQuery& itemQuery, Found& found) const;
+    /// `where` is a point, or a box and the overlap flag.
     template <class... Where>
-    int VisitItems(const ISpatialIndexVisit& visitor, const Where&... where) const;
-    template <class... Where>
-    void FilterItems(std::list<ISpatialIndexData*>& found, const Where&... where) const;
+    int SearchInto(const detail::ItemSink& sink, const Where&... where) const;
 
     // First what a search reads of every node on its way.
     double centerX = 0.0;  // finite, for the outermost squares too

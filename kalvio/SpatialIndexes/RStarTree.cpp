@@ -177,6 +177,14 @@ std::uint64_t RStarTree::Search(const BoundingBoxND& box, bool overlap, std::lis
     return detail::ListAnswers(data->Walk(), items, data->dimension, box, overlap);
 }
 
+int RStarTree::SearchInto(const PointND& point, const detail::ItemSink& sink) const {
+    return detail::SinkAnswers(data->Walk(), sink, data->dimension, point);
+}
+
+int RStarTree::SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const {
+    return detail::SinkAnswers(data->Walk(), sink, data->dimension, box, overlap);
+}
+
 std::uint64_t RStarTree::SearchNearest(const PointND& point, std::uint64_t most, double within,
                                        std::vector<ISpatialIndexData*>& items) const {
     return detail::FindNearest(data->Block(), data->dimension, point, most, within, items);

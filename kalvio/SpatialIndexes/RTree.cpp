@@ -161,6 +161,14 @@ std::uint64_t RTree::Search(const BoundingBoxND& box, bool overlap, std::list<IS
     return detail::ListAnswers(data->Walk(), items, data->dimension, box, overlap);
 }
 
+int RTree::SearchInto(const PointND& point, const detail::ItemSink& sink) const {
+    return detail::SinkAnswers(data->Walk(), sink, data->dimension, point);
+}
+
+int RTree::SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const {
+    return detail::SinkAnswers(data->Walk(), sink, data->dimension, box, overlap);
+}
+
 std::uint64_t RTree::SearchNearest(const PointND& point, std::uint64_t most, double within,
                                    std::vector<ISpatialIndexData*>& items) const {
     return detail::FindNearest(data->Block(), data->dimension, point, most, within, items);

@@ -36,6 +36,7 @@ public:
     int SearchAndVisit(const BoundingBoxND& box, bool overlap, const ISpatialIndexVisit& visitor) const override;
     std::uint64_t Search(const PointND& point, std::list<ISpatialIndexData*>& items) const override;
     std::uint64_t Search(const BoundingBoxND& box, bool overlap, std::list<ISpatialIndexData*>& items) const override;
+    using ISpatialIndex::Search;
     SpatialIndexTypes GetType() const override;
     std::uint64_t SearchNearest(const PointND& point, std::uint64_t most, double within,
                                 std::vector<ISpatialIndexData*>& items) const override;
@@ -44,6 +45,10 @@ public:
 
     /// Null before the first insertion; owned by the tree and valid until it changes.
     const RTreeNode* GetRoot() const;
+
+protected:
+    int SearchInto(const PointND& point, const detail::ItemSink& sink) const override;
+    int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const override;
 
 private:
     std::unique_ptr<RTreeData> data;

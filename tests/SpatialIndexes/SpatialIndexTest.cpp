@@ -50,6 +50,7 @@ public:
             if (kind == 7 && axis == 0) (Integer(0, 1) == 0 ? from : to) = kNaN;
             if (kind == 8) std::swap(from, to);
             if (kind == 9) from = to = 1e17 + fine;  // half a minimum extent is lost beside it
+            if (kind == 10) to = std::nextafter(from = Integer(6672000, 6672002), Integer(0, 1) * 1e7);
             if (kind > 16) to = (from = fine) + 0.01 * Integer(0, 99);
             low.SetCoordinate(axis, from);
             high.SetCoordinate(axis, to);
@@ -147,6 +148,10 @@ private:
         Collector visitor;
         EXPECT_EQ(tree.SearchAndVisit(where..., visitor), static_cast<int>(expected.size()));
         EXPECT_EQ(Sorted(visitor.found), Sorted(expected));
+        Found called;
+        EXPECT_EQ(tree.Search(where..., [&called](ISpatialIndexData* item) { called.push_back(item); }),
+                  static_cast<int>(expected.size()));
+        EXPECT_EQ(called, visitor.found);
     }
 
     template <class Where>

@@ -3,6 +3,7 @@
 #include "kalvio/SpatialIndexes/detail/BoxPairs.h"
 #include "kalvio/SpatialIndexes/detail/Nearest.h"
 #include "kalvio/SpatialIndexes/detail/Queries.h"
+#include "kalvio/SpatialIndexes/detail/RoughBoxes.h"
 
 #include <array>
 #include <bit>
@@ -11,6 +12,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 namespace Kalvio::Math::SpatialIndexes {
 class ISpatialIndexData;
@@ -18,8 +20,10 @@ class ISpatialIndexData;
 
 namespace Kalvio::Math::SpatialIndexes::detail {
 
-/// What a search reads of a node of a box tree, in one piece of memory: the boxes of the entries, and for each the
-/// block of the child or the item. It owns nothing of what it points to.
+/// What a search reads of a node of a box tree, in one piece of memory: the boxes of the entries, first rounded outward
+/// to single precision, then for each the block of the child or the item, then the boxes as they are. Searches read
+/// half as much that way: exact boxes only decide on the few entries within a rounding of a window's border. It owns
+/// nothing of what it points to.
 class EntryBlock {
 public:
     union Target {
@@ -33,11 +37,13 @@ public:
 
     /// An empty block with room for at most 64 entries, and one more while a node overflows.
     static Owner Make(bool leafLevel, unsigned int dimension, unsigned int room) {
+        const std::size_t size = TargetsAt(room, dimension) + room * sizeof(Target);
         const std::size_t boxes = BoxPairs::GetSize(room, dimension);
-        void* const memory =
-            ::operator new (headSize + boxes * sizeof(double) + room * sizeof(Target), std::align_val_t{alignment});
+        void* const memory = ::operator new (AlignedUp(size) + boxes * sizeof(double), std::align_val_t{alignment});
         Owner block(new (memory) EntryBlock(leafLevel, dimension, room));
-        std::uninitialized_fill_n(block->Numbers(), boxes, 0.0);  // pairs are read whole
+        // Fours and pairs are read whole.
+        std::uninitialized_fill_n(block->RoughNumbers(), RoughBoxes::GetSize(room, dimension), 0.0F);
+        std::uninitialized_fill_n(block->Numbers(), boxes, 0.0);
         return block;
     }
 
@@ -47,13 +53,18 @@ public:
     BoxPairs Boxes() const { return {Numbers(), dimension}; }
     Target GetTarget(unsigned int i) const { return Targets()[i]; }
 
+    void SetBox(unsigned int i, const FlatBox& box) {
+        Boxes().Set(i, box);
+        Rough().Set(i, Boxes());
+    }
     void Append(const FlatBox& box, Target target) {
-        Boxes().Set(count, box);
+        SetBox(count, box);
         new (Targets() + count) Target(target);
         ++count;
     }
     void Append(const BoxPairs& boxes, unsigned int i, Target target) {
         Boxes().Copy(count, boxes, i);
+        Rough().Set(count, Boxes());
         new (Targets() + count) Target(target);
         ++count;
     }
@@ -61,6 +72,7 @@ public:
     void Erase(unsigned int i) {
         --count;
         Boxes().Copy(i, Boxes(), count);
+        Rough().Set(i, Boxes());
         Targets()[i] = Targets()[count];
     }
     void Clear() { count = 0; }
@@ -69,27 +81,7 @@ public:
     /// answer `nodeQuery` are passed by, and those inside a window are not looked at box by box.
     template <class NodeQuery, class ItemQuery, class Found>
     void Search(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
-        const BoxPairs boxes = Boxes();
-        const Target* const targets = Targets();
-        if (leafLevel) {
-            boxes.ForEachMatch(itemQuery, count, [&](unsigned int i) { found(targets[i].item); });
-            return;
-        }
-        std::uint64_t inside = 0;
-        if constexpr (NodeQuery::isWindow) inside = boxes.Match(InsideQuery{nodeQuery.window}, 0, count);
-        const std::uint64_t on = boxes.Match(nodeQuery, 0, count);
-        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
-            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
-            PrefetchChild(i, (inside >> i & 1U) != 0);
-        }
-        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
-            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
-            if ((inside >> i & 1U) != 0) {
-                targets[i].child->FindAll(found);
-            } else {
-                targets[i].child->Search(nodeQuery, itemQuery, found);
-            }
-        }
+        SearchIn<NodeQuery::isWindow>(RoughTests<NodeQuery>::WindowOf(nodeQuery), itemQuery, found);
     }
     /// Calls `found(item)` for every item below, left to right.
     template <class Found>
@@ -141,18 +133,66 @@ private:
     EntryBlock(bool holdsItems, unsigned int axes, unsigned int room)
         : dimension(axes), capacity(room), leafLevel(holdsItems) {}
 
-    double* Numbers() const {
-        return reinterpret_cast<double*>(reinterpret_cast<char*>(const_cast<EntryBlock*>(this)) + headSize);
+    static std::size_t AlignedUp(std::size_t size) { return (size + alignment - 1) / alignment * alignment; }
+    static std::size_t TargetsAt(unsigned int room, unsigned int dimension) {
+        return headSize + RoughBoxes::GetSize(room, dimension) * sizeof(float);
     }
-    Target* Targets() const { return reinterpret_cast<Target*>(Numbers() + BoxPairs::GetSize(capacity, dimension)); }
+    char* At(std::size_t offset) const { return reinterpret_cast<char*>(const_cast<EntryBlock*>(this)) + offset; }
+    float* RoughNumbers() const { return reinterpret_cast<float*>(At(headSize)); }
+    RoughBoxes Rough() const { return {RoughNumbers(), dimension}; }
+    Target* Targets() const { return reinterpret_cast<Target*>(At(TargetsAt(capacity, dimension))); }
+    double* Numbers() const {
+        return reinterpret_cast<double*>(At(AlignedUp(TargetsAt(capacity, dimension) + capacity * sizeof(Target))));
+    }
+
+    template <bool isWindow, class ItemQuery, class Found>
+    void SearchIn(const RoughWindow& window, const ItemQuery& itemQuery, Found& found) const {
+        const RoughBoxes rough = Rough();
+        const Target* const targets = Targets();
+        if (leafLevel) {
+            for (std::uint64_t rest = Matches(window, itemQuery); rest != 0; rest &= rest - 1) {
+                found(targets[std::countr_zero(rest)].item);
+            }
+            return;
+        }
+        const auto on = rough.template Match<RoughWindow::MayOverlap>(window, count);
+        std::uint64_t inside = 0;
+        if constexpr (isWindow) inside = rough.template Match<RoughWindow::IsInside>(window, count);
+        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
+            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
+            PrefetchChild(i, (inside >> i & 1U) != 0);
+        }
+        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
+            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
+            if ((inside >> i & 1U) != 0) {
+                targets[i].child->FindAll(found);
+            } else {
+                targets[i].child->template SearchIn<isWindow>(window, itemQuery, found);
+            }
+        }
+    }
+    /// Bit i: the box of entry i answers the query.
+    template <class Query>
+    std::uint64_t Matches(const RoughWindow& window, const Query& query) const {
+        using Tests = RoughTests<Query>;
+        std::uint64_t matches = Rough().template Match<typename Tests::May>(window, count);
+        std::uint64_t open = matches;
+        if constexpr (!std::is_void_v<typename Tests::Does>) {
+            if (matches != 0) open &= ~Rough().template Match<typename Tests::Does>(window, count);
+        }
+        for (; open != 0; open &= open - 1) {
+            const auto i = static_cast<unsigned int>(std::countr_zero(open));
+            const std::uint64_t pair = Boxes().Match(query, i & ~1U, 2);
+            if ((pair >> i % 2 & 1U) == 0) matches ^= std::uint64_t{1} << i;
+        }
+        return matches;
+    }
     /// All blocks of a tree are laid out alike: what a search will read of the child is known without looking at it.
     void PrefetchChild(unsigned int i, bool itemsOnly) const {
         const char* const child = reinterpret_cast<const char*>(Targets()[i].child);
-        const std::size_t targets = headSize + BoxPairs::GetSize(capacity, dimension) * sizeof(double);
+        const std::size_t first = itemsOnly ? TargetsAt(capacity, dimension) : headSize;
         Prefetch(child);
-        for (std::size_t line = 0; line < prefetchedLines; ++line) {
-            Prefetch(child + (itemsOnly ? targets : headSize) + line * alignment);
-        }
+        for (std::size_t line = 0; line < prefetchedLines; ++line) Prefetch(child + first + line * alignment);
     }
 
     unsigned int count = 0;

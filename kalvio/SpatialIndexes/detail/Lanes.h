@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -35,6 +36,20 @@ inline Lanes Min(Lanes a, Lanes b) { return {_mm_min_pd(a.value, b.value)}; }
 inline Lanes Max(Lanes a, Lanes b) { return {_mm_max_pd(a.value, b.value)}; }
 inline void Store(Lanes a, double* first) { _mm_storeu_pd(first, a.value); }
 
+/// Four neighbouring numbers of single precision, compared at once.
+struct FourMask {
+    __m128 value;
+    unsigned int Bits() const { return static_cast<unsigned int>(_mm_movemask_ps(value)); }
+};
+inline FourMask operator&(FourMask a, FourMask b) { return {_mm_and_ps(a.value, b.value)}; }
+struct FourLanes {
+    __m128 value;
+    static FourLanes Load(const float* first) { return {_mm_loadu_ps(first)}; }
+    static FourLanes Repeat(float number) { return {_mm_set1_ps(number)}; }
+};
+inline FourMask operator<=(FourLanes a, FourLanes b) { return {_mm_cmple_ps(a.value, b.value)}; }
+inline FourMask operator<(FourLanes a, FourLanes b) { return {_mm_cmplt_ps(a.value, b.value)}; }
+
 #else
 
 struct LaneMask {
@@ -65,6 +80,27 @@ inline Lanes Max(Lanes a, Lanes b) {
 inline void Store(Lanes a, double* numbers) {
     numbers[0] = a.first;
     numbers[1] = a.second;
+}
+
+struct FourMask {
+    unsigned int bits;
+    unsigned int Bits() const { return bits; }
+};
+inline FourMask operator&(FourMask a, FourMask b) { return {a.bits & b.bits}; }
+struct FourLanes {
+    std::array<float, 4> numbers;
+    static FourLanes Load(const float* first) { return {{first[0], first[1], first[2], first[3]}}; }
+    static FourLanes Repeat(float number) { return {{number, number, number, number}}; }
+};
+inline FourMask operator<=(const FourLanes& a, const FourLanes& b) {
+    unsigned int bits = 0;
+    for (unsigned int i = 0; i < 4; ++i) bits |= static_cast<unsigned int>(a.numbers[i] <= b.numbers[i]) << i;
+    return {bits};
+}
+inline FourMask operator<(const FourLanes& a, const FourLanes& b) {
+    unsigned int bits = 0;
+    for (unsigned int i = 0; i < 4; ++i) bits |= static_cast<unsigned int>(a.numbers[i] < b.numbers[i]) << i;
+    return {bits};
 }
 
 #endif

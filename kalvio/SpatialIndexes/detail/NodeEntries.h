@@ -44,7 +44,7 @@ public:
     unsigned int GetCount() const { return block->GetCount(); }
     BoxPairs Boxes() const { return block->Boxes(); }
     FlatBox GetBox(unsigned int i) const { return Boxes().Get(i); }
-    void SetBox(unsigned int i, const FlatBox& box) { Boxes().Set(i, box); }
+    void SetBox(unsigned int i, const FlatBox& box) { block->SetBox(i, box); }
     FlatBox Cover() const { return Boxes().Cover(GetCount()); }
     Node& Child(unsigned int i) const { return *children[i]; }
     ISpatialIndexData* Item(unsigned int i) const { return block->GetTarget(i).item; }
