@@ -70,7 +70,8 @@ public:
     bool Build(double padding) {
         pad = padding;
         for (std::size_t r = 0; r < rings.size(); ++r) AddEdges(static_cast<std::uint32_t>(r));
-        std::sort(crossings.begin(), crossings.end(), IsBefore);
+        std::sort(crossings.begin(), crossings.end(),
+                  [](const Crossing& a, const Crossing& b) { return IsBefore(a, b); });
         rowStarts.assign(grid.rows + 1, 0);
         for (const Crossing& crossing : crossings) ++rowStarts[crossing.row + 1];
         for (std::size_t row = 0; row < grid.rows; ++row) rowStarts[row + 1] += rowStarts[row];
@@ -121,10 +122,8 @@ private:
         rings.push_back({&points, static_cast<std::uint32_t>(edges), isCounterClockwise});
     }
 
-    double MiddleX(std::size_t column) const {
-        return grid.originX + (static_cast<double>(column) + 0.5) * grid.cellWidth;
-    }
-    double MiddleY(std::size_t row) const { return grid.originY + (static_cast<double>(row) + 0.5) * grid.cellHeight; }
+    double MiddleX(std::size_t column) const { return grid.originX + (AsReal(column) + 0.5) * grid.cellWidth; }
+    double MiddleY(std::size_t row) const { return grid.originY + (AsReal(row) + 0.5) * grid.cellHeight; }
     std::uint32_t CellOf(std::size_t column, std::size_t row) const {
         return static_cast<std::uint32_t>(row * grid.columns + column);
     }
@@ -158,18 +157,25 @@ private:
         touched.clear();
         const Point2D& lower = a.GetY() <= b.GetY() ? a : b;
         const Point2D& upper = a.GetY() <= b.GetY() ? b : a;
-        const double height = upper.GetY() - lower.GetY();
-        // Twice the distance at which the margin decides, for the rounding of the turn; between the ends only.
-        const double zone = height > 0.0 ? 2.0 * detail::windingMargin / height : 0.0;
         const double west = std::min(a.GetX(), b.GetX());
         const double east = std::max(a.GetX(), b.GetX());
         const std::size_t firstRow = grid.RowAt(lower.GetY() - pad);
         const std::size_t lastRow = grid.RowAt(upper.GetY() + pad);
+        if (firstRow == lastRow) {
+            const std::uint32_t last = CellOf(grid.ColumnAt(east + pad), firstRow);
+            for (std::uint32_t cell = CellOf(grid.ColumnAt(west - pad), firstRow); cell <= last; ++cell) {
+                touched.push_back(cell);
+            }
+            return;
+        }
+        const double height = upper.GetY() - lower.GetY();
+        // Twice the distance at which the margin decides, for the rounding of the turn; between the ends only.
+        const double zone = height > 0.0 ? 2.0 * detail::windingMargin / height : 0.0;
         for (std::size_t row = firstRow; row <= lastRow; ++row) {
             double from = west;
             double to = east;
-            if (firstRow != lastRow && height > pad) {
-                const double base = grid.originY + static_cast<double>(row) * grid.cellHeight;
+            if (height > pad) {
+                const double base = grid.originY + AsReal(row) * grid.cellHeight;
                 const auto xAt = [&](double level) {
                     if (level <= lower.GetY()) return lower.GetX();
                     if (level >= upper.GetY()) return upper.GetX();
@@ -207,7 +213,7 @@ private:
     void AddCrossings(const Point2D& a, const Point2D& b, std::uint32_t ring) {
         const double low = std::min(a.GetY(), b.GetY());
         const double high = std::max(a.GetY(), b.GetY());
-        const double first = (low - grid.originY) * grid.rowsPerLength - 1.0;
+        const double first = (low - grid.originY) * grid.rowsPerLength - 0.51;  // rounding is less than 0.01 rows
         std::size_t row = first > 0.0 ? CellAt(first, 1.0, grid.rows) : 0;
         for (; row < grid.rows && MiddleY(row) <= high; ++row) {
             const double level = MiddleY(row);

@@ -90,10 +90,12 @@ public:
             double x, y;
         };
 
+        // Counts are small: signed conversions take one instruction.
+        static double AsReal(std::size_t count) { return static_cast<double>(static_cast<std::int64_t>(count)); }
         static std::size_t CellAt(double offset, double cellsPerLength, std::size_t count) {
             const double cell = offset * cellsPerLength;
             if (!(cell > 0.0)) return 0;
-            return cell < static_cast<double>(count) ? static_cast<std::size_t>(cell) : count - 1;
+            return cell < AsReal(count) ? static_cast<std::size_t>(static_cast<std::int64_t>(cell)) : count - 1;
         }
         std::size_t ColumnAt(double x) const { return CellAt(x - originX, columnsPerLength, columns); }
         std::size_t RowAt(double y) const { return CellAt(y - originY, rowsPerLength, rows); }
