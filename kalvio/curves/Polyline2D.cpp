@@ -1,7 +1,9 @@
 #include "kalvio/curves/Polyline2D.h"
 
 #include "kalvio/core/Geometry.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -14,7 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -34,6 +35,52 @@ bool IsMovable(const IPolyline2DElement& element) {
 }
 
 }  // namespace
+
+struct Polyline2D::Index {
+    explicit Index(const detail::ElementChain<IPolyline2DElement>& elements) : boxes(BoxesOf(elements)) {}
+
+    static std::vector<detail::Extent> BoxesOf(const detail::ElementChain<IPolyline2DElement>& elements) {
+        std::vector<detail::Extent> extents(elements.Size());
+        for (std::size_t i = 0; i < elements.Size(); ++i) {
+            const BoundingBox2D box = elements[i].GetBoundingBox2D();
+            const Point2D low = box.GetMinPoint();
+            const Point2D high = box.GetMaxPoint();
+            const double padX = boxRounding * (std::abs(low.GetX()) + std::abs(high.GetX()));
+            const double padY = boxRounding * (std::abs(low.GetY()) + std::abs(high.GetY()));
+            detail::Extent& extent = extents[i];
+            extent.minX = low.GetX() - padX;
+            extent.minY = low.GetY() - padY;
+            extent.maxX = high.GetX() + padX;
+            extent.maxY = high.GetY() + padY;
+            if (std::isnan(extent.minX + extent.maxX + extent.minY + extent.maxY))
+                extent = Everything();  // hides nothing
+        }
+        return extents;
+    }
+    static detail::Extent Everything() {
+        detail::Extent extent;
+        std::swap(extent.minX, extent.maxX);
+        std::swap(extent.minY, extent.maxY);
+        return extent;
+    }
+
+    static detail::Extent Around(const Point2D& p) {
+        detail::Extent extent;
+        extent.Add(p);
+        return extent;
+    }
+    static double ReachOf(double tolerance) {
+        const double reach = std::abs(tolerance) + detail::numericalZero;
+        return std::isnan(reach) ? std::numeric_limits<double>::infinity() : reach;
+    }
+    // Calls visit(i) in ascending order for the elements that may hold the point, until it returns true.
+    template <class Visit>
+    bool VisitNear(const Point2D& p, double tolerance, Visit&& visit) const {
+        return boxes.ForEachNear(Around(p), ReachOf(tolerance), visit);
+    }
+
+    detail::ExtentBoxes boxes;
+};
 
 MathTypes Polyline2D::GetType() const { return MathTypes::Polyline2D; }
 
@@ -109,12 +156,8 @@ bool Polyline2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, doubl
 }
 
 bool Polyline2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
-    const Index& boxes = GetIndex();
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (boxes.Rejects(i, point, tolerances.UserTolerance())) continue;
-        if (elements[i].IsPointOnGeometry(point, tolerances)) return true;
-    }
-    return false;
+    return GetIndex().VisitNear(point, tolerances.UserTolerance(),
+                                [&](std::size_t i) { return elements[i].IsPointOnGeometry(point, tolerances); });
 }
 
 bool Polyline2D::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
@@ -142,22 +185,23 @@ const Point2D& Polyline2D::GetStart() const {
 const Point2D& Polyline2D::GetEnd() const { return elements.IsEmpty() ? Point2D::origo() : elements.Back().GetEnd(); }
 
 bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
-    const Index& boxes = GetIndex();
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (boxes.Rejects(i, point, tolerance)) continue;
-        if (double onElement = 0.0; elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) {
-            length = elements.GetStations().start[i] + onElement;
-            return true;
-        }
-    }
     length = 0.0;
-    return false;
+    return GetIndex().VisitNear(point, tolerance, [&](std::size_t i) {
+        double onElement = 0.0;
+        if (!elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) return false;
+        length = elements.GetStations().start[i] + onElement;
+        return true;
+    });
 }
 
 bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
-    const Index& boxes = GetIndex();
-    for (std::size_t i = elements.Size(); i-- > 0;) {
-        if (boxes.Rejects(i, point, tolerance)) continue;
+    std::vector<std::size_t> near;
+    GetIndex().VisitNear(point, tolerance, [&near](std::size_t i) {
+        near.push_back(i);
+        return false;
+    });
+    for (auto at = near.rbegin(); at != near.rend(); ++at) {
+        const std::size_t i = *at;
         if (double onElement = 0.0; elements[i].GetLengthFromEndPoint(point, onElement, tolerance)) {
             const std::vector<double>& stations = elements.GetStations().start;
             length = stations.back() - stations[i + 1] + onElement;
@@ -169,22 +213,23 @@ bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, dou
 }
 
 bool Polyline2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
-    const Index& boxes = GetIndex();
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (boxes.Rejects(i, point, tolerances.UserTolerance())) continue;
-        if (elements[i].IsPointOnGeometry(point, tolerances))
-            return elements[i].ComputeTangent(point, tangent, tolerances);
-    }
-    return false;
+    bool found = false;
+    GetIndex().VisitNear(point, tolerances.UserTolerance(), [&](std::size_t i) {
+        if (!elements[i].IsPointOnGeometry(point, tolerances)) return false;
+        found = elements[i].ComputeTangent(point, tangent, tolerances);
+        return true;
+    });
+    return found;
 }
 
 template <class Answer>
 bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoint& nearest) const {
-    const Index& boxes = GetIndex();
     detail::ElementPoint best;
     double bestDistance = std::numeric_limits<double>::infinity();
+    double squaredReach = bestDistance;
     std::size_t bestElement = elements.Size();
-    const auto tryElement = [&](std::size_t i) {
+    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY())) return false;
+    GetIndex().boxes.ForEachNearest(point, squaredReach, [&](std::size_t i) {
         detail::ElementPoint candidate;
         if (!answer(elements[i], candidate)) return;
         const double distance = candidate.point.Distance(point);
@@ -193,21 +238,8 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
         best = candidate;
         bestDistance = distance;
         bestElement = i;
-    };
-    // The element of the nearest box goes first: its distance rejects most of the others.
-    const std::size_t first = boxes.NearestBox(point);
-    if (first < elements.Size()) tryElement(first);
-    if (bestElement < elements.Size()) {
-        for (std::size_t i = 0; i < elements.Size(); ++i) {
-            if (i != first && !boxes.Rejects(i, point, bestDistance)) tryElement(i);
-        }
-    } else {
-        boxes.VisitByDistance(point, [&](std::size_t i, double distance) {
-            if (distance > bestDistance + detail::numericalZero) return false;
-            if (i != first) tryElement(i);
-            return true;
-        });
-    }
+        squaredReach = detail::WidenedSquare(distance * distance, detail::numericalZero);
+    });
     if (bestElement == elements.Size()) return false;
     nearest = detail::PlacedOn<PolylinePoint>(bestElement, elements.GetStations().start[bestElement], best);
     nearest.distance = bestDistance;
@@ -229,7 +261,6 @@ bool Polyline2D::GetNearestPoint(const Point2D& point, PolylinePoint& nearest, c
 }
 
 bool Polyline2D::GetNormalPoint(const Point2D& point, double tolerance, PolylinePoint& foot) const {
-    if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY())) return false;
     return FindNearest(
         point,
         [&](const IPolyline2DElement& element, detail::ElementPoint& sample) {
@@ -252,10 +283,8 @@ IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) {
 void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                          const Tolerances& tolerances) const {
     const double u = tolerances.UserTolerance();
-    const Index& boxes = GetIndex();
     std::vector<double> found;
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (boxes.Rejects(i, point, u)) continue;
+    GetIndex().VisitNear(point, u, [&](std::size_t i) {
         std::vector<double> onElement;
         if (const IComplexGeometry* const chain = detail::AsComplexGeometry(elements[i])) {
             chain->GetLengthsAlongGeometry(point, onElement, tolerances);
@@ -266,7 +295,8 @@ void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<doubl
             const double station = elements.GetStations().start[i] + length;
             if (found.empty() || station - found.back() > 4.0 * std::abs(u)) found.push_back(station);
         }
-    }
+        return false;
+    });
     lengths = std::move(found);
 }
 
@@ -327,61 +357,8 @@ void Polyline2D::DeleteElements() {
     index.Invalidate();
 }
 
-Polyline2D::Index Polyline2D::BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements) {
-    Index result;
-    for (auto* const list : {&result.minX, &result.minY, &result.maxX, &result.maxY}) list->reserve(elements.Size());
-    for (std::size_t i = 0; i < elements.Size(); ++i) {
-        const BoundingBox2D box = elements[i].GetBoundingBox2D();
-        const Point2D low = box.GetMinPoint();
-        const Point2D high = box.GetMaxPoint();
-        const double padX = boxRounding * (std::abs(low.GetX()) + std::abs(high.GetX()));
-        const double padY = boxRounding * (std::abs(low.GetY()) + std::abs(high.GetY()));
-        result.minX.push_back(low.GetX() - padX);
-        result.minY.push_back(low.GetY() - padY);
-        result.maxX.push_back(high.GetX() + padX);
-        result.maxY.push_back(high.GetY() + padY);
-    }
-    return result;
-}
-
-double Polyline2D::Index::SquaredDistance(std::size_t i, const Point2D& p) const {
-    const double dx = std::max({minX[i] - p.GetX(), 0.0, p.GetX() - maxX[i]});
-    const double dy = std::max({minY[i] - p.GetY(), 0.0, p.GetY() - maxY[i]});
-    return dx * dx + dy * dy;
-}
-
-std::size_t Polyline2D::Index::NearestBox(const Point2D& p) const {
-    std::size_t nearest = minX.size();
-    double best = std::numeric_limits<double>::infinity();
-    for (std::size_t i = 0; i < minX.size(); ++i) {
-        const double squared = SquaredDistance(i, p);
-        if (squared < best) {
-            best = squared;
-            nearest = i;
-        }
-    }
-    return nearest;
-}
-
-template <class Visit>
-void Polyline2D::Index::VisitByDistance(const Point2D& p, Visit&& visit) const {
-    std::vector<std::pair<double, std::size_t>> nearestLast;
-    nearestLast.reserve(minX.size());
-    for (std::size_t i = 0; i < minX.size(); ++i) {
-        const double squared = SquaredDistance(i, p);
-        nearestLast.emplace_back(squared >= 0.0 ? squared : 0.0, i);  // a box that is none hides nothing
-    }
-    std::make_heap(nearestLast.begin(), nearestLast.end(), std::greater<>());
-    while (!nearestLast.empty()) {
-        std::pop_heap(nearestLast.begin(), nearestLast.end(), std::greater<>());
-        const auto [squared, i] = nearestLast.back();
-        nearestLast.pop_back();
-        if (!visit(i, std::sqrt(squared))) return;
-    }
-}
-
 const Polyline2D::Index& Polyline2D::GetIndex() const {
-    return index.Get([this] { return BuildIndex(elements); });
+    return *index.Get([this] { return std::make_shared<const Index>(elements); });
 }
 
 Point2D Polyline2D::GetMidPoint() const {
@@ -390,11 +367,11 @@ Point2D Polyline2D::GetMidPoint() const {
 }
 
 int Polyline2D::GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const {
-    const Index& boxes = GetIndex();
+    const detail::ExtentBoxes& boxes = GetIndex().boxes;
     const double x = GetStart().GetX() + length;
     const double t = std::abs(tolerance);
     for (std::size_t i = 0; i < elements.Size(); ++i) {
-        if (x < boxes.minX[i] - t || x > boxes.maxX[i] + t) continue;
+        if (x < boxes.GetExtent(i).minX - t || x > boxes.GetExtent(i).maxX + t) continue;
         detail::ElementPoint sample;
         const int found = detail::PointAtAbscissa(elements[i], x, t, sample);
         if (found == 0) continue;

@@ -6,9 +6,9 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -27,8 +27,10 @@ class LineString2D;
 ///     double station = 0.0;
 ///     road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4);  // true, 40
 ///
-/// Searches reject elements by their boxes, kept in flat arrays that are built on first use: an element must lie inside
-/// its `GetBoundingBox2D`. They never change an answer. Stations are kept in the same way.
+/// Searches reject elements by their boxes, and runs of elements by the boxes over those, built on first use in linear
+/// time, 40 bytes an element: an element must lie inside its `GetBoundingBox2D`. From then on a nearest point, a foot
+/// or a station takes about log n where the chain does not fold upon itself. They never change an answer. Stations are
+/// kept in the same way.
 ///
 /// So an element is not to be changed behind the chain's back, through a pointer kept when it was appended (an inner
 /// chain filled later included): `GetLength` still tells the truth, but all else may answer from the old boxes and
@@ -156,25 +158,10 @@ public:
                                    double tolerance) const;
 
 private:
-    // What the searches need of each element, side by side; boxes are widened by the rounding of their coordinates.
-    struct Index {
-        std::vector<double> minX, minY, maxX, maxY;
-
-        double SquaredDistance(std::size_t i, const Point2D& p) const;
-        // The box nearest to the point, the first of equals; their number when none has a distance.
-        std::size_t NearestBox(const Point2D& p) const;
-        // Calls visit(i, distance) for the boxes from the nearest on, until it returns false.
-        template <class Visit>
-        void VisitByDistance(const Point2D& p, Visit&& visit) const;
-        // True when the point is further than `distance` from the box; never for NaN.
-        bool Rejects(std::size_t i, const Point2D& p, double distance) const {
-            const double d = std::abs(distance) + detail::numericalZero;
-            return p.GetX() < minX[i] - d || p.GetX() > maxX[i] + d || p.GetY() < minY[i] - d || p.GetY() > maxY[i] + d;
-        }
-    };
+    // The boxes of the elements, and of runs of them.
+    struct Index;
 
     const Index& GetIndex() const;
-    static Index BuildIndex(const detail::ElementChain<IPolyline2DElement>& elements);
     // Position in `indexes` of the last index of the run without gaps that starts at `position`.
     static std::size_t GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position);
     // The nearest of the points that `answer(element, sample)` gives on the elements, the first of equals. An element
@@ -183,7 +170,7 @@ private:
     bool FindNearest(const Point2D& point, Answer&& answer, PolylinePoint& nearest) const;
 
     detail::ElementChain<IPolyline2DElement> elements;
-    detail::Lazy<Index> index;
+    detail::Lazy<std::shared_ptr<const Index>> index;
     Line2D spare;  // what the non-const GetElementAtIndex of an empty chain refers to
 };
 

@@ -2,7 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point3D.h"
-#include "kalvio/polygons/detail/BoxHierarchy.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
 
 #include <algorithm>
 #include <cmath>

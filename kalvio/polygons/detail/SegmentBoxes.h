@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
-#include "kalvio/polygons/detail/BoxHierarchy.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "kalvio/core/detail/BoxHierarchy.h"
 #include "kalvio/curves/Polyline2D.h"
-#include "kalvio/polygons/detail/BoxHierarchy.h"
 #include "kalvio/queries/detail/ChainContacts.h"
 
 #include <cstddef>

@@ -25,10 +25,10 @@ struct Extent {
         maxY = p.GetY() > maxY ? p.GetY() : maxY;
     }
     void Add(const Extent& other) {
-        minX = std::min(minX, other.minX);
-        minY = std::min(minY, other.minY);
-        maxX = std::max(maxX, other.maxX);
-        maxY = std::max(maxY, other.maxY);
+        minX = (std::min)(minX, other.minX);
+        minY = (std::min)(minY, other.minY);
+        maxX = (std::max)(maxX, other.maxX);
+        maxY = (std::max)(maxY, other.maxY);
     }
     /// Wider by `distance` on every side.
     Extent Widened(double distance) const {
@@ -41,8 +41,8 @@ struct Extent {
     }
     /// 0 inside; infinite for an empty extent.
     double SquaredDistance(const Point2D& p) const {
-        const double dx = std::max({minX - p.GetX(), p.GetX() - maxX, 0.0});
-        const double dy = std::max({minY - p.GetY(), p.GetY() - maxY, 0.0});
+        const double dx = (std::max)({minX - p.GetX(), p.GetX() - maxX, 0.0});
+        const double dy = (std::max)({minY - p.GetY(), p.GetY() - maxY, 0.0});
         return dx * dx + dy * dy;
     }
     /// Inclusive; false for an empty extent.
@@ -56,8 +56,8 @@ struct Extent {
 /// n plus what it finds.
 ///
 /// Items tell `GetCount()`, the `GetExtent(i)` of an item and the `GetExtent(from, to)` of items from <= i < to.
-/// Visitors are called in no particular order, and as bool(...): true ends the search. Items with coordinates that are
-/// not numbers may be visited or not.
+/// Visitors are called in no particular order unless told, and as bool(...): true ends the search. Items with
+/// coordinates that are not numbers may be visited or not.
 template <class Items>
 class BoxHierarchy : public Items {
 public:
@@ -69,7 +69,7 @@ public:
         std::vector<Extent>& leaves = levels.emplace_back();
         leaves.reserve((count + leafSize - 1) / leafSize);
         for (std::size_t from = 0; from < count; from += leafSize) {
-            leaves.push_back(this->GetExtent(from, std::min(count, from + leafSize)));
+            leaves.push_back(this->GetExtent(from, (std::min)(count, from + leafSize)));
         }
         while (levels.back().size() > 1) {
             const std::vector<Extent>& below = levels.back();
@@ -94,7 +94,7 @@ public:
         return VisitBetween({levels.size() - 1, 0}, other, {other.levels.size() - 1, 0}, tolerance, visit);
     }
 
-    /// Calls visit(i) for the items whose boxes come within `tolerance` of the extent.
+    /// Calls visit(i) for the items whose boxes come within `tolerance` of the extent, in ascending order.
     template <class Visit>
     bool ForEachNear(const Extent& extent, double tolerance, Visit&& visit) const {
         return count > 0 && VisitNear({levels.size() - 1, 0}, extent.Widened(tolerance), visit);
@@ -122,10 +122,10 @@ private:
 
     const Extent& ExtentOf(const Node& node) const { return levels[node.level][node.index]; }
     Range ItemsOf(const Node& leaf) const {
-        return {leaf.index * leafSize, std::min(count, (leaf.index + 1) * leafSize)};
+        return {leaf.index * leafSize, (std::min)(count, (leaf.index + 1) * leafSize)};
     }
     Range Children(const Node& node) const {
-        return {node.index * fanOut, std::min(levels[node.level - 1].size(), (node.index + 1) * fanOut)};
+        return {node.index * fanOut, (std::min)(levels[node.level - 1].size(), (node.index + 1) * fanOut)};
     }
 
     // The items of one run whose boxes meet an extent, with their boxes.
