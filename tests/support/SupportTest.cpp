@@ -1,11 +1,9 @@
-#include "support/Concurrently.h"
 #include "support/Near.h"
 #include "support/Origins.h"
 #include "support/Seed.h"
 
 #include <gtest/gtest-spi.h>
 
-#include <atomic>
 #include <limits>
 
 namespace Kalvio::Math {
@@ -25,17 +23,6 @@ TEST(SupportTest, TheEnvironmentGivesTheSeedAndTheTestGivesTheStandard) {
     EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 18446744073709551615U);
     ASSERT_EQ(setenv("KALVIO_TEST_VARIABLE", "12x", 1), 0);
     EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 7U) << "not a number";
-}
-
-TEST(SupportTest, ConcurrentWorkRunsOncePerIndexAndAllAtOnce) {
-    std::atomic<int> running{0};
-    std::vector<int> seen(4, 0);
-    Concurrently(4, [&](unsigned int i) {
-        ++running;
-        while (running.load() < 4) std::this_thread::yield();  // ends only when all four are inside
-        ++seen[i];
-    });
-    EXPECT_THAT(seen, testing::Each(1));
 }
 
 }  // namespace
