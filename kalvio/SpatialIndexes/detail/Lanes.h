@@ -120,8 +120,8 @@ inline double Least(const double* numbers, unsigned int n) {
     for (unsigned int i = 0; i + 2 <= n; i += 2) least = Min(least, Lanes::Load(numbers + i));
     double both[2];
     Store(least, both);
-    if (n % 2 != 0) both[0] = std::min(both[0], numbers[n - 1]);
-    return std::min(both[0], both[1]);
+    if (n % 2 != 0) both[0] = (std::min)(both[0], numbers[n - 1]);
+    return (std::min)(both[0], both[1]);
 }
 
 /// Asks for a cache line that will be read soon.

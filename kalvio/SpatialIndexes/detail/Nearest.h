@@ -20,10 +20,10 @@ class NearestItems {
 public:
     /// @param within  a distance, closed
     NearestItems(std::uint64_t nrOfItems, double within) : most(nrOfItems), limit(within * within) {
-        hits.reserve(std::min(most, mostInOrder));
-        limit = std::min(limit, std::numeric_limits<double>::max());
+        hits.reserve((std::min)(most, mostInOrder));
+        limit = (std::min)(limit, (std::numeric_limits<double>::max)());
         while (std::sqrt(limit) > within) limit = std::nextafter(limit, 0.0);
-        for (double next = limit; std::sqrt(next) <= within && next <= std::numeric_limits<double>::max();) {
+        for (double next = limit; std::sqrt(next) <= within && next <= (std::numeric_limits<double>::max)();) {
             limit = next;
             next = std::nextafter(next, std::numeric_limits<double>::infinity());
         }
