@@ -17,9 +17,9 @@ namespace Kalvio::Math::SpatialIndexes::detail {
 
 /// The greatest number of single precision that is at most a number; NaN stays.
 inline float RoundedDown(double number) {
-    constexpr float largest = std::numeric_limits<float>::max();
+    constexpr float largest = (std::numeric_limits<float>::max)();
     constexpr float infinity = std::numeric_limits<float>::infinity();
-    if (number > largest) return number > std::numeric_limits<double>::max() ? infinity : largest;
+    if (number > largest) return number > (std::numeric_limits<double>::max)() ? infinity : largest;
     if (number < -largest) return -infinity;
     const auto nearest = static_cast<float>(number);
     if (!(static_cast<double>(nearest) > number)) return nearest;
