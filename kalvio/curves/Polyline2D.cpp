@@ -105,7 +105,7 @@ Polyline2D* Polyline2D::Clone() const { return new Polyline2D(*this); }
 
 void Polyline2D::Reverse() {
     elements.Reverse();
-    index.Invalidate();
+    Changed();
 }
 
 double Polyline2D::GetLength() const { return elements.LengthOf(0, elements.Size()); }
@@ -155,22 +155,31 @@ bool Polyline2D::BreakAtPreSorted(std::map<double, const Point2D>& breaks, doubl
     return true;
 }
 
+template <class Visit>
+bool Polyline2D::VisitNear(const Point2D& point, double tolerance, Visit&& visit) const {
+    if (!questions.Ask()) return GetIndex().VisitNear(point, tolerance, visit);
+    for (std::size_t i = 0; i < elements.Size(); ++i) {
+        if (visit(i)) return true;
+    }
+    return false;
+}
+
 bool Polyline2D::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
-    return GetIndex().VisitNear(point, tolerances.UserTolerance(),
-                                [&](std::size_t i) { return elements[i].IsPointOnGeometry(point, tolerances); });
+    return VisitNear(point, tolerances.UserTolerance(),
+                     [&](std::size_t i) { return elements[i].IsPointOnGeometry(point, tolerances); });
 }
 
 bool Polyline2D::ExtendStart(const Point2D& point, const Tolerances& tolerances) {
     if (elements.IsEmpty()) return false;
     elements.Change(0).ExtendStart(point, tolerances);
-    index.Invalidate();
+    Changed();
     return true;
 }
 
 bool Polyline2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
     if (elements.IsEmpty()) return false;
     elements.Change(elements.Size() - 1).ExtendEnd(point, tolerances);
-    index.Invalidate();
+    Changed();
     return true;
 }
 
@@ -186,7 +195,7 @@ const Point2D& Polyline2D::GetEnd() const { return elements.IsEmpty() ? Point2D:
 
 bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
     length = 0.0;
-    return GetIndex().VisitNear(point, tolerance, [&](std::size_t i) {
+    return VisitNear(point, tolerance, [&](std::size_t i) {
         double onElement = 0.0;
         if (!elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) return false;
         length = elements.GetStations().start[i] + onElement;
@@ -196,7 +205,7 @@ bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, d
 
 bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
     std::vector<std::size_t> near;
-    GetIndex().VisitNear(point, tolerance, [&near](std::size_t i) {
+    VisitNear(point, tolerance, [&near](std::size_t i) {
         near.push_back(i);
         return false;
     });
@@ -214,7 +223,7 @@ bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, dou
 
 bool Polyline2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
     bool found = false;
-    GetIndex().VisitNear(point, tolerances.UserTolerance(), [&](std::size_t i) {
+    VisitNear(point, tolerances.UserTolerance(), [&](std::size_t i) {
         if (!elements[i].IsPointOnGeometry(point, tolerances)) return false;
         found = elements[i].ComputeTangent(point, tangent, tolerances);
         return true;
@@ -229,7 +238,7 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
     double squaredReach = bestDistance;
     std::size_t bestElement = elements.Size();
     if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY())) return false;
-    GetIndex().boxes.ForEachNearest(point, squaredReach, [&](std::size_t i) {
+    const auto offer = [&](std::size_t i) {
         detail::ElementPoint candidate;
         if (!answer(elements[i], candidate)) return;
         const double distance = candidate.point.Distance(point);
@@ -239,9 +248,16 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
         bestDistance = distance;
         bestElement = i;
         squaredReach = detail::WidenedSquare(distance * distance, detail::numericalZero);
-    });
+    };
+    const bool isScan = questions.Ask();
+    if (isScan) {
+        for (std::size_t i = 0; i < elements.Size(); ++i) offer(i);
+    } else {
+        GetIndex().boxes.ForEachNearest(point, squaredReach, offer);
+    }
     if (bestElement == elements.Size()) return false;
-    nearest = detail::PlacedOn<PolylinePoint>(bestElement, elements.GetStations().start[bestElement], best);
+    const double start = isScan ? elements.LengthOf(0, bestElement) : elements.GetStations().start[bestElement];
+    nearest = detail::PlacedOn<PolylinePoint>(bestElement, start, best);
     nearest.distance = bestDistance;
     return true;
 }
@@ -275,7 +291,7 @@ const IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) const {
 }
 
 IPolyline2DElement& Polyline2D::GetElementAtIndex(unsigned int i) {
-    index.Invalidate();
+    Changed();
     if (elements.IsEmpty()) return spare = Line2D();
     return elements.Change(i < elements.Size() ? i : 0);
 }
@@ -284,7 +300,7 @@ void Polyline2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<doubl
                                          const Tolerances& tolerances) const {
     const double u = tolerances.UserTolerance();
     std::vector<double> found;
-    GetIndex().VisitNear(point, u, [&](std::size_t i) {
+    VisitNear(point, u, [&](std::size_t i) {
         std::vector<double> onElement;
         if (const IComplexGeometry* const chain = detail::AsComplexGeometry(elements[i])) {
             chain->GetLengthsAlongGeometry(point, onElement, tolerances);
@@ -325,7 +341,7 @@ void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool 
         }
     }
     elements.Remove(removed, !deleteElements);
-    index.Invalidate();
+    Changed();
 }
 
 std::size_t Polyline2D::GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position) {
@@ -336,7 +352,7 @@ std::size_t Polyline2D::GetLastConsecutiveIndex(const std::vector<std::uint64_t>
 bool Polyline2D::AppendElement(IPolyline2DElement* element) {
     if (element == nullptr || element == this) return false;
     elements.Append(std::unique_ptr<IPolyline2DElement>(element));
-    index.Invalidate();
+    Changed();
     return true;
 }
 
@@ -348,13 +364,13 @@ bool Polyline2D::Insert(unsigned int position, IPolyline2DElement* element) {
 bool Polyline2D::Insert(unsigned int position, std::vector<IPolyline2DElement*>& added) {
     if (std::find(added.begin(), added.end(), this) != added.end()) return false;
     if (!elements.Insert(position, added)) return false;
-    index.Invalidate();
+    Changed();
     return true;
 }
 
 void Polyline2D::DeleteElements() {
     elements.Clear();
-    index.Invalidate();
+    Changed();
 }
 
 const Polyline2D::Index& Polyline2D::GetIndex() const {

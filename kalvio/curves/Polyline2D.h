@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/IComplexGeometry.h"
+#include "kalvio/core/detail/FewQuestions.h"
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/curves/IPolyline2DElement.h"
 #include "kalvio/curves/Line2D.h"
@@ -27,10 +28,10 @@ class LineString2D;
 ///     double station = 0.0;
 ///     road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4);  // true, 40
 ///
-/// Searches reject elements by their boxes, and runs of elements by the boxes over those, built on first use in linear
-/// time, 40 bytes an element: an element must lie inside its `GetBoundingBox2D`. From then on a nearest point, a foot
-/// or a station takes about log n where the chain does not fold upon itself. They never change an answer. Stations are
-/// kept in the same way.
+/// The first three searches for a place ask every element. Later ones reject elements by their boxes, and runs of
+/// elements by the boxes over those, built in linear time, 40 bytes an element: an element must lie inside its
+/// `GetBoundingBox2D`. They take about log n where the chain does not fold upon itself, and give the same answers.
+/// Stations are kept likewise.
 ///
 /// So an element is not to be changed behind the chain's back, through a pointer kept when it was appended (an inner
 /// chain filled later included): `GetLength` still tells the truth, but all else may answer from the old boxes and
@@ -162,6 +163,13 @@ private:
     struct Index;
 
     const Index& GetIndex() const;
+    void Changed() {
+        index.Invalidate();
+        questions.Reset();
+    }
+    // Calls visit(i) in ascending order for the elements that may hold the point, until it returns true.
+    template <class Visit>
+    bool VisitNear(const Point2D& point, double tolerance, Visit&& visit) const;
     // Position in `indexes` of the last index of the run without gaps that starts at `position`.
     static std::size_t GetLastConsecutiveIndex(const std::vector<std::uint64_t>& indexes, std::size_t position);
     // The nearest of the points that `answer(element, sample)` gives on the elements, the first of equals. An element
@@ -171,6 +179,7 @@ private:
 
     detail::ElementChain<IPolyline2DElement> elements;
     detail::Lazy<std::shared_ptr<const Index>> index;
+    detail::FewQuestions questions;
     Line2D spare;  // what the non-const GetElementAtIndex of an empty chain refers to
 };
 

@@ -314,7 +314,9 @@ TEST(PolylineTest, StationsOfLongChains) {
 
 // What changes a chain from outside, and what the chain must still know. `touch` asks so that everything is derived.
 TEST(PolylineTest, ChangedElementsAreMeasuredAnew) {
-    const auto touch = [](const Polyline2D& chain) { (void)chain.GetNearestPoint(Point2D(), kTolerances); };
+    const auto touch = [](const Polyline2D& chain) {
+        for (int i = 0; i < 4; ++i) (void)chain.GetNearestPoint(Point2D(), kTolerances);
+    };
     auto* const line = new Line2D(Point2D(0, 0), Point2D(10, 0));
     auto* const inner = new Polyline2D;
     RingCurve2D ring;

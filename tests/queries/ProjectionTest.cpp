@@ -316,6 +316,10 @@ TEST(ProjectionTest, AChainAnswersAsItsElementsOneByOne) {
             return At(*polyline, at).point.Distance(answer.point);
         };
         EXPECT_LT(std::min({off(-1e-9), off(0.0), off(1e-9)}), 6e-9) << "on either side of a gap";
+        Polyline2D::PolylinePoint again;  // the fourth question of its kind goes by boxes
+        ASSERT_TRUE(Projection::NearestPointOnPolyline(p, *polyline, again, 1e-4));
+        EXPECT_THAT(again.point, IsNear(answer.point, 0.0));
+        EXPECT_TRUE(again.elementIndex == answer.elementIndex && again.station == answer.station);
         ASSERT_EQ(Projection::NormalPointOnPolyline(p, *polyline, answer, 1e-9), std::isfinite(nearestFoot) ? 1 : 0);
         if (!std::isfinite(nearestFoot)) continue;
         ++found;

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <atomic>
+
+namespace Kalvio::Math::detail {
+
+/// Tells the first three questions from later ones: those pay for what a search prepares, a single question does not.
+/// Any number of threads may ask at once; a copy, and what was changed, is asked anew.
+class FewQuestions {
+public:
+    FewQuestions() = default;
+    FewQuestions(const FewQuestions&) noexcept : FewQuestions() {}
+    FewQuestions& operator=(const FewQuestions&) noexcept {
+        Reset();
+        return *this;
+    }
+    ~FewQuestions() = default;
+
+    /// Counts a question. @return whether it is one of the first three
+    bool Ask() const {
+        constexpr unsigned int few = 3;
+        return asked.load(std::memory_order_relaxed) < few && asked.fetch_add(1, std::memory_order_relaxed) < few;
+    }
+    void Reset() noexcept { asked.store(0, std::memory_order_relaxed); }
+
+private:
+    mutable std::atomic<unsigned int> asked{0};
+};
+
+}  // namespace Kalvio::Math::detail
