@@ -12,8 +12,9 @@ struct RStarTreeData;
 /// R*-tree: a balanced tree of boxes with up to 64 entries per node, in any dimension. The index to take when items
 /// come and go and searches matter.
 ///
-/// Insertion, removal and small searches cost O(log n). An item that is inserted twice is found twice and removed by
-/// one call. Moving the tree is not offered; a copy shares the items and copies the nodes.
+/// Some 90 bytes an item in plan. Insertion, removal and small searches cost O(log n). An item that is inserted twice
+/// is found twice and removed by one call. Moving the tree is not offered; a copy shares the items and copies the
+/// nodes.
 class KALVIO_MATH_API RStarTree final : public ISpatialIndex {
 public:
     static constexpr int largestDimension = 1024;  ///< larger ones change nothing

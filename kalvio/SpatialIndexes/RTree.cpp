@@ -70,7 +70,9 @@ struct RTreeData {
     }
 
     void Insert(RTreeNode::Branch branch, unsigned int level) {
-        std::unique_ptr<RTreeNode> sibling = root->Insert(std::move(branch), level, unitSphereVolume);
+        detail::FlatBox box(dimension);
+        box.Cover(branch.box);
+        std::unique_ptr<RTreeNode> sibling = root->Insert(branch, box, level, unitSphereVolume);
         if (sibling == nullptr) return;
         auto above = std::make_unique<RTreeNode>(root->level + 1, dimension);
         for (std::unique_ptr<RTreeNode>* half : {&root, &sibling}) {

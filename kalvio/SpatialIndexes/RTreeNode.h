@@ -42,9 +42,10 @@ private:
         unsigned int level;
     };
 
-    /// Puts a branch into a node of a level below.
+    /// Puts a branch into a node of a level below; its box is given with the corners in order.
     /// @return the new sibling when this node was split, else null
-    std::unique_ptr<RTreeNode> Insert(Branch branch, unsigned int branchLevel, double unitSphereVolume);
+    std::unique_ptr<RTreeNode> Insert(Branch& branch, const detail::FlatBox& box, unsigned int branchLevel,
+                                      double unitSphereVolume);
     bool Remove(const detail::FlatBox& box, const ISpatialIndexData* item, std::vector<Orphan>& orphans);
     unsigned int ChooseBranch(const detail::FlatBox& box, double unitSphereVolume) const;
     std::unique_ptr<RTreeNode> Split(double unitSphereVolume);

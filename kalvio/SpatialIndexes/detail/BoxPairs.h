@@ -74,10 +74,7 @@ public:
     void SquaredDistances(const FlatBox& from, unsigned int n, double* distances) const {
         const double* pair = values;
         const auto squaredGap = [&pair](Lanes low, Lanes high, unsigned int axis) {
-            const Lanes below = Lanes::Load(pair + 4 * axis) - high;
-            const Lanes above = low - Lanes::Load(pair + 4 * axis + 2);
-            const Lanes gap = Max(below, Max(above, Lanes::Repeat(0.0)));  // NaN, at equal infinities, is no gap
-            return gap * gap;
+            return SquaredGap(Lanes::Load(pair + 4 * axis), Lanes::Load(pair + 4 * axis + 2), low, high);
         };
         if (dimension == 2) {
             const Lanes lowX = Lanes::Repeat(from.Low(0));
@@ -96,6 +93,13 @@ public:
             }
             Store(sum, distances + i);
         }
+    }
+
+    /// That of box i.
+    double SquaredDistance(const FlatBox& from, unsigned int i) const {
+        double both[2];
+        BoxPairs(At(0, i - i % 2), dimension).SquaredDistances(from, 2, both);
+        return both[i % 2];
     }
 
     /// Bit i: box first + i answers the query, for the n boxes from `first`, which is even; n is at most 64.

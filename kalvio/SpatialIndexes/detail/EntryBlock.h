@@ -95,13 +95,19 @@ public:
     }
     /// Offers the items below that are near enough, nearer nodes first.
     void SearchNearest(const FlatBox& from, NearestItems& nearest) const {
-        alignas(16) std::array<double, 66> distances;
-        Boxes().SquaredDistances(from, count, distances.data());
+        std::array<double, 68> distances;
+        const bool isExact = leafLevel && !nearest.IsFull();  // all of them are wanted at first
+        if (isExact) {
+            Boxes().SquaredDistances(from, count, distances.data());
+        } else {
+            Rough().SquaredDistances(from, count, distances.data());
+        }
         if (leafLevel) {
             std::uint64_t near = NotAbove(distances.data(), count, nearest.GetLimit());
             for (; near != 0; near &= near - 1) {
                 const auto i = static_cast<unsigned int>(std::countr_zero(near));
-                if (distances[i] <= nearest.GetLimit()) nearest.Take(distances[i], Boxes(), i, Targets()[i].item);
+                const double distance = isExact ? distances[i] : Boxes().SquaredDistance(from, i);
+                if (distance <= nearest.GetLimit()) nearest.Take(distance, Boxes(), i, Targets()[i].item);
             }
             return;
         }

@@ -25,6 +25,9 @@ inline LaneMask operator&(LaneMask a, LaneMask b) { return {_mm_and_pd(a.value, 
 struct Lanes {
     __m128d value;
     static Lanes Load(const double* first) { return {_mm_loadu_pd(first)}; }
+    static Lanes Load(const float* first) {
+        return {_mm_cvtps_pd(_mm_castsi128_ps(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(first))))};
+    }
     static Lanes Of(double first, double second) { return {_mm_set_pd(second, first)}; }
     static Lanes Repeat(double number) { return {_mm_set1_pd(number)}; }
 };
@@ -62,6 +65,9 @@ struct Lanes {
     double first;
     double second;
     static Lanes Load(const double* numbers) { return {numbers[0], numbers[1]}; }
+    static Lanes Load(const float* numbers) {
+        return {static_cast<double>(numbers[0]), static_cast<double>(numbers[1])};
+    }
     static Lanes Of(double one, double two) { return {one, two}; }
     static Lanes Repeat(double number) { return {number, number}; }
 };
@@ -104,6 +110,12 @@ inline FourMask operator<(const FourLanes& a, const FourLanes& b) {
 }
 
 #endif
+
+/// Squared gaps along one axis between boxes and the bounds of another; NaN, at equal infinities, is no gap.
+inline Lanes SquaredGap(Lanes boxLow, Lanes boxHigh, Lanes low, Lanes high) {
+    const Lanes gap = Max(boxLow - high, Max(low - boxHigh, Lanes::Repeat(0.0)));
+    return gap * gap;
+}
 
 /// Bit i: number i is at most the limit; for up to 64 numbers.
 inline std::uint64_t NotAbove(const double* numbers, unsigned int n, double limit) {

@@ -32,6 +32,9 @@ public:
     /// The largest squared distance that still matters.
     double GetLimit() const { return limit; }
 
+    /// Whether there are as many as are wanted.
+    bool IsFull() const { return hits.size() == most; }
+
     /// Takes an item, not farther than the limit, with its box in a list of boxes that stays.
     void Take(double squaredDistance, const BoxPairs& boxes, unsigned int i, ISpatialIndexData* item) {
         const Hit hit{squaredDistance, boxes, i, item};

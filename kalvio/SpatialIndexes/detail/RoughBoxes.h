@@ -158,6 +158,38 @@ public:
         return n < 64 ? bits & ((std::uint64_t{1} << n) - 1) : bits;
     }
 
+    /// Squared distances of the first n boxes, and of up to three more, from a box without NaN. None is greater than
+    /// that of the exact box by `BoxPairs::SquaredDistances`.
+    void SquaredDistances(const FlatBox& from, unsigned int n, double* distances) const {
+        const float* four = values;
+        const auto squaredGap = [&four](Lanes low, Lanes high, unsigned int at) {
+            return SquaredGap(Lanes::Load(four + at), Lanes::Load(four + at + 4), low, high);
+        };
+        if (dimension == 2) {
+            const Lanes lowX = Lanes::Repeat(from.Low(0));
+            const Lanes lowY = Lanes::Repeat(from.Low(1));
+            const Lanes highX = Lanes::Repeat(from.High(0));
+            const Lanes highY = Lanes::Repeat(from.High(1));
+            for (unsigned int i = 0; i < n; i += 4, four += 16) {
+                Store(squaredGap(lowX, highX, 0) + squaredGap(lowY, highY, 8), distances + i);
+                Store(squaredGap(lowX, highX, 2) + squaredGap(lowY, highY, 10), distances + i + 2);
+            }
+            return;
+        }
+        for (unsigned int i = 0; i < n; i += 4) {
+            Lanes first = Lanes::Repeat(0.0);
+            Lanes second = first;
+            for (unsigned int axis = 0; axis < dimension; ++axis, four += 8) {
+                const Lanes low = Lanes::Repeat(from.Low(axis));
+                const Lanes high = Lanes::Repeat(from.High(axis));
+                first = first + squaredGap(low, high, 0);
+                second = second + squaredGap(low, high, 2);
+            }
+            Store(first, distances + i);
+            Store(second, distances + i + 2);
+        }
+    }
+
 private:
     float* values;
     unsigned int dimension;
