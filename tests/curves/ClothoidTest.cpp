@@ -1,7 +1,6 @@
 #include "kalvio/core/Matrix2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/polygons/LineString2D.h"
-#include "support/Concurrently.h"
 #include "support/ElementChecks.h"
 
 namespace Kalvio::Math {
@@ -11,6 +10,9 @@ namespace {
 // digits.
 struct Reference {
     double startRadius, endRadius, parameter, length, x, y, turn;
+    Clothoid Make(const Point2D& origin, const Vec2D& direction) const {
+        return {startRadius, endRadius, parameter, origin, direction};
+    }
 };
 const Reference kReferences[] = {
     {0, 300, 150, 75.0, 74.8828972404903837, 3.12151401026604514, 0.125},
@@ -24,40 +26,19 @@ const Reference kReferences[] = {
     {-25, -100, 30, 27.0, 24.3309209336339931, -10.445669395819226, -0.675},
 };
 
-// Calls check(clothoid, reference, direction) for all references, directions and origins.
-template <class Check>
-void ForEachClothoid(Check&& check) {
-    for (const Point2D& origin : surveyOrigins) {
-        for (const Vec2D& direction : kDirections) {
-            for (const Reference& reference : kReferences) {
-                SCOPED_TRACE(testing::Message()
-                             << "radii " << reference.startRadius << ", " << reference.endRadius << " from "
-                             << testing::PrintToString(origin) << " along " << testing::PrintToString(direction));
-                check(Clothoid(reference.startRadius, reference.endRadius, reference.parameter, origin, direction),
-                      reference, direction);
-            }
-        }
-    }
-}
-
 TEST(ClothoidTest, SeriesHasTheStatedAccuracy) {
     const std::tuple<double, double, double, double> rows[] = {
         // quadrature of the Fresnel integrals with 40 digits
-        {0.5, 0.97528768820034454, 0.16371404737570059, 2e-16},
         {1.0, 1.2791904447337526958, 0.43878564027167309, 6e-13},
-        {1.5, 1.3808899724892165293, 0.736425007446963086, 2e-10},
         {2.0, 1.3351936962943366222, 0.99762371132542130, 1.3e-8},
-        {2.5, 1.1892914936326670572, 1.1800765363152375207, 3.3e-7},
         {3.0, 0.99438264253358135, 1.2614288571800419886, 4.6e-6},
-        {3.5, 0.8012327071529238601, 1.2410373155317865164, 4.3e-5},
         {4.0, 0.65260505868557710063, 1.1381258259089464948, 3.0e-4},
-        {4.5, 0.57648924917175973229, 0.98635161075101877579, 1.7e-3},
         {5.0, 0.58217420960192209499, 0.82585980024003497894, 7.4e-3}};
     const Clothoid unit(0.0, 1.0, 1.0, Point2D(), Vec2D(1, 0));
     for (const auto& [tau, x, y, bound] : rows) {
         SCOPED_TRACE(tau);
         EXPECT_THAT(unit.ComputePoint(tau, 7), IsNear(Point2D(x, y), bound));
-        EXPECT_GT(unit.ComputePoint(tau, 7).Distance(Point2D(x, y)), tau == 0.5 ? -1.0 : 0.85 * bound);
+        EXPECT_GT(unit.ComputePoint(tau, 7).Distance(Point2D(x, y)), 0.85 * bound);
         for (const int terms : {20, 1000}) EXPECT_THAT(unit.ComputePoint(tau, terms), IsNear(Point2D(x, y), 1e-14));
     }
     const double scale = 150.0 * std::sqrt(1.4);
@@ -66,23 +47,12 @@ TEST(ClothoidTest, SeriesHasTheStatedAccuracy) {
     for (const double tau : {0.7, 0.0}) EXPECT_THAT(wide.ComputePoint(tau, tau == 0.0 ? 7 : 0), IsNear(Point2D(), 0.0));
 }
 
-TEST(ClothoidTest, EndAndTangentMatchTheIntegratedCurvature) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference& reference, const Vec2D& direction) {
-        const Vec2D turn(std::cos(reference.turn), std::sin(reference.turn));
-        const Point2D end = clothoid.GetStart() + Turned(Vec2D(reference.x, reference.y), direction);
-        EXPECT_NEAR(clothoid.GetLength(), reference.length, 1e-12);
-        EXPECT_THAT(clothoid.GetEnd(), IsNear(end, 3e-9));
-        EXPECT_THAT(clothoid.GetEndTangent(), IsNear(Turned(turn, direction), 1e-14));
-        EXPECT_THAT(At(clothoid, 0.0).point, IsNear(clothoid.GetStart(), 0.0));
-        EXPECT_THAT(At(clothoid, 0.0).tangent, IsNear(direction, 1e-15));
-        EXPECT_THAT(At(clothoid, clothoid.GetLength()).point, IsNear(clothoid.GetEnd(), 0.0));
-        EXPECT_THAT(At(clothoid, clothoid.GetLength()).tangent, IsNear(clothoid.GetEndTangent(), 1e-14));
+TEST(ClothoidTest, EndsSamplesAndFramesMatchTheIntegratedCurvature) {
+    ForEachPlaced(kReferences, [](const Clothoid& clothoid, const Reference& reference, const Vec2D& direction) {
+        CheckEnds(clothoid, reference, direction, 1e-14);
         EXPECT_THAT(clothoid.GetNearestPoint(clothoid.GetEnd() + clothoid.GetEndTangent(), kTolerances),
                     IsNear(clothoid.GetEnd(), 0.0))
             << "a joint is one point to the last digit, or chains credit it to the wrong element";
-        Vec2D offset, tangent;
-        ASSERT_TRUE(clothoid.MakeOffsetAndTangentAt(clothoid.GetLength(), offset, tangent));
-        EXPECT_THAT(offset, IsNear(Turned(Vec2D(reference.x, reference.y), direction), 1e-12)) << "wherever it starts";
         std::vector<Sample> samples;  // far apart and close together
         for (const double parts : {3.0, 41.0})
             clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, clothoid.GetLength() / parts);
@@ -91,34 +61,25 @@ TEST(ClothoidTest, EndAndTangentMatchTheIntegratedCurvature) {
             EXPECT_THAT(sample.point, IsNear(At(clothoid, sample.station).point, 0.0));
             EXPECT_THAT(sample.tangent, IsNear(At(clothoid, sample.station).tangent, 2e-15));
         }
-        CheckMotion(clothoid, 3e-9);
-    });
-}
-
-TEST(ClothoidTest, MatricesCarryTheLocalFrame) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference&, const Vec2D&) {
         double tau1 = 0.0, length1 = 0.0, tau2 = 0.0, length2 = 0.0;
         clothoid.ComputeStartAndEndTausAndLengths(tau1, length1, tau2, length2, 1e-10);
         const Matrix2D toWorld = clothoid.GetLocalToWorldCoordinatesMatrix();
+        const Point2D end = clothoid.ComputePoint(tau2, 7);
         EXPECT_THAT(clothoid.ComputePoint(tau1, 7) * toWorld, IsNear(clothoid.GetStart(), 4e-9));
-        EXPECT_THAT(clothoid.ComputePoint(tau2, 7) * toWorld, IsNear(clothoid.GetEnd(), 4e-9));
-        EXPECT_THAT(clothoid.GetEnd() * clothoid.GetWorldToLocalCoordinatesMatrix(),
-                    IsNear(clothoid.ComputePoint(tau2, 7), 4e-9));
+        EXPECT_THAT(end * toWorld, IsNear(clothoid.GetEnd(), 4e-9));
+        EXPECT_THAT(clothoid.GetEnd() * clothoid.GetWorldToLocalCoordinatesMatrix(), IsNear(end, 4e-9));
         EXPECT_NEAR(std::abs(length2 - length1), clothoid.GetLength(), 1e-12);
     });
 }
 
 TEST(ClothoidTest, StationsPiecesAndChordsOfEveryKind) {
-    ForEachClothoid([](const Clothoid& clothoid, const Reference& reference, const Vec2D&) {
+    ForEachPlaced(kReferences, [](const Clothoid& clothoid, const Reference& reference, const Vec2D&) {
         for (const double share : {0.0, 0.013, 0.5, 0.77, 1.0})
             CheckStation(clothoid, share * clothoid.GetLength(), 1e-6);
         CheckPieces(clothoid, true);
         for (const double height : {0.001, 0.3}) CheckChords(clothoid, height);
-        Clothoid changed(clothoid);
-        changed.Reverse();
-        changed.Reverse();
-        EXPECT_TRUE(changed.IsEqualTo(clothoid, 4e-9));
         if (reference.endRadius != 0.0) return;
+        Clothoid changed(clothoid);
         // Beyond the inflection point there is none of it.
         EXPECT_FALSE(changed.ExtendEnd(clothoid.GetEnd() + clothoid.GetEndTangent(), kTolerances));
         EXPECT_TRUE(changed.IsEqualTo(static_cast<const IGeometry&>(clothoid), 4e-9));
@@ -154,15 +115,12 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
     const std::tuple<const char*, double, double, double, std::size_t> rows[] = {
         {"a divisor of the length, no doubled end", 0, 100, 0.1, 1001},
         {"a remainder: the end itself follows", 0, 100, 30, 5},
-        {"inside", 10, 35, 10, 4},
         {"clipped to the curve", -50, 500, 50, 3},
         {"one station", 100, 100, 1, 1},
-        {"step beyond the range", 0, 10, 1e9, 2},
         {"beyond the end", 100.1, 200, 1, 0},
         {"before the start", -2, -1, 0.1, 0},
         {"backwards", 50, 40, 1, 0},
         {"no step", 0, 100, 0, 0},
-        {"negative step", 0, 100, -1, 0},
         {"NaN step", 0, 100, kNan, 0},
         {"NaN from", kNan, 100, 1, 0},
         {"more samples than any memory", 0, 100, 1e-300, 0},
@@ -180,7 +138,6 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
         EXPECT_TRUE(points.size() == count && lengths.size() == count);
         if (count == 0) continue;
         EXPECT_EQ(samples.back().station, std::min(to, 100.0));
-        EXPECT_EQ(lengths.back(), samples.back().station);
         EXPECT_THAT(points.back(), IsNear(samples.back().point, 0.0));
         std::vector<Sample> again;
         EXPECT_TRUE(clothoid.MakePointsAndTangentsAt(std::vector(lengths.begin(), lengths.end()), again));
@@ -191,6 +148,7 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
     for (const double bad : {-1e-9, 100.001, kNan})
         EXPECT_FALSE(clothoid.MakePointsAndTangentsAt(std::array{1.0, bad}, none) || !none.empty());
     CheckAppending(clothoid, 0.0, 10.0);
+    CheckConcurrently(clothoid, 100.0);
 }
 
 TEST(ClothoidTest, StaticFunctionsFollowTheirDefinitions) {
@@ -272,21 +230,7 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
     };
     for (const auto& [why, given, hasStart] : rows) {
         SCOPED_TRACE(why);
-        Clothoid clothoid(given);
-        const Point2D from = clothoid.GetStart();
-        std::vector<Sample> samples;
-        std::vector<IGeometry*> out;
-        Sample nearest;
-        double length = -1.0;
-        EXPECT_EQ(clothoid.MakePointsAndTangents(0.0, 10.0, samples, 1.0), hasStart);
-        EXPECT_EQ(clothoid.GetLengthFromStartPoint(from, length, 1e-4), hasStart);
-        EXPECT_TRUE(samples.size() == (hasStart ? 1u : 0u) && length == (hasStart ? 0.0 : -1.0));
-        EXPECT_EQ(clothoid.GetNearestPoint(Point2D(1, 1), 0.0, 1.0, nearest), hasStart);
-        EXPECT_FALSE(clothoid.BreakAt({start, Point2D(10, 10)}, out, false, kTolerances));
-        EXPECT_FALSE(clothoid.ExtendEnd(Point2D(20, 20), kTolerances));
-        (void)clothoid.GetBoundingBox3D();
-        clothoid.Reverse();
-        EXPECT_TRUE(!hasStart || clothoid.GetEnd().Distance(from) == 0.0);
+        CheckNoCurve(given, hasStart);
     }
     const Clothoid opposite(300, -300, 150, start, east);
     EXPECT_TRUE(opposite.GetLength() == 150.0 && std::isfinite(opposite.GetEnd().GetX()));
@@ -305,18 +249,6 @@ TEST(ClothoidTest, WhatIsNoClothoidAnswersFalse) {
     EXPECT_FALSE(good.GetNearestPoint(Point2D(1e300, 0.0), 10.0, 20.0, untouched)) << "a distance beyond all numbers";
     EXPECT_FALSE(good.GetLengthFromStartPoint(Point2D(20, 8.02), length, kNan));
     EXPECT_TRUE(!good.GetLengthFromStartPoint(Point2D(20, 8.02), length, 0.0) && length == -1.0);
-}
-
-TEST(ClothoidTest, ConstCallsRunConcurrently) {
-    const Clothoid shared(0.0, 300.0, 150.0, Point2D(385000, 6672000), Vec2D(-1, 0));
-    const Point2D end = shared.GetEnd();
-    std::vector<double> stations(8, -1.0);
-    Concurrently(8, [&](unsigned int i) {
-        (void)shared.GetBoundingBox2D();
-        (void)shared.GetNearestPoint(end, kTolerances);
-        shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6);
-    });
-    for (const double station : stations) EXPECT_NEAR(station, 75.0, 1e-6);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
-#include "support/Concurrently.h"
 #include "support/ElementChecks.h"
 
 namespace Kalvio::Math {
@@ -15,6 +14,9 @@ using Type = Spiral2D::Spiral2DType;
 struct Reference {
     Type type;
     double startRadius, endRadius, length, x, y, turn;
+    Spiral2D Make(const Point2D& origin, const Vec2D& direction) const {
+        return {type, startRadius, endRadius, length, origin, direction};
+    }
 };
 const Reference kReferences[] = {
     {Type::Clothoid, 0, 300, 75, 74.8828972404903837, 3.12151401026604514, 0.125},
@@ -40,54 +42,18 @@ const Reference kReferences[] = {
     {Type::Cubic, 500, 500, 200, 194.709171154325246, 39.4695029985574586, 0.4},
 };
 
-template <class Check>
-void ForEachSpiral(Check&& check) {
-    for (const Point2D& origin : surveyOrigins) {
-        for (const Vec2D& direction : kDirections) {
-            for (const Reference& r : kReferences) {
-                SCOPED_TRACE(testing::Message()
-                             << "type " << static_cast<int>(r.type) << " radii " << r.startRadius << ", " << r.endRadius
-                             << " along " << testing::PrintToString(direction));
-                check(Spiral2D(r.type, r.startRadius, r.endRadius, r.length, origin, direction), r, direction);
-            }
-        }
-    }
-}
-
 TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
-    ForEachSpiral([](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
-        const double rounding = spiral.GetStart().GetY() == 0.0 ? 1e-10 : 2e-9;
-        EXPECT_THAT(spiral.GetEnd(), IsNear(spiral.GetStart() + Turned(Vec2D(r.x, r.y), direction), rounding));
-        EXPECT_THAT(spiral.GetEndTangent(),
-                    IsNear(Turned(Vec2D(std::cos(r.turn), std::sin(r.turn)), direction), 1e-13));
-        Vec2D offset, tangent;
-        ASSERT_TRUE(spiral.MakeOffsetAndTangentAt(r.length, offset, tangent));
-        EXPECT_THAT(offset, IsNear(Turned(Vec2D(r.x, r.y), direction), 1e-12 * r.length)) << "wherever it starts";
-        EXPECT_THAT(tangent, IsNear(spiral.GetEndTangent(), 1e-15));
-        EXPECT_THAT(At(spiral, r.length).point, IsNear(spiral.GetEnd(), 0.0));
+    ForEachPlaced(kReferences, [](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
+        CheckEnds(spiral, r, direction, 1e-13);
         const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
         EXPECT_NEAR(spiral.GetCurvature(0.0), curvature(r.startRadius), 1e-15);
         EXPECT_NEAR(spiral.GetCurvature(r.length), curvature(r.endRadius), 1e-15);
-        CheckMotion(spiral, rounding);
     });
-}
-
-TEST(Spiral2DTest, ClothoidTypeIsTheClothoid) {
-    for (const auto& [r1, r2] : {std::pair(0.0, 300.0), {-200.0, 0.0}, {600.0, 250.0}, {-250.0, -600.0}}) {
-        const Clothoid clothoid(r1, r2, 150.0, Point2D(3, 4), Vec2D(-0.6, -0.8));
-        const Spiral2D spiral(Type::Clothoid, r1, r2, clothoid.GetLength(), Point2D(3, 4), Vec2D(-0.6, -0.8));
-        for (double station = 0.0; station < clothoid.GetLength(); station += 0.9) {
-            const auto expected = At(clothoid, station);
-            EXPECT_THAT(At(spiral, station).point, IsNear(expected.point, 1e-12));
-            EXPECT_THAT(At(spiral, station).tangent, IsNear(expected.tangent, 1e-14));
-            EXPECT_NEAR(spiral.GetCurvature(station), clothoid.GetCurvature(station), 1e-16);
-        }
-    }
 }
 
 TEST(Spiral2DTest, StationsPiecesFeetAndChordsOfEveryKind) {
     RandomNumbers random(20240612);
-    ForEachSpiral([&](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
+    ForEachPlaced(kReferences, [&](const Spiral2D& spiral, const Reference& r, const Vec2D& direction) {
         for (const double station : {0.0, random(0.0, 1.0) * r.length, r.length}) CheckStation(spiral, station, 1e-7);
         CheckPieces(spiral, r.length < 400.0);  // longer ones coil, and other feet are nearer
         CheckChords(spiral, 0.01);
@@ -117,17 +83,9 @@ TEST(Spiral2DTest, WhatIsNoCurveAnswersFalse) {
     };
     for (const auto& [why, given] : rows) {
         SCOPED_TRACE(why);
-        Spiral2D spiral(given);
-        std::vector<Sample> samples;
-        std::vector<IGeometry*> out;
-        double station = -1.0;
-        EXPECT_FALSE(spiral.MakePointsAndTangents(0.0, 10.0, samples, 1.0));
-        EXPECT_FALSE(spiral.GetLengthFromStartPoint(start, station, 1e-4));
-        EXPECT_FALSE(spiral.BreakAt({start, Point2D(10, 8)}, out, false, kTolerances));
-        EXPECT_TRUE(!spiral.ExtendEnd(Point2D(20, 8), kTolerances) && station == -1.0);
-        EXPECT_THAT(spiral.GetEnd(), IsNear(start, 0.0));
-        EXPECT_THAT(spiral.GetNearestPoint(Point2D(1, 1), kTolerances), IsNear(start, 0.0));
-        spiral.Reverse();
+        CheckNoCurve(given, false);
+        EXPECT_THAT(given.GetEnd(), IsNear(start, 0.0));
+        EXPECT_THAT(given.GetNearestPoint(Point2D(1, 1), kTolerances), IsNear(start, 0.0));
     }
     EXPECT_TRUE(Spiral2D(Type::Cubic, 0, 300, 208.0, start, east).GetCurvature(208.0) > 0.0) << "up to the culmination";
     const Spiral2D point(Type::Sine, 0, 300, 0, start, east);
@@ -171,11 +129,7 @@ TEST(Spiral2DTest, SettersMakeItAnew) {
     EXPECT_FALSE(Geometry::AreEqual(spiral, *chain, 1e-6));
 
     CheckAppending(spiral, 0.0, 10.0);
-
-    const Spiral2D& shared = spiral;
-    std::vector<double> stations(8, -1.0);
-    Concurrently(8, [&](unsigned int i) { shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6); });
-    for (const double station : stations) EXPECT_NEAR(station, 100.0, 1e-9);
+    CheckConcurrently(spiral, 100.0);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/curves/IPolyline2DElement.h"
+#include "support/Concurrently.h"
 #include "support/Testing.h"
 
 /// Laws that the elements of a chain obey alike, each checked on one curve.
@@ -31,6 +32,20 @@ inline const Vec2D kDirections[] = {{1, 0},     {0, 1},      {-1, 0.0},    {-1, 
 inline Vec2D Turned(const Vec2D& v, const Vec2D& direction) {
     return {v.GetX() * direction.GetX() - v.GetY() * direction.GetY(),
             v.GetX() * direction.GetY() + v.GetY() * direction.GetX()};
+}
+
+// Calls check(curve, reference, direction) for what every reference makes at both origins in all directions.
+template <class References, class Check>
+void ForEachPlaced(const References& references, Check&& check) {
+    for (const Point2D& origin : surveyOrigins) {
+        for (const Vec2D& direction : kDirections) {
+            for (const auto& reference : references) {
+                SCOPED_TRACE(testing::Message() << "reference " << &reference - references << " along "
+                                                << testing::PrintToString(direction));
+                check(reference.Make(origin, direction), reference, direction);
+            }
+        }
+    }
 }
 
 template <class Curve>
@@ -71,6 +86,27 @@ void CheckMotion(const Curve& curve, double rounding) {
         EXPECT_NEAR(chord.Length(), 2.0 * h * (1.0 - turn * turn / 24.0), 1e-6 * h + rounding);
         EXPECT_NEAR(chord.PerpDotProduct(before.tangent + after.tangent), 0.0, 2e-7 * curve.GetLength());
     }
+}
+
+// Length, end and end tangent are those of the reference, wherever the curve starts; the ends are exact.
+template <class Curve, class Reference>
+void CheckEnds(const Curve& curve, const Reference& reference, const Vec2D& direction, double turning) {
+    const double rounding = curve.GetStart().GetY() == 0.0 ? 1e-10 : 2e-9;
+    const double length = reference.length;
+    const Vec2D span = Turned(Vec2D(reference.x, reference.y), direction);
+    EXPECT_NEAR(curve.GetLength(), length, 1e-12);
+    EXPECT_THAT(curve.GetEnd(), IsNear(curve.GetStart() + span, rounding));
+    EXPECT_THAT(curve.GetEndTangent(),
+                IsNear(Turned(Vec2D(std::cos(reference.turn), std::sin(reference.turn)), direction), turning));
+    EXPECT_THAT(At(curve, 0.0).point, IsNear(curve.GetStart(), 0.0));
+    EXPECT_THAT(At(curve, 0.0).tangent, IsNear(direction, 1e-15));
+    EXPECT_THAT(At(curve, length).point, IsNear(curve.GetEnd(), 0.0));
+    EXPECT_THAT(At(curve, length).tangent, IsNear(curve.GetEndTangent(), turning));
+    Vec2D offset, tangent;
+    ASSERT_TRUE(curve.MakeOffsetAndTangentAt(length, offset, tangent));
+    EXPECT_THAT(offset, IsNear(span, turning * length));
+    EXPECT_THAT(tangent, IsNear(curve.GetEndTangent(), turning));
+    CheckMotion(curve, rounding);
 }
 
 // A point on the curve has its station, from both ends, and its tangent; one beside it has none.
@@ -199,6 +235,38 @@ void CheckChords(const Curve& curve, double height) {
         }
     }
     EXPECT_LE(static_cast<double>(samples.size()), 1.35 * needed + 5.0);
+}
+
+// What is no curve answers false and leaves the outputs; of some the start is left.
+template <class Curve>
+void CheckNoCurve(Curve curve, bool hasStart) {
+    const Point2D from = curve.GetStart();
+    std::vector<Sample> samples;
+    std::vector<IGeometry*> out;
+    Sample nearest;
+    double length = -1.0;
+    EXPECT_EQ(curve.MakePointsAndTangents(0.0, 10.0, samples, 1.0), hasStart);
+    EXPECT_EQ(curve.GetLengthFromStartPoint(from, length, 1e-4), hasStart);
+    EXPECT_TRUE(samples.size() == (hasStart ? 1u : 0u) && length == (hasStart ? 0.0 : -1.0));
+    EXPECT_EQ(curve.GetNearestPoint(Point2D(1, 1), 0.0, 1.0, nearest), hasStart);
+    EXPECT_FALSE(curve.BreakAt({from, Point2D(10, 10)}, out, false, kTolerances));
+    EXPECT_FALSE(curve.ExtendEnd(Point2D(20, 20), kTolerances));
+    (void)curve.GetBoundingBox3D();
+    curve.Reverse();
+    EXPECT_TRUE(!hasStart || curve.GetEnd().Distance(from) == 0.0);
+}
+
+// Const calls of many threads, on a copy that has derived nothing yet.
+template <class Curve>
+void CheckConcurrently(const Curve& curve, double length) {
+    const Curve shared(curve);
+    std::vector<double> stations(8, -1.0);
+    Concurrently(8, [&](unsigned int i) {
+        (void)shared.GetBoundingBox2D();
+        (void)shared.GetNearestPoint(Point2D(), kTolerances);
+        shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6);
+    });
+    for (const double station : stations) EXPECT_NEAR(station, length, 1e-6);
 }
 
 }  // namespace Kalvio::Math
