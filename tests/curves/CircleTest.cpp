@@ -37,9 +37,7 @@ TEST(CircleTest, TangentsOfTwoCircles) {
                 const int count = crossing ? first.GetCrossingTangents(second, lines[0], lines[1], 1e-8)
                                            : first.GetNonCrossingTangents(second, lines[0], lines[1]);
                 ASSERT_EQ(count, crossing ? inner : outer);
-                if (r1 == 0.0) {
-                    EXPECT_EQ(second.GetTangentsThroughPoint(origin, lines[0], lines[1]), outer);
-                }
+                EXPECT_TRUE(r1 != 0.0 || second.GetTangentsThroughPoint(origin, lines[0], lines[1]) == outer);
                 for (int i = 0; i < count; ++i) {
                     const double sides =
                         Distance::PointToLine(origin, lines[i]) * Distance::PointToLine(second.GetCenter(), lines[i]);
@@ -60,15 +58,12 @@ TEST(CircleTest, RingsKeepStepAndHeight) {
     for (const Point2D& origin : surveyOrigins) {
         const Circle2D circle(origin, 10.0);
         EXPECT_NEAR(circle.GetLength(), 62.83185307179586, 1e-13);
-        LineString2D ring;
-        ASSERT_TRUE(circle.MakeLineString(ring, 7.0));
+        LineString2D ring, fine;
+        ASSERT_TRUE(circle.MakeLineString(ring, 7.0) && circle.MakeLineStringUsingHeight(fine, 0.001));
         EXPECT_EQ(ring.GetSize(), 10u) << "nine steps and the closing point";
-        EXPECT_EQ(circle.MakePoints(7.0).size(), 9u);
-        EXPECT_TRUE(ring.IsClosed(1e-12));
+        EXPECT_TRUE(circle.MakePoints(7.0).size() == 9u && ring.IsClosed(1e-12));
         ASSERT_TRUE(circle.MakeLineString(ring, 4u)) << "appended";
         EXPECT_THAT(ring.GetPoint(11u), IsNear(origin + Vec2D(0, 10), 2e-9));
-        LineString2D fine;
-        ASSERT_TRUE(circle.MakeLineStringUsingHeight(fine, 0.001));
         EXPECT_EQ(fine.GetNrOfElements(), 223u);  // smallest n with 10 (1 - cos(pi / n)) <= 0.001
         EXPECT_THAT(circle.NormalProjectionPointOnCircle(origin + Vec2D(3, -4)), IsNear(origin + Vec2D(6, -8), 2e-9));
         EXPECT_THAT(circle.NormalProjectionPointOnCircle(origin), IsNear(origin + Vec2D(10, 0), 0.0));
@@ -77,12 +72,10 @@ TEST(CircleTest, RingsKeepStepAndHeight) {
         EXPECT_FALSE(circle.IsEqualTo(Circle2D(origin, 10.25), 0.25)) << "strict";
     }
     LineString2D none;
-    for (const double bad : {0.0, -1.0, kNan}) {
-        EXPECT_FALSE(Circle2D(Point2D(), 10.0).MakeLineString(none, bad));
-        EXPECT_FALSE(Circle2D(Point2D(), 10.0).MakeLineStringUsingHeight(none, bad));
-    }
-    EXPECT_FALSE(Circle2D(Point2D(), 10.0).MakeLineString(none, 2u));
-    EXPECT_FALSE(Circle2D(Point2D(), 0.0).MakeLineString(none, 5u));
+    const Circle2D circle(Point2D(), 10.0);
+    for (const double bad : {0.0, -1.0, kNan})
+        EXPECT_FALSE(circle.MakeLineString(none, bad) || circle.MakeLineStringUsingHeight(none, bad));
+    EXPECT_FALSE(circle.MakeLineString(none, 2u) || Circle2D(Point2D(), 0.0).MakeLineString(none, 5u));
 }
 
 // The formulas take the sign as it is; as a set of points the circle is that of the radius without it.
@@ -122,8 +115,8 @@ TEST(CircleTest, CirclesInSpaceMirrorThePlaneOnes) {
     EXPECT_THAT(circle.GetPointOnCircle(Angle(std::numbers::pi / 2)), IsNear(center + Vec3D(0, 0, -5), 2e-9));
     EXPECT_THAT(circle.GetBoundingBox3D().GetSize(), IsNear(Vec3D(10, 0, 10), 1e-12));
     EXPECT_THAT(circle.NormalProjectionPointOnCircle(center + Vec3D(3, 7, -4)), IsNear(center + Vec3D(3, 0, -4), 2e-9));
-    EXPECT_TRUE(circle.IsPointInside(center + Vec3D(3, 0.01, -3.9), 0.02));
-    EXPECT_FALSE(circle.IsPointInside(center + Vec3D(3, 0.03, -3.9), 0.02));
+    for (const double off : {0.01, 0.03})
+        EXPECT_EQ(circle.IsPointInside(center + Vec3D(3, off, -3.9), 0.02), off == 0.01);
     Line3D left, right;
     EXPECT_EQ(circle.GetTangentsThroughPoint(center + Vec3D(13, 0, 0), left, right, 1e-8), 2);
     EXPECT_NEAR(left.GetLength(), 12.0, 1e-8);
@@ -134,8 +127,7 @@ TEST(CircleTest, CirclesInSpaceMirrorThePlaneOnes) {
     EXPECT_NEAR(right.GetLength(), 20.0, 1e-8);
     EXPECT_EQ(circle.GetCrossingTangents(Circle3D(other.GetCenter(), 5.0, Plane3D()), left, right, 1e-8), 0);
     LineString3D ring;
-    EXPECT_TRUE(circle.MakeLineString(ring, 4u));
-    EXPECT_FALSE(circle.MakeLineStringUsingHeight(ring, 0.0));
+    EXPECT_TRUE(circle.MakeLineString(ring, 4u) && !circle.MakeLineStringUsingHeight(ring, 0.0));
     ASSERT_EQ(ring.GetSize(), 5u);
     EXPECT_THAT(ring.GetPoint(2u), IsNear(center + Vec3D(-5, 0, 0), 2e-9));
 }

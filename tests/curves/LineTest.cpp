@@ -9,7 +9,7 @@
 namespace Kalvio::Math {
 namespace {
 
-const Vec2D kOrigins[] = {Vec2D(0.0, 0.0), Vec2D(385000.0, 6672000.0)};
+const Vec2D kOrigins[] = {Vec2D(0, 0), Vec2D(385000, 6672000)};
 
 TEST(LineTest, PointTestsAgreeOnWhatIsOnTheLine) {
     const std::tuple<const char*, Point2D, double, bool, bool, double> rows[] = {
@@ -41,18 +41,16 @@ TEST(LineTest, PointTestsAgreeOnWhatIsOnTheLine) {
 }
 
 TEST(LineTest, ZeroLengthIsHarmless) {
-    const Line2D dot(Point2D(3, 4), Point2D(3, 4));
+    const Point2D at(3, 4), away(7, 7);
+    const Line2D dot(at, at);
     Point2D p(9, 9);
     double s = 9.0;
-    EXPECT_FALSE(dot.IsPointOnGeometry(Point2D(3, 4), kTolerances));
-    EXPECT_TRUE(!dot.GetLengthFromStartPoint(Point2D(3, 4), s, 1.0) && s == 9.0);
-    EXPECT_TRUE(!dot.GetPointOffsetFromStart(0.0, p) && p == Point2D(9, 9));
-    EXPECT_TRUE(Intersection::PointOnLineSegment(Point2D(3, 4.25), dot, 0.25));
-    EXPECT_FALSE(Intersection::PointOnLineSegment(Point2D(3, 4.5), dot, 0.25));
-    EXPECT_EQ(Distance::PointToLine(Point2D(0, 0), dot), 5.0);
-    EXPECT_EQ(dot.GetNearestPoint(Point2D(7, 7), kTolerances), Point2D(3, 4));
-    EXPECT_EQ(Projection::NormalPointOnLine(Point2D(7, 7), dot), Point2D(3, 4));
-    EXPECT_EQ(dot.GetDirection().Length(), 0.0);
+    EXPECT_FALSE(dot.IsPointOnGeometry(at, kTolerances) || dot.GetLengthFromStartPoint(at, s, 1.0));
+    EXPECT_TRUE(!dot.GetPointOffsetFromStart(0.0, p) && p == Point2D(9, 9) && s == 9.0);
+    for (const double d : {0.25, 0.5})
+        EXPECT_EQ(Intersection::PointOnLineSegment(at + Vec2D(0, d), dot, 0.25), d == 0.25);
+    EXPECT_TRUE(Distance::PointToLine(Point2D(0, 0), dot) == 5.0 && dot.GetDirection().Length() == 0.0);
+    EXPECT_TRUE(dot.GetNearestPoint(away, kTolerances) == at && Projection::NormalPointOnLine(away, dot) == at);
     // Nor is anything on a line whose length is beyond all numbers.
     const Line2D endless(Point2D(0, 0), Point2D(1e200, 0));
     std::vector<Point2D> points;
@@ -65,34 +63,33 @@ TEST(LineTest, SlopeAndAxisQueries) {
     const Line2D flat(Point2D(0, 2), Point2D(1000, 2.05));
     EXPECT_TRUE(flat.IsHorizontal(1e-4)) << "the slope counts, not the rise";
     EXPECT_FALSE(flat.IsHorizontal(1e-5) || flat.IsVertical(1e-4));
-    EXPECT_TRUE(Line2D(Point2D(0, 2), Point2D(3, 2)).IsHorizontal(0.0));
     const Line2D level(Point2D(0, 2), Point2D(4, 2));
-    EXPECT_EQ(level.GetX(2.0, value), 2);
+    EXPECT_TRUE(level.IsHorizontal(0.0) && level.GetX(2.0, value) == 2);
     EXPECT_TRUE(level.GetX(3.0, value) == 0 && value == -1.0 && level.GetY(100.0, value) == 1 && value == 2.0);
     const Line2D upright(Point2D(1, 0), Point2D(1, -5));
     EXPECT_TRUE(upright.IsVertical(1e-9) && upright.GetY(1.0, value) == 2 && upright.GetY(1.5, value) == 0);
     Line2D turned(Point2D(0, 0), Point2D(2, 4));
+    EXPECT_TRUE(turned.GetX(6.0, value) == 1 && value == 3.0);
     turned.SetPoints(turned.GetEnd(), turned.GetStart());
     EXPECT_TRUE(turned.IsEqualTo(Line2D(Point2D(2, 4), Point2D(0, 0)), 1e-12)) << "its own points as arguments";
-    const Line2D tiny(Point2D(0, 0), Point2D(5e-6, 0));
-    EXPECT_DOUBLE_EQ(tiny.GetAngleWithLine(Line2D(Point2D(0, 0), Point2D(0, 5e-6))).GetRadians(),
-                     std::numbers::pi / 2.0);
-    EXPECT_TRUE(Line2D(Point2D(0, 0), Point2D(2, 4)).GetX(6.0, value) == 1 && value == 3.0);
+    const Line2D tiny(Point2D(0, 0), Point2D(5e-6, 0)), across(Point2D(0, 0), Point2D(0, 5e-6));
+    EXPECT_DOUBLE_EQ(tiny.GetAngleWithLine(across).GetRadians(), kPi / 2.0);
 }
 
 TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
     for (const Vec2D& origin : kOrigins) {
         const Line2D line(Point2D(0, 0) + origin, Point2D(6, 8) + origin);
         Point2D p;
-        ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(std::numbers::pi / 2.0), p));
+        ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(kPi / 2.0), p));
         EXPECT_THAT(p, IsNear(Point2D(-5, 10) + origin, 1e-8));
         EXPECT_NEAR(Distance::PointToLine(p, line), -10.0, 1e-8);
         ASSERT_TRUE(line.GetPointOffsetFromStart(-5.0, 2.0, Vec2D(1, 0), p));
         EXPECT_THAT(p, IsNear(Point2D(-1, -4) + origin, 1e-8));
-        EXPECT_NEAR(line.GetDistanceFromStartPoint(Point2D(-3, -4) + origin), -5.0, 1e-8);
-        EXPECT_NEAR(line.GetDistanceFromStartPoint(Point2D(3, 4) + origin), 5.0, 1e-8);
-        EXPECT_NEAR(line.GetDistanceFromEndPoint(Point2D(9, 12) + origin), -5.0, 1e-8);
-        EXPECT_NEAR(line.GetDistanceFromEndPoint(Point2D(3, 4) + origin), 5.0, 1e-8);
+        for (const double s : {-0.5, 0.5}) {
+            const Vec2D along = Vec2D(6, 8) * s;
+            EXPECT_NEAR(line.GetDistanceFromStartPoint(line.GetStart() + along), 10.0 * s, 1e-8);
+            EXPECT_NEAR(line.GetDistanceFromEndPoint(line.GetEnd() - along), 10.0 * s, 1e-8);
+        }
         EXPECT_EQ(line.GetNearestPoint(Point2D(60, 80) + origin, kTolerances), line.GetEnd());
     }
 }
@@ -121,8 +118,7 @@ TEST(LineTest, SamplesDoNotDriftAndCloseAtTheEnd) {
         const Line3D lifted(Point3D(1, 1, 7), Point3D(1, 5, 7));
         std::vector<IPolyline3DElement::PolylineElementPoint> inSpace;
         EXPECT_EQ(lifted.MakePoints(from, to, step, inSpace, close), !stations.empty());
-        ASSERT_TRUE(samples.size() == stations.size() && points.size() == stations.size());
-        ASSERT_EQ(inSpace.size(), stations.size());
+        for (const std::size_t size : {samples.size(), points.size(), inSpace.size()}) ASSERT_EQ(size, stations.size());
         for (std::size_t i = 0; i < samples.size(); ++i) {
             EXPECT_DOUBLE_EQ(samples[i].station, stations[i]);
             EXPECT_THAT(samples[i].point, IsNear(Point2D(1, 1 + stations[i]), 1e-14));
@@ -155,9 +151,7 @@ TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
         for (const double cut : cuts) breaks.emplace(cut, Point2D(cut - 10.0, 5));
         std::vector<IGeometry*> out;
         EXPECT_EQ(line.BreakAtPreSorted(breaks, 10.0, out, modifyThis, Tolerances(0.25, 1e-10)), !ends.empty());
-        if (!modifyThis) {
-            EXPECT_TRUE(line.IsEqualTo(Line2D(Point2D(0, 5), Point2D(10, 5)), 1e-12));
-        }
+        EXPECT_TRUE(modifyThis || line.IsEqualTo(Line2D(Point2D(0, 5), Point2D(10, 5)), 1e-12));
         if (modifyThis) out.insert(out.begin(), line.Clone());
         const auto pieces = Owned(out);
         ASSERT_EQ(pieces.size(), ends.size());
@@ -175,12 +169,12 @@ TEST(LineTest, LawsOnRandomLines) {
         const Line2D line(any() + kOrigins[i % 2], any() + kOrigins[i % 2]);
         for (const double share : {0.0, random(0.01, 0.99), 1.0}) CheckStation(line, share * line.GetLength(), 1e-8);
         CheckPieces(line, false, 4e-9, 1e-9);
-        const Point2D p = At(line, line.GetLength() * random(0.01, 0.99)).point;
         std::vector<IGeometry*> out;
-        ASSERT_TRUE(line.BreakAt({p, p + Vec2D(1000, 3000)}, out, kTolerances));
+        const Point2D middle = line.GetMiddlePoint();
+        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, out, kTolerances));
         const auto pieces = Owned(out);
         ASSERT_EQ(pieces.size(), 2U);
-        EXPECT_NEAR(pieces[0]->GetLength() + pieces[1]->GetLength(), line.GetLength(), 1e-8);
+        EXPECT_NEAR(pieces[0]->GetLength(), pieces[1]->GetLength(), 1e-8);
         const std::unique_ptr<IGeometry> back(line.CloneAsReverse());
         EXPECT_TRUE(back->IsEqualTo(Line2D(line.GetEnd(), line.GetStart()), 1e-300));
         EXPECT_FALSE(line.IsEqualTo(*back, 1e-4));
@@ -201,26 +195,25 @@ TEST(Line3DTest, HeightsOverThePlan) {
 
 TEST(Line3DTest, ElementOperationsInSpace) {
     for (const Vec2D& origin : kOrigins) {
-        const Vec3D shift(origin, 100.0);
-        const Line3D line(Point3D(0, 0, 0) + shift, Point3D(2, 3, 6) + shift);
+        const Vec3D span(2, 3, 6), up(0, 0, 0.01);
+        const Point3D start = Point3D(0, 0, 100) + Vec3D(origin, 0.0);
+        const Line3D line(start, start + span);
         EXPECT_NEAR(line.GetLength2D(), std::sqrt(13.0), 1e-9);
         const Point3D p = CheckRoundTrip(line, 3.5, 1e-8);
         EXPECT_THAT(p, IsNear(line.GetMiddlePoint(), 1e-8));
         double length = -1.0;
-        EXPECT_FALSE(line.GetLengthFromStartPoint(p + Vec3D(0, 0, 0.01), length, 1e-4));
-        EXPECT_TRUE(line.IsPointOnGeometry(p, kTolerances));
-        EXPECT_FALSE(line.IsPointOnGeometry(p + Vec3D(0, 0, 0.01), kTolerances));
-        EXPECT_FALSE(line.GetLengthFromStartPoint(line.GetEnd() + (line.GetEnd() - line.GetStart()), length, 1e-4));
-        EXPECT_EQ(length, -1.0);
-        const Vec3D normal(3, -2, 0);
-        EXPECT_THAT(line.GetNearestPoint(p + normal, kTolerances), IsNear(p, 1e-8));
-        EXPECT_THAT(line.GetNearestPoint(line.GetStart() - Vec3D(1, 1, 1), kTolerances), IsNear(line.GetStart(), 0.0));
+        for (const Point3D& off : {p + up, line.GetEnd() + span}) {
+            EXPECT_FALSE(line.GetLengthFromStartPoint(off, length, 1e-4) || line.IsPointOnGeometry(off, kTolerances));
+        }
+        EXPECT_TRUE(line.IsPointOnGeometry(p, kTolerances) && length == -1.0);
+        EXPECT_THAT(line.GetNearestPoint(p + Vec3D(3, -2, 0), kTolerances), IsNear(p, 1e-8));
+        EXPECT_THAT(line.GetNearestPoint(start - Vec3D(1, 1, 1), kTolerances), IsNear(start, 0.0));
         std::vector<Point3D> points;
         EXPECT_TRUE(line.MakePoints(0.0, 100.0, 3.0, points, true));
         ASSERT_EQ(points.size(), 4U);
         EXPECT_THAT(points.back(), IsNear(line.GetEnd(), 1e-8));
         Line3D longer(line);
-        EXPECT_TRUE(longer.ExtendEnd(line.GetEnd() + Vec3D(2, 3, 6), kTolerances));
+        EXPECT_TRUE(longer.ExtendEnd(line.GetEnd() + span, kTolerances));
         EXPECT_NEAR(longer.GetLength(), 14.0, 1e-8);
         const std::unique_ptr<IGeometry> joined(line.Append(&longer));
         ASSERT_EQ(joined->GetType(), MathTypes::LineString3D);
