@@ -22,10 +22,12 @@ inline float RoundedDown(double number) {
     if (number > largest) return number > (std::numeric_limits<double>::max)() ? infinity : largest;
     if (number < -largest) return -infinity;
     const auto nearest = static_cast<float>(number);
-    if (!(static_cast<double>(nearest) > number)) return nearest;
+    const bool isAbove = static_cast<double>(nearest) > number;
+    if (nearest == 0.0F) return isAbove ? -std::numeric_limits<float>::denorm_min() : nearest;
+    // Without a branch, which half of all numbers would take: one step down, away from zero below it.
     const auto bits = std::bit_cast<std::uint32_t>(nearest);
-    if (nearest == 0.0F) return -std::numeric_limits<float>::denorm_min();
-    return std::bit_cast<float>(nearest > 0.0F ? bits - 1 : bits + 1);
+    const std::uint32_t step = isAbove ? 1 : 0;
+    return std::bit_cast<float>(bits - step + 2 * (step & (bits >> 31)));
 }
 /// The least that is at least a number.
 inline float RoundedUp(double number) { return -RoundedDown(-number); }
