@@ -108,15 +108,17 @@ void CheckIndex(Bytes bytes) {
         } else if (what == 1) {
             CheckSearch(index, items, TakeBox(bytes));
         } else {
-            // Several beside each other, so that nodes split.
+            // One; or several beside each other, so that nodes split, one by one or at once.
             const BoundingBoxND box = TakeBox(bytes);
-            for (unsigned int i = 0; i < (what == 2 ? 40U : 1U); ++i) {
-                BoundingBoxND moved(box);
-                if (i > 0) moved = BoundingBoxND(box.GetMinPoint(), PointND(Point2D(box.GetMax(0) + i, box.GetMax(1))));
-                items.emplace_back(moved);
-                Require(index.Insert(&items.back()));
+            std::vector<const ISpatialIndexData*> added;
+            for (unsigned int i = 0; i < (what < 4 ? 40U : 1U); ++i) {
+                const Point2D high(box.GetMax(0) + i, box.GetMax(1));
+                items.emplace_back(i == 0 ? box : BoundingBoxND(box.GetMinPoint(), PointND(high)));
                 items.back().isIn = true;
+                added.push_back(&items.back());
+                if (what != 2) Require(index.Insert(added.back()));
             }
+            if (what == 2) Require(index.Insert(added));
         }
     }
     const auto isIn = [](const Item& item) { return item.isIn; };
