@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckAnswer(simple.Interpolate(p, samples, value, variance), variance);
     if (samples.size() < 2) return 0;
     const double height = Interpolation::ZCoordinateBy2DProjection(p, samples[0], samples[1]);
-    const auto [low, high] = std::minmax(samples[0].GetZ(), samples[1].GetZ());
+    const auto [low, high] = std::minmax({samples[0].GetZ(), samples[1].GetZ()});
     if (bytes.Tame()) Require(height >= low && height <= high);
     return 0;
 }
