@@ -1,11 +1,5 @@
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Spiral2D.h"
-#include "kalvio/queries/Intersection.h"
-#include "support/Testing.h"
+#include "kalvio/Math.h"
+#include "support/ElementChecks.h"
 
 #include <optional>
 #include <variant>
@@ -13,8 +7,9 @@
 namespace Kalvio::Math {
 namespace {
 
-using Sample = IPolyline2DElement::PolylineElementPoint;
 using Points = std::vector<Point2D>;
+using I = Intersection;
+using P = Point2D;
 using R = IntersectionResult;
 using Curve = std::variant<Line2D, Arc2D, Clothoid, Spiral2D, Parabola>;
 
@@ -23,38 +18,33 @@ struct WholeLine {
     Line2D line;
 };
 
-#define KALVIO_PAIR(First, Second, Function)                                                      \
-    R MeetPair(const First& a, const Second& b, Points& out, const Tolerances& tolerances) {      \
-        Points counted;                                                                           \
-        const R result = Intersection::Function(a, b, out, tolerances);                           \
-        EXPECT_EQ(Intersection::Function(a, b, counted, tolerances.UserTolerance()), out.size()); \
-        return result;                                                                            \
+#define KALVIO_PAIR(First, Second, Function)                                                 \
+    R MeetPair(const First& a, const Second& b, Points& out, const Tolerances& tolerances) { \
+        Points counted;                                                                      \
+        const R result = I::Function(a, b, out, tolerances);                                 \
+        EXPECT_EQ(I::Function(a, b, counted, tolerances.UserTolerance()), out.size());       \
+        return result;                                                                       \
     }
+#define KALVIO_CURVES(First, Name)               \
+    KALVIO_PAIR(First, Clothoid, Name##Clothoid) \
+    KALVIO_PAIR(First, Spiral2D, Name##Spiral)   \
+    KALVIO_PAIR(First, Parabola, Name##Parabola)
+KALVIO_CURVES(Line2D, LineSegment)
+KALVIO_CURVES(WholeLine, Line)
+KALVIO_CURVES(Arc2D, Arc)
+KALVIO_CURVES(Circle2D, Circle)
+KALVIO_CURVES(Spiral2D, Spiral)
 KALVIO_PAIR(Line2D, Line2D, LineSegmentLineSegment)
 KALVIO_PAIR(Line2D, Arc2D, LineSegmentArc)
-KALVIO_PAIR(Line2D, Clothoid, LineSegmentClothoid)
-KALVIO_PAIR(Line2D, Spiral2D, LineSegmentSpiral)
-KALVIO_PAIR(Line2D, Parabola, LineSegmentParabola)
+KALVIO_PAIR(Line2D, Circle2D, LineSegmentCircle)
+KALVIO_PAIR(WholeLine, Arc2D, LineArc)
+KALVIO_PAIR(WholeLine, Circle2D, LineCircle)
 KALVIO_PAIR(Arc2D, Arc2D, ArcArc)
-KALVIO_PAIR(Arc2D, Clothoid, ArcClothoid)
-KALVIO_PAIR(Arc2D, Spiral2D, ArcSpiral)
-KALVIO_PAIR(Arc2D, Parabola, ArcParabola)
+KALVIO_PAIR(Arc2D, Circle2D, ArcCircle)
 KALVIO_PAIR(Clothoid, Clothoid, ClothoidClothoid)
 KALVIO_PAIR(Clothoid, Parabola, ClothoidParabola)
-KALVIO_PAIR(Spiral2D, Clothoid, SpiralClothoid)
-KALVIO_PAIR(Spiral2D, Spiral2D, SpiralSpiral)
-KALVIO_PAIR(Spiral2D, Parabola, SpiralParabola)
 KALVIO_PAIR(Parabola, Parabola, ParabolaParabola)
-KALVIO_PAIR(WholeLine, Arc2D, LineArc)
-KALVIO_PAIR(WholeLine, Clothoid, LineClothoid)
-KALVIO_PAIR(WholeLine, Spiral2D, LineSpiral)
-KALVIO_PAIR(WholeLine, Parabola, LineParabola)
-KALVIO_PAIR(WholeLine, Circle2D, LineCircle)
-KALVIO_PAIR(Line2D, Circle2D, LineSegmentCircle)
-KALVIO_PAIR(Arc2D, Circle2D, ArcCircle)
-KALVIO_PAIR(Circle2D, Clothoid, CircleClothoid)
-KALVIO_PAIR(Circle2D, Spiral2D, CircleSpiral)
-KALVIO_PAIR(Circle2D, Parabola, CircleParabola)
+#undef KALVIO_CURVES
 #undef KALVIO_PAIR
 
 R MeetBoth(const auto& a, const auto& b, Points& out, const Tolerances& tolerances) {
@@ -70,68 +60,154 @@ R Meet(const Curve& first, const Curve& second, Points& out, const Tolerances& t
 
 const Vec2D kEast(1, 0);
 
-bool Holds(const Points& points, const Point2D& point, double distance) {
-    return std::any_of(points.begin(), points.end(), [&](const Point2D& p) { return p.Distance(point) <= distance; });
+const IPolyline2DElement& ElementOf(const Curve& curve) {
+    return std::visit([](const auto& known) -> const IPolyline2DElement& { return known; }, curve);
+}
+Sample SampleOf(const Curve& curve, double station) {
+    return std::visit([=](const auto& known) { return At(known, station); }, curve);
 }
 
 void ExpectSamePoints(const Points& a, const Points& b, double distance) {
     EXPECT_THAT(a, testing::UnorderedPointwise(AreNear(distance), b));
 }
 
+TEST(IntersectionCurvesTest, LineLine) {
+    const std::tuple<const char*, Line2D, Line2D, R, P> rows[] = {
+        {"beyond both", {P(0, 0), P(1, 0)}, {P(5, 3), P(5, 1)}, R::Intersecting, P(5, 0)},
+        {"the same line", {P(0, 0), P(4, 2)}, {P(8, 4), P(6, 3)}, R::Coincident, P(7, 7)},
+        {"parallel", {P(0, 0), P(4, 2)}, {P(0, 1), P(4, 3)}, R::NoIntersection, P(7, 7)},
+        {"parallel within tol", {P(0, 0), P(4, 0)}, {P(0, 0.125), P(4, 0.125)}, R::Coincident, P(7, 7)},
+        {"as short as tol", {P(0, 0), P(0.125, 0)}, {P(0, 1), P(0, 2)}, R::Degenerate, P(7, 7)},
+        {"short, at a slight angle", {P(0, 0), P(0.25, 2e-11)}, {P(-8, 0), P(8, 0)}, R::Intersecting, P(0, 0)},
+        {"NaN", {P(0, 0), P(4, kNan)}, {P(0, 4), P(4, 0)}, R::NoIntersection, P(7, 7)},
+        {"to infinity", {P(0, 0), P(kInfinity, 0)}, {P(1, -1), P(1, 1)}, R::Degenerate, P(7, 7)},
+        {"too long to square", {P(0, 0), P(1e160, 0)}, {P(1, -1e160), P(1, 1e160)}, R::Degenerate, P(7, 7)},
+        {"too far", {P(1, 1e305), P(1e9, 1e305)}, {P(1e305, 1), P(1e305, 1e9)}, R::NoIntersection, P(7, 7)},
+    };
+    const Tolerances tolerances(0.125, 1e-10);
+    for (const auto& [why, a, b, result, expected] : rows) {
+        SCOPED_TRACE(why);
+        P found[] = {P(7, 7), P(7, 7), P(7, 7)};
+        const P a1 = a.GetStart(), a2 = a.GetEnd(), b1 = b.GetStart(), b2 = b.GetEnd();
+        EXPECT_EQ(I::LineLine(a, b, found[0], tolerances), result);
+        EXPECT_EQ(I::LineLine(b1, b2, a1, a2, found[1], tolerances), result);
+        EXPECT_EQ(I::LineLine(a1, a2 - a1, b1, b2 - b1, found[2], tolerances), result);
+        for (const P& p : found) EXPECT_THAT(p, IsNear(expected, 1e-9));
+        EXPECT_EQ(I::LineLine(a, b, found[0], 0.125), result == R::Intersecting ? 1 : 0);
+    }
+}
+
+TEST(IntersectionCurvesTest, Segments) {
+    const std::tuple<const char*, Line2D, R, P> rows[] = {
+        {"beyond the two points", {P(8, -1), P(9, 1)}, R::Intersecting, P(8.5, 0)},
+        {"an end within tol", {P(-3, 5), P(-3, 0.0625)}, R::Intersecting, P(-3, 0.0625)},
+        {"an end too far", {P(-3, 5), P(-3, 0.25)}, R::NoIntersection, P(7, 7)},
+        {"along it", {P(3, 0), P(4, 0)}, R::Coincident, P(7, 7)},
+        {"too short", {P(3, 0), P(3, 0.125)}, R::Degenerate, P(7, 7)},
+    };
+    const Line2D line(P(0, 0), P(2, 0));
+    for (const auto& [why, segment, result, expected] : rows) {
+        P p(7, 7);
+        EXPECT_EQ(I::LineSegmentLine(segment, line, p, Tolerances(0.125, 1e-10)), result) << why;
+        EXPECT_THAT(p, IsNear(expected, 1e-9)) << why;
+        EXPECT_EQ(I::LineSegmentLine(segment, line, p, 0.125), result == R::Intersecting ? 1 : 0) << why;
+    }
+    const std::tuple<const char*, double, double, double, R, std::vector<double>> collinear[] = {
+        {"a gap below the tolerance", 4.0625, 6, 0.125, R::Intersecting, {4.0625}},
+        {"a gap of the tolerance", 4.125, 6, 0.125, R::NoIntersection, {}},
+        {"an overlap below it", 3.9375, 6, 0.125, R::Intersecting, {3.9375}},
+        {"an overlap of it", 6, 3.875, 0.125, R::Intersecting, {3.875, 4}},
+        {"both ends agree", 4.125, -0.125, 0.125, R::Coincident, {0, 4}},
+        {"they do not without a tolerance", 4.125, 0, 0, R::Intersecting, {0, 4}},
+        {"end to end", 4, 6, 0, R::Intersecting, {4}},
+    };
+    for (const auto& [why, from, to, tolerance, result, expected] : collinear) {
+        Points found, points;
+        for (const double x : expected) points.emplace_back(x, 0);
+        const Line2D a(P(0, 0), P(4, 0)), b(P(from, 0), P(to, 0));
+        EXPECT_EQ(I::LineSegmentLineSegment(a, b, found, Tolerances(tolerance, 1e-10)), result) << why;
+        EXPECT_EQ(found, points) << why;
+    }
+    EXPECT_TRUE(I::IsPointInsideLineBounds(P(4.25, -0.25), Line2D(P(4, 0), P(0, 2)), -0.25));
+    for (const P& p : {P(4.3, 1), P(1, 2.3), P(kNan, 1)}) {
+        EXPECT_FALSE(I::IsPointInsideLineBounds(p, Line2D(P(4, 0), P(0, 2)), 0.25));
+    }
+}
+
+TEST(IntersectionCurvesTest, LineCircleTellsPointsAndTangentsByTheDiscriminant) {
+    const std::tuple<const char*, Line2D, double, int, P, P> rows[] = {
+        {"level, the other way", {P(1, 3), P(0, 3)}, 0.0, 2, P(4, 3), P(-4, 3)},
+        {"rising: the upper point first", {P(3, 0), P(3, 2)}, 0.0, 2, P(3, 4), P(3, -4)},
+        {"falling: the upper point first", {P(3, 2), P(3, 0)}, 0.0, 2, P(3, 4), P(3, -4)},
+        {"through the centre", {P(-3, -4), P(3, 4)}, 0.0, 2, P(3, 4), P(-3, -4)},
+        {"a tangent", {P(-2, 5), P(2, 5)}, 1e-6, 1, P(0, 5), P(0, 5)},
+        {"beside, the discriminant -11 within the tolerance", {P(0, 6), P(1, 6)}, 16.0, 1, P(0, 6), P(0, 6)},
+        {"beside", {P(0, 6), P(1, 6)}, 8.0, 0, P(7, 7), P(7, 7)},
+        {"no line", {P(0, 5), P(0, 5)}, 1e-6, 0, P(7, 7), P(7, 7)},
+        {"NaN", {P(0, kNan), P(0, 5)}, 1e-6, 0, P(7, 7), P(7, 7)},
+    };
+    for (const auto& [why, line, tolerance, count, expected1, expected2] : rows) {
+        P p1(7, 7), p2(7, 7);
+        EXPECT_EQ(I::LineCircle(line, Circle2D(P(0, 0), 5), p1, p2, tolerance), count) << why;
+        EXPECT_THAT(p1, IsNear(expected1, 1e-12)) << why;
+        EXPECT_THAT(p2, IsNear(expected2, 1e-12)) << why;
+    }
+}
+
+TEST(IntersectionCurvesTest, CircleCircle) {
+    const std::tuple<const char*, Circle2D, R, Points> rows[] = {
+        {"the right of the way first", {P(6, 0), 5}, R::Intersecting, {P(3, -4), P(3, 4)}},
+        {"and back", {P(-6, 0), 5}, R::Intersecting, {P(-3, 4), P(-3, -4)}},
+        {"touching outside, of rounded numbers", {P(8.9, 0), 3.9}, R::Intersecting, {P(5, 0)}},
+        {"touching inside", {P(3, 0), 2}, R::Intersecting, {P(5, 0)}},
+        {"apart", {P(0, 10.001), 5}, R::NoIntersection, {}},
+        {"inside", {P(0, 1), 2}, R::NoIntersection, {}},
+        {"concentric", {P(0, 0), 2}, R::NoIntersection, {}},
+        {"the same", {P(0, 0), 5}, R::Coincident, {}},
+        {"a point", {P(5, 0), 0}, R::Degenerate, {}},
+        {"NaN", {P(kNan, 0), 5}, R::NoIntersection, {}},
+        {"NaN radius", {P(1, 0), kNan}, R::Degenerate, {}},
+    };
+    for (const auto& [why, circle, result, expected] : rows) {
+        Points points;
+        EXPECT_EQ(I::CircleCircle(Circle2D(P(0, 0), 5), circle, points, kTolerances), result);
+        EXPECT_THAT(points, testing::Pointwise(AreNear(1e-12), expected)) << why;
+        EXPECT_EQ(I::CircleCircle(Circle2D(P(0, 0), 5), circle, points, 1e-4), expected.size()) << why;
+        points.clear();
+        EXPECT_EQ(I::CircleCircle(circle, circle, points, 0.0), 0) << why;
+    }
+}
+
 TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
-    for (const Point2D& o : surveyOrigins) {
+    for (const P& o : surveyOrigins) {
         const auto at = [&](double x, double y) { return o + Vec2D(x, y); };
         const auto line = [&](double x1, double y1, double x2, double y2) { return Line2D(at(x1, y1), at(x2, y2)); };
         const auto arc = [&](double x, double y, double cx, double cy, double sweep) {
             return Arc2D(at(x, y), at(cx, cy), Angle(sweep));
         };
         const Clothoid clothoid(0.0, 300.0, 150.0, o, kEast);
-        Sample middle, last;
-        clothoid.MakePointAndTangentAt(37.5, middle);
-        clothoid.MakePointAndTangentAt(75.0, last);
-        const auto spiral = [&](Spiral2D::Spiral2DType type, double from, double to, double length) {
+        const Sample middle = At(clothoid, 37.5), last = At(clothoid, 75);
+        using Type = Spiral2D::Spiral2DType;
+        const auto spiral = [&](Type type, double from, double to, double length) {
             return Spiral2D(type, from, to, length, o, kEast);
         };
-        using Type = Spiral2D::Spiral2DType;
         const auto parabola = [&](double x1, double x2) {
-            Parabola curve(Point2D(x1, 0.01 * x1 * x1), Point2D(x2, 0.01 * x2 * x2), 0.01, 0.0, 0.0);
-            return curve.Translate(o - Point2D());
+            Parabola curve(P(x1, 0.01 * x1 * x1), P(x2, 0.01 * x2 * x2), 0.01, 0.0, 0.0);
+            return curve.Translate(o - P());
         };
         const Clothoid part(600, 300, 150, middle.point, middle.tangent);
         const Arc2D joined(last.point, last.point + last.tangent.GetNormalVector(true) * 300, Angle(0.5));
         const Spiral2D closed = spiral(Type::Bloss, 20, 20, 40 * kPi);
-        const double in = 4.9998, up = std::sqrt(12.5);
+        const double up = std::sqrt(12.5);
         const std::tuple<const char*, Curve, Curve, R, Points> rows[] = {
-            {"the same segment", line(0, 0, 9, 3), line(0, 0, 9, 3), R::Coincident, {at(0, 0), at(9, 3)}},
-            {"parts", line(0, 0, 9, 3), line(3, 1, 12, 4), R::Intersecting, {at(3, 1), at(9, 3)}},
-            {"end to end", line(0, 0, 9, 3), line(9, 3, 12, 4), R::Intersecting, {at(9, 3)}},
-            {"a gap", line(0, 0, 9, 0), line(9.001, 0, 12, 0), R::NoIntersection, {}},
             {"an end just short", line(0, 0, 9, 0), line(4, 5, 4, 5e-5), R::Intersecting, {at(4, 5e-5)}},
             {"an end too short", line(0, 0, 9, 0), line(4, 5, 4, 2e-4), R::NoIntersection, {}},
             {"a flat crossing", line(0, 0, 9, 0), line(0, -1e-3, 9, 2e-3), R::Intersecting, {at(3, 0)}},
-            {"tiny, at an angle",
-             line(0, 0, 2e-4, 0),
-             line(1e-4, 2e-5, 3e-4, -4e-5),
-             R::Intersecting,
-             {at(1.667e-4, 0)}},
+            {"tiny", line(0, 0, 2e-4, 0), line(1e-4, 2e-5, 3e-4, -4e-5), R::Intersecting, {at(1.667e-4, 0)}},
             {"no length", line(4, 4, 4, 4), line(0, 0, 9, 9), R::Degenerate, {}},
             {"not a number", line(4, 4, kNan, 4), line(0, 0, 9, 9), R::Degenerate, {}},
-            {"a tangent", line(-9, 5, 9, 5), arc(5, 0, 0, 0, 3), R::Intersecting, {at(0, 5)}},
-            {"just beside", line(-9, 5.00008, 9, 5.00008), arc(5, 0, 0, 0, 3), R::Intersecting, {at(0, 5.00004)}},
-            {"beside", line(-9, 5.0002, 9, 5.0002), arc(5, 0, 0, 0, 3), R::NoIntersection, {}},
-            {"just inside",
-             line(-9, in, 9, in),
-             arc(5, 0, 0, 0, 3),
-             R::Intersecting,
-             {at(-.04472, in), at(.04472, in)}},
-            {"at the seam", line(0, 0, 9, 0), arc(5, 0, 0, 0, 2 * kPi), R::Intersecting, {at(5, 0)}},
             {"one circle", arc(5, 0, 0, 0, kPi / 2), arc(0, 5, 0, 0, -kPi / 4), R::Coincident, {at(up, up), at(0, 5)}},
-            {"one full circle", arc(5, 0, 0, 0, 2 * kPi), arc(5, 0, 0, 0, 2 * kPi), R::Coincident, {at(5, 0)}},
             {"where a curve closes", line(0, -9, 0, 50), closed, R::Intersecting, {o, at(0, 40)}},
-            {"joined arcs", arc(5, 0, 0, 0, 0.5 * kPi), arc(0, 5, 0, 0, 1), R::Intersecting, {at(0, 5)}},
-            {"from outside", arc(5, 0, 0, 0, -6), arc(11, 2, 8, 2, 6), R::NoIntersection, {}},
-            {"touching inside", arc(0, 5, 0, 0, -3), arc(3, 2, 3, 0, -3), R::Intersecting, {at(5, 0)}},
-            {"the same clothoid", clothoid, clothoid, R::Coincident, {o, last.point}},
             {"a part of it", clothoid, part, R::Coincident, {middle.point, last.point}},
             {"as a spiral", spiral(Type::Clothoid, 0, 300, 75), clothoid, R::Coincident, {o, last.point}},
             {"its first tangent", line(-50, 0, 50, 0), clothoid, R::Intersecting, {o}},
@@ -151,22 +227,12 @@ TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
     }
 }
 
-const IPolyline2DElement& ElementOf(const Curve& curve) {
-    return std::visit([](const auto& known) -> const IPolyline2DElement& { return known; }, curve);
-}
-
-Sample SampleOf(const Curve& curve, double station) {
-    Sample sample;
-    EXPECT_TRUE(std::visit([&](const auto& known) { return known.MakePointAndTangentAt(station, sample); }, curve));
-    return sample;
-}
-
 constexpr int kKinds = 5;
 
 // A curve of a kind, some 100 long, that starts near the origin.
-Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin) {
-    const Point2D start = origin + Vec2D(random(-30, 30), random(-30, 30));
-    const Vec2D tangent = Point2D(Angle(random(-kPi, kPi)), 1.0) - Point2D();
+Curve RandomCurve(RandomNumbers& random, int kind, const P& origin) {
+    const P start = origin + Vec2D(random(-30, 30), random(-30, 30));
+    const Vec2D tangent = P(Angle(random(-kPi, kPi)), 1.0) - P();
     const double side = random(-1, 1) < 0.0 ? -1.0 : 1.0;
     const double radius = side * random(25, 300), length = random(20, 150);
     switch (kind) {
@@ -177,23 +243,20 @@ Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin) {
                          Angle(random(0, 1) < 0.1 ? 2 * kPi : side * random(0.1, 6.2)));
         case 2: {
             const double parameter = std::sqrt(std::abs(radius) * std::min(length, 2.0 * std::abs(radius)));
-            const double from = random(0, 1) < 0.5 ? 0.0 : radius * random(1.5, 5);
-            const Clothoid grows(from, radius, parameter, start, tangent),
-                falls(radius, from, parameter, start, tangent);
-            return random(0, 1) < 0.5 ? grows : falls;
+            const double other = random(0, 1) < 0.5 ? 0.0 : radius * random(1.5, 5);
+            const bool grows = random(0, 1) < 0.5;
+            return Clothoid(grows ? other : radius, grows ? radius : other, parameter, start, tangent);
         }
         case 3: {
             const auto type = static_cast<Spiral2D::Spiral2DType>(static_cast<std::uint32_t>(random(0, 5)));
-            return Spiral2D(type, random(-1, 1) < 0.0 ? 0.0 : random(-1, 1) * 200, radius, 1.5 * length, start,
-                            tangent);
+            const double other = random(-1, 1) < 0.0 ? 0.0 : random(-1, 1) * 200;
+            return Spiral2D(type, other, radius, 1.5 * length, start, tangent);
         }
         default: {
             const double a = random(-0.03, 0.03), middle = start.GetX() + random(-50, 50);
-            const double from = start.GetX(), to = from + side * length;
-            const auto height = [&](double x) { return a * (x - middle) * (x - middle); };
-            return Parabola(Point2D(from, height(from)), Point2D(to, height(to)), a, -2 * a * middle,
-                            a * middle * middle)
-                .Translate(Vec2D(0, start.GetY()));
+            const double from = start.GetX(), to = from + side * length, b = -2 * a * middle, c = a * middle * middle;
+            const auto at = [&](double x) { return P(x, (a * x + b) * x + c); };
+            return Parabola(at(from), at(to), a, b, c).Translate(Vec2D(0, start.GetY()));
         }
     }
 }
@@ -202,10 +265,11 @@ Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin) {
 std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
     constexpr int parts = 400;
     constexpr double flat = 0.05, nearEnd = 0.05;
-    std::vector<Point2D> p, q;
-    for (int i = 0; i <= parts; ++i) p.push_back(SampleOf(a, ElementOf(a).GetLength() * i / parts).point);
-    for (int i = 0; i <= parts; ++i) q.push_back(SampleOf(b, ElementOf(b).GetLength() * i / parts).point);
-    Points crossings;
+    Points p, q, crossings;
+    for (int i = 0; i <= parts; ++i) {
+        p.push_back(SampleOf(a, ElementOf(a).GetLength() * i / parts).point);
+        q.push_back(SampleOf(b, ElementOf(b).GetLength() * i / parts).point);
+    }
     for (std::size_t i = 0; i < parts; ++i) {
         const Vec2D v = p[i + 1] - p[i];
         for (std::size_t j = 0; j < parts; ++j) {
@@ -217,11 +281,10 @@ std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
             if (std::abs(cross) < flat * v.Length() * w.Length()) return std::nullopt;
         }
     }
-    for (const Point2D& end : {p.front(), p.back()}) {
-        if (ElementOf(b).GetNearestPoint(end, kTolerances).Distance(end) < nearEnd) return std::nullopt;
-    }
-    for (const Point2D& end : {q.front(), q.back()}) {
-        if (ElementOf(a).GetNearestPoint(end, kTolerances).Distance(end) < nearEnd) return std::nullopt;
+    for (const auto& [chords, other] : {std::pair(&p, &b), std::pair(&q, &a)}) {
+        for (const P& end : {chords->front(), chords->back()}) {
+            if (ElementOf(*other).GetNearestPoint(end, kTolerances).Distance(end) < nearEnd) return std::nullopt;
+        }
     }
     return crossings;
 }
@@ -229,44 +292,32 @@ std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
 // What runs within the tolerance beside them, and how far away the curves begin, leaves the crossings as they are.
 TEST(IntersectionCurvesTest, NeitherRunsAlongEachOtherNorDistanceCostACrossing) {
     const auto transition = [](double from, double to, double length, const Vec2D& shift) {
-        return Spiral2D(Spiral2D::Spiral2DType::Clothoid, from, to, length, Point2D() + shift, kEast);
+        return Spiral2D(Spiral2D::Spiral2DType::Clothoid, from, to, length, P() + shift, kEast);
     };
     const auto arc = [](double x, double r, double start, double sweep) {
-        return Arc2D(Point2D(x + r * std::cos(start), r * std::sin(start)), Point2D(x, 0), Angle(sweep));
+        return Arc2D(P(x + r * std::cos(start), r * std::sin(start)), P(x, 0), Angle(sweep));
     };
-    const auto bent = transition(-300, 300, 300, Vec2D()), entry = transition(0, 50, 400, Vec2D());
+    const auto bent = transition(-300, 300, 300, {});
     const Vec2D along = SampleOf(bent, 30).tangent * 0.02;
-    using P = Point2D;
-    const double degree = kPi / 180, far = 1e6, beside = std::sqrt(1e4 - 0.005 * 0.005);
+    const double degree = kPi / 180, far = 1e6, down = std::sqrt(1e4 - 0.005 * 0.005);
     const Arc2D one = arc(0, 100, 87 * degree, 213 * degree), other = arc(0.01, 100, 240 * degree, 213 * degree);
     const Arc2D ring = arc(0, 5, 0, 2 * kPi);
-    const std::tuple<const char*, Curve, Curve, Points, double> rows[] = {
-        {"equal",
-         bent,
-         transition(-300, 300, 300, along),
-         {SampleOf(bent, 30.01).point, SampleOf(bent, 270.01).point},
-         1e-6},
-        {"equal, eastwards",
-         entry,
-         transition(0, 50, 400, kEast * 0.05),
-         {P(0.05, 0), P(132.598463, 178.966288)},
-         1e-6},
-        {"beside a stretch",
-         one,
-         other,
-         {one.GetStart(), arc(0.01, 100, 93 * degree, 1).GetStart(), P(0.005, -beside)},
-         1e-9},
-        {"a long segment", Line2D(P(-far, 3), P(9, 3)), ring, {P(-4, 3), P(4, 3)}, 1e-9},
-        {"a large circle", arc(-far, far, -1, 2), ring, {P(-12.5e-6, -5), P(-12.5e-6, 5)}, 1e-9},
-        {"an arc that all but closes", arc(0, 10, 0, 2 * kPi - 5e-5), arc(15, 5, 1, 6), {P(10, 0)}, 1e-9},
+    const P end(132.598463, 178.966288);
+    const std::tuple<const char*, Curve, Curve, Points> rows[] = {
+        {"equal", bent, transition(-300, 300, 300, along), {SampleOf(bent, 30.01).point, SampleOf(bent, 270.01).point}},
+        {"equal, eastwards", transition(0, 50, 400, {}), transition(0, 50, 400, kEast * 0.05), {P(0.05, 0), end}},
+        {"beside a stretch", one, other, {one.GetStart(), arc(0.01, 100, 93 * degree, 1).GetStart(), P(0.005, -down)}},
+        {"a long segment", Line2D(P(-far, 3), P(9, 3)), ring, {P(-4, 3), P(4, 3)}},
+        {"a large circle", arc(-far, far, -1, 2), ring, {P(-12.5e-6, -5), P(-12.5e-6, 5)}},
+        {"an arc that all but closes", arc(0, 10, 0, 2 * kPi - 5e-5), arc(15, 5, 1, 6), {P(10, 0)}},
     };
-    for (const auto& [why, a, b, expected, within] : rows) {
+    for (const auto& [why, a, b, expected] : rows) {
         SCOPED_TRACE(why);
+        const double within = a.index() == 3 ? 1e-6 : 1e-9;  // beside spirals
         Points points, swapped;
         Meet(a, b, points, Tolerances(1e-3, 1e-10));
         Meet(b, a, swapped, Tolerances(1e-3, 1e-10));
-        ExpectSamePoints(points, expected, within);
-        ExpectSamePoints(swapped, expected, within);
+        for (const Points& found : {points, swapped}) ExpectSamePoints(found, expected, within);
     }
 }
 
@@ -279,50 +330,45 @@ TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
         RandomNumbers again = random;
         const int kindA = i % kKinds, kindB = i / kKinds % kKinds;
         Curve a = RandomCurve(random, kindA, surveyOrigins[0]), b = RandomCurve(random, kindB, surveyOrigins[0]);
-        const Curve movedA = RandomCurve(again, kindA, surveyOrigins[1]),
-                    movedB = RandomCurve(again, kindB, surveyOrigins[1]);
-        if (!(ElementOf(a).IsPointOnGeometry(ElementOf(a).GetStart(), kTolerances) &&
-              ElementOf(b).IsPointOnGeometry(ElementOf(b).GetStart(), kTolerances)))
-            continue;
+        const Curve movedA = RandomCurve(again, kindA, surveyOrigins[1]);
+        const Curve movedB = RandomCurve(again, kindB, surveyOrigins[1]);
+        const auto isMade = [](const auto& e) { return e.IsPointOnGeometry(e.GetStart(), kTolerances); };
+        if (!isMade(ElementOf(a)) || !isMade(ElementOf(b))) continue;
         Points points;
         const R result = Meet(a, b, points, kTolerances);
         EXPECT_EQ(result, points.empty() ? R::NoIntersection : R::Intersecting);
-        double last = 0.0;
+        double last = 0.0, station = 0.0;
         const bool isInOrder = kindA <= kindB || (kindA == 3 && kindB == 2);
-        for (const Point2D& p : points) {
-            double station = 0.0;
-            for (const Curve* curve : {&a, &b})
-                EXPECT_LE(ElementOf(*curve).GetNearestPoint(p, kTolerances).Distance(p), 1e-4);
+        for (const P& p : points) {
+            for (const Curve* c : {&a, &b}) EXPECT_THAT(ElementOf(*c).GetNearestPoint(p, kTolerances), IsNear(p, 1e-4));
             EXPECT_TRUE(ElementOf(isInOrder ? a : b).GetLengthFromStartPoint(p, station, 2e-4));
-            EXPECT_GE(station, last - 2e-4);
-            last = station;
+            EXPECT_GE(station, std::exchange(last, station) - 2e-4);
         }
         const std::optional<Points> crossings = CrossingsOfChords(a, b);
         if (!crossings) continue;
         ++compared;
         found += static_cast<int>(points.size());
         EXPECT_GE(points.size(), crossings->size());
-        for (const Point2D& p : *crossings) EXPECT_TRUE(Holds(points, p, 0.1));
+        for (const P& p : *crossings) EXPECT_THAT(points, testing::Contains(IsNear(p, 0.1)));
         if (points.size() != crossings->size()) continue;  // a tangent point, which chords pass over
 
         Points swapped, reversed, moved;
         Meet(b, a, swapped, kTolerances);
-        ExpectSamePoints(swapped, points, 1e-9);
+        Meet(movedA, movedB, moved, kTolerances);
         for (Curve* curve : {&a, &b}) std::visit([](auto& known) { known.Reverse(); }, *curve);
         Meet(a, b, reversed, kTolerances);
+        ExpectSamePoints(swapped, points, 1e-9);
         ExpectSamePoints(reversed, points, 1e-8);
-        Meet(movedA, movedB, moved, kTolerances);
         for (Point2D& p : moved) p -= shift;
         ExpectSamePoints(moved, points, 1e-6);
     }
-    EXPECT_GT(compared, 400);
-    EXPECT_GT(found, 100);
+    EXPECT_TRUE(compared > 400 && found > 100);
 }
 
 TEST(IntersectionCurvesTest, WholeLinesAndCirclesMeetCurvesLikeLongSegmentsAndFullArcs) {
     RandomNumbers random(20260804);
     for (int i = 0; i < 40 * kKinds; ++i) {
-        const Point2D o = surveyOrigins[i % 2] + Vec2D(random(-40, 40), random(-40, 40));
+        const P o = surveyOrigins[i % 2] + Vec2D(random(-40, 40), random(-40, 40));
         const Line2D line(o, o + Vec2D(4, random(-3, 3)));
         const Vec2D far = (line.GetEnd() - o) * 500;
         const Circle2D circle(o, random(10, 60));
@@ -350,29 +396,24 @@ TEST(IntersectionCurvesTest, TouchingCirclesMeetOnceAndSunkOnesTwice) {
     for (int i = 0; i < 60 * kKinds; ++i) {
         SCOPED_TRACE(i);
         const Curve curve = RandomCurve(random, i % kKinds, surveyOrigins[0]);
-        const double length = ElementOf(curve).GetLength();
-        const Sample touch = SampleOf(curve, random(0.1, 0.9) * length);
-        const double side = random(-1, 1) < 0.0 ? -1.0 : 1.0;
-        const Vec2D out = touch.tangent.GetNormalVector(true) * side;
+        const Sample touch = SampleOf(curve, random(0.1, 0.9) * ElementOf(curve).GetLength());
+        const Vec2D out = touch.tangent.GetNormalVector(random(-1, 1) > 0.0);
         const std::tuple<double, std::size_t> rows[] = {{2e-4, 0}, {5e-5, 1}, {0.0, 1}, {-1e-6, 2}, {-1e-3, 2}};
         for (const auto& [lift, number] : rows) {
-            const Point2D center = touch.point + out * (radius + lift);
+            const P center = touch.point + out * (radius + lift);
             const Arc2D circle(center + out * radius, center, Angle(2 * kPi));
             Points points, near;
             Meet(circle, curve, points, kTolerances);
-            for (const Point2D& p : points) {
+            for (const P& p : points) {
                 if (p.Distance(touch.point) < 0.2) near.push_back(p);
                 EXPECT_NEAR(p.Distance(center), radius, 1e-4);
             }
             ASSERT_EQ(near.size(), number) << lift;
-            if (number == 1) {
-                EXPECT_THAT(near[0], IsNear(touch.point, 1e-4));
-            }
+            EXPECT_LE(number == 1 ? near[0].Distance(touch.point) : 0.0, 1e-4);
             if (number < 2) continue;
             // Half the chord over the sunken cap, between a curve as flat as a line and one bent at radius 16.
-            const double half = std::sqrt(-2.0 * radius * lift), apart = near[0].Distance(near[1]);
-            EXPECT_GT(apart, 2 * half * 0.94);
-            EXPECT_LT(apart, 2 * half * 1.07);
+            const double ratio = near[0].Distance(near[1]) / std::sqrt(-8.0 * radius * lift);
+            EXPECT_TRUE(ratio > 0.94 && ratio < 1.07) << ratio;
         }
     }
 }
@@ -382,7 +423,7 @@ TEST(IntersectionCurvesTest, InputWithoutMeaningEndsWithoutPointsThatAreNoNumber
     const double values[] = {0.0, 1e-300, 1e-5, 1.0, -3.0, 1e8, 1e155, 1e300, kInfinity, -kInfinity, kNan};
     const auto any = [&] { return values[random() % std::size(values)]; };
     for (int i = 0; i < 4000; ++i) {
-        const Point2D p(any(), any()), q(any(), any());
+        const P p(any(), any()), q(any(), any());
         const Vec2D v(any(), any());
         const auto type = static_cast<Spiral2D::Spiral2DType>(random() % 7);
         const Curve curves[] = {Line2D(p, q),
@@ -390,12 +431,12 @@ TEST(IntersectionCurvesTest, InputWithoutMeaningEndsWithoutPointsThatAreNoNumber
                                 Clothoid(any(), any(), any(), p, v),
                                 Spiral2D(type, any(), any(), any(), p, v),
                                 Parabola(p, q, any(), any(), any()),
-                                RandomCurve(random, i % kKinds, Point2D())};
+                                RandomCurve(random, i % kKinds, P())};
         Points points;
         const Tolerances tolerances(random() % 2 == 0 ? 1e-4 : any(), 1e-10);
         Meet(curves[random() % 6], curves[random() % 6], points, tolerances);
-        Intersection::LineCircle(Line2D(p, v), Circle2D(q, any()), points, tolerances);
-        for (const Point2D& point : points) EXPECT_TRUE(std::isfinite(point.GetX()) && std::isfinite(point.GetY()));
+        I::LineCircle(Line2D(p, v), Circle2D(q, any()), points, tolerances);
+        for (const P& point : points) EXPECT_TRUE(std::isfinite(point.GetX()) && std::isfinite(point.GetY()));
     }
 }
 

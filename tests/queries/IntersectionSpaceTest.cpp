@@ -1,13 +1,5 @@
-#include "kalvio/core/BoundingBox3D.h"
-#include "kalvio/core/OrientedBoundingBox2D.h"
-#include "kalvio/core/Plane3D.h"
-#include "kalvio/core/Triangle3D.h"
-#include "kalvio/curves/Arc3D.h"
+#include "kalvio/Math.h"
 #include "kalvio/curves/detail/PlaneFrame.h"
-#include "kalvio/meshes/TriangleStrip3D.h"
-#include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/polygons/PolygonCurve3D.h"
-#include "kalvio/queries/Intersection.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
 
@@ -29,33 +21,33 @@ detail::PlaneFrame RandomFrame(RandomNumbers& random, const Point2D& origin) {
 TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerpendicular) {
     RandomNumbers random(20301);
     for (int round = 0; round < 400; ++round) {
-        const Point3D place(surveyOrigins[round % 2], 50.0);
+        const P place(surveyOrigins[round % 2], 50.0);
         const Vec3D u = RandomUnit(random), v = RandomUnit(random);
         const Vec3D gap = u.CrossProduct(v).Normalize() * (round % 3 == 0 ? 0.0 : random(2e-4, 3.0));
         const double from = random(-90, 90), other = random(-90, 90);
-        const Line3D a(place + u * from, place + u * (from + random(1, 80)));
-        const Line3D b(place + gap + v * other, place + gap + v * (other - random(1, 80)));
-        Line3D shortest, between;
+        const L a(place + u * from, place + u * (from + random(1, 80)));
+        const L b(place + gap + v * other, place + gap + v * (other - random(1, 80)));
+        L shortest, between;
         ASSERT_EQ(I::ShortestLineBetweenLines(a, b, shortest, kTolerances), R::Intersecting);
         const double noise = 2e-6 / u.CrossProduct(v).Length();
         EXPECT_THAT(shortest.GetStart(), IsNear(place, noise));
         EXPECT_THAT(shortest.GetEnd(), IsNear(place + gap, noise));
-        Point3D p(7, 7, 7);
-        const Line3D further(place + u * random(90, 99), place + u * random(2, 80));
+        P p(7, 7, 7);
+        const L further(place + u * random(90, 99), place + u * random(2, 80));
         EXPECT_EQ(I::LineLine(a, further, p, kTolerances), R::Coincident) << "but for the rounding";
         EXPECT_EQ(I::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
         EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? P(7, 7, 7) : place, noise));
         ASSERT_EQ(I::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
-        const Vec3D way = p - a.GetStart();
-        const double slack = 1e-6 / std::abs(u.GetX() * v.GetZ() - u.GetZ() * v.GetX());
-        EXPECT_NEAR((p - b.GetStart()).CrossProduct(v).Length(), 0.0, slack) << "on b, and over a";
-        EXPECT_NEAR(way.GetX() * u.GetZ() - way.GetZ() * u.GetX(), 0.0, slack);
+        const Vec3D y(0, 1, 0), toA = p - a.GetStart(), toB = p - b.GetStart();
+        const double slack = 1e-6 / std::abs(u.CrossProduct(v).DotProduct(y));
+        EXPECT_NEAR(toB.CrossProduct(v).Length(), 0.0, slack) << "on b, and over a";
+        EXPECT_NEAR(toA.CrossProduct(u).DotProduct(y), 0.0, slack);
         // Between segments: no sampled pair of points is nearer.
         ASSERT_EQ(I::ShortestLineBetweenLineSegments(a, b, between, 1e-4), 1);
-        EXPECT_NEAR(a.GetNearestPoint(between.GetStart(), kTolerances).Distance(between.GetStart()), 0.0, 1e-6);
-        EXPECT_NEAR(b.GetNearestPoint(between.GetEnd(), kTolerances).Distance(between.GetEnd()), 0.0, 1e-6);
+        EXPECT_THAT(a.GetNearestPoint(between.GetStart(), kTolerances), IsNear(between.GetStart(), 1e-6));
+        EXPECT_THAT(b.GetNearestPoint(between.GetEnd(), kTolerances), IsNear(between.GetEnd(), 1e-6));
         for (int i = 0; i <= 40; ++i) {
-            const Point3D on = a.GetStart() + (a.GetEnd() - a.GetStart()) * (i / 40.0);
+            const P on = a.GetStart() + (a.GetEnd() - a.GetStart()) * (i / 40.0);
             EXPECT_GE(b.GetNearestPoint(on, kTolerances).Distance(on), between.GetLength() - 1e-6);
         }
     }
@@ -63,26 +55,25 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
 
 TEST(IntersectionSpaceTest, Codes) {
     const Plane3D ground(P(0, 0, 0), Vec3D(0, 0, 1));
-    Point3D p(7, 7, 7);
-    Line3D out;
-    const std::tuple<const char*, Line3D, Line3D, R> lines[] = {
-        {"the same, turned", L(P(0, 0, 0), P(4, 4, 4)), L(P(9, 9, 9), P(8, 8, 8)), R::Coincident},
-        {"parallel", L(P(0, 0, 0), P(4, 4, 4)), L(P(9, 9, 9.001), P(8, 8, 8.001)), R::NoIntersection},
-        {"skew", L(P(0, 0, 0), P(4, 0, 0)), L(P(1, -1, 0.0002), P(1, 1, 0.0002)), R::NoIntersection},
-        {"as short as the tolerance", L(P(0, 0, 0), P(1e-4, 0, 0)), L(P(0, 0, 0), P(0, 1, 0)), R::Degenerate},
-        {"not finite", L(P(0, 0, 0), P(kInfinity, 0, 0)), L(P(0, 0, 0), P(0, 1, 0)), R::NoIntersection},
-        {"huge", L(P(1e300, 0, 0), P(-1e300, 0, 0)), L(P(0, 1, 0), P(1, 1, 1e300)), R::NoIntersection},
+    P p(7, 7, 7);
+    L out;
+    const std::tuple<const char*, L, L, R> lines[] = {
+        {"parallel", {P(0, 0, 0), P(4, 4, 4)}, {P(9, 9, 9.001), P(8, 8, 8.001)}, R::NoIntersection},
+        {"skew", {P(0, 0, 0), P(4, 0, 0)}, {P(1, -1, 0.0002), P(1, 1, 0.0002)}, R::NoIntersection},
+        {"as short as the tolerance", {P(0, 0, 0), P(1e-4, 0, 0)}, {P(0, 0, 0), P(0, 1, 0)}, R::Degenerate},
+        {"not finite", {P(0, 0, 0), P(kInfinity, 0, 0)}, {P(0, 0, 0), P(0, 1, 0)}, R::NoIntersection},
+        {"huge", {P(1e300, 0, 0), P(-1e300, 0, 0)}, {P(0, 1, 0), P(1, 1, 1e300)}, R::NoIntersection},
     };
     for (const auto& [why, a, b, result] : lines) {
         EXPECT_EQ(I::LineLine(a, b, p, kTolerances), result) << why;
         EXPECT_EQ(I::LineLine(b, a, p, kTolerances), result) << why;
     }
-    const std::tuple<const char*, Line3D, Plane3D, R> segments[] = {
-        {"in the plane", L(P(0, 0, 5e-5), P(4, 0, -5e-5)), ground, R::Coincident},
-        {"short of it", L(P(0, 0, 1), P(4, 0, 2e-4)), ground, R::NoIntersection},
-        {"no normal", L(P(0, 0, 1), P(4, 0, -1)), Plane3D(), R::Degenerate},
-        {"no length", L(P(0, 0, 0), P(0, 0, 0)), ground, R::Degenerate},
-        {"not finite", L(P(0, 0, 1), P(4, kNan, -1)), ground, R::NoIntersection},
+    const std::tuple<const char*, L, Plane3D, R> segments[] = {
+        {"in the plane", {P(0, 0, 5e-5), P(4, 0, -5e-5)}, ground, R::Coincident},
+        {"short of it", {P(0, 0, 1), P(4, 0, 2e-4)}, ground, R::NoIntersection},
+        {"no normal", {P(0, 0, 1), P(4, 0, -1)}, Plane3D(), R::Degenerate},
+        {"no length", {P(0, 0, 0), P(0, 0, 0)}, ground, R::Degenerate},
+        {"not finite", {P(0, 0, 1), P(4, kNan, -1)}, ground, R::NoIntersection},
     };
     for (const auto& [why, segment, plane, result] : segments) {
         EXPECT_EQ(I::LineSegmentPlane(segment, plane, p, kTolerances), result) << why;
@@ -104,21 +95,21 @@ TEST(IntersectionSpaceTest, Codes) {
 
 // A point of the line of intersection is on a piece when it is in the area.
 template <class IsInside>
-void CheckPieces(const std::vector<Line3D>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane,
+void CheckPieces(const std::vector<L>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane,
                  IsInside&& isInside) {
     const Vec3D along = frame.normal.CrossProduct(plane.GetNormal()).Normalize(), up = along.CrossProduct(frame.normal);
     const Vec3D away = plane.GetProjection(frame.origin) - frame.origin;
-    const Point3D foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
-    for (const Line3D& piece : pieces) {
+    const P foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
+    for (const L& piece : pieces) {
         EXPECT_GE((piece.GetEnd() - piece.GetStart()).DotProduct(along), 0.0);
         EXPECT_NEAR((piece.GetStart() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
         EXPECT_NEAR((piece.GetEnd() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
     }
     for (int i = -300; i <= 300; ++i) {
-        const Point3D p = foot + along * (0.04 * i);
+        const P p = foot + along * (0.04 * i);
         int on = 0;
         double nearest = kInfinity;
-        for (const Line3D& piece : pieces) {
+        for (const L& piece : pieces) {
             const double s = (p - piece.GetStart()).DotProduct(along), t = (p - piece.GetEnd()).DotProduct(along);
             on += s >= 0.0 && t <= 0.0 ? 1 : 0;
             nearest = std::min({nearest, std::abs(s), std::abs(t)});
@@ -138,20 +129,20 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
         Polygon3D polygon(plan, 0.0);
         for (Point3D& p : polygon.GetPoints()) p = frame.ToSpace(p.GetPoint2D());
         for (Point3D& p : polygon.GetHoleBoundary(0).GetPoints()) p = frame.ToSpace(p.GetPoint2D());
-        std::vector<Line3D> pieces;
+        std::vector<L> pieces;
         straight += I::PolygonPlane(polygon, plane, pieces, 1e-6);
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return plan.IsPointInside(frame.ToPlane(p), 0.0); });
         // Six arcs that bulge out or in, less a full circle.
         RingCurve3D ring;
+        const auto at = [&](double turn, double r) { return frame.ToSpace(Point2D(Angle(turn * kPi / 3.0), r)); };
         for (int i = 0; i < 6; ++i) {
-            const auto at = [&](double turn, double r) { return frame.ToSpace(Point2D(Angle(turn * kPi / 3.0), r)); };
             Arc3D arc;
             ASSERT_TRUE(arc.Set(at(i, 6.0), at(i + 0.5, random(4.0, 8.0)), at(i + 1, 6.0)));
             ring.AppendElement(arc.Clone());
         }
         PolygonCurve3D area(ring);
         auto* const circle = new RingCurve3D;
-        const Point3D center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
+        const P center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
         const Plane3D flat(center, frame.normal);
         circle->AppendElement(new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), flat));
         pieces.clear();
@@ -173,7 +164,6 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
         {"a corner", "0 2 3 0 3 4", R::Intersecting, {2, 2}},
         {"two corners", "0 1 3 0 3 9 0 8 2 5", R::Intersecting, {1, 1, 8, 8}},
         {"an edge", "0 1 3 0 3 9 0 7", R::Intersecting, {1, 7}},
-        {"a corner and through", "-3 0 0 1 3 0 3 9 -3 9", R::Intersecting, {1, 9}},
         {"into a corner of a bay", "-3 0 3 0 3 9 -3 9 -3 7 0 5 -3 3", R::Intersecting, {0, 9}},
         {"along a step", "-3 0 3 0 3 9 0 9 0 4 -3 4", R::Intersecting, {0, 9}},
         {"a hole that touches", "-3 0 3 0 3 9 -3 9 / 0 2 2 2 2 4 0 4", R::Intersecting, {0, 9}},
@@ -182,17 +172,17 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
     for (const auto& [why, rings, result, ends] : rows) {
         for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 90)}) {
             const Polygon3D polygon = Polygon3D(MakePolygon(rings), 2.0).Translate(shift);
-            std::vector<Line3D> pieces;
+            std::vector<L> pieces;
             const Plane3D plane(P(0, 0, 0) + shift, Vec3D(1, 0, 0));
             EXPECT_EQ(I::PolygonPlane(polygon, plane, pieces, kTolerances), result) << why;
             std::vector<double> found;
-            for (const Line3D& piece : pieces) {
+            for (const L& piece : pieces) {
                 for (const P& p : {piece.GetStart(), piece.GetEnd()}) found.push_back(p.GetY() - shift.GetY());
             }
             EXPECT_THAT(found, testing::Pointwise(testing::DoubleNear(1e-8), ends)) << why;
         }
     }
-    std::vector<Line3D> pieces;
+    std::vector<L> pieces;
     const Polygon3D upright{P(0, 0, 0), P(0, 5, 0), P(0, 5, 3)};
     EXPECT_EQ(I::PolygonPlane(upright, wall, pieces, kTolerances), R::Coincident);
     // A disc that touches from outside, or reaches through by less than the tolerance: then the cut is its chord.
@@ -207,23 +197,14 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
 
 // Triangles of whole coordinates have a point in common unless an axis separates them; exact.
 bool DoMeet(const Triangle3D& a, const Triangle3D& b) {
-    std::vector<Vec3D> axes, edges, others;
-    for (int i = 0; i < 3; ++i) {
-        edges.push_back(a[(i + 1) % 3] - a[i]);
-        others.push_back(b[(i + 1) % 3] - b[i]);
-    }
-    axes = {edges[0].CrossProduct(edges[1]), others[0].CrossProduct(others[1])};
-    for (int i = 0; i < 9; ++i) axes.push_back(edges[i / 3].CrossProduct(others[i % 3]));
-    for (const Vec3D& edge : edges) axes.push_back(axes[0].CrossProduct(edge));
-    for (const Vec3D& edge : others) axes.push_back(axes[1].CrossProduct(edge));
+    const auto edge = [](const Triangle3D& t, int i) { return t[(i + 1) % 3] - t[i]; };
+    std::vector<Vec3D> axes{edge(a, 0).CrossProduct(edge(a, 1)), edge(b, 0).CrossProduct(edge(b, 1))};
+    for (int i = 0; i < 9; ++i) axes.push_back(edge(a, i / 3).CrossProduct(edge(b, i % 3)));
+    for (int i = 0; i < 6; ++i) axes.push_back(axes[i % 2].CrossProduct(edge(i % 2 == 0 ? a : b, i / 2)));
     return std::none_of(axes.begin(), axes.end(), [&](const Vec3D& axis) {
-        const auto along = [&](const Triangle3D& t) {
-            const auto at = [&](int i) { return (t[i] - P()).DotProduct(axis); };
-            return std::minmax({at(0), at(1), at(2)});
-        };
-        const auto [low, high] = along(a);
-        const auto [otherLow, otherHigh] = along(b);
-        return high < otherLow || otherHigh < low;
+        const auto at = [&](const P& p) { return (p - P()).DotProduct(axis); };
+        const auto along = [&](const Triangle3D& t) { return std::minmax({at(t[0]), at(t[1]), at(t[2])}); };
+        return along(a).second < along(b).first || along(b).second < along(a).first;
     });
 }
 
@@ -241,8 +222,8 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
         const auto isInBoth = [&](const P& p, double tolerance) {
             return I::IsPointInsideTriangle(p, ma, tolerance) && I::IsPointInsideTriangle(p, mb, tolerance);
         };
-        std::vector<Point3D> common, swapped;
-        Line3D segment(P(7, 7, 7), P(7, 7, 7));
+        std::vector<P> common, swapped;
+        L segment(P(7, 7, 7), P(7, 7, 7));
         const R result = I::TriangleTriangle(ma, mb, common, kTolerances);
         ++seen[result];
         ASSERT_EQ(result != R::NoIntersection, DoMeet(a, b)) << round;
@@ -262,13 +243,12 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
             area += (common[i] - common[0]).CrossProduct(common[(i + 1) % common.size()] - common[0]);
         }
         if (result == R::Coincident) {
-            EXPECT_GT(area.DotProduct(a.GetNormal()), 1e-3);
-            EXPECT_TRUE(common.size() >= 3 && common.size() <= 6);
+            EXPECT_TRUE(area.DotProduct(a.GetNormal()) > 1e-3 && common.size() >= 3 && common.size() <= 6);
         } else if (result == R::Intersecting) {
             // A step further along the line is in only one of them.
             const Vec3D step = (segment.GetEnd() - segment.GetStart()).Normalize() * 1e-4;
             ASSERT_EQ(common.size(), step.Length() > 0.0 ? 2u : 1u);
-            for (const Point3D& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
+            for (const P& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
                 EXPECT_TRUE(common.size() == 1 || !isInBoth(p, 1e-7));
             }
         }
@@ -290,11 +270,11 @@ TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
         std::vector<LineString3D> strings;
         ASSERT_EQ(I::TriangleStripPlane(moved, Plane3D(0, 0, 1, -5), strings, 1e-4), 4);
         const std::tuple<std::size_t, double, double> rows[] = {{3, 4.0 / 3, 4}, {7, 6, 16}, {2, 16, 0}, {3, 19, 4}};
-        for (std::size_t i = 0; i < 4; ++i) {
-            EXPECT_EQ(strings[i].GetSize(), std::get<0>(rows[i])) << i;
-            const double x = strings[i].GetBoundingBox3D().GetMinPoint().GetX() - shift.GetX();
-            EXPECT_NEAR(x, std::get<1>(rows[i]), 1e-8) << i;
-            EXPECT_NEAR(strings[i].GetLength(), std::get<2>(rows[i]), 1e-8) << i;
+        for (std::size_t i = 0; const auto& [size, x, length] : rows) {
+            const LineString3D& string = strings[i++];
+            EXPECT_EQ(string.GetSize(), size) << i;
+            EXPECT_NEAR(string.GetBoundingBox3D().GetMinPoint().GetX() - shift.GetX(), x, 1e-8) << i;
+            EXPECT_NEAR(string.GetLength(), length, 1e-8) << i;
         }
     }
     std::vector<LineString3D> strings;
@@ -317,16 +297,15 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
         const Point2D place = surveyOrigins[round % 2];
         const auto box = [&] {
             const Vec2D axis = Point2D(Angle(random(0, 7)), 1.0) - Point2D();
-            return OrientedBoundingBox2D(place + Vec2D(random(-3, 3), random(-3, 3)),
-                                         Vec2D(random(0.1, 4), random(0.1, 4)), axis, axis.GetNormalVector(true));
+            const Vec2D size(random(0.1, 4), random(0.1, 4)), aside(random(-3, 3), random(-3, 3));
+            return OrientedBoundingBox2D(place + aside, size, axis, axis.GetNormalVector(true));
         };
         const OrientedBoundingBox2D a = box(), b = box();
         std::vector<Point2D> ring, other;
         a.GetCornerPoints(ring);
         b.GetCornerPoints(other);
-        // The same by the polygons of their corners.
         const bool meet = I::Collides(a, b, kTolerances);
-        EXPECT_EQ(meet, I::Collides(Polygon2D(ring), Polygon2D(other), 1e-9));
+        EXPECT_EQ(meet, I::Collides(Polygon2D(ring), Polygon2D(other), 1e-9)) << "the polygons of their corners";
         // A box in space over the plan box of b against a triangle that leans.
         const BoundingBox2D plan = b.GetBoundingBox2D();
         const BoundingBox3D block(P(plan.GetMinPoint(), 1.0), P(plan.GetMaxPoint(), 2.0));
@@ -334,7 +313,7 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
         bool sampled = false;
         for (int i = 0; i < 900; ++i) {
             const double u = i % 30 / 29.0, v = (1.0 - u) * (i / 30) / 29.0;
-            const Point3D p = leaning[0] + (leaning[1] - leaning[0]) * u + (leaning[2] - leaning[0]) * v;
+            const P p = leaning[0] + (leaning[1] - leaning[0]) * u + (leaning[2] - leaning[0]) * v;
             sampled = sampled || (plan.IsPointInside(p.GetPoint2D(), 0.0) && std::abs(p.GetZ() - 1.5) <= 0.5);
         }
         EXPECT_TRUE(!sampled || I::Collides(leaning, block, 0.0));
