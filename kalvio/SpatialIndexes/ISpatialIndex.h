@@ -7,6 +7,7 @@
 
 #include <concepts>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <span>
 #include <vector>
@@ -67,13 +68,14 @@ public:
     /// Takes many items at once, faster than one by one and for searches that are faster, too. R-trees are packed when
     /// they hold fewer items than are given: all items, the old ones included, are laid out anew in full nodes side by
     /// side. Else, and in a quadtree always, the items go where insertions one by one would put them. Either way later
-    /// insertions and removals work as ever.
+    /// insertions and removals work as ever. Packing tells places apart on the first three axes, by 2^-32 of the extent
+    /// of all items: where one stray item makes that coarse, insert it afterwards, or searches are slow.
     /// @return true; false, and nothing changes, when an item is null
     virtual bool Insert(std::span<const ISpatialIndexData* const> items) = 0;
     /// Appends the items nearest to a point or a box, at most so many and none farther than `within` (closed), the
     /// nearest first. The distance is that of the boxes over the axes of the index, 0 where they meet. Of equal
     /// distances the lower corner decides, axis by axis, then the upper one, and of equal boxes the address. Items
-    /// whose squared distance is no finite number are not found.
+    /// whose squared distance is no finite number are not found; a distance whose square vanishes counts as 0.
     /// @return number of items appended
     virtual std::uint64_t SearchNearest(const PointND& point, std::uint64_t most, double within,
                                         std::vector<ISpatialIndexData*>& items) const = 0;
@@ -83,13 +85,17 @@ public:
     /// Calls `found(item)` for what `SearchAndVisit` visits, in its order: any callable, without a visitor class, and
     /// inlined where many items are found.
     /// @return number of calls
-    template <std::invocable<ISpatialIndexData*> Found>
+    template <class Found>
+    requires std::invocable<Found&, ISpatialIndexData*>
     int Search(const PointND& point, Found&& found) const {
-        return SearchInto(point, detail::ItemSink::To(found));
+        const auto call = [&found](ISpatialIndexData* item) { std::invoke(found, item); };
+        return SearchInto(point, detail::ItemSink::To(call));
     }
-    template <std::invocable<ISpatialIndexData*> Found>
+    template <class Found>
+    requires std::invocable<Found&, ISpatialIndexData*>
     int Search(const BoundingBoxND& box, bool overlap, Found&& found) const {
-        return SearchInto(box, overlap, detail::ItemSink::To(found));
+        const auto call = [&found](ISpatialIndexData* item) { std::invoke(found, item); };
+        return SearchInto(box, overlap, detail::ItemSink::To(call));
     }
 
 protected:

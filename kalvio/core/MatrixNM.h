@@ -60,7 +60,7 @@ public:
     [[nodiscard]] bool Adjoint(MatrixNM& adjoint) const;
     /// The adjoint divided by the determinant; above 4 x 4 by elimination. An output of the same size keeps its memory.
     /// @return false also when the determinant is 0 within 1e-10 (strictly: |det| < 1e-10) or not finite, whatever the
-    ///         condition of the matrix: scale systems of tiny or huge numbers
+    ///         condition of the matrix: scale systems of tiny or huge numbers; and where elimination meets a pivot of 0
     [[nodiscard]] bool GetInverse(MatrixNM& inverse) const;
 
     /// Lower and upper triangle with L U = this. Cholesky reads a matrix as symmetric when its halves agree within

@@ -73,6 +73,7 @@ BoundingBox3D Arc3D::GetBoundingBox3D() const {
 }
 
 bool Arc3D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    if (other.GetType() == MathTypes::Polyline3D) return other.IsEqualTo(*this, tolerance);
     return other.GetType() == MathTypes::Arc3D && IsEqualTo(static_cast<const Arc3D&>(other), tolerance);
 }
 

@@ -37,7 +37,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 3; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with an `Arc3D` only.
+    /// Comparable with an `Arc3D` and a `Polyline3D` of just one.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start, middle, end and centre agree strictly per coordinate.
     bool IsEqualTo(const Arc3D& other, double tolerance) const;

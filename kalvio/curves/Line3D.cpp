@@ -32,7 +32,8 @@ BoundingBox3D Line3D::GetBoundingBox3D() const {
 
 bool Line3D::IsEqualTo(const IGeometry& other, double tolerance) const {
     if (other.GetType() == MathTypes::Line3D) return IsEqualTo(static_cast<const Line3D&>(other), tolerance);
-    return other.GetType() == MathTypes::LineString3D && other.IsEqualTo(*this, tolerance);
+    const bool isChain = other.GetType() == MathTypes::LineString3D || other.GetType() == MathTypes::Polyline3D;
+    return isChain && other.IsEqualTo(*this, tolerance);
 }
 
 Line3D* Line3D::Clone() const { return new Line3D(*this); }

@@ -21,7 +21,7 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 3; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `Line3D` and a `LineString3D` of the same two points.
+    /// Comparable with a `Line3D`, a `LineString3D` of the same two points and a `Polyline3D` of just one of them.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     /// Start equals start and end equals end, strictly per coordinate.
     bool IsEqualTo(const Line3D& other, double tolerance) const {

@@ -34,6 +34,8 @@ BoundingBox3D LineString3D::GetBoundingBox3D() const { return detail::BoxOfPoint
 
 bool LineString3D::IsEqualTo(const IGeometry& other, double tolerance) const {
     switch (other.GetType()) {
+        case MathTypes::Polyline3D:
+            return other.IsEqualTo(*this, tolerance);
         case MathTypes::Line3D: {
             const auto& line = static_cast<const Line3D&>(other);
             return points.size() == 2 && points[0].IsEqualTo(line.GetStart(), tolerance) &&

@@ -43,8 +43,8 @@ public:
     BoundingBox3D GetBoundingBox3D() const override;
     unsigned int GetDimension() const override { return 3; }
     unsigned int GetTopologicalDimension() const override { return 1; }
-    /// Comparable with a `LineString3D` of as many points, equal index by index, and with a `Line3D` of the same two
-    /// points in the same order.
+    /// Comparable with a `LineString3D` of as many points, equal index by index, with a `Line3D` of the same two points
+    /// in the same order and with a `Polyline3D` of just an equal string.
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const LineString3D& other, double tolerance) const;
     [[nodiscard]] LineString3D* Clone() const override;

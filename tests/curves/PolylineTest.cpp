@@ -266,6 +266,26 @@ TEST(PolylineTest, SamplesByHeightKeepItOnTinyElements) {
         ASSERT_LE(Projection::NearestPoint(corner, chords, 1e-9).Distance(corner), 0.01);
     }
     EXPECT_LE(chords.GetSize(), 503U) << "one for every tolerance";
+    Polyline2D stub;
+    stub.AppendElement(new Line2D(Point2D(0, 0), Point2D(10, 0)));
+    stub.AppendElement(new Line2D(Point2D(10, 0), Point2D(10.0005, 0)));
+    ASSERT_TRUE(stub.MakeLineStringUsingHeight(0.0, 20.0, chords, 0.1, 1e-3));
+    EXPECT_EQ(chords.GetEnd(), stub.GetEnd()) << "an element shorter than the tolerance ends the range";
+}
+
+TEST(PolylineTest, AChainInSpaceEqualsTheOneCurveInItBothWays) {
+    const Line3D line(Point3D(0, 0, 0), Point3D(1, 0, 2));
+    const Arc3D arc(Point3D(1, 0, 0), Point3D(), Angle(1.0), Plane3D(0, 0, 1, 0));
+    const LineString3D string({Point3D(0, 0, 0), Point3D(1, 0, 2), Point3D(3, 0, 2)});
+    for (const IPolyline3DElement* const curve :
+         {static_cast<const IPolyline3DElement*>(&line), static_cast<const IPolyline3DElement*>(&arc),
+          static_cast<const IPolyline3DElement*>(&string)}) {
+        Polyline3D chain;
+        chain.AppendElement(static_cast<IPolyline3DElement*>(curve->Clone()));
+        EXPECT_TRUE(curve->IsEqualTo(chain, 1e-9) && chain.IsEqualTo(*curve, 1e-9));
+        chain.AppendElement(new Line3D(Point3D(), Point3D(1, 1, 1)));
+        EXPECT_FALSE(curve->IsEqualTo(chain, 1e-9) || chain.IsEqualTo(*curve, 1e-9));
+    }
 }
 
 // Far along a chain a station is coarser than what an element allows beyond its end.

@@ -112,6 +112,11 @@ bool SampleChainByHeight(const ElementChain<Element>& chain, double from, double
             samples.push_back(PlacedOn<Point>(i, start[i], sample));
         }
     }
+    Point end;
+    if (!samples.empty() && samples.back().station < to && SampleAt(chain, to, end)) {
+        while (samples.size() > 1 && to - samples.back().station < std::abs(tolerance)) samples.pop_back();
+        samples.push_back(end);
+    }
     points.insert(points.end(), samples.begin(), samples.end());
     return true;
 }

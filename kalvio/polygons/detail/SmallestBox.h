@@ -20,7 +20,9 @@ inline std::vector<Vec2D> RelativeHull(const std::vector<Point2D>& points, Point
     for (const Point2D& point : points) {
         if (!std::isfinite(point.GetX()) || !std::isfinite(point.GetY())) continue;
         if (sorted.empty()) origin = point;
-        sorted.push_back(point - origin);
+        // Their products would leave the range of exact arithmetic.
+        const auto flushed = [](double difference) { return std::abs(difference) < 1e-150 ? 0.0 : difference; };
+        sorted.emplace_back(flushed(point.GetX() - origin.GetX()), flushed(point.GetY() - origin.GetY()));
     }
     std::sort(sorted.begin(), sorted.end(), [](const Vec2D& a, const Vec2D& b) {
         return a.GetX() < b.GetX() || (a.GetX() == b.GetX() && a.GetY() < b.GetY());
