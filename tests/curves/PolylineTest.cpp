@@ -353,9 +353,10 @@ TEST(PolylineTest, StationsFollowEveryEdit) {
         double from = 0.0;
         for (unsigned int k = 0; i % 3 == 0 && k < chain.GetSize(); ++k) {
             Polyline2D::PolylinePoint sample;
-            ASSERT_TRUE(chain.MakePointAndTangentAt(static_cast<int>(k), 0.0, sample));
-            ASSERT_EQ(sample.station, from);
-            from += std::as_const(chain).GetElementAtIndex(k).GetLength();
+            const double length = std::as_const(chain).GetElementAtIndex(k).GetLength();
+            ASSERT_EQ(chain.MakePointAndTangentAt(static_cast<int>(k), 0.0, sample), length > 0.0);
+            ASSERT_TRUE(sample.station == from || length == 0.0) << "where lines turn back a bridge may have no length";
+            from += length;
         }
     }
 }
