@@ -256,6 +256,7 @@ TEST(IntersectionChainsTest, PolygonsTellWhetherTheirAreasMeet) {
         {"fills the hole", "2 2 8 2 8 8 2 8 2 2", R::Intersecting, "2 2"},
         {"the same", "10 10 10 0 0 0 0 10 / 8 8 2 8 2 2 8 2", R::Coincident, "0 0 2 2"},
         {"no area", "3 3", R::Degenerate, ""},
+        {"nothing", "", R::Degenerate, ""},
     };
     for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - P()}) {
         for (const auto& [why, other, result, expected] : rows) {
@@ -267,6 +268,7 @@ TEST(IntersectionChainsTest, PolygonsTellWhetherTheirAreasMeet) {
                 EXPECT_EQ(I::PolygonPolygon(a, b, points, kTolerances), result);
                 ExpectPoints(points, PointsOf(expected, shift));
                 EXPECT_EQ(I::PolygonPolygon(b, a, swapped, kTolerances), result);
+                EXPECT_EQ(I::Collides(a, b, kTolerances), result == R::Intersecting || result == R::Coincident);
                 if (result != R::Coincident) ExpectSamePoints(swapped, points, 1e-8);
             }
         }

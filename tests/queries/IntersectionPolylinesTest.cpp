@@ -81,49 +81,41 @@ TEST(IntersectionPolylinesTest, AlignmentsCrossWhereTheirChordsDo) {
         std::sort(fromB.begin(), fromB.end());
         ExpectNear(swapped, fromB, 1e-7);
         total += onA.size();
-    }
-    EXPECT_GT(total, 20U);
-}
 
-TEST(IntersectionPolylinesTest, SingleElementsCrossAsPolylinesOfOne) {
-    RandomNumbers random(602);
-    for (int round = 0; round < 30; ++round) {
-        SCOPED_TRACE(round);
-        const P origin = surveyOrigins[round % 2];
-        const Polyline2D road = Alignment(random, origin, 12);
-        const Polyline2D other = Alignment(random, origin + Vec2D(random(-60, 60), random(-60, 60)), 3);
-        const auto& line = dynamic_cast<const Line2D&>(other.GetElementAtIndex(0));
-        const auto& clothoid = dynamic_cast<const Clothoid&>(other.GetElementAtIndex(1));
-        const auto& arc = dynamic_cast<const Arc2D&>(other.GetElementAtIndex(2));
+        // Single elements cross as polylines of one.
+        const auto& line = dynamic_cast<const Line2D&>(b.GetElementAtIndex(0));
+        const auto& clothoid = dynamic_cast<const Clothoid&>(b.GetElementAtIndex(1));
+        const auto& arc = dynamic_cast<const Arc2D&>(b.GetElementAtIndex(2));
         PolylinePoints found, counted;
         ElementPoints onElement;
         const auto check = [&](IPolyline2DElement* element, int count) {
             Polyline2D one;
             one.AppendElement(element);
             PolylinePoints expected, onOne;
-            I::PolylinePolyline(road, one, expected, onOne, kTolerances);
+            I::PolylinePolyline(a, one, expected, onOne, kTolerances);
             EXPECT_EQ(expected.size(), count);
             ASSERT_EQ(onElement.size(), found.size());
             ExpectNear(found, StationsOf(expected), 1e-8);
             for (std::size_t i = 0; i < found.size(); ++i) {
-                ExpectOn(road, found[i]);
+                ExpectOn(a, found[i]);
                 EXPECT_NEAR(onElement[i].station, onOne[i].station, 1e-8);
                 EXPECT_THAT(onElement[i].tangent, IsNear(onOne[i].tangent, 1e-8));
             }
             found.clear();
             onElement.clear();
         };
-        I::PolylineLineSegment(road, line, found, onElement, kTolerances);
-        check(line.Clone(), I::PolylineLineSegment(road, line, counted, 1e-4));
-        I::PolylineClothoid(road, clothoid, found, onElement, kTolerances);
-        check(clothoid.Clone(), I::PolylineClothoid(road, clothoid, counted, 1e-4));
-        I::PolylineArc(road, arc, found, onElement, kTolerances);
-        check(arc.Clone(), I::PolylineArc(road, arc, counted, 1e-4));
-        I::PolylineLine(road, line, found, onElement, kTolerances);
+        I::PolylineLineSegment(a, line, found, onElement, kTolerances);
+        check(line.Clone(), I::PolylineLineSegment(a, line, counted, 1e-4));
+        I::PolylineClothoid(a, clothoid, found, onElement, kTolerances);
+        check(clothoid.Clone(), I::PolylineClothoid(a, clothoid, counted, 1e-4));
+        I::PolylineArc(a, arc, found, onElement, kTolerances);
+        check(arc.Clone(), I::PolylineArc(a, arc, counted, 1e-4));
+        I::PolylineLine(a, line, found, onElement, kTolerances);
         for (auto& point : onElement) point.station += 1e4;
         const Vec2D along = line.GetDirection() * 1e4;
-        check(new Line2D(line.GetStart() - along, along * 2.0), I::PolylineLine(road, line, counted, 1e-4));
+        check(new Line2D(line.GetStart() - along, along * 2.0), I::PolylineLine(a, line, counted, 1e-4));
     }
+    EXPECT_GT(total, 20U);
 }
 
 // Across every joint, along some elements, and the whole of it, taken apart differently.
