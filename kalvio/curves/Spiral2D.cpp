@@ -267,15 +267,15 @@ public:
 
 private:
     detail::CurveState AtOfParabola(double station) const {
-        const Law& law = spiral.law;
+        const Law& ofAll = spiral.law;
         const double u1 = spiral.startAbscissa;
-        const double u = law.GetAbscissa(spiral.lawStart + station);
-        const double run = (u - u1) / law.scale;
-        const Vec2D offset = World({run, law.side * run * (u * u + u * u1 + u1 * u1) / 3.0});
-        const double slope = law.side * u * u;
+        const double u = ofAll.GetAbscissa(spiral.lawStart + station);
+        const double run = (u - u1) / ofAll.scale;
+        const Vec2D offset = World({run, ofAll.side * run * (u * u + u * u1 + u1 * u1) / 3.0});
+        const double slope = ofAll.side * u * u;
         const double secant = std::sqrt(1.0 + slope * slope);
         const Vec2D tangent = World({1.0 / secant, slope / secant});
-        return {offset.GetX(), offset.GetY(), tangent.GetX(), tangent.GetY(), law.GetCurvatureAtAbscissa(u)};
+        return {offset.GetX(), offset.GetY(), tangent.GetX(), tangent.GetY(), ofAll.GetCurvatureAtAbscissa(u)};
     }
     Vec2D World(const Position& local) const {
         return {local.x * spiral.axisCosine - local.y * spiral.axisSine,
