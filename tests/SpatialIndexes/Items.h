@@ -6,6 +6,7 @@
 #include "kalvio/core/BoundingBoxND.h"
 
 #include <algorithm>
+#include <cmath>
 #include <list>
 #include <vector>
 
@@ -14,6 +15,13 @@ namespace Kalvio::Math::SpatialIndexes {
 inline PointND PointOf(std::vector<double> coordinates) { return PointND(coordinates); }
 inline BoundingBoxND Box(double minX, double minY, double maxX, double maxY) {
     return {PointOf({minX, minY}), PointOf({maxX, maxY})};
+}
+
+inline bool HasNaN(const BoundingBoxND& box) {
+    for (unsigned int axis = 0; axis < box.GetDimension(); ++axis) {
+        if (std::isnan(box.GetMin(axis)) || std::isnan(box.GetMax(axis))) return true;
+    }
+    return false;
 }
 
 class Item : public ISpatialIndexData {

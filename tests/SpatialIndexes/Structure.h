@@ -32,12 +32,7 @@ inline bool Same(const BoundingBoxND& a, const BoundingBoxND& b) { return a.Cont
 inline std::size_t CheckNode(const RStarTreeNode& node, bool isRoot, int& depth) {
     const unsigned int n = node.GetNrOfEntries();
     EXPECT_LE(n, RStarTreeNode::mostEntries);
-    if (!isRoot) {
-        EXPECT_GE(n, RStarTreeNode::fewestEntries);
-    }
-    if (isRoot && !node.HoldsLeaves()) {
-        EXPECT_GE(n, 2U);
-    }
+    EXPECT_GE(n, !isRoot ? RStarTreeNode::fewestEntries : node.HoldsLeaves() ? 0U : 2U);
     BoundingBoxND cover(node.GetBox().GetDimension());
     cover.Reset();
     std::size_t items = 0;
@@ -67,12 +62,7 @@ inline std::size_t CheckNode(const RStarTreeNode& node, bool isRoot, int& depth)
 inline std::size_t CheckNode(const RTreeNode& node, bool isRoot, BoundingBoxND& cover) {
     const unsigned int n = node.GetNrOfBranches();
     EXPECT_LE(n, RTreeNode::mostBranches);
-    if (!isRoot) {
-        EXPECT_GE(n, RTreeNode::fewestBranches);
-    }
-    if (isRoot && node.GetLevel() > 0) {
-        EXPECT_GE(n, 2U);
-    }
+    EXPECT_GE(n, !isRoot ? RTreeNode::fewestBranches : node.GetLevel() == 0 ? 0U : 2U);
     std::size_t items = 0;
     for (unsigned int i = 0; i < n; ++i) {
         const BoundingBoxND box = node.GetBranchBox(i);
@@ -96,9 +86,7 @@ inline std::size_t CheckNode(const QuadTreeNode& node, bool isRoot) {
     const BoundingBoxND* const square = node.GetEnvelope();
     EXPECT_EQ(square == nullptr, isRoot);
     for (ISpatialIndexData* item : node.GetItems()) {
-        if (!isRoot) {
-            EXPECT_TRUE(square->Contains(static_cast<Item*>(item)->box));
-        }
+        EXPECT_TRUE(isRoot || square->Contains(static_cast<Item*>(item)->box));
     }
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QuadTreeNode* const child = node.GetSubnode(quadrant);
