@@ -5,11 +5,14 @@
 #include "kalvio/core/Vec2D.h"
 #include "kalvio/core/Vec3D.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -34,34 +37,25 @@ public:
         return value;
     }
     double TakeDouble() { return tame ? Take<std::int16_t>() / 16.0 : Take<double>(); }
-    Point2D TakePoint() {
-        const double x = TakeDouble();
-        return {x, TakeDouble()};
-    }
-    Vec2D TakeVector() {
-        const double x = TakeDouble();
-        return {x, TakeDouble()};
-    }
-    Point3D TakePoint3D() {
-        const Point2D plan = TakePoint();
-        return {plan, TakeDouble()};
-    }
+    Point2D TakePoint() { return {TakeDouble(), TakeDouble()}; }  // braces keep the order
+    Vec2D TakeVector() { return {TakeDouble(), TakeDouble()}; }
+    Point3D TakePoint3D() { return {TakePoint(), TakeDouble()}; }
     Vec3D TakeVector3D() { return TakePoint3D() - Point3D(); }
     /// Less than `bound`.
     unsigned int TakeCount(unsigned int bound) { return Take<std::uint8_t>() % bound; }
     /// At most so many; by default all that is left.
-    std::vector<Point2D> TakePoints(std::size_t most = SIZE_MAX) {
-        std::vector<Point2D> points;
-        while (!Empty() && points.size() < most) points.push_back(TakePoint());
-        return points;
-    }
-    std::vector<Point3D> TakePoints3D(std::size_t most = SIZE_MAX) {
-        std::vector<Point3D> points;
-        while (!Empty() && points.size() < most) points.push_back(TakePoint3D());
-        return points;
-    }
+    std::vector<double> TakeDoubles(std::size_t most) { return TakeMany(most, &Bytes::TakeDouble); }
+    std::vector<Point2D> TakePoints(std::size_t most = SIZE_MAX) { return TakeMany(most, &Bytes::TakePoint); }
+    std::vector<Point3D> TakePoints3D(std::size_t most = SIZE_MAX) { return TakeMany(most, &Bytes::TakePoint3D); }
 
 private:
+    template <class T>
+    std::vector<T> TakeMany(std::size_t most, T (Bytes::*take)()) {
+        std::vector<T> taken;
+        while (!Empty() && taken.size() < most) taken.push_back((this->*take)());
+        return taken;
+    }
+
     const std::uint8_t* data;
     std::size_t size;
     bool tame = false;
@@ -73,5 +67,8 @@ inline void Require(bool law, const char* file = __builtin_FILE(), int line = __
     std::cerr << "broken law: " << file << ":" << line << "\n";
     std::abort();
 }
+
+/// What a fuzzer calls and requires for one input.
+void Fuzz(Bytes& bytes);
 
 }  // namespace Kalvio::Math

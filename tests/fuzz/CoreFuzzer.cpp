@@ -1,16 +1,12 @@
-#include "kalvio/core/Angle.h"
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBoxND.h"
 #include "kalvio/core/Numbers.h"
 #include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/Point2DM.h"
-#include "kalvio/core/PointND.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/VecND.h"
 
 #include "fuzz/Bytes.h"
-
-#include <cmath>
 
 using namespace Kalvio::Math;
 
@@ -64,8 +60,7 @@ void CheckVectors(const std::vector<double>& values, double tolerance) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     CheckAngles(bytes.TakeDouble());
     const int n = bytes.Take<int>();
     const int k = bytes.Take<int>();
@@ -79,8 +74,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Vec2D v = bytes.TakeVector();
     const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();
     Require(!(between < 0.0 || between > detail::twoPi));
-    std::vector<double> values;
-    while (!bytes.Empty() && values.size() < 9) values.push_back(bytes.TakeDouble());
-    CheckVectors(values, a.GetX());
-    return 0;
+    CheckVectors(bytes.TakeDoubles(9), a.GetX());
 }

@@ -10,10 +10,33 @@
 
 #include "fuzz/Bytes.h"
 
-#include <cmath>
-#include <memory>
-
 namespace Kalvio::Math {
+
+inline constexpr double tolerance = 1e-4;
+inline const Tolerances tolerances(tolerance, 1e-10);
+
+/// Stations, nearest points, boxes and reversal of an element in plan or in space; tame ones are good to the rounding.
+template <class Element, class Point, class Box>
+void CheckElement(const Element& element, const Point& p, const Box& box, double rounding, bool tame) {
+    const double length = element.GetLength();
+    const Point nearest = element.GetNearestPoint(p, tolerances);
+    const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
+    for (const Point& q : {p, nearest, element.GetStart(), element.GetEnd()}) {
+        double station = -1.0;
+        const bool found = element.GetLengthFromStartPoint(q, station, tolerance);
+        if (tame && found) Require(station >= -tolerance && station <= length + tolerance);
+    }
+    if (!tame) return;
+    Require(std::isfinite(length) && length >= 0.0);
+    Require(std::abs(reversed->GetLength() - length) <= rounding * (1.0 + length));
+    for (const Point& end : {element.GetStart(), element.GetEnd()}) {
+        Require(p.Distance(nearest) <= p.Distance(end) + rounding);
+        for (int axis = 0; axis < (std::is_same_v<Point, Point2D> ? 2 : 3); ++axis) {
+            Require(end[axis] >= box.GetMinPoint()[axis] - 0.005 - rounding);
+            Require(end[axis] <= box.GetMaxPoint()[axis] + 0.005 + rounding);
+        }
+    }
+}
 
 /// An element of an alignment of any type, valid or not.
 inline std::unique_ptr<IPolyline2DElement> TakeElement(Bytes& bytes) {

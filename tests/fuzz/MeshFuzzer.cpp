@@ -1,19 +1,13 @@
 #include "kalvio/core/Angle.h"
-#include "kalvio/core/BoundingBox3D.h"
-#include "kalvio/core/Vec3D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/meshes/IndexedFaceSet2D.h"
 #include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
 #include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
-#include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/Polygon3D.h"
 
 #include "fuzz/Bytes.h"
-
-#include <algorithm>
-#include <cmath>
-#include <utility>
 
 using namespace Kalvio::Math;
 
@@ -40,12 +34,11 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
     (void)IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding(set.GetVertices(), set.GetIndexes(), isClosed,
                                                                   isCoherent);
     Require(set.IsTriangleNeighborWindingCoherent() == isCoherent);
-    (void)set.CollapsePoints(tolerance);
-    Require(!set.CollapsePoints(tolerance));
-    (void)set.RemoveDuplicatedTriangles();
-    Require(!set.RemoveDuplicatedTriangles());
-    (void)set.RemoveUnusedVertices();
-    Require(set.RemoveUnusedVertices() == 0);
+    for (const bool isDone : {false, true}) {  // a second edit changes nothing
+        Require(!(set.CollapsePoints(tolerance) && isDone));
+        Require(!(set.RemoveDuplicatedTriangles() && isDone));
+        Require(!(set.RemoveUnusedVertices() > 0 && isDone));
+    }
     std::vector<IndexedTriangleSet3D> surfaces;
     set.SplitIntoUnconnectedSurfaces(surfaces);
     std::uint64_t triangles = 0;
@@ -56,11 +49,10 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
 }
 
 void CheckQueries(const IndexedTriangleSet3D& set) {
-    unsigned int counterClockwise = 0, clockwise = 0, vertical = 0;
-    set.GetTotalWindings2D(counterClockwise, clockwise, vertical);
-    Require(counterClockwise + clockwise + vertical <= set.GetTrianglesCount());
+    unsigned int windings[3] = {};
+    set.GetTotalWindings2D(windings[0], windings[1], windings[2]);
+    Require(windings[0] + windings[1] + windings[2] <= set.GetTrianglesCount());
     (void)set.IsOneClosedVolume();
-    (void)set.IsTriangleNeighborWindingCoherent();
     std::vector<Vec3D> normals;
     set.ComputeNormals(true, normals);
     set.ComputeNormals(true, normals, Angle(0.5));
@@ -109,17 +101,13 @@ void CheckPlan(const IndexedTriangleSet3D& set, bool tame) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 300) return 0;
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
-    const Point2D from = bytes.TakePoint();
-    const Line2D line(from, bytes.TakePoint());
+    const Line2D line{bytes.TakePoint(), bytes.TakePoint()};
     const double tolerance = bytes.TakeDouble() / 256.0;
     const IndexedTriangleSet3D set = TakeSet(bytes);
     CheckQueries(set);
     CheckSections(set, line, tame);
     CheckPlan(set, tame);
     CheckEdits(set, tolerance, tame);
-    return 0;
 }

@@ -12,9 +12,6 @@ using namespace Kalvio::Math;
 
 namespace {
 
-constexpr double tolerance = 1e-4;
-const Tolerances tolerances(tolerance, 1e-10);
-
 // Common points lie on both operands, at the stations told; both orders find some or none.
 void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bool tame) {
     std::vector<IntersectionExt::IntersectionPoint<Point2D>> found;
@@ -22,11 +19,8 @@ void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bo
     const IntersectionResult result = IntersectionExt::Intersect(a, b, found, tolerances);
     IntersectionExt::Intersect(b, a, swapped, tolerances);
     Require(found.empty() == (result != IntersectionResult::Intersecting && result != IntersectionResult::Coincident));
-    double station = 0.0;
-    for (const auto& place : found) {
-        Require(!tame || place.firstStation >= station);
-        station = place.firstStation;
-    }
+    const auto isBefore = [](const auto& p, const auto& q) { return p.firstStation < q.firstStation; };
+    Require(!tame || std::is_sorted(found.begin(), found.end(), isBefore));
     std::vector<IntersectionExt::UndershootPoint<Point2D>> gaps;
     IntersectionExt::GetUndershoots(a, b, gaps, tolerances);
     for (const auto& gap : gaps) Require(gap.distance >= 0.0);
@@ -34,14 +28,9 @@ void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bo
     Require(found.empty() == swapped.empty());
     constexpr double near = 4.0 * tolerance;
     for (const auto& place : found) {
-        const auto isOn = [&](const IPolyline2DElement& element) {
-            Polyline2D chain;
-            chain.AppendElement(static_cast<IPolyline2DElement*>(element.Clone()));
-            Polyline2D::PolylinePoint nearest;
-            return Projection::NearestPointOnPolyline(place.point, chain, nearest, tolerance) &&
-                   nearest.distance < near;
-        };
-        Require(isOn(a) && isOn(b));
+        for (const IPolyline2DElement* element : {&a, &b}) {
+            Require(place.point.Distance(element->GetNearestPoint(place.point, tolerances)) < near);
+        }
         Require(place.firstStation <= a.GetLength() + near && place.secondStation <= b.GetLength() + near);
     }
 }
@@ -82,9 +71,7 @@ void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tam
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 400) return 0;
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     const Point2D p = bytes.TakePoint();
     bool tame = bytes.Tame();
     std::unique_ptr<IPolyline2DElement> last;
@@ -103,5 +90,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CheckFeet(chain, p, tame);
     if (last) CheckCircles(p, last->GetStart(), last->GetEnd(), tame);
     CheckCrossings(chain, other, false);
-    return 0;
 }

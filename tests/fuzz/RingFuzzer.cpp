@@ -1,19 +1,10 @@
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
-#include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/polygons/PolygonCurve2D.h"
-#include "kalvio/polygons/RingCurve2D.h"
 
 #include "fuzz/Bytes.h"
-
-#include <algorithm>
-#include <cmath>
-#include <memory>
 
 using namespace Kalvio::Math;
 
@@ -89,9 +80,7 @@ void CheckCurve(const std::vector<Point2D>& points, bool isSimple) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 400) return 0;
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const std::vector<Point2D> ring = bytes.TakePoints(3 + bytes.TakeCount(12));
     const std::vector<Point2D> hole = bytes.TakePoints();
@@ -114,5 +103,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     (void)polygon.GetMaxWidth(tolerance);
     (void)polygon.GetOrientedBoundingBox2D();
     polygon.ReducePoints(tolerance);
-    return 0;
 }

@@ -1,54 +1,26 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Geometry.h"
 #include "kalvio/core/Plane3D.h"
-#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/Triangle3D.h"
 #include "kalvio/curves/Arc3D.h"
 #include "kalvio/curves/Circle3D.h"
-#include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/meshes/TriangleStrip3D.h"
-#include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon3D.h"
 #include "kalvio/polygons/PolygonCurve3D.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/Projection.h"
 
-#include "fuzz/Bytes.h"
-
-#include <cmath>
-#include <memory>
+#include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
 
 namespace {
 
-constexpr double tolerance = 1e-4;
 constexpr double rounding = 1e-5;  // planes through tame points tilt by up to 1e-9 over 4096
-const Tolerances tolerances(tolerance, 1e-10);
 
-template <class Element>
-void CheckElement(const Element& element, const Point3D& p, bool tame) {
-    const double length = element.GetLength();
-    const Point3D nearest = element.GetNearestPoint(p, tolerances);
-    const BoundingBox3D box = element.GetBoundingBox3D();
-    double station = -1.0;
-    const bool found = element.GetLengthFromStartPoint(nearest, station, tolerance);
-    const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
-    if (!tame) return;
-    Require(length >= 0.0 && std::abs(reversed->GetLength() - length) <= rounding * (1.0 + length));
-    Require(!found || (station >= -tolerance && station <= length + tolerance));
-    Require(p.Distance(nearest) <= p.Distance(element.GetStart()) + rounding);
-    Require(p.Distance(nearest) <= p.Distance(element.GetEnd()) + rounding);
-    for (const Point3D& end : {element.GetStart(), element.GetEnd()}) {
-        Require((end - box.GetMinPoint()).Length() + (end - box.GetMaxPoint()).Length() < HUGE_VAL);
-        for (int axis = 0; axis < 3; ++axis) {
-            Require(end[axis] >= box.GetMinPoint()[axis] - 0.005 - rounding);
-            Require(end[axis] <= box.GetMaxPoint()[axis] + 0.005 + rounding);
-        }
-    }
-}
+bool IsOn(const Plane3D& plane, const Point3D& p) { return Distance::PointToPlane(p, plane) <= tolerance + rounding; }
 
 void CheckLines(const Line3D& a, const Line3D& b, const Plane3D& plane, bool tame) {
     Point3D point;
@@ -66,18 +38,14 @@ void CheckLines(const Line3D& a, const Line3D& b, const Plane3D& plane, bool tam
     }
     const IntersectionResult result = Intersection::LineSegmentPlane(a, plane, point, tolerances);
     if (!tame || result != IntersectionResult::Intersecting) return;
-    Require(Distance::PointToPlane(point, plane) <= tolerance + rounding);
-    Require(Distance::PointToLineSegment(a, point, tolerance) <= tolerance + rounding);
+    Require(IsOn(plane, point) && Distance::PointToLineSegment(a, point, tolerance) <= tolerance + rounding);
 }
 
 // Pieces lie on the plane; what two triangles have in common is found in either order.
 void CheckTriangles(const Triangle3D& a, const Triangle3D& b, const Plane3D& plane, bool tame) {
     Line3D piece;
     const bool isCut = Intersection::TrianglePlane(a, plane, piece, tolerances) == IntersectionResult::Intersecting;
-    if (tame && isCut) {
-        Require(Distance::PointToPlane(piece.GetStart(), plane) <= tolerance + rounding);
-        Require(Distance::PointToPlane(piece.GetEnd(), plane) <= tolerance + rounding);
-    }
+    if (tame && isCut) Require(IsOn(plane, piece.GetStart()) && IsOn(plane, piece.GetEnd()));
     std::vector<Point3D> common;
     std::vector<Point3D> swapped;
     (void)Intersection::TriangleTriangle(a, b, piece, tolerances);
@@ -119,15 +87,13 @@ void CheckStrip(const std::vector<Point3D>& points, const Plane3D& plane, bool t
     (void)Intersection::TriangleStripPlane(strip, plane, sections, tolerances);
     if (!tame) return;
     for (const LineString3D& section : sections) {
-        for (const Point3D& p : section.GetPoints()) Require(Distance::PointToPlane(p, plane) <= tolerance + rounding);
+        for (const Point3D& p : section.GetPoints()) Require(IsOn(plane, p));
     }
 }
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 500) return 0;
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const Point3D p = bytes.TakePoint3D();
     const Plane3D plane(p, bytes.TakeVector3D());
@@ -135,25 +101,22 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::vector<Point3D> points = bytes.TakePoints3D();
     while (points.size() < 6) points.push_back(p);
     const Line3D first(points[0], points[1]);
-    const Line3D second(points[2], points[3]);
     const Arc3D arc(points[0], points[1], sweep, plane);
-    const Circle3D circle(points[0], sweep.GetRadians(), plane);
-    CheckElement(first, p, tame);
-    CheckElement(arc, p, tame);
-    CheckElement(LineString3D(points), p, tame);
     Polyline3D chain;
     (void)chain.AppendElement(first.Clone());
     (void)chain.AppendElement(arc.Clone());
-    CheckElement(chain, p, tame);
+    const auto check = [&](const auto&... elements) {
+        (CheckElement(elements, p, elements.GetBoundingBox3D(), rounding, tame), ...);
+    };
+    check(first, arc, LineString3D(points), chain);
     std::vector<Polyline3D::PolylinePoint> samples;
     (void)chain.MakePointsAndTangents(0.0, chain.GetLength(), samples, chain.GetLength() / 16.0, tolerance);
-    (void)circle.IsPointInside(p, tolerance);
-    CheckLines(first, second, plane, tame);
-    CheckTriangles(Triangle3D(points[0], points[1], points[2]), Triangle3D(points[3], points[4], points[5]), plane,
-                   tame);
+    (void)Circle3D(points[0], sweep.GetRadians(), plane).IsPointInside(p, tolerance);
+    CheckLines(first, Line3D(points[2], points[3]), plane, tame);
+    const Triangle3D upper(points[3], points[4], points[5]);
+    CheckTriangles(Triangle3D(points[0], points[1], points[2]), upper, plane, tame);
     CheckAreas(points, plane, p, tame);
     CheckStrip(points, plane, tame);
     std::vector<Point3D> vertices;
     Require(Geometry::GetVertices(chain, vertices));
-    return 0;
 }

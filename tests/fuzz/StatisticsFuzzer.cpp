@@ -1,4 +1,3 @@
-#include "kalvio/core/Point2D.h"
 #include "kalvio/statistics/ExponentialVariogramModel.h"
 #include "kalvio/statistics/Interpolation.h"
 #include "kalvio/statistics/KrigingSystem.h"
@@ -7,9 +6,6 @@
 #include "kalvio/statistics/SphericalVariogramModel.h"
 
 #include "fuzz/Bytes.h"
-
-#include <algorithm>
-#include <cmath>
 
 using namespace Kalvio::Math;
 
@@ -53,9 +49,7 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    if (size > 200) return 0;
-    Bytes bytes(data, size);
+void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool isSpherical = bytes.TakeCount(2) == 1;
     const double sill = bytes.TakeDouble();
     const double range = bytes.TakeDouble();
@@ -72,9 +66,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     double variance = untouched;
     const SimpleKriging simple(MakeModel(isSpherical, sill, range), mean);
     CheckAnswer(simple.Interpolate(p, samples, value, variance), variance);
-    if (samples.size() < 2) return 0;
+    if (samples.size() < 2) return;
     const double height = Interpolation::ZCoordinateBy2DProjection(p, samples[0], samples[1]);
     const auto [low, high] = std::minmax({samples[0].GetZ(), samples[1].GetZ()});
     if (bytes.Tame()) Require(height >= low && height <= high);
-    return 0;
 }
