@@ -68,8 +68,7 @@ public:
     /// Takes many items at once, faster than one by one and for searches that are faster, too. R-trees are packed when
     /// they hold fewer items than are given: all items, the old ones included, are laid out anew in full nodes side by
     /// side. Else, and in a quadtree always, the items go where insertions one by one would put them. Either way later
-    /// insertions and removals work as ever. Packing tells places apart on the first three axes, by 2^-32 of the extent
-    /// of all items: where one stray item makes that coarse, insert it afterwards, or searches are slow.
+    /// insertions and removals work as ever.
     /// @return true; false, and nothing changes, when an item is null
     virtual bool Insert(std::span<const ISpatialIndexData* const> items) = 0;
     /// Appends the items nearest to a point or a box, at most so many and none farther than `within` (closed), the

@@ -48,7 +48,9 @@ public:
     template <class Tree>
     auto Build(Tree& tree, const PackingRules& packingRules) {
         rules = packingRules;
-        std::vector<Seed> seeds = MakeSeeds();
+        std::vector<Seed> seeds(items.size());
+        for (std::uint32_t i = 0; i < seeds.size(); ++i) seeds[i].item = i;
+        LayGrid(seeds);
         room.resize(seeds.size());
         std::uint64_t capacity = rules.most;
         unsigned int level = 0;
@@ -58,9 +60,10 @@ public:
 
 private:
     static constexpr std::size_t fewForBuckets = 128;
-    static constexpr unsigned int mostAxes = 3;  // further axes do not tell nodes apart
+    static constexpr unsigned int mostAxes = 3;             // the longest of more
+    static constexpr std::uint32_t fewestSteps = 1U << 8U;  // a part that spans fewer of the grid gets its own
 
-    /// An item with its centre on a grid over all centres.
+    /// An item with its centre on a grid over the centres of a part.
     struct Seed {
         std::array<std::uint32_t, mostAxes> center;
         std::uint32_t item;
@@ -68,32 +71,46 @@ private:
 
     BoxPairs Boxes() { return {bounds.data(), dimension}; }
 
-    std::vector<Seed> MakeSeeds() {
-        const BoxPairs boxes = Boxes();
-        const auto centerOf = [&](unsigned int axis, std::uint32_t i) {
-            return 0.5 * boxes.Low(axis, i) + 0.5 * boxes.High(axis, i);
-        };
-        std::vector<Seed> seeds(items.size());
-        for (std::uint32_t i = 0; i < seeds.size(); ++i) seeds[i].item = i;
-        for (unsigned int axis = 0; axis < std::min(dimension, mostAxes); ++axis) {
+    double CenterOf(unsigned int axis, std::uint32_t i) {
+        return 0.5 * Boxes().Low(axis, i) + 0.5 * Boxes().High(axis, i);
+    }
+
+    void LayGrid(std::span<Seed> seeds) {
+        struct Extent {
+            unsigned int axis;
             double low = std::numeric_limits<double>::infinity();
-            double high = -low;
-            for (std::uint32_t i = 0; i < seeds.size(); ++i) {
-                const double center = centerOf(axis, i);
+            double high = -std::numeric_limits<double>::infinity();
+            double HalfLength() const { return 0.5 * high - 0.5 * low; }  // does not overflow
+        };
+        std::vector<Extent> extents;
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            Extent& extent = extents.emplace_back(Extent{axis});
+            for (const Seed& seed : seeds) {
+                const double center = CenterOf(axis, seed.item);
                 if (!std::isfinite(center)) continue;
-                low = std::min(low, center);
-                high = std::max(high, center);
-            }
-            constexpr double steps = std::numeric_limits<std::uint32_t>::max();
-            const double scale = steps / (high - low);
-            stepLengths[axis] = (high - low) / steps;
-            for (std::uint32_t i = 0; i < seeds.size(); ++i) {
-                const double place = (centerOf(axis, i) - low) * scale;  // NaN goes to the low end
-                seeds[i].center[axis] = static_cast<std::uint32_t>(place > 0.0 ? std::min(place, steps) : 0.0);
+                extent.low = std::min(extent.low, center);
+                extent.high = std::max(extent.high, center);
             }
         }
-        return seeds;
+        if (dimension > mostAxes) {
+            std::stable_sort(extents.begin(), extents.end(),
+                             [](const Extent& a, const Extent& b) { return a.HalfLength() > b.HalfLength(); });
+        }
+        for (unsigned int k = 0; k < NrOfAxes(); ++k) {
+            const Extent& extent = extents[k];
+            constexpr double steps = std::numeric_limits<std::uint32_t>::max();
+            const double scale = steps / extent.HalfLength();
+            grid.axes[k] = extent.axis;
+            grid.stepLengths[k] = extent.HalfLength() / steps;
+            for (Seed& seed : seeds) {
+                // NaN goes to the low end.
+                const double place = (0.5 * CenterOf(extent.axis, seed.item) - 0.5 * extent.low) * scale;
+                seed.center[k] = static_cast<std::uint32_t>(place > 0.0 ? std::min(place, steps) : 0.0);
+            }
+        }
     }
+
+    unsigned int NrOfAxes() const { return std::min(dimension, mostAxes); }
 
     template <class Tree>
     decltype(std::declval<Tree&>().root) BuildNode(Tree& tree, std::span<Seed> seeds, unsigned int level, bool isRoot) {
@@ -130,17 +147,23 @@ private:
     template <class Take>
     void Divide(std::span<Seed> seeds, std::uint64_t nrOfParts, const Take& take) {
         if (nrOfParts == 1) return take(seeds);
+        const Grid before = grid;
         const std::uint64_t nrOfLow = nrOfParts / 2;
         const std::uint64_t middle = seeds.size() * nrOfLow / nrOfParts;
         Part(seeds, middle);
         Divide(seeds.first(middle), nrOfLow, take);
         Divide(seeds.subspan(middle), nrOfParts - nrOfLow, take);
+        grid = before;
     }
 
     /// The first `nrOfLow` seeds become those that lie lowest along the longest axis. Many are told apart by the
     /// buckets of a histogram first: no comparison of two seeds then depends on what they hold.
     void Part(std::span<Seed> seeds, std::size_t nrOfLow) {
-        const Range range = LongestRange(seeds);
+        Range range = LongestRange(seeds);
+        if (range.nrOfSteps < fewestSteps) {
+            LayGrid(seeds);
+            range = LongestRange(seeds);
+        }
         const auto bucketOf = [&](const Seed& seed) { return (seed.center[range.axis] - range.low) >> range.shift; };
         std::size_t first = 0;
         std::size_t last = seeds.size();
@@ -160,38 +183,55 @@ private:
         const auto begin = seeds.begin();
         std::nth_element(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(nrOfLow),
                          begin + static_cast<std::ptrdiff_t>(last),
-                         [axis = range.axis](const Seed& a, const Seed& b) { return a.center[axis] < b.center[axis]; });
+                         [this, k = range.axis](const Seed& a, const Seed& b) {
+                             if (a.center[k] != b.center[k]) return a.center[k] < b.center[k];
+                             return IsBefore(grid.axes[k], a, b);
+                         });
+    }
+
+    /// By exact centres within one step of the grid, which an item far away makes coarse; infinite ones are lowest.
+    bool IsBefore(unsigned int axis, const Seed& a, const Seed& b) {
+        const auto placeOf = [&](const Seed& seed) {
+            const double center = CenterOf(axis, seed.item);
+            return std::isfinite(center) ? center : -std::numeric_limits<double>::infinity();
+        };
+        return placeOf(a) < placeOf(b);
     }
 
     struct Range {
         static constexpr std::size_t nrOfBuckets = 256;
         unsigned int axis;
         std::uint32_t low;
+        std::uint32_t nrOfSteps;
         unsigned int shift;  // of a distance from the low end, to the number of its bucket
     };
 
     Range LongestRange(std::span<const Seed> seeds) const {
         Range longest{};
         double most = -1.0;
-        for (unsigned int axis = 0; axis < std::min(dimension, mostAxes); ++axis) {
+        for (unsigned int axis = 0; axis < NrOfAxes(); ++axis) {
             std::uint32_t low = seeds[0].center[axis];
             std::uint32_t high = low;
             for (const Seed& seed : seeds) {
                 low = std::min(low, seed.center[axis]);
                 high = std::max(high, seed.center[axis]);
             }
-            const double length = (high - low) * stepLengths[axis];
+            const double length = (high - low) * grid.stepLengths[axis];
             if (!(length > most)) continue;
             most = length;
-            longest = {axis, low, std::max(static_cast<unsigned int>(std::bit_width(high - low)), 8U) - 8U};
+            longest = {axis, low, high - low, std::max(static_cast<unsigned int>(std::bit_width(high - low)), 8U) - 8U};
         }
         return longest;
     }
 
     unsigned int dimension;
     PackingRules rules{};
-    std::vector<Seed> room;                      // for sorting
-    std::array<double, mostAxes> stepLengths{};  // of the grid of centres
+    std::vector<Seed> room;  // for sorting
+    struct Grid {
+        std::array<unsigned int, mostAxes> axes{};
+        std::array<double, mostAxes> stepLengths{};  // halved
+    };
+    Grid grid;  // of the part that is being divided
     std::vector<ISpatialIndexData*> items;
     std::vector<double> bounds;  // of the items, in pairs
 };
