@@ -1,7 +1,4 @@
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/core/BoundingBox3D.h"
-#include "kalvio/core/BoundingBoxND.h"
-#include "kalvio/core/OrientedBoundingBox2D.h"
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {
@@ -9,11 +6,9 @@ namespace {
 
 TEST(BoundingBoxTest, CornersAreKeptInTheirOrder) {
     const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4));
-    EXPECT_THAT(box.GetCenter(), IsNear(Point2D(1, 2), 0.0));
-    EXPECT_THAT(box.GetSize(), IsNear(Vec2D(2, 4), 0.0));
     EXPECT_TRUE(box.GetArea() == 8.0 && box.GetPerimeter() == 12.0);
     const BoundingBox2D backward(Point2D(2, 4), Point2D(0, 0));
-    EXPECT_THAT(backward.GetSize(), IsNear(Vec2D(-2, -4), 0.0));
+    EXPECT_TRUE(backward.GetSize().IsEqualTo(Vec2D(-2, -4), 1e-15) && backward.GetCenter() == Point2D(1, 2));
     EXPECT_FALSE(backward.IsPointInside(Point2D(1, 2), 0.0)) << "negative sizes hold nothing";
 }
 
@@ -49,9 +44,7 @@ TEST(BoundingBoxTest, TouchingBoxesIntersect) {
         EXPECT_EQ(b.Intersects(a, tolerance), expected);
         EXPECT_EQ(a.GetIntersectionArea(b), area);
         EXPECT_EQ(BoundingBoxND(a).GetIntersectionArea(BoundingBoxND(b)), area);
-        if (tolerance == 0.0) {
-            EXPECT_EQ(BoundingBoxND(a).Intersects(BoundingBoxND(b)), expected);
-        }
+        EXPECT_EQ(BoundingBoxND(a).Intersects(BoundingBoxND(b)), left <= 1.0);
     }
 }
 
@@ -79,8 +72,8 @@ TEST(BoundingBoxTest, UnionsHoldBothBoxesAndNothingMore) {
             EXPECT_TRUE(both.GetBoundingBox2D().IsEqualTo(many.GetBoundingBox2D(), 4e-9));
         }
     }
-    const BoundingBox2D withOrigin = BoundingBox2D() + BoundingBox2D(Point2D(5, 5), Point2D(6, 6));
-    EXPECT_TRUE(withOrigin.IsEqualTo(BoundingBox2D(Point2D(0, 0), Point2D(6, 6)), 1e-15)) << "no empty state";
+    const BoundingBox2D away(Point2D(5, 5), Point2D(6, 6)), withOrigin(Point2D(0, 0), Point2D(6, 6));
+    EXPECT_TRUE((BoundingBox2D() + away).IsEqualTo(withOrigin, 1e-15)) << "no empty state";
 }
 
 TEST(BoundingBoxTest, BoxesOfAnyDimensionMeasureThemselves) {

@@ -1,6 +1,8 @@
 #include "kalvio/Math.h"
 #include "support/Testing.h"
 
+#include <typeinfo>
+
 namespace Kalvio::Math {
 namespace {
 
@@ -12,14 +14,14 @@ const std::vector<Point3D> space{{0, 0, 1}, {4, 0, 1}, {0, 4, 1}};
 // `first(d)` and `second(d)` make objects of which a coordinate, or whatever is compared, is off by d.
 template <class MakeFirst, class MakeSecond>
 void Check(const MakeFirst& first, const MakeSecond& second, const char* pair) {
-    EXPECT_TRUE(Geometry::AreEqual(first(0.0), second(0.125), 0.1875)) << pair;
-    EXPECT_TRUE(Geometry::AreEqual(first(-0.125), second(0.0), 0.1875)) << pair;
-    EXPECT_FALSE(Geometry::AreEqual(first(0.0), second(0.25), 0.1875)) << pair;
-    EXPECT_FALSE(Geometry::AreEqual(first(0.25), second(0.0), 0.1875)) << pair;
+    EXPECT_TRUE(Geometry::AreEqual(first(0.0), second(0.125), 0.25)) << pair;
+    EXPECT_TRUE(Geometry::AreEqual(first(-0.125), second(0.0), 0.25)) << pair;
+    EXPECT_FALSE(Geometry::AreEqual(first(0.0), second(0.25), 0.25)) << pair << ": strict";
+    EXPECT_FALSE(Geometry::AreEqual(first(0.25), second(0.0), 0.25)) << pair << ": strict";
 }
-template <class Make>
-void Check(const Make& make, const char* name) {
-    Check(make, make, name);
+template <class... Make>
+void CheckEach(const Make&... make) {
+    (Check(make, make, typeid(make(0.0)).name()), ...);
 }
 
 template <class Chain, class Make>
@@ -62,57 +64,36 @@ TEST(EqualityTest, EveryPairThatHasOne) {
         return Spiral2D(Spiral2D::Spiral2DType::Bloss, 0.0, 300.0, 60.0, a + Vec2D(d, 0), east);
     };
     const auto parabola = [](double d) { return Parabola(Point2D(0, d), Point2D(1, 1 + d), 1.0, 0.0, d); };
-    Check(number, "double");
-    Check(
-        number, [](double d) { return d < 0.2 ? 1 : 2; }, "double, int");
-    Check([](double d) { return Angle(d); }, "Angle");
-    Check([](double d) { return Point2D(1, 2 + d); }, "Point2D");
-    Check([](double d) { return Point2DM(1, 2, 3 + d); }, "Point2DM");
-    Check([](double d) { return Point3D(1, 2, 3 + d); }, "Point3D");
-    Check([](double d) { return PointND(std::vector{1.0, 2.0, 3.0, 4.0 + d}); }, "PointND");
-    Check([](double d) { return Vec2D(1, 2 + d); }, "Vec2D");
-    Check([](double d) { return Vec3D(1, 2, 3 + d); }, "Vec3D");
-    Check([](double d) { return VecND(std::vector{1.0, 2.0, 3.0, 4.0 + d}); }, "VecND");
-    Check(
-        [](double d) {
-            return Matrix2D(std::array{1.0, 0.0, 3 + d, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0}.data());
-        },
-        "Matrix2D");
-    Check([](double d) { return Plane3D(0, 0, 1, d); }, "Plane3D");
-    Check([](double d) { return Triangle3D(u, v, w + Vec3D(0, d, 0)); }, "Triangle3D");
-    Check([](double d) { return BoundingBox2D(a, b + Vec2D(d, 2)); }, "BoundingBox2D");
-    Check([](double d) { return BoundingBox3D(u + Vec3D(d, d, d), v + Vec3D(d, 2 + d, d)); }, "BoundingBox3D");
-    Check([](double d) { return BoundingBoxND(BoundingBox2D(a, b + Vec2D(d, 0))); }, "BoundingBoxND");
-    Check([](double d) { return Circle2D(a, 4 + d); }, "Circle2D");
-    Check([&](double d) { return Circle3D(u, 4 + d, floor); }, "Circle3D");
-    Check([&](double d) { return Arc3D(u + Vec3D(d, 0, 0), v + Vec3D(d, 0, 0), Angle(1.0), floor); }, "Arc3D");
-    Check(line, "Line2D");
+    const auto integer = [](double d) { return d < 0.2 ? 1 : 2; };
+    Check(number, integer, "double, int");
+    CheckEach([](double d) { return Angle(d); }, [](double d) { return Point2D(1, 2 + d); },
+              [](double d) { return Point2DM(1, 2, 3 + d); }, [](double d) { return Point3D(1, 2, 3 + d); },
+              [](double d) {
+                  return PointND(std::vector{1.0, 2.0, 3.0, 4.0 + d});
+              },
+              [](double d) { return Vec2D(1, 2 + d); }, [](double d) { return Vec3D(1, 2, 3 + d); },
+              [](double d) {
+                  return VecND(std::vector{1.0, 2.0, 3.0, 4.0 + d});
+              },
+              [](double d) { return Matrix2D().Translate(3 + d, 0); }, [](double d) { return Plane3D(0, 0, 1, d); },
+              [](double d) { return Triangle3D(u, v, w + Vec3D(0, d, 0)); },
+              [](double d) { return BoundingBox2D(a, b + Vec2D(d, 2)); },
+              [](double d) { return BoundingBox3D(u + Vec3D(d, d, d), v + Vec3D(d, 2 + d, d)); },
+              [](double d) { return BoundingBoxND(BoundingBox2D(a, b + Vec2D(d, 0))); },
+              [](double d) { return Circle2D(a, 4 + d); }, [&](double d) { return Circle3D(u, 4 + d, floor); },
+              [&](double d) { return Arc3D(u + Vec3D(d, 0, 0), v + Vec3D(d, 0, 0), Angle(1.0), floor); },
+              [&](double d) { return PolygonCurve2D(ChainOf<RingCurve2D>(arc)(d)); },
+              [&](double d) { return PolygonCurve3D(ChainOf<RingCurve3D>(line3D)(d)); });
+    CheckEach(number, line, string, arc, clothoid, spiral, parabola, line3D, string3D);
+    CheckEach(ChainOf<Polyline2D>(arc), ChainOf<Polyline3D>(line3D), PolygonOf<Polygon2D>(plan),
+              PolygonOf<Polygon3D>(space), MeshOf<IndexedFaceSet2D>(plan), MeshOf<IndexedFaceSet3D>(space),
+              MeshOf<IndexedTriangleSet2D>(plan), MeshOf<IndexedTriangleSet3D>(space), MeshOf<TriangleStrip3D>(space));
     Check(line, string, "Line2D, LineString2D");
-    Check(line, ChainOf<Polyline2D>(line), "Line2D, Polyline2D");
-    Check(string, "LineString2D");
-    Check(string, ChainOf<Polyline2D>(string), "LineString2D, Polyline2D");
-    Check(arc, "Arc2D");
-    Check(arc, ChainOf<Polyline2D>(arc), "Arc2D, Polyline2D");
-    Check(clothoid, "Clothoid");
-    Check(clothoid, ChainOf<Polyline2D>(clothoid), "Clothoid, Polyline2D");
-    Check(spiral, "Spiral2D");
-    Check(spiral, ChainOf<Polyline2D>(spiral), "Spiral2D, Polyline2D");
-    Check(parabola, "Parabola");
-    Check(parabola, ChainOf<Polyline2D>(parabola), "Parabola, Polyline2D");
-    Check(ChainOf<Polyline2D>(arc), "Polyline2D");
-    Check(line3D, "Line3D");
     Check(line3D, string3D, "Line3D, LineString3D");
-    Check(string3D, "LineString3D");
-    Check(ChainOf<Polyline3D>(line3D), "Polyline3D");
-    Check(PolygonOf<Polygon2D>(plan), "Polygon2D");
-    Check(PolygonOf<Polygon3D>(space), "Polygon3D");
-    Check([&](double d) { return PolygonCurve2D(ChainOf<RingCurve2D>(arc)(d)); }, "PolygonCurve2D");
-    Check([&](double d) { return PolygonCurve3D(ChainOf<RingCurve3D>(line3D)(d)); }, "PolygonCurve3D");
-    Check(MeshOf<IndexedFaceSet2D>(plan), "IndexedFaceSet2D");
-    Check(MeshOf<IndexedFaceSet3D>(space), "IndexedFaceSet3D");
-    Check(MeshOf<IndexedTriangleSet2D>(plan), "IndexedTriangleSet2D");
-    Check(MeshOf<IndexedTriangleSet3D>(space), "IndexedTriangleSet3D");
-    Check(MeshOf<TriangleStrip3D>(space), "TriangleStrip3D");
+    const auto inChains = [](const auto&... make) {
+        (Check(make, ChainOf<Polyline2D>(make), typeid(make(0.0)).name()), ...);
+    };
+    inChains(line, string, arc, clothoid, spiral, parabola);
     const Point2D origin, beside(0.125, 0), away(0.25, 0);
     const IGeometry &geometry = origin, &near = beside, &far = away;
     EXPECT_TRUE(Geometry::AreEqual(geometry, near, 0.1875) && !Geometry::AreEqual(geometry, far, 0.1875))

@@ -1,14 +1,4 @@
-#include "kalvio/core/Geometry.h"
-#include "kalvio/core/Point2DM.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Line3D.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/curves/Polyline3D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 #include <set>
@@ -28,9 +18,9 @@ TEST(GeometryTest, EqualEitherWayAndTurnsBeyondTheMargin) {
 }
 
 TEST(GeometryTest, TerminalsByType) {
-    Polyline2D inner;
+    Polyline2D inner, outer, hollow;
     inner.AppendElement(new Arc2D(Point2D(1, 0), Point2D(0, 0), Angle(1.0)));
-    Polyline2D outer;
+    hollow.AppendElement(new LineString2D());
     outer.AppendElement(inner.Clone());
     outer.AppendElement(new LineString2D({Point2D(5, 5), Point2D(6, 6), Point2D(7, 6)}));
     const LineString3D heights({Point3D(1, 2, 3), Point3D(4, 5, 6)});
@@ -41,10 +31,8 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_TRUE(Geometry::GetStartPoint(heights, space) && space.IsEqualTo(Point3D(1, 2, 3), 1e-300));
     EXPECT_TRUE(Geometry::GetEndPoint(inner, plan) && plan == inner.GetEnd());
     EXPECT_TRUE(Geometry::GetEndPoint(heights, plan) && plan == Point2D(4, 5));
-    Polyline2D hollow;
-    hollow.AppendElement(new LineString2D());
-    const Circle2D circle(Point2D(), 1.0);
-    EXPECT_FALSE(Geometry::GetStartPoint(circle, plan) || Geometry::GetStartPoint(LineString3D(), plan));
+    EXPECT_FALSE(Geometry::GetStartPoint(Circle2D(Point2D(), 1.0), plan) ||
+                 Geometry::GetStartPoint(LineString3D(), plan));
     EXPECT_EQ(plan, Point2D(4, 5)) << "untouched";
     for (const Polyline2D& chain : {Polyline2D(), hollow}) {
         EXPECT_TRUE(Geometry::GetEndPoint(chain, plan) && plan == Point2D()) << "that of the chain, the origin";
@@ -54,15 +42,13 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_EQ(Geometry::GetStartSegment(outer)->GetType(), MathTypes::Arc2D) << "through the nested chain";
     EXPECT_TRUE(Geometry::GetEndSegment(outer)->IsEqualTo(Line2D(Point2D(6, 6), Point2D(7, 6)), 1e-12));
     EXPECT_EQ(Geometry::GetStartSegment(heights)->GetType(), MathTypes::Line3D);
-    EXPECT_EQ(Geometry::GetStartSegment(Polyline2D()), nullptr);
-    EXPECT_EQ(Geometry::GetEndSegment(Polygon2D()), nullptr);
+    EXPECT_TRUE(!Geometry::GetStartSegment(Polyline2D()) && !Geometry::GetEndSegment(Polygon2D()));
 
-    std::vector<Point3D> vertices;
+    std::vector<Point3D> vertices, corners;
     std::vector<const IGeometry*> several{&outer, &heights};
     EXPECT_TRUE(Geometry::GetVertices(several, vertices) && vertices.size() == 7);
     Polygon2D holed(std::vector<Point2D>{{0, 0}, {9, 0}, {0, 9}});
     holed.AppendHoleBoundary(LineString2D({{1, 1}, {2, 1}, {1, 2}}));
-    std::vector<Point3D> corners;
     EXPECT_TRUE(Geometry::GetVertices(holed, corners) && corners.size() == 6);
     several.push_back(nullptr);
     EXPECT_TRUE(!Geometry::GetVertices(several, vertices) && vertices.size() == 7);
@@ -80,9 +66,7 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
     const std::tuple<const char*, Points, Points> rows[] = {
         {"nothing", {}, {}},
         {"one point three times", {{1, 2}, {1, 2}, {1, 2}}, {{1, 2}}},
-        {"collinear points keep the extremes", {{1, 1}, {3, 3}, {0, 0}, {2, 2}}, {{0, 0}, {3, 3}}},
         {"level collinear points", {{1, 4}, {3, 4}, {0, 4}, {2, 4}}, {{0, 4}, {3, 4}}},
-        {"square and its centre", {{1, 1}, {2, 2}, {0, 2}, {2, 0}, {0, 0}}, {{0, 0}, {2, 0}, {2, 2}, {0, 2}}},
         {"points on the edges go",
          {{0, 0}, {1, 0}, {2, 0}, {2, 1}, {2, 2}, {0, 2}, {0, 1}},
          {{0, 0}, {2, 0}, {2, 2}, {0, 2}}},
@@ -93,9 +77,7 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
     };
     for (const auto& [why, points, expected] : rows) {
         SCOPED_TRACE(why);
-        const Points hull = Hull(points);
-        ASSERT_EQ(hull.size(), expected.size());
-        for (std::size_t i = 0; i < hull.size(); ++i) EXPECT_THAT(hull[i], IsNear(expected[i], 0.0));
+        EXPECT_THAT(Hull(points), testing::Pointwise(AreNear(0.0), expected));
     }
 }
 
@@ -113,8 +95,7 @@ TEST(GeometryTest, HullIsConvexAndHoldsEveryPoint) {
         }
         const std::vector<Point2D> hull = Hull(points);
         for (std::size_t i = 0; i < hull.size() && hull.size() > 2; ++i) {
-            const Point2D& a = hull[i];
-            const Point2D& b = hull[(i + 1) % hull.size()];
+            const Point2D &a = hull[i], &b = hull[(i + 1) % hull.size()];
             EXPECT_GT((b - a).PerpDotProduct(hull[(i + 2) % hull.size()] - b), 0.5);
             for (const Point2D& p : points) EXPECT_GE((b - a).PerpDotProduct(p - a), 0.0);
         }
@@ -129,10 +110,12 @@ TEST(GeometryTest, RandomPointsStayInTheirBox) {
     std::list<Point2D> points{Point2D(-1, -1)};
     Geometry::RandomPoints(Point2D(100, 200), Point2D(111, 221), 2000, points);
     ASSERT_EQ(points.size(), 2001U);
+    points.pop_front();
+    const BoundingBox2D box(Point2D(100, 200), Point2D(111, 221));
     std::set<double> different;
-    for (auto p = std::next(points.begin()); p != points.end(); ++p) {
-        EXPECT_TRUE(p->GetX() >= 100 && p->GetX() <= 111 && p->GetY() >= 200 && p->GetY() <= 221);
-        different.insert(p->GetX());
+    for (const Point2D& p : points) {
+        EXPECT_TRUE(box.IsPointInside(p, 0.0));
+        different.insert(p.GetX());
     }
     EXPECT_GT(different.size(), 1500U);
 }
@@ -143,15 +126,14 @@ TEST(GeometryTest, MergingUndoesCutting) {
     for (const Point2D& origin : surveyOrigins) {
         std::vector<LineString3D> strings;
         std::list<std::pair<Point3D, Point3D>> segments;
-        constexpr int chains = 5;
-        double length = 0.0;
-        for (int chain = 0; chain < chains; ++chain) {
-            Point3D at(origin + Vec2D(0, 100.0 * chain), 0.0);
+        constexpr std::size_t chains = 5;
+        double length = 0.0, merged = 0.0;
+        for (std::size_t chain = 0; chain < chains; ++chain) {
+            Point3D at(origin + Vec2D(0, 100.0 * static_cast<double>(chain)), 0.0);
             for (int piece = 0; piece < 20; ++piece) {
                 LineString3D string({at});
                 for (int i = 0; i < 3; ++i) {
-                    const Point3D next =
-                        at + Vec3D(1.0 + static_cast<double>(random() % 5), static_cast<double>(random() % 9), 1.0);
+                    const Point3D next = at + Vec3D(random(1.0, 6.0), random(0.0, 9.0), 1.0);
                     length += next.Distance(at);
                     segments.emplace_back(at, next);
                     if (random() % 2 == 0) std::swap(segments.back().first, segments.back().second);
@@ -164,8 +146,7 @@ TEST(GeometryTest, MergingUndoesCutting) {
         }
         std::shuffle(strings.begin(), strings.end(), random);
         Geometry::MergeLineStrings(strings, 1e-4);
-        ASSERT_EQ(strings.size(), static_cast<std::size_t>(chains));
-        double merged = 0.0;
+        ASSERT_EQ(strings.size(), chains);
         for (const LineString3D& string : strings) {
             EXPECT_EQ(string.GetSize(), 61U) << "junction points are not doubled";
             merged += string.GetLength();
@@ -173,7 +154,7 @@ TEST(GeometryTest, MergingUndoesCutting) {
         EXPECT_NEAR(merged, length, 1e-6);
         std::vector<LineString3D> fromSegments;
         Geometry::LineSegmentsToLineStrings(segments, fromSegments, 1e-4);
-        EXPECT_EQ(fromSegments.size(), static_cast<std::size_t>(chains));
+        EXPECT_EQ(fromSegments.size(), chains);
     }
 }
 
@@ -202,9 +183,8 @@ TEST(GeometryTest, MergingRules) {
     ASSERT_EQ(stubs.size(), 2U);
     EXPECT_NEAR(stubs[1].GetLength(), 12.5, 0.25);
 
-    std::vector<LineString3D> steps{LineString3D({Point3D(0, 0, 0), Point3D(1, 0, 0)}),
-                                    LineString3D({Point3D(1, 0, 5), Point3D(2, 0, 5)})};
-    std::vector<LineString3D> plan = steps;
+    using Strings = std::vector<LineString3D>;
+    Strings steps{LineString3D{{0, 0, 0}, {1, 0, 0}}, LineString3D{{1, 0, 5}, {2, 0, 5}}}, plan = steps;
     Geometry::MergeLineStrings(steps, 0.1);
     Geometry::MergeLineStringsAs2D(plan, 0.1);
     ASSERT_TRUE(steps.size() == 2 && plan.size() == 1);
@@ -218,8 +198,7 @@ TEST(GeometryTest, RangesClippedToAnElement) {
     double start = -1.0, end = -1.0;
     EXPECT_TRUE(Geometry::ComputeStartEndLengthOnElement(10, 20, 5, 12, start, end, 1e-4));
     EXPECT_TRUE(start == 10.0 && end == 12.0);
-    EXPECT_FALSE(Geometry::ComputeStartEndLengthOnElement(10, 20, 20, 30, start, end, 1e-4))
-        << "touching is no overlap";
+    EXPECT_FALSE(Geometry::ComputeStartEndLengthOnElement(10, 20, 20, 30, start, end, 1e-4)) << "only touching";
     EXPECT_TRUE(!Geometry::ComputeStartEndLengthOnElement(10, 20, kNan, 30, start, end, 1e-4) && end == 12.0);
 }
 

@@ -1,5 +1,4 @@
-#include "kalvio/core/Matrix3D.h"
-#include "kalvio/core/Quaternion.h"
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {
@@ -13,9 +12,7 @@ TEST(QuaternionTest, TurnsOneDirectionIntoAnother) {
         const double distances[] = {1.0, 1e-5, 1e-9, 1e-13, 0.0};  // from nearly opposite to exactly opposite
         const Vec3D to = i % 2 == 0 ? away : from * -3.0 + away * distances[i % 5];
         const Quaternion turn(from, to);
-        Vec3D image(from);
-        image *= turn;
-        EXPECT_THAT(image / from.Length(), IsNear(to / to.Length(), 2e-15));
+        EXPECT_THAT((Vec3D(from) *= turn) / from.Length(), IsNear(to / to.Length(), 2e-15));
         Vec3D axis;
         Angle angle;
         ASSERT_TRUE(turn.GetRotation(axis, angle));
@@ -34,16 +31,11 @@ TEST(QuaternionTest, AlgebraAndFailures) {
     EXPECT_TRUE((Quaternion(1, 0, 0, 0) *= Quaternion(0, 1, 0, 0)).IsEqualTo(Quaternion(0, 0, 1, 0), 1e-300))
         << "i j = k";
     const Quaternion a(0.1, -0.2, 0.3, 0.9), b(0.5, 0.6, -0.1, 0.4);
-    Quaternion product(a);
-    product *= b;
-    Quaternion unitA(a), unitB(b);
-    unitA.Normalize();
-    unitB.Normalize();
+    const Quaternion unitA = Quaternion(a).Normalize(), unitB = Quaternion(b).Normalize();
     EXPECT_TRUE(Matrix3D(Quaternion(unitA) *= unitB).Equal(Matrix3D(unitB) *= Matrix3D(unitA), 1e-15));
-    EXPECT_TRUE((Quaternion(a).Invert() *= product).IsEqualTo(b, 1e-15));
-    Vec3D v(1.0, 0.0, 0.0);
-    v *= Quaternion(0.0, 0.0, 2.0, 1.0);
-    EXPECT_THAT(v, IsNear(Vec3D(-7.0, 4.0, 0.0), 0.0)) << "not normalised: 1 - 2 * 4 and 2 * 2";
+    EXPECT_TRUE((Quaternion(a).Invert() *= Quaternion(a) *= b).IsEqualTo(b, 1e-15));
+    EXPECT_THAT(Vec3D(1, 0, 0) *= Quaternion(0.0, 0.0, 2.0, 1.0), IsNear(Vec3D(-7.0, 4.0, 0.0), 0.0))
+        << "not normalised: 1 - 2 * 4 and 2 * 2";
     Quaternion zero(0, 0, 0, 0);
     EXPECT_TRUE(zero.Invert().Normalize().IsEqualTo(Quaternion(0, 0, 0, 0), 1e-300));
     Vec3D axis(4, 5, 6);
