@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <random>
@@ -257,6 +258,11 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
         const Row rows[] = {
             {"touches along an edge", Box(x + 4, y, x + 8, y + 4), true, true},
             {"touches at a corner", Box(x - 8, y - 8, x, y), true, true},
+            {"touching is not inside", Box(x + 4, y, x + 8, y + 4), false, false},
+            {"the box itself", Box(x, y, x + 4, y + 4), false, true},
+            {"an inside edge short", Box(x, y, x + 4, y + 3.5), false, false},
+            {"apart", Box(x + 4.25, y, x + 8, y + 4), true, false},
+            {"within the item", Box(x + 1, y + 1, x + 2, y + 2), true, true},
             {"no axis", BoundingBoxND(), true, false},
         };
         for (const Row& row : rows) {
@@ -312,6 +318,36 @@ TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
             EXPECT_EQ(tree.GetRoot()->Depth(), oneByOne.GetRoot()->Depth());
             EXPECT_EQ(tree.GetMinimumExtent(), oneByOne.GetMinimumExtent());
         }
+    }
+}
+
+// Rows of a grid in one plane of the space of an index, and one item far away.
+TEST(PackingTest, NeighboursShareNodesWhateverLiesFarAway) {
+    for (const unsigned int axis : {1U, 3U}) {
+        const auto at = [axis](double x, double y) {
+            std::vector<double> coordinates(axis + 1, 7.0);
+            coordinates[0] = x;
+            coordinates[axis] = y;
+            return PointND(coordinates);
+        };
+        std::deque<Item> items;
+        std::vector<const ISpatialIndexData*> all;
+        const auto add = [&](const PointND& p) { all.push_back(&items.emplace_back(BoundingBoxND(p, p))); };
+        for (int i = 0; i < 4096; ++i) add(at(i * 2731 % 4096 % 64, i * 2731 % 4096 / 64));  // neither row by row
+        add(at(1e30, 1e30));
+        RStarTree tree;
+        tree.SetDimension(axis + 1);
+        tree.Insert(all);
+        const BoundingBoxND window(at(31, 31), at(32, 32));
+        const std::function<int(const RStarTreeNode&)> nodesAt = [&](const RStarTreeNode& node) {
+            if (!node.GetBox().Intersects(window)) return 0;
+            int nodes = node.HoldsLeaves() ? 1 : 0;
+            for (unsigned int i = 0; !node.HoldsLeaves() && i < node.GetNrOfEntries(); ++i) {
+                nodes += nodesAt(*node.GetChild(i));
+            }
+            return nodes;
+        };
+        EXPECT_LE(nodesAt(*tree.GetRoot()), 9) << "of 65";
     }
 }
 
