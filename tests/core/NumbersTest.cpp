@@ -28,8 +28,10 @@ TEST(NumbersTest, CountsSaturateAndNeverOverflow) {
     const std::tuple<const char*, int, int, std::int64_t, std::int64_t> rows[] = {
         {"the small table", 5, 2, 10, 20},
         {"all", 5, 5, 1, 120},
+        {"none", 5, 0, 1, 1},
         {"less than none", 5, -1, 0, 0},
         {"more than all", 5, 6, 1, 0},
+        {"far more than all", 5, 400, 1, 0},
         {"the last exact row of the triangle", 54, 27, 1946939425648112, most},
         {"beyond 64 bits", 100, 50, most, most},
         {"small at the far end of a huge row", 2000000000, 1, 2000000000, 2000000000},
