@@ -321,6 +321,18 @@ TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
     }
 }
 
+TEST(RTreeTest, TheNinthInsertionSplitsTheRoot) {
+    std::deque<Item> items;
+    RTree tree;
+    for (int i = 0; i < 9; ++i) {
+        if (i > 0) {
+            EXPECT_EQ(tree.GetRoot()->GetNrOfBranches(), static_cast<unsigned int>(i));
+        }
+        tree.Insert(&items.emplace_back(Box(i, 0, i + 0.5, 1)));
+    }
+    EXPECT_EQ(tree.GetRoot()->GetNrOfBranches(), 2U);
+}
+
 // Rows of a grid in one plane of the space of an index, and one item far away.
 TEST(PackingTest, NeighboursShareNodesWhateverLiesFarAway) {
     for (const unsigned int axis : {1U, 3U}) {

@@ -45,6 +45,7 @@ TEST(BoundingBoxTest, TouchingBoxesIntersect) {
         EXPECT_EQ(a.GetIntersectionArea(b), area);
         EXPECT_EQ(BoundingBoxND(a).GetIntersectionArea(BoundingBoxND(b)), area);
         EXPECT_EQ(BoundingBoxND(a).Intersects(BoundingBoxND(b)), left <= 1.0);
+        EXPECT_EQ(BoundingBoxND(b).Intersects(BoundingBoxND(a)), left <= 1.0);
     }
 }
 
