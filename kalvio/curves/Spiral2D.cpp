@@ -408,7 +408,7 @@ void Spiral2D::AppendPanels(double from, double to, double longest) {
     const double perHalf = 1.0 / half;
     Position joint;
     if (!panels.empty()) joint = panels.back().Sum(1.0);
-    panels.reserve(panels.size() + static_cast<std::size_t>(count));
+    if (panels.empty()) panels.reserve(static_cast<std::size_t>(count));
     for (double i = 0.0; i < count; ++i) {
         Panel& panel = panels.emplace_back();
         panel.middle = from + (2.0 * i + 1.0) * half;

@@ -113,7 +113,7 @@ bool SampleChainByHeight(const ElementChain<Element>& chain, double from, double
         }
     }
     Point end;
-    if (!samples.empty() && samples.back().station < to && SampleAt(chain, to, end)) {
+    if (!samples.empty() && to - samples.back().station > numericalZero && SampleAt(chain, to, end)) {
         while (samples.size() > 1 && to - samples.back().station < std::abs(tolerance)) samples.pop_back();
         samples.push_back(end);
     }
