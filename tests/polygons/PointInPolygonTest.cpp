@@ -274,7 +274,12 @@ TEST(PointInPolygonTest, StripsCutThePolygonIntoPiecesThatCoverItOnce) {
 TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
     const Polygon2D ring = MakePolygon("0 0 10 0 10 10 0 10 / 2 2 8 2 8 8 2 8"), comb(Comb(3));
     const Polygon2D touching = MakePolygon("0 0 10 0 10 10 0 10 / 10 5 4 3 4 7 / 4 3 2 2 2 6");
+    // Two teeth, from below and from above, and a hole between them: tip to tip they part the strip.
+    const Polygon2D teeth =
+        MakePolygon("0 0 10 0 10 10 0 10 / 4 1 6 1 5 4 / 5 4 6 5 5 6 4 5 / 5 6 6 9 4 9 / 8 4 9 4 9 5 8 5");
     const std::tuple<const char*, const Polygon2D*, double, double, double, std::size_t, double> rows[] = {
+        {"three holes tip to tip", &teeth, 2, 8, 0, 2, 60 - 2 - 1 - 2 * 4.0 / 3},
+        {"a hole that touches the cut and another stays a hole", &teeth, 4, 10, 0, 1, 60 - 2 - 3 - 1},
         {"through the hole", &ring, 3, 5, 0, 2, 8},
         {"along both sides of the hole", &ring, 2, 8, 0, 2, 24},
         {"all of it", &ring, -1, 11, 0, 1, 64},
@@ -285,7 +290,7 @@ TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
         {"without the tolerance a sliver joins them", &comb, 1.95, 20, 0, 1, 108.5},
         {"holes that touch a side and each other", &touching, 2.5, 6, 0, 4, 20.75},
         {"a hole from the cut to a side", &touching, 3, 11, 0, 2, 55},
-        {"a hole that touches the cut stays a hole", &touching, 2, 11, 0, 1, 64},
+        {"holes from the cut to each other and to a side", &touching, 2, 11, 0, 2, 64},
         {"touches from outside", &ring, 10, 12, 0, 0, 0},
         {"no height", &ring, 5, 5, 0, 0, 0},
         {"upside down", &ring, 5, 3, 0, 0, 0},
