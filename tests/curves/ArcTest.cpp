@@ -238,7 +238,7 @@ TEST(ArcTest, ArcsInSpaceFollowTheirCircle) {
         for (int k = 0; k <= 100; ++k) {
             const auto sample = At(arc, arc.GetLength() * k / 100.0);
             const Vec3D out = (sample.point - center) / r, offset = sample.point - arc.GetBoundingBox3D().GetCenter();
-            EXPECT_NEAR(out.Length(), 1.0, 1e-9);
+            EXPECT_NEAR(out.Length() * r, r, 4e-9);  // a few last digits of the coordinates
             EXPECT_THAT(sample.tangent, IsNear(normal.CrossProduct(out) * (sweep < 0 ? -1.0 : 1.0), 1e-8));
             double station = -1.0;
             ASSERT_TRUE(reversed.GetLengthFromEndPoint(sample.point, station, 1e-8));
