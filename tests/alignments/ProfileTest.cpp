@@ -1,0 +1,153 @@
+#include "kalvio/alignments/Profile.h"
+
+#include "support/Seed.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+using Vertex = Profile::Vertex;
+using Kind = Profile::FaultKind;
+
+TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int round = 0; round < 300; ++round) {
+        const double station = round % 2 == 0 ? 0.0 : 6e5;
+        const double height = round % 2 == 0 ? 0.0 : 2000.0;
+        const double g1 = 0.3 * unit(random) - 0.15;
+        const double g2 = 0.3 * unit(random) - 0.15;
+        const double radius = (100.0 + 400.0 * unit(random)) / std::abs(g2 - g1);
+        const double lengthOut = 10.0 + 90.0 * unit(random);
+        const Vertex vertices[] = {Vertex::Arc(station, height, radius),
+                                   Vertex::ParabolaOfRadius(station, height, radius),
+                                   Vertex::Parabola(station, height, 40.0, lengthOut)};
+        for (const Vertex& vertex : vertices) {
+            Profile profile;
+            ASSERT_TRUE(profile.Set(std::vector{Vertex::Corner(station - 700.0, height - 700.0 * g1), vertex,
+                                                Vertex::Corner(station + 700.0, height + 700.0 * g2)}));
+            const std::vector<double> joints = profile.GetJoints();
+            Profile::Place on;
+            for (std::size_t i = 1; i + 1 < joints.size(); ++i) {
+                for (const double beside : {-1e-7, 0.0, 1e-7}) {  // one tangent on both sides
+                    ASSERT_TRUE(profile.GetPlace(joints[i] + beside, on));
+                    Profile::Place at;
+                    ASSERT_TRUE(profile.GetPlace(joints[i], at));
+                    EXPECT_NEAR(on.height - beside * at.grade, at.height, 2e-12);
+                    EXPECT_NEAR(on.grade, at.grade, 1e-8);
+                }
+            }
+            double length = 0.0;  // by Gauss' two-point rule
+            const double from = joints[1];
+            const double to = joints[joints.size() - 2];
+            const int parts = 200;
+            for (int k = 0; k < 2 * parts; ++k) {
+                const double gauss = (k % 2 == 0 ? -0.5 : 0.5) / std::sqrt(3.0);
+                const double x = from + (to - from) * (k / 2 + 0.5 + gauss) / parts;
+                ASSERT_TRUE(profile.GetPlace(x, on));
+                length += (to - from) / (2 * parts) * std::hypot(1.0, on.grade);
+                std::vector<double> found;
+                profile.GetStationsOfHeight(on.height, found);
+                EXPECT_THAT(found, testing::Contains(testing::DoubleNear(x, 1e-9 + 2e-12 / std::abs(on.grade))));
+                if (vertex.curve == Profile::Curve::Arc) {
+                    // The centre, from here and from the start of the arc.
+                    Profile::Place start;
+                    ASSERT_TRUE(profile.GetPlace(from, start));
+                    EXPECT_NEAR(std::hypot(1.0, start.grade) * (on.height - start.height) * on.curvature +
+                                    std::hypot(1.0, start.grade) / std::hypot(1.0, on.grade) - 1.0,
+                                0.0, 1e-11);
+                    EXPECT_NEAR(std::abs(on.curvature), 1.0 / radius, 1e-15);
+                } else if (vertex.lengthIn == 0.0) {
+                    EXPECT_NEAR(on.grade - g1, (g2 > g1 ? x - from : from - x) / radius, 1e-12);
+                }
+            }
+            // A kink of the second derivative costs the quadrature digits.
+            EXPECT_NEAR(profile.GetSlopeLength(from, to), length, joints.size() == 4 ? 1e-9 : 1e-5);
+            EXPECT_NEAR(profile.GetSlopeLength(joints.front(), joints.back()),
+                        profile.GetSlopeLength(from, to) + (from - joints.front()) * std::hypot(1.0, g1) +
+                            (joints.back() - to) * std::hypot(1.0, g2),
+                        1e-9);
+        }
+        // The two parabolas share the grade of the tangent between the middles of the legs, and their heights above it.
+        Profile profile;
+        ASSERT_TRUE(profile.Set(std::vector{Vertex::Corner(station - 700.0, height - 700.0 * g1), vertices[2],
+                                            Vertex::Corner(station + 700.0, height + 700.0 * g2)}));
+        Profile::Place middle;
+        ASSERT_TRUE(profile.GetPlace(station, middle));
+        EXPECT_NEAR(middle.grade, (40.0 * g1 + lengthOut * g2) / (40.0 + lengthOut), 1e-12);
+        EXPECT_NEAR(middle.height - height, 0.5 * 40.0 * (middle.grade - g1), 1e-11);
+    }
+}
+
+TEST(ProfileTest, FaultsNameTheVertexAndTheAmount) {
+    struct Row {
+        const char* why;
+        std::vector<Vertex> vertices;
+        Kind kind;
+        std::size_t vertex;
+        double amount;
+        bool isEmpty;
+    };
+    const Row rows[] = {
+        {"equal stations", {{0, 1}, {50, 1}, {50, 2}}, Kind::NotAscending, 2, 0.0, true},
+        {"descending", {{0, 1}, {50, 1}, {48, 2}, {60, 2}}, Kind::NotAscending, 2, 2.0, true},
+        {"just one tangent length",
+         {{0, 0}, {50, 1, Profile::Curve::Parabola, 5, 0}, {90, 0}},
+         Kind::NotACurve,
+         1,
+         0,
+         true},
+        {"negative radius", {{0, 0}, Vertex::Arc(50, 1, -9), {90, 0}}, Kind::NotACurve, 1, -9.0, true},
+        {"a curve with one grade", {{0, 0}, Vertex::Parabola(50, 1, 9)}, Kind::CurveAtEnd, 1, 0.0, true},
+        {"not a number", {{0, 0}, {50, NAN}}, Kind::NotFinite, 1, 0.0, true},
+        {"curves overlap by 5",
+         {{0, 0}, Vertex::Parabola(50, 5, 50), Vertex::Parabola(90, 1, 40), {200, 1}},
+         Kind::Overlap,
+         2,
+         5.0,
+         false},
+        {"a curve reaches beyond the end",
+         {{0, 0}, Vertex::Parabola(50, 5, 64), {80, 1}},
+         Kind::Overlap,
+         2,
+         2.0,
+         false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Profile profile;
+        EXPECT_FALSE(profile.Set(row.vertices));
+        ASSERT_EQ(profile.GetFaults().size(), 1U);
+        EXPECT_EQ(profile.GetFaults()[0].kind, row.kind);
+        EXPECT_EQ(profile.GetFaults()[0].vertex, row.vertex);
+        EXPECT_EQ(profile.GetFaults()[0].amount, row.amount);
+        EXPECT_EQ(profile.IsEmpty(), row.isEmpty);
+        double height = -1.0;
+        if (row.isEmpty || row.vertex != 2 || row.amount != 5.0) continue;
+        EXPECT_TRUE(profile.GetHeight(69.9, height) && profile.GetHeight(75.1, height));
+        EXPECT_FALSE(profile.GetHeight(72.0, height));
+    }
+}
+
+TEST(ProfileTest, HighsAndLowsAreKinksSummitsAndLevelStretches) {
+    Profile profile;
+    ASSERT_TRUE(profile.Set(std::vector<Vertex>{
+        {0, 0}, {10, 1}, {20, 1}, {30, 1}, {40, 0}, {50, 0}, {60, -2}, Vertex::Parabola(100, -4, 40), {200, -3}}));
+    const std::vector<Profile::Extremum> found = profile.GetExtrema();
+    ASSERT_EQ(found.size(), 2U);
+    EXPECT_TRUE(found[0].isHigh && found[0].from == 10.0 && found[0].to == 30.0 && found[0].height == 1.0);
+    // From -5 % to +1 % over 40 m: level after 40 * 5 / 6.
+    EXPECT_FALSE(found[1].isHigh);
+    EXPECT_NEAR(found[1].from, 80.0 + 40.0 * 5.0 / 6.0, 1e-12);
+    EXPECT_NEAR(found[1].height, -3.0 - 0.5 * 0.05 * 40.0 * 5.0 / 6.0, 1e-14);
+    std::vector<double> stations;
+    profile.GetStationsOfHeight(0.0, stations);
+    EXPECT_THAT(stations, testing::ElementsAre(0.0, 40.0, 50.0));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
