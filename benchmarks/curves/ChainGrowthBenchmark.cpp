@@ -78,7 +78,7 @@ template <class Geometry>
 Work Breaking(Geometry geometry, std::size_t n) {
     return [geometry, cuts = Cuts(n)]() mutable {
         std::vector<IGeometry*> out;
-        geometry.BreakAtPreSorted(cuts, 0.0, out, false, kTolerances);
+        (void)geometry.BreakAtPreSorted(cuts, 0.0, out, false, kTolerances);
         benchmark::DoNotOptimize(Pieces(out.begin(), out.end()).size());
     };
 }
@@ -89,7 +89,7 @@ Work Evaluating(Chain chain, std::size_t n) {
     return [chain, n] {
         typename Chain::PolylinePoint sample;
         const double step = chain.GetLength() / static_cast<double>(n);
-        for (std::size_t i = 0; i < n; ++i) chain.MakePointAndTangentAt(static_cast<double>(i) * step, sample);
+        for (std::size_t i = 0; i < n; ++i) (void)chain.MakePointAndTangentAt(static_cast<double>(i) * step, sample);
         benchmark::DoNotOptimize(sample);
     };
 }
@@ -99,9 +99,9 @@ Work Sampling(Chain chain, std::size_t n, bool byHeight) {
         std::vector<typename Chain::PolylinePoint> samples;
         const double length = chain.GetLength();
         if (byHeight) {
-            chain.MakePointsAndTangentsUsingHeight(0.0, length, samples, 0.01, 1e-9);
+            (void)chain.MakePointsAndTangentsUsingHeight(0.0, length, samples, 0.01, 1e-9);
         } else {
-            chain.MakePointsAndTangents(0.0, length, samples, length / static_cast<double>(n), 1e-9);
+            (void)chain.MakePointsAndTangents(0.0, length, samples, length / static_cast<double>(n), 1e-9);
         }
         benchmark::DoNotOptimize(samples.data());
     };
@@ -116,7 +116,7 @@ Work Growing(std::size_t n, Make make) {
         for (std::size_t i = 0; i < n; ++i) {
             chain.AppendElement(make(i));
             const auto last = static_cast<unsigned int>(i);
-            chain.MakePointAndTangentAt(static_cast<int>(i), chain.GetElementAtIndex(last).GetLength(), sample);
+            (void)chain.MakePointAndTangentAt(static_cast<int>(i), chain.GetElementAtIndex(last).GetLength(), sample);
         }
         benchmark::DoNotOptimize(sample);
     };
@@ -152,7 +152,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [chain = Lines(1), n] {
              std::vector<Polyline2D::PolylinePoint> samples;
-             for (std::size_t i = 0; i < n; ++i) chain.MakePointsAndTangents(0.0, 1.0, samples, 0.1, 1e-9);
+             for (std::size_t i = 0; i < n; ++i) (void)chain.MakePointsAndTangents(0.0, 1.0, samples, 0.1, 1e-9);
              benchmark::DoNotOptimize(samples.data());
          };
      }},
@@ -160,7 +160,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [chain = Lines(1), n] {
              LineString2D string;
-             for (std::size_t i = 0; i < n; ++i) chain.MakeLineString(0.0, 1.0, string, 0.1, 1e-9);
+             for (std::size_t i = 0; i < n; ++i) (void)chain.MakeLineString(0.0, 1.0, string, 0.1, 1e-9);
              benchmark::DoNotOptimize(string.GetSize());
          };
      }},
@@ -198,7 +198,7 @@ const Row rows[] = {
          return [cuts = Cuts(1), n]() mutable {
              std::vector<IGeometry*> out;
              for (std::size_t i = 0; i < n; ++i) {
-                 Line2D(Corner(0), Corner(1)).BreakAtPreSorted(cuts, 0.0, out, false, kTolerances);
+                 (void)Line2D(Corner(0), Corner(1)).BreakAtPreSorted(cuts, 0.0, out, false, kTolerances);
              }
              benchmark::DoNotOptimize(Pieces(out.begin(), out.end()).size());
          };
@@ -207,7 +207,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [line = Line2D(Corner(0), Corner(n)), n] {
              std::vector<Point2D> points;
-             line.MakePoints(0.0, static_cast<double>(n), 1.0, points, true);
+             (void)line.MakePoints(0.0, static_cast<double>(n), 1.0, points, true);
              benchmark::DoNotOptimize(points.data());
          };
      }},
@@ -215,7 +215,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [arc = Arc2D(Point2D(10.0, 0.0), Point2D(), Angle(1.0)), n] {
              LineString2D string;
-             for (std::size_t i = 0; i < n; ++i) arc.MakeLineStringUsingHeight(0.0, 10.0, string, 0.01);
+             for (std::size_t i = 0; i < n; ++i) (void)arc.MakeLineStringUsingHeight(0.0, 10.0, string, 0.01);
              benchmark::DoNotOptimize(string.GetSize());
          };
      }},
@@ -258,7 +258,7 @@ const Row rows[] = {
          return [string = String(n), n] {
              std::list<Point2D> points;
              std::list<Vec2D> tangents;
-             string.MakePointsAndTangents(string.GetLength() / static_cast<double>(n), points, tangents);
+             (void)string.MakePointsAndTangents(string.GetLength() / static_cast<double>(n), points, tangents);
              benchmark::DoNotOptimize(points.size());
          };
      }},
@@ -266,7 +266,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [string = String(n)] {
              LineString2D part;
-             string.ExtractLineString(0.5, 1e9, part);
+             (void)string.ExtractLineString(0.5, 1e9, part);
              benchmark::DoNotOptimize(part.GetSize());
          };
      }},
@@ -289,7 +289,7 @@ const Row rows[] = {
          return [string = StringInSpace(n), n] {
              std::list<Point3D> points;
              std::list<Vec3D> tangents;
-             string.MakePointsAndTangents(string.GetLength() / static_cast<double>(n), points, tangents);
+             (void)string.MakePointsAndTangents(string.GetLength() / static_cast<double>(n), points, tangents);
              benchmark::DoNotOptimize(points.size());
          };
      }},
@@ -297,7 +297,7 @@ const Row rows[] = {
      [](std::size_t n) -> Work {
          return [string = StringInSpace(n)] {
              LineString3D part;
-             string.ExtractLineString(0.5, 1e9, part);
+             (void)string.ExtractLineString(0.5, 1e9, part);
              benchmark::DoNotOptimize(part.GetSize());
          };
      }},

@@ -47,8 +47,8 @@ void BM_ClothoidMakePointsAndTangents(benchmark::State& state) {
     std::vector<IPolyline2DElement::PolylineElementPoint> points;
     for (auto _ : state) {
         points.clear();
-        clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), points,
-                                       clothoid.GetLength() / static_cast<double>(state.range(0)));
+        (void)clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), points,
+                                             clothoid.GetLength() / static_cast<double>(state.range(0)));
         benchmark::DoNotOptimize(points.data());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -58,7 +58,7 @@ BENCHMARK(BM_ClothoidMakePointsAndTangents)->ArgName("samples")->Arg(100)->Arg(1
 void BM_ClothoidStationOfPoint(benchmark::State& state) {
     const Clothoid clothoid = Transition();
     IPolyline2DElement::PolylineElementPoint sample;
-    clothoid.MakePointAndTangentAt(31.4159, sample);
+    (void)clothoid.MakePointAndTangentAt(31.4159, sample);
     const Point2D query = sample.point + sample.tangent.GetNormalVector(true) * static_cast<double>(state.range(0));
     double station = 0.0;
     for (auto _ : state) {

@@ -19,7 +19,7 @@ void BM_ParabolaMakePointsAndTangents(benchmark::State& state) {
     std::vector<IPolyline2DElement::PolylineElementPoint> points;
     for (auto _ : state) {
         points.clear();
-        sag.MakePointsAndTangents(sag.GetStart().GetX(), sag.GetEnd().GetX(), points, 400.0 / samples);
+        (void)sag.MakePointsAndTangents(sag.GetStart().GetX(), sag.GetEnd().GetX(), points, 400.0 / samples);
         benchmark::DoNotOptimize(points.data());
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -32,7 +32,7 @@ void BM_ParabolaPointAtStation(benchmark::State& state) {
     double station = 123.4;
     for (auto _ : state) {
         benchmark::DoNotOptimize(station);
-        sag.MakePointAndTangentAt(station, sample);
+        (void)sag.MakePointAndTangentAt(station, sample);
         benchmark::DoNotOptimize(sample);
     }
 }
@@ -44,7 +44,7 @@ void BM_ParabolaStationOfPoint(benchmark::State& state) {
     double station = 0.0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(query);
-        sag.GetLengthFromStartPoint(query, station, 1e-4);
+        (void)sag.GetLengthFromStartPoint(query, station, 1e-4);
         benchmark::DoNotOptimize(station);
     }
 }

@@ -11,7 +11,7 @@ namespace {
 void BM_StationOnChain(benchmark::State& state) {
     const Polyline2D road = Road(state.range(0) + 1);
     Polyline2D::PolylinePoint sample;
-    road.MakePointAndTangentAt(static_cast<int>(state.range(0)) / 4 * 4, 20.0, sample);
+    (void)road.MakePointAndTangentAt(static_cast<int>(state.range(0)) / 4 * 4, 20.0, sample);
     Point2D point = sample.point;
     for (auto _ : state) {
         double station = 0.0;
@@ -29,7 +29,7 @@ BENCHMARK(BM_StationOnChain)->ArgName("elements")->Arg(8)->Arg(100)->Arg(1000)->
 void BM_StationByWalk(benchmark::State& state) {
     const Polyline2D road = Road(state.range(0) + 1);
     Polyline2D::PolylinePoint sample;
-    road.MakePointAndTangentAt(static_cast<int>(state.range(0)) / 4 * 4, 20.0, sample);
+    (void)road.MakePointAndTangentAt(static_cast<int>(state.range(0)) / 4 * 4, 20.0, sample);
     Point2D point = sample.point;
     for (auto _ : state) {
         double station = 0.0;

@@ -31,8 +31,8 @@ inline Polyline2D Road(std::int64_t elements) {
                 road.AppendElement(new Clothoid(radius, 0.0, parameter, at, along));
         }
         Polyline2D::PolylinePoint sample;
-        road.MakePointAndTangentAt(static_cast<int>(i),
-                                   road.GetElementAtIndex(static_cast<unsigned int>(i)).GetLength(), sample);
+        (void)road.MakePointAndTangentAt(static_cast<int>(i),
+                                         road.GetElementAtIndex(static_cast<unsigned int>(i)).GetLength(), sample);
         at = road.GetEnd();
         along = sample.tangent;
     }

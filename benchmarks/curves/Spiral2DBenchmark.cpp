@@ -25,7 +25,7 @@ void BM_Spiral2DPointAndTangent(benchmark::State& state) {
     double station = 31.4159;
     for (auto _ : state) {
         benchmark::DoNotOptimize(station);
-        spiral.MakePointAndTangentAt(station, sample);
+        (void)spiral.MakePointAndTangentAt(station, sample);
         benchmark::DoNotOptimize(sample);
     }
 }

@@ -64,7 +64,7 @@ BENCHMARK(BM_PolygonValidate)->ArgName("vertices")->Arg(1000)->Arg(100000);
 void BM_PolygonGetPointInsideBoundary(benchmark::State& state) {
     RunMeasure(state, [](const Polygon2D& polygon) {
         Point2D inside;
-        polygon.GetPointInsideBoundary(inside, 1e-6);
+        (void)polygon.GetPointInsideBoundary(inside, 1e-6);
         return inside.GetX();
     });
 }

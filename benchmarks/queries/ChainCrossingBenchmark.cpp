@@ -88,7 +88,7 @@ Polyline2D Road(std::int64_t count, double side) {
     Polyline2D road;
     IPolyline2DElement::PolylineElementPoint end{Point2D(385000.0 + side, 6672000.0), Vec2D(1.0, 0.0), 0.0};
     const auto append = [&](auto* element) {
-        element->MakePointAndTangentAt(element->GetLength(), end);
+        (void)element->MakePointAndTangentAt(element->GetLength(), end);
         road.AppendElement(element);
     };
     for (std::int64_t i = 0; i < count / 4; ++i) {

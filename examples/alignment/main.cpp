@@ -151,7 +151,7 @@ void CheckStep(const std::vector<Alignment>& alignments, double step) {
 template <class Emit>
 void ForEachSample(const Polyline2D& plan, double step, Emit&& emit) {
     std::vector<Polyline2D::PolylinePoint> samples;
-    plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, step, 1e-6);
+    (void)plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, step, 1e-6);
     for (const Polyline2D::PolylinePoint& sample : samples) emit(sample);
 }
 
@@ -293,7 +293,7 @@ void DrawPlan(Svg& svg, const SvgPanel& panel, const Alignment& alignment, doubl
 
     const double first = std::ceil(alignment.startStation / labelStep) * labelStep;
     std::vector<Polyline2D::PolylinePoint> samples;
-    plan.MakePointsAndTangents(first - alignment.startStation, plan.GetLength(), samples, labelStep, 1e-6);
+    (void)plan.MakePointsAndTangents(first - alignment.startStation, plan.GetLength(), samples, labelStep, 1e-6);
     for (const Polyline2D::PolylinePoint& sample : samples) {
         const double station = alignment.startStation + sample.station;
         if (std::abs(std::remainder(station, labelStep)) > 1e-3) continue;  // the end of the chain

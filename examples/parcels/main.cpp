@@ -216,7 +216,7 @@ void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, con
     }
     for (std::size_t i = 0; i < areas.size(); ++i) {
         Point2D inside = rows[i].centroid;
-        areas[i].polygon.GetPointInsideBoundary(inside, 0.0);
+        (void)areas[i].polygon.GetPointInsideBoundary(inside, 0.0);  // else the centroid
         svg.Text(panel.ToPage(inside), areas[i].name, 11, "#222222", SvgAnchor::Middle);
         if (rows[i].fault) svg.Circle(panel.ToPage(*rows[i].fault), 6.0, {"#c0392b", 1.6, "", ""});
     }

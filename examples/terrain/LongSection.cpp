@@ -55,9 +55,9 @@ LongSection::LongSection(const IndexedTriangleSet3D& surface, const Alignment& s
     const Polyline2D& plan = source.plan;
     if (plan.GetLength() / step > mostRows) throw InputError("the step is too short for the length of " + source.name);
     Samples table;
-    plan.MakePointsAndTangents(0.0, plan.GetLength(), table, step, stationMerge);
+    (void)plan.MakePointsAndTangents(0.0, plan.GetLength(), table, step, stationMerge);
     Samples axis = table;
-    plan.MakePointsAndTangentsUsingHeight(0.0, plan.GetLength(), axis, chordHeight, stationMerge);
+    (void)plan.MakePointsAndTangentsUsingHeight(0.0, plan.GetLength(), axis, chordHeight, stationMerge);
     std::stable_sort(axis.begin(), axis.end(), IsBefore);
     const auto isSame = [](const Sample& a, const Sample& b) { return b.station - a.station <= stationMerge; };
     axis.erase(std::unique(axis.begin(), axis.end(), isSame), axis.end());

@@ -44,7 +44,7 @@ Measures::Measures(const IndexedTriangleSet3D& surface, const std::optional<doub
     plan.AppendVertices(places);
     plan.AppendIndexes(surface.GetIndexes());
     std::vector<Polygon2D> areas;
-    plan.GetBoundaries(areas, true);
+    (void)plan.GetBoundaries(areas, true);
     outerRings = areas.size();
     for (const Polygon2D& area : areas) {
         holes += area.GetNumHoleBoundaries();

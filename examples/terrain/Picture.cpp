@@ -148,7 +148,7 @@ void DrawAxis(Svg& svg, const SvgPanel& panel, const BoundingBox2D& extent, cons
     const double border = 10.0 / panel.GetScaleX();
     std::vector<Polyline2D::PolylinePoint> samples;
     const double spacing = std::max(2.0 / panel.GetScaleX(), plan.GetLength() / 20000.0);
-    plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, spacing, 1e-6);
+    (void)plan.MakePointsAndTangents(0.0, plan.GetLength(), samples, spacing, 1e-6);
     std::vector<std::vector<Point2D>> lines(1);
     for (const Polyline2D::PolylinePoint& sample : samples) {
         if (extent.IsPointInside(sample.point, border)) {

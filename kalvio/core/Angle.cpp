@@ -34,6 +34,12 @@ void Angle::SetDegrees(double degrees) { SetRadians(degrees * detail::radiansPer
 
 void Angle::SetGrad(double grads) { SetRadians(grads * detail::pi / gradsPerHalfTurn); }
 
+Angle Angle::FromGradians(double gradians) {
+    Angle angle;
+    angle.SetGrad(gradians);
+    return angle;
+}
+
 // While above `above` a turn is removed, then while not above `notAbove` one is added.
 double Angle::Reduce(double value, double above, double notAbove) {
     if (!std::isfinite(value)) return value;

@@ -3,6 +3,7 @@
 #include "kalvio/core/IMathObject.h"
 #include "kalvio/core/detail/Constants.h"
 
+#include <compare>
 #include <cstdint>
 
 namespace Kalvio::Math {
@@ -38,6 +39,10 @@ public:
     Angle(const Angle&) = default;
     Angle& operator=(const Angle&) = default;
 
+    /// The angle of degrees, or of gradians (400 to the turn), normalised by `NormalizeAngle`.
+    [[nodiscard]] static Angle FromDegrees(double degrees) { return {degrees * detail::radiansPerDegree}; }
+    [[nodiscard]] static Angle FromGradians(double gradians);
+
     MathTypes GetType() const override;
 
     double GetRadians() const { return radians; }
@@ -72,6 +77,24 @@ public:
     static void TransformDecimalDegree(AngleUnit to, double& value);
     /// Divides by 3600 for every target, `DegreeSecond` included; `TransformValue` guards equal units.
     static void TransformDegreeSecond(AngleUnit to, double& value);
+
+    /// Arithmetic on the radians; every result is normalised by `NormalizeAngle`, so that a full turn is kept, its
+    /// opposite is 0, and an angle halved and doubled again is itself. Nothing guards a division by 0.
+    Angle operator-() const { return {-radians}; }
+    Angle& operator+=(const Angle& other) { return *this = {radians + other.radians}; }
+    Angle& operator-=(const Angle& other) { return *this = {radians - other.radians}; }
+    Angle& operator*=(double factor) { return *this = {radians * factor}; }
+    Angle& operator/=(double divisor) { return *this = {radians / divisor}; }
+    friend Angle operator+(Angle a, const Angle& b) { return a += b; }
+    friend Angle operator-(Angle a, const Angle& b) { return a -= b; }
+    friend Angle operator*(Angle a, double factor) { return a *= factor; }
+    friend Angle operator*(double factor, Angle a) { return a *= factor; }
+    friend Angle operator/(Angle a, double divisor) { return a /= divisor; }
+
+    /// By the radians as they are, exactly: -pi/2, 3 pi/2 and 2 pi are three values, 0 and -0.0 one, and NaN compares
+    /// false. A number on one side becomes an angle first, normalised. `IsEqualTo` compares directions.
+    friend bool operator==(const Angle& a, const Angle& b) { return a.radians == b.radians; }
+    friend std::partial_ordering operator<=>(const Angle& a, const Angle& b) { return a.radians <=> b.radians; }
 
 protected:
     void CopyData(const Angle& other) { radians = other.radians; }

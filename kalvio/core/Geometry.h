@@ -66,10 +66,10 @@ public:
 
     /// Start (end) of a point, line, arc, line string or polyline, in plan or space; a plan form drops z, a 3D form
     /// takes z = 0 from plan geometries. @return false, the point untouched, for an empty chain and any other type
-    static bool GetStartPoint(const IGeometry& geometry, Point2D& point);
-    static bool GetStartPoint(const IGeometry& geometry, Point3D& point);
-    static bool GetEndPoint(const IGeometry& geometry, Point2D& point);
-    static bool GetEndPoint(const IGeometry& geometry, Point3D& point);
+    [[nodiscard]] static bool GetStartPoint(const IGeometry& geometry, Point2D& point);
+    [[nodiscard]] static bool GetStartPoint(const IGeometry& geometry, Point3D& point);
+    [[nodiscard]] static bool GetEndPoint(const IGeometry& geometry, Point2D& point);
+    [[nodiscard]] static bool GetEndPoint(const IGeometry& geometry, Point3D& point);
     /// The first (last) line or arc of a line, arc or chain, through nested chains; it stays owned by `geometry`. Null
     /// for any other type and for an empty chain.
     static const IGeometry* GetStartSegment(const IGeometry& geometry);
@@ -78,8 +78,8 @@ public:
     /// hold), and end points of elements as 3D points (z = 0 in plan); a vertex that two consecutive elements share is
     /// taken once.
     /// @return false, nothing appended, for any other type; for several geometries, when any of them has none
-    static bool GetVertices(const IGeometry& geometry, std::vector<Point3D>& vertices);
-    static bool GetVertices(std::vector<const IGeometry*>& geometries, std::vector<Point3D>& vertices);
+    [[nodiscard]] static bool GetVertices(const IGeometry& geometry, std::vector<Point3D>& vertices);
+    [[nodiscard]] static bool GetVertices(std::vector<const IGeometry*>& geometries, std::vector<Point3D>& vertices);
 
     /// Convex hull, counter-clockwise from the lowest (of those the leftmost) point, not closed, by a Graham scan (R.
     /// L. Graham, 1972). Collinear points keep only the two extremes; no points give an empty polygon. n log n.
@@ -108,8 +108,8 @@ public:
     /// Clips the range of stations [from, to] to an element that reaches from `elementStart` to `elementEnd`.
     /// @param start,end  the clipped range on the same scale; untouched when there is none
     /// @return false when the range and the element do not overlap by more than the tolerance
-    static bool ComputeStartEndLengthOnElement(double elementStart, double elementEnd, double from, double to,
-                                               double& start, double& end, double tolerance);
+    [[nodiscard]] static bool ComputeStartEndLengthOnElement(double elementStart, double elementEnd, double from,
+                                                             double to, double& start, double& end, double tolerance);
 };
 
 // Two objects of one class compare by that class's own IsEqualTo; a curve is equal to a chain that holds just its

@@ -21,7 +21,7 @@ public:
     virtual void GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                          const Tolerances& tolerances) const = 0;
     /// Appends the indexes of the elements shorter than `minLength`.
-    virtual bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const = 0;
+    [[nodiscard]] virtual bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const = 0;
     /// Removes the elements of the given ascending indexes; each class says what the flag selects.
     virtual void RemoveElements(const std::vector<std::uint64_t>& indexes, bool flag) = 0;
 

@@ -6,6 +6,19 @@
 
 namespace Kalvio::Math {
 
+namespace {
+
+// Hands the pieces that `cut` appends to a list of plain pointers over to owners.
+template <class Cut>
+bool CutInto(std::vector<std::unique_ptr<IGeometry>>& out, Cut&& cut) {
+    std::vector<IGeometry*> pieces;
+    const bool isCut = cut(pieces);
+    for (IGeometry* const piece : pieces) out.emplace_back(piece);
+    return isCut;
+}
+
+}  // namespace
+
 void IGeometry::Reverse() {}
 
 double IGeometry::GetLength() const { return 0.0; }
@@ -37,6 +50,24 @@ bool IGeometry::BreakAt(const std::vector<Point2D>& points, std::vector<IGeometr
                         const Tolerances& tolerances) const {
     const std::unique_ptr<IGeometry> copy(Clone());
     return copy->BreakAt(points, out, false, tolerances);
+}
+
+bool IGeometry::BreakAt(const std::vector<Point2D>& points, std::vector<std::unique_ptr<IGeometry>>& out,
+                        bool modifyThis, const Tolerances& tolerances) {
+    return CutInto(out, [&](auto& pieces) { return BreakAt(points, pieces, modifyThis, tolerances); });
+}
+
+bool IGeometry::BreakAt(const std::vector<Point2D>& points, std::vector<std::unique_ptr<IGeometry>>& out,
+                        const Tolerances& tolerances) const {
+    const std::unique_ptr<IGeometry> copy(Clone());
+    return copy->BreakAt(points, out, false, tolerances);
+}
+
+bool IGeometry::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                 std::vector<std::unique_ptr<IGeometry>>& out, bool modifyThis,
+                                 const Tolerances& tolerances) {
+    return CutInto(
+        out, [&](auto& pieces) { return BreakAtPreSorted(breaks, startStation, pieces, modifyThis, tolerances); });
 }
 
 template <>

@@ -3,6 +3,7 @@
 #include "kalvio/core/IMathObject.h"
 
 #include <map>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -42,13 +43,14 @@ public:
     /// @param out         receives the pieces, owned by the caller
     /// @param modifyThis  true: this geometry becomes the first piece and only the others go to `out`
     /// @return whether anything was cut. Default: false
-    virtual bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out, bool modifyThis,
-                         const Tolerances& tolerances);
+    [[nodiscard]] virtual bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out,
+                                       bool modifyThis, const Tolerances& tolerances);
     /// `BreakAt` for points whose stations are known.
     /// @param breaks        points by ascending station
     /// @param startStation  station of this geometry's start on the scale of `breaks`
-    virtual bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
-                                  std::vector<IGeometry*>& out, bool modifyThis, const Tolerances& tolerances);
+    [[nodiscard]] virtual bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                                std::vector<IGeometry*>& out, bool modifyThis,
+                                                const Tolerances& tolerances);
     /// True when the point lies on this geometry within the user tolerance. Default: false.
     virtual bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const;
     /// Moves the start (end) to the point. Default: false. Some classes change and still answer false; they say so.
@@ -61,7 +63,17 @@ public:
     /// @return a reversed copy owned by the caller, never null
     [[nodiscard]] IGeometry* CloneAsReverse() const;
     /// Cuts a copy: this geometry stays as it is and all pieces go to `out`.
-    bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out, const Tolerances& tolerances) const;
+    [[nodiscard]] bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out,
+                               const Tolerances& tolerances) const;
+
+    /// The break operations with pieces that own themselves.
+    [[nodiscard]] bool BreakAt(const std::vector<Point2D>& points, std::vector<std::unique_ptr<IGeometry>>& out,
+                               bool modifyThis, const Tolerances& tolerances);
+    [[nodiscard]] bool BreakAt(const std::vector<Point2D>& points, std::vector<std::unique_ptr<IGeometry>>& out,
+                               const Tolerances& tolerances) const;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<std::unique_ptr<IGeometry>>& out, bool modifyThis,
+                                        const Tolerances& tolerances);
 };
 
 }  // namespace Kalvio::Math

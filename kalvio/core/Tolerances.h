@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Angle.h"
 #include "kalvio/core/IMathObject.h"
+#include "kalvio/core/detail/Constants.h"
 
 namespace Kalvio::Math {
 
@@ -13,6 +14,12 @@ namespace Kalvio::Math {
 /// - angle tolerance: parallelism and angular equality.
 class KALVIO_MATH_API Tolerances : public IMathObject {
 public:
+    /// The standard of the library, with which everything decides that receives no tolerances: user tolerance 1e-4,
+    /// system epsilon 1e-10, angle tolerance 1e-4 rad.
+    [[nodiscard]] static Tolerances Standard() { return Tolerances(detail::standardUserTolerance); }
+
+    /// A user tolerance with the standard system epsilon, 1e-10: what functions that take a single tolerance decide by.
+    explicit Tolerances(double user) : Tolerances(user, detail::numericalZero) {}
     /// The angle tolerance becomes `user` radians. A `system` epsilon that is not a number counts as `user`.
     Tolerances(double user, double system) : Tolerances(user, Angle(user), system) {}
     /// Mind the order: the system epsilon comes last here.

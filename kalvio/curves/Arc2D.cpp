@@ -1,7 +1,7 @@
 #include "kalvio/curves/Arc2D.h"
 
 #include "kalvio/core/Geometry.h"
-#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/PlanElements.h"
@@ -355,7 +355,7 @@ bool Arc2D::MakeLineStringUsingHeight(double from, double to, LineString2D& line
 
 std::list<Line2D> Arc2D::MakeLines(double step) const {
     std::vector<PolylineElementPoint> points;
-    MakePointsAndTangents(0.0, GetLength(), points, step);
+    (void)MakePointsAndTangents(0.0, GetLength(), points, step);
     std::list<Line2D> lines;
     for (std::size_t i = 1; i < points.size(); ++i) lines.emplace_back(points[i - 1].point, points[i].point);
     return lines;

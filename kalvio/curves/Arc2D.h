@@ -45,8 +45,9 @@ public:
     /// |radius sweep|.
     double GetLength() const override;
     /// The pieces are true parts of this arc and join exactly: cuts lie at their stations on the arc.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// On the circle and within the sweep; the rule of `Intersection::PointOnArc`.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
@@ -56,9 +57,10 @@ public:
     const Point2D& GetEnd() const override { return endPoint; }
     /// Length along the arc to the point's direction from the centre, in the direction of travel. Points beyond an end,
     /// or across the seam of a full circle, that lie on the arc within the tolerance have that end's station.
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The nearest point of the arc; of two equally near ends, and for the centre itself, the start.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
     /// The same with tangent and station.
@@ -66,7 +68,7 @@ public:
     /// The nearest foot of a perpendicular, on the far side of the centre too; for the centre itself the start. An end
     /// counts when the foot lies beyond it by at most the tolerance, along the tangent.
     /// @return false, `foot` untouched, when there is none, and for a length or radius of 0
-    bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
+    [[nodiscard]] bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
     /// The point halfway along the arc.
     const Point2D GetMiddlePoint() const override;
 
@@ -120,35 +122,37 @@ public:
     bool IsPointInside(const Point2D& point, double tolerance) const;
     /// Length along the full circle from the start (end) to the point, the shorter way round.
     /// @return false, `length` untouched, when the point is not on the circle within the tolerance
-    bool GetShortestLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const;
-    bool GetShortestLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const;
+    [[nodiscard]] bool GetShortestLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const;
+    [[nodiscard]] bool GetShortestLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const;
     /// The point of the arc at the abscissa x.
     /// @param y          height of the first such point in the direction of travel
     /// @param tolerance  x may miss the circle, and the point an end, by |tolerance|
     /// @return the number of such points: 0 (y untouched), 1 or 2
-    int GetY(double x, double& y, double tolerance) const;
+    [[nodiscard]] int GetY(double x, double& y, double tolerance) const;
     /// The point at a station; outside [0, length] further round the circle. False for radius 0.
-    bool GetPointOffsetFromStart(double station, Point2D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, Point2D& point) const;
     /// The sample at a station; false, `result` untouched, out of [0, length] by more than 1e-10 or for radius 0.
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// The part between two stations.
     /// @return false, `part` untouched, unless 0 <= from < to <= length, both ends within 1e-10
-    bool MakeArc(double from, double to, Arc2D& part) const;
+    [[nodiscard]] bool MakeArc(double from, double to, Arc2D& part) const;
 
     /// As for `Line2D`: appends samples at from, from + step ... up to `to` or the end of the arc.
-    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
-                    bool closeAtEnd) const;
-    bool MakePoints(double from, double to, double step, std::vector<Point2D>& points, bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<Point2D>& points,
+                                  bool closeAtEnd) const;
     /// Appends samples at from, from + step ... and at `to` itself, the range clipped to the arc. The forms with
     /// `height` take equal steps, the longest whose chords stay within that height of the arc (at most a quarter
     /// circle).
     /// @return false, nothing appended, for an empty range or a step or height that is not positive
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step) const;
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
-                                          double height) const;
-    bool MakePointsUsingHeight(double from, double to, std::vector<Point2D>& points, double height) const;
-    bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
-    bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                             double step) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to,
+                                                        std::vector<PolylineElementPoint>& points, double height) const;
+    [[nodiscard]] bool MakePointsUsingHeight(double from, double to, std::vector<Point2D>& points, double height) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const;
     /// The chords between samples of the whole arc; none for a step that is not positive.
     std::list<Line2D> MakeLines(double step) const;
 

@@ -48,15 +48,15 @@ public:
     const Point3D& GetStart() const override { return startPoint; }
     const Point3D& GetEnd() const override { return endPoint; }
     /// Points at most |tolerance| from the arc in space are on it.
-    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
     /// With another element in space: a `Polyline3D` of clones, the elements of a polyline taken one by one; else null.
     [[nodiscard]] IGeometry* Append(const IGeometry* const other) const override;
 
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
     using IPolyline3DElement::IsPointOnGeometry;
-    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
+    [[nodiscard]] bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
 
     void Set(const Point3D& start, const Point3D& center, const Angle& sweep, const Plane3D& arcPlane);
     /// Through three points in order of travel, which is counter-clockwise about the normal of their plane.
@@ -94,21 +94,23 @@ public:
     /// In the circular segment, within |tolerance| of it and of its plane.
     bool IsPointInside(const Point3D& point, const Tolerances& tolerances) const;
     bool IsPointInside(const Point3D& point, double tolerance) const;
-    bool GetShortestLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const;
-    bool GetShortestLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const;
-    bool GetPointOffsetFromStart(double station, Point3D& point) const;
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
-    bool MakeArc(double from, double to, Arc3D& part) const;
+    [[nodiscard]] bool GetShortestLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const;
+    [[nodiscard]] bool GetShortestLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, Point3D& point) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakeArc(double from, double to, Arc3D& part) const;
 
-    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
-                    bool closeAtEnd) const;
-    bool MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const;
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step) const;
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
-                                          double height) const;
-    bool MakePointsUsingHeight(double from, double to, std::vector<Point3D>& points, double height) const;
-    bool MakeLineString(double from, double to, LineString3D& lineString, double step) const;
-    bool MakeLineStringUsingHeight(double from, double to, LineString3D& lineString, double height) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<Point3D>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                             double step) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to,
+                                                        std::vector<PolylineElementPoint>& points, double height) const;
+    [[nodiscard]] bool MakePointsUsingHeight(double from, double to, std::vector<Point3D>& points, double height) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString3D& lineString, double step) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(double from, double to, LineString3D& lineString, double height) const;
     std::list<Line3D> MakeLines(double step) const;
 
 private:

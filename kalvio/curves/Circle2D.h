@@ -61,25 +61,25 @@ public:
     ///
     /// A point within 1e-8 of the circle has one tangent, in `left`: a line of unit length to the left from it.
     /// @return their number: 2; 1 on the circle and for radius 0; 0 inside. Lines beyond that number are untouched
-    int GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const;
+    [[nodiscard]] int GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const;
     /// Tangents, from where they touch this circle to where they touch the other, that cross the line of the centres.
     /// `left` touches this circle to the left of the way to the other centre.
     ///
     /// Circles that touch from outside within the tolerance have one, in `left`: a line of unit length to the left from
     /// the point where they touch.
     /// @return their number: 2, 1, or 0 for circles that overlap or have the same centre
-    int GetCrossingTangents(const Circle2D& other, Line2D& left, Line2D& right, double tolerance) const;
+    [[nodiscard]] int GetCrossingTangents(const Circle2D& other, Line2D& left, Line2D& right, double tolerance) const;
     /// The same for the tangents that leave both circles on one side; one for circles that touch from inside within
     /// 1e-8, none where one circle lies inside the other.
-    int GetNonCrossingTangents(const Circle2D& other, Line2D& left, Line2D& right) const;
+    [[nodiscard]] int GetNonCrossingTangents(const Circle2D& other, Line2D& left, Line2D& right) const;
 
     /// Appends the circle as a closed ring, its first point repeated at the end: equal steps of at most `step` along
     /// the circle, or `count` of them, or steps whose chords stay within `height`. There are at least three (four for
     /// `height`).
     /// @return false, nothing appended, for radius 0, a step or height that is not positive, or a count below 3
-    bool MakeLineString(LineString2D& lineString, double step) const;
-    bool MakeLineString(LineString2D& lineString, unsigned int count) const;
-    bool MakeLineStringUsingHeight(LineString2D& lineString, double height) const;
+    [[nodiscard]] bool MakeLineString(LineString2D& lineString, double step) const;
+    [[nodiscard]] bool MakeLineString(LineString2D& lineString, unsigned int count) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(LineString2D& lineString, double height) const;
     /// The points of that ring, the first one not repeated; empty on failure.
     std::list<Point2D> MakePoints(double step) const;
 

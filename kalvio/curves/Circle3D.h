@@ -63,14 +63,16 @@ public:
 
     /// As for `Circle2D`, left and right seen from the tip of this circle's normal. A point or circle further than
     /// |tolerance| from this circle's plane has no tangents.
-    int GetTangentsThroughPoint(const Point3D& point, Line3D& left, Line3D& right, double tolerance) const;
-    int GetCrossingTangents(const Circle3D& other, Line3D& left, Line3D& right, double tolerance) const;
-    int GetNonCrossingTangents(const Circle3D& other, Line3D& left, Line3D& right, double tolerance) const;
+    [[nodiscard]] int GetTangentsThroughPoint(const Point3D& point, Line3D& left, Line3D& right,
+                                              double tolerance) const;
+    [[nodiscard]] int GetCrossingTangents(const Circle3D& other, Line3D& left, Line3D& right, double tolerance) const;
+    [[nodiscard]] int GetNonCrossingTangents(const Circle3D& other, Line3D& left, Line3D& right,
+                                             double tolerance) const;
 
     /// As for `Circle2D`.
-    bool MakeLineString(LineString3D& lineString, double step) const;
-    bool MakeLineString(LineString3D& lineString, unsigned int count) const;
-    bool MakeLineStringUsingHeight(LineString3D& lineString, double height) const;
+    [[nodiscard]] bool MakeLineString(LineString3D& lineString, double step) const;
+    [[nodiscard]] bool MakeLineString(LineString3D& lineString, unsigned int count) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(LineString3D& lineString, double height) const;
     std::list<Point3D> MakePoints(double step) const;
 
 private:

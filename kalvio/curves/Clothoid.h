@@ -61,8 +61,9 @@ public:
     /// |A^2/R2 - A^2/R1|, a straight end contributing 0.
     double GetLength() const override;
     /// Pieces are clothoids of the same parameter that start and end on the curve.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// See `GetLengthFromStartPoint`; with the user tolerance.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
@@ -82,20 +83,22 @@ public:
     /// The station of the sample nearest to the point, not of an interpolated foot: good to the tolerance. The curve is
     /// sampled at 21 stations and again between the neighbours of the nearest one until a sample is strictly nearer
     /// than the tolerance, or the step is below it (false).
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
     /// The tangent of that sample, with the user tolerance.
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The foot (or end) nearest to the point over the whole curve, to rounding; the first of equals.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
     /// The same over the stations [from, to], with tangent and station. False for an empty range, no curve, and where
     /// no distance is finite.
-    bool GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const;
+    [[nodiscard]] bool GetNearestPoint(const Point2D& point, double from, double to,
+                                       PolylineElementPoint& nearest) const;
     /// The nearest foot of a perpendicular over those stations, beyond a centre of curvature too. An end of them counts
     /// when the foot lies beyond it by at most the tolerance, along the tangent.
     /// @return false, `foot` untouched, when there is none, for an empty range, or no curve
-    bool GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
-                        PolylineElementPoint& foot) const;
+    [[nodiscard]] bool GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
+                                      PolylineElementPoint& foot) const;
 
     double GetStartRadius() const { return startRadius; }
     double GetEndRadius() const { return endRadius; }
@@ -112,10 +115,10 @@ public:
     Vec2D GetEndTangent() const;
 
     /// Point, tangent and station at a length from the start; false more than 1e-10 outside [0, length].
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// From the start to the point at a station, and the tangent there: digits that survey coordinates would lose.
     /// @return false for a curve that is none; the station is not checked
-    bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
+    [[nodiscard]] bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
     /// Signed curvature 1/R at a station, positive turning left.
     double GetCurvature(double station) const;
 
@@ -157,22 +160,26 @@ public:
 
     /// Appends the points of the whole curve; no chord lies further than the tolerance from it. False for a tolerance
     /// that is not positive.
-    bool MakeLineString(LineString2D& lineString, double chordTolerance, int terms) const;
+    [[nodiscard]] bool MakeLineString(LineString2D& lineString, double chordTolerance, int terms) const;
     /// The sampling functions append samples at from, from + step ... and at `to`, the range clipped to the curve.
     /// @return false, nothing appended, for an empty range (from > to included) or a step that is not positive
-    bool MakeLineString(double from, double to, LineString2D& lineString, double step, int terms = defaultTerms) const;
-    bool MakeLineString(double from, double to, std::list<double>& lengths, std::list<Point2D>& points, double step,
-                        int terms = defaultTerms) const;
-    bool MakePoints(double from, double to, std::list<Point2D>& points, double step, int terms = defaultTerms) const;
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step,
-                               int terms = defaultTerms) const;
-    bool MakePointsAndTangents(double from, double to, std::vector<Point2D>& points, std::vector<Vec2D>& tangents,
-                               double step, int terms = defaultTerms) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& lineString, double step,
+                                      int terms = defaultTerms) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, std::list<double>& lengths, std::list<Point2D>& points,
+                                      double step, int terms = defaultTerms) const;
+    [[nodiscard]] bool MakePoints(double from, double to, std::list<Point2D>& points, double step,
+                                  int terms = defaultTerms) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                             double step, int terms = defaultTerms) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<Point2D>& points,
+                                             std::vector<Vec2D>& tangents, double step, int terms = defaultTerms) const;
     /// Samples at given stations. @return false, nothing appended, where one is more than 1e-10 outside [0, length]
-    bool MakePointsAndTangentsAt(std::span<const double> stations, std::vector<PolylineElementPoint>& points) const;
+    [[nodiscard]] bool MakePointsAndTangentsAt(std::span<const double> stations,
+                                               std::vector<PolylineElementPoint>& points) const;
     /// The same with steps such that no chord lies further than `height` from the curve.
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
-                                          double height, int terms = defaultTerms) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to,
+                                                        std::vector<PolylineElementPoint>& points, double height,
+                                                        int terms = defaultTerms) const;
 
     /// sqrt(radius length).
     [[nodiscard]] static double ComputeParameter(double radius, double length);

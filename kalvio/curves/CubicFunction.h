@@ -34,11 +34,12 @@ public:
     /// @return number of real roots: 0 to 3
     int GetRoots(double (&roots)[3]) const;
     /// @return number of roots, real and complex: the degree; outputs beyond it are untouched
-    int GetRoots(std::complex<double>& first, std::complex<double>& second, std::complex<double>& third) const;
+    [[nodiscard]] int GetRoots(std::complex<double>& first, std::complex<double>& second,
+                               std::complex<double>& third) const;
     /// The root of index 0 to 2; NaN when there is none.
     std::complex<double> GetRoot(int index) const;
     /// The same where it is real; false, `root` untouched, for a complex root and for none.
-    bool GetRoot(int index, double& root) const;
+    [[nodiscard]] bool GetRoot(int index, double& root) const;
 
     /// What counts as zero in the root computation, for all cubics of the program. Default 1e-12.
     static double GetEpsilon() { return s_Epsilon.load(std::memory_order_relaxed); }

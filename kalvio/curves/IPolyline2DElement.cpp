@@ -21,15 +21,22 @@ bool IPolyline2DElement::BreakAtPreSorted(std::map<double, const Point2D>& break
     return copy->BreakAtPreSorted(breaks, startStation, out, false, tolerances);
 }
 
+bool IPolyline2DElement::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                          std::vector<std::unique_ptr<IGeometry>>& out,
+                                          const Tolerances& tolerances) const {
+    const std::unique_ptr<IGeometry> copy(Clone());
+    return copy->BreakAtPreSorted(breaks, startStation, out, false, tolerances);
+}
+
 double IPolyline2DElement::LengthFromStartPoint(const Point2D& point, double tolerance) const {
     double length = 0.0;
-    GetLengthFromStartPoint(point, length, tolerance);
+    (void)GetLengthFromStartPoint(point, length, tolerance);
     return length;
 }
 
 double IPolyline2DElement::LengthFromEndPoint(const Point2D& point, double tolerance) const {
     double length = 0.0;
-    GetLengthFromEndPoint(point, length, tolerance);
+    (void)GetLengthFromEndPoint(point, length, tolerance);
     return length;
 }
 

@@ -8,6 +8,7 @@
 #include "kalvio/core/Vec2D.h"
 
 #include <map>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -29,12 +30,15 @@ public:
 
     double GetLength() const override = 0;
     /// Takes the station of each point that lies on the element and leaves the cutting to `BreakAtPreSorted`.
-    bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out, bool modifyThis,
-                 const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAt(const std::vector<Point2D>& points, std::vector<IGeometry*>& out, bool modifyThis,
+                               const Tolerances& tolerances) override;
     using IGeometry::BreakAt;
     /// Cuts a copy: this element stays as it is and all pieces go to `out`.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          const Tolerances& tolerances) const;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, const Tolerances& tolerances) const;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<std::unique_ptr<IGeometry>>& out,
+                                        const Tolerances& tolerances) const;
     using IGeometry::BreakAtPreSorted;
 
     virtual const Point2D& GetStart() const = 0;
@@ -42,12 +46,14 @@ public:
     /// Station of the point; 0 when the point is not on the element.
     virtual double LengthFromStartPoint(const Point2D& point, double tolerance) const;
     /// @param length  station of the point; untouched when it is not on the element within the tolerance
-    virtual bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const = 0;
+    [[nodiscard]] virtual bool GetLengthFromStartPoint(const Point2D& point, double& length,
+                                                       double tolerance) const = 0;
     /// The same measured back from the end.
     virtual double LengthFromEndPoint(const Point2D& point, double tolerance) const;
-    virtual bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const = 0;
+    [[nodiscard]] virtual bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const = 0;
     /// @param tangent  unit direction of travel at the point; untouched when it is not on the element
-    virtual bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const = 0;
+    [[nodiscard]] virtual bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                              const Tolerances& tolerances) const = 0;
     /// The point of the element nearest to `point`. Default: the query point itself.
     virtual Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const;
     /// Default: the middle of the chord.

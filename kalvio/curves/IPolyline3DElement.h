@@ -33,8 +33,9 @@ public:
     /// The same measured back from the end.
     virtual double LengthFromEndPoint(const Point3D& point, double tolerance) const;
     /// @param length  station of the point; untouched when it is not on the element within the tolerance
-    virtual bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const = 0;
-    virtual bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const = 0;
+    [[nodiscard]] virtual bool GetLengthFromStartPoint(const Point3D& point, double& length,
+                                                       double tolerance) const = 0;
+    [[nodiscard]] virtual bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const = 0;
     /// The point of the element nearest to `point`. Default: the query point itself.
     virtual Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const;
 };

@@ -1,8 +1,8 @@
 #include "kalvio/curves/Line2D.h"
 
 #include "kalvio/core/Geometry.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/PlanElements.h"
@@ -98,13 +98,13 @@ IGeometry* Line2D::Append(const IGeometry* const other) const {
 }
 
 bool Line2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
-    if (!IsPointOnGeometry(point, detail::TolerancesFor(tolerance))) return false;
+    if (!IsPointOnGeometry(point, Tolerances(tolerance))) return false;
     length = start.Distance(point);
     return true;
 }
 
 bool Line2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
-    if (!IsPointOnGeometry(point, detail::TolerancesFor(tolerance))) return false;
+    if (!IsPointOnGeometry(point, Tolerances(tolerance))) return false;
     length = end.Distance(point);
     return true;
 }

@@ -40,8 +40,9 @@ public:
     /// Exchanges start and end.
     void Reverse() override;
     double GetLength() const override { return start.Distance(end); }
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// Inside the box of the line widened by the user tolerance, and on its infinite line within it. A line of zero
     /// length holds no point.
@@ -56,10 +57,11 @@ public:
     const Point2D& GetStart() const override { return start; }
     const Point2D& GetEnd() const override { return end; }
     /// The distance from the start (end) when the point lies on the line.
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
     /// The direction of the line, wherever the point lies, a unit vector however short the line; always true.
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The start for a line shorter than the system epsilon.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
 
@@ -84,8 +86,8 @@ public:
     /// The point of the infinite line at height y (at abscissa x).
     /// @return 1 when found; for a horizontal (vertical) line 2 when every value qualifies, else 0, the output
     /// untouched
-    int GetX(double y, double& x) const;
-    int GetY(double x, double& y) const;
+    [[nodiscard]] int GetX(double y, double& x) const;
+    [[nodiscard]] int GetY(double x, double& y) const;
     /// Inclusive; false for a line of zero length.
     bool IsPointOnInfiniteLine(const Point2D& point, double tolerance) const;
     /// Distance from the start (end), negative when the point lies behind the start (beyond the end): both measures are
@@ -93,21 +95,23 @@ public:
     double GetDistanceFromStartPoint(const Point2D& point) const;
     double GetDistanceFromEndPoint(const Point2D& point) const;
     /// The point at a station, extrapolated outside [0, length]; false for a length below 1e-10.
-    bool GetPointOffsetFromStart(double station, Point2D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, Point2D& point) const;
     /// The same moved by `direction` times `offset`.
-    bool GetPointOffsetFromStart(double station, double offset, const Vec2D& direction, Point2D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, double offset, const Vec2D& direction,
+                                               Point2D& point) const;
     /// The same moved by `offset` along the line direction turned counter-clockwise by `turn`.
-    bool GetPointOffsetFromStart(double station, double offset, const Angle& turn, Point2D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, double offset, const Angle& turn, Point2D& point) const;
 
     /// The sample at a station; false, the result untouched, for a line of zero length or out of [0, length] by more
     /// than 1e-10.
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// Appends samples at from, from + step ... up to `to` or the end of the line; a negative `from` extrapolates. With
     /// `closeAtEnd` the end follows when `to` lies beyond it, also where a step fell on it.
     /// @return false, nothing appended, when from lies beyond the length, to < 0 or step is not positive
-    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
-                    bool closeAtEnd) const;
-    bool MakePoints(double from, double to, double step, std::vector<Point2D>& points, bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<Point2D>& points,
+                                  bool closeAtEnd) const;
 
     /// A non-const line is changed in place.
     Line2D& Transform(const Matrix2D& matrix);

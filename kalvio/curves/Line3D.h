@@ -35,8 +35,8 @@ public:
     const Point3D& GetEnd() const override { return end; }
     /// The distance from the start (end) when the point lies on the segment: inside its box widened by the tolerance
     /// and at most the tolerance from its line, both inclusive. A line of zero length holds no point.
-    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
     /// The start for a line shorter than the system epsilon.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
     /// With a `Line3D`: a `LineString3D` of this start, this end and the other's end (the other's start is not looked
@@ -48,7 +48,7 @@ public:
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
     using IPolyline3DElement::IsPointOnGeometry;
     /// The direction of the line, wherever the point lies, a unit vector however short the line; always true.
-    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
+    [[nodiscard]] bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
     /// The start (end) becomes the point, without a test of direction; always true.
     bool ExtendStart(const Point3D& point, const Tolerances& tolerances);
     bool ExtendEnd(const Point3D& point, const Tolerances& tolerances);
@@ -69,12 +69,13 @@ public:
     Vec3D GetDirection() const { return (end - start).Normalize(); }
     const Point3D GetMiddlePoint() const { return (start + end) * 0.5; }
     /// The point at a station, extrapolated outside [0, length]; false for a length below 1e-10.
-    bool GetPointOffsetFromStart(double station, Point3D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double station, Point3D& point) const;
     /// As for `Line2D`, with the height carried along.
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
-    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
-                    bool closeAtEnd) const;
-    bool MakePoints(double from, double to, double step, std::vector<Point3D>& points, bool closeAtEnd) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<Point3D>& points,
+                                  bool closeAtEnd) const;
 
     /// Where p lies on the plan projection of the infinite line (on the plan segment): the height of the foot in space
     /// of (p.x, p.y, 0) on the line; else 0. For a sloping line that foot is not the point above p: for the height

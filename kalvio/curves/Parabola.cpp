@@ -1,9 +1,9 @@
 #include "kalvio/curves/Parabola.h"
 
 #include "kalvio/core/Geometry.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/BracketedNewton.h"
 #include "kalvio/core/detail/Constants.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/detail/ArcSampling.h"
 #include "kalvio/curves/detail/BreakElement.h"
@@ -134,14 +134,14 @@ IGeometry* Parabola::Append(const IGeometry* const other) const {
 }
 
 bool Parabola::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
-    const Point2D foot = GetNearestPoint(point, detail::TolerancesFor(tolerance));
+    const Point2D foot = GetNearestPoint(point, Tolerances(tolerance));
     if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
     length = GetArcLength(start.GetX(), foot.GetX());
     return true;
 }
 
 bool Parabola::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
-    const Point2D foot = GetNearestPoint(point, detail::TolerancesFor(tolerance));
+    const Point2D foot = GetNearestPoint(point, Tolerances(tolerance));
     if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
     length = GetArcLength(foot.GetX(), end.GetX());
     return true;
@@ -219,7 +219,7 @@ Point2D Parabola::GetNearestPoint(const Point2D& point, const Tolerances&) const
 }
 
 IPolyline2DElement::PolylineElementPoint Parabola::GetNearestPoint(const Point2D& point) const {
-    const Point2D nearest = GetNearestPoint(point, detail::StandardTolerances());
+    const Point2D nearest = GetNearestPoint(point, Tolerances::Standard());
     return MakeSample(nearest, GetArcLength(start.GetX(), nearest.GetX()));
 }
 

@@ -45,8 +45,9 @@ public:
     /// `GetLength(start, end, 1e-10)`.
     double GetLength() const override;
     /// The pieces are parabolas of the same coefficients.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// At most the user tolerance away from the nearest point of the element; inclusive.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
@@ -58,10 +59,11 @@ public:
     const Point2D& GetStart() const override { return start; }
     const Point2D& GetEnd() const override { return end; }
     /// Arc length from the start (end) to the foot of the point.
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
     /// (1, u) at the abscissa of the point, scaled to length 1, whichever way the element runs.
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The nearest of all feet on the element and its two ends, the first from the start where several are equally
     /// near.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
@@ -70,7 +72,7 @@ public:
     /// The nearest foot of a perpendicular on the element, beyond a centre of curvature too. An end counts when the
     /// foot lies beyond it by at most the tolerance, along the tangent.
     /// @return false, `foot` untouched, when there is none, for an element of no extent, and values that are not finite
-    bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
+    [[nodiscard]] bool GetNormalPoint(const Point2D& point, double tolerance, PolylineElementPoint& foot) const;
 
     void GetParameters(double& quadratic, double& linear, double& constant) const;
     void SetParameters(double quadratic, double linear, double constant);
@@ -79,12 +81,12 @@ public:
 
     [[nodiscard]] double Evaluate(double x) const { return (a * x + b) * x + c; }
     /// Always 1.
-    int GetY(double x, double& y) const;
+    [[nodiscard]] int GetY(double x, double& y) const;
     /// The next three: false, the output untouched, for |a| < 1e-10, where the curve is straight.
-    bool GetSummit(Point2D& summit) const;
-    bool GetFocus(Point2D& focus) const;
+    [[nodiscard]] bool GetSummit(Point2D& summit) const;
+    [[nodiscard]] bool GetFocus(Point2D& focus) const;
     /// Height of the directrix, a horizontal line.
-    bool GetDirectix(double& y) const;
+    [[nodiscard]] bool GetDirectix(double& y) const;
     /// |0.005 / a|: the horizontal distance over which the grade changes by one percent; infinite for a = 0.
     double GetParameterK() const;
     /// Zeros of the whole curve: x1 = (-b + sqrt(D)) / 2a, x2 = (-b - sqrt(D)) / 2a with D = b^2 - 4 a c. a must not be
@@ -92,7 +94,7 @@ public:
     /// A D within the rounding of b^2, 4 eps b^2 either way, counts as 0: the curve touches the axis at x1 = x2 = -b /
     /// 2a.
     /// @return 0 for D < 0, outputs untouched; 1 for D < 1e-10; else 2
-    int FindRoots(double& x1, double& x2) const;
+    [[nodiscard]] int FindRoots(double& x1, double& x2) const;
     /// Arc length between the abscissae of two points, never negative. For |a| < `tolerance` that of the chord.
     double GetLength(const Point2D& p1, const Point2D& p2, double tolerance) const;
     Vec2D GetStartTangent() const { return ComputeTangent(start); }
@@ -103,28 +105,30 @@ public:
     /// `left`.
     /// @return their number: 2 outside, 1 on the curve, 0 inside; lines beyond that number are untouched. A curve that
     ///         is straight (|a| < 1e-10) has no other tangent than itself
-    int GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const;
+    [[nodiscard]] int GetTangentsThroughPoint(const Point2D& point, Line2D& left, Line2D& right) const;
 
     /// Point, tangent and station at an arc length from the start; false more than 1e-10 outside [0, length].
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// The same at an abscissa; false outside those of the start and the end.
-    bool MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const;
 
     /// The sampling functions append samples of the whole curve at the abscissae from, from +- step ... towards `to`;
     /// `to` may be the smaller one. Stations are arc lengths from the start of the element, negative before it.
     /// @param step        along x
     /// @param closeAtEnd  `to` itself is the last sample
     /// @return false, nothing appended, for a step (height) that is not positive and values that are not finite
-    bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
-                    bool closeAtEnd) const;
-    bool MakePoints(double from, double to, double step, std::vector<Point2D>& points, bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,
+                                  bool closeAtEnd) const;
+    [[nodiscard]] bool MakePoints(double from, double to, double step, std::vector<Point2D>& points,
+                                  bool closeAtEnd) const;
     /// The same, with `to` always the last sample. The forms with `height` take the fewest equal steps whose chords lie
     /// nowhere further than that, measured vertically, from the curve.
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step) const;
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
-                                          double height) const;
-    bool MakePointsUsingHeight(double from, double to, std::vector<Point2D>& points, double height) const;
-    bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                             double step) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to,
+                                                        std::vector<PolylineElementPoint>& points, double height) const;
+    [[nodiscard]] bool MakePointsUsingHeight(double from, double to, std::vector<Point2D>& points, double height) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
 
     /// A non-const parabola is changed in place.
     Parabola& Translate(const Vec2D& v);

@@ -1,10 +1,10 @@
 #include "kalvio/curves/Polyline2D.h"
 
 #include "kalvio/core/Geometry.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/BoxHierarchy.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/SegmentDistance.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
@@ -321,7 +321,7 @@ bool Polyline2D::FindShortElements(std::vector<std::uint64_t>& indexes, double m
 }
 
 void Polyline2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
-    const Tolerances standard = detail::StandardTolerances();
+    const Tolerances standard = Tolerances::Standard();
     const std::vector<std::uint64_t> removed = elements.KnownIndexes(indexes);
     std::vector<std::pair<std::size_t, std::size_t>> runs;  // [first, last), ascending
     for (std::size_t i = 0; i < removed.size();) {

@@ -65,8 +65,9 @@ public:
     double GetLength() const override;
     /// The pieces are polylines. A cut within the user tolerance of a joint falls on the joint; cuts nearer than that
     /// to the cut (or chain start) before them, and cuts in an element that cannot be broken, are skipped.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
     /// Extends the first (last) element; true whatever that element answers, false for an empty chain.
@@ -80,20 +81,22 @@ public:
     /// The first element that holds the point answers, counted from the end where it is measured from there: the
     /// reversed chain measures the same.
     /// @param length  set to 0 when no element holds the point (false)
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
     /// The direction of the first element that holds the point.
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The nearest point over all elements, the first of equals; the query point for an empty chain.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
     /// The same with its element, tangent, distance and station.
     /// @return false, `nearest` untouched, for an empty chain and where no distance is finite
-    bool GetNearestPoint(const Point2D& point, PolylinePoint& nearest, const Tolerances& tolerances) const;
+    [[nodiscard]] bool GetNearestPoint(const Point2D& point, PolylinePoint& nearest,
+                                       const Tolerances& tolerances) const;
     /// The nearest foot of a perpendicular on the elements, the first of equals, those of line strings and chains among
     /// them taken apart. A joint is a foot when it is one of an element that ends there: when the foot lies beyond that
     /// end by at most the tolerance.
     /// @return false, `foot` untouched, when there is none, and for a point that is not finite
-    bool GetNormalPoint(const Point2D& point, double tolerance, PolylinePoint& foot) const;
+    [[nodiscard]] bool GetNormalPoint(const Point2D& point, double tolerance, PolylinePoint& foot) const;
 
     /// The element stays owned by the chain. An index out of range gives the first element, or a line of zero length
     /// when the chain is empty.
@@ -110,7 +113,7 @@ public:
     /// @return true when some element is shorter than `minLength`. A chain that is shorter as a whole (or empty) gives
     /// true
     ///         and no indexes
-    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
+    [[nodiscard]] bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
     /// Removes the elements of the indexes; indexes out of range are ignored, repeated ones count once. A gap that
     /// opens inside the chain is closed where the line or line string behind it, else before it, can be moved to its
     /// other side; next to other elements it stays.
@@ -133,30 +136,31 @@ public:
 
     /// The first point of the chain at the abscissa start.x + `length`.
     /// @return 1 when found; 2 when a vertical line lies there (its start is given); 0 when none, `result` untouched
-    int GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const;
+    [[nodiscard]] int GetPointUsingLengthAlongXAxis(double length, PolylinePoint& result, double tolerance) const;
     /// The height there, within 1e-10.
-    int GetYUsingLengthAlongXAxis(double length, double& y) const;
+    [[nodiscard]] int GetYUsingLengthAlongXAxis(double length, double& y) const;
 
     /// Point, tangent and station at a station of the chain; at a joint the element that starts there. @return false,
     /// the result untouched, out of [0, length] by more than 1e-10 or where a degenerate element cannot be evaluated
-    bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
     /// The same at a length along one element.
     /// @param station  along the element, from 0 to its length; the result's station is along the chain
     /// @return false for an index or station out of range (by more than 1e-10)
-    bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
     /// Appends samples at from, from + step ... and `to`, the range clipped to the chain; at a joint the element that
     /// starts there is sampled. A last sample nearer than the tolerance to `to` gives way to it.
     /// @return false, nothing appended, for an empty range or a step that is not positive
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
-                               double tolerance) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
+                                             double tolerance) const;
     /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled,
     /// those within the tolerance of each other as one.
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points, double height,
-                                          double tolerance) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points,
+                                                        double height, double tolerance) const;
     /// The points alone, appended to a line string.
-    bool MakeLineString(double from, double to, LineString2D& lineString, double step, double tolerance) const;
-    bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height,
-                                   double tolerance) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& lineString, double step,
+                                      double tolerance) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height,
+                                                 double tolerance) const;
 
 private:
     // The boxes of the elements, and of runs of them.

@@ -1,7 +1,7 @@
 #include "kalvio/curves/Polyline3D.h"
 
 #include "kalvio/core/Geometry.h"
-#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/ChainSampling.h"
 #include "kalvio/curves/detail/SpaceElements.h"
@@ -138,7 +138,7 @@ void Polyline3D::GetLengthsAlongGeometry(const Point3D& point, std::vector<doubl
 }
 
 void Polyline3D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements) {
-    const Tolerances standard = detail::StandardTolerances();
+    const Tolerances standard = Tolerances::Standard();
     const std::vector<std::uint64_t> removed = elements.KnownIndexes(indexes);
     for (std::size_t end = removed.size(); end > 0;) {
         std::size_t first = end - 1;

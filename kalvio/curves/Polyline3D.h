@@ -47,8 +47,8 @@ public:
     const Point3D& GetEnd() const override;
     /// The first element that holds the point answers, counted from the end where it is measured from there.
     /// @param length  set to 0 when no element holds the point (false)
-    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
     /// The nearest point over all elements, the first of equals; the query point for an empty chain.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
 
@@ -56,7 +56,7 @@ public:
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;
     using IPolyline3DElement::IsPointOnGeometry;
     /// The direction of the first element that holds the point; false, `tangent` untouched, when there is none.
-    bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
+    [[nodiscard]] bool ComputeTangent(const Point3D& point, Vec3D& tangent, const Tolerances& tolerances) const;
     /// Moves the start of the first (end of the last) element; false for an empty chain. An arc becomes the one through
     /// its middle.
     bool ExtendStart(const Point3D& point, const Tolerances& tolerances);
@@ -82,7 +82,7 @@ public:
     /// @return true when some element is shorter than `minLength`. A chain that is shorter as a whole (or empty) gives
     /// true
     ///         and no indexes
-    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
+    [[nodiscard]] bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
 
     /// Takes the element over and appends it. It must not belong to a chain already, this one included: that is not
     /// looked for, and each would delete it. @return false, nothing taken, for a null pointer or this chain itself
@@ -100,22 +100,23 @@ public:
     Point3D GetMidPoint() const;
     /// Point, tangent and station at a station of the chain; at a joint the element that starts there. @return false,
     /// the result untouched, out of [0, length] by more than 1e-10 or where a degenerate element cannot be evaluated
-    bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylinePoint& result) const;
     /// The same at a length along one element.
-    bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
     /// Appends samples at from, from + step ... and `to`, the range clipped to the chain. A last sample nearer than the
     /// tolerance to `to` gives way to it.
     /// @return false, nothing appended, for an empty range or a step that is not positive
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
-                               double tolerance) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,
+                                             double tolerance) const;
     /// The same with steps such that no chord lies further than `height` from its curve; joints are always sampled,
     /// those within the tolerance of each other as one.
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points, double height,
-                                          double tolerance) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylinePoint>& points,
+                                                        double height, double tolerance) const;
     /// The points alone, appended to a line string.
-    bool MakeLineString(double from, double to, LineString3D& lineString, double step, double tolerance) const;
-    bool MakeLineStringUsingHeight(double from, double to, LineString3D& lineString, double height,
-                                   double tolerance) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString3D& lineString, double step,
+                                      double tolerance) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(double from, double to, LineString3D& lineString, double height,
+                                                 double tolerance) const;
 
 private:
     detail::ElementChain<IPolyline3DElement> elements;

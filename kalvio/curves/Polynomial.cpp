@@ -432,7 +432,7 @@ Polynomial Polynomial::EstimateQuadraticFactorsByRecursion(unsigned int depth) c
     Polynomial quadratic = depth > 0 ? derivative.EstimateQuadraticFactorsByRecursion(depth - 1) : Polynomial();
     Polynomial quotient;
     double residual = 0.0;
-    derivative.FindQuadraticFactorsByBairstow(quadratic, quotient, residual, mostIterations, stepTolerance);
+    (void)derivative.FindQuadraticFactorsByBairstow(quadratic, quotient, residual, mostIterations, stepTolerance);
     return quadratic;
 }
 

@@ -67,7 +67,7 @@ public:
     /// @param factors  appended to; monic, degree 2
     /// @return false, outputs untouched, when the polynomial is 0, holds a value that is not finite or overflows when
     ///         its roots are scaled to magnitudes around 1, or when the difference above would exceed 1e-7
-    bool FindQuadraticFactors(Polynomial& rest, std::vector<Polynomial>& factors) const;
+    [[nodiscard]] bool FindQuadraticFactors(Polynomial& rest, std::vector<Polynomial>& factors) const;
 
     /// Bairstow's method (L. Bairstow, 1920): Newton's method for the two coefficients of a quadratic x^2 + u x + v
     /// whose division leaves no remainder. Ends when the remainder has sunk to its rounding error or the step is at
@@ -78,8 +78,8 @@ public:
     /// @param quotient   this polynomial divided by it
     /// @param residual   remainder relative to the sum of the magnitudes it was summed up from: about 1e-16 when found
     /// @return iterations used; 0, outputs untouched, for a degree below 2 and for values that are not finite
-    int FindQuadraticFactorsByBairstow(Polynomial& quadratic, Polynomial& quotient, double& residual,
-                                       unsigned int maxIterations, double tolerance) const;
+    [[nodiscard]] int FindQuadraticFactorsByBairstow(Polynomial& quadratic, Polynomial& quotient, double& residual,
+                                                     unsigned int maxIterations, double tolerance) const;
 
     /// Chebyshev polynomial of degree n at x: of the first kind, T_n(cos t) = cos(n t), or with `secondKind`
     /// U_n(cos t) = sin((n + 1) t) / sin t. Any x; the cost does not depend on n. Source: DLMF 18.5.1, 18.5.2.

@@ -70,8 +70,9 @@ public:
     /// Pieces are exact parts of this curve. A piece of a clothoid is a clothoid; a piece of another type keeps the law
     /// of the whole and its place in it, and reports the radii of its own ends. Changing the type, a radius or the
     /// length of such a piece makes it a whole spiral of its type.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// Distance from the curve strictly below the user tolerance.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
@@ -85,19 +86,23 @@ public:
     const Point2D& GetStart() const override { return start; }
     const Point2D& GetEnd() const override { return end; }
     /// The station of the foot, when the point is nearer to the curve than the tolerance, strictly.
-    bool GetLengthFromStartPoint(const Point2D& point, double& stationFromStart, double tolerance) const override;
-    bool GetLengthFromEndPoint(const Point2D& point, double& stationFromEnd, double tolerance) const override;
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& stationFromStart,
+                                               double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& stationFromEnd,
+                                             double tolerance) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The foot (or end) nearest to the point over the whole curve, to rounding; the first of equals.
     Point2D GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const override;
     /// The same over the stations [from, to], with tangent and station. False for an empty range, no curve, and where
     /// no distance is finite.
-    bool GetNearestPoint(const Point2D& point, double from, double to, PolylineElementPoint& nearest) const;
+    [[nodiscard]] bool GetNearestPoint(const Point2D& point, double from, double to,
+                                       PolylineElementPoint& nearest) const;
     /// The nearest foot of a perpendicular over those stations, beyond a centre of curvature too. An end of them counts
     /// when the foot lies beyond it by at most the tolerance, along the tangent.
     /// @return false, `foot` untouched, when there is none, for an empty range, or no curve
-    bool GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
-                        PolylineElementPoint& foot) const;
+    [[nodiscard]] bool GetNormalPoint(const Point2D& point, double from, double to, double tolerance,
+                                      PolylineElementPoint& foot) const;
 
     Spiral2DType GetSpiralType() const { return type; }
     double GetStartRadius() const { return startRadius; }
@@ -112,10 +117,10 @@ public:
     void SetStartTangent(const Vec2D& value);
 
     /// Point, tangent and station at a length from the start; false more than 1e-10 outside [0, length].
-    bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
+    [[nodiscard]] bool MakePointAndTangentAt(double station, PolylineElementPoint& result) const;
     /// From the start to the point at a station, and the tangent there: digits that survey coordinates would lose.
     /// @return false for a curve that is none; the station is not checked
-    bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
+    [[nodiscard]] bool MakeOffsetAndTangentAt(double station, Vec2D& offset, Vec2D& tangent) const;
     /// Signed curvature 1/R at a station, positive turning left.
     double GetCurvature(double station) const;
 
@@ -123,11 +128,12 @@ public:
     /// such that no chord lies further than that from the curve.
     /// @return false, nothing appended, for an empty range (from > to included) or a step or height that is not
     /// positive
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points, double step) const;
-    bool MakePointsAndTangentsUsingHeight(double from, double to, std::vector<PolylineElementPoint>& points,
-                                          double height) const;
-    bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
-    bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& points,
+                                             double step) const;
+    [[nodiscard]] bool MakePointsAndTangentsUsingHeight(double from, double to,
+                                                        std::vector<PolylineElementPoint>& points, double height) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& lineString, double step) const;
+    [[nodiscard]] bool MakeLineStringUsingHeight(double from, double to, LineString2D& lineString, double height) const;
 
 private:
     class Evaluator;

@@ -46,7 +46,7 @@ public:
     /// way; they may not overlap. Near linear.
     /// @param withHoles  false: outer rings alone
     /// @return whether there is any polygon
-    bool GetBoundaries(std::vector<Polygon2D>& boundaries, bool withHoles) const;
+    [[nodiscard]] bool GetBoundaries(std::vector<Polygon2D>& boundaries, bool withHoles) const;
 
     /// Merges vertices at most the tolerance apart, as `IndexedTriangleSet3D::CollapsePoints` does.
     bool CollapsePoints(double tolerance);

@@ -106,7 +106,7 @@ public:
     /// seen from the side where they run counter-clockwise, all taken as running like the first one of their surface.
     /// The border of a surface with one side only, a Moebius strip, runs like its first edge.
     /// @return whether there is a border
-    bool GetBoundaries(std::vector<LineString3D>& boundaries) const;
+    [[nodiscard]] bool GetBoundaries(std::vector<LineString3D>& boundaries) const;
     /// Replaces another set by the vertical walls between the border and a height: two triangles per edge of
     /// `GetBoundaries`, which run against the triangles above them, so that a terrain and its walls are coherent. Where
     /// the border lies at the height the walls have no area (`RemoveLineTriangles`).
@@ -187,7 +187,7 @@ public:
     /// the vertices of this set stay. @return whether there were any; `verticals` is emptied otherwise
     bool ExtractVerticalTriangles(IndexedTriangleSet3D& verticals);
     /// `IndexedTriangleSet3DCleanUp::SplitIntoUnconnectedSurfaces`. @return whether there is any surface
-    bool SplitIntoUnconnectedSurfaces(std::vector<IndexedTriangleSet3D>& surfaces) const;
+    [[nodiscard]] bool SplitIntoUnconnectedSurfaces(std::vector<IndexedTriangleSet3D>& surfaces) const;
 
     /// A non-const set is changed in place.
     IndexedTriangleSet3D& Transform(const Matrix3D& matrix);

@@ -2,8 +2,8 @@
 
 #include "kalvio/core/Geometry.h"
 #include "kalvio/core/Point3D.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
@@ -208,7 +208,7 @@ bool LineString2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const To
 
 const Point2D LineString2D::GetMiddlePoint() const {
     Point2D middle;
-    GetPointOffsetFromStart(GetLength() * 0.5, middle);
+    (void)GetPointOffsetFromStart(GetLength() * 0.5, middle);
     return middle;
 }
 
@@ -303,7 +303,7 @@ bool LineString2D::GetClosestSegment(const Point2D& point, unsigned int& index) 
 }
 
 bool LineString2D::GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const {
-    return ComputeTangent(point, tangent, detail::StandardTolerances());
+    return ComputeTangent(point, tangent, Tolerances::Standard());
 }
 
 bool LineString2D::GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const {
@@ -424,7 +424,7 @@ bool LineString2D::IsSelfCrossing(Point2D& crossing, double tolerance) const {
 
 bool LineString2D::IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const {
     std::vector<std::pair<Point2D, double>> found;
-    IsSelfCrossing(found, tolerance);
+    (void)IsSelfCrossing(found, tolerance);
     crossings.clear();
     crossings.reserve(found.size());
     for (const auto& [point, length] : found) crossings.push_back(point);

@@ -56,8 +56,9 @@ public:
     double GetLength() const override;
     /// The pieces are line strings with the vertices between two cuts; a vertex within the user tolerance of a cut
     /// gives way to it.
-    bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation, std::vector<IGeometry*>& out,
-                          bool modifyThis, const Tolerances& tolerances) override;
+    [[nodiscard]] bool BreakAtPreSorted(std::map<double, const Point2D>& breaks, double startStation,
+                                        std::vector<IGeometry*>& out, bool modifyThis,
+                                        const Tolerances& tolerances) override;
     using IPolyline2DElement::BreakAtPreSorted;
     /// True at the first segment that holds the point (`Intersection::PointOnLineSegment`, user tolerance).
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
@@ -73,11 +74,12 @@ public:
     const Point2D& GetEnd() const override;
     /// Length up to the point along the first segment that holds it, so the earlier one at a shared vertex.
     /// @param length  0 when the point is not on the string within the tolerance
-    bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const override;
     /// What `GetLengthFromStartPoint` of the reversed string gives: the first segment from the end wins.
-    bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const override;
     /// Unit direction of the first segment that holds the point and is longer than 1e-10.
-    bool ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const override;
+    [[nodiscard]] bool ComputeTangent(const Point2D& point, Vec2D& tangent,
+                                      const Tolerances& tolerances) const override;
     /// The point half way along; the origin when there is none.
     const Point2D GetMiddlePoint() const override;
 
@@ -93,7 +95,7 @@ public:
     /// Appends the indexes of the segments strictly shorter than `minLength`.
     /// @return whether any was found; true, with nothing appended, for fewer than two points or when the whole string
     ///         is shorter
-    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
+    [[nodiscard]] bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
     /// Removes segments, all indexes being those before the call: the end point of each goes, so that it merges into
     /// the segment after it. Indexes beyond the last segment are ignored, repeated ones count once.
     /// @param protect  keeps segment 0; the last segment is not protected
@@ -112,7 +114,7 @@ public:
         return points[index];
     }
     /// False, `point` untouched, when there is no such point.
-    bool GetPoint(int index, Point2D& point) const;
+    [[nodiscard]] bool GetPoint(int index, Point2D& point) const;
     /// For an empty string, a spare point at the origin that is no part of it.
     Point2D& GetEnd();
 
@@ -144,17 +146,17 @@ public:
     /// The point at a length from the start; a negative length extends the first segment backwards.
     /// @return false, `point` untouched, for fewer than two points, for a length more than 1e-10 beyond the end, and
     ///         where the segment at that length is shorter than 1e-10
-    bool GetPointOffsetFromStart(double length, Point2D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double length, Point2D& point) const;
     /// The nearest segment, the lowest index on ties.
     /// @return false, `index` untouched, for fewer than two points and where no distance is finite
-    bool GetClosestSegment(const Point2D& point, unsigned int& index) const;
+    [[nodiscard]] bool GetClosestSegment(const Point2D& point, unsigned int& index) const;
 
     /// `ComputeTangent` with the standard tolerances.
-    bool GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const;
+    [[nodiscard]] bool GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const;
     /// Unit direction at a length from the start: of the segment there or, within the tolerance of the end of a
     /// segment, the mean of its direction and the next one's (of length 0 where the string turns back on itself).
     /// @return false, `tangent` untouched, for fewer than two points and beyond either end by more than the tolerance
-    bool GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const;
+    [[nodiscard]] bool GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const;
 
     /// Inserts the point before the end point of the first segment that reaches the length: at length 0 it becomes the
     /// second point.
@@ -168,19 +170,21 @@ public:
     /// Replaces the points of `out` by the part between two lengths: the point at `from`, the vertices between, the
     /// point at `to`. A negative `from` extends the first segment backwards, a `to` beyond the end stops there.
     /// @return whether `out` has any point; false, `out` untouched, for fewer than two points and for to < from
-    bool ExtractLineString(double from, double to, LineString2D& out) const;
+    [[nodiscard]] bool ExtractLineString(double from, double to, LineString2D& out) const;
     /// Appends samples of the part between two lengths: at from, from + step, from + 2 step ... and at `to`, or at the
     /// end of the string when that comes first. A negative `from` extends the first segment backwards; a vertex has the
     /// direction of the segment before it.
     /// @return false, nothing appended, for a string of no length, `from` beyond the end, to < from, to < 0, and a step
     ///         that is not positive
-    bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& samples, double step) const;
-    bool MakePointsAndTangents(double from, double to, double step, std::list<Point2D>& samples,
-                               std::list<Vec2D>& tangents) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, std::vector<PolylineElementPoint>& samples,
+                                             double step) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, double step, std::list<Point2D>& samples,
+                                             std::list<Vec2D>& tangents) const;
     /// The same along the whole string.
-    bool MakePointsAndTangents(double step, std::list<Point2D>& samples, std::list<Vec2D>& tangents) const;
+    [[nodiscard]] bool MakePointsAndTangents(double step, std::list<Point2D>& samples,
+                                             std::list<Vec2D>& tangents) const;
     /// The same, only the points, into a string.
-    bool MakeLineString(double from, double to, LineString2D& out, double step) const;
+    [[nodiscard]] bool MakeLineString(double from, double to, LineString2D& out, double step) const;
     /// Lengthens the string by one point on `target`. With `straight`, the end segment is taken on as an infinite line
     /// and meets `target` in the crossing nearest to the end. Without, or when that is further than `maxDistance`, the
     /// end is projected: to the nearest point of `target`, if that is at most `maxDistance` away and at most `maxAngle`
@@ -196,12 +200,12 @@ public:
     [[nodiscard]] bool IsSelfCrossing(double tolerance) const;
     /// @param crossing  the first crossing along the string; untouched when there is none. Where two segments run along
     ///                  each other, or touch, it is the first end of one on the other
-    bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
     /// Replaces `crossings` by the crossings in the order of their first passage. A point that is passed three times
     /// and more is one crossing.
-    bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
     /// The same, each with the length from the start of this string to its first passage.
-    bool IsSelfCrossing(std::vector<std::pair<Point2D, double>>& crossings, double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(std::vector<std::pair<Point2D, double>>& crossings, double tolerance) const;
 
     /// A non-const string is changed in place.
     LineString2D& Transform(const Matrix2D& matrix);

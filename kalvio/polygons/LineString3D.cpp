@@ -1,8 +1,8 @@
 #include "kalvio/polygons/LineString3D.h"
 
 #include "kalvio/core/Geometry.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/polygons/LineString2D.h"
 
@@ -251,7 +251,7 @@ int LineString3D::GetHeightAtLine(const std::vector<Point3D>& ring, int index, c
     const Point3D& a = ring[from];
     const Point3D& b = ring[(from + 1) % ring.size()];
     const Line2D edge(a.GetPoint2D(), b.GetPoint2D());
-    if (!edge.IsPointOnGeometry(p, detail::TolerancesFor(tolerance))) return 0;
+    if (!edge.IsPointOnGeometry(p, Tolerances(tolerance))) return 0;
     const double length = edge.GetLength();
     if (!(tolerance <= length)) {
         z = a.GetZ();

@@ -57,9 +57,9 @@ public:
     const Point3D& GetEnd() const override;
     /// Length up to the point along the first segment that holds it, so the earlier one at a shared vertex.
     /// @param length  0 when the point is not on the string within the tolerance
-    bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
     /// What `GetLengthFromStartPoint` of the reversed string gives: the first segment from the end wins.
-    bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
+    [[nodiscard]] bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
 
     /// Segment `index`. Any other index yields the first segment, or one of zero length at the origin where there is
     /// none. The reference is valid until the string changes.
@@ -82,7 +82,7 @@ public:
     const Point3D& operator[](unsigned int index) const { return GetPoint(index); }
     Point3D& operator[](unsigned int index) { return GetPoint(index); }
     /// False, `point` untouched, when there is no such point.
-    bool GetPoint(unsigned int index, Point3D& point) const;
+    [[nodiscard]] bool GetPoint(unsigned int index, Point3D& point) const;
     /// For an empty string, a spare point at the origin that is no part of it.
     Point3D& GetEnd();
     /// False when there is no such point.
@@ -118,12 +118,12 @@ public:
     /// The point at a length from the start; a negative length extends the first segment backwards.
     /// @return false, `point` untouched, for fewer than two points, for a length more than 1e-10 beyond the end, and
     ///         where the segment at that length is shorter than 1e-10
-    bool GetPointOffsetFromStart(double length, Point3D& point) const;
+    [[nodiscard]] bool GetPointOffsetFromStart(double length, Point3D& point) const;
     /// The segment nearest in space, the lowest index on ties.
     /// @return false, `index` untouched, for fewer than two points and where no distance is finite
-    bool GetClosestSegment(const Point3D& point, unsigned int& index) const;
+    [[nodiscard]] bool GetClosestSegment(const Point3D& point, unsigned int& index) const;
     /// Unit direction of the first segment that holds the point in space within 1e-4 and is longer than 1e-10.
-    bool GetTangentAtPoint(const Point3D& point, Vec3D& tangent) const;
+    [[nodiscard]] bool GetTangentAtPoint(const Point3D& point, Vec3D& tangent) const;
     /// Removes points at most `tolerance`, in space, from the last point kept. When at least four are left and the last
     /// one equals the first strictly within the tolerance, it is set to the first.
     void ReducePoints(double tolerance);
@@ -132,22 +132,23 @@ public:
     /// direction of the segment before it.
     /// @return false, nothing appended, for a string of no length, `from` beyond the end, to < from, to < 0, and a step
     ///         that is not positive
-    bool MakePointsAndTangents(double from, double to, double step, std::list<Point3D>& samples,
-                               std::list<Vec3D>& tangents) const;
+    [[nodiscard]] bool MakePointsAndTangents(double from, double to, double step, std::list<Point3D>& samples,
+                                             std::list<Vec3D>& tangents) const;
     /// The same along the whole string.
-    bool MakePointsAndTangents(double step, std::list<Point3D>& samples, std::list<Vec3D>& tangents) const;
+    [[nodiscard]] bool MakePointsAndTangents(double step, std::list<Point3D>& samples,
+                                             std::list<Vec3D>& tangents) const;
     /// Replaces the points of `out` by the part between two lengths (two plan lengths): the point at `from`, the
     /// vertices between, the point at `to`. A negative `from` extends the first segment backwards, a `to` beyond the
     /// end stops there.
     /// @return whether `out` has any point; false, `out` untouched, for fewer than two points and for to < from
-    bool ExtractLineString(double from, double to, LineString3D& out) const;
-    bool ExtractLineString2DLengths(double from, double to, LineString3D& out) const;
+    [[nodiscard]] bool ExtractLineString(double from, double to, LineString3D& out) const;
+    [[nodiscard]] bool ExtractLineString2DLengths(double from, double to, LineString3D& out) const;
     /// Replaces the points of `out` by the points first ... last, both included.
     /// @return false, `out` untouched, when first > last or there is no point `last`
-    bool ExtractLineString(std::uint64_t first, std::uint64_t last, LineString3D& out) const;
+    [[nodiscard]] bool ExtractLineString(std::uint64_t first, std::uint64_t last, LineString3D& out) const;
     /// The same for indexes of any integer type.
     template <std::integral First, std::integral Last>
-    bool ExtractLineString(First first, Last last, LineString3D& out) const {
+    [[nodiscard]] bool ExtractLineString(First first, Last last, LineString3D& out) const {
         return std::cmp_greater_equal(first, 0) && std::cmp_greater_equal(last, 0) &&
                ExtractLineString(static_cast<std::uint64_t>(first), static_cast<std::uint64_t>(last), out);
     }
@@ -161,25 +162,25 @@ public:
 
     /// Height at a plan position: interpolated on the first segment that holds it in plan within the tolerance.
     /// @return false, `z` untouched, when none does
-    bool GetZ(const Point2D& p, double& z, double tolerance) const;
+    [[nodiscard]] bool GetZ(const Point2D& p, double& z, double tolerance) const;
     /// Heights of a border at a vertex. From ring[index], which must lie at p in plan (strictly within the tolerance
     /// per coordinate), the vertices after it are followed, cyclically, for as long as they lie at p too: zFirst is the
     /// height of the first, zLast of the last of them. When none follows and index is 0, the vertices before it are
     /// followed backwards and zFirst is the height of the earliest.
     /// @return 0 when ring[index] is not at p or does not exist, the heights untouched; 1 when they are equal strictly
     ///         within the tolerance; 2 when they differ: a vertical step
-    static int GetHeightAtPoint(const std::vector<Point3D>& ring, int index, const Point2D& p, double& zFirst,
-                                double& zLast, double tolerance);
+    [[nodiscard]] static int GetHeightAtPoint(const std::vector<Point3D>& ring, int index, const Point2D& p,
+                                              double& zFirst, double& zLast, double tolerance);
     /// Height of the border's edge from ring[index] to the next point, cyclically, at p.
     /// @return 0 when the edge does not hold p in plan (`Line2D::IsPointOnGeometry`) or does not exist, `z` untouched;
     ///         1 when z is interpolated along the edge; 2 for an edge shorter than the tolerance: z of ring[index]
-    static int GetHeightAtLine(const std::vector<Point3D>& ring, int index, const Point2D& p, double& z,
-                               double tolerance);
+    [[nodiscard]] static int GetHeightAtLine(const std::vector<Point3D>& ring, int index, const Point2D& p, double& z,
+                                             double tolerance);
     /// Height of the closed border through the points at p: at the first vertex there, else on the first edge, the
     /// closing one included.
     /// @param takeLast  at a vertical step, not 0 takes the last height, 0 the first
     /// @return the code of `GetHeightAtPoint` or `GetHeightAtLine`; 0, `z` untouched, when p is not on the border
-    int GetHeightAtBorder(const Point2D& p, double& z, double tolerance, int takeLast) const;
+    [[nodiscard]] int GetHeightAtBorder(const Point2D& p, double& z, double tolerance, int takeLast) const;
 
     /// The length nearest to `segmentLength` that divides `length` into equal parts: length / max(1, round(length /
     /// segmentLength)); 0 unless both are positive and finite.
@@ -191,7 +192,7 @@ public:
     /// @param indexes   receives for each of them the index of the segment of this string that it stands for
     /// @return false, nothing written, for a string of no length and a segment length that is not positive or asks for
     ///         more than 1e9 points
-    bool GetAveraged(LineString3D& averaged, std::vector<int>& indexes, double segmentLength) const;
+    [[nodiscard]] bool GetAveraged(LineString3D& averaged, std::vector<int>& indexes, double segmentLength) const;
     /// Unit tangent on segment k = indexes[index] at `ratio` (0 its start, 1 its end, clamped): the tangents at its two
     /// vertices, mixed linearly. The tangent at a vertex is the mean of the directions of the segments beside it.
     /// @return the zero vector when there is no such segment
@@ -202,7 +203,7 @@ public:
     /// p1) / d12), at an end that of the segment itself; each segment becomes `parts` parts of equal parameter. A
     /// closed string stays smooth at its joint. Repeated vertices count once.
     /// @return false, `spline` untouched, for a string of no length, parts < 1 and more than 1e9 points
-    bool GetSplineLineString(LineString3D& spline, int parts) const;
+    [[nodiscard]] bool GetSplineLineString(LineString3D& spline, int parts) const;
 
     /// True when a segment holds the point in space within the user tolerance.
     bool IsPointOnGeometry(const Point3D& point, const Tolerances& tolerances) const;

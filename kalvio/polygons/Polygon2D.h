@@ -158,14 +158,14 @@ public:
                                                          double tolerance);
     /// The closed outer ring by the rules of `LineString2D::IsSelfCrossing`; holes play no part.
     [[nodiscard]] bool IsSelfCrossing(double tolerance) const;
-    bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
-    bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(Point2D& crossing, double tolerance) const;
+    [[nodiscard]] bool IsSelfCrossing(std::vector<Point2D>& crossings, double tolerance) const;
     /// A point of the area well inside: the middle of the longest stretch inside on one of several lines across the
     /// polygon, that one which is farthest from all borders, moved on to the middle the other way where that is
     /// farther.
     /// @return false, `point` untouched, when none is farther than the tolerance times the root of 2, so that the point
     ///         is on no border for any test with this tolerance
-    bool GetPointInsideBoundary(Point2D& point, double tolerance) const;
+    [[nodiscard]] bool GetPointInsideBoundary(Point2D& point, double tolerance) const;
     /// Looks for the first fault, in this order: a coordinate that is not finite; in the outer ring, then in each hole,
     /// fewer than three points more than the tolerance apart, or a ring that meets itself or turns back on itself; in
     /// each hole, a part outside the outer ring or inside an earlier hole. Rings may touch from their proper sides.

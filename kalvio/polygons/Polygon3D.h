@@ -123,20 +123,21 @@ public:
     /// Height of the border at a plan position, on the outer ring first, then on the holes in order, by the rules of
     /// `LineString3D::GetHeightAtBorder`.
     /// @return its codes: 0, `z` untouched, when p is on no border in plan
-    int GetHeightAtBorder(const Point2D& p, double& z, double tolerance, int takeLast) const;
+    [[nodiscard]] int GetHeightAtBorder(const Point2D& p, double& z, double tolerance, int takeLast) const;
 
     /// Triangulates in the plane of best fit.
     /// @param corners  receives three indexes per triangle
-    bool Triangulate(std::vector<unsigned int>& corners, double tolerance) const;
+    [[nodiscard]] bool Triangulate(std::vector<unsigned int>& corners, double tolerance) const;
     /// The same as triangles.
-    bool Triangulate(std::vector<Triangle3D>& triangles, double tolerance) const;
+    [[nodiscard]] bool Triangulate(std::vector<Triangle3D>& triangles, double tolerance) const;
     /// The outer ring alone.
-    bool TriangulateWithoutHoles(std::vector<unsigned int>& corners, double tolerance) const;
+    [[nodiscard]] bool TriangulateWithoutHoles(std::vector<unsigned int>& corners, double tolerance) const;
     /// Triangulates in the two coordinates in which the area is largest (`Vec3D::Find2MajorAxisForProjection`): no
     /// rotation rounds them.
-    bool TriangulateByMainAxes(std::vector<unsigned int>& corners, double tolerance) const;
+    [[nodiscard]] bool TriangulateByMainAxes(std::vector<unsigned int>& corners, double tolerance) const;
     /// Triangulates in the two coordinates of the plane (`GeometryCreator::Point2DFromPoint3D`).
-    bool TriangulateByProjection(ProjectionPlane plane, std::vector<unsigned int>& corners, double tolerance) const;
+    [[nodiscard]] bool TriangulateByProjection(ProjectionPlane plane, std::vector<unsigned int>& corners,
+                                               double tolerance) const;
 
     /// A non-const polygon is changed in place.
     Polygon3D& Transform(const Matrix3D& matrix);

@@ -1,6 +1,6 @@
 #include "kalvio/polygons/RingCurve2D.h"
 
-#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -29,7 +29,7 @@ void RingCurve2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool
     const bool wasClosed = IsClosed();
     chain.RemoveElements(indexes, deleteElements);
     if (!wasClosed || IsClosed() || GetSize() < 2) return;
-    const Tolerances standard = detail::StandardTolerances();
+    const Tolerances standard = Tolerances::Standard();
     const auto isMovable = [](const IPolyline2DElement& element) { return element.GetType() != MathTypes::Arc2D; };
     if (isMovable(GetElementAtIndex(0))) {
         chain.ExtendStart(Point2D(GetEndPoint()), standard);

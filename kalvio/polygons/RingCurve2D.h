@@ -35,7 +35,7 @@ public:
                                  const Tolerances& tolerances) const override;
     /// @return true when some element is shorter than `minLength`. A ring that is shorter as a whole (or empty) gives
     ///         true and no indexes
-    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
+    [[nodiscard]] bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const override;
     /// Removes the elements of the ascending indexes; indexes out of range are ignored. Gaps, also the one where a
     /// closed ring starts, are closed where the line or line string behind them, else before them, can be moved.
     /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers

@@ -29,7 +29,7 @@ public:
                                  const Tolerances& tolerances) const;
     /// Appends the indexes of the elements shorter than `minLength`.
     /// @return true when there are any. A ring that is shorter as a whole (or empty) gives true and no indexes
-    bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
+    [[nodiscard]] bool FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const;
     /// Removes the elements of the indexes; those out of range are ignored, repeated ones count once. Gaps stay open.
     /// @param deleteElements  false: the removed elements are not deleted but go back to the holder of their pointers
     void RemoveElements(const std::vector<std::uint64_t>& indexes, bool deleteElements);

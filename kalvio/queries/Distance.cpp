@@ -6,10 +6,10 @@
 #include "kalvio/core/Point2DM.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/PointND.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/VecND.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -47,7 +47,7 @@ double DistanceToChain(const std::vector<PointType>& points, const PointType& po
 
 template <class Curve>
 double DistanceToCurve(const Point2D& point, const Curve& curve) {
-    return point.Distance(curve.GetNearestPoint(point, detail::StandardTolerances()));
+    return point.Distance(curve.GetNearestPoint(point, Tolerances::Standard()));
 }
 
 bool IsOutside(const Point2D& point, const Polygon2D& polygon) {
@@ -218,7 +218,7 @@ double Distance::PointToPolygon(const Point2D& point, const Polygon2D& polygon) 
 
 double Distance::PolygonToPolygon(const Polygon2D& a, const Polygon2D& b, double tolerance) {
     if (a.GetSize() == 0 || b.GetSize() == 0) return detail::largestDouble;
-    const Tolerances tolerances = detail::TolerancesFor(tolerance);
+    const Tolerances tolerances(tolerance);
     if (a.GetBoundingBox2D().Intersects(b.GetBoundingBox2D(), std::abs(tolerance) + detail::numericalZero)) {
         // Where the rings have no common point, one lies inside the other with all of its vertices or with none.
         if (!IsOutside(a.GetPoint(0), b) || !IsOutside(b.GetPoint(0), a)) return 0.0;
@@ -251,8 +251,7 @@ double Distance::PointToParabola(const Point2D& point, const Parabola& parabola)
 
 double Distance::PointToPolyline(const Point2D& point, const Polyline2D& polyline) {
     Polyline2D::PolylinePoint nearest;
-    return polyline.GetNearestPoint(point, nearest, detail::StandardTolerances()) ? nearest.distance
-                                                                                  : detail::largestDouble;
+    return polyline.GetNearestPoint(point, nearest, Tolerances::Standard()) ? nearest.distance : detail::largestDouble;
 }
 
 double Distance::CircleToCircle(const Circle2D& a, const Circle2D& b) {

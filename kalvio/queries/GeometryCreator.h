@@ -23,13 +23,14 @@ public:
     /// @param tolerance  three points of which the middle one is at most this far from the line of the outer two are
     ///                   collinear
     /// @return false, `circle` untouched, for collinear points
-    static bool CircleFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Circle2D& circle,
-                                  double tolerance);
+    [[nodiscard]] static bool CircleFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3,
+                                                Circle2D& circle, double tolerance);
     /// The arc from p1 by p2 to p3; the full circle where p3 equals p1. False, `arc` untouched, as for the circle.
-    static bool ArcFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Arc2D& arc, double tolerance);
+    [[nodiscard]] static bool ArcFrom3Points(const Point2D& p1, const Point2D& p2, const Point2D& p3, Arc2D& arc,
+                                             double tolerance);
     /// The plan projection of an arc in a horizontal plane.
     /// @return false, `plan` untouched, when the tilt of the plane moves the circle in plan by more than 1e-4
-    static bool Arc2DFrom3D(const Arc3D& arc, Arc2D& plan);
+    [[nodiscard]] static bool Arc2DFrom3D(const Arc3D& arc, Arc2D& plan);
     /// First followed by second: a `LineString2D` of three points for two lines, else a `Polyline2D` of clones (the
     /// elements of polylines are taken one by one). That the second starts where the first ends is for the caller to
     /// see to.

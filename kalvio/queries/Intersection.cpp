@@ -2,7 +2,6 @@
 
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/PointOnArc.h"
@@ -111,7 +110,7 @@ int Intersection::LineLine(const Point2D& a, const Vec2D& alongA, const Point2D&
 }
 
 int Intersection::LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance) {
-    return LineLine(a, b, out, detail::TolerancesFor(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
+    return LineLine(a, b, out, Tolerances(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
 }
 
 IntersectionResult Intersection::LineSegmentLineSegment(const Line2D& a, const Line2D& b, std::vector<Point2D>& out,
@@ -152,9 +151,7 @@ IntersectionResult Intersection::LineSegmentLine(const Line2D& segment, const Li
 }
 
 int Intersection::LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out, double tolerance) {
-    return LineSegmentLine(segment, line, out, detail::TolerancesFor(tolerance)) == IntersectionResult::Intersecting
-               ? 1
-               : 0;
+    return LineSegmentLine(segment, line, out, Tolerances(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
 }
 
 IntersectionResult Intersection::AddOverlapPoints(std::vector<Point2D>& out, const Line2D& a, const Line2D& b,

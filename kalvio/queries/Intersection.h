@@ -65,16 +65,17 @@ public:
     /// parallel lines lie within the user tolerance; parallel when |cross product| of the two differences is below the
     /// system epsilon.
     /// @param out  the common point; untouched unless the result is `Intersecting` (1 in the forms that count)
-    static IntersectionResult LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
-                                       Point2D& out, const Tolerances& tolerances);
-    static IntersectionResult LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB,
-                                       Point2D& out, const Tolerances& tolerances);
-    static IntersectionResult LineLine(const Line2D& a, const Line2D& b, Point2D& out, const Tolerances& tolerances);
-    static int LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2, Point2D& out,
-                        double tolerance);
-    static int LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB, Point2D& out,
-                        double tolerance);
-    static int LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1,
+                                                     const Point2D& b2, Point2D& out, const Tolerances& tolerances);
+    [[nodiscard]] static IntersectionResult LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b,
+                                                     const Vec2D& alongB, Point2D& out, const Tolerances& tolerances);
+    [[nodiscard]] static IntersectionResult LineLine(const Line2D& a, const Line2D& b, Point2D& out,
+                                                     const Tolerances& tolerances);
+    [[nodiscard]] static int LineLine(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
+                                      Point2D& out, double tolerance);
+    [[nodiscard]] static int LineLine(const Point2D& a, const Vec2D& alongA, const Point2D& b, const Vec2D& alongB,
+                                      Point2D& out, double tolerance);
+    [[nodiscard]] static int LineLine(const Line2D& a, const Line2D& b, Point2D& out, double tolerance);
     /// Collinear segments (parallel within the angle tolerance, and within the user tolerance of each other where they
     /// overlap): `Coincident` when both ends agree, else `Intersecting`, with the two ends of the overlap, or the one
     /// point where they only touch, by a gap or an overlap below the user tolerance.
@@ -87,9 +88,9 @@ public:
     static int LineSegmentLineSegment(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
                                       std::vector<Point2D>& out, double tolerance);
     /// @param out  the common point; untouched unless the result is `Intersecting` (1)
-    static IntersectionResult LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out,
-                                              const Tolerances& tolerances);
-    static int LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out,
+                                                            const Tolerances& tolerances);
+    [[nodiscard]] static int LineSegmentLine(const Line2D& segment, const Line2D& line, Point2D& out, double tolerance);
 
     // Lines with curves.
 
@@ -102,7 +103,8 @@ public:
     /// the line and D the cross product of its ends seen from the centre: pass small ones.
     /// @return 2; 1 for a tangent, |discriminant| < tolerance, p1 and p2 being the same; 0, p1 and p2 untouched, for no
     ///         common point, a line of length 0 and values that are not finite
-    static int LineCircle(const Line2D& line, const Circle2D& circle, Point2D& p1, Point2D& p2, double tolerance);
+    [[nodiscard]] static int LineCircle(const Line2D& line, const Circle2D& circle, Point2D& p1, Point2D& p2,
+                                        double tolerance);
     /// With tolerances that are lengths, as for the other curves.
     template <class Limit = Tolerances>
     static IntersectionAnswer<Limit> LineCircle(const Line2D& line, const Circle2D& circle, std::vector<Point2D>& out,
@@ -400,30 +402,34 @@ public:
     /// Intersects the infinite lines through a and b in space, which meet where they come at most the user tolerance
     /// near each other. `Coincident`: parallel and at most that far apart.
     /// @param out  the middle of the shortest line between them
-    static IntersectionResult LineLine(const Line3D& a, const Line3D& b, Point3D& out, const Tolerances& tolerances);
-    static int LineLine(const Line3D& a, const Line3D& b, Point3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult LineLine(const Line3D& a, const Line3D& b, Point3D& out,
+                                                     const Tolerances& tolerances);
+    [[nodiscard]] static int LineLine(const Line3D& a, const Line3D& b, Point3D& out, double tolerance);
     /// Intersects their projections, by the rules of the lines in plan.
     /// @param out  the point on a whose projection is the crossing; on b there is in general another one
-    static IntersectionResult LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out,
-                                       const Tolerances& tolerances);
-    static int LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane,
+                                                     Point3D& out, const Tolerances& tolerances);
+    [[nodiscard]] static int LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out,
+                                      double tolerance);
     /// The one shortest line between the infinite lines, from a point of a to a point of b, perpendicular to both and
     /// of length 0 where they meet. Parallel lines have many: `Coincident` at most the user tolerance apart, else
     /// `NoIntersection`. Lines are parallel when over the longer length they part by no more than the system epsilon
     /// (or the rounding of their coordinates).
-    static IntersectionResult ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out,
-                                                       const Tolerances& tolerances);
-    static int ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out,
+                                                                     const Tolerances& tolerances);
+    [[nodiscard]] static int ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out, double tolerance);
     /// The same between the segments, which always have one: `Intersecting`. Of the many between segments that run
     /// along each other it is one from an end, from the start of a if that is one.
-    static IntersectionResult ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out,
-                                                              const Tolerances& tolerances);
-    static int ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b,
+                                                                            Line3D& out, const Tolerances& tolerances);
+    [[nodiscard]] static int ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out,
+                                                             double tolerance);
 
     /// Where the segment passes the plane, or else its end on the plane. `Coincident` when both ends are on it.
-    static IntersectionResult LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out,
-                                               const Tolerances& tolerances);
-    static int LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out,
+                                                             const Tolerances& tolerances);
+    [[nodiscard]] static int LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out,
+                                              double tolerance);
     /// Appends the pieces in which the plane cuts the area, holes left out, in order and each directed along the normal
     /// of the area x the normal of the plane. Pieces at most the user tolerance apart are one. `Coincident` when all
     /// points are on the plane. Arcs are cut on the arc itself.
@@ -440,9 +446,10 @@ public:
     static int RingCurvePlane(const RingCurve3D& ring, const Plane3D& plane, std::vector<Line3D>& out,
                               double tolerance);
     /// @param out  directed along the normal of the triangle x the normal of the plane
-    static IntersectionResult TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out,
-                                            const Tolerances& tolerances);
-    static int TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out,
+                                                          const Tolerances& tolerances);
+    [[nodiscard]] static int TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out,
+                                           double tolerance);
     /// Appends the cuts of the triangles, joined into the fewest line strings; triangles in the plane contribute their
     /// border. The strings are directed and ordered along the way from the first rung to the last; a closed one repeats
     /// its first point at the end. `Coincident` when the whole strip is on the plane; `Degenerate` without triangles.
@@ -454,9 +461,9 @@ public:
     /// Intersects two triangles, borders included. `Coincident` when they lie in one plane and have an area in common;
     /// in one plane, triangles that meet along an edge or in a point are `Intersecting`.
     /// @param out  the common segment, of zero length for a point, directed along the normal of a x the normal of b
-    static IntersectionResult TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out,
-                                               const Tolerances& tolerances);
-    static int TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out, double tolerance);
+    [[nodiscard]] static IntersectionResult TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out,
+                                                             const Tolerances& tolerances);
+    [[nodiscard]] static int TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out, double tolerance);
     /// Appends the corners of what is common: one point, the two ends of a segment, or (`Coincident`) the convex area
     /// of three to six corners, counter-clockwise about the normal of a. Corners are more than the user tolerance
     /// apart.

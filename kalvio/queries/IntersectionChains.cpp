@@ -4,7 +4,6 @@
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -102,7 +101,7 @@ IntersectionResult Intersection::LineStringLine(const LineString2D& lineString, 
 int Intersection::LineStringLine(const LineString2D& lineString, const Line2D& line, std::vector<Point2D>& out,
                                  double tolerance) {
     const std::vector<Point2D>& points = lineString.GetPoints();
-    const bool isPoint = !points.empty() && lineString.GetLength() <= NearnessOf(detail::TolerancesFor(tolerance));
+    const bool isPoint = !points.empty() && lineString.GetLength() <= NearnessOf(Tolerances(tolerance));
     if (!isPoint) return CountPoints<LineString2D, Line2D>(LineStringLine, lineString, line, out, tolerance);
     if (!IsLine(line) || !detail::IsPointOnLine(points[0], line.GetStart(), line.GetEnd(), tolerance)) return 0;
     out.push_back(points[0]);

@@ -93,8 +93,7 @@ public:
         there.Add(point);
         return path.GetBoxes().ForEachNear(there, nearness, [&](std::size_t i) {
             const IPolyline2DElement& element = *path.GetPieces()[i].element;
-            return detail::NearestOnElement(element, point, Tolerances(nearness, detail::numericalZero))
-                       .point.Distance(point) <= nearness;
+            return detail::NearestOnElement(element, point, Tolerances(nearness)).point.Distance(point) <= nearness;
         });
     }
     Location LocationOf(const Point2D& point) const {
@@ -230,8 +229,11 @@ IntersectionResult IntersectionExt::Intersect(const Line3D& first, const Line3D&
         return coversBoth ? IntersectionResult::Coincident : IntersectionResult::Intersecting;
     }
     Line3D shortest;
-    Intersection::ShortestLineBetweenLineSegments(first, second, shortest, tolerances);
-    if (!(shortest.GetLength() <= nearness)) return IntersectionResult::NoIntersection;
+    if (Intersection::ShortestLineBetweenLineSegments(first, second, shortest, tolerances) !=
+            IntersectionResult::Intersecting ||
+        !(shortest.GetLength() <= nearness)) {
+        return IntersectionResult::NoIntersection;
+    }
     add(shortest.GetStart() + (shortest.GetEnd() - shortest.GetStart()) * 0.5);
     return IntersectionResult::Intersecting;
 }

@@ -1,7 +1,7 @@
 #include "kalvio/core/ProjectionPlane.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/Triangle3D.h"
 #include "kalvio/core/detail/SegmentDistance.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/meshes/detail/SectionPieces.h"
@@ -27,7 +27,6 @@ namespace {
 using detail::CountAppended;
 using detail::CutCorner;
 using detail::PlaneHeights;
-using detail::TolerancesFor;
 
 int CountOf(IntersectionResult result) { return result == IntersectionResult::Intersecting ? 1 : 0; }
 
@@ -148,7 +147,7 @@ IntersectionResult Intersection::ShortestLineBetweenLines(const Line3D& a, const
 }
 
 int Intersection::ShortestLineBetweenLines(const Line3D& a, const Line3D& b, Line3D& out, double tolerance) {
-    return CountOf(ShortestLineBetweenLines(a, b, out, TolerancesFor(tolerance)));
+    return CountOf(ShortestLineBetweenLines(a, b, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out,
@@ -170,7 +169,7 @@ IntersectionResult Intersection::ShortestLineBetweenLineSegments(const Line3D& a
 }
 
 int Intersection::ShortestLineBetweenLineSegments(const Line3D& a, const Line3D& b, Line3D& out, double tolerance) {
-    return CountOf(ShortestLineBetweenLineSegments(a, b, out, TolerancesFor(tolerance)));
+    return CountOf(ShortestLineBetweenLineSegments(a, b, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::LineLine(const Line3D& a, const Line3D& b, Point3D& out,
@@ -184,7 +183,7 @@ IntersectionResult Intersection::LineLine(const Line3D& a, const Line3D& b, Poin
 }
 
 int Intersection::LineLine(const Line3D& a, const Line3D& b, Point3D& out, double tolerance) {
-    return CountOf(LineLine(a, b, out, TolerancesFor(tolerance)));
+    return CountOf(LineLine(a, b, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out,
@@ -204,7 +203,7 @@ IntersectionResult Intersection::LineLine(const Line3D& a, const Line3D& b, Proj
 }
 
 int Intersection::LineLine(const Line3D& a, const Line3D& b, ProjectionPlane plane, Point3D& out, double tolerance) {
-    return CountOf(LineLine(a, b, plane, out, TolerancesFor(tolerance)));
+    return CountOf(LineLine(a, b, plane, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out,
@@ -230,7 +229,7 @@ IntersectionResult Intersection::LineSegmentPlane(const Line3D& segment, const P
 }
 
 int Intersection::LineSegmentPlane(const Line3D& segment, const Plane3D& plane, Point3D& out, double tolerance) {
-    return CountOf(LineSegmentPlane(segment, plane, out, TolerancesFor(tolerance)));
+    return CountOf(LineSegmentPlane(segment, plane, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::PolygonPlane(const Polygon3D& polygon, const Plane3D& plane, std::vector<Line3D>& out,
@@ -292,7 +291,7 @@ IntersectionResult Intersection::TrianglePlane(const Triangle3D& triangle, const
 }
 
 int Intersection::TrianglePlane(const Triangle3D& triangle, const Plane3D& plane, Line3D& out, double tolerance) {
-    return CountOf(TrianglePlane(triangle, plane, out, TolerancesFor(tolerance)));
+    return CountOf(TrianglePlane(triangle, plane, out, Tolerances(tolerance)));
 }
 
 IntersectionResult Intersection::TriangleStripPlane(const TriangleStrip3D& strip, const Plane3D& plane,

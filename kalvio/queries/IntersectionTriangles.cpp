@@ -1,8 +1,8 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/OrientedBoundingBox2D.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/core/Triangle3D.h"
-#include "kalvio/core/detail/StandardTolerances.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/detail/RingPlane.h"
@@ -23,7 +23,6 @@ namespace Kalvio::Math {
 namespace {
 
 using detail::PlaneHeights;
-using detail::TolerancesFor;
 
 // The points that bound what two triangles have in common: corners of one in the other, and points in which an edge of
 // one passes the other, or meets its edges where it lies in its plane. What is common is convex, so these are its
@@ -204,7 +203,7 @@ IntersectionResult Intersection::TriangleTriangle(const Triangle3D& a, const Tri
 }
 
 int Intersection::TriangleTriangle(const Triangle3D& a, const Triangle3D& b, Line3D& out, double tolerance) {
-    return TriangleTriangle(a, b, out, TolerancesFor(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
+    return TriangleTriangle(a, b, out, Tolerances(tolerance)) == IntersectionResult::Intersecting ? 1 : 0;
 }
 
 IntersectionResult Intersection::TriangleTriangle(const Triangle3D& a, const Triangle3D& b, std::vector<Point3D>& out,
@@ -228,14 +227,14 @@ int Intersection::TriangleTriangle(const Triangle3D& a, const Triangle3D& b, std
 }
 
 bool Intersection::Collides(const Triangle3D& a, const Triangle3D& b, double tolerance) {
-    const Tolerances tolerances = TolerancesFor(tolerance);
+    const Tolerances tolerances(tolerance);
     const IntersectionResult result = TriangleContact(a, b, tolerances).Find();
     return result == IntersectionResult::Intersecting || result == IntersectionResult::Coincident;
 }
 
 // Nearest to a triangle a segment is at an end, at an edge of the triangle, or where it passes the plane.
 bool Intersection::Collides(const Line3D& segment, const Triangle3D& triangle, double tolerance) {
-    const Tolerances tolerances = TolerancesFor(std::abs(tolerance));
+    const Tolerances tolerances(std::abs(tolerance));
     const auto isInside = [&](const Point3D& p) { return triangle.IsPointInside(p, tolerances); };
     if (isInside(segment.GetStart()) || isInside(segment.GetEnd())) return true;
     const Tolerances anyLength(0.0, tolerances.SystemEpsilon());
@@ -256,7 +255,7 @@ bool Intersection::Collides(const Line3D& segment, const Triangle3D& triangle, d
     // Away from the edges, so no more than the rounding of this point can matter.
     const Point3D passage = segment.GetStart() + (segment.GetEnd() - segment.GetStart()) * (from / (from - to));
     const double noise = 4.0 * detail::NoiseOf(triangle, detail::numericalZero);
-    return triangle.IsPointInside(passage, TolerancesFor(std::max(tolerances.UserTolerance(), noise)));
+    return triangle.IsPointInside(passage, Tolerances(std::max(tolerances.UserTolerance(), noise)));
 }
 
 // Thirteen axes separate a box and a triangle: the box's, the normal, and the products of the box's and the edges'
@@ -315,7 +314,7 @@ bool Intersection::Collides(const OrientedBoundingBox2D& a, const BoundingBox2D&
 
 bool Intersection::Collides(const Polygon2D& a, const Polygon2D& b, double tolerance) {
     std::vector<Point2D> points;
-    const IntersectionResult result = PolygonPolygon(a, b, points, TolerancesFor(tolerance));
+    const IntersectionResult result = PolygonPolygon(a, b, points, Tolerances(tolerance));
     return result == IntersectionResult::Intersecting || result == IntersectionResult::Coincident;
 }
 
@@ -330,7 +329,7 @@ bool Intersection::IsPointInsideTriangle(const Point3D& point, const Point3D& a,
 }
 
 bool Intersection::IsPointInsideTriangle(const Point3D& point, const Triangle3D& triangle, double tolerance) {
-    return triangle.IsPointInside(point, TolerancesFor(tolerance));
+    return triangle.IsPointInside(point, Tolerances(tolerance));
 }
 
 }  // namespace Kalvio::Math

@@ -47,9 +47,11 @@ public:
     [[nodiscard]] static Point3D NormalPointOnLine(const Point3D& point, const Line3D& line);
     /// Foot of the perpendicular, when it lies on the segment or beyond an end by at most the tolerance.
     /// @return false, `foot` untouched, when it does not, and for a line of zero length
-    static bool NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance);
+    [[nodiscard]] static bool NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot,
+                                                       double tolerance);
     /// The same, but `foot` always receives the foot on the infinite line.
-    static bool NormalPointOnLineSegment2(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance);
+    [[nodiscard]] static bool NormalPointOnLineSegment2(const Point2D& point, const Line2D& line, Point2D& foot,
+                                                        double tolerance);
     // Nearest points of segments, strings and polygons lie on them, at the furthest at an end, to rounding whatever the
     // tolerance.
 
@@ -72,8 +74,8 @@ public:
     /// The nearest point of the string, an end or a vertex included.
     /// @param station  its length from the start: where the string first passes within 0.01 of it
     /// @return 1; 0, outputs untouched, for fewer than two points and where no distance is finite
-    static int NormalPointOnLineString(const Point2D& point, const LineString2D& lineString, Point2D& foot,
-                                       double& station, double tolerance);
+    [[nodiscard]] static int NormalPointOnLineString(const Point2D& point, const LineString2D& lineString,
+                                                     Point2D& foot, double& station, double tolerance);
     /// Appends the nearest point of every segment, in the order of its distance by `Distance::PointToLineSegment`,
     /// which is signed: those furthest to the left of their segments come first. Of equal distances, sign included, the
     /// first segment stays. Distances that are not finite are left out.
@@ -96,14 +98,15 @@ public:
     /// The nearest foot, its station and the unit direction of the curve there. For the centre of an arc it is the
     /// start, for that of a circle its easternmost point; a circle has no use for the tolerance.
     /// @return 1; 0, outputs untouched, where there is no foot, for curves of no length, and for values not finite
-    static int NormalPointOnArc(const Point2D& point, const Arc2D& arc, Point2D& foot, double tolerance);
-    static int NormalPointOnCircle(const Point2D& point, const Circle2D& circle, Point2D& foot, double tolerance);
-    static int NormalPointOnClothoid(const Point2D& point, const Clothoid& clothoid, Point2D& foot, double& station,
-                                     Vec2D& tangent, double tolerance);
-    static int NormalPointOnSpiral(const Point2D& point, const Spiral2D& spiral, Point2D& foot, double& station,
-                                   Vec2D& tangent, double tolerance);
-    static int NormalPointOnParabola(const Point2D& point, const Parabola& parabola, Point2D& foot, double& station,
-                                     Vec2D& tangent, double tolerance);
+    [[nodiscard]] static int NormalPointOnArc(const Point2D& point, const Arc2D& arc, Point2D& foot, double tolerance);
+    [[nodiscard]] static int NormalPointOnCircle(const Point2D& point, const Circle2D& circle, Point2D& foot,
+                                                 double tolerance);
+    [[nodiscard]] static int NormalPointOnClothoid(const Point2D& point, const Clothoid& clothoid, Point2D& foot,
+                                                   double& station, Vec2D& tangent, double tolerance);
+    [[nodiscard]] static int NormalPointOnSpiral(const Point2D& point, const Spiral2D& spiral, Point2D& foot,
+                                                 double& station, Vec2D& tangent, double tolerance);
+    [[nodiscard]] static int NormalPointOnParabola(const Point2D& point, const Parabola& parabola, Point2D& foot,
+                                                   double& station, Vec2D& tangent, double tolerance);
 
     /// The nearest point over all elements, the first of equals, to rounding whatever the tolerance; the origin for a
     /// chain without elements.
@@ -111,29 +114,30 @@ public:
                                                         double tolerance);
     /// The same with its element, tangent, distance and station along the chain.
     /// @return false, `nearest` untouched, where there is none
-    static bool NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
-                                       Polyline2D::PolylinePoint& nearest, double tolerance);
+    [[nodiscard]] static bool NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
+                                                     Polyline2D::PolylinePoint& nearest, double tolerance);
     /// The nearest foot on the elements (`Polyline2D::GetNormalPoint`), by the rules above: a vertex where the chain
     /// turns away from the point is no foot.
     /// @param station  along the whole chain
     /// @return 1; 0, outputs untouched, where there is no foot
-    static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
-                                     double tolerance);
-    static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
-                                     double tolerance);
+    [[nodiscard]] static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Point2D& foot,
+                                                   double& station, double tolerance);
+    [[nodiscard]] static int NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
+                                                   Polyline2D::PolylinePoint& foot, double tolerance);
     /// The nearest of the feet on the elements and of those outside them, on the straight continuation of an element
     /// along its tangent beyond one of its ends; of equals one on an element. The station of a foot outside counts on
     /// from that end, below 0 before the start of the chain.
     /// @return 1 on an element; 2 outside; 0, outputs untouched, for a chain without elements that have a direction
-    static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,
-                                      double tolerance);
-    static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Polyline2D::PolylinePoint& foot,
-                                      double tolerance);
+    [[nodiscard]] static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline, Point2D& foot,
+                                                    double& station, double tolerance);
+    [[nodiscard]] static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline,
+                                                    Polyline2D::PolylinePoint& foot, double tolerance);
 
     /// Projection along a direction of any length.
     /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
     ///         and for a degenerate plane
-    static bool PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane, Point3D& projected);
+    [[nodiscard]] static bool PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane,
+                                           Point3D& projected);
     /// All rings projected point by point along the direction, or the normal of the plane; an empty polygon where
     /// `PointOnPlane` fails.
     [[nodiscard]] static Polygon3D PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction,
@@ -141,8 +145,8 @@ public:
     [[nodiscard]] static Polygon3D NormalPolygonOnPlane(const Polygon3D& polygon, const Plane3D& plane);
     /// Extent of the box along an axis of any length, as lengths from the origin of the axis.
     /// @return false, outputs untouched, for an axis of zero length
-    static bool OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis, const Point2D& origin,
-                                          double& minimum, double& maximum);
+    [[nodiscard]] static bool OrientedBoundingBoxOnAxis(const OrientedBoundingBox2D& box, const Vec2D& axis,
+                                                        const Point2D& origin, double& minimum, double& maximum);
 
 private:
     // Between two stations, whose ends count as those of the curve.

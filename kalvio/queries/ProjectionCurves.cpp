@@ -1,4 +1,4 @@
-#include "kalvio/core/detail/StandardTolerances.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -68,7 +68,7 @@ int Report(int status, const Polyline2D::PolylinePoint& found, Point2D& foot, do
 }  // namespace
 
 Point2D Projection::NearestPointOnArc(const Point2D& point, const Arc2D& arc, double tolerance) {
-    return arc.GetNearestPoint(point, detail::TolerancesFor(tolerance));
+    return arc.GetNearestPoint(point, Tolerances(tolerance));
 }
 
 int Projection::NormalPointOnArc(const Point2D& point, const Arc2D& arc, Point2D& foot, double tolerance) {
@@ -115,13 +115,13 @@ int Projection::NormalPointOnParabola(const Point2D& point, const Parabola& para
 
 Point2D Projection::NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline, double tolerance) {
     Polyline2D::PolylinePoint nearest;
-    NearestPointOnPolyline(point, polyline, nearest, tolerance);
+    (void)NearestPointOnPolyline(point, polyline, nearest, tolerance);
     return nearest.point;
 }
 
 bool Projection::NearestPointOnPolyline(const Point2D& point, const Polyline2D& polyline,
                                         Polyline2D::PolylinePoint& nearest, double tolerance) {
-    return polyline.GetNearestPoint(point, nearest, detail::TolerancesFor(tolerance));
+    return polyline.GetNearestPoint(point, nearest, Tolerances(tolerance));
 }
 
 int Projection::NormalPointOnPolyline(const Point2D& point, const Polyline2D& polyline, Point2D& foot, double& station,

@@ -27,6 +27,26 @@ TEST(AngleTest, EachNormalisationKeepsItsOwnRange) {
     EXPECT_TRUE(std::isnan(Angle(std::nan("")).GetRadians()));
 }
 
+TEST(AngleTest, ArithmeticIsNormalisedAndComparisonIsNot) {
+    const Angle half = kPi;
+    const Angle quarter = Angle::FromGradians(100.0);
+    const std::tuple<const char*, Angle, double> rows[] = {
+        {"a full turn is kept", half + half, 2 * kPi},
+        {"and its opposite is none", -(half + half), 0.0},
+        {"the sign is kept", quarter - half, -kPi / 2},
+        {"once round", 3.0 * half, kPi},
+        {"once round backwards", -half * 2.5, -kPi / 2},
+        {"a part", half / 4.0 + quarter / -2.0, 0.0},
+        {"degrees beyond a turn", Angle::FromDegrees(450.0), kPi / 2},
+        {"a number is an angle", quarter + 2 * kPi, kPi / 2},
+    };
+    for (const auto& [why, angle, radians] : rows) EXPECT_NEAR(angle.GetRadians(), radians, 1e-15) << why;
+    Angle sum = quarter;
+    EXPECT_EQ((((sum += half) -= quarter) *= 3.0) /= 2.0, quarter);
+    EXPECT_TRUE(-quarter < Angle(1.5 * kPi) && -quarter != Angle(1.5 * kPi) && Angle(2 * kPi) > Angle(0.0));
+    EXPECT_TRUE(Angle(0.0) == Angle(-0.0) && !(Angle(kNan) == kNan) && !(Angle(kNan) <= half));
+}
+
 TEST(AngleTest, DirectionsCountFromEastAndBearingsFromNorth) {
     const std::tuple<const char*, double, double, double, double> rows[] = {
         {"east", 1, 0, 0, kPi / 2},

@@ -24,10 +24,15 @@ TEST(TolerancesTest, DerivedValuesFollowTheTwoGivenOnes) {
         EXPECT_EQ(tolerances.AngleTolerance().GetRadians(), angle);
     }
     EXPECT_EQ(Tolerances(0.0001, Angle(0.5), 1e-10).AngleTolerance().GetRadians(), 0.5);
+    for (const Tolerances& one : {Tolerances::Standard(), Tolerances(1e-4)}) {
+        EXPECT_EQ(std::tuple(one.UserTolerance(), one.SystemEpsilon(), one.AngleTolerance()),
+                  std::tuple(0.0001, 1e-10, Angle(0.0001)));
+    }
     EXPECT_EQ(Tolerances(0.0001, Angle(0.5), 1e-10).SystemEpsilon(), 1e-10) << "the epsilon comes last here";
 }
 
-static_assert(!std::is_copy_assignable_v<Tolerances> && std::is_copy_constructible_v<Tolerances>);
+static_assert(!std::is_convertible_v<double, Tolerances> && !std::is_copy_assignable_v<Tolerances> &&
+              std::is_copy_constructible_v<Tolerances>);
 
 }  // namespace
 }  // namespace Kalvio::Math

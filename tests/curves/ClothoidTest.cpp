@@ -53,7 +53,8 @@ TEST(ClothoidTest, EndsSamplesAndFramesMatchTheIntegratedCurvature) {
             << "a joint is one point to the last digit, or chains credit it to the wrong element";
         std::vector<Sample> samples;  // far apart and close together
         for (const double parts : {3.0, 41.0})
-            clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, clothoid.GetLength() / parts);
+            EXPECT_TRUE(
+                clothoid.MakePointsAndTangents(0.0, clothoid.GetLength(), samples, clothoid.GetLength() / parts));
         EXPECT_EQ(samples.size(), 46u);
         for (const Sample& sample : samples) {
             EXPECT_THAT(sample.point, IsNear(At(clothoid, sample.station).point, 0.0));

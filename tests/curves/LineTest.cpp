@@ -169,10 +169,9 @@ TEST(LineTest, LawsOnRandomLines) {
         const Line2D line(any() + kOrigins[i % 2], any() + kOrigins[i % 2]);
         for (const double share : {0.0, random(0.01, 0.99), 1.0}) CheckStation(line, share * line.GetLength(), 1e-8);
         CheckPieces(line, false, 4e-9, 1e-9);
-        std::vector<IGeometry*> out;
+        std::vector<std::unique_ptr<IGeometry>> pieces;
         const Point2D middle = line.GetMiddlePoint();
-        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, out, kTolerances));
-        const auto pieces = Owned(out);
+        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, pieces, kTolerances));
         ASSERT_EQ(pieces.size(), 2U);
         EXPECT_NEAR(pieces[0]->GetLength(), pieces[1]->GetLength(), 1e-8);
         const std::unique_ptr<IGeometry> back(line.CloneAsReverse());

@@ -85,7 +85,9 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
         for (std::size_t i = 0; i < corners.size(); ++i) {
             LineString2D points{PointAt(corners, i)};
             const Arc2D arc = ArcAt(corners, i);
-            if (corners[i].sweep != 0.0) arc.MakeLineStringUsingHeight(0.0, arc.GetLength(), points, 1e-6);
+            if (corners[i].sweep != 0.0) {
+                EXPECT_TRUE(arc.MakeLineStringUsingHeight(0.0, arc.GetLength(), points, 1e-6));
+            }
             flat.AppendPoints(std::as_const(points).GetPoints());
         }
         for (int form = 0; form < 16; ++form) {

@@ -101,7 +101,7 @@ Foot FootOf(const P& p, const Curve& curve, double tolerance) {
     Foot f;
     if constexpr (std::is_same_v<Curve, Arc2D>) {
         f.status = J::NormalPointOnArc(p, curve, f.point, tolerance);
-        if (f.status > 0) curve.GetLengthFromStartPoint(f.point, f.station, 1e-8);
+        if (f.status > 0) (void)curve.GetLengthFromStartPoint(f.point, f.station, 1e-8);
         f.tangent = curve.ComputeTangent(f.point);
     } else if constexpr (std::is_same_v<Curve, Clothoid>) {
         f.status = J::NormalPointOnClothoid(p, curve, f.point, f.station, f.tangent, tolerance);

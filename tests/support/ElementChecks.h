@@ -154,12 +154,11 @@ void CheckPieces(const Curve& curve, bool growsBack, double rounding = 4e-9, dou
     for (const double at : {0.15 * length, 0.45 * length, 0.45 * length + 5e-5, 0.8 * length, length}) {
         breaks.emplace(1000.0 + at, At(curve, at).point);
     }
-    std::vector<IGeometry*> out;
+    std::vector<std::unique_ptr<IGeometry>> pieces;
     Curve first(curve);
-    ASSERT_TRUE(first.BreakAtPreSorted(breaks, 1000.0, out, true, kTolerances));
-    ASSERT_EQ(out.size(), 3u);
-    out.insert(out.begin(), first.Clone());
-    const auto pieces = Owned(out);
+    ASSERT_TRUE(first.BreakAtPreSorted(breaks, 1000.0, pieces, true, kTolerances));
+    ASSERT_EQ(pieces.size(), 3u);
+    pieces.emplace(pieces.begin(), first.Clone());
     double station = 0.0;
     for (const std::unique_ptr<IGeometry>& owned : pieces) {
         const auto& piece = static_cast<const Curve&>(*owned);
@@ -264,7 +263,7 @@ void CheckConcurrently(const Curve& curve, double length) {
     Concurrently(8, [&](unsigned int i) {
         (void)shared.GetBoundingBox2D();
         (void)shared.GetNearestPoint(Point2D(), kTolerances);
-        shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6);
+        (void)shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6);
     });
     for (const double station : stations) EXPECT_NEAR(station, length, 1e-6);
 }

@@ -1,6 +1,5 @@
+#include "kalvio/core/Tolerances.h"
 #pragma once
-
-#include "kalvio/core/detail/StandardTolerances.h"
 
 #include <cstddef>
 #include <vector>
@@ -12,7 +11,7 @@ namespace Kalvio::Math::detail {
 template <class Item, class Form>
 int CountAppended(std::vector<Item>& out, double tolerance, Form&& form) {
     const std::size_t before = out.size();
-    form(TolerancesFor(tolerance));
+    form(Tolerances(tolerance));
     return static_cast<int>(out.size() - before);
 }
 

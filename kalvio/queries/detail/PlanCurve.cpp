@@ -30,14 +30,14 @@ double RoundCurve::ParameterOf(const Vec2D& point, double length) const {
 
 PlanState ClothoidCurve::At(double p) const {
     PlanState at;
-    clothoid->MakeOffsetAndTangentAt(p, at.position, at.velocity);
+    (void)clothoid->MakeOffsetAndTangentAt(p, at.position, at.velocity);
     at.position += start;
     return at;
 }
 
 PlanState SpiralCurve::At(double p) const {
     PlanState at;
-    spiral->MakeOffsetAndTangentAt(p, at.position, at.velocity);
+    (void)spiral->MakeOffsetAndTangentAt(p, at.position, at.velocity);
     at.position += start;
     return at;
 }
