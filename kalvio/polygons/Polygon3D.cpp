@@ -189,7 +189,7 @@ bool Polygon3D::TriangulateIn(Project&& project, bool withHoles, double toleranc
     };
     add(points);
     for (std::size_t i = 0; withHoles && i < holes.size(); ++i) add(holes[i].GetPoints());
-    return detail::TriangulateRings(std::move(projected), ends, noise, corners);
+    return detail::TriangulateRings(projected, ends, noise, corners);
 }
 
 bool Polygon3D::Triangulate(std::vector<unsigned int>& corners, double tolerance) const {

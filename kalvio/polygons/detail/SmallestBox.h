@@ -2,7 +2,7 @@
 
 #include "kalvio/core/OrientedBoundingBox2D.h"
 #include "kalvio/core/Point2D.h"
-#include "kalvio/polygons/detail/ExactTurn.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "kalvio/core/detail/Constants.h"
 #include "kalvio/polygons/detail/ConstrainedTriangulation.h"
-#include "kalvio/polygons/detail/ExactTurn.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 
-#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -20,46 +20,14 @@ namespace Kalvio::Math::detail {
 /// @param corners  receives three indexes into `points` per triangle, running like the outer ring
 /// @return false, `corners` untouched, for coordinates that are not finite, for rings that cross, and where the
 ///         triangles do not add up to the area of the outer ring less those of the holes
-inline bool TriangulateRings(std::vector<PlanePoint> points, const std::vector<std::size_t>& ends, double tolerance,
-                             std::vector<unsigned int>& corners) {
-    double reach = 0.0;
+inline bool TriangulateRings(const std::vector<PlanePoint>& points, const std::vector<std::size_t>& ends,
+                             double tolerance, std::vector<unsigned int>& corners) {
     for (const PlanePoint& p : points) {
         if (!std::isfinite(p.x) || !std::isfinite(p.y)) return false;
-        reach = std::max({reach, std::abs(p.x), std::abs(p.y)});
     }
-    if (!(reach > 0.0)) return false;
-    // To the square [-1, 1] by a power of two, which rounds nothing.
-    int exponent = 0;
-    std::frexp(reach, &exponent);
-    for (PlanePoint& p : points) p = {std::ldexp(p.x, -exponent), std::ldexp(p.y, -exponent)};
-    const double limit = std::ldexp(tolerance, -exponent);
-
-    // The points in the order of their distance along a line that is not likely to be a direction of the data: only
-    // neighbours in this order can be one point.
-    const auto along = [&points](std::size_t i) { return 0.8253 * points[i].x + 0.5647 * points[i].y; };
-    std::vector<std::size_t> order(points.size());
-    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-    std::sort(order.begin(), order.end(),
-              [&](std::size_t a, std::size_t b) { return along(a) < along(b) || (along(a) == along(b) && a < b); });
-    std::vector<std::size_t> vertexOf(points.size());
-    std::vector<std::size_t> firstOf;
-    std::vector<PlanePoint> vertices;
-    for (std::size_t i = 0; i < order.size(); ++i) {
-        const std::size_t p = order[i];
-        vertexOf[p] = vertices.size();
-        for (std::size_t j = i; j-- > 0 && along(p) - along(order[j]) <= 2.0 * limit;) {
-            const PlanePoint& vertex = vertices[vertexOf[order[j]]];
-            if (std::hypot(vertex.x - points[p].x, vertex.y - points[p].y) > limit) continue;
-            vertexOf[p] = vertexOf[order[j]];
-            break;
-        }
-        if (vertexOf[p] < vertices.size()) continue;
-        vertices.push_back(points[p]);
-        firstOf.push_back(p);
-    }
-    if (vertices.size() < 3) return false;
-
-    ConstrainedTriangulation triangulation(vertices, limit);
+    if (points.size() > ConstrainedTriangulation::most) return false;
+    ConstrainedTriangulation triangulation(points, tolerance);
+    if (!triangulation.HasTriangles()) return false;
     double expected = 0.0;
     double allowed = 0.0;
     bool isClockwise = false;
@@ -67,16 +35,16 @@ inline bool TriangulateRings(std::vector<PlanePoint> points, const std::vector<s
     for (std::size_t ring = 0; ring < ends.size(); ++ring) {
         double area = 0.0;
         for (std::size_t i = begin; i < ends[ring]; ++i) {
-            const std::size_t a = vertexOf[i];
-            const std::size_t b = vertexOf[i + 1 < ends[ring] ? i + 1 : begin];
+            const auto a = triangulation.GetVertexOf(i);
+            const auto b = triangulation.GetVertexOf(i + 1 < ends[ring] ? i + 1 : begin);
             if (a == b) continue;
-            if (!triangulation.RequireEdge(a, b)) return false;
-            const PlanePoint& from = vertices[a];
-            const PlanePoint& to = vertices[b];
+            if (!triangulation.RequireEdge(a, b, ConstrainedTriangulation::ofBorder, false)) return false;
+            const PlanePoint& from = points[triangulation.GetPlaceOf(a)];
+            const PlanePoint& to = points[triangulation.GetPlaceOf(b)];
             area += from.x * to.y - from.y * to.x;
             // A point on an edge moves it by the tolerance at most.
             allowed +=
-                2.0 * limit * std::hypot(to.x - from.x, to.y - from.y) +
+                2.0 * tolerance * std::hypot(to.x - from.x, to.y - from.y) +
                 8.0 * std::numeric_limits<double>::epsilon() * (std::abs(from.x * to.y) + std::abs(from.y * to.x));
         }
         begin = ends[ring];
@@ -84,18 +52,21 @@ inline bool TriangulateRings(std::vector<PlanePoint> points, const std::vector<s
         expected += ring == 0 ? std::abs(area) : -std::abs(area);
     }
 
-    const std::vector<ConstrainedTriangulation::Corners> triangles = triangulation.GetEnclosed();
+    const std::vector<std::uint8_t> enclosing = triangulation.FindEnclosing();
     double covered = 0.0;
     std::vector<unsigned int> result;
-    result.reserve(3 * triangles.size());
-    for (const auto& [a, b, c] : triangles) {
-        covered += (vertices[b].x - vertices[a].x) * (vertices[c].y - vertices[a].y) -
-                   (vertices[c].x - vertices[a].x) * (vertices[b].y - vertices[a].y);
-        for (const std::size_t vertex : {a, isClockwise ? c : b, isClockwise ? b : c}) {
-            result.push_back(static_cast<unsigned int>(firstOf[vertex]));
+    for (std::size_t t = 0; t < enclosing.size(); ++t) {
+        if (enclosing[t] == 0) continue;
+        std::array<unsigned int, 3> places{};
+        for (std::size_t i = 0; i < 3; ++i) {
+            places[i] = triangulation.GetPlaceOf(triangulation.GetTriangles()[t].corner[i]);
         }
+        const auto& [a, b, c] = places;
+        covered += (points[b].x - points[a].x) * (points[c].y - points[a].y) -
+                   (points[c].x - points[a].x) * (points[b].y - points[a].y);
+        result.insert(result.end(), {a, isClockwise ? c : b, isClockwise ? b : c});
     }
-    if (triangles.empty() || !(std::abs(covered - expected) <= allowed)) return false;
+    if (result.empty() || !(std::abs(covered - expected) <= allowed)) return false;
     corners = std::move(result);
     return true;
 }
