@@ -1,4 +1,5 @@
-# -D ROOT=...: headers and sources include only what lies in their own folder and in the folders below it.
+# -D ROOT=...: headers and sources include only what lies in their own folder and in the folders below it. Files of no
+# folder (text out and in) stand on top: they include what they like, and no folder includes them.
 cmake_minimum_required(VERSION 3.25)
 set(below_core)
 set(below_curves core)
@@ -15,6 +16,9 @@ set(upward_curves polygons/LineString2D.h polygons/LineString3D.h)
 file(GLOB_RECURSE files RELATIVE "${ROOT}/kalvio" "${ROOT}/kalvio/*.h" "${ROOT}/kalvio/*.cpp")
 set(faults 0)
 foreach(file IN LISTS files)
+  if(NOT file MATCHES "/")
+    continue()
+  endif()
   string(REGEX REPLACE "/.*" "" folder "${file}")
   file(STRINGS "${ROOT}/kalvio/${file}" lines REGEX "#include \"")
   foreach(line IN LISTS lines)

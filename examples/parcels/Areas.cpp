@@ -3,11 +3,14 @@
 #include "common/Csv.h"
 #include "common/InputError.h"
 
+#include "kalvio/Wkt.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cmath>
 #include <fstream>
 #include <map>
+#include <memory>
 
 namespace Kalvio::Examples {
 
@@ -103,10 +106,36 @@ std::vector<Area> ReadTable(const std::string& path) {
     return areas;
 }
 
+std::vector<Area> ReadTexts(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw InputError(path + ": cannot be read");
+    std::vector<Area> areas;
+    std::string line;
+    for (int number = 1; std::getline(file, line); ++number) {
+        const auto fail = [&](std::size_t column, std::string_view reason) {
+            throw InputError(path + ':' + std::to_string(number) + ':' + std::to_string(column) + ": " +
+                             std::string(reason));
+        };
+        if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
+        std::vector<std::unique_ptr<Math::IGeometry>> geometries;
+        Math::Wkt::Error error;
+        if (!Math::Wkt::Read(line, geometries, error)) fail(error.column, error.reason);
+        int part = 0;
+        for (const auto& geometry : geometries) {
+            if (geometry->GetType() != Math::MathTypes::Polygon2D) fail(1, "not a polygon in plan");
+            const bool isOne = geometries.size() == 1;
+            areas.push_back({std::to_string(number) + (isOne ? "" : '.' + std::to_string(++part)),
+                             static_cast<const Polygon2D&>(*geometry)});
+        }
+    }
+    return areas;
+}
+
 }  // namespace
 
 std::vector<Area> ReadAreas(const std::string& path) {
-    std::vector<Area> areas = path.ends_with(".csv") ? ReadTable(path) : ReadGeoJson(path);
+    const bool isTable = path.ends_with(".csv");
+    std::vector<Area> areas = isTable ? ReadTable(path) : path.ends_with(".wkt") ? ReadTexts(path) : ReadGeoJson(path);
     if (areas.empty()) throw InputError(path + ": no polygons");
     return areas;
 }

@@ -6,6 +6,7 @@
 #include "common/Svg.h"
 #include "parcels/Areas.h"
 
+#include "kalvio/Wkt.h"
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -28,13 +29,16 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
-    "               [--tolerance LENGTH]\n"
-    "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one\n"
+    "               [--wkt OUT.wkt] [--tolerance LENGTH]\n"
+    "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
+    "(.wkt),\n"
+    "               a polygon or MULTIPOLYGON a line\n"
     "  --points     names the polygons that hold the points of a table: x,y\n"
     "  --raster     classifies COUNT x COUNT points over the extent\n"
     "  --check      compares with known answers: polygon,x,y,inside,distance with the polygons counted from 0\n"
     "  --svg        draws polygons, holes and points\n"
     "  --csv        writes the measures\n"
+    "  --wkt        writes the polygons as well-known text, one a line\n"
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n";
 
 constexpr int kDiffers = 1;
@@ -46,6 +50,7 @@ struct Options {
     std::string check;
     std::string svg;
     std::string csv;
+    std::string wkt;
     double raster = 0.0;
     double tolerance = 1e-9;
 };
@@ -58,6 +63,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--check", options.check);
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
+    arguments.AddText("--wkt", options.wkt);
     arguments.AddPositive("--tolerance", options.tolerance);
     return arguments;
 }
@@ -109,6 +115,17 @@ void WriteTable(const std::vector<Measures>& rows, const std::string& path) {
              << ',' << (row.isCounterClockwise ? "left" : "right") << ','
              << (row.fault ? Fixed(row.fault->GetX(), 9) : "") << ',' << (row.fault ? Fixed(row.fault->GetY(), 9) : "")
              << '\n';
+    }
+    file.close();
+    if (file.fail()) throw InputError(path + ": cannot be written");
+}
+
+void WriteTexts(const std::vector<Area>& areas, const std::string& path) {
+    std::ofstream file(path, std::ios::binary);
+    for (const Area& area : areas) {
+        std::string text;
+        if (!Wkt::Write(area.polygon, text)) throw InputError(path + ": polygon " + area.name + " has no text");
+        file << text << '\n';
     }
     file.close();
     if (file.fail()) throw InputError(path + ": cannot be written");
@@ -229,6 +246,7 @@ int Run(const Options& options) {
     for (const Area& area : areas) rows.emplace_back(area, options.tolerance);
     Report(rows);
     if (!options.csv.empty()) WriteTable(rows, options.csv);
+    if (!options.wkt.empty()) WriteTexts(areas, options.wkt);
 
     const Map map(areas, options.tolerance);
     std::vector<Mark> marks;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kalvio/Print.h"  // GoogleTest prints values by it
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point3D.h"
 #include "kalvio/core/Vec2D.h"
@@ -7,10 +8,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cmath>
-#include <iomanip>
-#include <limits>
-#include <ostream>
 #include <tuple>
 
 namespace Kalvio::Math {
@@ -19,19 +16,6 @@ inline Vec3D CoordinatesOf(const Point2D& p) { return {p.GetX(), p.GetY(), 0.0};
 inline Vec3D CoordinatesOf(const Point3D& p) { return {p.GetX(), p.GetY(), p.GetZ()}; }
 inline Vec3D CoordinatesOf(const Vec2D& v) { return {v, 0.0}; }
 inline Vec3D CoordinatesOf(const Vec3D& v) { return v; }
-
-// GoogleTest prints values with these, in all digits.
-inline void PrintPair(double x, double y, std::ostream* out) {
-    *out << std::setprecision(std::numeric_limits<double>::max_digits10) << '(' << x << ", " << y << ')';
-}
-inline void PrintTriple(const Vec3D& v, std::ostream* out) {
-    *out << std::setprecision(std::numeric_limits<double>::max_digits10) << '(' << v.GetX() << ", " << v.GetY() << ", "
-         << v.GetZ() << ')';
-}
-inline void PrintTo(const Point2D& p, std::ostream* out) { PrintPair(p.GetX(), p.GetY(), out); }
-inline void PrintTo(const Vec2D& v, std::ostream* out) { PrintPair(v.GetX(), v.GetY(), out); }
-inline void PrintTo(const Point3D& p, std::ostream* out) { PrintTriple(CoordinatesOf(p), out); }
-inline void PrintTo(const Vec3D& v, std::ostream* out) { PrintTriple(v, out); }
 
 /// `EXPECT_THAT(found, testing::Pointwise(AreNear(1e-9), expected))`, or `UnorderedPointwise`: points one for one.
 MATCHER_P(AreNear, tolerance, "are within " + testing::PrintToString(tolerance) + " of each other") {

@@ -14,7 +14,7 @@ TEST(SupportTest, NearnessIsADistanceAndSaysHowFarOffAValueIs) {
     EXPECT_THAT(Point3D(0.0, 0.0, 1.5), testing::Not(IsNear(Point3D(0.0, 0.0, 1.0), 0.25)));
     EXPECT_THAT(Vec2D(std::numeric_limits<double>::quiet_NaN(), 0.0), testing::Not(IsNear(Vec2D(), 1e300)));
     EXPECT_NONFATAL_FAILURE(EXPECT_THAT(Point2D(1.0, 2.0), IsNear(Point2D(1.0, 2.5), 0.25)),
-                            "which is 0.5 away, off by (0, -0.5, 0)");
+                            "which is 0.5 away, off by Vec3D(0, -0.5, 0)");
 }
 
 TEST(SupportTest, TheEnvironmentGivesTheSeedAndTheTestGivesTheStandard) {
