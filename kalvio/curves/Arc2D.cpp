@@ -189,6 +189,25 @@ bool Arc2D::Set(const Point2D& p1, const Point2D& p2, const Point2D& p3) {
     return detail::ArcThrough(p1, p2, p3, *this, detail::numericalZero);
 }
 
+bool Arc2D::Set(const Point2D& start, const Point2D& center, const Point2D& end, WindingValue sense, double tolerance) {
+    const double t = std::abs(tolerance);
+    const double radius = start.Distance(center);
+    if (!(std::abs(end.Distance(center) - radius) <= t && radius > detail::numericalZero)) return false;
+    const bool isLeft = sense == WindingValue::CounterClockwise;
+    if (!isLeft && sense != WindingValue::Clockwise) return false;
+    double sweep = detail::twoPi;
+    if (!(start.Distance(end) <= t)) {
+        const Vec2D from = start - center;
+        const Vec2D to = end - center;
+        sweep = std::atan2(from.PerpDotProduct(to), from.DotProduct(to));
+        if (isLeft != (sweep > 0.0)) sweep += isLeft ? detail::twoPi : -detail::twoPi;
+    }
+    const Angle angle(sweep);  // a clockwise turn is none
+    if (!std::isfinite(sweep) || (!isLeft && !(angle < 0.0))) return false;
+    Set(start, center, angle);
+    return true;
+}
+
 void Arc2D::Move(const Point2D& newStart) {
     const Vec2D shift = newStart - startPoint;
     startPoint = newStart;

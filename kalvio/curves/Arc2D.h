@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/Angle.h"
+#include "kalvio/core/WindingValue.h"
 #include "kalvio/curves/IPolyline2DElement.h"
 #include "kalvio/curves/Line2D.h"
 
@@ -77,6 +78,12 @@ public:
     /// Through three points in order of travel, as `GeometryCreator::ArcFrom3Points` with 1e-10.
     /// @return false, the arc unchanged, for collinear points
     bool Set(const Point2D& p1, const Point2D& p2, const Point2D& p3);
+    /// From start, centre, end and sense of travel. The end is only the direction in which the arc ends: the radius is
+    /// that of the start. An end at most |tolerance| from the start closes the full circle, counter-clockwise only.
+    /// @return false, the arc unchanged, where the two radii differ by more than |tolerance|, for a radius of at most
+    ///         1e-10, a clockwise full circle, `Vertical`, and values that are not finite
+    [[nodiscard]] bool Set(const Point2D& start, const Point2D& center, const Point2D& end, WindingValue sense,
+                           double tolerance);
     /// Moves the whole arc so that it starts at the point.
     void Move(const Point2D& newStart);
     const Point2D& GetCenter() const { return centerPoint; }

@@ -110,6 +110,18 @@ bool Parabola::BreakAtPreSorted(std::map<double, const Point2D>& breaks, double 
                                 });
 }
 
+bool Parabola::SetVerticalCurve(const Point2D& intersection, double gradeIn, double gradeOut, double length) {
+    const double half = 0.5 * length;
+    const Point2D from = intersection - Vec2D(half, half * gradeIn);
+    const Point2D to = intersection + Vec2D(half, half * gradeOut);
+    const double quadratic = (gradeOut - gradeIn) / (2.0 * length);
+    const double linear = gradeIn - 2.0 * quadratic * from.GetX();
+    const double constant = from.GetY() - (quadratic * from.GetX() + linear) * from.GetX();
+    if (!(length > detail::numericalZero) || !std::isfinite(to.GetX() + to.GetY() + linear + constant)) return false;
+    *this = Parabola(from, to, quadratic, linear, constant);
+    return true;
+}
+
 bool Parabola::IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const {
     return point.Distance(GetNearestPoint(point, tolerances)) <= std::abs(tolerances.UserTolerance());
 }

@@ -76,6 +76,12 @@ public:
 
     void GetParameters(double& quadratic, double& linear, double& constant) const;
     void SetParameters(double quadratic, double linear, double constant);
+    /// The vertical curve that rounds off the corner of two straight grades, symmetrical and towards larger x.
+    /// @param intersection    where the grades meet, halfway along the curve (the PVI)
+    /// @param gradeIn,gradeOut  rise per length before and behind it: 0.03 is 3 %
+    /// @param length          horizontal
+    /// @return false, nothing changed, for a length of at most 1e-10 and where a value becomes one that is not finite
+    [[nodiscard]] bool SetVerticalCurve(const Point2D& intersection, double gradeIn, double gradeOut, double length);
     void SetStart(const Point2D& value) { start = value; }
     void SetEnd(const Point2D& value) { end = value; }
 

@@ -30,6 +30,26 @@ constexpr double boxRounding = 16.0 * std::numeric_limits<double>::epsilon();
 
 constinit const Line2D noElement;
 
+constexpr double shortestPart = 1e-9;  // a length: less of an element is not cut off, and rounding far along a chain
+
+// The part of an element between two stations along it; null where it cannot be cut.
+std::unique_ptr<IPolyline2DElement> PartOf(const IPolyline2DElement& element, double length, double from, double to) {
+    std::map<double, const Point2D> cuts;
+    for (const double station : {from, to}) {
+        detail::ElementPoint cut;
+        if (!(station > shortestPart && station < length - shortestPart)) continue;
+        if (!detail::EvaluateElement(element, station, cut)) return nullptr;
+        cuts.emplace(station, cut.point);
+    }
+    if (cuts.empty()) return detail::ElementChain<IPolyline2DElement>::CloneOf(element);
+    std::vector<std::unique_ptr<IGeometry>> pieces;
+    const std::size_t wanted = from > shortestPart ? 1 : 0;
+    if (!element.BreakAtPreSorted(cuts, 0.0, pieces, Tolerances(detail::numericalZero)) || pieces.size() <= wanted) {
+        return nullptr;
+    }
+    return std::unique_ptr<IPolyline2DElement>(static_cast<IPolyline2DElement*>(pieces[wanted].release()));
+}
+
 bool IsMovable(const IPolyline2DElement& element) {
     return element.GetType() == MathTypes::Line2D || element.GetType() == MathTypes::LineString2D;
 }
@@ -411,6 +431,52 @@ bool Polyline2D::MakePointAndTangentAt(double station, PolylinePoint& result) co
 bool Polyline2D::MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const {
     if (elementIndex < 0 || static_cast<std::size_t>(elementIndex) >= elements.Size()) return false;
     return detail::SampleAt(elements, static_cast<std::size_t>(elementIndex), station, result);
+}
+
+bool Polyline2D::GetPoint(double station, double offset, Point2D& point) const {
+    PolylinePoint axis;
+    if (!MakePointAndTangentAt(station, axis)) return false;
+    const Point2D beside = axis.point + axis.tangent.GetNormalVector(false) * offset;
+    if (!std::isfinite(beside.GetX()) || !std::isfinite(beside.GetY())) return false;
+    point = beside;
+    return true;
+}
+
+bool Polyline2D::GetStationAndOffset(const Point2D& point, double& station, double& offset, double tolerance) const {
+    PolylinePoint foot;
+    if (!GetNormalPoint(point, tolerance, foot)) return false;
+    station = foot.station;
+    offset = (point - foot.point).DotProduct(foot.tangent.GetNormalVector(false));
+    return true;
+}
+
+bool Polyline2D::GetCurvature(double station, double& curvature) const {
+    const auto& [start, length] = elements.GetStations();
+    PolylinePoint axis;
+    if (!MakePointAndTangentAt(station, axis)) return false;
+    const std::size_t i = axis.elementIndex;
+    return detail::CurvatureOfElement(elements[i], std::clamp(station - start[i], 0.0, length[i]), curvature);
+}
+
+bool Polyline2D::ExtractPolyline(double from, double to, Polyline2D& part) const {
+    const auto& [start, length] = elements.GetStations();
+    if (!(from >= -detail::numericalZero && to <= start.back() + detail::numericalZero)) return false;
+    from = std::max(from, 0.0);
+    to = std::min(to, start.back());
+    if (!(from < to && to <= detail::largestDouble)) return false;
+    Polyline2D found;
+    for (std::size_t i = elements.ElementAt(from); i < elements.Size() && start[i] < to; ++i) {
+        const double first = std::max(from - start[i], 0.0);
+        const double last = std::min(to - start[i], length[i]);
+        const bool isCut = first > 0.0 || last < length[i];
+        if (isCut && !(last - first > shortestPart)) continue;
+        std::unique_ptr<IPolyline2DElement> piece = PartOf(elements[i], length[i], first, last);
+        if (piece == nullptr) return false;
+        found.elements.Append(std::move(piece));
+    }
+    if (found.elements.IsEmpty()) return false;
+    part = std::move(found);
+    return true;
 }
 
 bool Polyline2D::MakePointsAndTangents(double from, double to, std::vector<PolylinePoint>& points, double step,

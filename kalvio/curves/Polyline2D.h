@@ -147,6 +147,26 @@ public:
     /// @param station  along the element, from 0 to its length; the result's station is along the chain
     /// @return false for an index or station out of range (by more than 1e-10)
     [[nodiscard]] bool MakePointAndTangentAt(int elementIndex, double station, PolylinePoint& result) const;
+    /// The point beside a station, at a right angle to the chain there; at a joint to the element that starts there.
+    /// @param offset  positive to the right of the direction of travel
+    /// @return false, `point` untouched, where `MakePointAndTangentAt` is, and for an offset that is not finite
+    [[nodiscard]] bool GetPoint(double station, double offset, Point2D& point) const;
+    /// The reverse: station and offset of the foot that `GetNormalPoint` finds, so that `GetPoint` leads back to the
+    /// point, within the tolerance where the foot is an end of an element.
+    /// @param offset  positive when the point lies to the right of the direction of travel
+    /// @return false, outputs untouched, when there is no foot on any element, near or far: a point beyond an end or
+    /// off
+    ///         the outside of a corner, whose place `GetNearestPoint` tells, may have one far away
+    [[nodiscard]] bool GetStationAndOffset(const Point2D& point, double& station, double& offset,
+                                           double tolerance) const;
+    /// Signed curvature 1/R at a station, positive turning left as radii are, 0 on a straight; at a joint of the
+    /// element that starts there. @return false, `curvature` untouched, where `MakePointAndTangentAt` is
+    [[nodiscard]] bool GetCurvature(double station, double& curvature) const;
+    /// Replaces `part`, which may be this chain, by its part between two stations: clones of the elements, those at the
+    /// ends cut. What a cut would leave of an element over a length of at most 1e-9 is left out.
+    /// @return false, `part` untouched, unless 0 <= from < to <= length, both ends within 1e-10, and where an element
+    ///         cannot be cut
+    [[nodiscard]] bool ExtractPolyline(double from, double to, Polyline2D& part) const;
     /// Appends samples at from, from + step ... and `to`, the range clipped to the chain; at a joint the element that
     /// starts there is sampled. A last sample nearer than the tolerance to `to` gives way to it.
     /// @return false, nothing appended, for an empty range or a step that is not positive

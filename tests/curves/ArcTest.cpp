@@ -117,6 +117,31 @@ TEST(ArcTest, ThreePoints) {
     EXPECT_NEAR(circle.GetRadius(), 125000.005, 1e-6);  // (c^2 / 4 + h^2) / 2h
 }
 
+TEST(ArcTest, FromCentreEndAndSense) {
+    const auto left = WindingValue::CounterClockwise, right = WindingValue::Clockwise;
+    const std::tuple<const char*, Point2D, WindingValue, double> rows[] = {
+        {"the short way", {0, 10}, left, 0.5 * kPi},
+        {"the long way", {0, 10}, right, -1.5 * kPi},
+        {"half", {-10, -0.0}, right, -kPi},
+        {"a radius off by the tolerance", {0, -10.25}, left, 1.5 * kPi},
+        {"by more", {0, -10.26}, left, 0.0},
+        {"an end at the start", {10, 0.25}, left, 2 * kPi},
+        {"there is no clockwise full circle", {10, 0.25}, right, 0.0},
+        {"hardly more than nothing", {9.99, 0.5}, left, std::atan2(0.5, 9.99)},
+        {"no sense", {0, 10}, WindingValue::Vertical, 0.0},
+        {"no end", {kNan, 10}, left, 0.0},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        for (const auto& [why, end, sense, sweep] : rows) {
+            SCOPED_TRACE(why);
+            const Vec2D shift = origin - Point2D();
+            Arc2D arc;
+            EXPECT_EQ(arc.Set(Point2D(10, 0) + shift, origin, end + shift, sense, 0.25), sweep != 0.0);
+            EXPECT_NEAR(arc.GetAngle().GetRadians(), sweep, 1e-9);
+        }
+    }
+}
+
 TEST(ArcTest, FlatArcsKeepTheAccuracyOfTheirCoordinates) {
     const Point2D start = surveyOrigins[1], end = start + Vec2D(100.0, 0.0);
     const Arc2D arc(start, -1e-8, end);  // radius 2.5e9, sagitta 5e-7

@@ -38,6 +38,22 @@ TEST(ParabolaTest, FocusAndDirectrixAreEquallyFarFromEveryPoint) {
     EXPECT_TRUE(Parabola(0.0005, 0.0, 0.0).GetParameterK() == 10.0 && Parabola().GetParameterK() == kInfinity);
 }
 
+TEST(ParabolaTest, VerticalCurvesRoundOffTheCornerOfTheirGrades) {
+    for (const double x : {0.0, 12400.0}) {
+        for (const auto& [in, out] : {std::pair(0.03, -0.02), std::pair(-0.06, 0.04), std::pair(0.01, 0.01)}) {
+            Parabola curve;
+            ASSERT_TRUE(curve.SetVerticalCurve(Point2D(x, 80.0), in, out, 160.0));
+            EXPECT_THAT(curve.GetStart(), IsNear(Point2D(x - 80.0, 80.0 - 80.0 * in), 1e-12));
+            EXPECT_THAT(curve.GetEnd(), IsNear(Point2D(x + 80.0, 80.0 + 80.0 * out), 1e-12));
+            EXPECT_THAT(curve.GetStartTangent(), IsNear(Vec2D(1.0, in, 1.0), 1e-13));
+            EXPECT_THAT(curve.GetEndTangent(), IsNear(Vec2D(1.0, out, 1.0), 1e-13));
+            EXPECT_NEAR(curve.Evaluate(x + 80.0), curve.GetEnd().GetY(), 1e-10);
+            EXPECT_NEAR(curve.Evaluate(x), 80.0 + 160.0 * (out - in) / 8.0, 1e-10) << "the external distance";
+            EXPECT_FALSE(curve.SetVerticalCurve(Point2D(), in, out, 0.0) || curve.SetVerticalCurve({}, in, kNan, 9.0));
+        }
+    }
+}
+
 TEST(ParabolaTest, RootsInTheOrderOfTheirFormula) {
     const std::tuple<const char*, Parabola, int, double, double> rows[] = {
         {"none: untouched", Parabola(1.0, 0.0, 1.0), 0, 7.0, 7.0},

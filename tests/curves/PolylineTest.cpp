@@ -4,11 +4,14 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
+#include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
+#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/RingCurve2D.h"
+#include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Projection.h"
 #include "support/ElementChecks.h"
 
@@ -118,6 +121,85 @@ TEST_P(PolylineLawTest, PiecesOfABreakRunAlongTheRoad) {
         const Polyline2D& piece = AsPolyline(pieces[expected == joint ? 0 : 1]);
         EXPECT_TRUE(piece.IsContinuous(1e-6) && std::abs(piece.GetLength() - expected) < 1e-6);
     }
+}
+
+// Chains of all kinds within each other, there and back.
+TEST_P(PolylineLawTest, StationAndOffsetLeadToThePointAndBack) {
+    road.AppendElement(Polyline2D(road).Clone());
+    road.AppendElement(new Parabola(road.GetStart(), road.GetStart() + Vec2D(-40.0, 0.0), 0.0, 0.0, 0.0));
+    ASSERT_TRUE(static_cast<Parabola&>(road.GetElementAtIndex(road.GetSize() - 1))
+                    .SetVerticalCurve(Point2D(-90.0, 7.0), 0.06, -0.03, 80.0));
+    road.AppendElement(new Spiral2D(Spiral2D::Spiral2DType::Bloss, -200.0, 0.0, 90.0, road.GetEnd(), Vec2D(0.6, 0.8)));
+    const std::unique_ptr<IGeometry> reversed(road.CloneAsReverse());
+    const double length = road.GetLength();
+    for (int i = 0; i < 100; ++i) {
+        const double station = random(0.01, length - 0.01), offset = random(-4.0, 4.0), h = 1e-3;
+        Point2D p, q;
+        double foundStation = -1.0, found = 9.0, back = 9.0, curvature = 9.0, other = 9.0;
+        ASSERT_TRUE(road.GetPoint(station, offset, p) && road.GetStationAndOffset(p, foundStation, found, 1e-8));
+        EXPECT_LE(std::abs(found), std::abs(offset) + 1e-8) << "the nearest foot";
+        ASSERT_TRUE(road.GetPoint(foundStation, found, q));
+        EXPECT_THAT(q, IsNear(p, 4e-9));
+        const auto axis = At(road, foundStation), before = At(road, station - h), after = At(road, station + h);
+        EXPECT_NEAR(Distance::PointToLine(p, axis.point, axis.point + axis.tangent), found, 4e-9);
+        ASSERT_TRUE(AsPolyline(reversed).GetStationAndOffset(p, other, back, 1e-8));
+        EXPECT_NEAR(std::abs(back), std::abs(found), 4e-9);
+        EXPECT_TRUE(std::abs(other + foundStation - length) > 1e-6 || std::abs(back + found) < 4e-9);
+        ASSERT_TRUE(road.GetCurvature(station, curvature));
+        const double turn = std::asin(before.tangent.PerpDotProduct(after.tangent));
+        EXPECT_TRUE(std::abs(turn) > 0.05 || std::abs(turn - 2.0 * h * curvature) < 1e-7) << "else a corner between";
+
+        Polyline2D part;
+        const double to = random(station, length);
+        ASSERT_TRUE(road.ExtractPolyline(station, to, part));
+        ASSERT_NEAR(part.GetLength(), to - station, 4e-9);
+        for (const double share : {0.0, 0.3, 0.7, 1.0}) {
+            const double along = share * std::min(part.GetLength(), to - station);
+            EXPECT_THAT(At(part, along).point, IsNear(At(road, station + along).point, 1e-8));
+        }
+        ASSERT_TRUE(part.ExtractPolyline(0.0, 0.5 * (to - station), part)) << "a part of itself";
+    }
+}
+
+TEST(PolylineTest, StationsWithoutAnAnswerAndTies) {
+    // A closed track: two straights, a turn to the left, and back around a corner to the right.
+    Polyline2D track = ChainOf(Line(0, 0, 100, 0), Arc2D(Point2D(100, 0), Point2D(100, 20), Angle(kPi)),
+                               Line(100, 40, 0, 40), Line(0, 40, 0, 0));
+    const double length = track.GetLength(), turn = 20 * kPi;
+    const std::tuple<const char*, Point2D, double, double> rows[] = {
+        {"right of the straight", {30, -5}, 30, 5},
+        {"the centre of the turn: the first of equals", {100, 20}, 100, -20},
+        {"on the seam, inside", {0, 0}, 0, 0},
+        {"inside the corner: the first of equals", {3, 37}, 197 + turn, -3},
+        {"off the corner: in the turn, beyond its centre",
+         {-4, -1},
+         100 + 20 * (kPi / 2 + std::atan2(21, 104)),
+         -20 - std::hypot(104, 21)},
+        {"nowhere", {kNan, 0}, 9, 9},
+    };
+    for (const auto& [why, point, station, offset] : rows) {
+        double s = 9, d = 9;
+        (void)track.GetStationAndOffset(point, s, d, 1e-9);
+        EXPECT_NEAR(s, station, 1e-9) << why;
+        EXPECT_NEAR(d, offset, 1e-9) << why;
+        EXPECT_FALSE(ChainOf(Line(10, 0, 20, 0), Line(20, 0, 20, 9)).GetStationAndOffset({21, -1}, s, d, 0.5));
+    }
+    double curvature = 9.0;
+    EXPECT_TRUE(track.GetCurvature(100.0, curvature) && curvature == 0.05) << "of the element that starts there";
+    EXPECT_TRUE(track.GetCurvature(length, curvature) && curvature == 0.0);
+    Polyline2D part;
+    Point2D p;
+    curvature = 9.0;
+    for (const double station : {-1.0, length + 1.0, kNan, kInfinity}) {
+        EXPECT_FALSE(track.GetPoint(station, 0.0, p) || track.GetPoint(1.0, station == -1.0 ? kNan : kInfinity, p));
+        EXPECT_FALSE(track.GetCurvature(station, curvature) || Polyline2D().GetCurvature(0.0, curvature));
+        EXPECT_FALSE(track.ExtractPolyline(5.0, station, part) || track.ExtractPolyline(station, 5.0, part));
+    }
+    EXPECT_TRUE(p == Point2D() && curvature == 9.0 && part.GetSize() == 0);
+    EXPECT_FALSE(track.ExtractPolyline(8.0, 7.0, part) || Polyline2D().ExtractPolyline(0.0, 0.0, part));
+    ASSERT_TRUE(track.ExtractPolyline(100.0, 100.0 + turn, part));
+    EXPECT_EQ(part.GetSize(), 1u) << "joints cut nothing";
+    EXPECT_TRUE(part.IsEqualTo(track.GetElementAtIndex(1), 1e-12));
 }
 
 TEST_P(PolylineLawTest, SamplesStandAtTheirStations) {

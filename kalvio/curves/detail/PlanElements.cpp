@@ -54,15 +54,47 @@ struct Evaluate {
         return element.MakePointAndTangentAt(station, result);
     }
     bool operator()(const LineString2D& lineString) const {
-        std::vector<ElementPoint> one;
-        if (!WalkPoints(lineString.GetPoints(), std::span(&station, 1), one)) return false;
-        result = one.front();
-        return true;
+        return WalkPoints<ElementPoint>(lineString.GetPoints(), std::span(&station, 1),
+                                        [this](const ElementPoint& sample) { result = sample; });
     }
     bool operator()(const Polyline2D& polyline) const {
         Polyline2D::PolylinePoint sample;
         if (!polyline.MakePointAndTangentAt(station, sample)) return false;
         result = {sample.point, sample.tangent, sample.station};
+        return true;
+    }
+};
+
+struct CurvatureAt {
+    double station;
+    double& curvature;
+
+    template <class Curve>
+    bool operator()(const Curve& curve) const {
+        curvature = curve.GetCurvature(station);
+        return true;
+    }
+    bool operator()(const Arc2D& arc) const {
+        curvature = 1.0 / arc.GetSignedRadius();
+        return true;
+    }
+    bool operator()(const Line2D&) const { return IsStraight(); }
+    bool operator()(const LineString2D&) const { return IsStraight(); }
+    bool operator()(const Parabola& parabola) const {
+        ElementPoint at;
+        if (!parabola.MakePointAndTangentAt(station, at)) return false;
+        double a = 0.0;
+        double b = 0.0;
+        double c = 0.0;
+        parabola.GetParameters(a, b, c);
+        const double run = at.tangent.GetX();  // 1 / sqrt(1 + u^2) with the sign of the way
+        curvature = 2.0 * a * run * run * run;
+        return true;
+    }
+    bool operator()(const Polyline2D& polyline) const { return polyline.GetCurvature(station, curvature); }
+
+    bool IsStraight() const {
+        curvature = 0.0;
         return true;
     }
 };
@@ -278,6 +310,10 @@ bool FootOnElement(const IPolyline2DElement& element, const Point2D& point, doub
 
 bool EvaluateElement(const IPolyline2DElement& element, double station, ElementPoint& result) {
     return WithClass(element, Evaluate{station, result});
+}
+
+bool CurvatureOfElement(const IPolyline2DElement& element, double station, double& curvature) {
+    return WithClass(element, CurvatureAt{station, curvature});
 }
 
 bool SampleElement(const IPolyline2DElement& element, std::span<const double> stations,

@@ -42,6 +42,10 @@ bool FootOnElement(const IPolyline2DElement& element, const Point2D& point, doub
 /// by more than 1e-10, for a degenerate element and for a class that is not the library's
 bool EvaluateElement(const IPolyline2DElement& element, double station, ElementPoint& result);
 
+/// Signed curvature at a station within the element, positive turning left. @return false for a class that is not the
+/// library's
+bool CurvatureOfElement(const IPolyline2DElement& element, double station, double& curvature);
+
 /// Appends the samples at ascending stations, all within the element.
 bool SampleElement(const IPolyline2DElement& element, std::span<const double> stations,
                    std::vector<ElementPoint>& samples);

@@ -34,11 +34,9 @@ bool EvaluateElement(const IPolyline3DElement& element, double station, ElementP
         case MathTypes::Line3D:
             return static_cast<const Line3D&>(element).MakePointAndTangentAt(station, result);
         case MathTypes::LineString3D: {
-            std::vector<ElementPoint3D> one;
             const auto& points = static_cast<const LineString3D&>(element).GetPoints();
-            if (!WalkPoints(points, std::span(&station, 1), one)) return false;
-            result = one.front();
-            return true;
+            return WalkPoints<ElementPoint3D>(points, std::span(&station, 1),
+                                              [&result](const ElementPoint3D& sample) { result = sample; });
         }
         case MathTypes::Polyline3D: {
             Polyline3D::PolylinePoint sample;

@@ -19,11 +19,12 @@ bool SampleSegment(const PointType& a, const PointType& b, double station, Sampl
     return true;
 }
 
-/// Appends the samples of a chain of points, in plan or space, at ascending stations: one walk for all of them. At a
-/// vertex the segment that starts there gives the tangent, at the end the last one that has a length.
-/// @return false, nothing appended, for fewer than two points
-template <class PointType, class Sample>
-bool WalkPoints(const std::vector<PointType>& points, std::span<const double> stations, std::vector<Sample>& samples) {
+/// Calls emit(Sample{point, tangent, station}) for a chain of points, in plan or space, at ascending stations: one walk
+/// for all of them. At a vertex the segment that starts there gives the tangent, at the end the last one that has a
+/// length.
+/// @return false, without any call, for fewer than two points
+template <class Sample, class PointType, class Emit>
+bool WalkPoints(const std::vector<PointType>& points, std::span<const double> stations, Emit&& emit) {
     if (points.size() < 2) return false;
     std::size_t last = points.size() - 2;
     while (last > 0 && points[last].Distance(points[last + 1]) == 0.0) --last;
@@ -38,9 +39,15 @@ bool WalkPoints(const std::vector<PointType>& points, std::span<const double> st
         }
         const auto along = points[i + 1] - points[i];
         const double t = length > 0.0 ? (station - start) / length : 0.0;
-        samples.push_back({points[i] + along * t, UnitDirection(along), station});
+        emit(Sample{points[i] + along * t, UnitDirection(along), station});
     }
     return true;
+}
+
+/// The same, appended to `samples`.
+template <class PointType, class Sample>
+bool WalkPoints(const std::vector<PointType>& points, std::span<const double> stations, std::vector<Sample>& samples) {
+    return WalkPoints<Sample>(points, stations, [&samples](const Sample& sample) { samples.push_back(sample); });
 }
 
 /// Appends the samples at `from`, at the vertices between and at `to`.
