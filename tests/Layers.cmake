@@ -7,6 +7,7 @@ set(below_polygons core curves)
 set(below_meshes core curves polygons)
 set(below_queries core curves polygons meshes)
 set(below_alignments core curves polygons meshes queries)
+set(below_areas core curves polygons meshes queries)
 set(below_SpatialIndexes core)
 set(below_statistics core)
 

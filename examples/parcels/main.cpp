@@ -7,6 +7,7 @@
 #include "parcels/Areas.h"
 
 #include "kalvio/Wkt.h"
+#include "kalvio/areas/GeometrySimplifier.h"
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -19,6 +20,7 @@
 #include <fstream>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Examples {
@@ -29,7 +31,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
-    "               [--wkt OUT.wkt] [--tolerance LENGTH]\n"
+    "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH]\n"
     "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
     "(.wkt),\n"
     "               a polygon or MULTIPOLYGON a line\n"
@@ -39,7 +41,8 @@ constexpr const char* kUsage =
     "  --svg        draws polygons, holes and points\n"
     "  --csv        writes the measures\n"
     "  --wkt        writes the polygons as well-known text, one a line\n"
-    "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n";
+    "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n"
+    "  --simplify   first leaves out the points that lie this near to the lighter borders; common borders stay common\n";
 
 constexpr int kDiffers = 1;
 constexpr double largestRaster = 5000.0;
@@ -53,6 +56,7 @@ struct Options {
     std::string wkt;
     double raster = 0.0;
     double tolerance = 1e-9;
+    double simplify = 0.0;
 };
 
 Arguments ArgumentsOf(Options& options) {
@@ -65,6 +69,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--csv", options.csv);
     arguments.AddText("--wkt", options.wkt);
     arguments.AddPositive("--tolerance", options.tolerance);
+    arguments.AddPositive("--simplify", options.simplify);
     return arguments;
 }
 
@@ -240,8 +245,26 @@ void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, con
     if (!svg.Write(path)) throw InputError(path + ": cannot be written");
 }
 
+void Simplify(std::vector<Area>& areas, double tolerance) {
+    std::vector<Polygon2D> polygons;
+    for (const Area& area : areas) polygons.push_back(area.polygon);
+    std::vector<Polygon2D> lighter;
+    if (!GeometrySimplifier::SimplifyByDistance(polygons, tolerance, lighter)) {
+        throw InputError("--simplify: coordinates must be finite");
+    }
+    unsigned int before = 0;
+    unsigned int after = 0;
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        before += areas[i].polygon.GetTotalSize();
+        after += lighter[i].GetTotalSize();
+        areas[i].polygon = std::move(lighter[i]);
+    }
+    std::printf("%u of %u points stay\n", after, before);
+}
+
 int Run(const Options& options) {
-    const std::vector<Area> areas = ReadAreas(options.file);
+    std::vector<Area> areas = ReadAreas(options.file);
+    if (options.simplify > 0.0) Simplify(areas, options.simplify);
     std::vector<Measures> rows;
     for (const Area& area : areas) rows.emplace_back(area, options.tolerance);
     Report(rows);

@@ -1,0 +1,234 @@
+#include "kalvio/areas/GeometrySimplifier.h"
+
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "support/Rings.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+namespace {
+
+double FromSegment(const Point3D& p, const Point3D& a, const Point3D& b) {
+    const Vec3D d = b - a;
+    const double t = d.NormSquared() > 0.0 ? std::clamp((p - a).DotProduct(d) / d.NormSquared(), 0.0, 1.0) : 0.0;
+    return (p - a - d * t).Length();
+}
+
+// By the definition: the farthest point of all stays if it must, and both parts likewise.
+void KeepFarthest(const std::vector<Point3D>& points, std::size_t from, std::size_t to, double tolerance,
+                  std::vector<Point3D>& kept) {
+    double farthest = tolerance;
+    std::size_t middle = from;
+    for (std::size_t i = from + 1; i < to; ++i) {
+        const double distance = FromSegment(points[i], points[from], points[to]);
+        if (distance > farthest) {
+            farthest = distance;
+            middle = i;
+        }
+    }
+    if (middle == from) {
+        kept.push_back(points[to]);
+        return;
+    }
+    KeepFarthest(points, from, middle, tolerance, kept);
+    KeepFarthest(points, middle, to, tolerance, kept);
+}
+
+TEST(GeometrySimplifierTest, ChainsKeepWhatTheDefinitionKeeps) {
+    RandomNumbers random(20261122);
+    for (int round = 0; round < 60; ++round) {
+        const Point2D& origin = surveyOrigins[round % 2];
+        const bool isPlan = round % 4 < 2;
+        std::vector<Point3D> points{{origin.GetX(), origin.GetY(), 0.0}};
+        std::vector<Point2D> plan{origin};
+        for (int i = 0; i < 20 * round; ++i) {
+            const Vec3D step(random(-0.6, 1.0), random(-1.0, 0.9), isPlan ? 0.0 : random(-1.0, 1.0));
+            points.push_back(points.back() + step * (i % 7 == 0 ? 0.0 : random(0.1, 2.0)));
+            plan.emplace_back(points.back().GetX(), points.back().GetY());
+        }
+        const double tolerance = random(0.0, 8.0);
+        std::vector<Point3D> kept{points.front()};
+        if (points.size() > 1) KeepFarthest(points, 0, points.size() - 1, tolerance, kept);
+        LineString3D inSpace;
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByDistance(LineString3D(points), tolerance, inSpace));
+        EXPECT_THAT(inSpace.GetPoints(), testing::Pointwise(AreNear(0.0), kept));
+        if (!isPlan) continue;
+        LineString2D chain;
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByDistance(LineString2D(plan), tolerance, chain));
+        EXPECT_THAT(chain.GetPoints(), testing::Pointwise(AreNear(0.0), kept));
+    }
+}
+
+// Takes the smallest triangle of all away, again and again.
+TEST(GeometrySimplifierTest, ChainsLoseTheirSmallestTriangles) {
+    RandomNumbers random(20261123);
+    for (int round = 0; round < 40; ++round) {
+        std::vector<Point3D> kept;
+        for (int i = 0; i < 4 * round; ++i) kept.emplace_back(i, random(-1.0, 1.0), random(-1.0, 1.0));
+        const LineString3D source(kept);
+        const double smallest = random(0.0, 3.0);
+        const auto areaAt = [&](std::size_t i) {
+            return (kept[i - 1] - kept[i]).CrossProduct(kept[i + 1] - kept[i]).Length() / 2.0;
+        };
+        for (std::size_t least = 1; least > 0;) {
+            least = 0;
+            for (std::size_t i = 1; i + 1 < kept.size(); ++i) {
+                if (areaAt(i) < (least > 0 ? areaAt(least) : smallest)) least = i;
+            }
+            if (least > 0) kept.erase(kept.begin() + static_cast<std::ptrdiff_t>(least));
+        }
+        LineString3D chain;
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByArea(source, smallest, chain));
+        EXPECT_THAT(chain.GetPoints(), testing::Pointwise(AreNear(0.0), kept));
+    }
+}
+
+// A square cut into cells with ragged borders, each with an island in its middle that fills a hole; rings begin
+// anywhere and run either way.
+std::vector<Polygon2D> RaggedCells(RandomNumbers& random, const Point2D& origin, int cells, int pointsPerSide) {
+    const auto border = [&](const Point2D& from, const Point2D& to, bool isStraight) {
+        std::vector<Point2D> points;
+        const Vec2D along = to - from;
+        for (int i = 0; i < pointsPerSide; ++i) {
+            const double t = static_cast<double>(i) / pointsPerSide;
+            const double reach = isStraight ? 0.0 : 0.6 * std::min(t, 1.0 - t);
+            points.push_back(from + along * t + Vec2D(-along.GetY(), along.GetX()) * random(-reach, reach));
+        }
+        return points;
+    };
+    const auto corner = [&](int i, int j) { return origin + Vec2D(16.0 * i, 16.0 * j); };
+    std::map<std::tuple<int, int, int>, std::vector<Point2D>> sides;  // from (i, j) to the right (0) or upwards (1)
+    for (int i = 0; i <= cells; ++i) {
+        for (int j = 0; j <= cells; ++j) {
+            sides[{i, j, 0}] = border(corner(i, j), corner(i + 1, j), j == 0 || j == cells);
+            sides[{i, j, 1}] = border(corner(i, j), corner(i, j + 1), i == 0 || i == cells);
+        }
+    }
+    std::vector<Polygon2D> areas;
+    const auto turned = [&](std::vector<Point2D> ring) {
+        std::rotate(ring.begin(), ring.begin() + static_cast<int>(random(0.0, 1.0) * static_cast<double>(ring.size())),
+                    ring.end());
+        if (random(-1.0, 1.0) < 0.0) std::reverse(ring.begin(), ring.end());
+        if (random(-1.0, 1.0) < 0.0) ring.push_back(ring.front());
+        return ring;
+    };
+    for (int i = 0; i < cells; ++i) {
+        for (int j = 0; j < cells; ++j) {
+            std::vector<Point2D> ring = sides[{i, j, 0}];
+            const auto add = [&](std::vector<Point2D> side, const Point2D& end, bool isBackward) {
+                if (isBackward) {
+                    side.push_back(end);
+                    std::reverse(side.begin(), side.end());
+                    side.pop_back();
+                }
+                ring.insert(ring.end(), side.begin(), side.end());
+            };
+            add(sides[{i + 1, j, 1}], {}, false);
+            add(sides[{i, j + 1, 0}], corner(i + 1, j + 1), true);
+            add(sides[{i, j, 1}], corner(i, j + 1), true);
+            const std::vector<Point2D> island = RandomStar(random, corner(i, j) + Vec2D(8.0, 8.0), 1.5, pointsPerSide);
+            areas.emplace_back(turned(ring)).AppendHoleBoundary(LineString2D(turned(island)));
+            areas.emplace_back(turned(island));
+        }
+    }
+    return areas;
+}
+
+TEST(GeometrySimplifierTest, AreasStillCoverTheSquareOnce) {
+    RandomNumbers random(20261124);
+    for (int round = 0; round < 48; ++round) {
+        const Point2D& origin = surveyOrigins[round % 2];
+        const int cells = 1 + round % 3;
+        const std::vector<Polygon2D> areas = RaggedCells(random, origin, cells, 3 + 3 * round);
+        const bool isByArea = round % 4 > 1;
+        const double limit = std::pow(10.0, random(-2.0, 1.2));  // up to the size of a cell
+        std::vector<Polygon2D> made;
+        ASSERT_TRUE(isByArea ? GeometrySimplifier::SimplifyByArea(areas, limit, made)
+                             : GeometrySimplifier::SimplifyByDistance(areas, limit, made));
+        ASSERT_EQ(made.size(), areas.size());
+        double sum = 0.0;
+        unsigned int before = 0, after = 0;
+        for (std::size_t i = 0; i < made.size(); ++i) {
+            Point2D where;
+            ASSERT_TRUE(made[i].Validate(where, true, 0.0)) << testing::PrintToString(where);
+            EXPECT_EQ(Polygon2D(made[i].GetPoints()).GetWinding(), Polygon2D(areas[i].GetPoints()).GetWinding());
+            EXPECT_EQ(made[i].IsClosed(0.0), areas[i].IsClosed(0.0));
+            sum += std::abs(made[i].GetArea());
+            before += areas[i].GetTotalSize();
+            after += made[i].GetTotalSize();
+            if (isByArea) continue;
+            LineString2D ring(made[i].GetPoints());
+            ring.AppendPoint(ring.GetPoint(0));
+            for (const Point2D& p : areas[i].GetPoints()) {
+                double distance = 1e300;
+                for (unsigned int k = 1; k < ring.GetSize(); ++k) {
+                    const auto flat = [](const Point2D& q) { return Point3D(q.GetX(), q.GetY(), 0.0); };
+                    distance =
+                        std::min(distance, FromSegment(flat(p), flat(ring.GetPoint(k - 1)), flat(ring.GetPoint(k))));
+                }
+                ASSERT_LE(distance, limit * (1.0 + 1e-12));
+            }
+        }
+        EXPECT_NEAR(sum, 256.0 * cells * cells, 1e-6);
+        EXPECT_LT(after, before);
+        for (int k = 0; k < 100; ++k) {
+            const Point2D p = origin + Vec2D(random(0.0, 16.0 * cells), random(0.0, 16.0 * cells));
+            EXPECT_EQ(
+                std::count_if(made.begin(), made.end(), [&](const Polygon2D& a) { return a.IsPointInside(p, 0.0); }),
+                1);
+        }
+    }
+}
+
+TEST(GeometrySimplifierTest, ChainsStaySimpleOnRequest) {
+    RandomNumbers random(20261125);
+    int crossed = 0;
+    for (int round = 0; round < 200; ++round) {
+        LineString2D chain;  // there and back beside itself
+        for (int i = 0; i < 60 + round; ++i) {
+            chain.AppendPoint(Point2D(i, random(-4.0, 4.0)));
+            chain.Insert(0, chain.GetEnd() + Vec2D(0.0, random(0.2, 2.0)));
+        }
+        const double limit = random(0.5, 4.0);
+        LineString2D plain, simple;
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByDistance(chain, limit, plain));
+        ASSERT_TRUE(round % 2 == 0 ? GeometrySimplifier::SimplifyByDistance(chain, limit, simple, true)
+                                   : GeometrySimplifier::SimplifyByArea(chain, limit, simple, true));
+        EXPECT_FALSE(simple.IsSelfCrossing(0.0)) << limit;
+        crossed += plain.IsSelfCrossing(0.0) ? 1 : 0;
+    }
+    EXPECT_GT(crossed, 10) << "without the request";
+}
+
+TEST(GeometrySimplifierTest, WhatCannotBeSimplifiedIsToldOrKept) {
+    LineString2D chain, untouched{Point2D(7, 7)};
+    Polygon2D polygon;
+    const double limits[] = {-1.0, kNan};
+    for (const double limit : limits) {
+        EXPECT_FALSE(GeometrySimplifier::SimplifyByDistance(chain, limit, untouched));
+        EXPECT_FALSE(GeometrySimplifier::SimplifyByArea(chain, limit, untouched, true));
+    }
+    for (const double value : {kNan, kInfinity, 1e150}) {
+        const LineString2D bad{Point2D(0, 0), Point2D(value, 1), Point2D(1, 1)};
+        EXPECT_FALSE(GeometrySimplifier::SimplifyByDistance(bad, 1.0, untouched));
+        EXPECT_FALSE(GeometrySimplifier::SimplifyByArea(Polygon2D(bad), 1.0, polygon));
+    }
+    EXPECT_EQ(untouched.GetSize(), 1u);
+    const std::tuple<const char*, const char*, double, unsigned int> rows[] = {
+        {"empty", "", 1.0, 0},
+        {"a point", "1 1", 1.0, 1},
+        {"a ring of one place", "1 1 1 1 1 1", 1.0, 3},
+        {"a ring keeps three points", "0 0 1 0 1 1 0 1", 100.0, 3},
+        {"points on sides go", "0 0 5 0 10 0 10 5 10 10 5 10 0 10 0 5", 0.0, 4},
+        {"twice around", "0 0 8 0 8 8 0 8 0 0 8 0 8 8 0 8", 0.0, 8},
+    };
+    for (const auto& [why, ring, tolerance, size] : rows) {
+        SCOPED_TRACE(why);
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByDistance(MakePolygon(ring), tolerance, polygon));
+        EXPECT_EQ(polygon.GetSize(), size);
+        ASSERT_TRUE(GeometrySimplifier::SimplifyByArea(MakePolygon(ring), tolerance, polygon));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
