@@ -42,7 +42,7 @@ constexpr const char* kUsage =
     "  --csv        writes the measures\n"
     "  --wkt        writes the polygons as well-known text, one a line\n"
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n"
-    "  --simplify   first leaves out the points that lie this near to the lighter borders; common borders stay common\n";
+    "  --simplify   first leaves out points this near to the lighter borders; common borders stay common\n";
 
 constexpr int kDiffers = 1;
 constexpr double largestRaster = 5000.0;

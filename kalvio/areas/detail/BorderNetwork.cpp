@@ -2,7 +2,7 @@
 
 #include "kalvio/areas/detail/ChainSimplification.h"
 #include "kalvio/core/detail/BoxHierarchy.h"
-#include "kalvio/polygons/detail/ExactTurn.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 #include "kalvio/polygons/detail/Ring.h"
 
 #include <algorithm>
