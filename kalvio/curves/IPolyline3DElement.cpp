@@ -4,13 +4,13 @@ namespace Kalvio::Math {
 
 double IPolyline3DElement::LengthFromStartPoint(const Point3D& point, double tolerance) const {
     double length = 0.0;
-    GetLengthFromStartPoint(point, length, tolerance);
+    (void)GetLengthFromStartPoint(point, length, tolerance);
     return length;
 }
 
 double IPolyline3DElement::LengthFromEndPoint(const Point3D& point, double tolerance) const {
     double length = 0.0;
-    GetLengthFromEndPoint(point, length, tolerance);
+    (void)GetLengthFromEndPoint(point, length, tolerance);
     return length;
 }
 

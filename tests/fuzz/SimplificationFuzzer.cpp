@@ -1,0 +1,42 @@
+#include "kalvio/areas/GeometrySimplifier.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
+
+#include "fuzz/Bytes.h"
+
+using namespace Kalvio::Math;
+
+// Valid areas stay valid and run as they did, simple chains stay simple, and what is simplified once more only loses
+// points.
+void Kalvio::Math::Fuzz(Bytes& bytes) {
+    const bool tame = bytes.Tame();
+    const bool byArea = bytes.TakeCount(2) == 0;
+    const double limit = bytes.TakeDouble();
+    std::vector<Polygon2D> areas(1 + bytes.TakeCount(3));
+    for (Polygon2D& area : areas) {
+        area = Polygon2D(bytes.TakePoints(bytes.TakeCount(16)));
+        if (const unsigned int count = bytes.TakeCount(6))
+            area.AppendHoleBoundary(LineString2D(bytes.TakePoints(count)));
+    }
+    std::vector<Polygon2D> made;
+    const bool isMade = byArea ? GeometrySimplifier::SimplifyByArea(areas, limit, made)
+                               : GeometrySimplifier::SimplifyByDistance(areas, limit, made);
+    Require(isMade ? made.size() == areas.size() : made.empty());
+    Require(isMade == (limit >= 0.0) || !tame);
+    for (std::size_t i = 0; isMade && i < areas.size(); ++i) {
+        Point2D where;
+        Require(made[i].GetTotalSize() <= areas[i].GetTotalSize());
+        if (!tame || !areas[i].Validate(where, true, 0.0)) continue;
+        Require(made[i].Validate(where, true, 0.0));
+        Require(made[i].GetWinding() == areas[i].GetWinding());
+    }
+    const LineString2D chain(bytes.TakePoints(16));
+    LineString2D simple;
+    const bool isSimple = byArea ? GeometrySimplifier::SimplifyByArea(chain, limit, simple, true)
+                                 : GeometrySimplifier::SimplifyByDistance(chain, limit, simple, true);
+    if (isSimple && tame && !chain.IsSelfCrossing(0.0)) Require(!simple.IsSelfCrossing(0.0));
+    LineString3D inSpace(bytes.TakePoints3D());
+    const unsigned int size = inSpace.GetSize();
+    if (GeometrySimplifier::SimplifyByDistance(inSpace, limit, inSpace)) Require(inSpace.GetSize() <= size);
+}
