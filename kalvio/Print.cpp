@@ -481,6 +481,23 @@ std::string_view GetName(AngleUnit code) {
     return "?";
 }
 
+std::string_view GetName(Cant::Pivot code) {
+    using enum Cant::Pivot;
+    switch (code) {
+        case Axis:
+            return "Axis";
+        case Left:
+            return "Left";
+        case Right:
+            return "Right";
+        case Inner:
+            return "Inner";
+        case Outer:
+            return "Outer";
+    }
+    return "?";
+}
+
 std::string_view GetName(IndexedTriangleSet3D::ErrorMessage code) {
     using enum IndexedTriangleSet3D::ErrorMessage;
     switch (code) {

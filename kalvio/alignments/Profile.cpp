@@ -241,11 +241,16 @@ bool Profile::GetPlace(double station, Place& place) const {
     return true;
 }
 
-double Profile::GetSecondDerivative(double station, bool ofPieceBefore) const {
-    if (!Clip(station)) return 0.0;
-    std::size_t i = PieceAt(station);
-    if (ofPieceBefore && i > 0 && starts[i] == station) --i;
-    return pieces[i].form == Form::None ? 0.0 : pieces[i].GetSecondDerivative(station);
+double Profile::GetMostSecondDerivative(double from, double to) const {
+    double most = 0.0;
+    if (IsEmpty() || !(from < to)) return most;
+    for (std::size_t i = PieceAt(from); i < pieces.size() && starts[i] < to; ++i) {
+        if (pieces[i].form == Form::None) continue;
+        for (const double x : {std::max(from, starts[i]), std::min(to, GetEndOf(i))}) {
+            most = std::max(most, std::abs(pieces[i].GetSecondDerivative(x)));
+        }
+    }
+    return most;
 }
 
 double Profile::GetSlopeLength(double from, double to) const {

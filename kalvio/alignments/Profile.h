@@ -111,8 +111,8 @@ public:
     /// inside an overlap of curves.
     [[nodiscard]] bool GetHeight(double station, double& height) const;
     [[nodiscard]] bool GetPlace(double station, Place& place) const;
-    /// d2y/dx2, at an end of a piece that of the piece on the given side; 0 where there is no height.
-    double GetSecondDerivative(double station, bool ofPieceBefore) const;
+    /// The largest |d2y/dx2| between two stations, from < to, but at corners; 0 where there is no height.
+    double GetMostSecondDerivative(double from, double to) const;
 
     /// Length along the slope between two stations, which are clipped to the profile; overlaps count as level. Negative
     /// for to < from; 0 for an empty profile.

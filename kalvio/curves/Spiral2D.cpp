@@ -6,6 +6,7 @@
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/TransitionCurve.h"
+#include "kalvio/curves/detail/TransitionLaw.h"
 #include "kalvio/polygons/LineString2D.h"
 
 #include <algorithm>
@@ -33,25 +34,6 @@ double CurvatureOf(double radius) { return std::abs(radius) <= detail::numerical
 double RadiusOf(double curvature) {
     const double radius = 1.0 / curvature;
     return std::isfinite(radius) ? radius : 0.0;
-}
-
-// f(t) of the laws.
-double Shape(Spiral2D::Spiral2DType type, double t) {
-    using Type = Spiral2D::Spiral2DType;
-    switch (type) {
-        case Type::Bloss:
-            return t * t * (3.0 - 2.0 * t);
-        case Type::Sine:
-            return t - std::sin(twoPi * t) / twoPi;
-        case Type::Cosine:
-            return 0.5 * (1.0 - std::cos(pi * t));
-        case Type::Biquadratic:
-            return t < 0.5 ? 2.0 * t * t : 1.0 - 2.0 * (1.0 - t) * (1.0 - t);
-        case Type::Clothoid:
-        case Type::Cubic:
-            break;
-    }
-    return t;
 }
 
 // The integral of f from 0 to t.
@@ -157,7 +139,7 @@ struct RateSeries {
 RateSeries ShapeSeries(Spiral2D::Spiral2DType type, double T, double d) {
     using Type = Spiral2D::Spiral2DType;
     RateSeries f;
-    f.terms[0] = Shape(type, T);
+    f.terms[0] = detail::TransitionShape(type, T);
     f.size = 2;
     switch (type) {
         case Type::Bloss:
@@ -228,7 +210,7 @@ double Spiral2D::Law::GetCurvatureAtAbscissa(double u) const {
 double Spiral2D::Law::GetCurvature(double station) const {
     if (!(length > 0.0)) return k1;
     if (IsParabola()) return GetCurvatureAtAbscissa(GetAbscissa(station));
-    return k1 + (k2 - k1) * Shape(type, station / length);
+    return k1 + (k2 - k1) * detail::TransitionShape(type, station / length);
 }
 
 double Spiral2D::Law::GetTurn(double station) const {

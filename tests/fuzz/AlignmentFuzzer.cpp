@@ -1,13 +1,12 @@
-#include "kalvio/alignments/Profile.h"
-#include "kalvio/alignments/Stationing.h"
+#include "kalvio/alignments/Alignment.h"
 
-#include "fuzz/Bytes.h"
+#include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
 
 namespace {
 
-void CheckProfile(Bytes& bytes) {
+Profile CheckProfile(Bytes& bytes) {
     std::vector<Profile::Vertex> vertices;
     for (unsigned int count = bytes.TakeCount(8); count > 0; --count) {
         Profile::Vertex vertex;
@@ -30,10 +29,10 @@ void CheckProfile(Bytes& bytes) {
     const bool found = profile.GetHeight(station, height);
     Require(profile.GetPlace(station, place) == found && !(found && profile.IsEmpty()));
     (void)profile.GetExtrema();
-    (void)profile.GetSecondDerivative(station, true);
+    (void)profile.GetMostSecondDerivative(station, station + 1.0);
     std::vector<double> stations;
     profile.GetStationsOfHeight(height, stations);
-    if (!bytes.Tame()) return;
+    if (!bytes.Tame()) return profile;
     Require(profile.GetSlopeLength(profile.GetStart(), profile.GetEnd()) >=
             (profile.GetEnd() - profile.GetStart()) - 1e-6);
     Require(!found || !stations.empty());
@@ -41,9 +40,10 @@ void CheckProfile(Bytes& bytes) {
         Require(profile.GetPlace(at, place));
         Require(std::abs(place.height - height) <= 1e-9 * (1.0 + std::abs(place.grade)) * 1e4);
     }
+    return profile;
 }
 
-void CheckStationing(Bytes& bytes) {
+Stationing CheckStationing(Bytes& bytes) {
     Stationing stationing(bytes.TakeDouble());
     for (unsigned int count = bytes.TakeCount(5); count > 0; --count) {
         const double back = bytes.TakeDouble();
@@ -54,11 +54,62 @@ void CheckStationing(Bytes& bytes) {
     Stationing::Place place;
     const bool isRead = stationing.Parse(text, place);
     if (bytes.Tame()) Require(isRead && std::abs(place.length - length) <= 1e-6);
+    return stationing;
+}
+
+Cant TakeCant(Bytes& bytes) {
+    std::vector<Cant::Knot> knots;
+    for (unsigned int count = bytes.TakeCount(4); count > 0; --count) {
+        Cant::Knot knot;
+        knot.station = bytes.TakeDouble();
+        knot.left = bytes.TakeDouble();
+        knot.right = bytes.TakeDouble();
+        knot.law = static_cast<Cant::Law>(bytes.TakeCount(7));
+        knots.push_back(knot);
+    }
+    Cant cant;
+    const auto pivot = static_cast<Cant::Pivot>(bytes.TakeCount(6));
+    (void)cant.Set(knots, pivot, bytes.TakeDouble());
+    return cant;
+}
+
+void CheckAlignment(const Alignment& road, const Point3D& p, double station, double reach) {
+    std::vector<Alignment::Place> places;
+    road.GetPlaces(p, reach, places);
+    Alignment::Place nearest;
+    Require(road.GetNearestPlace(p, reach, nearest) == !places.empty());
+    for (const Alignment::Place& place : places) {
+        Point2D foot;
+        Require(std::abs(place.offset) <= reach && road.GetPoint(place.station, 0.0, foot));
+        Require(std::abs(foot.Distance(p.GetPoint2D()) - std::abs(place.offset)) <=
+                1e-3 + 1e-6 * std::abs(place.offset));
+    }
+    Alignment::Frame frame;
+    Point3D on;
+    Require(road.GetFrame(station, frame) == road.GetPoint({station, reach, 1.0}, on));
+    (void)road.GetSpaceLength(station, p.GetX());
+    (void)road.GetStationsByStep(station, p.GetX(), std::max(reach, road.GetLength() / 64.0));
+    (void)road.GetStationsByHeight(station, p.GetX(), std::max(reach, 1.0));
 }
 
 }  // namespace
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
-    CheckStationing(bytes);
-    CheckProfile(bytes);
+    const Stationing stationing = CheckStationing(bytes);
+    const Profile profile = CheckProfile(bytes);
+    const Cant cant = TakeCant(bytes);
+    const Point3D p = bytes.TakePoint3D();
+    const double station = bytes.TakeDouble();
+    const double reach = bytes.TakeDouble();
+    Polyline2D plan;
+    bool tame = bytes.Tame();
+    while (!bytes.Empty()) {
+        std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
+        tame = tame && HasLaws(*element);
+        if (plan.AppendElement(element.get())) (void)element.release();
+    }
+    const Alignment road(plan, profile, cant, stationing);
+    if (tame) CheckAlignment(road, p, station, reach);
+    Alignment::Place place;
+    (void)road.GetNearestPlace(p, reach, place);
 }

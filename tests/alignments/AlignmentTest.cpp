@@ -1,0 +1,185 @@
+#include "kalvio/alignments/Alignment.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
+
+#include "support/Near.h"
+#include "support/Origins.h"
+#include "support/Seed.h"
+
+#include <cmath>
+#include <random>
+
+namespace Kalvio::Math {
+namespace {
+
+using Law = Cant::Law;
+
+// A left curve between clothoids, a reverse Bloss transition onto a right curve, a corner, and a profile and a cant
+// over all of it.
+Alignment MakeRoad(const Point2D& start) {
+    Polyline2D plan;
+    plan.AppendElement(new Line2D(start, start + Vec2D(120.0, 50.0)));
+    const Vec2D along = Vec2D(120.0, 50.0).Normalize();
+    const Clothoid in(0.0, 200.0, 110.0, plan.GetEnd(), along);
+    plan.AppendElement(in.Clone());
+    const Arc2D left(plan.GetEnd(), plan.GetEnd() + in.GetEndTangent().GetNormalVector(true) * 200.0, Angle(0.6));
+    plan.AppendElement(left.Clone());
+    const Spiral2D reverse(Law::Bloss, 200.0, -150.0, 90.0, plan.GetEnd(), left.GetEndTangent());
+    plan.AppendElement(reverse.Clone());
+    const Vec2D on = reverse.GetEndTangent();
+    const Arc2D right(plan.GetEnd(), plan.GetEnd() + on.GetNormalVector(false) * 150.0, Angle(-0.8));
+    plan.AppendElement(right.Clone());
+    plan.AppendElement(new Line2D(plan.GetEnd(), plan.GetEnd() + right.GetEndTangent() * 60.0));
+    plan.AppendElement(new Line2D(plan.GetEnd(), plan.GetEnd() + right.GetEndTangent().GetNormalVector(true) * 70.0));
+    Profile profile;
+    EXPECT_TRUE(profile.Set(std::vector{Profile::Vertex::Corner(0.0, 300.0), Profile::Vertex::Arc(180.0, 312.0, 900.0),
+                                        Profile::Vertex::Parabola(420.0, 301.0, 90.0, 40.0),
+                                        Profile::Vertex::Corner(plan.GetLength(), 309.0)}));
+    Cant cant;
+    EXPECT_TRUE(cant.Set(std::vector<Cant::Knot>{{130.0, 0.025, -0.025},
+                                                 {190.5, 0.06, 0.06, Law::Sine},
+                                                 {310.5, 0.06, 0.06, Law::Bloss},
+                                                 {400.5, -0.07, -0.07}},
+                         Cant::Pivot::Inner, 3.5));
+    return Alignment(plan, profile, cant, Stationing(1000.0));
+}
+
+TEST(AlignmentTest, PointsComeBackToTheirStations) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (const Point2D& origin : surveyOrigins) {
+        const Alignment road = MakeRoad(origin);
+        std::vector<double> stations = road.GetChanges(0.0, road.GetLength());
+        for (int i = 0; i < 500; ++i) stations.push_back(unit(random) * road.GetLength());
+        for (const double station : stations) {
+            const Alignment::Place place{station, 120.0 * unit(random) - 60.0, 10.0 * unit(random) - 5.0};
+            Point3D point;
+            Alignment::Frame frame;
+            ASSERT_TRUE(road.GetPoint(place, point) && road.GetFrame(station, frame));
+            const Point3D expected = frame.position + frame.right * place.offset +
+                                     Vec3D(0, 0, place.above + frame.cant.GetHeight(place.offset) - frame.cant.lift);
+            EXPECT_THAT(point, IsNear(expected, 2e-9));
+            EXPECT_THAT(frame.right.CrossProduct(frame.direction), IsNear(frame.up, 1e-15));
+            // The frame moves as its grade and curvatures say.
+            Alignment::Frame next;
+            const double step = 1e-4;
+            if (road.GetFrame(station + step, next) && station > 0.0 && station < road.GetLength() - 71.0) {
+                EXPECT_NEAR(
+                    frame.right.DotProduct(next.direction) / std::sqrt(1.0 - std::pow(next.direction.GetZ(), 2)),
+                    -frame.curvature * step, 1e-9);
+                EXPECT_NEAR(next.grade - frame.grade,
+                            frame.profileCurvature * std::pow(1.0 + frame.grade * frame.grade, 1.5) * step, 1e-8);
+            }
+            std::vector<Alignment::Place> found;
+            road.GetPlaces(point, std::abs(place.offset) + 1e-6, found);
+            const auto same = std::find_if(found.begin(), found.end(), [&](const Alignment::Place& p) {
+                return std::abs(p.station - station) < 1e-8 && std::abs(p.offset - place.offset) < 1e-8 &&
+                       std::abs(p.above - place.above) < 1e-8;
+            });
+            // Abeam of the corner, to its inside, the way back is nearer.
+            const bool isCorner = std::abs(station - (road.GetLength() - 70.0)) < 1e-9;
+            EXPECT_TRUE(isCorner || same != found.end()) << "station " << station << ", offset " << place.offset;
+            Alignment::Place nearest;
+            if (found.empty()) continue;
+            ASSERT_TRUE(road.GetNearestPlace(point, 61.0, nearest));
+            EXPECT_EQ(nearest.offset, found.front().offset);
+        }
+    }
+}
+
+TEST(AlignmentTest, PlacesAreTheMinimaOfTheDistance) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    const Alignment road = MakeRoad(Point2D());
+    constexpr double step = 0.05;
+    std::vector<Point2D> samples;
+    for (const double station : road.GetStationsByStep(0.0, road.GetLength(), step)) {
+        ASSERT_TRUE(road.GetPoint(station, 0.0, samples.emplace_back()));
+    }
+    for (int i = 0; i < 100; ++i) {
+        const Point2D q(300.0 + 500.0 * unit(random), 200.0 + 500.0 * unit(random));
+        const double reach = 400.0;
+        std::vector<double> minima;
+        for (std::size_t k = 1; k + 1 < samples.size(); ++k) {
+            const double d = samples[k].Distance(q);
+            if (d <= reach && d < samples[k - 1].Distance(q) && d <= samples[k + 1].Distance(q)) {
+                minima.push_back(step * static_cast<double>(k));
+            }
+        }
+        std::vector<Alignment::Place> places;
+        road.GetPlaces(Point3D(q, 0.0), reach, places);
+        std::vector<double> stations;
+        for (const Alignment::Place& place : places) stations.push_back(place.station);
+        std::sort(stations.begin(), stations.end());
+        EXPECT_THAT(stations, testing::Pointwise(testing::DoubleNear(2.0 * step), minima))
+            << q.GetX() << ' ' << q.GetY();
+    }
+}
+
+TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {
+    const Alignment road = MakeRoad(Point2D());
+    const Alignment axis(road.GetPlan(), road.GetProfile());
+    for (const double height : {0.5, 0.01, 1e-4}) {
+        const std::vector<double> stations = axis.GetStationsByHeight(0.0, axis.GetLength(), height);
+        double near = 0.0;
+        double chords = 0.0;
+        for (std::size_t i = 1; i < stations.size(); ++i) {
+            Point3D ends[2];
+            Point3D middle;
+            const Alignment::Place places[] = {{stations[i - 1]}, {stations[i]}};
+            ASSERT_EQ(axis.GetPoints(places, ends), 2U);
+            ASSERT_TRUE(axis.GetPoint({0.5 * (stations[i - 1] + stations[i])}, middle));
+            const Vec3D chord = ends[1] - ends[0];
+            const double away = chord.CrossProduct(middle - ends[0]).Length() / chord.Length();
+            EXPECT_LE(away, height * (1.0 + 1e-9));
+            near += away > 0.3 * height ? 1.0 : 0.0;
+            chords += chord.Length();
+        }
+        EXPECT_LE(static_cast<double>(stations.size()),
+                  1.1 * near + 2.0 * static_cast<double>(
+                                         axis.GetChanges(0.0, axis.GetLength()).size()));  // no more than it takes
+        EXPECT_GE(axis.GetSpaceLength(0.0, axis.GetLength()), chords);
+        EXPECT_NEAR(axis.GetSpaceLength(0.0, axis.GetLength()), chords, 0.7 * height);
+    }
+}
+
+TEST(AlignmentTest, TheInnerEdgeKeepsTheProfile) {
+    const Alignment road = MakeRoad(Point2D());
+    for (const double station : {250.0, 420.0}) {
+        double profile = 0.0;
+        double inner = 0.0;
+        double outer = 0.0;
+        const double side = station < 350.0 ? -3.5 : 3.5;  // of the centre
+        ASSERT_TRUE(road.GetProfile().GetHeight(station, profile) && road.GetHeight(station, side, inner) &&
+                    road.GetHeight(station, -side, outer));
+        EXPECT_NEAR(inner, profile, 1e-12);
+        EXPECT_NEAR(outer, profile + 7.0 * (station < 350.0 ? 0.06 : 0.07), 1e-12);
+    }
+    EXPECT_NEAR(road.GetCant().GetPlace(130.0 + 0.5 * 60.5).right, 0.5 * (0.06 - 0.025), 1e-15);
+}
+
+TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
+    Polyline2D sag;
+    sag.AppendElement(new Parabola(Point2D(0, 0), Point2D(10, 1), 0.01, 0.0, 0.0));
+    Polyline2D nowhere;
+    nowhere.AppendElement(new Line2D(Point2D(0, 0), Point2D(NAN, 0)));
+    for (const Alignment& road : {Alignment(), Alignment(sag), Alignment(nowhere)}) {
+        Point2D point(7, 7);
+        Alignment::Place place{7.0};
+        EXPECT_FALSE(road.GetPoint(0.0, 0.0, point) || road.GetNearestPlace(Point3D(1, 1, 1), 100.0, place));
+        EXPECT_TRUE(point.GetX() == 7.0 && place.station == 7.0);
+        EXPECT_TRUE(road.GetChanges(0.0, 1.0).empty() && road.GetStationsByHeight(0.0, 1.0, 0.1).empty());
+    }
+    Alignment road = MakeRoad(Point2D());
+    Alignment::Frame frame;
+    EXPECT_FALSE(road.GetFrame(road.GetLength() + 1e-6, frame) || road.GetFrame(NAN, frame));
+    EXPECT_TRUE(road.GetStationsByStep(0.0, 100.0, 0.0).empty());
+    const Alignment copy = road;  // answers for itself once the other has gone
+    road = Alignment();
+    EXPECT_TRUE(copy.GetFrame(100.0, frame));
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
