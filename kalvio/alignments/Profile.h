@@ -33,12 +33,12 @@ public:
 
     /// A vertex; at the first and the last one there is nothing to round.
     struct Vertex {
-        double station = 0.0;
-        double height = 0.0;
-        Curve curve = Curve::Corner;
-        double lengthIn = 0.0;   ///< parabola: horizontal, from the start of the curve to the vertex
-        double lengthOut = 0.0;  ///< parabola: horizontal, from the vertex to the end of the curve
-        double radius = 0.0;     ///< of the arc, or of the parabola where both its lengths are 0; without sign
+        double station = 0.0;         ///< along the alignment
+        double height = 0.0;          ///< of the vertex, where the tangents meet
+        Curve curve = Curve::Corner;  ///< what rounds it
+        double lengthIn = 0.0;        ///< parabola: horizontal, from the start of the curve to the vertex
+        double lengthOut = 0.0;       ///< parabola: horizontal, from the vertex to the end of the curve
+        double radius = 0.0;          ///< of the arc, or of the parabola where both its lengths are 0; without sign
 
         static Vertex Corner(double station, double height) { return {station, height}; }
         /// @param length  horizontal, of the whole curve, the vertex in its middle
@@ -65,25 +65,26 @@ public:
         CurveAtEnd = 3,    ///< a curve at the first or the last vertex, which has one grade only
         Overlap = 4,       ///< the curve (the vertex) starts before the curve (the vertex) before it ends
     };
+    /// A fault, and where it is.
     struct Fault {
-        FaultKind kind = FaultKind::NotFinite;
-        std::size_t vertex = 0;  ///< its index
-        double amount = 0.0;     ///< by which stations descend, or curves overlap; the faulty length or radius; else 0
+        FaultKind kind = FaultKind::NotFinite;  ///< what is wrong
+        std::size_t vertex = 0;                 ///< its index
+        double amount = 0.0;  ///< by which stations descend, or curves overlap; the faulty length or radius; else 0
     };
 
     /// The profile at a station.
     struct Place {
-        double height = 0.0;
+        double height = 0.0;     ///< of the profile
         double grade = 0.0;      ///< dy/dx, positive uphill
         double curvature = 0.0;  ///< 1 / radius of the curve of stations and heights, positive in a sag
     };
 
     /// Where the grade changes its sign: a point, or a level stretch between a rise and a fall.
     struct Extremum {
-        double from = 0.0;
-        double to = 0.0;  ///< equals `from` but for a level stretch
-        double height = 0.0;
-        bool isHigh = false;
+        double from = 0.0;    ///< station
+        double to = 0.0;      ///< equals `from` but for a level stretch
+        double height = 0.0;  ///< there
+        bool isHigh = false;  ///< a high, else a low
     };
 
     /// Overlaps up to this length, and stations up to it beyond an end, are the rounding of files.

@@ -22,11 +22,13 @@ namespace Kalvio::Math {
 ///     road.GetPlaces(12390.0, places);                 // lengths 390 in zone 0, 410 in zone 1
 class KALVIO_MATH_API Stationing final {
 public:
+    /// A place by its number and by its length.
     struct Place {
         double number = 0.0;     ///< the station number
         std::uint32_t zone = 0;  ///< equations before it
         double length = 0.0;     ///< from the start of the alignment
     };
+    /// Where the numbers go on with another one.
     struct Equation {
         double back = 0.0;    ///< the number that ends a zone
         double ahead = 0.0;   ///< the number that starts the next one, at the same place
