@@ -23,7 +23,7 @@ class ISpatialIndexData;
 
 /// Index of boxed items, searched by box and by point. It never owns its items unless a class says so.
 ///
-///     class Pipe : public ISpatialIndexData { ... GetEnvelope(BoundingBoxND& box) const override ... };
+///     // pipe is of a class that derives from ISpatialIndexData and tells its box: GetEnvelope
 ///     RStarTree index(false);
 ///     index.Insert(&pipe);
 ///     std::list<ISpatialIndexData*> found;

@@ -40,7 +40,7 @@ class KALVIO_MATH_API Alignment final {
 public:
     /// A place beside the axis.
     struct Place {
-        double station = 0.0;
+        double station = 0.0;         ///< along the plan
         double offset = 0.0;          ///< positive to the right
         double above = 0.0;           ///< height above the surface there; 0 where it has none
         bool isPerpendicular = true;  ///< false off a corner of the plan: the offset is the distance from the corner
@@ -48,7 +48,7 @@ public:
 
     /// The axis at a station.
     struct Frame {
-        double station = 0.0;
+        double station = 0.0;           ///< along the plan
         Point3D position;               ///< on the surface
         Vec3D direction;                ///< unit, uphill with the grade of the profile
         Vec3D right;                    ///< unit, horizontal
@@ -56,16 +56,16 @@ public:
         double grade = 0.0;             ///< of the profile
         double curvature = 0.0;         ///< of the plan, positive turning left
         double profileCurvature = 0.0;  ///< positive in a sag
-        Cant::Place cant;
+        Cant::Place cant;               ///< cross slopes
     };
 
     /// Of two alignments in plan.
     struct Crossing {
-        double station = 0.0;
-        double otherStation = 0.0;
-        Point2D point;
-        double clearance = 0.0;  ///< height of the other axis above this one; 0 where one has none
-        bool hasClearance = false;
+        double station = 0.0;       ///< along this one
+        double otherStation = 0.0;  ///< along the other one
+        Point2D point;              ///< in plan
+        double clearance = 0.0;     ///< height of the other axis above this one; 0 where one has none
+        bool hasClearance = false;  ///< whether both have a height there
     };
 
     Alignment() = default;

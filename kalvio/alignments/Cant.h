@@ -22,6 +22,7 @@ namespace Kalvio::Math {
 ///               Cant::Pivot::Inner, 0.75);
 class KALVIO_MATH_API Cant final {
 public:
+    /// How slopes change between two knots.
     using Law = Spiral2D::Spiral2DType;
 
     /// What keeps the height of the profile when the cross section turns.
@@ -33,17 +34,19 @@ public:
         Outer = 4,  ///< the higher edge, on the outside of curves
     };
 
+    /// Slopes at a station.
     struct Knot {
-        double station = 0.0;
+        double station = 0.0;     ///< along the plan
         double left = 0.0;        ///< slope to the left of the axis
         double right = 0.0;       ///< slope to the right of it
         Law law = Law::Clothoid;  ///< to the next knot; a clothoid's is linear, and so is `Cubic`
     };
 
+    /// The cross section at a station.
     struct Place {
-        double left = 0.0;
-        double right = 0.0;
-        double lift = 0.0;  ///< of the axis above the profile
+        double left = 0.0;   ///< slope to the left of the axis
+        double right = 0.0;  ///< slope to the right of it
+        double lift = 0.0;   ///< of the axis above the profile
 
         /// Height above the profile at an offset, positive to the right.
         double GetHeight(double offset) const { return lift + (offset < 0.0 ? left : right) * offset; }

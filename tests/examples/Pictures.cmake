@@ -1,6 +1,22 @@
-# -D PROGRAM=... IMAGES=...: the folder of images holds what the program draws; `pictures docs/images` draws them anew.
-execute_process(COMMAND "${PROGRAM}" "${CMAKE_CURRENT_BINARY_DIR}" COMMAND_ERROR_IS_FATAL ANY)
-foreach(name signs stations angles tolerances windings)
-  execute_process(COMMAND "${CMAKE_COMMAND}" -E compare_files "${name}.svg" "${IMAGES}/${name}.svg"
+# -D PICTURES=... ALIGNMENT=... ASSETS=... PARCELS=... TERRAIN=... ROOT=...: docs/images holds what the programs draw, by
+# the commands of docs/examples.md; `pictures docs/images` draws those of the rules anew.
+set(data "${ROOT}/examples/data")
+set(out "${CMAKE_CURRENT_BINARY_DIR}/pictures")
+file(MAKE_DIRECTORY "${out}")
+function(draw)
+  execute_process(COMMAND ${ARGN} OUTPUT_QUIET ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+draw("${PICTURES}" "${out}")
+draw("${ALIGNMENT}" "${data}/alignment.xml" --svg "${out}/alignment.svg")
+draw("${ASSETS}" rstar "${data}/assets.csv" --window 384800,6671850,385000,6672000 --svg "${out}/assets.svg")
+draw("${PARCELS}" "${data}/parcels.geojson" --svg "${out}/parcels.svg")
+draw("${TERRAIN}" "${data}/terrain.xml" --along "${data}/terrain.xml" --svg "${out}/terrain.svg")
+file(GLOB drawn RELATIVE "${out}" "${out}/*.svg")
+file(GLOB shown RELATIVE "${ROOT}/docs/images" "${ROOT}/docs/images/*.svg")
+if(NOT drawn STREQUAL shown)
+  message(FATAL_ERROR "drawn: ${drawn}; in docs/images: ${shown}")
+endif()
+foreach(name IN LISTS drawn)
+  execute_process(COMMAND "${CMAKE_COMMAND}" -E compare_files "${out}/${name}" "${ROOT}/docs/images/${name}"
     COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
