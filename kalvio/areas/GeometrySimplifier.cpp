@@ -1,7 +1,10 @@
 #include "kalvio/areas/GeometrySimplifier.h"
 
+#include "kalvio/areas/detail/ArcFit.h"
 #include "kalvio/areas/detail/BorderNetwork.h"
 #include "kalvio/areas/detail/ChainSimplification.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -12,6 +15,7 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <optional>
 #include <span>
 #include <utility>
 
@@ -144,7 +148,61 @@ bool AsNetwork(const Polygon2D& polygon, Method method, double limit, Polygon2D&
     return true;
 }
 
+/// The largest index up to `last` for which `fits` says true, found by doubling, where fitting ends once; `first` does.
+/// One failure is looked past.
+template <class Fits>
+std::size_t FarthestFitting(std::size_t start, std::size_t first, std::size_t last, Fits&& fits) {
+    std::size_t reached = first;
+    std::size_t failed = last + 1;
+    for (std::size_t span = first - start + 1, failures = 0; failures < 2;) {
+        const std::size_t end = (std::min)(last, start + span);
+        if (end <= reached) break;
+        if (fits(end)) {
+            reached = end;
+            failures = 0;
+            failed = last + 1;
+        } else {
+            if (failures++ == 0) failed = end;
+        }
+        span *= 2;
+    }
+    while (failed - reached > 1) {
+        const std::size_t middle = reached + (failed - reached) / 2;
+        (fits(middle) ? reached : failed) = middle;
+    }
+    return reached;
+}
+
 }  // namespace
+
+bool GeometrySimplifier::ToLinesAndArcs(const LineString2D& chain, double tolerance, Polyline2D& result) {
+    if (!(tolerance >= 0.0) || !AreInRange(chain.GetPoints())) return false;
+    const auto points = Different(chain);
+    if (points.size() < 2) return false;
+    const std::span<const Point2D> all(points);
+    const detail::FarthestPoint search{all};
+    Polyline2D made;
+    for (std::size_t start = 0, last = points.size() - 1; start < last;) {
+        const auto isLine = [&](std::size_t end) {
+            return search.Find(start, end).squaredDistance <= tolerance * tolerance;
+        };
+        std::size_t end = FarthestFitting(start, start + 1, last, isLine);
+        std::optional<double> bulge;
+        end = FarthestFitting(start, end, last, [&](std::size_t to) {
+            const auto found = detail::ArcFit(all.subspan(start, to - start + 1), tolerance).Find();
+            if (found) bulge = found;
+            return found.has_value();
+        });
+        if (bulge) {
+            made.AppendElement(new Arc2D(points[start], *bulge, points[end]));
+        } else {
+            made.AppendElement(new Line2D(points[start], points[end]));
+        }
+        start = end;
+    }
+    result = std::move(made);
+    return true;
+}
 
 bool GeometrySimplifier::SimplifyByDistance(const LineString2D& chain, double tolerance, LineString2D& result,
                                             bool keepSimple) {

@@ -9,6 +9,7 @@ namespace Kalvio::Math {
 class LineString2D;
 class LineString3D;
 class Polygon2D;
+class Polyline2D;
 
 /// Static functions that leave out the points of chains and borders that a tolerance can spare.
 ///
@@ -46,6 +47,13 @@ public:
     [[nodiscard]] static bool SimplifyByArea(const Polygon2D& polygon, double area, Polygon2D& result);
     [[nodiscard]] static bool SimplifyByArea(const std::vector<Polygon2D>& areas, double area,
                                              std::vector<Polygon2D>& result);
+
+    /// The inverse of sampling: replaces a digitised chain by lines and arcs of at most half a turn that join at points
+    /// of the chain. Chain and result lie within `tolerance`, inclusive, of each other. Each element reaches as far
+    /// along the chain as one can, a line before an arc, so that there are few of them; they join at any angle. About
+    /// n log n.
+    /// @return false also for fewer than two different points
+    [[nodiscard]] static bool ToLinesAndArcs(const LineString2D& chain, double tolerance, Polyline2D& result);
 };
 
 }  // namespace Kalvio::Math

@@ -1,7 +1,10 @@
 #include "kalvio/areas/GeometrySimplifier.h"
 
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/queries/Projection.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
 
@@ -198,6 +201,57 @@ TEST(GeometrySimplifierTest, ChainsStaySimpleOnRequest) {
         crossed += plain.IsSelfCrossing(0.0) ? 1 : 0;
     }
     EXPECT_GT(crossed, 10) << "without the request";
+}
+
+// Digitised lines and arcs with their corners are found again; with noise, result and chain still lie within the
+// tolerance of each other everywhere.
+TEST(GeometrySimplifierTest, LinesAndArcsComeBackFromTheirPoints) {
+    RandomNumbers random(20261126);
+    for (int round = 0; round < 24; ++round) {
+        std::vector<Point2D> points{surveyOrigins[round % 2]};
+        const bool isNoisy = round % 4 > 1;
+        const double noise = isNoisy ? 0.02 : 0.0, tolerance = isNoisy ? 0.06 : 0.004;
+        std::vector<double> bulges, found;
+        double direction = random(-3.0, 3.0);
+        for (int element = 0; element < 6; ++element) {
+            const double length = random(30.0, 90.0);
+            const double bulge = element % 3 == 0 ? 0.0 : std::copysign(random(0.1, 0.9), random(-1.0, 1.0));
+            direction += random(0.6, 1.2);  // a corner
+            const Vec2D way(length * std::cos(direction), length * std::sin(direction));
+            const Point2D from = points.back(), to = from + way;
+            const Arc2D arc(from, bulge, to);
+            for (int i = 1; i <= 200; ++i) {
+                IPolyline2DElement::PolylineElementPoint on;
+                on.point = from + way * (i / 200.0);
+                if (bulge != 0.0) {
+                    ASSERT_TRUE(arc.MakePointAndTangentAt(arc.GetLength() * i / 200.0, on));
+                }
+                points.push_back(on.point + Vec2D(random(-noise, noise), random(-noise, noise)));
+            }
+            bulges.push_back(bulge);
+        }
+        const LineString2D chain(points);
+        Polyline2D made;
+        ASSERT_TRUE(GeometrySimplifier::ToLinesAndArcs(chain, tolerance, made));
+        EXPECT_TRUE(made.IsContinuous(1e-8));
+        std::vector<Polyline2D::PolylinePoint> samples;
+        ASSERT_TRUE(made.MakePointsAndTangents(0.0, made.GetLength(), samples, 0.05, true));
+        for (unsigned int i = 0; i < made.GetNrOfElements(); ++i) {
+            const IPolyline2DElement& element = made.GetElementAtIndex(i);
+            found.push_back(element.GetType() == MathTypes::Arc2D ? static_cast<const Arc2D&>(element).GetBulge()
+                                                                  : 0.0);
+        }
+        if (!isNoisy) {
+            EXPECT_THAT(found, testing::Pointwise(testing::DoubleNear(0.01), bulges));
+        }
+        EXPECT_LT(found.size(), 20u);
+        for (const Polyline2D::PolylinePoint& at : samples) {
+            ASSERT_LE(at.point.Distance(Projection::NearestPoint(at.point, chain, 0.0)), tolerance + 1e-8);
+        }
+        for (const Point2D& p : points) {
+            ASSERT_LE(p.Distance(Projection::NearestPointOnPolyline(p, made, 0.0)), tolerance + 1e-8);
+        }
+    }
 }
 
 TEST(GeometrySimplifierTest, WhatCannotBeSimplifiedIsToldOrKept) {
