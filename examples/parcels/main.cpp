@@ -9,8 +9,10 @@
 #include "kalvio/Wkt.h"
 #include "kalvio/areas/GeometrySimplifier.h"
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,6 +20,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -31,7 +34,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
-    "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH]\n"
+    "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH] [--curves LENGTH]\n"
     "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
     "(.wkt),\n"
     "               a polygon or MULTIPOLYGON a line\n"
@@ -41,6 +44,7 @@ constexpr const char* kUsage =
     "  --svg        draws polygons, holes and points\n"
     "  --csv        writes the measures\n"
     "  --wkt        writes the polygons as well-known text, one a line\n"
+    "  --curves     the texts have lines and arcs this near to the borders\n"
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n"
     "  --simplify   first leaves out points this near to the lighter borders; common borders stay common\n";
 
@@ -57,6 +61,7 @@ struct Options {
     double raster = 0.0;
     double tolerance = 1e-9;
     double simplify = 0.0;
+    double curves = 0.0;
 };
 
 Arguments ArgumentsOf(Options& options) {
@@ -70,6 +75,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--wkt", options.wkt);
     arguments.AddPositive("--tolerance", options.tolerance);
     arguments.AddPositive("--simplify", options.simplify);
+    arguments.AddPositive("--curves", options.curves);
     return arguments;
 }
 
@@ -125,11 +131,36 @@ void WriteTable(const std::vector<Measures>& rows, const std::string& path) {
     if (file.fail()) throw InputError(path + ": cannot be written");
 }
 
-void WriteTexts(const std::vector<Area>& areas, const std::string& path) {
+/// A ring as lines and arcs.
+bool MakeCurves(LineString2D ring, double tolerance, RingCurve2D& curves) {
+    if (ring.GetSize() > 0 && ring.GetStart().Distance(ring.GetEnd()) > 0.0) ring.AppendPoint(Point2D(ring.GetStart()));
+    Polyline2D chain;
+    if (!GeometrySimplifier::ToLinesAndArcs(ring, tolerance, chain)) return false;
+    for (unsigned int i = 0; i < chain.GetNrOfElements(); ++i) {
+        curves.AppendElement(chain.GetElementAtIndex(i).Clone());
+    }
+    return true;
+}
+
+bool MakeCurves(const Polygon2D& polygon, double tolerance, PolygonCurve2D& curves) {
+    if (!MakeCurves(LineString2D(polygon.GetPoints()), tolerance, curves.GetBoundary())) return false;
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) {
+        auto ring = std::make_unique<RingCurve2D>();
+        if (!MakeCurves(polygon.GetHoleBoundary(i), tolerance, *ring)) return false;
+        curves.AppendInnerRing(ring.release());
+    }
+    return true;
+}
+
+/// @param curves  how near lines and arcs lie to the borders; 0 writes the borders as they are
+void WriteTexts(const std::vector<Area>& areas, const std::string& path, double curves) {
     std::ofstream file(path, std::ios::binary);
     for (const Area& area : areas) {
         std::string text;
-        if (!Wkt::Write(area.polygon, text)) throw InputError(path + ": polygon " + area.name + " has no text");
+        PolygonCurve2D curved;
+        const bool isWritten = curves > 0.0 ? MakeCurves(area.polygon, curves, curved) && Wkt::Write(curved, text)
+                                            : Wkt::Write(area.polygon, text);
+        if (!isWritten) throw InputError(path + ": polygon " + area.name + " has no text");
         file << text << '\n';
     }
     file.close();
@@ -269,7 +300,7 @@ int Run(const Options& options) {
     for (const Area& area : areas) rows.emplace_back(area, options.tolerance);
     Report(rows);
     if (!options.csv.empty()) WriteTable(rows, options.csv);
-    if (!options.wkt.empty()) WriteTexts(areas, options.wkt);
+    if (!options.wkt.empty()) WriteTexts(areas, options.wkt, options.curves);
 
     const Map map(areas, options.tolerance);
     std::vector<Mark> marks;

@@ -1,14 +1,16 @@
 #include "kalvio/areas/GeometrySimplifier.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/queries/Projection.h"
 
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
 
-// Valid areas stay valid and run as they did, simple chains stay simple, and what is simplified once more only loses
-// points.
+// Valid areas stay valid and run as they did, simple chains stay simple, and lines and arcs keep
+// to the points that they stand for.
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const bool byArea = bytes.TakeCount(2) == 0;
@@ -36,6 +38,13 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool isSimple = byArea ? GeometrySimplifier::SimplifyByArea(chain, limit, simple, true)
                                  : GeometrySimplifier::SimplifyByDistance(chain, limit, simple, true);
     if (isSimple && tame && !chain.IsSelfCrossing(0.0)) Require(!simple.IsSelfCrossing(0.0));
+    Polyline2D curves;
+    if (GeometrySimplifier::ToLinesAndArcs(chain, limit, curves) && tame) {
+        Require(curves.GetNrOfElements() < chain.GetSize() && curves.IsContinuous(1e-6));
+        for (const Point2D& p : chain.GetPoints()) {
+            Require(p.Distance(Projection::NearestPointOnPolyline(p, curves, 0.0)) <= limit + 1e-6);
+        }
+    }
     LineString3D inSpace(bytes.TakePoints3D());
     const unsigned int size = inSpace.GetSize();
     if (GeometrySimplifier::SimplifyByDistance(inSpace, limit, inSpace)) Require(inSpace.GetSize() <= size);
