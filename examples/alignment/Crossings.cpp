@@ -19,8 +19,8 @@ std::vector<Crossing> FindCrossings(const Alignment& first, const Alignment& oth
         const Vec2D& from = onFirst[i].tangent;
         const Vec2D& to = onOther[i].tangent;
         const double turn = std::atan2(from.PerpDotProduct(to), from.DotProduct(to));
-        crossings.push_back({onFirst[i].point, first.startStation + onFirst[i].station,
-                             other.startStation + onOther[i].station, turn * 180.0 / std::numbers::pi});
+        crossings.push_back({onFirst[i].point, first.GetStartStation() + onFirst[i].station,
+                             other.GetStartStation() + onOther[i].station, turn * 180.0 / std::numbers::pi});
     }
     return crossings;
 }

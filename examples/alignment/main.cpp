@@ -8,9 +8,6 @@
 #include "common/LandXml.h"
 #include "common/Svg.h"
 
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Spiral2D.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Projection.h"
 
@@ -31,14 +28,18 @@ using namespace Kalvio::Math;
 namespace {
 
 constexpr const char* kUsage =
-    "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y ...] [--cross OTHER.xml]\n"
-    "       [--offsets POINTS.csv [--offsets-csv OUT.csv]]\n"
+    "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y[,Z] ...] [--cross "
+    "OTHER.xml]\n"
+    "       [--offsets POINTS.csv [--offsets-csv OUT.csv]] [--space OUT.csv] [--reach METRES]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
     "  --offsets table of points, x,y: station and offset of each, in the order of the table\n"
     "  --offsets-csv  where they go (standard output)\n"
-    "  --locate  station and offset of the point with easting X and northing Y; may be repeated\n"
+    "  --locate  station and offset of the point with easting X and northing Y; may be repeated; with a height Z all\n"
+    "            places within reach, the nearest first, with the numbers of their stations and the height above them\n"
+    "  --reach   how far those may be (100)\n"
+    "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
     "  --cross   all common points with the alignments of another file, with the stations of both\n";
 
 struct Options {
@@ -47,6 +48,8 @@ struct Options {
     std::string svg;
     std::string csv;
     std::vector<std::vector<double>> points;
+    double reach = 100.0;
+    std::string space;
     std::string cross;
     std::string offsets;
     std::string offsetsCsv;
@@ -60,28 +63,11 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--csv", options.csv);
     arguments.AddText("--offsets", options.offsets);
     arguments.AddText("--offsets-csv", options.offsetsCsv);
-    arguments.AddNumbers("--locate", 2, options.points);
+    arguments.AddNumbers("--locate", 2, options.points, 3);
+    arguments.AddPositive("--reach", options.reach);
+    arguments.AddText("--space", options.space);
     arguments.AddText("--cross", options.cross);
     return arguments;
-}
-
-// Signed curvature [1/length], positive to the left, at a station along one element.
-double CurvatureAt(const IPolyline2DElement& element, double station) {
-    const auto curvature = [](double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; };
-    switch (element.GetType()) {
-        case MathTypes::Arc2D:
-            return curvature(static_cast<const Arc2D&>(element).GetSignedRadius());
-        case MathTypes::Clothoid: {
-            const auto& clothoid = static_cast<const Clothoid&>(element);
-            const double from = curvature(clothoid.GetStartRadius());
-            const double to = curvature(clothoid.GetEndRadius());
-            return from + (to - from) * station / clothoid.GetLength();
-        }
-        case MathTypes::Spiral2D:
-            return static_cast<const Spiral2D&>(element).GetCurvature(station);
-        default:
-            return 0.0;
-    }
 }
 
 std::string RadiusText(double radius) { return radius == 0.0 ? "-" : Fixed(radius, 3); }
@@ -103,7 +89,7 @@ void Report(const Alignment& alignment, const std::string& unit) {
     }
     std::printf("\n  %3s  %-11s %13s %13s %11s %11s %12s %12s\n", "#", "type", "station", "length", "R start", "R end",
                 "closure", "gap to next");
-    double station = alignment.startStation;
+    double station = alignment.GetStartStation();
     double worstClosure = 0.0;
     double worstGap = 0.0;
     for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
@@ -124,18 +110,19 @@ void Report(const Alignment& alignment, const std::string& unit) {
     }
     std::printf("  ends within %.8f of the stated points, elements within %.8f of each other: %s within 0.0001\n",
                 worstClosure, worstGap, plan.IsContinuous(1e-4) ? "continuous" : "NOT continuous");
-    if (alignment.profile.GetNrOfElements() > 0) {
-        const double start = alignment.profile.GetStart().GetX();
-        const double end = alignment.profile.GetEnd().GetX();
-        std::printf("  design profile: %u elements from station %.6f to %.6f\n", alignment.profile.GetNrOfElements(),
-                    start, end);
+    if (!alignment.profile.IsEmpty()) {
+        std::printf("  design profile: %zu elements from station %.6f to %.6f\n",
+                    alignment.profile.GetJoints().size() - 1 - alignment.profile.GetFaults().size(),
+                    alignment.GetStartStation() + alignment.profile.GetStart(),
+                    alignment.GetStartStation() + alignment.profile.GetEnd());
     }
 }
 
 void WarnOfGaps(const Alignment& alignment) {
-    for (const ProfileGap& gap : alignment.gaps) {
-        std::fprintf(stderr, "warning: %s: no height between stations %.3f and %.3f: %s\n", alignment.name.c_str(),
-                     gap.from, gap.to, gap.reason.c_str());
+    for (const Profile::Fault& overlap : alignment.profile.GetFaults()) {
+        const double from = alignment.GetStartStation() + overlap.station;
+        std::fprintf(stderr, "warning: %s: no height between stations %.3f and %.3f: vertical curves overlap\n",
+                     alignment.name.c_str(), from, from + overlap.amount);
     }
 }
 
@@ -161,18 +148,15 @@ bool WriteTable(const std::string& path, const std::vector<Alignment>& alignment
     file << "alignment,station,x,y,height,bearing_deg,curvature\n";
     for (const Alignment& alignment : alignments) {
         const Polyline2D& plan = alignment.plan;
-        std::vector<double> starts{0.0};
-        for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
-            starts.push_back(starts.back() + plan.GetElementAtIndex(i).GetLength());
-        }
         ForEachSample(plan, step, [&](const Polyline2D::PolylinePoint& sample) {
-            const double station = alignment.startStation + sample.station;
+            const double station = alignment.GetStartStation() + sample.station;
             double height = 0.0;
             const std::string heightText = alignment.GetHeight(station, height) ? Fixed(height, 6) : "";
-            const IPolyline2DElement& element = plan.GetElementAtIndex(sample.elementIndex);
+            double curvature = 0.0;
+            (void)plan.GetCurvature(sample.station, curvature);
             file << CsvField(alignment.name) << ',' << Fixed(station, 6) << ',' << Fixed(sample.point.GetX(), 6) << ','
                  << Fixed(sample.point.GetY(), 6) << ',' << heightText << ',' << Fixed(BearingOf(sample.tangent), 8)
-                 << ',' << Fixed(CurvatureAt(element, sample.station - starts[sample.elementIndex]), 9) << '\n';
+                 << ',' << Fixed(curvature, 9) << '\n';
         });
     }
     file.close();
@@ -196,7 +180,7 @@ bool FindOffset(const Alignment& alignment, const Point2D& point, Offset& offset
     if (alignment.plan.MakePointAndTangentAt(nearest.station, ahead)) along += ahead.tangent;
     const double side = Distance::PointToLine(point, nearest.point, nearest.point + along);
     offset.foot = nearest.point;
-    offset.station = alignment.startStation + nearest.station;
+    offset.station = alignment.GetStartStation() + nearest.station;
     offset.value = std::copysign(nearest.distance, side);
     offset.isPerpendicular = std::abs((point - nearest.point).DotProduct(nearest.tangent)) <= 1e-4;
     return true;
@@ -217,6 +201,51 @@ void Locate(const std::vector<Alignment>& alignments, const Point2D& point) {
         double height = 0.0;
         if (alignment.GetHeight(offset.station, height)) std::printf(", height %.4f", height);
         std::printf("\n");
+    }
+}
+
+// With the height of the point: every place beside the axis, by the numbers of its station.
+void LocateInSpace(const std::vector<Alignment>& alignments, const Point3D& point, double reach) {
+    std::printf("Point %.3f, %.3f, %.3f:\n", point.GetX(), point.GetY(), point.GetZ());
+    for (const Alignment& alignment : alignments) {
+        const Math::Alignment road = alignment.InSpace();
+        std::vector<Math::Alignment::Place> places;
+        road.GetPlaces(point, reach, places);
+        std::printf("  %s: %zu place(s) within %g\n", alignment.name.c_str(), places.size(), reach);
+        for (const Math::Alignment::Place& place : places) {
+            double height = 0.0;
+            const bool hasHeight = road.GetHeight(place.station, place.offset, height);
+            std::printf("    %s, offset %.4f%s%s\n", road.GetStationing().GetText(place.station, 4).c_str(),
+                        place.offset, hasHeight ? (", above " + Fixed(place.above, 4)).c_str() : "",
+                        place.isPerpendicular ? "" : ", off a corner");
+        }
+    }
+}
+
+// The axis in space at every step and wherever it changes, with its frame. Without a profile there is none.
+void WriteSpace(std::ostream& out, const std::vector<Alignment>& alignments, double step) {
+    out << "alignment,station,length,x,y,z,grade,curvature,profile_curvature,cross_slope_left,cross_slope_right,"
+           "direction_x,direction_y,direction_z,up_x,up_y,up_z\n";
+    for (const Alignment& alignment : alignments) {
+        const Math::Alignment road = alignment.InSpace();
+        std::vector<double> stations = road.GetStationsByStep(0.0, road.GetLength(), step);
+        const std::vector<double> changes = road.GetChanges(0.0, road.GetLength());
+        stations.insert(stations.end(), changes.begin(), changes.end());
+        std::sort(stations.begin(), stations.end());
+        stations.erase(std::unique(stations.begin(), stations.end()), stations.end());
+        for (const double station : stations) {
+            Math::Alignment::Frame frame;
+            if (!road.GetFrame(station, frame)) continue;
+            out << CsvField(alignment.name) << ',' << road.GetStationing().GetText(station, 4) << ','
+                << Fixed(station, 6);
+            for (const double value : {frame.position.GetX(), frame.position.GetY(), frame.position.GetZ()})
+                out << ',' << Fixed(value, 6);
+            for (const double value : {frame.grade, frame.curvature, frame.profileCurvature, frame.cant.left,
+                                       frame.cant.right, frame.direction.GetX(), frame.direction.GetY(),
+                                       frame.direction.GetZ(), frame.up.GetX(), frame.up.GetY(), frame.up.GetZ()})
+                out << ',' << Fixed(value, 9);
+            out << '\n';
+        }
     }
 }
 
@@ -291,11 +320,11 @@ void DrawPlan(Svg& svg, const SvgPanel& panel, const Alignment& alignment, doubl
     }
     svg.Circle(panel.ToPage(plan.GetEnd()), 2.2, {"#333333", 0.8, "white", ""});
 
-    const double first = std::ceil(alignment.startStation / labelStep) * labelStep;
+    const double first = std::ceil(alignment.GetStartStation() / labelStep) * labelStep;
     std::vector<Polyline2D::PolylinePoint> samples;
-    (void)plan.MakePointsAndTangents(first - alignment.startStation, plan.GetLength(), samples, labelStep, 1e-6);
+    (void)plan.MakePointsAndTangents(first - alignment.GetStartStation(), plan.GetLength(), samples, labelStep, 1e-6);
     for (const Polyline2D::PolylinePoint& sample : samples) {
-        const double station = alignment.startStation + sample.station;
+        const double station = alignment.GetStartStation() + sample.station;
         if (std::abs(std::remainder(station, labelStep)) > 1e-3) continue;  // the end of the chain
         const Vec2D right = sample.tangent.GetNormalVector(false);
         const Point2D at = panel.ToPage(sample.point);
@@ -312,8 +341,8 @@ void DrawProfile(Svg& svg, double left, double top, double width, double height,
                  const std::string& unit) {
     std::vector<std::vector<Point2D>> curves;
     constexpr int samples = 600;
-    const double from = std::max(alignment.startStation, alignment.profile.GetStart().GetX());
-    const double to = std::min(alignment.startStation + alignment.plan.GetLength(), alignment.profile.GetEnd().GetX());
+    const double from = alignment.GetStartStation() + std::max(0.0, alignment.profile.GetStart());
+    const double to = alignment.GetStartStation() + std::min(alignment.plan.GetLength(), alignment.profile.GetEnd());
     bool open = false;
     for (int k = 0; k <= samples; ++k) {
         const double station = from + (to - from) * k / samples;
@@ -336,10 +365,13 @@ void DrawProfile(Svg& svg, double left, double top, double width, double height,
         BoundingBox2D(Point2D(from, world.GetMinPoint().GetY()), Point2D(to, world.GetMaxPoint().GetY())));
     for (const auto& curve : curves) svg.Polyline(panel.ToPage(curve), {"#3b6ea5", 2.0, "", ""});
     // Where one profile element ends and the next begins.
-    for (unsigned int i = 0; i < alignment.profile.GetNrOfElements(); ++i) {
-        const Point2D& joint = alignment.profile.GetElementAtIndex(i).GetStart();
-        if (joint.GetX() >= from && joint.GetX() <= to)
-            svg.Circle(panel.ToPage(joint), 2.0, {"#333333", 0.8, "white", ""});
+    std::vector<double> joints = alignment.profile.GetJoints();
+    joints.pop_back();
+    for (const double joint : joints) {
+        const double station = alignment.GetStartStation() + joint;
+        double z = 0.0;
+        if (station < from || station > to || !alignment.GetHeight(station, z)) continue;
+        svg.Circle(panel.ToPage(Point2D(station, z)), 2.0, {"#333333", 0.8, "white", ""});
     }
     svg.Text(Point2D(left, top - 10),
              "Profile of " + alignment.name + ", heights " + Fixed(panel.GetScaleY() / panel.GetScaleX(), 0) +
@@ -352,8 +384,8 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
     constexpr double margin = 60.0;
     constexpr double planHeight = 560.0;
     constexpr double profileHeight = 190.0;
-    const auto withProfile = std::find_if(alignments.begin(), alignments.end(),
-                                          [](const Alignment& a) { return a.profile.GetNrOfElements() > 0; });
+    const auto withProfile =
+        std::find_if(alignments.begin(), alignments.end(), [](const Alignment& a) { return !a.profile.IsEmpty(); });
     const bool hasProfile = withProfile != alignments.end();
     const double height = margin + planHeight + margin + (hasProfile ? profileHeight + margin : 0.0);
     Svg svg(width, height);
@@ -389,13 +421,27 @@ int Run(const Options& options) {
         Report(alignment, unit);
         WarnOfGaps(alignment);
     }
-    for (const std::vector<double>& point : options.points) Locate(file.alignments, Point2D(point[0], point[1]));
+    for (const std::vector<double>& point : options.points) {
+        if (point.size() == 2) {
+            Locate(file.alignments, Point2D(point[0], point[1]));
+        } else {
+            LocateInSpace(file.alignments, Point3D(point[0], point[1], point[2]), options.reach);
+        }
+    }
     if (!options.cross.empty()) Cross(file.alignments, LoadLandXml(options.cross).alignments);
     if (!options.offsets.empty()) TabulateOffsets(options, file.alignments);
     if (!options.csv.empty()) {
         if (!WriteTable(options.csv, file.alignments, options.step))
             throw InputError(options.csv + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.csv.c_str());
+    }
+    if (!options.space.empty()) {
+        CheckStep(file.alignments, options.step);
+        std::ofstream space(options.space, std::ios::binary);
+        WriteSpace(space, file.alignments, options.step);
+        space.close();
+        if (space.fail()) throw InputError(options.space + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", options.space.c_str());
     }
     if (!options.svg.empty()) {
         if (!DrawPicture(options.svg, file.alignments, unit)) throw InputError(options.svg + ": cannot be written");

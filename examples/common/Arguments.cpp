@@ -3,6 +3,7 @@
 #include "common/Csv.h"
 #include "common/InputError.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -29,10 +30,11 @@ void Arguments::AddValue(const std::string& name, std::function<bool(double)> ta
     };
 }
 
-void Arguments::AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target) {
-    options[name] = [&target, count](const std::string& value) {
+void Arguments::AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target,
+                           std::size_t most) {
+    options[name] = [&target, count, most = std::max(count, most)](const std::string& value) {
         target.push_back(ToNumbers(value));
-        return target.back().size() == count;
+        return target.back().size() >= count && target.back().size() <= most;
     };
 }
 

@@ -33,8 +33,9 @@ public:
             return true;
         });
     }
-    /// `count` numbers with commas between; the option may be repeated.
-    void AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target);
+    /// `count` numbers, or up to `most`, with commas between; the option may be repeated.
+    void AddNumbers(const std::string& name, std::size_t count, std::vector<std::vector<double>>& target,
+                    std::size_t most = 0);
 
     /// @return false for an unknown option, a value that is missing or of the wrong kind, too few or too many words
     bool Read(const std::vector<std::string>& arguments) const;

@@ -6,13 +6,13 @@
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Spiral2D.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <unordered_map>
@@ -24,7 +24,26 @@ using namespace Kalvio::Math;  // an example speaks mostly the library's words
 
 namespace {
 
-constexpr double profileRounding = 1e-5;  // files round stations; nearer ones are one
+struct KnownSpiral {
+    const char* name;
+    const char* type;
+    Spiral2D::Spiral2DType value;
+};
+
+const KnownSpiral* FindSpiral(std::string_view name) {
+    using Type = Spiral2D::Spiral2DType;
+    static constexpr KnownSpiral known[] = {{"clothoid", "Clothoid", Type::Clothoid},
+                                            {"bloss", "Bloss", Type::Bloss},
+                                            {"sinusoid", "Sine", Type::Sine},
+                                            {"cosine", "Cosine", Type::Cosine},
+                                            {"biquadratic", "Biquadratic", Type::Biquadratic},
+                                            {"biquadraticParabola", "Biquadratic", Type::Biquadratic},
+                                            {"cubic", "Cubic", Type::Cubic},
+                                            {"cubicParabola", "Cubic", Type::Cubic}};
+    const auto* const found =
+        std::find_if(std::begin(known), std::end(known), [name](const KnownSpiral& k) { return k.name == name; });
+    return found == std::end(known) ? nullptr : found;
+}
 
 class Reader : private LandXmlDocument {
 public:
@@ -99,7 +118,7 @@ private:
     Alignment ReadAlignment(pugi::xml_node node, std::vector<std::string>& warnings) const {
         Alignment alignment;
         alignment.name = node.attribute("name").as_string();
-        alignment.startStation = node.attribute("staStart") ? Number(node, "staStart") : 0.0;
+        alignment.stationing = Stationing(node.attribute("staStart") ? Number(node, "staStart") : 0.0);
         alignment.statedLength = node.attribute("length") ? Number(node, "length") : 0.0;
         const pugi::xml_node geometry = node.child("CoordGeom");
         if (!geometry) Fail(node, "<Alignment> without <CoordGeom>");
@@ -118,13 +137,14 @@ private:
         if (alignment.elements.empty()) Fail(geometry, "<CoordGeom> without elements");
         for (const pugi::xml_node profile : node.children("Profile")) {
             const pugi::xml_node design = profile.child("ProfAlign");
-            if (!design || alignment.profile.GetNrOfElements() > 0) continue;
+            if (!design || !alignment.profile.IsEmpty()) continue;
             OrWarn(warnings, "the profile of", node, [&] { ReadProfile(design, alignment); });
         }
-        for (const char* const name : {"StaEquation", "Cant"}) {
-            if (const pugi::xml_node other = node.child(name)) {
-                warnings.push_back(At(other, std::string("<") + name + "> of \"" + alignment.name + "\" is not read"));
-            }
+        for (const pugi::xml_node equation : node.children("StaEquation")) {
+            OrWarn(warnings, "a station equation of", node, [&] { ReadEquation(equation, alignment); });
+        }
+        if (const pugi::xml_node cant = node.child("Cant")) {
+            OrWarn(warnings, "the cant of", node, [&] { ReadCant(cant, alignment); });
         }
         return alignment;
     }
@@ -179,39 +199,18 @@ private:
                 alignment);
             return;
         }
-        struct Known {
-            const char* name;
-            const char* type;
-            Spiral2D::Spiral2DType value;
-        };
-        using Type = Spiral2D::Spiral2DType;
-        static constexpr Known known[] = {{"bloss", "Bloss", Type::Bloss},
-                                          {"sinusoid", "Sine", Type::Sine},
-                                          {"cosine", "Cosine", Type::Cosine},
-                                          {"biquadratic", "Biquadratic", Type::Biquadratic},
-                                          {"biquadraticParabola", "Biquadratic", Type::Biquadratic},
-                                          {"cubic", "Cubic", Type::Cubic},
-                                          {"cubicParabola", "Cubic", Type::Cubic}};
-        const auto* const found =
-            std::find_if(std::begin(known), std::end(known), [kind](const Known& k) { return k.name == kind; });
-        if (found == std::end(known)) Fail(node, "spiType \"" + std::string(kind) + "\" is not known to this program");
+        const KnownSpiral* const found = FindSpiral(kind);
+        if (found == nullptr) Fail(node, "spiType \"" + std::string(kind) + "\" is not known to this program");
         Add(node, std::make_unique<Spiral2D>(found->value, r1, r2, length, start, tangent),
             {found->type, r1, r2, {}, 0}, alignment);
     }
 
-    // A vertex of the tangent polygon with the curve that rounds it.
-    struct Vertex {
-        Point2D point;
-        double lengthIn = 0.0;   // horizontal, to the curve's start
-        double lengthOut = 0.0;  // horizontal, to the curve's end
-        double radius = 0.0;     // of a circular curve
-    };
-
     void ReadProfile(pugi::xml_node design, Alignment& alignment) const {
-        std::vector<Vertex> vertices;
+        std::vector<Profile::Vertex> vertices;
+        std::vector<pugi::xml_node> nodes;
         for (const pugi::xml_node child : design.children()) {
             const std::string_view name = child.name();
-            Vertex vertex;
+            Profile::Vertex vertex;
             if (name == "ParaCurve") {
                 vertex.lengthIn = vertex.lengthOut = 0.5 * Number(child, "length");
             } else if (name == "UnsymParaCurve") {
@@ -222,99 +221,71 @@ private:
             } else if (name != "PVI") {
                 continue;
             }
+            if (vertex.radius > 0.0) vertex.curve = Profile::Curve::Arc;
+            if (vertex.lengthIn != 0.0 || vertex.lengthOut != 0.0) vertex.curve = Profile::Curve::Parabola;
             const std::vector<double> place = Numbers(child, 2);
-            vertex.point = Point2D(place[0], place[1]);
-            if (!vertices.empty() && !(place[0] > vertices.back().point.GetX()))
-                Fail(child, "profile stations must ascend");
+            vertex.station = place[0] - alignment.GetStartStation();
+            vertex.height = place[1];
             vertices.push_back(vertex);
+            nodes.push_back(child);
         }
         if (vertices.size() < 2) return;
-
-        Point2D reached = vertices.front().point;
-        for (std::size_t i = 1; i < vertices.size(); ++i) {
-            const bool last = i + 1 == vertices.size();
-            Rounding rounding = last ? Rounding{vertices[i].point, vertices[i].point, {}}
-                                     : RoundVertex(vertices[i - 1].point, vertices[i], vertices[i + 1].point);
-            if (rounding.start.GetX() > reached.GetX()) {
-                alignment.profile.AppendElement(new Line2D(reached, rounding.start));
-            } else if (rounding.start.GetX() < reached.GetX() - profileRounding) {
-                alignment.gaps.push_back({rounding.start.GetX(), reached.GetX(), "vertical curves overlap"});
-            }
-            for (auto& element : rounding.elements) alignment.profile.AppendElement(element.release());
-            reached = rounding.end;
+        vertices.front().curve = vertices.back().curve = Profile::Curve::Corner;  // where there is nothing to round
+        Profile profile;
+        if (!profile.Set(vertices) && profile.IsEmpty()) {
+            const Profile::Fault& fault = profile.GetFaults().front();
+            Fail(nodes[fault.vertex], fault.kind == Profile::FaultKind::NotAscending
+                                          ? "profile stations must ascend"
+                                          : std::string("<") + nodes[fault.vertex].name() + "> that is no curve");
         }
+        alignment.profile = std::move(profile);  // without heights where vertical curves overlap
     }
 
-    struct Rounding {
-        Point2D start;
-        Point2D end;
-        std::vector<std::unique_ptr<IPolyline2DElement>> elements;  // none for a plain vertex
-    };
-
-    static std::unique_ptr<Parabola> ParabolaThrough(const Point2D& from, const Point2D& to, double slopeAt,
-                                                     double xOfSlope, double a) {
-        // y = y0 + slope (x - x0) + a (x - x0)^2 about the tangent point (x0, y0), multiplied out.
-        const Point2D& tangentPoint = xOfSlope == from.GetX() ? from : to;
-        const double x0 = tangentPoint.GetX();
-        auto parabola =
-            std::make_unique<Parabola>(a, slopeAt - 2.0 * a * x0, tangentPoint.GetY() - slopeAt * x0 + a * x0 * x0);
-        parabola->SetStart(from);
-        parabola->SetEnd(to);
-        return parabola;
+    // Back at the internal station where the file leaves it out.
+    void ReadEquation(pugi::xml_node node, Alignment& alignment) const {
+        if (node.attribute("staIncrement").as_string() == std::string_view("decreasing")) {
+            Fail(node, "<StaEquation> with decreasing stations");
+        }
+        const double ahead = Number(node, "staAhead");
+        const double back =
+            node.attribute("staBack")
+                ? Number(node, "staBack")
+                : alignment.stationing.GetPlace(Number(node, "staInternal") - alignment.GetStartStation()).number;
+        if (!alignment.stationing.AppendEquation(back, ahead)) Fail(node, "<StaEquation> before the one above it");
     }
 
-    static Rounding RoundVertex(const Point2D& before, const Vertex& vertex, const Point2D& after) {
-        const Point2D& v = vertex.point;
-        const Vec2D in = v - before;
-        const Vec2D out = after - v;
-        const double g1 = in.GetY() / in.GetX();
-        const double g2 = out.GetY() / out.GetX();
-        Rounding result{v, v, {}};
-        if (vertex.radius > 0.0) {
-            const double sweep = std::atan(g2) - std::atan(g1);
-            const double tangentLength = vertex.radius * std::tan(std::abs(sweep) * 0.5);
-            const Vec2D unitIn = Vec2D(in).Normalize();
-            result.start = v - unitIn * tangentLength;
-            result.end = v + Vec2D(out).Normalize() * tangentLength;
-            const Point2D center = result.start + unitIn.GetNormalVector(sweep > 0.0) * vertex.radius;
-            result.elements.push_back(std::make_unique<Arc2D>(result.start, center, Angle(sweep)));
-        } else if (vertex.lengthIn > 0.0 && vertex.lengthOut > 0.0) {
-            const double lengthIn = vertex.lengthIn;
-            const double lengthOut = vertex.lengthOut;
-            result.start = v - Vec2D(lengthIn, lengthIn * g1);
-            result.end = v + Vec2D(lengthOut, lengthOut * g2);
-            // Height of the curve over the vertex; the two halves meet there with one slope.
-            const double rise = (g2 - g1) * lengthIn * lengthOut / (2.0 * (lengthIn + lengthOut));
-            const Point2D middle = v + Vec2D(0.0, rise);
-            const double aIn = rise / (lengthIn * lengthIn);
-            const double aOut = rise / (lengthOut * lengthOut);
-            if (lengthIn == lengthOut) {
-                result.elements.push_back(ParabolaThrough(result.start, result.end, g1, result.start.GetX(), aIn));
-            } else {
-                result.elements.push_back(ParabolaThrough(result.start, middle, g1, result.start.GetX(), aIn));
-                result.elements.push_back(ParabolaThrough(middle, result.end, g2, result.end.GetX(), aOut));
+    // Of the curvature's outside the rail is higher; an adverse cant is the other way round.
+    void ReadCant(pugi::xml_node node, Alignment& alignment) const {
+        const bool isMetric = !GetRoot().child("Units").child("Imperial");
+        const double gauge = Number(node, "gauge") * (isMetric ? 1000.0 : 12.0);  // in the unit of the cant
+        if (!(gauge > 0.0)) Fail(node, "<Cant> without a gauge");
+        static const std::map<std::string_view, Cant::Pivot> pivots = {
+            {"", Cant::Pivot::Axis},           {"center", Cant::Pivot::Axis},      {"leftRail", Cant::Pivot::Left},
+            {"rightRail", Cant::Pivot::Right}, {"insideRail", Cant::Pivot::Inner}, {"outsideRail", Cant::Pivot::Outer}};
+        const auto pivot = pivots.find(node.attribute("rotationPoint").as_string());
+        if (pivot == pivots.end()) Fail(node, "<Cant> about a rotationPoint that is not known to this program");
+        std::vector<Cant::Knot> knots;
+        for (const pugi::xml_node child : node.children("CantStation")) {
+            const bool isLeft = child.attribute("curvature").as_string() == std::string_view("ccw");
+            const double sign = isLeft != child.attribute("adverse").as_bool() ? 1.0 : -1.0;
+            Cant::Knot knot;
+            knot.station = Number(child, "station") - alignment.GetStartStation();
+            knot.left = knot.right = sign * Number(child, "appliedCant") / gauge;
+            if (const pugi::xml_attribute law = child.attribute("transitionType")) {
+                const KnownSpiral* const found = FindSpiral(law.as_string());
+                if (found == nullptr) Fail(child, std::string("transitionType ") + law.as_string() + " is not known");
+                knot.law = found->value;
             }
+            knots.push_back(knot);
         }
-        return result;
+        const double arm = 0.5 * gauge / (isMetric ? 1000.0 : 12.0);
+        if (!alignment.cant.Set(knots, pivot->second, arm)) Fail(node, "<Cant> whose stations do not ascend");
     }
 
     std::unordered_map<std::string, pugi::xml_node> points;
 };
 
 }  // namespace
-
-bool Alignment::GetHeight(double station, double& height) const {
-    if (profile.GetNrOfElements() == 0) return false;
-    for (const ProfileGap& gap : gaps) {
-        if (station > gap.from && station < gap.to) return false;
-    }
-    const double start = profile.GetStart().GetX();
-    const double end = profile.GetEnd().GetX();
-    // The length of the axis and the last station of the profile are rounded each by itself.
-    if (station < start && station > start - profileRounding) station = start;
-    if (station > end && station < end + profileRounding) station = end;
-    return profile.GetYUsingLengthAlongXAxis(station - start, height) != 0;
-}
 
 LandXmlFile ReadLandXml(const std::string& path) { return Reader(path).Read(); }
 

@@ -2,6 +2,7 @@
 
 #include "common/InputError.h"
 
+#include "kalvio/alignments/Alignment.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/curves/Polyline2D.h"
 
@@ -19,25 +20,23 @@ struct StatedElement {
     int line = 0;  // of the file
 };
 
-/// Stations along x between which the file defines no height, and why.
-struct ProfileGap {
-    double from = 0.0;
-    double to = 0.0;
-    std::string reason;
-};
-
-/// A horizontal alignment with its design profile. x is the easting and y the northing.
+/// A horizontal alignment with its design profile, cant and station equations. x is the easting and y the northing.
 struct Alignment {
     std::string name;
-    double startStation = 0.0;  // internal station of the start
     double statedLength = 0.0;  // 0 when the file states none
     Math::Polyline2D plan;
     std::vector<StatedElement> elements;  // one for each element of `plan`
-    Math::Polyline2D profile;             // x station, y height; empty when there is none
-    std::vector<ProfileGap> gaps;
+    Math::Profile profile;                // stations from the start of the plan; empty when there is none
+    Math::Cant cant;
+    Math::Stationing stationing;
 
-    /// Design height at a station of the file's scale. @return false when the profile does not define it
-    bool GetHeight(double station, double& height) const;
+    /// Internal station of the start: stations of the file's scale are this much above lengths along the plan.
+    double GetStartStation() const { return stationing.GetStart(); }
+    /// Design height at a station of the file's scale, without cant. @return false when the profile does not define it
+    bool GetHeight(double station, double& height) const {
+        return profile.GetHeight(station - GetStartStation(), height);
+    }
+    Math::Alignment InSpace() const { return Math::Alignment(plan, profile, cant, stationing); }
 };
 
 struct LandXmlFile {
@@ -47,7 +46,8 @@ struct LandXmlFile {
 };
 
 /// Reads the alignments of a LandXML file: Line, Curve and Spiral of CoordGeom; PVI, ParaCurve, UnsymParaCurve and
-/// CircCurve of the design profile. An alignment or a profile that is at fault is left out with a warning.
+/// CircCurve of the design profile; StaEquation; the applied cant of Cant, in millimetres or inches over the gauge in
+/// metres or feet. An alignment, profile, equation or cant that is at fault is left out with a warning.
 /// @throws InputError for a file that is missing, broken or foreign, or has no alignment that can be read
 LandXmlFile ReadLandXml(const std::string& path);
 

@@ -64,7 +64,7 @@ LongSection::LongSection(const IndexedTriangleSet3D& surface, const Alignment& s
     if (axis.size() >= 2) Cut(surface, axis);
 
     for (const Sample& sample : table) {
-        const double station = source.startStation + sample.station;
+        const double station = source.GetStartStation() + sample.station;
         rows.push_back({station, sample.point, GetGround(station), GetDesign(station)});
     }
 }
@@ -80,7 +80,7 @@ void LongSection::Cut(const IndexedTriangleSet3D& surface, const Samples& axis) 
         Run run;
         for (const Point3D& p : piece.GetPoints()) {
             if (const auto station = stationing.Find(p.GetPoint2D())) {
-                run.emplace_back(alignment->startStation + *station, p.GetZ());
+                run.emplace_back(alignment->GetStartStation() + *station, p.GetZ());
             }
         }
         if (run.empty() || std::abs(run.back().GetX() - run.front().GetX()) <= stationMerge) continue;  // touches only

@@ -162,9 +162,10 @@ void DrawAxis(Svg& svg, const SvgPanel& panel, const BoundingBox2D& extent, cons
         svg.Polyline(line, {designColor, 1.3, "", ""});
     }
 
-    for (const double s : Multiples(step, alignment.startStation, alignment.startStation + plan.GetLength())) {
+    for (const double s :
+         Multiples(step, alignment.GetStartStation(), alignment.GetStartStation() + plan.GetLength())) {
         Polyline2D::PolylinePoint sample;
-        if (!plan.MakePointAndTangentAt(s - alignment.startStation, sample) ||
+        if (!plan.MakePointAndTangentAt(s - alignment.GetStartStation(), sample) ||
             !extent.IsPointInside(sample.point, border)) {
             continue;
         }
@@ -231,7 +232,7 @@ std::vector<std::vector<Point2D>> DesignCurves(const LongSection& section, doubl
 
 void DrawSection(Svg& svg, double top, const LongSection& section, const std::string& unit) {
     const Alignment& alignment = section.GetAlignment();
-    const double from = alignment.startStation;
+    const double from = alignment.GetStartStation();
     const double to = from + alignment.plan.GetLength();
     const std::vector<std::vector<Point2D>> curves = DesignCurves(section, from, to);
     const Point2D first = section.GetRuns().front().front();

@@ -114,7 +114,9 @@ double Profile::Piece::GetStation(double y, double sign) const {
 }
 
 bool Profile::FindFaults() {
-    const auto add = [this](FaultKind kind, std::size_t i, double amount) { faults.push_back({kind, i, amount}); };
+    const auto add = [this](FaultKind kind, std::size_t i, double amount) {
+        faults.push_back({kind, i, amount, vertices[i].station});
+    };
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const Vertex& v = vertices[i];
         const double values[] = {v.station, v.height, v.lengthIn, v.lengthOut, v.radius};
@@ -164,13 +166,13 @@ bool Profile::Set(std::span<const Vertex> added) {
         if (!std::isfinite(reach.in + reach.out)) {
             made = Profile();
             made.vertices.assign(added.begin(), added.end());
-            made.faults.push_back({FaultKind::NotFinite, i, 0.0});
+            made.faults.push_back({FaultKind::NotFinite, i, 0.0, added[i].station});
             break;
         }
         const double from = v[i].station - reach.in;
         const double to = v[i].station + reach.out;
         if (from < reached - rounding) {
-            made.faults.push_back({FaultKind::Overlap, i, reached - from});
+            made.faults.push_back({FaultKind::Overlap, i, reached - from, from});
             made.Append(std::max(from, v.front().station), Piece());
         }
         if (to > reached && reach.in > 0.0) {

@@ -69,7 +69,8 @@ public:
     struct Fault {
         FaultKind kind = FaultKind::NotFinite;  ///< what is wrong
         std::size_t vertex = 0;                 ///< its index
-        double amount = 0.0;  ///< by which stations descend, or curves overlap; the faulty length or radius; else 0
+        double amount = 0.0;   ///< by which stations descend, or curves overlap; the faulty length or radius; else 0
+        double station = 0.0;  ///< of the vertex; of an overlap where it starts
     };
 
     /// The profile at a station.

@@ -33,7 +33,7 @@ std::vector<double> PassesOf(const Alignment& road, const Line2D& line) {
             const double middle = 0.5 * (low + high);
             (isLeft == (sideAt(middle) > 0.0) ? low : high) = middle;
         }
-        stations.push_back(road.startStation + low);
+        stations.push_back(road.GetStartStation() + low);
     }
     return stations;
 }
@@ -41,12 +41,12 @@ std::vector<double> PassesOf(const Alignment& road, const Line2D& line) {
 TEST(CrossingsTest, EveryPassOfALineHasBothStations) {
     LandXmlFile file = ReadLandXml(KALVIO_EXAMPLE_DATA "/alignment.xml");
     Alignment& road = file.alignments.at(0);
-    road.startStation = 500.0;
+    road.stationing = Stationing(500.0);
     std::size_t passes = 0;
     for (const double easting : {384660.0, 384700.0, 384712.0, 384770.0, 384850.0}) {
         SCOPED_TRACE(easting);
         Alignment cross;
-        cross.startStation = -200.0;
+        cross.stationing = Stationing(-200.0);
         cross.plan.AppendElement(new Line2D(Point2D(easting, 6671700.0), Point2D(easting + 40.0, 6673000.0)));
         const auto& line = static_cast<const Line2D&>(cross.plan.GetElementAtIndex(0));
         const std::vector<double> expected = PassesOf(road, line);

@@ -85,7 +85,7 @@ TEST(TerrainTest, AnAxisThatCrossesItselfKeepsItsStationsApart) {
             return 7.0 + 0.1 * (p - origin).GetX() - 0.3 * (p - origin).GetY();
         };
         Alignment loop;
-        loop.startStation = 1000.0;
+        loop.stationing = Stationing(1000.0);
         loop.plan.AppendElement(new Line2D(at(0, 0), at(100, 0)));
         loop.plan.AppendElement(new Arc2D(at(100, 0), at(100, 30), Angle(1.5 * std::numbers::pi)));
         loop.plan.AppendElement(new Line2D(at(70, 30), at(70, -40)));
@@ -105,7 +105,7 @@ TEST(TerrainTest, AnAxisThatCrossesItselfKeepsItsStationsApart) {
         for (const LongSection::Run& run : section.GetRuns()) {
             for (std::size_t k = 0; k < run.size(); ++k) {
                 Polyline2D::PolylinePoint onAxis;
-                ASSERT_TRUE(loop.plan.MakePointAndTangentAt(run[k].GetX() - loop.startStation, onAxis));
+                ASSERT_TRUE(loop.plan.MakePointAndTangentAt(run[k].GetX() - loop.GetStartStation(), onAxis));
                 EXPECT_NEAR(run[k].GetY(), heightOf(onAxis.point), 4e-4) << run[k].GetX();  // a millimetre off at 30 %
                 EXPECT_GE(run[k].GetX(), run[k > 0 ? k - 1 : 0].GetX() - 1e-6);
             }
@@ -150,11 +150,21 @@ TEST_F(RealTerrainTest, TheRoadsSurfaceHasTheHeightsOfItsProfile) {
     TurnUpward(file.surfaces.at(0).mesh);
     const LandXmlFile road = ReadLandXml(data + "landxml/M3.xml");
     const LongSection section(file.surfaces[0].mesh, road.alignments.at(0), 5.0);
+    const Math::Alignment axis = road.alignments.at(0).InSpace();
     int stations = 0;
     for (const LongSection::Row& row : section.GetRows()) {
         if (!row.ground || !row.design) continue;
-        EXPECT_NEAR(*row.ground, *row.design, 1e-3) << row.station;
+        SCOPED_TRACE(row.station);
+        EXPECT_NEAR(*row.ground, *row.design, 1e-3);
         ++stations;
+        Math::Alignment::Frame frame;
+        Math::Alignment::Place place;
+        ASSERT_TRUE(axis.GetFrame(row.station, frame));
+        EXPECT_EQ(frame.position.GetZ(), *row.design);
+        ASSERT_TRUE(axis.GetNearestPlace(frame.position + frame.right * 12.5 + Vec3D(0, 0, 3), 20.0, place));
+        EXPECT_NEAR(place.station, row.station, 1e-8);
+        EXPECT_NEAR(place.offset, 12.5, 1e-8);
+        EXPECT_NEAR(place.above, 3.0, 1e-8);
     }
     EXPECT_GE(stations, 251);
 }
