@@ -29,19 +29,20 @@ class LineString2D;
 class KALVIO_MATH_API Spiral2D final : public IPolyline2DElement {
 public:
     /// Curvature law. With t = s / length, the curvature is k1 + (k2 - k1) f(t) for all but `Cubic`.
+    ///
+    /// `Cubic` is a part of the cubic parabola y = c x^3 about its inflection point, exact, between the points whose
+    /// true radii of curvature are the given ones; not the railway approximation y = x^3 / (6 R X), whose curvature at
+    /// the end falls short of 1/R. The curvature of a cubic parabola culminates at the slope 1/sqrt(5), 24.1 degrees
+    /// from the inflection tangent: radii and lengths that need more (length / R > 0.6937 from a straight; nearly equal
+    /// radii) have no such curve. Exactly equal radii make an arc, as for every type.
     enum class Spiral2DType : std::uint32_t {
         Clothoid = 0,     ///< f = t
         Bloss = 1,        ///< f = 3 t^2 - 2 t^3 (Bloss 1936)
         Sine = 2,         ///< f = t - sin(2 pi t) / (2 pi) (Klein 1937)
         Cosine = 3,       ///< f = (1 - cos(pi t)) / 2: half a wave
         Biquadratic = 4,  ///< f = 2 t^2 up to the middle, then 1 - 2 (1 - t)^2 (Helmert 1872, Schramm)
-        Cubic = 5,        ///< a part of a cubic parabola, see below
+        Cubic = 5,        ///< a part of a cubic parabola, see above
     };
-    // `Cubic` is a part of the cubic parabola y = c x^3 about its inflection point, exact, between the points whose
-    // true radii of curvature are the given ones; not the railway approximation y = x^3 / (6 R X), whose curvature at
-    // the end falls short of 1/R. The curvature of a cubic parabola culminates at the slope 1/sqrt(5), 24.1 degrees
-    // from the inflection tangent: radii and lengths that need more (length / R > 0.6937 from a straight; nearly equal
-    // radii) have no such curve. Exactly equal radii make an arc, as for every type.
 
     /// A clothoid of length 0 at the origin.
     Spiral2D();

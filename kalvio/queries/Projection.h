@@ -42,6 +42,8 @@ class Vec3D;
 ///     }
 class KALVIO_MATH_API Projection {
 public:
+    // Feet on lines.
+
     /// Foot of the perpendicular on the infinite line; the start for a line of zero length.
     [[nodiscard]] static Point2D NormalPointOnLine(const Point2D& point, const Line2D& line);
     [[nodiscard]] static Point3D NormalPointOnLine(const Point3D& point, const Line3D& line);
@@ -52,7 +54,10 @@ public:
     /// The same, but `foot` always receives the foot on the infinite line.
     [[nodiscard]] static bool NormalPointOnLineSegment2(const Point2D& point, const Line2D& line, Point2D& foot,
                                                         double tolerance);
-    // Nearest points of segments, strings and polygons lie on them, at the furthest at an end, to rounding whatever the
+
+    // Nearest points.
+    //
+    // Those of segments, strings and polygons lie on them, at the furthest at an end, to rounding whatever the
     // tolerance.
 
     /// The foot where it lies on the segment, else the nearer end.
@@ -93,6 +98,8 @@ public:
     [[nodiscard]] static Point2D NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon,
                                                                 double tolerance);
 
+    // Arcs, circles and transition curves.
+
     /// The nearest point of the arc; see `Arc2D::GetNearestPoint`, which needs no tolerance.
     [[nodiscard]] static Point2D NearestPointOnArc(const Point2D& point, const Arc2D& arc, double tolerance);
     /// The nearest foot, its station and the unit direction of the curve there. For the centre of an arc it is the
@@ -107,6 +114,8 @@ public:
                                                  double& station, Vec2D& tangent, double tolerance);
     [[nodiscard]] static int NormalPointOnParabola(const Point2D& point, const Parabola& parabola, Point2D& foot,
                                                    double& station, Vec2D& tangent, double tolerance);
+
+    // Element polylines.
 
     /// The nearest point over all elements, the first of equals, to rounding whatever the tolerance; the origin for a
     /// chain without elements.
@@ -132,6 +141,8 @@ public:
                                                     double& station, double tolerance);
     [[nodiscard]] static int NormalPointOnPolyline2(const Point2D& point, const Polyline2D& polyline,
                                                     Polyline2D::PolylinePoint& foot, double tolerance);
+
+    // Planes and axes.
 
     /// Projection along a direction of any length.
     /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
