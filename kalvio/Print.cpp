@@ -22,6 +22,7 @@
 #include "kalvio/meshes/IndexedFaceSet2D.h"
 #include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
+#include "kalvio/meshes/TinSurfacePatch3D.h"
 #include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -274,6 +275,8 @@ void Writer::AddContent(const IMathObject& object) {
             return AddFaces(As<IndexedTriangleSet2D>(object), "triangles", 3);
         case MathTypes::IndexedTriangleSet3D:
             return AddFaces(As<IndexedTriangleSet3D>(object), "triangles", 3);
+        case MathTypes::TinSurfacePatch3D:
+            return AddFaces(As<TinSurfacePatch3D>(object).GetTriangles(), "triangles", 3);
         case MathTypes::Triangle3D: {
             const auto& triangle = As<Triangle3D>(object);
             return AddAll(std::array{triangle.GetPointA(), triangle.GetPointB(), triangle.GetPointC()});
@@ -326,7 +329,6 @@ void Writer::AddContent(const IMathObject& object) {
         case MathTypes::NurbsSurface:
         case MathTypes::BSplineSurface:
         case MathTypes::TSpline:
-        case MathTypes::TinSurfacePatch3D:
             return;
     }
 }

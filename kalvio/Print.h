@@ -51,7 +51,7 @@ namespace Kalvio::Math {
 ///     Parabola(start (0, 2), end (200, 0), 0.0001, -0.03, 2)    a, b, c of a x^2 + b x + c
 ///     LineString2D((0, 0), (1, 0), (1, 1))         Polyline2D(Line2D(...), Arc2D(...)), rings alike
 ///     Polygon2D(((0, 0), (1, 0), (1, 1)), ((0.5, 0.1), ...))    outer ring, then holes
-///     IndexedTriangleSet3D(vertices (...), triangles (0, 1, 2), (2, 1, 3))    face sets: faces
+///     IndexedTriangleSet3D(vertices (...), triangles (0, 1, 2), (2, 1, 3))    surfaces alike; face sets: faces
 ///
 /// Of a class of the caller's own, the name of its code alone.
 [[nodiscard]] KALVIO_MATH_API std::string ToString(const IMathObject& object);

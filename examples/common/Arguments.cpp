@@ -52,7 +52,7 @@ bool Arguments::Read(const std::vector<std::string>& arguments) const {
             if (option == options.end() || ++i == arguments.size() || !option->second(arguments[i])) return false;
         }
     }
-    return wordsRead == words.size();
+    return wordsRead >= requiredWords;
 }
 
 int RunProgram(const char* name, const char* usage, const Arguments& arguments, int argc, char** argv,

@@ -19,8 +19,13 @@ namespace Kalvio::Examples {
 ///     arguments.AddPositive("--step", step);
 class Arguments {
 public:
-    /// The next word; all words are required.
-    void AddWord(std::string& target) { words.push_back(&target); }
+    /// The next word, which is required.
+    void AddWord(std::string& target) {
+        words.push_back(&target);
+        ++requiredWords;
+    }
+    /// The next word, after all that are required.
+    void AddOptionalWord(std::string& target) { words.push_back(&target); }
     void AddFlag(const std::string& name, bool& target) { flags[name] = &target; }
     void AddText(const std::string& name, std::string& target);
     void AddNumber(const std::string& name, std::optional<double>& target);
@@ -45,6 +50,7 @@ private:
     void AddValue(const std::string& name, std::function<bool(double)> take);
 
     std::vector<std::string*> words;
+    std::size_t requiredWords = 0;
     std::map<std::string, bool*> flags;
     std::map<std::string, std::function<bool(const std::string&)>> options;
 };

@@ -6,6 +6,7 @@
 #include "common/LandXml.h"
 #include "common/LandXmlSurface.h"
 #include "common/Svg.h"
+#include "terrain/BuiltGround.h"
 #include "terrain/KrigedGrid.h"
 #include "terrain/LongSection.h"
 #include "terrain/Measures.h"
@@ -27,10 +28,13 @@ using namespace Kalvio::Math;
 namespace {
 
 constexpr const char* kUsage =
-    "usage: terrain SURFACE.xml [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv "
-    "OUT.csv]\n"
+    "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
+    "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--nodes OUT.csv] [--svg OUT.svg]\n"
-    "  --surface  the surface that is cut and drawn (the first of the file)\n"
+    "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
+    "             of x,y,height around it\n"
+    "  --heights  writes the heights at the places of a table x,y\n"
+    "  --surface  the surface that is cut and drawn (Built, or the first of the file)\n"
     "  --over     height that volumes are taken over (that of the lowest vertex)\n"
     "  --along    cuts the surface along the alignments of a file\n"
     "  --step     distance of the stations in the table (20)\n"
@@ -45,6 +49,8 @@ constexpr const char* kUsage =
 
 struct Options {
     std::string file;
+    GroundTables ground;
+    std::string heights;
     std::string surface;
     std::optional<double> over;
     std::string along;
@@ -60,7 +66,11 @@ struct Options {
 
 Arguments ArgumentsOf(Options& options) {
     Arguments arguments;
-    arguments.AddWord(options.file);
+    arguments.AddOptionalWord(options.file);
+    arguments.AddText("--points", options.ground.points);
+    arguments.AddText("--breaklines", options.ground.breaklines);
+    arguments.AddText("--border", options.ground.border);
+    arguments.AddText("--heights", options.heights);
     arguments.AddText("--surface", options.surface);
     arguments.AddNumber("--over", options.over);
     arguments.AddText("--along", options.along);
@@ -190,12 +200,37 @@ Surface& Chosen(SurfaceFile& file, const Options& options) {
     throw InputError(options.file + ": no surface named " + options.surface);
 }
 
+void WriteHeights(const std::string& path, const TinSurfacePatch3D& surface) {
+    std::printf("x,y,height\n");
+    unsigned int triangle = TinSurfacePatch3D::noTriangle;
+    for (const std::vector<double>& row : ReadCsv(path, 2)) {
+        double z = 0.0;
+        const bool isInside = surface.GetHeight({row[0], row[1]}, z, triangle);
+        std::printf("%.4f,%.4f,%s\n", row[0], row[1], isInside ? Fixed(z, 4).c_str() : "");
+    }
+}
+
+SurfaceFile ReadSurfaces(const Options& options) {
+    SurfaceFile file;
+    if (options.file.empty() && options.ground.IsEmpty()) throw InputError("a surface or its points are missing");
+    if (!options.file.empty()) file = ReadLandXmlSurfaces(options.file);
+    if (!options.file.empty()) std::fprintf(stderr, "%s: %zu surface(s)\n", options.file.c_str(), file.surfaces.size());
+    if (!options.ground.IsEmpty()) {
+        Surface built;
+        built.name = "Built";
+        built.mesh = BuildGround(options.ground).GetTriangles();
+        file.surfaces.insert(file.surfaces.begin(), std::move(built));
+    }
+    return file;
+}
+
 int Run(const Options& options) {
-    SurfaceFile file = ReadLandXmlSurfaces(options.file);
+    SurfaceFile file = ReadSurfaces(options);
     const std::string unit = UnitText(file.linearUnit);
-    std::fprintf(stderr, "%s: %zu surface(s)\n", options.file.c_str(), file.surfaces.size());
     Surface& chosen = Chosen(file, options);
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
+
+    if (!options.heights.empty()) WriteHeights(options.heights, SurfaceOf(chosen.mesh, chosen.name));
 
     std::vector<Alignment> alignments;
     std::vector<LongSection> sections;

@@ -40,6 +40,7 @@ class PolygonCurve3D;
 class Polyline2D;
 class Polyline3D;
 class Spiral2D;
+class TinSurfacePatch3D;
 class Triangle3D;
 class TriangleStrip3D;
 class Vec2D;
@@ -198,6 +199,8 @@ template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Polyline2D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Spiral2D& a, const Spiral2D& b, double tolerance);
+template <>
+KALVIO_MATH_API bool Geometry::AreEqual(const TinSurfacePatch3D& a, const TinSurfacePatch3D& b, double tolerance);
 template <>
 KALVIO_MATH_API bool Geometry::AreEqual(const Triangle3D& a, const Triangle3D& b, double tolerance);
 template <>

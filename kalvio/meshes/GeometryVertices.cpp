@@ -12,6 +12,7 @@
 #include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/TinSurfacePatch3D.h"
 #include "kalvio/meshes/TriangleStrip3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -94,6 +95,9 @@ bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) 
             return CollectMesh<IndexedTriangleSet2D>(geometry, vertices);
         case MathTypes::IndexedTriangleSet3D:
             return CollectMesh<IndexedTriangleSet3D>(geometry, vertices);
+        case MathTypes::TinSurfacePatch3D:
+            Collect(static_cast<const TinSurfacePatch3D&>(geometry).GetTriangles().GetVertices(), vertices);
+            return true;
         case MathTypes::TriangleStrip3D:
             return CollectMesh<TriangleStrip3D>(geometry, vertices);
         case MathTypes::Polygon2D:

@@ -100,6 +100,7 @@ TEST(PrintTest, ObjectsAreTheirClassNameAndWhatTheyWereMadeOf) {
         {std::make_unique<IndexedTriangleSet2D>(), "IndexedTriangleSet2D(vertices (), triangles none)"},
         {std::make_unique<IndexedTriangleSet3D>(std::vector{Point3D(1, 2, 3)}, std::vector{0U, 0U, 1U, 2U}),
          "IndexedTriangleSet3D(vertices ((1, 2, 3)), triangles (0, 0, 1), (2))"},
+        {std::make_unique<TinSurfacePatch3D>(), "TinSurfacePatch3D(vertices (), triangles none)"},
         {std::make_unique<IndexedFaceSet2D>(faces), "IndexedFaceSet2D(vertices (), faces (0, 1, 2, 3), (1))"},
         {std::make_unique<IndexedFaceSet3D>(), "IndexedFaceSet3D(vertices (), faces none)"},
     };
@@ -109,7 +110,7 @@ TEST(PrintTest, ObjectsAreTheirClassNameAndWhatTheyWereMadeOf) {
         EXPECT_EQ(testing::PrintToString(*object), text) << "GoogleTest's way";
         EXPECT_TRUE(seen.insert(object->GetType()).second || object->GetType() == MathTypes::Matrix2D);
     }
-    EXPECT_EQ(seen.size(), 43U) << "a class without a row";
+    EXPECT_EQ(seen.size(), 44U) << "a class without a row";
 }
 
 TEST(PrintTest, DigitsReadBackToTheSameBits) {

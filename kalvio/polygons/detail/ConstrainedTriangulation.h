@@ -27,7 +27,7 @@ namespace Kalvio::Math::detail {
 class ConstrainedTriangulation {
 public:
     using Index = std::uint32_t;
-    static constexpr Index none = std::numeric_limits<Index>::max();
+    static constexpr Index none = (std::numeric_limits<Index>::max)();
     static constexpr std::size_t most = none / 16;  // places
 
     struct alignas(32) Triangle {

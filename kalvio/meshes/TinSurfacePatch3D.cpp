@@ -1,0 +1,527 @@
+#include "kalvio/meshes/TinSurfacePatch3D.h"
+
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Geometry.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/meshes/detail/MeshSection.h"
+#include "kalvio/meshes/detail/TriangleEdges.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/detail/ConstrainedTriangulation.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <span>
+#include <utility>
+
+namespace Kalvio::Math {
+
+namespace {
+
+using Triangulation = detail::ConstrainedTriangulation;
+
+constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
+constexpr double largestCoordinate = 1e100;  // products of two do not overflow
+
+bool IsSound(const Point3D& p) {
+    return std::abs(p.GetX()) <= largestCoordinate && std::abs(p.GetY()) <= largestCoordinate &&
+           std::abs(p.GetZ()) <= largestCoordinate;
+}
+
+detail::PlanePoint InPlan(const Point2D& p) { return {p.GetX(), p.GetY()}; }
+detail::PlanePoint InPlan(const Point3D& p) { return {p.GetX(), p.GetY()}; }
+
+unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
+
+// The points of a surface and the triangulation of them in plan; heights are gathered while edges are required.
+class SurfaceBuilder {
+public:
+    SurfaceBuilder(const TinSurfacePatch3D::Ground& source, double userTolerance,
+                   std::vector<TinSurfacePatch3D::HeightConflict>& found)
+        : ground(source), tolerance(userTolerance), conflicts(found) {}
+
+    bool Triangulate() {
+        if (!Gather()) return false;
+        std::vector<detail::PlanePoint> places;
+        places.reserve(points.size());
+        for (const Point3D& p : points) places.push_back(InPlan(p));
+        triangulation.emplace(places, tolerance);
+        if (!triangulation->HasTriangles()) return false;
+        TakeHeights();
+        std::size_t first = ground.points.size();
+        const auto require = [&](const std::vector<LineString3D>& chains, std::uint8_t marks) {
+            for (const LineString3D& chain : chains) {
+                if (!Require(first, chain.GetSize(), marks)) return false;
+                first += chain.GetSize();
+            }
+            return true;
+        };
+        if (!require(ground.breaklines, 0) || !require(ground.borders, Triangulation::ofBorder) ||
+            !require(ground.holes, Triangulation::ofHole)) {
+            return false;
+        }
+        TakeDivisions();
+        return true;
+    }
+
+    // The triangles inside, along the curve on which the vertices lie, and their neighbours.
+    bool Collect(IndexedTriangleSet3D& set, std::vector<unsigned int>& neighbors) const {
+        const std::vector<std::uint8_t> isInside = FindInside();
+        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
+        std::vector<unsigned int> numberOf(heights.size(), detail::noVertex);
+        std::vector<unsigned int> starts(heights.size() + 1);  // of the triangles by their lowest vertices
+        std::size_t count = 0;
+        for (std::size_t t = 0; t < all.size(); ++t) {
+            if (isInside[t] == 0) continue;
+            ++count;
+            for (const Triangulation::Index corner : all[t].corner) numberOf[corner] = 0;
+            ++starts[*std::min_element(all[t].corner.begin(), all[t].corner.end()) + std::size_t{1}];
+        }
+        if (count == 0) return false;
+        for (std::size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
+        std::vector<Point3D>& vertices = set.GetVertices();
+        for (Triangulation::Index v = 0; v < heights.size(); ++v) {
+            if (numberOf[v] == detail::noVertex) continue;
+            numberOf[v] = static_cast<unsigned int>(vertices.size());
+            vertices.emplace_back(PlaceOf(v), heights[v]);
+        }
+        std::vector<unsigned int> placeOf(all.size(), none);
+        for (std::size_t t = 0; t < all.size(); ++t) {
+            if (isInside[t] != 0) placeOf[t] = starts[*std::min_element(all[t].corner.begin(), all[t].corner.end())]++;
+        }
+        std::vector<unsigned int>& indexes = set.GetIndexes();
+        indexes.resize(3 * count);
+        neighbors.resize(3 * count);
+        for (std::size_t t = 0; t < all.size(); ++t) {
+            if (isInside[t] == 0) continue;
+            for (std::size_t i = 0; i < 3; ++i) {
+                indexes[3 * placeOf[t] + i] = numberOf[all[t].corner[i]];
+                neighbors[3 * placeOf[t] + i] = placeOf[all[t].twin[i] >> 2U];
+            }
+        }
+        return true;
+    }
+
+private:
+    bool Gather() {
+        points = ground.points;
+        for (const auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
+            for (const LineString3D& chain : *chains) {
+                points.insert(points.end(), chain.GetPoints().begin(), chain.GetPoints().end());
+            }
+        }
+        return points.size() <= Triangulation::most && std::all_of(points.begin(), points.end(), IsSound);
+    }
+
+    Point2D PlaceOf(Triangulation::Index vertex) const {
+        if (vertex < triangulation->GetOutside()) return points[triangulation->GetPlaceOf(vertex)].GetPoint2D();
+        const detail::PlanePoint p = triangulation->GetPosition(vertex);
+        return {p.x, p.y};
+    }
+
+    void Compare(Triangulation::Index vertex, double height) {
+        if (std::abs(height - heights[vertex]) > tolerance) {
+            conflicts.push_back({Point3D(PlaceOf(vertex), heights[vertex]), height});
+        }
+    }
+
+    void TakeHeights() {
+        heights.assign(triangulation->GetOutside() + std::size_t{1}, unset);
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            const Triangulation::Index vertex = triangulation->GetVertexOf(i);
+            if (std::isnan(heights[vertex])) {
+                heights[vertex] = points[i].GetZ();
+            } else {
+                Compare(vertex, points[i].GetZ());
+            }
+        }
+    }
+
+    // Borders and holes are rings.
+    bool Require(std::size_t first, std::size_t count, std::uint8_t marks) {
+        const std::size_t segments = marks == 0 && count > 0 ? count - 1 : count;
+        for (std::size_t i = 0; i < segments; ++i) {
+            const Triangulation::Index from = triangulation->GetVertexOf(first + i);
+            const Triangulation::Index to = triangulation->GetVertexOf(first + (i + 1) % count);
+            if (!triangulation->RequireEdge(from, to, marks, true)) return false;
+        }
+        return true;
+    }
+
+    double HeightAlong(Triangulation::Index from, Triangulation::Index to, const Point2D& place) const {
+        const Vec2D along = PlaceOf(to) - PlaceOf(from);
+        const double share = (place - PlaceOf(from)).DotProduct(along) / along.NormSquared();
+        return heights[from] + (heights[to] - heights[from]) * std::clamp(share, 0.0, 1.0);
+    }
+
+    // Of vertices that divide segments: a new one has the height of the segment that was there first.
+    void TakeDivisions() {
+        for (const Triangulation::Division& division : triangulation->GetDivisions()) {
+            heights.resize(std::max<std::size_t>(heights.size(), division.vertex + std::size_t{1}), unset);
+            const Point2D place = PlaceOf(division.vertex);
+            double& height = heights[division.vertex];
+            if (std::isnan(height)) {
+                height = division.otherFrom == Triangulation::none
+                             ? HeightAlong(division.from, division.to, place)
+                             : HeightAlong(division.otherFrom, division.otherTo, place);
+            } else if (division.otherFrom != Triangulation::none) {
+                Compare(division.vertex, HeightAlong(division.otherFrom, division.otherTo, place));
+            }
+            Compare(division.vertex, HeightAlong(division.from, division.to, place));
+        }
+    }
+
+    std::vector<std::uint8_t> FindInside() const {
+        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
+        std::vector<std::uint8_t> inside = triangulation->FindEnclosing();
+        const Triangulation::Index outside = triangulation->GetOutside();
+        const std::uint8_t wanted = ground.borders.empty() ? 0 : Triangulation::ofBorder;
+        for (std::size_t t = 0; t < all.size(); ++t) {
+            const auto& [a, b, c] = all[t].corner;
+            inside[t] = inside[t] == wanted && a != outside && b != outside && c != outside ? 1 : 0;
+        }
+        if (ground.longestRimEdge > 0.0) CutRim(inside);
+        return inside;
+    }
+
+    void CutRim(std::vector<std::uint8_t>& inside) const {
+        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
+        std::vector<std::size_t> open;
+        for (std::size_t t = 0; t < all.size(); ++t) {
+            if (inside[t] == 0) open.push_back(t);
+        }
+        while (!open.empty()) {
+            const Triangulation::Triangle& outer = all[open.back()];
+            open.pop_back();
+            for (std::size_t i = 0; i < 3; ++i) {
+                const std::size_t next = outer.twin[i] >> 2U;
+                if (inside[next] == 0 || (outer.marks[i] & Triangulation::required) != 0) continue;
+                const Point2D from = PlaceOf(outer.corner[i]);
+                if (!(from.Distance(PlaceOf(outer.corner[i == 2 ? 0 : i + 1])) > ground.longestRimEdge)) continue;
+                inside[next] = 0;
+                open.push_back(next);
+            }
+        }
+    }
+
+    static constexpr double unset = std::numeric_limits<double>::quiet_NaN();
+
+    const TinSurfacePatch3D::Ground& ground;
+    double tolerance;
+    std::vector<TinSurfacePatch3D::HeightConflict>& conflicts;
+    std::vector<Point3D> points;
+    std::optional<Triangulation> triangulation;
+    std::vector<double> heights;  // per vertex
+};
+
+// The point of a triangle nearest to p.
+Point3D NearestOnTriangle(const Point3D& p, const Point3D& a, const Point3D& b, const Point3D& c) {
+    const Vec3D normal = (b - a).CrossProduct(c - a);
+    const auto isLeft = [&](const Point3D& from, const Point3D& to) {
+        return normal.DotProduct((to - from).CrossProduct(p - from)) >= 0.0;
+    };
+    const double squared = normal.NormSquared();
+    if (squared > 0.0 && isLeft(a, b) && isLeft(b, c) && isLeft(c, a)) {
+        return p - normal * ((p - a).DotProduct(normal) / squared);
+    }
+    const detail::SegmentFoot<Point3D> onAB(p, a, b, 0.0);
+    const detail::SegmentFoot<Point3D> onBC(p, b, c, 0.0);
+    const detail::SegmentFoot<Point3D> onCA(p, c, a, 0.0);
+    if (onAB.squaredDistance <= onBC.squaredDistance && onAB.squaredDistance <= onCA.squaredDistance) {
+        return onAB.PointOn(a, b);
+    }
+    return onBC.squaredDistance <= onCA.squaredDistance ? onBC.PointOn(b, c) : onCA.PointOn(c, a);
+}
+
+}  // namespace
+
+MathTypes TinSurfacePatch3D::GetType() const { return MathTypes::TinSurfacePatch3D; }
+
+BoundingBox2D TinSurfacePatch3D::GetBoundingBox2D() const { return triangles.GetBoundingBox2D(); }
+
+BoundingBox3D TinSurfacePatch3D::GetBoundingBox3D() const { return triangles.GetBoundingBox3D(); }
+
+bool TinSurfacePatch3D::IsEqualTo(const IGeometry& other, double tolerance) const {
+    return other.GetType() == MathTypes::TinSurfacePatch3D &&
+           IsEqualTo(static_cast<const TinSurfacePatch3D&>(other), tolerance);
+}
+
+bool TinSurfacePatch3D::IsEqualTo(const TinSurfacePatch3D& other, double tolerance) const {
+    return triangles.IsEqualTo(other.triangles, tolerance);
+}
+
+TinSurfacePatch3D* TinSurfacePatch3D::Clone() const { return new TinSurfacePatch3D(*this); }
+
+bool TinSurfacePatch3D::Build(const Ground& ground, const Tolerances& tolerances) {
+    std::vector<HeightConflict> conflicts;
+    return Build(ground, tolerances, conflicts);
+}
+
+bool TinSurfacePatch3D::Build(const Ground& ground, const Tolerances& tolerances,
+                              std::vector<HeightConflict>& conflicts) {
+    std::vector<HeightConflict> found;
+    SurfaceBuilder builder(ground, tolerances.UserTolerance(), found);
+    IndexedTriangleSet3D set;
+    std::vector<unsigned int> beyond;
+    if (!builder.Triangulate() || !builder.Collect(set, beyond)) return false;
+    Take(std::move(set), std::move(beyond));
+    conflicts = std::move(found);
+    return true;
+}
+
+bool TinSurfacePatch3D::SetTriangles(const IndexedTriangleSet3D& set) {
+    const std::vector<Point3D>& vertices = set.GetVertices();
+    IndexedTriangleSet3D taken(vertices, {});
+    std::vector<unsigned int>& indexes = taken.GetIndexes();
+    indexes.reserve(set.GetIndexes().size());
+    for (std::uint64_t t = 0; t < set.GetTrianglesCount(); ++t) {
+        const unsigned int* const corners = detail::CornersOf(set.GetIndexes(), vertices.size(), t);
+        if (corners == nullptr ||
+            !std::all_of(corners, corners + 3, [&](unsigned int v) { return IsSound(vertices[v]); })) {
+            return false;
+        }
+        const double turn =
+            detail::ExactTurn(InPlan(vertices[corners[0]]), InPlan(vertices[corners[1]]), InPlan(vertices[corners[2]]));
+        if (turn == 0.0) continue;
+        indexes.insert(indexes.end(), {corners[0], corners[turn > 0.0 ? 1 : 2], corners[turn > 0.0 ? 2 : 1]});
+    }
+    if (indexes.empty() || indexes.size() / 3 >= none) return false;
+    std::vector<unsigned int> beyond(indexes.size(), none);
+    bool isFolded = false;
+    detail::ForEachEdge(indexes, vertices.size(), [&](std::span<const std::size_t> edges) {
+        if (edges.size() == 1) return;
+        isFolded = isFolded || edges.size() > 2 || indexes[edges[0]] == indexes[edges[1]];
+        beyond[edges[0]] = static_cast<unsigned int>(edges[1] / 3);
+        beyond[edges[1]] = static_cast<unsigned int>(edges[0] / 3);
+    });
+    if (isFolded) return false;
+    taken.RemoveUnusedVertices();
+    Take(std::move(taken), std::move(beyond));
+    return true;
+}
+
+void TinSurfacePatch3D::Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond) {
+    triangles = std::move(set);
+    triangles.SetCCW(true);
+    neighbors = std::move(beyond);
+    double reach = 0.0;
+    for (const Point3D& p : triangles.GetVertices()) reach = std::max({reach, std::abs(p.GetX()), std::abs(p.GetY())});
+    noise = std::max(detail::numericalZero, 2.0 * std::numeric_limits<double>::epsilon() * reach);
+    locator.Invalidate();
+}
+
+unsigned int TinSurfacePatch3D::GetNeighbor(unsigned int triangle, unsigned int edge) const {
+    return triangle < neighbors.size() / 3 && edge < 3 ? neighbors[3 * std::size_t{triangle} + edge] : none;
+}
+
+double TinSurfacePatch3D::GetPlanArea() const {
+    double sum = 0.0;
+    for (std::size_t t = 0; t < neighbors.size() / 3; ++t) {
+        const auto [a, b, c] = CornersOf(t);
+        sum += detail::DoubledTurn(a, b, c);
+    }
+    return 0.5 * sum;
+}
+
+std::array<Point2D, 3> TinSurfacePatch3D::CornersOf(std::size_t triangle) const {
+    const unsigned int* const corners = triangles.GetIndexes().data() + 3 * triangle;
+    return {triangles.GetVertex(corners[0]).GetPoint2D(), triangles.GetVertex(corners[1]).GetPoint2D(),
+            triangles.GetVertex(corners[2]).GetPoint2D()};
+}
+
+const TinSurfacePatch3D::Locator& TinSurfacePatch3D::GetLocator() const {
+    return locator.Get([this] {
+        Locator made;
+        made.facets.resize(neighbors.size() / 3);
+        for (std::size_t t = 0; t < made.facets.size(); ++t) {
+            for (std::size_t i = 0; i < 3; ++i) {
+                const Point3D& p = triangles.GetVertex(triangles.GetIndexes()[3 * t + i]);
+                made.facets[t].corner[i] = {p.GetX(), p.GetY(), p.GetZ()};
+                made.facets[t].beyond[i] = neighbors[3 * t + i];
+            }
+        }
+        made.grid = detail::TriangleGrid(made.facets.size(), noise, [this](std::size_t t) { return CornersOf(t); });
+        return made;
+    });
+}
+
+// From triangle to triangle, across an edge that parts it from the place. @return false, `triangle` untouched, where
+// that ends at the border or takes too many steps
+bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle) {
+    constexpr unsigned int fewSteps = 32;
+    const detail::PlanePoint p = InPlan(place);
+    unsigned int t = triangle;
+    unsigned int before = none;
+    for (unsigned int step = 0; step < fewSteps; ++step) {
+        const Facet& facet = facets[t];
+        unsigned int next = none;
+        bool isOutside = false;
+        for (unsigned int i = 0; i < 3 && next == none; ++i) {
+            if (facet.beyond[i] == before && before != none) continue;
+            const auto& a = facet.corner[i];
+            const auto& b = facet.corner[AfterInTriangle(i)];
+            if (!(detail::ExactTurn({a[0], a[1]}, {b[0], b[1]}, p) < 0.0)) continue;
+            next = facet.beyond[i];
+            isOutside = true;
+        }
+        if (!isOutside) {
+            triangle = t;
+            return true;
+        }
+        if (next == none) return false;
+        before = t;
+        t = next;
+    }
+    return false;
+}
+
+bool TinSurfacePatch3D::FindTriangle(const Point2D& place, unsigned int& triangle) const {
+    const Locator& made = GetLocator();
+    if (!made.grid.IsNear(place)) return false;
+    unsigned int found = triangle;
+    if (found < made.facets.size() && WalkTo(made.facets, place, found)) {
+        triangle = found;
+        return true;
+    }
+    found = made.grid.GetHint(place);
+    if (WalkTo(made.facets, place, found)) {
+        triangle = found;
+        return true;
+    }
+    const std::span<const std::uint32_t> near = made.grid.At(place);
+    const auto holds = [&](std::uint32_t t) {
+        const auto [a, b, c] = CornersOf(t);
+        const detail::PlanePoint p = InPlan(place);
+        return !(detail::ExactTurn(InPlan(a), InPlan(b), p) < 0.0 || detail::ExactTurn(InPlan(b), InPlan(c), p) < 0.0 ||
+                 detail::ExactTurn(InPlan(c), InPlan(a), p) < 0.0);
+    };
+    const auto touches = [&](std::uint32_t t) {
+        const auto [a, b, c] = CornersOf(t);
+        return std::min({detail::SegmentFoot<Point2D>(place, a, b, 0.0).squaredDistance,
+                         detail::SegmentFoot<Point2D>(place, b, c, 0.0).squaredDistance,
+                         detail::SegmentFoot<Point2D>(place, c, a, 0.0).squaredDistance}) <= noise * noise;
+    };
+    auto holder = std::find_if(near.begin(), near.end(), holds);
+    if (holder == near.end()) holder = std::find_if(near.begin(), near.end(), touches);
+    if (holder == near.end()) return false;
+    triangle = *holder;
+    return true;
+}
+
+bool TinSurfacePatch3D::IsInside(const Point2D& place) const {
+    unsigned int triangle = none;
+    return FindTriangle(place, triangle);
+}
+
+bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z) const {
+    unsigned int triangle = none;
+    return GetHeight(place, z, triangle);
+}
+
+bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z, unsigned int& triangle) const {
+    if (!FindTriangle(place, triangle)) return false;
+    const auto& [a, b, c] = GetLocator().facets[triangle].corner;
+    const double ux = b[0] - a[0];
+    const double uy = b[1] - a[1];
+    const double vx = c[0] - a[0];
+    const double vy = c[1] - a[1];
+    const double px = place.GetX() - a[0];
+    const double py = place.GetY() - a[1];
+    const double height =
+        a[2] + ((px * vy - py * vx) * (b[2] - a[2]) + (ux * py - uy * px) * (c[2] - a[2])) / (ux * vy - uy * vx);
+    // Of a triangle whose width is rounding, the heights of its corners bound it.
+    const double low = std::min({a[2], b[2], c[2]});
+    z = height >= low ? std::min(height, std::max({a[2], b[2], c[2]})) : low;
+    return true;
+}
+
+// Twice the area of the triangle in length, upward.
+Vec3D TinSurfacePatch3D::DoubledNormal(unsigned int triangle) const {
+    Point3D a;
+    Point3D b;
+    Point3D c;
+    return triangles.GetTriangleAt(triangle, a, b, c) ? (b - a).CrossProduct(c - a) : Vec3D();
+}
+
+bool TinSurfacePatch3D::GetNormal(const Point2D& place, Vec3D& normal) const {
+    unsigned int triangle = none;
+    if (!FindTriangle(place, triangle)) return false;
+    const Vec3D doubled = DoubledNormal(triangle);
+    normal = doubled / doubled.Length();
+    return true;
+}
+
+bool TinSurfacePatch3D::GetSlope(const Point2D& place, double& slope, Angle& fall) const {
+    unsigned int triangle = none;
+    if (!FindTriangle(place, triangle)) return false;
+    const Vec3D normal = DoubledNormal(triangle);
+    slope = std::hypot(normal.GetX(), normal.GetY()) / normal.GetZ();
+    fall = slope > 0.0 ? Angle(std::atan2(normal.GetX(), normal.GetY())) : Angle();
+    return true;
+}
+
+bool TinSurfacePatch3D::GetNearestPoint(Point3D& point) const {
+    if (neighbors.empty() || !IsSound(point)) return false;
+    Point3D nearest;
+    double squared = std::numeric_limits<double>::infinity();
+    GetLocator().grid.ForEachAround(
+        point.GetPoint2D(), [&](double away) { return away * away <= squared; },
+        [&](std::uint32_t t) {
+            Point3D a;
+            Point3D b;
+            Point3D c;
+            if (!triangles.GetTriangleAt(t, a, b, c)) return;
+            const Point3D candidate = NearestOnTriangle(point, a, b, c);
+            const double away = (candidate - point).NormSquared();
+            if (!(away < squared)) return;
+            squared = away;
+            nearest = candidate;
+        });
+    if (!std::isfinite(squared)) return false;
+    point = nearest;
+    return true;
+}
+
+bool TinSurfacePatch3D::Drape(const LineString2D& chain, std::vector<LineString3D>& draped) const {
+    const std::vector<Point2D>& points = chain.GetPoints();
+    if (neighbors.empty()) return false;
+    std::vector<std::uint32_t> near;
+    for (std::size_t i = 0; i + 1 < points.size(); ++i) {
+        GetLocator().grid.ForEachNear(std::array{points[i], points[i + 1]},
+                                      [&near](std::uint32_t t) { near.push_back(t); });
+    }
+    std::sort(near.begin(), near.end());
+    near.erase(std::unique(near.begin(), near.end()), near.end());
+    std::vector<unsigned int> indexes;
+    indexes.reserve(3 * near.size());
+    for (const std::uint32_t t : near) {
+        const auto corners = triangles.GetIndexes().begin() + 3 * static_cast<std::ptrdiff_t>(t);
+        indexes.insert(indexes.end(), corners, corners + 3);
+    }
+    std::vector<unsigned int> names = indexes;
+    std::sort(names.begin(), names.end());
+    names.erase(std::unique(names.begin(), names.end()), names.end());
+    std::vector<Point3D> vertices;
+    vertices.reserve(names.size());
+    for (const unsigned int name : names) vertices.push_back(triangles.GetVertex(name));
+    for (unsigned int& index : indexes) {
+        index = static_cast<unsigned int>(std::lower_bound(names.begin(), names.end(), index) - names.begin());
+    }
+    const std::size_t before = draped.size();
+    detail::AppendSection(vertices, indexes, points, draped);
+    return draped.size() > before;
+}
+
+template <>
+bool Geometry::AreEqual(const TinSurfacePatch3D& a, const TinSurfacePatch3D& b, double tolerance) {
+    return a.IsEqualTo(b, tolerance);
+}
+
+}  // namespace Kalvio::Math

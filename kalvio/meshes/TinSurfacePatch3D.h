@@ -1,0 +1,145 @@
+#pragma once
+
+#include "kalvio/core/IGeometry.h"
+#include "kalvio/core/Point3D.h"
+#include "kalvio/core/detail/Lazy.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/detail/TriangleGrid.h"
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+namespace Kalvio::Math {
+
+class Angle;
+class LineString2D;
+class LineString3D;
+class Tolerances;
+
+/// A triangulated surface with one height at each place: terrain, or a design surface. Built from points, breaklines
+/// and borders, or from triangles; asked for heights, slopes, sections and the nearest point.
+///
+/// It never changes but as a whole, and all questions are safe to ask from several threads. The first one prepares the
+/// search for places: about 150 bytes per triangle.
+///
+///     TinSurfacePatch3D::Ground ground;
+///     ground.points = {{0.0, 0.0, 10.0}, {40.0, 0.0, 12.0}, {0.0, 40.0, 14.0}, {40.0, 40.0, 11.0}};
+///     ground.breaklines.push_back({{0.0, 0.0, 10.0}, {40.0, 40.0, 11.0}});
+///     TinSurfacePatch3D surface;
+///     double z = 0.0;
+///     if (surface.Build(ground, Tolerances::Standard())) surface.GetHeight({20.0, 20.0}, z);   // 10.5
+class KALVIO_MATH_API TinSurfacePatch3D final : public IGeometry {
+public:
+    static constexpr unsigned int noTriangle = (std::numeric_limits<unsigned int>::max)();
+
+    /// What a surface is built from. All vertices count as points.
+    struct Ground {
+        std::vector<Point3D> points;
+        /// Chains whose segments become edges.
+        std::vector<LineString3D> breaklines;
+        /// Rings, which need not be closed: the surface lies inside an odd number of borders, or without any inside the
+        /// hull of all points, and inside an even number of holes. Their segments become edges.
+        std::vector<LineString3D> borders;
+        std::vector<LineString3D> holes;
+        /// Triangles at the rim are cut off from outside for as long as their outer edge is longer in plan than this
+        /// and no segment of a chain; 0 cuts nothing.
+        double longestRimEdge = 0.0;
+    };
+
+    /// A place where two heights were given.
+    struct HeightConflict {
+        Point3D kept;  // the place, and the height that the surface has there
+        double other;  // the height that it has not
+    };
+
+    TinSurfacePatch3D() = default;
+
+    MathTypes GetType() const override;
+    /// Extent of the vertices; the point box at the origin when there are none.
+    BoundingBox2D GetBoundingBox2D() const override;
+    BoundingBox3D GetBoundingBox3D() const override;
+    unsigned int GetDimension() const override { return 3; }
+    unsigned int GetTopologicalDimension() const override { return 2; }
+    /// Comparable with a `TinSurfacePatch3D` whose triangles are equal.
+    bool IsEqualTo(const IGeometry& other, double tolerance) const override;
+    bool IsEqualTo(const TinSurfacePatch3D& other, double tolerance) const;
+    [[nodiscard]] TinSurfacePatch3D* Clone() const override;
+
+    /// Replaces the surface by the constrained Delaunay triangulation in plan, n log n. Turns and circles are decided
+    /// exactly. Where edges are on one circle, as in a grid, one of the triangulations is taken, always the same.
+    ///
+    /// Of points that the user tolerance parts in plan or less, one becomes a vertex, with the height of the first: the
+    /// order is points, breaklines, borders, holes. A vertex this near to a segment divides it and keeps its height.
+    /// Where segments cross there is a new vertex, with the height of the one that comes first. Heights there that
+    /// differ by more than the user tolerance are told.
+    /// @param conflicts  replaced by the places with two heights
+    /// @return false, everything untouched, when all points lie on one line in plan, nothing is left inside, and for
+    ///         coordinates that are not finite or above 1e100; with a tolerance of about the rounding of the
+    ///         coordinates or less, also for segments that cross too close to each other
+    [[nodiscard]] bool Build(const Ground& ground, const Tolerances& tolerances,
+                             std::vector<HeightConflict>& conflicts);
+    [[nodiscard]] bool Build(const Ground& ground, const Tolerances& tolerances);
+    /// Replaces the surface by triangles, which are turned counter-clockwise in plan and keep their order. Those that
+    /// are a line in plan are left out, as are vertices that no triangle names: walls have no height.
+    /// @return false, everything untouched, when there is no triangle, one names a vertex that does not exist, two lie
+    ///         on the same side of a shared edge, and for coordinates that are not finite or above 1e100. Whether
+    ///         triangles overlap that share no edge is not looked at: at such a place the surface is one of them.
+    [[nodiscard]] bool SetTriangles(const IndexedTriangleSet3D& set);
+
+    /// Counter-clockwise in plan.
+    const IndexedTriangleSet3D& GetTriangles() const { return triangles; }
+    std::uint64_t GetTrianglesCount() const { return triangles.GetTrianglesCount(); }
+    /// The triangle beyond the edge from corner `edge` (0, 1, 2) of a triangle to the next one; `noTriangle` at the
+    /// border and where there is no such edge.
+    unsigned int GetNeighbor(unsigned int triangle, unsigned int edge) const;
+    double GetPlanArea() const;
+
+    /// A triangle at a place, its border included, within the rounding of coordinates.
+    /// @param triangle  where the search starts, any number; it takes some steps from a triangle near the place, and
+    ///                  about ten times as long from elsewhere. Receives the triangle
+    /// @return false, `triangle` untouched, for a place outside
+    bool FindTriangle(const Point2D& place, unsigned int& triangle) const;
+    bool IsInside(const Point2D& place) const;
+    /// The height at a place. @return false, `z` untouched, outside
+    bool GetHeight(const Point2D& place, double& z) const;
+    /// The same from triangle to triangle, as `FindTriangle`: for places that follow each other.
+    bool GetHeight(const Point2D& place, double& z, unsigned int& triangle) const;
+    /// The unit normal of the triangle at a place, upward. @return false, `normal` untouched, outside
+    bool GetNormal(const Point2D& place, Vec3D& normal) const;
+    /// Rise over run of the triangle at a place, and the bearing in which it falls, clockwise from +Y; 0 where it is
+    /// level. @return false, nothing written, outside
+    bool GetSlope(const Point2D& place, double& slope, Angle& fall) const;
+    /// Moves a point to the nearest one of the surface in space. The cost grows with the number of triangles within
+    /// that distance in plan. @return false, `point` untouched, when there is no surface or the point is not finite
+    bool GetNearestPoint(Point3D& point) const;
+    /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.
+    /// What `IndexedTriangleSet3D::GetSections` answers, from the triangles near the chain alone: about the root of
+    /// their number. @return whether there are any
+    bool Drape(const LineString2D& chain, std::vector<LineString3D>& draped) const;
+
+private:
+    // What the search for places reads, side by side: corners, and the triangles beyond the edges from them.
+    struct Facet {
+        std::array<std::array<double, 3>, 3> corner;
+        std::array<unsigned int, 3> beyond;
+    };
+    struct Locator {
+        std::vector<Facet> facets;
+        detail::TriangleGrid grid;
+    };
+
+    std::array<Point2D, 3> CornersOf(std::size_t triangle) const;
+    const Locator& GetLocator() const;
+    static bool WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle);
+    Vec3D DoubledNormal(unsigned int triangle) const;
+    void Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond);
+
+    IndexedTriangleSet3D triangles;
+    std::vector<unsigned int> neighbors;  // per edge, as the indexes
+    double noise = 0.0;                   // rounding of the coordinates
+    detail::Lazy<Locator> locator;
+};
+
+}  // namespace Kalvio::Math

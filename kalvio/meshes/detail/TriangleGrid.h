@@ -1,0 +1,188 @@
+#pragma once
+
+#include "kalvio/core/Point2D.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace Kalvio::Math::detail {
+
+/// Square cells over the plan of triangles; each knows the triangles that come near it, in order.
+class TriangleGrid {
+public:
+    TriangleGrid() = default;
+    /// @param triangles  as many times
+    /// @param cornersOf  std::array<Point2D, 3>(triangle): finite
+    /// @param noise      a length: triangles this near to a cell belong to it
+    template <class CornersOf>
+    TriangleGrid(std::size_t triangles, double noise, CornersOf&& cornersOf) : margin(noise) {
+        if (triangles == 0) return;
+        low = high = cornersOf(0)[0];
+        for (std::size_t t = 0; t < triangles; ++t) {
+            for (const Point2D& p : cornersOf(t)) {
+                low = {(std::min)(low.GetX(), p.GetX()), (std::min)(low.GetY(), p.GetY())};
+                high = {(std::max)(high.GetX(), p.GetX()), (std::max)(high.GetY(), p.GetY())};
+            }
+        }
+        const double width = high.GetX() - low.GetX() + 2.0 * margin;
+        const double height = high.GetY() - low.GetY() + 2.0 * margin;
+        // About a cell for two triangles, no more than that in a row; fewer where triangles are so long that they fill
+        // too many.
+        const auto count = 0.5 * static_cast<double>(triangles);
+        side = (std::max)({std::sqrt(width / count * height), width / count, height / count});
+        constexpr std::size_t most = 16;  // entries per triangle
+        for (;; side *= 2.0) {
+            columns = static_cast<std::size_t>(width / side) + 1;
+            rows = static_cast<std::size_t>(height / side) + 1;
+            starts.assign(columns * rows + 1, 0);
+            std::size_t entries = 0;
+            for (std::size_t t = 0; t < triangles && entries <= most * triangles; ++t) {
+                ForEachCellOf(cornersOf(t), [&](std::size_t cell) {
+                    ++starts[cell];
+                    ++entries;
+                });
+            }
+            if (entries <= most * triangles || starts.size() == 2) break;
+        }
+        std::uint64_t sum = 0;
+        for (std::uint64_t& start : starts) sum += start, start = sum;
+        items.resize(sum);
+        for (std::size_t t = triangles; t-- > 0;) {
+            ForEachCellOf(cornersOf(t),
+                          [&](std::size_t cell) { items[--starts[cell]] = static_cast<std::uint32_t>(t); });
+        }
+        hints.assign(4 * columns * rows, items.front());
+        std::vector<bool> isSet(hints.size(), false);
+        for (std::size_t t = 0; t < triangles; ++t) {
+            const std::array<Point2D, 3> corners = cornersOf(t);
+            const std::size_t quarter = QuarterOf({(corners[0].GetX() + corners[1].GetX() + corners[2].GetX()) / 3.0,
+                                                   (corners[0].GetY() + corners[1].GetY() + corners[2].GetY()) / 3.0});
+            hints[quarter] = static_cast<std::uint32_t>(t);
+            isSet[quarter] = true;
+        }
+        for (std::size_t i = 1; i < hints.size(); ++i) {
+            if (!isSet[i]) hints[i] = hints[i - 1];
+        }
+    }
+
+    /// Whether a position is so near that a triangle may hold it.
+    bool IsNear(const Point2D& p) const {
+        return p.GetX() >= low.GetX() - margin && p.GetX() <= high.GetX() + margin && p.GetY() >= low.GetY() - margin &&
+               p.GetY() <= high.GetY() + margin && !items.empty();
+    }
+    /// A triangle not far from such a position, mostly.
+    std::uint32_t GetHint(const Point2D& p) const { return hints[QuarterOf(p)]; }
+
+    /// The triangles near such a position; all that hold it are among them.
+    std::span<const std::uint32_t> At(const Point2D& p) const {
+        return InCell(RowOf(p.GetY()) * columns + ColumnOf(p.GetX()));
+    }
+
+    /// Calls visit(triangle) for the triangles near the cells that a segment or a triangle passes, some more than once.
+    template <std::size_t N, class Visit>
+    void ForEachNear(const std::array<Point2D, N>& corners, Visit&& visit) const {
+        if (items.empty()) return;
+        ForEachCellOf(corners, [&](std::size_t cell) {
+            for (const std::uint32_t triangle : InCell(cell)) visit(triangle);
+        });
+    }
+
+    /// Calls visit(triangle) cell by cell in rings around a position, some more than once, for as long as isNear(d)
+    /// holds for the distance d at least that a ring has from it.
+    template <class IsNear, class Visit>
+    void ForEachAround(const Point2D& p, IsNear&& isNear, Visit&& visit) const {
+        if (items.empty()) return;
+        const auto column = static_cast<std::int64_t>(ColumnOf(p.GetX()));
+        const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
+        const auto most = static_cast<std::int64_t>((std::max)(columns, rows));
+        const double outside =
+            std::hypot((std::max)({low.GetX() - margin - p.GetX(), p.GetX() - high.GetX() - margin, 0.0}),
+                       (std::max)({low.GetY() - margin - p.GetY(), p.GetY() - high.GetY() - margin, 0.0}));
+        for (std::int64_t ring = 0; ring < most; ++ring) {
+            if (!isNear((std::max)(outside, static_cast<double>(ring - 1) * side))) return;
+            for (std::int64_t r = (std::max<std::int64_t>)(row - ring, 0);
+                 r <= (std::min)(row + ring, static_cast<std::int64_t>(rows) - 1); ++r) {
+                const bool isWhole = r == row - ring || r == row + ring;
+                for (std::int64_t c = column - ring; c <= column + ring; c += isWhole || ring == 0 ? 1 : 2 * ring) {
+                    if (c < 0 || c >= static_cast<std::int64_t>(columns)) continue;
+                    for (const std::uint32_t t :
+                         InCell(static_cast<std::size_t>(r) * columns + static_cast<std::size_t>(c))) {
+                        visit(t);
+                    }
+                }
+            }
+        }
+    }
+
+private:
+    std::span<const std::uint32_t> InCell(std::size_t cell) const {
+        return {items.data() + starts[cell], items.data() + starts[cell + 1]};
+    }
+    static std::size_t Clamped(double value, std::size_t count) {
+        return value > 0.0 ? (std::min)(static_cast<std::size_t>((std::min)(value, 4e9)), count - 1) : 0;
+    }
+    std::size_t ColumnOf(double x) const { return Clamped((x - low.GetX() + margin) / side, columns); }
+    std::size_t RowOf(double y) const { return Clamped((y - low.GetY() + margin) / side, rows); }
+
+    // Each cell has four, in rows of their own.
+    std::size_t QuarterOf(const Point2D& p) const {
+        const double x = (p.GetX() - low.GetX() + margin) / side;
+        const double y = (p.GetY() - low.GetY() + margin) / side;
+        return Clamped(2.0 * y, 2 * rows) * 2 * columns + Clamped(2.0 * x, 2 * columns);
+    }
+
+    // The cells that a convex shape comes near, row by row: in each those between the ends of its part there.
+    template <std::size_t N, class Visit>
+    void ForEachCellOf(const std::array<Point2D, N>& corners, Visit&& visit) const {
+        double bottom = corners[0].GetY();
+        double top = bottom;
+        for (const Point2D& p : corners) {
+            bottom = (std::min)(bottom, p.GetY());
+            top = (std::max)(top, p.GetY());
+        }
+        const std::size_t last = RowOf(top + margin);
+        for (std::size_t row = RowOf(bottom - margin); row <= last; ++row) {
+            const double from = low.GetY() - margin + static_cast<double>(row) * side - 2.0 * margin;
+            const double to = from + side + 4.0 * margin;
+            double left = std::numeric_limits<double>::infinity();
+            double right = -left;
+            const auto add = [&](double x) {
+                left = (std::min)(left, x);
+                right = (std::max)(right, x);
+            };
+            for (std::size_t i = 0; i < N; ++i) {
+                const Point2D& p = corners[i];
+                const Point2D& q = corners[i + 1 < N ? i + 1 : 0];
+                if (p.GetY() >= from && p.GetY() <= to) add(p.GetX());
+                for (const double y : {from, to}) {
+                    if ((p.GetY() < y) != (q.GetY() < y)) {
+                        add(p.GetX() + (q.GetX() - p.GetX()) * ((y - p.GetY()) / (q.GetY() - p.GetY())));
+                    }
+                }
+            }
+            if (!(left <= right)) continue;
+            const std::size_t end = ColumnOf(right + 2.0 * margin);
+            for (std::size_t column = ColumnOf(left - 2.0 * margin); column <= end; ++column) {
+                visit(row * columns + column);
+            }
+        }
+    }
+
+    Point2D low;
+    Point2D high;
+    double margin = 0.0;
+    double side = 1.0;  // of a cell
+    std::size_t columns = 1;
+    std::size_t rows = 1;
+    std::vector<std::uint64_t> starts;  // per cell, into the items
+    std::vector<std::uint32_t> items;
+    std::vector<std::uint32_t> hints;  // per quarter of a cell
+};
+
+}  // namespace Kalvio::Math::detail

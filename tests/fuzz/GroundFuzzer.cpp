@@ -1,0 +1,49 @@
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/meshes/TinSurfacePatch3D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+
+#include "fuzz/Bytes.h"
+
+using namespace Kalvio::Math;
+
+void Kalvio::Math::Fuzz(Bytes& bytes) {
+    const bool tame = bytes.Tame();
+    TinSurfacePatch3D::Ground ground;
+    const double tolerance = bytes.TakeCount(2) == 0 ? 1e-4 : 1e-2;
+    ground.points = bytes.TakePoints3D(bytes.TakeCount(12));
+    for (auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
+        for (unsigned int count = bytes.TakeCount(3); count > 0; --count) {
+            chains->emplace_back(bytes.TakePoints3D(bytes.TakeCount(8)));
+        }
+    }
+    if (bytes.TakeCount(2) == 0) ground.longestRimEdge = bytes.TakeDouble();
+    const std::vector<Point2D> places = bytes.TakePoints();
+    TinSurfacePatch3D surface;
+    std::vector<TinSurfacePatch3D::HeightConflict> conflicts;
+    const bool isBuilt = surface.Build(ground, Tolerances(tolerance), conflicts);
+    Require(isBuilt == (surface.GetTrianglesCount() > 0));
+    const bool hasChains = !ground.breaklines.empty() || !ground.borders.empty() || !ground.holes.empty();
+    if (tame && isBuilt && !hasChains && ground.longestRimEdge == 0.0) {
+        TinSurfacePatch3D again;
+        Require(again.SetTriangles(surface.GetTriangles()) && again.IsEqualTo(surface, 1e-9));
+    }
+    unsigned int triangle = 0;
+    for (const Point2D& place : places) {
+        double z = 0.0;
+        double hinted = 0.0;
+        const bool isInside = surface.GetHeight(place, z);
+        Require(isInside == surface.GetHeight(place, hinted, triangle));
+        if (!isInside) continue;
+        if (tame) Require(std::abs(z) <= 2048.0 && std::abs(hinted - z) <= 1e-3 * (1.0 + std::abs(z)));
+        Vec3D normal;
+        double slope = 0.0;
+        Angle fall;
+        Require(surface.GetNormal(place, normal) && surface.GetSlope(place, slope, fall));
+        Point3D nearest(place, z + 1.0);
+        if (tame) Require(surface.GetNearestPoint(nearest) && nearest.Distance(Point3D(place, z)) <= 2.0 + 1e-6);
+    }
+    std::vector<LineString3D> draped;
+    (void)surface.Drape(places, draped);
+}
