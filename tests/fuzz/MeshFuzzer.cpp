@@ -40,7 +40,7 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
         Require(!(set.RemoveUnusedVertices() > 0 && isDone));
     }
     std::vector<IndexedTriangleSet3D> surfaces;
-    set.SplitIntoUnconnectedSurfaces(surfaces);
+    (void)set.SplitIntoUnconnectedSurfaces(surfaces);
     std::uint64_t triangles = 0;
     for (const IndexedTriangleSet3D& surface : surfaces) triangles += surface.GetTrianglesCount();
     Require(triangles <= set.GetTrianglesCount());
@@ -94,7 +94,7 @@ void CheckPlan(const IndexedTriangleSet3D& set, bool tame) {
     (void)faces.IsEqualTo(std::as_const(faces).Translate(Vec3D(1, 2, 3)), 1.0);
     Require(flatFaces.GetBoundingBox().GetMinPoint() == faces.GetBoundingBox2D().GetMinPoint() || !tame);
     std::vector<Polygon2D> areas;
-    plan.GetBoundaries(areas, true);
+    (void)plan.GetBoundaries(areas, true);
     (void)plan.CollapsePoints(0.125);
     Require(!plan.CollapsePoints(0.125));
 }

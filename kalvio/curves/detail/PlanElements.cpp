@@ -293,8 +293,8 @@ bool FindNearestOnElement(const IPolyline2DElement& element, const Point2D& poin
                           ElementPoint& nearest) {
     if (AsPlanElement(element) != nullptr) return WithClass(element, NearestOn{point, tolerances, nearest});
     nearest = {element.GetNearestPoint(point, tolerances), Vec2D(), 0.0};
-    element.GetLengthFromStartPoint(nearest.point, nearest.station, tolerances.UserTolerance());
-    element.ComputeTangent(nearest.point, nearest.tangent, tolerances);
+    (void)element.GetLengthFromStartPoint(nearest.point, nearest.station, tolerances.UserTolerance());
+    (void)element.ComputeTangent(nearest.point, nearest.tangent, tolerances);
     return true;
 }
 
