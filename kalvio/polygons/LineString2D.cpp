@@ -195,15 +195,15 @@ Point2D& LineString2D::GetEnd() {
 }
 
 bool LineString2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
-    return detail::LengthFromStart(points, point, length, tolerance);
+    return search.LengthFromStart(points, point, length, tolerance);
 }
 
 bool LineString2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
-    return detail::LengthFromEnd(points, point, length, tolerance);
+    return search.LengthFromEnd(points, point, length, tolerance);
 }
 
 bool LineString2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
-    return detail::TangentAt(points, point, tolerances.UserTolerance(), tangent);
+    return search.TangentAt(points, point, tolerances.UserTolerance(), tangent);
 }
 
 const Point2D LineString2D::GetMiddlePoint() const {
@@ -221,7 +221,7 @@ unsigned int LineString2D::GetNrOfElements() const { return static_cast<unsigned
 
 void LineString2D::GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                            const Tolerances& tolerances) const {
-    detail::LengthsAlong(points, point, tolerances.UserTolerance(), lengths);
+    search.LengthsAlong(points, point, tolerances.UserTolerance(), lengths);
 }
 
 bool LineString2D::FindShortElements(std::vector<std::uint64_t>& indexes, double minLength) const {
@@ -297,7 +297,7 @@ bool LineString2D::GetPointOffsetFromStart(double length, Point2D& point) const 
 
 bool LineString2D::GetClosestSegment(const Point2D& point, unsigned int& index) const {
     detail::ChainFoot<Point2D> foot;
-    if (points.size() < 2 || !detail::FindNearest(points, point, detail::numericalZero, foot)) return false;
+    if (points.size() < 2 || !search.FindNearest(points, point, detail::numericalZero, foot)) return false;
     index = static_cast<unsigned int>(foot.segment);
     return true;
 }
@@ -394,7 +394,8 @@ bool LineString2D::Extend(const LineString2D& target, bool atEnd, double toleran
         if (nearest != crossings.end() && end.Distance(*nearest) <= maxDistance) return add(*nearest);
     }
     detail::ChainFoot<Point2D> foot;
-    if (!detail::FindNearest(target.points, end, tolerance, foot) || !(foot.distance <= maxDistance)) return false;
+    if (!target.search.FindNearest(target.points, end, tolerance, foot) || !(foot.distance <= maxDistance))
+        return false;
     const Vec2D before = endSegment.GetEnd() - endSegment.GetStart();
     const Vec2D after = foot.point - end;
     // A target that the end touches already lies in no direction.

@@ -5,6 +5,7 @@
 #include "kalvio/core/WindingValue.h"
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/detail/SegmentSearch.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -21,9 +22,10 @@ class Polygon3D;
 /// Area in plan: an outer ring of points and the rings of its holes.
 ///
 /// A ring may repeat its first point at the end or not; either way the edge from the last point to the first belongs to
-/// it. Rings run in either direction. Nothing is checked on the way in: `Validate` does. The extent is kept once built
-/// and dropped by every edit. The non-const accessors of points count as edits: a reference they return is valid for
-/// writing until the next query.
+/// it. Rings run in either direction. Nothing is checked on the way in: `Validate` does. The extent, and from the
+/// fourth question for the nearest place of a border on what `LineString2D` tells, are kept once built and dropped by
+/// every edit. The non-const accessors of points count as edits: a reference they return is valid for writing until the
+/// next query.
 class KALVIO_MATH_API Polygon2D final : public IGeometry {
 public:
     /// Where something lies seen from the polygon.
@@ -183,13 +185,19 @@ public:
     [[nodiscard]] Polygon2D Translate(const Vec2D& v) const;
 
 private:
+    friend struct detail::SearchAccess;
+
     LineString2D ClosedRing() const;
-    void Changed() noexcept { boundingBox.Invalidate(); }
+    void Changed() noexcept {
+        boundingBox.Invalidate();
+        search.Invalidate();
+    }
     BoundingBox2D ComputeBoundingBox() const;
 
     std::vector<Point2D> points;
     std::vector<LineString2D> holes;
     detail::Lazy<BoundingBox2D> boundingBox;
+    detail::SegmentSearch search;  // of the outer ring
 };
 
 }  // namespace Kalvio::Math

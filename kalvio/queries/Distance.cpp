@@ -39,10 +39,18 @@ Point2D InPlane(const Point3D& point, ProjectionPlane plane) {
 }
 
 template <class PointType>
-double DistanceToChain(const std::vector<PointType>& points, const PointType& point, double tolerance,
-                       bool withClosing = false) {
+double DistanceToPoints(const std::vector<PointType>& points, const PointType& point, double tolerance) {
     detail::ChainFoot<PointType> foot;
-    return detail::FindNearest(points, point, tolerance, foot, withClosing) ? foot.distance : detail::largestDouble;
+    return detail::FindNearest(points, point, tolerance, foot) ? foot.distance : detail::largestDouble;
+}
+
+// To a line string or to the outer ring of a polygon.
+template <class Chain>
+double DistanceToChain(const Chain& chain, const Point2D& point, double tolerance, bool withClosing = false) {
+    detail::ChainFoot<Point2D> foot;
+    const detail::SegmentSearch& search = detail::SearchAccess::Of(chain);
+    const bool isFound = search.FindNearest(chain.GetPoints(), point, tolerance, foot, withClosing);
+    return isFound ? foot.distance : detail::largestDouble;
 }
 
 template <class Curve>
@@ -51,13 +59,14 @@ double DistanceToCurve(const Point2D& point, const Curve& curve) {
 }
 
 bool IsOutside(const Point2D& point, const Polygon2D& polygon) {
-    return detail::FindRingSide(polygon.GetPoints(), point, detail::numericalZero) == detail::RingSide::Outside;
+    const detail::SegmentSearch& search = detail::SearchAccess::Of(polygon);
+    return search.FindRingSide(polygon.GetPoints(), point, detail::numericalZero) == detail::RingSide::Outside;
 }
 
 // The smallest distance from a vertex of one ring to the other, or `best` where that is smaller.
 double NearestVertex(const std::vector<Point2D>& vertices, const std::vector<Point2D>& ring, double best) {
     if (ring.size() < 2) {
-        for (const Point2D& vertex : vertices) best = std::min(best, DistanceToChain(ring, vertex, 0.0));
+        for (const Point2D& vertex : vertices) best = std::min(best, DistanceToPoints(ring, vertex, 0.0));
         return best;
     }
     const detail::SegmentBoxes boxes(ring, detail::SegmentBoxes::Closing::Ring);
@@ -204,15 +213,15 @@ double Distance::PointToLineSegment(const Line3D& line, const Point3D& point, do
 }
 
 double Distance::PointToLineString(const LineString2D& lineString, const Point2D& point, double tolerance) {
-    return DistanceToChain(lineString.GetPoints(), point, tolerance);
+    return DistanceToChain(lineString, point, tolerance);
 }
 
 double Distance::PointToLineString(const LineString3D& lineString, const Point3D& point, double tolerance) {
-    return DistanceToChain(lineString.GetPoints(), point, tolerance);
+    return DistanceToPoints(lineString.GetPoints(), point, tolerance);
 }
 
 double Distance::PointToPolygon(const Point2D& point, const Polygon2D& polygon) {
-    const double distance = DistanceToChain(polygon.GetPoints(), point, detail::numericalZero, true);
+    const double distance = DistanceToChain(polygon, point, detail::numericalZero, true);
     return IsOutside(point, polygon) ? distance : 0.0 - distance;
 }
 

@@ -31,23 +31,20 @@ PointType NearestOnSegment(const PointType& point, const Line& line) {
     return foot.PointOn(line.GetStart(), line.GetEnd());
 }
 
-template <class PointType>
-bool FindNearest(const PointType& point, const std::vector<PointType>& points, detail::ChainFoot<PointType>& foot,
-                 bool withClosing = false) {
-    return detail::FindNearest(points, point, 0.0, foot, withClosing);
+bool FindNearest(const Point3D& point, const std::vector<Point3D>& points, detail::ChainFoot<Point3D>& foot) {
+    return detail::FindNearest(points, point, 0.0, foot);
 }
 
-template <class PointType>
-PointType NearestOnChain(const PointType& point, const std::vector<PointType>& points, bool withClosing = false) {
-    detail::ChainFoot<PointType> foot;
-    FindNearest(point, points, foot, withClosing);
-    return foot.point;
+// On a line string or on the outer ring of a polygon.
+template <class Chain>
+bool FindNearest(const Point2D& point, const Chain& chain, detail::ChainFoot<Point2D>& foot, bool withClosing = false) {
+    return detail::SearchAccess::Of(chain).FindNearest(chain.GetPoints(), point, 0.0, foot, withClosing);
 }
 
-double StationOf(const std::vector<Point2D>& points, const detail::ChainFoot<Point2D>& foot) {
-    double station = 0.0;
-    for (std::size_t i = 0; i < foot.segment; ++i) station += points[i].Distance(points[i + 1]);
-    return station + points[foot.segment].Distance(foot.point);
+double StationOf(const LineString2D& lineString, const detail::ChainFoot<Point2D>& foot) {
+    const std::vector<Point2D>& points = lineString.GetPoints();
+    return detail::SearchAccess::Of(lineString).LengthTo(points, foot.segment) +
+           points[foot.segment].Distance(foot.point);
 }
 
 // The nearest points of the segments of chains, gathered into the ordered set that goes to the caller.
@@ -142,25 +139,29 @@ Point3D Projection::NearestPointOnLineSegment(const Point3D& point, const Line3D
 }
 
 Point2D Projection::NearestPoint(const Point2D& point, const LineString2D& lineString, double /*tolerance*/) {
-    return NearestOnChain(point, lineString.GetPoints());
+    detail::ChainFoot<Point2D> foot;
+    FindNearest(point, lineString, foot);
+    return foot.point;
 }
 
 Point3D Projection::NearestPoint(const Point3D& point, const LineString3D& lineString, double /*tolerance*/) {
-    return NearestOnChain(point, lineString.GetPoints());
+    detail::ChainFoot<Point3D> foot;
+    FindNearest(point, lineString.GetPoints(), foot);
+    return foot.point;
 }
 
 Polyline2D::PolylinePoint Projection::NearestPointOnLineString(const Point2D& point, const LineString2D& lineString,
                                                                double /*tolerance*/) {
     const std::vector<Point2D>& points = lineString.GetPoints();
     detail::ChainFoot<Point2D> foot;
-    if (!FindNearest(point, points, foot)) return {};
+    if (!FindNearest(point, lineString, foot)) return {};
     Polyline2D::PolylinePoint nearest;
     nearest.point = foot.point;
     nearest.elementIndex = static_cast<std::uint32_t>(foot.segment);
     nearest.distance = foot.distance;
     if (points.size() < 2) return nearest;
     nearest.tangent = detail::UnitDirection(points[foot.segment + 1] - points[foot.segment]);
-    nearest.station = StationOf(points, foot);
+    nearest.station = StationOf(lineString, foot);
     return nearest;
 }
 
@@ -175,10 +176,10 @@ int Projection::NormalPointOnLineString(const Point2D& point, const LineString2D
                                         double& station, double /*tolerance*/) {
     const std::vector<Point2D>& points = lineString.GetPoints();
     detail::ChainFoot<Point2D> nearest;
-    if (points.size() < 2 || !FindNearest(point, points, nearest)) return 0;
+    if (points.size() < 2 || !FindNearest(point, lineString, nearest)) return 0;
     double length = 0.0;
     if (!lineString.GetLengthFromStartPoint(nearest.point, length, detail::looseStationTolerance)) {
-        length = StationOf(points, nearest);
+        length = StationOf(lineString, nearest);
     }
     foot = nearest.point;
     station = length;
@@ -203,21 +204,23 @@ std::uint64_t Projection::NearestPointsOnPolygon(const Point2D& point, const Pol
 }
 
 Point2D Projection::NearestPointOnPolygon(const Point2D& point, const Polygon2D& polygon, double /*tolerance*/) {
-    return NearestOnChain(point, polygon.GetPoints(), true);
+    detail::ChainFoot<Point2D> foot;
+    FindNearest(point, polygon, foot, true);
+    return foot.point;
 }
 
 Point2D Projection::NearestPointOnPolygonWithHoles(const Point2D& point, const Polygon2D& polygon,
                                                    double /*tolerance*/) {
     Point2D nearest;
     double best = std::numeric_limits<double>::infinity();
-    const auto tryRing = [&](const std::vector<Point2D>& ring) {
+    const auto tryRing = [&](const auto& ring) {
         detail::ChainFoot<Point2D> foot;
         if (!FindNearest(point, ring, foot, true) || !(foot.distance < best)) return;
         nearest = foot.point;
         best = foot.distance;
     };
-    tryRing(polygon.GetPoints());
-    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) tryRing(polygon.GetHoleBoundary(i).GetPoints());
+    tryRing(polygon);
+    for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) tryRing(polygon.GetHoleBoundary(i));
     return nearest;
 }
 

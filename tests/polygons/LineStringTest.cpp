@@ -2,6 +2,7 @@
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Projection.h"
@@ -174,6 +175,56 @@ TEST(LineStringTest, ClosestSegmentIsTheFirstOfTheNearestByTheDistanceToEachSegm
         EXPECT_TRUE(index == expected && spatialIndex == expected && projected.elementIndex == expected) << round;
         EXPECT_NEAR(projected.distance, nearest, 1e-12);
         EXPECT_NEAR(projected.point.Distance(p), nearest, 2e-9);
+    }
+}
+
+TEST(LineStringTest, AnswersFromTheFourthQuestionOnAreThoseOfAScanToTheLastBit) {
+    RandomNumbers random(20266);
+    const auto pick = [&random](std::size_t size) {
+        return std::uniform_int_distribution<std::size_t>(0, size - 1)(random);
+    };
+    for (int round = 0; round < 300; ++round) {
+        const double far = round % 5 == 4 ? 1e9 : 3.0;  // feet on long segments are rounded by more than the tolerance
+        std::vector<Point2D> points{surveyOrigins[round % 2]};
+        for (int i = 0; i < (round % 7 == 0 ? 3 : 90); ++i) {
+            const Vec2D step(random(-far, far), random(-far, far));
+            const Point2D rows[] = {points.back() + step, points[0] + step, points[pick(points.size())],
+                                    points[0] + Vec2D(std::round(step.GetX()), std::round(step.GetY()))};
+            points.push_back(rows[round % 3 == 0 ? 0 : pick(4)]);
+        }
+        if (round % 11 == 0) points[1 + pick(points.size() - 1)] = Point2D(round % 2 ? kNan : kInfinity, 1e308);
+        LineString2D string(points);
+        const auto answers = [](const LineString2D& asked, const Polygon2D& polygon, const Point2D& p) {
+            unsigned int segment = 77;
+            double station = 0.0;
+            Vec2D tangent;
+            Values all;
+            asked.GetLengthsAlongGeometry(p, all, kTolerances);
+            all.push_back(asked.GetClosestSegment(p, segment) ? segment : -1.0);
+            for (const bool isStart : {true, false}) {
+                isStart ? asked.GetLengthFromStartPoint(p, station, 1e-4)
+                        : asked.GetLengthFromEndPoint(p, station, 1e-4);
+                all.push_back(station);
+            }
+            all.push_back(asked.ComputeTangent(p, tangent, kTolerances) ? 1.0 : 0.0);
+            const Polyline2D::PolylinePoint nearest = Projection::NearestPointOnLineString(p, asked, 1e-4);
+            const Point2D onBorder = Projection::NearestPointOnPolygon(p, polygon, 1e-4);
+            all.insert(all.end(), {tangent.GetX(), tangent.GetY(), nearest.station, nearest.point.GetX(),
+                                   nearest.point.GetY(), onBorder.GetX(), onBorder.GetY(),
+                                   Distance::PointToLineString(asked, p, 0.5), Distance::PointToPolygon(p, polygon)});
+            return all;
+        };
+        const Polygon2D polygon(points);
+        for (int question = 0; question < 12; ++question) {
+            if (question == 8) string.GetPoint(2) = points[2] = points[0] + Vec2D(0.25, 0.5);  // drops what is prepared
+            const Point2D& a = points[pick(points.size() - 1)];
+            const Point2D p = question % 3 == 0 ? a : a + Vec2D(random(-far, far), random(-far, far)) * (question % 2);
+            const Values now = answers(string, question < 8 ? polygon : Polygon2D(points), p);
+            const Values scanned = answers(LineString2D(points), Polygon2D(points), p);
+            EXPECT_TRUE(std::equal(now.begin(), now.end(), scanned.begin(), scanned.end(), [](double x, double y) {
+                return x == y || (std::isnan(x) && std::isnan(y));
+            })) << round;
+        }
     }
 }
 
@@ -382,6 +433,8 @@ TEST(LineStringTest, ConstCallsFromManyThreadsSeeOneString) {
         EXPECT_EQ(string.GetBoundingBox().GetSize().GetX() + string.GetElementAtIndex(i % 2).GetLength(), 8.0 - i % 2);
         EXPECT_EQ(spatial.GetElementAtIndex(3).GetLength(), 4.0);
         EXPECT_TRUE(string.IsSelfCrossing(1e-4));
+        double length = 0.0;
+        EXPECT_TRUE(string.GetLengthFromEndPoint(Point2D(2.0, 1.0), length, 1e-4) && length == 2.0);
     });
 }
 

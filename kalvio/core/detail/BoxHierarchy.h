@@ -3,7 +3,10 @@
 #include "kalvio/core/Point2D.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <type_traits>
 #include <utility>
@@ -51,9 +54,59 @@ struct Extent {
     }
 };
 
+/// Box in single precision around one in double precision: rounded outward.
+struct RoundedBox {
+    RoundedBox() = default;
+    explicit RoundedBox(const Extent& extent, double originX = 0.0, double originY = 0.0)
+        : minX(-AtLeast(originX - extent.minX)),
+          minY(-AtLeast(originY - extent.minY)),
+          maxX(AtLeast(extent.maxX - originX)),
+          maxY(AtLeast(extent.maxY - originY)) {}
+
+    static float AtLeast(double value) {
+        constexpr double large = 1e38;
+        const double limited = (std::min)((std::max)(value, -large), large);
+        const float rounded = static_cast<float>(limited + (std::abs(limited) * 0x1p-23 + 1e-37));
+        return value > large ? std::numeric_limits<float>::infinity() : rounded;
+    }
+
+    float minX, minY, maxX, maxY;
+};
+
+/// Four boxes in one cache line.
+struct alignas(64) RoundedBoxes {
+    static constexpr std::size_t size = 4;
+
+    void Set(std::size_t i, const RoundedBox& box) {
+        minX[i] = box.minX;
+        minY[i] = box.minY;
+        maxX[i] = box.maxX;
+        maxY[i] = box.maxY;
+    }
+    RoundedBox Get(std::size_t i) const {
+        RoundedBox box;
+        box.minX = minX[i];
+        box.minY = minY[i];
+        box.maxX = maxX[i];
+        box.maxY = maxY[i];
+        return box;
+    }
+    /// Bit i tells whether box i meets the other, inclusive.
+    unsigned int Meeting(const RoundedBox& box) const {
+        int meets[size];
+        for (std::size_t i = 0; i < size; ++i) {
+            meets[i] = static_cast<int>(minX[i] <= box.maxX) & static_cast<int>(box.minX <= maxX[i]) &
+                       static_cast<int>(minY[i] <= box.maxY) & static_cast<int>(box.minY <= maxY[i]);
+        }
+        return static_cast<unsigned int>(meets[0] | meets[1] << 1 | meets[2] << 2 | meets[3] << 3);
+    }
+
+    float minX[size], minY[size], maxX[size], maxY[size];
+};
+
 /// Boxes over runs of consecutive items, and over runs of those: finds the items that come near each other without
-/// trying all pairs, where neighbours in the order lie near each other. Building is linear; a search costs about n log
-/// n plus what it finds.
+/// trying all pairs, where neighbours in the order lie near each other. Building is linear, a search costs about n log
+/// n plus what it finds. The boxes of runs are rounded outward; the extents of the items decide.
 ///
 /// Items tell `GetCount()`, the `GetExtent(i)` of an item and the `GetExtent(from, to)` of items from <= i < to.
 /// Visitors are called in no particular order unless told, and as bool(...): true ends the search. Items with
@@ -66,16 +119,28 @@ public:
     requires(!std::is_same_v<std::remove_cvref_t<First>, BoxHierarchy>) explicit BoxHierarchy(First&& first,
                                                                                               Rest&&... rest)
         : Items(std::forward<First>(first), std::forward<Rest>(rest)...), count(this->GetCount()) {
-        std::vector<Extent>& leaves = levels.emplace_back();
-        leaves.reserve((count + leafSize - 1) / leafSize);
-        for (std::size_t from = 0; from < count; from += leafSize) {
-            leaves.push_back(this->GetExtent(from, (std::min)(count, from + leafSize)));
+        const std::size_t runCount = (count + runSize - 1) / runSize;
+        std::size_t size = 0;
+        for (std::size_t boxes = runCount; boxes > 0; boxes = boxes > 1 ? boxes : 0) {
+            starts.push_back(size);
+            boxes = (boxes + fanOut - 1) / fanOut;
+            size += boxes;
         }
-        while (levels.back().size() > 1) {
-            const std::vector<Extent>& below = levels.back();
-            std::vector<Extent> above((below.size() + fanOut - 1) / fanOut);
-            for (std::size_t i = 0; i < below.size(); ++i) above[i / fanOut].Add(below[i]);
-            levels.push_back(std::move(above));
+        nodes.resize(size);
+        for (std::size_t run = 0; run < runCount; ++run) {
+            const Extent extent = ExtentOf(run);
+            if (!std::isfinite(extent.minX) || !std::isfinite(extent.minY)) continue;
+            originX = extent.minX;
+            originY = extent.minY;
+            break;
+        }
+        for (std::size_t run = 0; run < runCount; ++run) {
+            nodes[run / fanOut].Set(run % fanOut, RoundedBox(ExtentOf(run), originX, originY));
+        }
+        for (std::size_t level = 1; level < starts.size(); ++level) {
+            const std::size_t boxes = starts[level] - starts[level - 1];
+            for (std::size_t i = 0; i < boxes; ++i)
+                nodes[starts[level] + i / fanOut].Set(i % fanOut, BoxOf({level - 1, i}));
         }
     }
 
@@ -84,161 +149,285 @@ public:
     /// @return whether a visit returned true
     template <class Visit>
     bool ForEachPair(double tolerance, Visit&& visit) const {
-        return count > 0 && VisitWithin({levels.size() - 1, 0}, tolerance, visit);
+        return count > 0 && VisitWithin({Top(), 0}, Pairing(*this, *this, tolerance), visit);
     }
 
     /// The same for pairs of an item i of this and an item j of the other.
     template <class Visit>
     bool ForEachPair(const BoxHierarchy& other, double tolerance, Visit&& visit) const {
         if (count == 0 || other.count == 0) return false;
-        return VisitBetween({levels.size() - 1, 0}, other, {other.levels.size() - 1, 0}, tolerance, visit);
+        const Node root{Top(), 0}, otherRoot{other.Top(), 0};
+        return VisitBetween(root, BoxOf(root), otherRoot, other.BoxOf(otherRoot), Pairing(*this, other, tolerance),
+                            visit);
     }
 
     /// Calls visit(i) for the items whose boxes come within `tolerance` of the extent, in ascending order.
     template <class Visit>
     bool ForEachNear(const Extent& extent, double tolerance, Visit&& visit) const {
-        return count > 0 && VisitNear({levels.size() - 1, 0}, extent.Widened(tolerance), visit);
+        const Extent widened = extent.Widened(tolerance);
+        return count > 0 && VisitNear({Top(), 0}, RoundedBox(widened, originX, originY), widened, visit);
     }
 
     /// Calls visit(i) for the items whose boxes are not further from p, which is finite, than the reach, those of near
     /// boxes first. The visitor may lower the reach as it goes; what it returns does not matter.
     template <class Visit>
     void ForEachNearest(const Point2D& p, const double& squaredReach, Visit&& visit) const {
-        if (count > 0) VisitNearest({levels.size() - 1, 0}, p, squaredReach, visit);
+        Extent place;
+        place.Add(p);
+        if (count > 0) VisitNearest({Top(), 0}, p, RoundedBox(place, originX, originY), squaredReach, visit);
+    }
+
+    /// Width and height of the box around all items together, or a little more.
+    double GetSpread() const {
+        if (count == 0) return 0.0;
+        const RoundedBox all = BoxOf({Top(), 0});
+        return (static_cast<double>(all.maxX) - static_cast<double>(all.minX)) +
+               (static_cast<double>(all.maxY) - static_cast<double>(all.minY));
     }
 
 private:
-    static constexpr std::size_t leafSize = 6;
-    static constexpr std::size_t fanOut = 4;
+    static constexpr std::size_t runSize = 6;
+    static constexpr std::size_t fanOut = RoundedBoxes::size;
 
     struct Node {
-        std::size_t level;  // 0: a run of items
+        std::size_t level;  // 0: the boxes of four runs, else of four nodes of the level below
         std::size_t index;
     };
     struct Range {
         std::size_t from;
         std::size_t to;
     };
+    // How a search for pairs compares the boxes of two hierarchies, which have an origin each.
+    struct Pairing {
+        Pairing(const BoxHierarchy& one, const BoxHierarchy& another, double distance)
+            : other(another),
+              tolerance(distance),
+              shiftX(one.originX - another.originX),
+              shiftY(one.originY - another.originY),
+              reach(distance + 0x1p-50 * (std::abs(shiftX) + std::abs(shiftY) + std::abs(distance))) {}
 
-    const Extent& ExtentOf(const Node& node) const { return levels[node.level][node.index]; }
-    Range ItemsOf(const Node& leaf) const {
-        return {leaf.index * leafSize, (std::min)(count, (leaf.index + 1) * leafSize)};
-    }
-    Range Children(const Node& node) const {
-        return {node.index * fanOut, (std::min)(levels[node.level - 1].size(), (node.index + 1) * fanOut)};
-    }
-
-    // The items of one run whose boxes meet an extent, with their boxes.
-    struct NearItems {
-        NearItems(const BoxHierarchy& of, const Node& leaf, const Extent& extent) {
-            const auto [from, to] = of.ItemsOf(leaf);
-            for (std::size_t i = from; i < to; ++i) {
-                extents[size] = of.GetExtent(i);
-                items[size] = i;
-                size += extents[size].Meets(extent) ? 1 : 0;
-            }
+        // A box of the first, widened, seen from the other; and with -1 the other way round.
+        RoundedBox Widened(const RoundedBox& box, double direction = 1.0) const {
+            Extent extent;
+            extent.minX = static_cast<double>(box.minX) + direction * shiftX - reach;
+            extent.minY = static_cast<double>(box.minY) + direction * shiftY - reach;
+            extent.maxX = static_cast<double>(box.maxX) + direction * shiftX + reach;
+            extent.maxY = static_cast<double>(box.maxY) + direction * shiftY + reach;
+            return RoundedBox(extent);
         }
 
-        /// Calls visit(item, j) for those of the items from index `first` on whose boxes meet the item's.
-        template <class Visitor>
-        bool Visit(std::size_t item, const Extent& extent, std::size_t first, double tolerance, Visitor& visit) const {
-            const Extent widened = extent.Widened(tolerance);
-            for (std::size_t k = first; k < size; ++k) {
-                if (widened.Meets(extents[k]) && visit(item, items[k])) return true;
+        const BoxHierarchy& other;
+        double tolerance;
+        double shiftX, shiftY;
+        double reach;  // the tolerance, and what rounding may take from it
+    };
+
+    std::size_t Top() const { return starts.size() - 1; }
+    const RoundedBoxes& BoxesOf(const Node& node) const { return nodes[starts[node.level] + node.index]; }
+    static Node Child(const Node& node, std::size_t i) { return {node.level - 1, node.index * fanOut + i}; }
+    static std::size_t RunOf(const Node& node, std::size_t i) { return node.index * fanOut + i; }
+    Range ItemsOf(std::size_t run) const { return {run * runSize, (std::min)(count, (run + 1) * runSize)}; }
+    Extent ExtentOf(std::size_t run) const {
+        const auto [from, to] = ItemsOf(run);
+        return this->GetExtent(from, to);
+    }
+    // How many of the four boxes there are.
+    std::size_t SizeOf(const Node& node) const {
+        const std::size_t boxes =
+            node.level == 0 ? (count + runSize - 1) / runSize : starts[node.level] - starts[node.level - 1];
+        return (std::min)(fanOut, boxes - node.index * fanOut);
+    }
+    RoundedBox BoxOf(const Node& node) const {
+        const RoundedBoxes& boxes = BoxesOf(node);
+        RoundedBox box = boxes.Get(0);
+        for (std::size_t i = 1; i < SizeOf(node); ++i) {
+            box.minX = (std::min)(box.minX, boxes.minX[i]);
+            box.minY = (std::min)(box.minY, boxes.minY[i]);
+            box.maxX = (std::max)(box.maxX, boxes.maxX[i]);
+            box.maxY = (std::max)(box.maxY, boxes.maxY[i]);
+        }
+        return box;
+    }
+    // Bit i tells whether box i of the node meets the other.
+    unsigned int Meeting(const Node& node, const RoundedBox& box) const {
+        return BoxesOf(node).Meeting(box) & ((1U << SizeOf(node)) - 1U);
+    }
+    // Calls visit(i) for the bits that are set, in ascending order, until it returns true.
+    template <class Visit>
+    static bool ForEachBit(unsigned int bits, Visit&& visit) {
+        for (; bits != 0; bits &= bits - 1U) {
+            if (visit(static_cast<std::size_t>(std::countr_zero(bits)))) return true;
+        }
+        return false;
+    }
+
+    // The boxes of the items of one run.
+    struct Run {
+        Run() = default;
+        Run(const BoxHierarchy& of, std::size_t run) {
+            const auto [from, to] = of.ItemsOf(run);
+            first = from;
+            size = to - from;
+            for (std::size_t i = 0; i < size; ++i) extents[i] = of.GetExtent(from + i);
+            all = of.GetExtent(from, to);
+        }
+
+        template <class Visit>
+        bool VisitWithin(double tolerance, Visit& visit) const {
+            for (std::size_t i = 0; i + 1 < size; ++i) {
+                const Extent widened = extents[i].Widened(tolerance);
+                for (std::size_t j = i + 1; j < size; ++j) {
+                    if (widened.Meets(extents[j]) && visit(first + i, first + j)) return true;
+                }
             }
             return false;
         }
 
-        Extent extents[leafSize];
-        std::size_t items[leafSize];
+        template <class Visit>
+        bool VisitBetween(const Run& other, double tolerance, Visit& visit) const {
+            const Extent widenedAll = all.Widened(tolerance);
+            std::size_t near[runSize];
+            std::size_t nearCount = 0;
+            for (std::size_t j = 0; j < other.size; ++j) {
+                near[nearCount] = j;
+                nearCount += widenedAll.Meets(other.extents[j]) ? 1 : 0;
+            }
+            if (nearCount == 0) return false;
+            for (std::size_t i = 0; i < size; ++i) {
+                const Extent widened = extents[i].Widened(tolerance);
+                if (!widened.Meets(other.all)) continue;
+                for (std::size_t k = 0; k < nearCount; ++k) {
+                    if (widened.Meets(other.extents[near[k]]) && visit(first + i, other.first + near[k])) return true;
+                }
+            }
+            return false;
+        }
+
+        Extent extents[runSize];
+        Extent all;
+        std::size_t first = 0;
         std::size_t size = 0;
     };
 
+    // Calls between(i, j), i < j, for the boxes of one node that meet, until it returns true.
+    template <class Between>
+    bool ForEachMeeting(const Node& node, const Pairing& pairing, Between&& between) const {
+        for (std::size_t i = 0; i + 1 < SizeOf(node); ++i) {
+            const unsigned int later = Meeting(node, pairing.Widened(BoxesOf(node).Get(i))) & ~((2U << i) - 1U);
+            if (ForEachBit(later, [&](std::size_t j) { return between(i, j); })) return true;
+        }
+        return false;
+    }
+
     // All pairs inside one node.
     template <class Visit>
-    bool VisitWithin(const Node& node, double tolerance, Visit& visit) const {
-        if (node.level == 0) {
-            const NearItems run(*this, node, ExtentOf(node));
-            for (std::size_t i = 0; i < run.size; ++i) {
-                if (run.Visit(run.items[i], run.extents[i], i + 1, tolerance, visit)) return true;
-            }
-            return false;
+    bool VisitWithin(const Node& node, const Pairing& pairing, Visit& visit) const {
+        if (node.level == 0) return VisitWithinRuns(node, pairing, visit);
+        for (std::size_t i = 0; i < SizeOf(node); ++i) {
+            if (VisitWithin(Child(node, i), pairing, visit)) return true;
         }
-        const auto [from, to] = Children(node);
-        for (std::size_t i = from; i < to; ++i) {
-            if (VisitWithin({node.level - 1, i}, tolerance, visit)) return true;
-            for (std::size_t j = i + 1; j < to; ++j) {
-                if (VisitBetween({node.level - 1, i}, *this, {node.level - 1, j}, tolerance, visit)) return true;
-            }
-        }
-        return false;
+        const RoundedBoxes& boxes = BoxesOf(node);
+        return ForEachMeeting(node, pairing, [&](std::size_t i, std::size_t j) {
+            return VisitBetween(Child(node, i), boxes.Get(i), Child(node, j), boxes.Get(j), pairing, visit);
+        });
     }
 
-    // All pairs of a node of this and a node of the other; the higher one is opened first.
     template <class Visit>
-    bool VisitBetween(const Node& node, const BoxHierarchy& other, const Node& otherNode, double tolerance,
+    bool VisitWithinRuns(const Node& node, const Pairing& pairing, Visit& visit) const {
+        Run ofNode[fanOut];
+        for (std::size_t i = 0; i < SizeOf(node); ++i) {
+            ofNode[i] = Run(*this, RunOf(node, i));
+            if (ofNode[i].VisitWithin(pairing.tolerance, visit)) return true;
+        }
+        return ForEachMeeting(node, pairing, [&](std::size_t i, std::size_t j) {
+            return ofNode[i].VisitBetween(ofNode[j], pairing.tolerance, visit);
+        });
+    }
+
+    // All pairs of a node of this and a node of the other, given with the box around each; the higher one is opened
+    // first.
+    template <class Visit>
+    bool VisitBetween(const Node& node, const RoundedBox& box, const Node& otherNode, const RoundedBox& otherBox,
+                      const Pairing& pairing, Visit& visit) const {
+        const RoundedBoxes& boxes = BoxesOf(node);
+        const RoundedBoxes& otherBoxes = pairing.other.BoxesOf(otherNode);
+        if (node.level < otherNode.level) {
+            return ForEachBit(pairing.other.Meeting(otherNode, pairing.Widened(box)), [&](std::size_t j) {
+                return VisitBetween(node, box, Child(otherNode, j), otherBoxes.Get(j), pairing, visit);
+            });
+        }
+        return ForEachBit(Meeting(node, pairing.Widened(otherBox, -1.0)), [&](std::size_t i) {
+            if (node.level > otherNode.level) {
+                return VisitBetween(Child(node, i), boxes.Get(i), otherNode, otherBox, pairing, visit);
+            }
+            const unsigned int met = pairing.other.Meeting(otherNode, pairing.Widened(boxes.Get(i)));
+            return ForEachBit(met, [&](std::size_t j) {
+                return node.level > 0
+                           ? VisitBetween(Child(node, i), boxes.Get(i), Child(otherNode, j), otherBoxes.Get(j), pairing,
+                                          visit)
+                           : Run(*this, RunOf(node, i))
+                                 .VisitBetween(Run(pairing.other, RunOf(otherNode, j)), pairing.tolerance, visit);
+            });
+        });
+    }
+
+    template <class Visit>
+    bool VisitNear(const Node& node, const RoundedBox& box, const Extent& extent, Visit& visit) const {
+        return ForEachBit(Meeting(node, box), [&](std::size_t i) {
+            if (node.level > 0) return VisitNear(Child(node, i), box, extent, visit);
+            const auto [from, to] = ItemsOf(RunOf(node, i));
+            for (std::size_t item = from; item < to; ++item) {
+                if (extent.Meets(this->GetExtent(item)) && visit(item)) return true;
+            }
+            return false;
+        });
+    }
+
+    template <class Visit>
+    void VisitNearest(const Node& node, const Point2D& p, const RoundedBox& place, const double& squaredReach,
                       Visit& visit) const {
-        const Extent extent = ExtentOf(node).Widened(tolerance);
-        if (!extent.Meets(other.ExtentOf(otherNode))) return false;
-        if (node.level == 0 && otherNode.level == 0) {
-            const NearItems run(*this, node, other.ExtentOf(otherNode).Widened(tolerance));
-            if (run.size == 0) return false;
-            const NearItems otherRun(other, otherNode, extent);
-            for (std::size_t i = 0; i < run.size; ++i) {
-                if (otherRun.Visit(run.items[i], run.extents[i], 0, tolerance, visit)) return true;
+        // Squares of distances stand in the order of their bits; the last two bits give way to the index.
+        const RoundedBoxes& boxes = BoxesOf(node);
+        std::uint32_t nearestFirst[fanOut];
+        for (std::size_t i = 0; i < fanOut; ++i) {
+            const float dx = (std::max)((std::max)(0.0F, boxes.minX[i] - place.maxX), place.minX - boxes.maxX[i]);
+            const float dy = (std::max)((std::max)(0.0F, boxes.minY[i] - place.maxY), place.minY - boxes.maxY[i]);
+            nearestFirst[i] = (std::bit_cast<std::uint32_t>(dx * dx + dy * dy) & ~3U) | static_cast<std::uint32_t>(i);
+        }
+        const auto order = [&nearestFirst](std::size_t i, std::size_t j) {
+            const std::uint32_t low = (std::min)(nearestFirst[i], nearestFirst[j]);
+            nearestFirst[j] = (std::max)(nearestFirst[i], nearestFirst[j]);
+            nearestFirst[i] = low;
+        };
+        order(0, 1);
+        order(2, 3);
+        order(0, 2);
+        order(1, 3);
+        order(1, 2);
+        const std::size_t size = SizeOf(node);
+        for (const std::uint32_t entry : nearestFirst) {
+            // The squares are rounded by far less than this, those beyond single precision are infinite.
+            const double reach =
+                squaredReach < 1e38 ? squaredReach * (1.0 + 1e-6) : std::numeric_limits<double>::infinity();
+            if (static_cast<double>(std::bit_cast<float>(entry & ~3U)) > reach) return;
+            const std::size_t i = entry & 3U;
+            if (i >= size) continue;
+            if (node.level > 0) {
+                VisitNearest(Child(node, i), p, place, squaredReach, visit);
+                continue;
             }
-            return false;
-        }
-        if (node.level >= otherNode.level) {
-            const auto [from, to] = Children(node);
-            for (std::size_t i = from; i < to; ++i) {
-                if (VisitBetween({node.level - 1, i}, other, otherNode, tolerance, visit)) return true;
+            const auto [from, to] = ItemsOf(RunOf(node, i));
+            for (std::size_t item = from; item < to; ++item) {
+                if (!(this->GetExtent(item).SquaredDistance(p) > squaredReach)) visit(item);
             }
-            return false;
-        }
-        const auto [from, to] = other.Children(otherNode);
-        for (std::size_t j = from; j < to; ++j) {
-            if (VisitBetween(node, other, {otherNode.level - 1, j}, tolerance, visit)) return true;
-        }
-        return false;
-    }
-
-    template <class Visit>
-    bool VisitNear(const Node& node, const Extent& extent, Visit& visit) const {
-        if (!extent.Meets(ExtentOf(node))) return false;
-        const auto [from, to] = node.level == 0 ? ItemsOf(node) : Children(node);
-        for (std::size_t i = from; i < to; ++i) {
-            if (node.level > 0 ? VisitNear({node.level - 1, i}, extent, visit)
-                               : extent.Meets(this->GetExtent(i)) && visit(i)) {
-                return true;
-            }
-        }
-        return false;
-    }
-
-    template <class Visit>
-    void VisitNearest(const Node& node, const Point2D& p, const double& squaredReach, Visit& visit) const {
-        if (node.level == 0) {
-            const auto [from, to] = ItemsOf(node);
-            for (std::size_t i = from; i < to; ++i) {
-                if (!(this->GetExtent(i).SquaredDistance(p) > squaredReach)) visit(i);
-            }
-            return;
-        }
-        std::pair<double, std::size_t> nearestFirst[fanOut];
-        std::size_t size = 0;
-        const auto [from, to] = Children(node);
-        for (std::size_t i = from; i < to; ++i) {
-            nearestFirst[size++] = {levels[node.level - 1][i].SquaredDistance(p), i};
-        }
-        std::sort(nearestFirst, nearestFirst + size);
-        for (std::size_t k = 0; k < size && !(nearestFirst[k].first > squaredReach); ++k) {
-            VisitNearest({node.level - 1, nearestFirst[k].second}, p, squaredReach, visit);
         }
     }
 
     std::size_t count;
-    std::vector<std::vector<Extent>> levels;  // from the runs of items up to one box over all
+    double originX = 0.0;  // of the boxes
+    double originY = 0.0;
+    std::vector<std::size_t> starts;  // of the levels in `nodes`: from the runs of items up to one node over all
+    std::vector<RoundedBoxes> nodes;
 };
 
 /// Items that are no more than their extents.

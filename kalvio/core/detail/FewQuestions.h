@@ -18,12 +18,15 @@ public:
 
     /// Counts a question. @return whether it is one of the first three
     bool Ask() const {
-        constexpr unsigned int few = 3;
         return asked.load(std::memory_order_relaxed) < few && asked.fetch_add(1, std::memory_order_relaxed) < few;
     }
+    /// Whether those have been asked.
+    bool AreOver() const { return asked.load(std::memory_order_relaxed) >= few; }
     void Reset() noexcept { asked.store(0, std::memory_order_relaxed); }
 
 private:
+    static constexpr unsigned int few = 3;
+
     mutable std::atomic<unsigned int> asked{0};
 };
 

@@ -103,16 +103,20 @@ bool LengthFromEnd(const std::vector<PointType>& points, const PointType& p, dou
     return false;
 }
 
-/// Replaces `lengths` by the lengths at which the chain passes through p. Passages at most four tolerances apart count
-/// once: beside a vertex both of its segments hold the point, measured up to 2 sqrt(3) tolerances apart.
+/// Adds the length of a passage that comes after those before. Passages at most four tolerances apart count once:
+/// beside a vertex both of its segments hold the point, measured up to 2 sqrt(3) tolerances apart.
+inline void AddPassage(double length, double tolerance, std::vector<double>& lengths) {
+    if (lengths.empty() || length - lengths.back() > 4.0 * std::abs(tolerance)) lengths.push_back(length);
+}
+
+/// Replaces `lengths` by the lengths at which the chain passes through p.
 template <class PointType>
 void LengthsAlong(const std::vector<PointType>& points, const PointType& p, double tolerance,
                   std::vector<double>& lengths) {
     lengths.clear();
     WalkChain(points, lengthOf, [&](std::size_t i, double from, double) {
         if (IsPointOnSegment(p, points[i], points[i + 1], tolerance)) {
-            const double length = from + points[i].Distance(p);
-            if (lengths.empty() || length - lengths.back() > 4.0 * std::abs(tolerance)) lengths.push_back(length);
+            AddPassage(from + points[i].Distance(p), tolerance, lengths);
         }
         return false;
     });
@@ -132,8 +136,9 @@ template <class PointType>
 class NearestSegment {
 public:
     /// @param reachBeyondEnds  the tolerance of `SegmentFoot`
-    NearestSegment(const PointType& point, double reachBeyondEnds)
-        : p(point), tolerance(reachBeyondEnds), margin(std::abs(reachBeyondEnds) + numericalZero) {}
+    /// @param rounding         of feet on segments that are offered by their boxes
+    NearestSegment(const PointType& point, double reachBeyondEnds, double rounding = 0.0)
+        : p(point), tolerance(reachBeyondEnds), margin(std::abs(reachBeyondEnds) + numericalZero + rounding) {}
 
     /// Segment i joins point i to point i + 1.
     void OfferChain(const std::vector<PointType>& points) {
@@ -153,16 +158,28 @@ public:
 
     void Offer(const PointType& a, const PointType& b, std::size_t index) {
         const double squared = SegmentFoot(p, a, b, tolerance).squaredDistance;
+        if (!(squared <= squaredTie)) return;
         // Distances decide: squares that differ in the last digit only are equally near.
-        if (!(squared < best) || !(std::sqrt(squared) < std::sqrt(best))) return;
-        best = squared;
+        const double distance = std::sqrt(squared);
+        if (!(distance < best || (distance == best && index < nearest))) return;
+        best = distance;
+        squaredTie = WidenedSquare(squared, 0.0);
         nearest = index;
         LimitTo(squared);
     }
 
-    bool IsFound() const { return best < std::numeric_limits<double>::infinity(); }
-    std::size_t GetIndex() const { return nearest; }
-    double GetDistance() const { return std::sqrt(best); }
+    /// Boxes further away need not be offered.
+    const double& GetSquaredReach() const { return squaredReach; }
+
+    /// Tells where on the chain the nearest segment has the place, of which the last may lead from the last point to
+    /// the first. @return false, `foot` untouched, when none was found
+    bool Place(const std::vector<PointType>& points, ChainFoot<PointType>& foot) const {
+        if (!(best < std::numeric_limits<double>::infinity())) return false;
+        const PointType& start = points[nearest];
+        const PointType& end = points[nearest + 1 == points.size() ? 0 : nearest + 1];
+        foot = {nearest, SegmentFoot(p, start, end, tolerance).PointOn(start, end), best};
+        return true;
+    }
 
 private:
     // Nothing further away matters.
@@ -177,7 +194,8 @@ private:
                 low = c < low ? c : low;
                 high = c > high ? c : high;
             }
-            const double gap = (std::max)((std::max)(low - value, value - high), 0.0);
+            constexpr double rounding = 8.0 * std::numeric_limits<double>::epsilon();  // of feet on long segments
+            const double gap = (std::max)((std::max)(low - value, value - high) - rounding * (high - low), 0.0);
             return gap * gap;
         };
         double squared = squaredGap(p.GetX(), [](const PointType& point) { return point.GetX(); }) +
@@ -192,6 +210,8 @@ private:
     double tolerance;
     double margin;
     double best = std::numeric_limits<double>::infinity();
+    double squaredTie =
+        std::numeric_limits<double>::infinity();  // above the square of any distance that equals the best
     double squaredReach = std::numeric_limits<double>::infinity();
     std::size_t nearest = 0;
 };
@@ -210,11 +230,7 @@ bool FindNearest(const std::vector<PointType>& points, const PointType& p, doubl
     NearestSegment<PointType> nearest(p, tolerance);
     nearest.OfferChain(points);
     if (withClosing && !points.empty()) nearest.Offer(points.back(), points.front(), points.size() - 1);
-    if (!nearest.IsFound()) return false;
-    const std::size_t i = nearest.GetIndex();
-    const PointType& end = points[i + 1 == points.size() ? 0 : i + 1];
-    foot = {i, SegmentFoot(p, points[i], end, tolerance).PointOn(points[i], end), nearest.GetDistance()};
-    return true;
+    return nearest.Place(points, foot);
 }
 
 /// The points of the chain between two lengths: the point at `from`, the vertices between, the point at `to`. Segments
@@ -272,16 +288,24 @@ bool SampleChain(const std::vector<PointType>& points, double from, double to, d
         });
 }
 
+/// Unit direction of a segment longer than 1e-10; false, `direction` untouched, for a shorter one.
+template <class PointType, class Vector>
+bool DirectionOf(const PointType& a, const PointType& b, Vector& direction) {
+    Vector along = b - a;
+    if (!(along.Length() > numericalZero)) return false;
+    direction = along.Normalize();
+    return true;
+}
+
 /// The direction of the first segment longer than 1e-10 that holds p within the tolerance.
 /// @return false, `tangent` untouched, when there is none
 template <class PointType, class Vector>
 bool TangentAt(const std::vector<PointType>& points, const PointType& p, double tolerance, Vector& tangent) {
     for (std::size_t i = 1; i < points.size(); ++i) {
-        if (!IsPointOnSegment(p, points[i - 1], points[i], tolerance)) continue;
-        Vector along = points[i] - points[i - 1];
-        if (!(along.Length() > numericalZero)) continue;
-        tangent = along.Normalize();
-        return true;
+        if (IsPointOnSegment(p, points[i - 1], points[i], tolerance) &&
+            DirectionOf(points[i - 1], points[i], tangent)) {
+            return true;
+        }
     }
     return false;
 }

@@ -132,13 +132,12 @@ struct NearestOn {
     bool operator()(const LineString2D& lineString) const {
         const std::vector<Point2D>& points = lineString.GetPoints();
         ChainFoot<Point2D> foot;
-        if (!FindNearest(points, point, numericalZero, foot)) return false;
+        const SegmentSearch& search = SearchAccess::Of(lineString);
+        if (!search.FindNearest(points, point, numericalZero, foot)) return false;
         nearest = {foot.point, Vec2D(), 0.0};
         if (points.size() == 1) return true;
-        double from = 0.0;
-        for (std::size_t i = 0; i < foot.segment; ++i) from += points[i].Distance(points[i + 1]);
         (*this)(Line2D(points[foot.segment], points[foot.segment + 1]));
-        nearest.station += from;
+        nearest.station += search.LengthTo(points, foot.segment);
         return true;
     }
     bool operator()(const Polyline2D& polyline) const {
