@@ -254,15 +254,15 @@ Point2D Polygon2D::GetCentroid() const {
     double area = 0.0;
     double magnitude = 0.0;
     Vec2D moment;
-    detail::WalkRing(points, [&](const Point2D& a, const Point2D& b) {
-        const Vec2D u = a - origin;
-        const Vec2D v = b - origin;
-        const double cross = u.PerpDotProduct(v);
+    Vec2D previous = points.back() - origin;
+    for (const Point2D& point : points) {
+        const Vec2D current = point - origin;
+        const double cross = previous.PerpDotProduct(current);
         area += cross;
         magnitude += std::abs(cross);
-        moment += (u + v) * cross;
-        return false;
-    });
+        moment += (previous + current) * cross;
+        previous = current;
+    }
     const std::size_t size = detail::OpenRingSize(points);
     const double noise = magnitude * std::numeric_limits<double>::epsilon() * static_cast<double>(size);
     const Point2D centroid = origin + moment / (3.0 * area);
