@@ -5,6 +5,10 @@ set -eu
 cd "$(dirname "$0")/.."
 rm -rf build/docs
 mkdir -p build
+for folder in kalvio/*/; do
+    name=$(basename "$folder")
+    grep -q "@defgroup $name " docs/topics.dox || { echo "docs/topics.dox has no topic for $folder" >&2; exit 1; }
+done
 doxygen docs/Doxyfile
 
 # Records, their members and codes say what they mean; functions whose names say it may go without.
