@@ -32,17 +32,18 @@ class Tolerances;
 ///     if (surface.Build(ground, Tolerances::Standard())) surface.GetHeight({20.0, 20.0}, z);   // 10.5
 class KALVIO_MATH_API TinSurfacePatch3D final : public IGeometry {
 public:
+    /// The number of no triangle.
     static constexpr unsigned int noTriangle = (std::numeric_limits<unsigned int>::max)();
 
     /// What a surface is built from. All vertices count as points.
     struct Ground {
-        std::vector<Point3D> points;
+        std::vector<Point3D> points;  ///< loose ones
         /// Chains whose segments become edges.
         std::vector<LineString3D> breaklines;
         /// Rings, which need not be closed: the surface lies inside an odd number of borders, or without any inside the
         /// hull of all points, and inside an even number of holes. Their segments become edges.
         std::vector<LineString3D> borders;
-        std::vector<LineString3D> holes;
+        std::vector<LineString3D> holes;  ///< see `borders`
         /// Triangles at the rim are cut off from outside for as long as their outer edge is longer in plan than this
         /// and no segment of a chain; 0 cuts nothing.
         double longestRimEdge = 0.0;
@@ -50,8 +51,8 @@ public:
 
     /// A place where two heights were given.
     struct HeightConflict {
-        Point3D kept;  // the place, and the height that the surface has there
-        double other;  // the height that it has not
+        Point3D kept;  ///< the place, and the height that the surface has there
+        double other;  ///< the height that it has not
     };
 
     TinSurfacePatch3D() = default;
