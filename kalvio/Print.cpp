@@ -343,6 +343,27 @@ std::string ToString(const IMathObject& object) {
 
 // Switches without a default: the compiler names what a new code lacks.
 
+std::string_view GetName(AlignmentDesign::FaultKind code) {
+    using enum AlignmentDesign::FaultKind;
+    switch (code) {
+        case None:
+            return "None";
+        case NotFinite:
+            return "NotFinite";
+        case SamePoint:
+            return "SamePoint";
+        case NotACurve:
+            return "NotACurve";
+        case TurnsBack:
+            return "TurnsBack";
+        case Transitions:
+            return "Transitions";
+        case Tangent:
+            return "Tangent";
+    }
+    return "?";
+}
+
 std::string_view GetName(MathTypes code) {
     using enum MathTypes;
     switch (code) {

@@ -3,6 +3,7 @@
 #include "kalvio/Export.h"
 #include "kalvio/SpatialIndexes/SpatialIndexNodeTypes.h"
 #include "kalvio/SpatialIndexes/SpatialIndexTypes.h"
+#include "kalvio/alignments/AlignmentDesign.h"
 #include "kalvio/alignments/Cant.h"
 #include "kalvio/alignments/Profile.h"
 #include "kalvio/core/Angle.h"
@@ -57,6 +58,7 @@ namespace Kalvio::Math {
 [[nodiscard]] KALVIO_MATH_API std::string ToString(const IMathObject& object);
 
 /// Names of codes, as they are spelled: `GetName(MathTypes::Arc2D)` is "Arc2D". "?" for a value without one.
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(AlignmentDesign::FaultKind code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(MathTypes code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(AngleUnit code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Cant::Pivot code);

@@ -1,6 +1,7 @@
 // Reads the alignments of a LandXML file, checks and stations them, answers points, draws plan and profile.
 
 #include "alignment/Crossings.h"
+#include "alignment/Design.h"
 #include "common/Arguments.h"
 #include "common/Csv.h"
 #include "common/Drawing.h"
@@ -31,6 +32,7 @@ constexpr const char* kUsage =
     "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y[,Z] ...] [--cross "
     "OTHER.xml]\n"
     "       [--offsets POINTS.csv [--offsets-csv OUT.csv]] [--space OUT.csv] [--reach METRES]\n"
+    "       alignment --design POINTS.csv [--transition NAME] [the same options]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
@@ -39,6 +41,9 @@ constexpr const char* kUsage =
     "  --locate  station and offset of the point with easting X and northing Y; may be repeated; with a height Z all\n"
     "            places within reach, the nearest first, with the numbers of their stations and the height above them\n"
     "  --reach   how far those may be (100)\n"
+    "  --design  instead of a file a table of tangent points: x,y,radius and the lengths of the transitions in and "
+    "out\n"
+    "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic or Cubic (Clothoid)\n"
     "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
     "  --cross   all common points with the alignments of another file, with the stations of both\n";
 
@@ -50,6 +55,8 @@ struct Options {
     std::vector<std::vector<double>> points;
     double reach = 100.0;
     std::string space;
+    std::string design;
+    std::string transition = "Clothoid";
     std::string cross;
     std::string offsets;
     std::string offsetsCsv;
@@ -57,7 +64,9 @@ struct Options {
 
 Arguments ArgumentsOf(Options& options) {
     Arguments arguments;
-    arguments.AddWord(options.file);
+    arguments.AddOptionalWord(options.file);
+    arguments.AddText("--design", options.design);
+    arguments.AddText("--transition", options.transition);
     arguments.AddPositive("--step", options.step);
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
@@ -379,7 +388,38 @@ void DrawProfile(Svg& svg, double left, double top, double width, double height,
              12, "#222222");
 }
 
-bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignments, const std::string& unit) {
+// Curvature by station, to the left upward, over a box of the page.
+void DrawCurvature(Svg& svg, double left, double top, double width, double height, const Alignment& alignment) {
+    const double length = alignment.plan.GetLength();
+    std::vector<Point2D> band{Point2D(0.0, 0.0)};
+    double most = 0.0;
+    constexpr double beside = 1e-9;  // both sides of a joint
+    for (const double change : alignment.InSpace().GetChanges(0.0, length)) {
+        for (const double station : {change - beside, change + beside}) {
+            double curvature = 0.0;
+            if (!alignment.plan.GetCurvature(station, curvature)) continue;
+            if (const double from = band.back().GetX(); station - from > 1.0) {
+                for (int k = 1; k < 24; ++k) {
+                    double between = 0.0;
+                    const double at = from + (station - from) * k / 24;
+                    if (alignment.plan.GetCurvature(at, between)) band.emplace_back(at, between);
+                }
+            }
+            band.emplace_back(station, curvature);
+            most = std::max(most, std::abs(curvature));
+        }
+    }
+    band.emplace_back(length, 0.0);
+    if (most == 0.0) return;
+    const SvgPanel panel(left, top, width, height, BoundingBox2D(Point2D(0.0, -most), Point2D(length, most)), false);
+    svg.Area({panel.ToPage(band)}, {"#d1495b", 1.4, "#f3d3d7", ""});
+    svg.Polyline(panel.ToPage(std::vector{Point2D(0.0, 0.0), Point2D(length, 0.0)}), {"#333333", 0.8, "", ""});
+    svg.Text(Point2D(left, top - 10),
+             "Curvature by station, left curves upward, smallest radius " + Fixed(1.0 / most, 3), 12, "#222222");
+}
+
+bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignments, const std::string& unit,
+                 bool hasCurvature) {
     constexpr double width = 1100.0;
     constexpr double margin = 60.0;
     constexpr double planHeight = 560.0;
@@ -387,7 +427,7 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
     const auto withProfile =
         std::find_if(alignments.begin(), alignments.end(), [](const Alignment& a) { return !a.profile.IsEmpty(); });
     const bool hasProfile = withProfile != alignments.end();
-    const double height = margin + planHeight + margin + (hasProfile ? profileHeight + margin : 0.0);
+    const double height = margin + planHeight + margin + (hasProfile || hasCurvature ? profileHeight + margin : 0.0);
     Svg svg(width, height);
     const SvgPanel panel(margin, margin, width - 2.0 * margin, planHeight, BoxOfPlans(alignments), true);
     double longest = 0.0;
@@ -410,13 +450,23 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
     DrawNorthArrow(svg, width - 40.0, 62.0);
     if (hasProfile)
         DrawProfile(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, *withProfile, unit);
+    if (hasCurvature)
+        DrawCurvature(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, alignments.front());
     return svg.Write(path);
 }
 
+LandXmlFile Load(const Options& options) {
+    if (options.file.empty() == options.design.empty()) throw InputError("one file, or one table of tangent points");
+    if (options.design.empty()) return LoadLandXml(options.file);
+    LandXmlFile designed;
+    designed.alignments.push_back(DesignAlignment(options.design, options.transition));
+    return designed;
+}
+
 int Run(const Options& options) {
-    const LandXmlFile file = LoadLandXml(options.file);
+    const LandXmlFile file = Load(options);
     const std::string unit = UnitText(file.linearUnit);
-    std::fprintf(stderr, "%s: %zu alignment(s)\n", options.file.c_str(), file.alignments.size());
+    std::fprintf(stderr, "%s: %zu alignment(s)\n", (options.file + options.design).c_str(), file.alignments.size());
     for (const Alignment& alignment : file.alignments) {
         Report(alignment, unit);
         WarnOfGaps(alignment);
@@ -444,7 +494,8 @@ int Run(const Options& options) {
         std::fprintf(stderr, "wrote %s\n", options.space.c_str());
     }
     if (!options.svg.empty()) {
-        if (!DrawPicture(options.svg, file.alignments, unit)) throw InputError(options.svg + ": cannot be written");
+        if (!DrawPicture(options.svg, file.alignments, unit, !options.design.empty()))
+            throw InputError(options.svg + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
     }
     return 0;

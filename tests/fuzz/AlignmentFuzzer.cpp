@@ -1,4 +1,6 @@
 #include "kalvio/alignments/Alignment.h"
+#include "kalvio/alignments/AlignmentDesign.h"
+#include "kalvio/curves/Circle2D.h"
 
 #include "fuzz/Elements.h"
 
@@ -92,9 +94,38 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
     (void)road.GetStationsByHeight(station, p.GetX(), std::max(reach, 1.0));
 }
 
+void CheckDesign(Bytes& bytes) {
+    std::vector<AlignmentDesign::Corner> corners;
+    for (unsigned int count = bytes.TakeCount(6); count > 0; --count) {
+        AlignmentDesign::Corner corner;
+        corner.point = bytes.TakePoint();
+        corner.radius = bytes.TakeDouble();
+        corner.lengthIn = bytes.TakeDouble();
+        corner.lengthOut = bytes.TakeDouble();
+        corner.law = static_cast<AlignmentDesign::Law>(bytes.TakeCount(7));
+        corners.push_back(corner);
+    }
+    Polyline2D plan;
+    AlignmentDesign::Fault fault;
+    const bool isMade = AlignmentDesign::MakePlan(corners, plan, fault);
+    Require(isMade == (fault.kind == AlignmentDesign::FaultKind::None));
+    Require(isMade || plan.GetNrOfElements() == 0);
+    if (bytes.Tame()) Require(plan.IsContinuous(1e-6));
+    const Circle2D first(bytes.TakePoint(), bytes.TakeDouble());
+    const Circle2D second(bytes.TakePoint(), bytes.TakeDouble());
+    const Line2D line(first.GetCenter(), bytes.TakePoint());
+    const auto law = static_cast<AlignmentDesign::Law>(bytes.TakeCount(7));
+    Spiral2D transition;
+    double misfit = 0.0;
+    (void)AlignmentDesign::TransitionBetween(first, second, law, transition, misfit);
+    (void)AlignmentDesign::TransitionBetween(line, second, law, transition, misfit);
+    (void)AlignmentDesign::TransitionBetween(second, line, law, transition, misfit);
+}
+
 }  // namespace
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
+    CheckDesign(bytes);
     const Stationing stationing = CheckStationing(bytes);
     const Profile profile = CheckProfile(bytes);
     const Cant cant = TakeCant(bytes);

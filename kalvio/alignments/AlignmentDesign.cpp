@@ -1,0 +1,289 @@
+#include "kalvio/alignments/AlignmentDesign.h"
+
+#include "kalvio/core/detail/BracketedNewton.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Circle2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace Kalvio::Math {
+
+namespace {
+
+using Law = AlignmentDesign::Law;
+using FaultKind = AlignmentDesign::FaultKind;
+
+constexpr double touching = 2e-9;              // a length: curves on one tangent overlap by rounding
+constexpr double straightOn = 1e-12;           // [rad]: no curve is needed
+constexpr double clothoidTurn = 1.0;           // [rad]: the series of `Clothoid` errs by 6e-13 of the parameter
+constexpr double mostTurn = 0.5 * detail::pi;  // [rad] of a transition between given curves
+
+// A transition from a tangent onto a circle: what it turns, and the centre seen from its start, along the tangent and
+// across.
+struct Entry {
+    double turn = 0.0;
+    double along = 0.0;
+    double across = 0.0;
+};
+
+std::unique_ptr<IPolyline2DElement> MakeTransition(Law law, double radius, double length, const Point2D& start,
+                                                   const Vec2D& tangent) {
+    if (law == Law::Clothoid && length <= 2.0 * clothoidTurn * std::abs(radius)) {
+        return std::make_unique<Clothoid>(0.0, radius, std::sqrt(std::abs(radius) * length), start, tangent);
+    }
+    return std::make_unique<Spiral2D>(law, 0.0, radius, length, start, tangent);
+}
+
+// @return false where the transition does not exist
+bool FindEntry(Law law, double radius, double length, Entry& entry) {
+    entry = {0.0, 0.0, radius};
+    if (length == 0.0) return true;
+    const std::unique_ptr<IPolyline2DElement> transition =
+        MakeTransition(law, radius, length, Point2D(), Vec2D(1.0, 0.0));
+    Vec2D end;
+    Vec2D tangent;
+    const bool isCurve = transition->GetType() == MathTypes::Clothoid
+                             ? static_cast<const Clothoid&>(*transition).MakeOffsetAndTangentAt(length, end, tangent)
+                             : static_cast<const Spiral2D&>(*transition).MakeOffsetAndTangentAt(length, end, tangent);
+    if (!isCurve) return false;
+    const Vec2D center = end + tangent.GetNormalVector(true) * radius;
+    // The angle of the tangent, unwound: transitions may turn by more than half a circle.
+    const double expected = 0.5 * length / radius;
+    const double angle = std::atan2(tangent.GetY(), tangent.GetX());
+    entry = {angle + detail::twoPi * std::round((expected - angle) / detail::twoPi), center.GetX(), center.GetY()};
+    return true;
+}
+
+// The curve of a corner: where it touches its tangents, as lengths from the corner.
+struct Rounding {
+    double in = 0.0;
+    double out = 0.0;
+    double sweep = 0.0;  // signed, of the arc
+    double side = 0.0;   // 1 left, -1 right, 0 no curve
+};
+
+struct Leg {
+    Vec2D direction;
+    double length = 0.0;
+};
+
+// A length is missing where `amount` is positive.
+FaultKind Round(const AlignmentDesign::Corner& corner, const Vec2D& in, const Vec2D& out, Rounding& rounding,
+                double& amount) {
+    const double turn = std::atan2(in.PerpDotProduct(out), in.DotProduct(out));
+    const double angle = std::abs(turn);
+    if (angle <= straightOn && corner.radius == 0.0) return FaultKind::None;
+    if (!(corner.radius > 0.0) || corner.lengthIn < 0.0 || corner.lengthOut < 0.0) return FaultKind::NotACurve;
+    if (angle <= straightOn && corner.lengthIn == 0.0 && corner.lengthOut == 0.0) return FaultKind::None;
+    if (angle >= detail::pi - detail::numericalZero) return FaultKind::TurnsBack;
+    Entry first;
+    Entry last;
+    if (!FindEntry(corner.law, corner.radius, corner.lengthIn, first) ||
+        !FindEntry(corner.law, corner.radius, corner.lengthOut, last)) {
+        return FaultKind::NotACurve;
+    }
+    const double sweep = angle - first.turn - last.turn;
+    if (sweep * corner.radius < -touching) {
+        amount = -sweep * corner.radius;
+        return FaultKind::Transitions;
+    }
+    // The centre lies first.across from the one tangent and last.across from the other one.
+    const double half = std::tan(0.5 * angle);
+    const double sine = std::sin(angle);
+    rounding.in = first.along + first.across * half + (last.across - first.across) / sine;
+    rounding.out = last.along + last.across * half + (first.across - last.across) / sine;
+    rounding.side = turn < 0.0 ? -1.0 : 1.0;
+    rounding.sweep = rounding.side * std::max(sweep, 0.0);
+    return FaultKind::None;
+}
+
+void AppendRounding(Polyline2D& plan, const AlignmentDesign::Corner& corner, const Rounding& rounding, const Vec2D& in,
+                    const Vec2D& out) {
+    const double radius = rounding.side * corner.radius;
+    Point2D at = corner.point - in * rounding.in;
+    const Point2D end = corner.point + out * rounding.out;
+    double heading = 0.0;  // turned so far, from the first tangent
+    std::unique_ptr<IPolyline2DElement> last;
+    if (corner.lengthOut > 0.0) {  // built backwards from the tangent, so that it ends there
+        last = MakeTransition(corner.law, -radius, corner.lengthOut, end, -out);
+        last->Reverse();
+    }
+    if (corner.lengthIn > 0.0) {
+        std::unique_ptr<IPolyline2DElement> first = MakeTransition(corner.law, radius, corner.lengthIn, at, in);
+        at = first->GetEnd();
+        Entry entry;
+        (void)FindEntry(corner.law, corner.radius, corner.lengthIn, entry);
+        heading = rounding.side * entry.turn;
+        plan.AppendElement(first.release());
+    }
+    if (std::abs(rounding.sweep) * corner.radius > touching) {
+        const Vec2D tangent(in.GetX() * std::cos(heading) - in.GetY() * std::sin(heading),
+                            in.GetX() * std::sin(heading) + in.GetY() * std::cos(heading));
+        plan.AppendElement(new Arc2D(at, at + tangent.GetNormalVector(true) * radius, Angle(rounding.sweep)));
+    }
+    if (last) plan.AppendElement(last.release());
+}
+
+// The length at which a measure of the transition, growing with it, has the wanted value.
+// @param misfit  how far the value is out of what lengths up to `longest` reach
+template <class Measure>
+bool SolveLength(double longest, double wanted, Measure&& measure, double& length, double& misfit) {
+    double low = 0.0;
+    double high = 0.0;
+    misfit = 0.0;
+    if (!std::isfinite(wanted) || !measure(0.0, low)) return false;
+    constexpr int mostCuts = 40;  // cubic parabolas are shorter
+    for (int cuts = 0; !measure(longest, high); longest *= 0.9) {
+        if (++cuts > mostCuts) return false;
+    }
+    if (!(wanted > std::min(low, high) && wanted < std::max(low, high))) {
+        const double least = std::min(low, high);
+        misfit = wanted <= least ? wanted - least : wanted - std::max(low, high);
+        return false;
+    }
+    const double sign = high > low ? 1.0 : -1.0;
+    bool isCurve = true;
+    length = detail::BracketedNewton(0.0, longest, [&](double l) {
+        double value = 0.0;
+        isCurve = isCurve && measure(l, value);
+        return detail::ValueAndSlope{sign * (value - wanted), 0.0};
+    });
+    return isCurve;
+}
+
+// The centres of the circles at both ends of a transition from the origin along x.
+struct Centers {
+    Vec2D from;
+    Vec2D to;
+};
+
+bool FindCenters(Law law, double r1, double r2, double length, Centers& centers) {
+    const Spiral2D transition(law, r1, r2, length, Point2D(), Vec2D(1.0, 0.0));
+    Vec2D end;
+    Vec2D tangent(1.0, 0.0);
+    if (length > 0.0 && !transition.MakeOffsetAndTangentAt(length, end, tangent)) return false;
+    centers = {Vec2D(0.0, r1), end + tangent.GetNormalVector(true) * r2};
+    return true;
+}
+
+}  // namespace
+
+bool AlignmentDesign::MakePlan(std::span<const Corner> corners, Polyline2D& plan, Fault& fault) {
+    const auto fail = [&fault](FaultKind kind, std::size_t corner, double amount = 0.0) {
+        fault = {kind, corner, amount};
+        return false;
+    };
+    if (corners.size() < 2) return fail(FaultKind::NotFinite, 0);
+    std::vector<Leg> legs(corners.size());  // each leads to its corner
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const Corner& corner = corners[i];
+        const double sum =
+            corner.point.GetX() + corner.point.GetY() + corner.radius + corner.lengthIn + corner.lengthOut;
+        if (!std::isfinite(sum)) return fail(FaultKind::NotFinite, i);
+        if (i == 0) continue;
+        const Vec2D way = corner.point - corners[i - 1].point;
+        legs[i].length = way.Length();
+        if (!std::isfinite(legs[i].length)) return fail(FaultKind::NotFinite, i);
+        if (!(legs[i].length > detail::numericalZero)) return fail(FaultKind::SamePoint, i);
+        legs[i].direction = way * (1.0 / legs[i].length);
+    }
+    std::vector<Rounding> roundings(corners.size());
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        double amount = 0.0;
+        const bool isEnd = i + 1 == corners.size();
+        const FaultKind kind =
+            isEnd ? FaultKind::None : Round(corners[i], legs[i].direction, legs[i + 1].direction, roundings[i], amount);
+        if (kind != FaultKind::None) return fail(kind, i, amount);
+        const double missing = roundings[i - 1].out + roundings[i].in - legs[i].length;
+        if (!(missing <= touching)) return fail(FaultKind::Tangent, i, missing);
+    }
+    Polyline2D made;
+    for (std::size_t i = 1; i < corners.size(); ++i) {
+        const Vec2D& in = legs[i].direction;
+        const Point2D from = corners[i - 1].point + in * roundings[i - 1].out;
+        const Point2D to = corners[i].point - in * roundings[i].in;
+        if (legs[i].length - roundings[i - 1].out - roundings[i].in > touching)
+            made.AppendElement(new Line2D(from, to));
+        if (roundings[i].side != 0.0) AppendRounding(made, corners[i], roundings[i], in, legs[i + 1].direction);
+    }
+    plan = std::move(made);
+    fault = {};
+    return true;
+}
+
+bool AlignmentDesign::TransitionBetween(const Line2D& from, const Circle2D& to, Law law, Spiral2D& transition,
+                                        double& misfit) {
+    const Vec2D way = from.GetEnd() - from.GetStart();
+    const double radius = to.GetRadius();
+    misfit = 0.0;
+    if (!(way.Length() > detail::numericalZero) || !(std::abs(radius) > detail::numericalZero)) return false;
+    const Vec2D along = way * (1.0 / way.Length());
+    const Vec2D toCenter = to.GetCenter() - from.GetStart();
+    const double side = radius < 0.0 ? -1.0 : 1.0;
+    // On the side to which the circle turns; more than the radius away.
+    double length = 0.0;
+    const bool isFound = SolveLength(
+        2.0 * mostTurn * std::abs(radius), side * along.PerpDotProduct(toCenter),
+        [&](double l, double& across) {
+            Centers centers;
+            if (!FindCenters(law, 0.0, radius, l, centers)) return false;
+            across = side * centers.to.GetY();
+            return true;
+        },
+        length, misfit);
+    Centers centers;
+    if (!isFound || !FindCenters(law, 0.0, radius, length, centers)) return false;
+    const Point2D start = from.GetStart() + along * (along.DotProduct(toCenter) - centers.to.GetX());
+    transition = Spiral2D(law, 0.0, radius, length, start, along);
+    return true;
+}
+
+bool AlignmentDesign::TransitionBetween(const Circle2D& from, const Line2D& to, Law law, Spiral2D& transition,
+                                        double& misfit) {
+    Spiral2D backwards;
+    if (!TransitionBetween(Line2D(to.GetEnd(), to.GetStart()), Circle2D(from.GetCenter(), -from.GetRadius()), law,
+                           backwards, misfit)) {
+        return false;
+    }
+    backwards.Reverse();
+    transition = backwards;
+    return true;
+}
+
+bool AlignmentDesign::TransitionBetween(const Circle2D& from, const Circle2D& to, Law law, Spiral2D& transition,
+                                        double& misfit) {
+    const double r1 = from.GetRadius();
+    const double r2 = to.GetRadius();
+    misfit = 0.0;
+    if (!(std::min(std::abs(r1), std::abs(r2)) > detail::numericalZero) || r1 == r2) return false;
+    const Vec2D apart = to.GetCenter() - from.GetCenter();
+    // Either part of the way, up to and on from the point without curvature, turns at most a quarter circle.
+    const double longest = 2.0 * mostTurn / (std::abs(1.0 / r1) + std::abs(1.0 / r2));
+    double length = 0.0;
+    const bool isFound = SolveLength(
+        longest, apart.Length(),
+        [&](double l, double& distance) {
+            Centers centers;
+            if (!FindCenters(law, r1, r2, l, centers)) return false;
+            distance = (centers.to - centers.from).Length();
+            return true;
+        },
+        length, misfit);
+    Centers centers;
+    if (!isFound || !FindCenters(law, r1, r2, length, centers)) return false;
+    // Turned so that the way between the centres falls on the given one.
+    const Vec2D local = centers.to - centers.from;
+    const double angle = std::atan2(local.PerpDotProduct(apart), local.DotProduct(apart));
+    const Vec2D tangent(std::cos(angle), std::sin(angle));
+    transition = Spiral2D(law, r1, r2, length, from.GetCenter() - tangent.GetNormalVector(true) * r1, tangent);
+    return true;
+}
+
+}  // namespace Kalvio::Math
