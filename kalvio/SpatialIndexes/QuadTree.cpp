@@ -43,14 +43,18 @@ PlanBox ReadNew(QuadTreeData& data, const ISpatialIndexData& item) {
 
 }  // namespace
 
-QuadTree::QuadTree() : data(std::make_unique<QuadTreeData>()) {}
+QuadTree::QuadTree() = default;
 
-QuadTree::QuadTree(const QuadTree& other) : data(std::make_unique<QuadTreeData>(*other.data)) {}
+QuadTree::QuadTree(const QuadTree& other) { *this = other; }
 
 QuadTree& QuadTree::operator=(const QuadTree& other) {
     if (this != &other) data = std::make_unique<QuadTreeData>(*other.data);
     return *this;
 }
+
+QuadTree::QuadTree(QuadTree&& other) noexcept = default;
+
+QuadTree& QuadTree::operator=(QuadTree&& other) noexcept = default;
 
 QuadTree::~QuadTree() = default;
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndex.h"
-
-#include <memory>
+#include "kalvio/SpatialIndexes/detail/OwnData.h"
 
 namespace Kalvio::Math::SpatialIndexes {
 
@@ -21,6 +20,9 @@ public:
     QuadTree();
     QuadTree(const QuadTree& other);
     QuadTree& operator=(const QuadTree& other);
+    /// Takes over what the other holds, which is an empty new tree then.
+    QuadTree(QuadTree&& other) noexcept;
+    QuadTree& operator=(QuadTree&& other) noexcept;
     ~QuadTree() override;
 
     /// Nothing changes: the first two axes count.
@@ -53,7 +55,7 @@ protected:
     int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const override;
 
 private:
-    std::unique_ptr<QuadTreeData> data;
+    detail::OwnData<QuadTreeData> data;
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

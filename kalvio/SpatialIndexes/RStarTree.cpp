@@ -27,7 +27,8 @@ struct RStarTreeData {
     std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
     detail::EnvelopeReader envelopes;
 
-    RStarTreeData(unsigned int axes, bool deleteFlag) : dimension(axes), deletes(deleteFlag), envelopes(axes) {}
+    explicit RStarTreeData(unsigned int axes = 2, bool deleteFlag = false)
+        : dimension(axes), deletes(deleteFlag), envelopes(axes) {}
 
     std::vector<ISpatialIndexData*> Items() const {
         std::vector<ISpatialIndexData*> items;
@@ -95,7 +96,9 @@ struct RStarTreeData {
     }
 };
 
-RStarTree::RStarTree(bool deleteFlag) : data(std::make_unique<RStarTreeData>(2, deleteFlag)) {}
+RStarTree::RStarTree(bool deleteFlag) {
+    if (deleteFlag) data->deletes = true;
+}
 
 RStarTree::RStarTree(const RStarTree& other) : RStarTree(false) { *this = other; }
 
@@ -105,13 +108,22 @@ RStarTree& RStarTree::operator=(const RStarTree& other) {
     if (other.data->root != nullptr) copy->root = std::make_unique<RStarTreeNode>(*other.data->root);
     copy->nrOfItems = other.data->nrOfItems;
     copy->unplaced = other.data->unplaced;
-    if (data->deletes) data->DeleteItems(copy.get());
+    if (std::as_const(data)->deletes) data->DeleteItems(copy.get());
     data = std::move(copy);
     return *this;
 }
 
+RStarTree::RStarTree(RStarTree&& other) noexcept = default;
+
+RStarTree& RStarTree::operator=(RStarTree&& other) noexcept {
+    if (this == &other) return *this;
+    if (std::as_const(data)->deletes) data->DeleteItems(&*std::as_const(other.data));
+    data = std::move(other.data);
+    return *this;
+}
+
 RStarTree::~RStarTree() {
-    if (data->deletes) data->DeleteItems();
+    if (std::as_const(data)->deletes) data->DeleteItems();
 }
 
 void RStarTree::SetDimension(int dimension) {

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndex.h"
-
-#include <memory>
+#include "kalvio/SpatialIndexes/detail/OwnData.h"
 
 namespace Kalvio::Math::SpatialIndexes {
 
@@ -13,8 +12,7 @@ struct RStarTreeData;
 /// come and go and searches matter.
 ///
 /// Some 90 bytes an item in plan. Insertion, removal and small searches cost O(log n). An item that is inserted twice
-/// is found twice and removed by one call. Moving the tree is not offered; a copy shares the items and copies the
-/// nodes.
+/// is found twice and removed by one call. A copy shares the items and copies the nodes.
 class KALVIO_MATH_API RStarTree final : public ISpatialIndex {
 public:
     static constexpr int largestDimension = 1024;  ///< larger ones change nothing
@@ -26,6 +24,9 @@ public:
     /// The copy does not own the items.
     RStarTree(const RStarTree& other);
     RStarTree& operator=(const RStarTree& other);
+    /// Takes over what the other holds, the ownership of items included; the other is an empty new tree then.
+    RStarTree(RStarTree&& other) noexcept;
+    RStarTree& operator=(RStarTree&& other) noexcept;
     ~RStarTree() override;
 
     /// Items' boxes are sized to the dimension: further axes are dropped, missing ones are 0 ... 0. Items that are in
@@ -59,7 +60,7 @@ protected:
     int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const override;
 
 private:
-    std::unique_ptr<RStarTreeData> data;
+    detail::OwnData<RStarTreeData> data;
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

@@ -35,7 +35,7 @@ struct RTreeData {
     std::vector<ISpatialIndexData*> unplaced;  // their boxes have a NaN bound: nothing finds them
     detail::EnvelopeReader envelopes;
 
-    explicit RTreeData(unsigned int axes)
+    explicit RTreeData(unsigned int axes = 2)
         : dimension(axes), unitSphereVolume(UnitSphereVolume(axes)), envelopes(axes) {}
 
     std::vector<ISpatialIndexData*> Items() const {
@@ -101,7 +101,7 @@ struct RTreeData {
     }
 };
 
-RTree::RTree() : data(std::make_unique<RTreeData>(2)) {}
+RTree::RTree() = default;
 
 RTree::RTree(const RTree& other) : RTree() { *this = other; }
 
@@ -114,6 +114,10 @@ RTree& RTree::operator=(const RTree& other) {
     data = std::move(copy);
     return *this;
 }
+
+RTree::RTree(RTree&& other) noexcept = default;
+
+RTree& RTree::operator=(RTree&& other) noexcept = default;
 
 RTree::~RTree() = default;
 

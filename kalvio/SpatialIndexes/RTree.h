@@ -1,8 +1,7 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndex.h"
-
-#include <memory>
+#include "kalvio/SpatialIndexes/detail/OwnData.h"
 
 namespace Kalvio::Math::SpatialIndexes {
 
@@ -21,6 +20,9 @@ public:
     RTree();
     RTree(const RTree& other);
     RTree& operator=(const RTree& other);
+    /// Takes over what the other holds, which is an empty new tree then.
+    RTree(RTree&& other) noexcept;
+    RTree& operator=(RTree&& other) noexcept;
     ~RTree() override;
 
     /// Items' boxes are sized to the dimension: further axes are dropped, missing ones are 0 ... 0. Items that are in
@@ -51,7 +53,7 @@ protected:
     int SearchInto(const BoundingBoxND& box, bool overlap, const detail::ItemSink& sink) const override;
 
 private:
-    std::unique_ptr<RTreeData> data;
+    detail::OwnData<RTreeData> data;
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

@@ -4,6 +4,7 @@
 #include "kalvio/core/VecND.h"
 
 #include <concepts>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -37,7 +38,8 @@ public:
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     [[nodiscard]] PointND* Clone() const override;
 
-    const std::vector<double>& GetCoordinates() const { return coordinates; }
+    const std::vector<double>& GetCoordinates() const& { return coordinates; }
+    std::vector<double> GetCoordinates() && { return std::move(coordinates); }
     void SetCoordinates(const std::vector<double>& values) { coordinates = values; }
     /// Unchecked.
     void SetCoordinate(unsigned int index, double value) { coordinates[index] = value; }

@@ -3,6 +3,7 @@
 #include "kalvio/core/IMathObject.h"
 
 #include <concepts>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -29,7 +30,8 @@ public:
 
     MathTypes GetType() const override;
 
-    const std::vector<double>& GetCoordinates() const { return coordinates; }
+    const std::vector<double>& GetCoordinates() const& { return coordinates; }
+    std::vector<double> GetCoordinates() && { return std::move(coordinates); }
     void SetCoordinates(const std::vector<double>& values) { coordinates = values; }
     unsigned int GetDimension() const { return static_cast<unsigned int>(coordinates.size()); }
     /// New coordinates are 0.

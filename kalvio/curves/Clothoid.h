@@ -44,6 +44,8 @@ public:
              const Vec2D& tangent);
     Clothoid(const Clothoid& other);
     Clothoid& operator=(const Clothoid& other);
+    Clothoid(Clothoid&& other) noexcept = default;
+    Clothoid& operator=(Clothoid&& other) noexcept = default;
 
     MathTypes GetType() const override;
     /// The box of the ends and of every point whose tangent is parallel to an axis, widened by the series error.

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/IComplexGeometry.h"
 #include "kalvio/core/detail/FewQuestions.h"
+#include "kalvio/core/detail/IndexIterator.h"
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/curves/IPolyline2DElement.h"
 #include "kalvio/curves/Line2D.h"
@@ -107,6 +108,11 @@ public:
     IPolyline2DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const override { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }
+    /// The elements as a range of references, for as long as the chain does not change; indexes are unchecked.
+    auto begin() const { return detail::IndexIterator<Polyline2D>(*this, 0); }
+    auto end() const { return detail::IndexIterator<Polyline2D>(*this, size()); }
+    std::size_t size() const { return elements.Size(); }
+    const IPolyline2DElement& operator[](std::size_t at) const { return elements[at]; }
     /// A point on a joint, or within the tolerance of it, is reported once.
     void GetLengthsAlongGeometry(const Point2D& point, std::vector<double>& lengths,
                                  const Tolerances& tolerances) const override;
@@ -123,10 +129,18 @@ public:
     /// Takes the element over and appends it. It must not belong to a chain already, this one included: that is not
     /// looked for, and each would delete it. @return false, nothing taken, for a null pointer or this chain itself
     bool AppendElement(IPolyline2DElement* element);
+    /// The same with an owner; an element that is not taken is deleted.
+    bool AppendElement(std::unique_ptr<IPolyline2DElement> element) { return AppendElement(element.release()); }
+    /// Appends a clone.
+    bool AppendElement(const IPolyline2DElement& element) { return AppendElement(elements.CloneOf(element)); }
     /// Takes the element(s) over before position `index`.
     /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
     bool Insert(unsigned int index, IPolyline2DElement* element);
     bool Insert(unsigned int index, std::vector<IPolyline2DElement*>& added);
+    bool Insert(unsigned int at, std::unique_ptr<IPolyline2DElement> element) {
+        return Insert(at, element.get()) && element.release() != nullptr;
+    }
+    bool Insert(unsigned int at, const IPolyline2DElement& element) { return Insert(at, elements.CloneOf(element)); }
     void DeleteElements();
 
     /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.

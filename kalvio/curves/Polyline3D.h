@@ -1,10 +1,13 @@
 #pragma once
 
+#include "kalvio/core/detail/IndexIterator.h"
 #include "kalvio/curves/IPolyline3DElement.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -71,6 +74,11 @@ public:
     IPolyline3DElement& GetElementAtIndex(unsigned int index);
     unsigned int GetNrOfElements() const { return static_cast<unsigned int>(elements.Size()); }
     unsigned int GetSize() const { return GetNrOfElements(); }
+    /// The elements as a range of references, for as long as the chain does not change; indexes are unchecked.
+    auto begin() const { return detail::IndexIterator<Polyline3D>(*this, 0); }
+    auto end() const { return detail::IndexIterator<Polyline3D>(*this, size()); }
+    std::size_t size() const { return elements.Size(); }
+    const IPolyline3DElement& operator[](std::size_t at) const { return elements[at]; }
     /// Replaces `lengths` by every length along the chain at which the point lies, on line strings and inner chains
     /// too; at a joint once.
     void GetLengthsAlongGeometry(const Point3D& point, std::vector<double>& lengths,
@@ -87,10 +95,18 @@ public:
     /// Takes the element over and appends it. It must not belong to a chain already, this one included: that is not
     /// looked for, and each would delete it. @return false, nothing taken, for a null pointer or this chain itself
     bool AppendElement(IPolyline3DElement* element);
+    /// The same with an owner; an element that is not taken is deleted.
+    bool AppendElement(std::unique_ptr<IPolyline3DElement> element) { return AppendElement(element.release()); }
+    /// Appends a clone.
+    bool AppendElement(const IPolyline3DElement& element) { return AppendElement(elements.CloneOf(element)); }
     /// Takes the element(s) over before position `index`.
     /// @return false, ownership left with the caller, for a null pointer, this chain itself or an index beyond the size
     bool Insert(unsigned int index, IPolyline3DElement* element);
     bool Insert(unsigned int index, std::vector<IPolyline3DElement*>& added);
+    bool Insert(unsigned int at, std::unique_ptr<IPolyline3DElement> element) {
+        return Insert(at, element.get()) && element.release() != nullptr;
+    }
+    bool Insert(unsigned int at, const IPolyline3DElement& element) { return Insert(at, elements.CloneOf(element)); }
     void DeleteElements() { elements.Clear(); }
 
     /// True when every element starts where the one before it ends, strictly within the tolerance per coordinate.

@@ -288,6 +288,18 @@ Spiral2D& Spiral2D::operator=(const Spiral2D& other) {
     return *this;
 }
 
+Spiral2D::Spiral2D(Spiral2D&& other) noexcept { *this = std::move(other); }
+
+Spiral2D& Spiral2D::operator=(Spiral2D&& other) noexcept {
+    if (this == &other) return *this;
+    std::vector<Panel> taken = std::move(other.panels);
+    other.panels.clear();
+    CopyData(other);
+    panels = std::move(taken);
+    other.CopyData(Spiral2D());
+    return *this;
+}
+
 void Spiral2D::CopyData(const Spiral2D& other) {
     type = other.type;
     startRadius = other.startRadius;

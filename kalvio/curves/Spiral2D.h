@@ -52,6 +52,9 @@ public:
              const Point2D& from, const Vec2D& tangent);
     Spiral2D(const Spiral2D& other);
     Spiral2D& operator=(const Spiral2D& other);
+    /// The other becomes a spiral of length 0.
+    Spiral2D(Spiral2D&& other) noexcept;
+    Spiral2D& operator=(Spiral2D&& other) noexcept;
 
     MathTypes GetType() const override;
     /// The box of the ends and of every point whose tangent is parallel to an axis.

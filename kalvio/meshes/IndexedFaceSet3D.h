@@ -31,9 +31,9 @@ public:
     [[nodiscard]] IndexedFaceSet3D* Clone() const override;
 
     using IndexedVertexArray::GetVertices;
-    std::vector<Point3D>& GetVertices() { return vertices; }
+    std::vector<Point3D>& GetVertices() & { return vertices; }
     using IndexedVertexArray::GetIndexes;
-    std::vector<unsigned int>& GetIndexes() { return indexes; }
+    std::vector<unsigned int>& GetIndexes() & { return indexes; }
     /// 0 until it is given.
     unsigned int GetFaceSize() const { return faceSize; }
     void SetFaceSize(unsigned int cornersPerFace) { faceSize = cornersPerFace; }

@@ -3,8 +3,11 @@
 #include "kalvio/core/IGeometry.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/WindingValue.h"
+#include "kalvio/core/detail/IndexIterator.h"
 #include "kalvio/meshes/detail/VertexArrays.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace Kalvio::Math {
@@ -35,6 +38,15 @@ public:
     bool IsEqualTo(const IGeometry& other, double tolerance) const override;
     bool IsEqualTo(const IndexedTriangleSet2D& other, double tolerance) const;
     [[nodiscard]] IndexedTriangleSet2D* Clone() const override;
+
+    /// The corners of the whole triangles as a range of values; indexes are unchecked. A corner that names a vertex
+    /// that does not exist is NaN.
+    auto begin() const { return detail::IndexIterator<IndexedTriangleSet2D>(*this, 0); }
+    auto end() const { return detail::IndexIterator<IndexedTriangleSet2D>(*this, size()); }
+    std::size_t size() const { return indexes.size() / 3; }
+    std::array<Point2D, 3> operator[](std::size_t triangle) const {
+        return {CornerAt(3 * triangle), CornerAt(3 * triangle + 1), CornerAt(3 * triangle + 2)};
+    }
 
     /// The winding of the first triangle: counter-clockwise for a signed area > 0, else clockwise; without a triangle
     /// the winding that `IsCCW` tells.

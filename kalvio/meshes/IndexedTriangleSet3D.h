@@ -2,9 +2,12 @@
 
 #include "kalvio/core/IGeometry.h"
 #include "kalvio/core/Point3D.h"
+#include "kalvio/core/Triangle3D.h"
 #include "kalvio/core/WindingValue.h"
+#include "kalvio/core/detail/IndexIterator.h"
 #include "kalvio/meshes/detail/VertexArrays.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -50,13 +53,21 @@ public:
     [[nodiscard]] IndexedTriangleSet3D* Clone() const override;
 
     using IndexedVertexArray::GetVertices;
-    std::vector<Point3D>& GetVertices() { return vertices; }
+    std::vector<Point3D>& GetVertices() & { return vertices; }
     using IndexedVertexArray::GetIndexes;
-    std::vector<unsigned int>& GetIndexes() { return indexes; }
+    std::vector<unsigned int>& GetIndexes() & { return indexes; }
     void AppendVertex(const Point3D& vertex) { vertices.push_back(vertex); }
     /// Removes vertices and triangles; the winding flag stays.
     void Clear();
     std::uint64_t GetTrianglesCount() const { return indexes.size() / 3; }
+    /// The whole triangles as a range of values; indexes are unchecked. A corner that names a vertex that does not
+    /// exist is NaN.
+    auto begin() const { return detail::IndexIterator<IndexedTriangleSet3D>(*this, 0); }
+    auto end() const { return detail::IndexIterator<IndexedTriangleSet3D>(*this, size()); }
+    std::size_t size() const { return indexes.size() / 3; }
+    Triangle3D operator[](std::size_t triangle) const {
+        return {CornerAt(3 * triangle), CornerAt(3 * triangle + 1), CornerAt(3 * triangle + 2)};
+    }
     /// The corners of one triangle.
     /// @return false, the points untouched, when there is no such triangle or it names a vertex that does not exist
     [[nodiscard]] bool GetTriangleAt(std::uint64_t triangle, Point3D& a, Point3D& b, Point3D& c) const;

@@ -8,6 +8,7 @@
 #include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/detail/SegmentSearch.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <list>
@@ -105,11 +106,20 @@ public:
     void RemoveElements(const std::vector<std::uint64_t>& indexes, bool protect) override;
 
     unsigned int GetSize() const { return static_cast<unsigned int>(points.size()); }
-    const std::vector<Point2D>& GetPoints() const { return points; }
-    std::vector<Point2D>& GetPoints() {
+    const std::vector<Point2D>& GetPoints() const& { return points; }
+    std::vector<Point2D>& GetPoints() & {
         Changed();
         return points;
     }
+    std::vector<Point2D> GetPoints() && {
+        Changed();
+        return std::move(points);
+    }
+    /// The points as a range; indexes are unchecked.
+    auto begin() const { return points.begin(); }
+    auto end() const { return points.end(); }
+    std::size_t size() const { return points.size(); }
+    const Point2D& operator[](std::size_t index) const { return points[index]; }
     /// Unchecked.
     const Point2D& GetPoint(unsigned int index) const { return points[index]; }
     Point2D& GetPoint(unsigned int index) {

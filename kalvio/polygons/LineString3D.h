@@ -6,6 +6,7 @@
 #include "kalvio/curves/detail/Chain.h"
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <list>
@@ -68,11 +69,19 @@ public:
     unsigned int GetNrOfElements() const { return static_cast<unsigned int>(detail::SegmentCount(points)); }
 
     unsigned int GetSize() const { return static_cast<unsigned int>(points.size()); }
-    const std::vector<Point3D>& GetPoints() const { return points; }
-    std::vector<Point3D>& GetPoints() {
+    const std::vector<Point3D>& GetPoints() const& { return points; }
+    std::vector<Point3D>& GetPoints() & {
         Changed();
         return points;
     }
+    std::vector<Point3D> GetPoints() && {
+        Changed();
+        return std::move(points);
+    }
+    /// The points as a range; indexes are unchecked.
+    auto begin() const { return points.begin(); }
+    auto end() const { return points.end(); }
+    std::size_t size() const { return points.size(); }
     /// Unchecked.
     const Point3D& GetPoint(unsigned int index) const { return points[index]; }
     Point3D& GetPoint(unsigned int index) {

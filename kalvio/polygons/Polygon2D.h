@@ -61,10 +61,14 @@ public:
     double GetLength() const override;
     double Perimeter() const { return GetLength(); }
 
-    const std::vector<Point2D>& GetPoints() const { return points; }
-    std::vector<Point2D>& GetPoints() {
+    const std::vector<Point2D>& GetPoints() const& { return points; }
+    std::vector<Point2D>& GetPoints() & {
         Changed();
         return points;
+    }
+    std::vector<Point2D> GetPoints() && {
+        Changed();
+        return std::move(points);
     }
     /// Unchecked.
     const Point2D& GetPoint(unsigned int index) const { return points[index]; }
@@ -109,8 +113,11 @@ public:
 
     void AppendHoleBoundary(const LineString2D& ring) { holes.push_back(ring); }
     /// Unchecked.
-    const LineString2D& GetHoleBoundary(unsigned int index) const { return holes[index]; }
-    LineString2D& GetHoleBoundary(unsigned int index) { return holes[index]; }
+    const LineString2D& GetHoleBoundary(unsigned int index) const& { return holes[index]; }
+    LineString2D& GetHoleBoundary(unsigned int index) & { return holes[index]; }
+    LineString2D GetHoleBoundary(unsigned int index) && { return std::move(holes[index]); }
+    const std::vector<LineString2D>& GetHoleBoundaries() const& { return holes; }
+    std::vector<LineString2D> GetHoleBoundaries() && { return std::move(holes); }
     unsigned int GetNumHoleBoundaries() const { return static_cast<unsigned int>(holes.size()); }
     void RemoveHoleBoundaries() { holes.clear(); }
 

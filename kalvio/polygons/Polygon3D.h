@@ -55,10 +55,14 @@ public:
     double GetLength() const override;
     double Perimeter() const { return GetLength(); }
 
-    const std::vector<Point3D>& GetPoints() const { return points; }
-    std::vector<Point3D>& GetPoints() {
+    const std::vector<Point3D>& GetPoints() const& { return points; }
+    std::vector<Point3D>& GetPoints() & {
         Changed();
         return points;
+    }
+    std::vector<Point3D> GetPoints() && {
+        Changed();
+        return std::move(points);
     }
     /// Unchecked.
     const Point3D& GetPoint(unsigned int index) const { return points[index]; }
@@ -101,8 +105,11 @@ public:
 
     void AppendHoleBoundary(const LineString3D& ring) { holes.push_back(ring); }
     /// Unchecked.
-    const LineString3D& GetHoleBoundary(unsigned int index) const { return holes[index]; }
-    LineString3D& GetHoleBoundary(unsigned int index) { return holes[index]; }
+    const LineString3D& GetHoleBoundary(unsigned int index) const& { return holes[index]; }
+    LineString3D& GetHoleBoundary(unsigned int index) & { return holes[index]; }
+    LineString3D GetHoleBoundary(unsigned int index) && { return std::move(holes[index]); }
+    const std::vector<LineString3D>& GetHoleBoundaries() const& { return holes; }
+    std::vector<LineString3D> GetHoleBoundaries() && { return std::move(holes); }
     unsigned int GetNumHoleBoundaries() const { return static_cast<unsigned int>(holes.size()); }
     void RemoveHoleBoundaries() { holes.clear(); }
 

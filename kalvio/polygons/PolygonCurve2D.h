@@ -5,6 +5,7 @@
 #include "kalvio/curves/detail/ElementChain.h"
 #include "kalvio/polygons/RingCurve2D.h"
 
+#include <memory>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -33,13 +34,18 @@ public:
     /// Length of the boundary.
     double GetLength() const override { return boundary.GetLength(); }
 
-    const RingCurve2D& GetBoundary() const { return boundary; }
-    RingCurve2D& GetBoundary() { return boundary; }
+    const RingCurve2D& GetBoundary() const& { return boundary; }
+    RingCurve2D& GetBoundary() & { return boundary; }
+    RingCurve2D GetBoundary() && { return std::move(boundary); }
     /// Takes the ring over. @return false, nothing taken, for a null pointer
     bool AppendInnerRing(RingCurve2D* ring);
+    bool AppendInnerRing(std::unique_ptr<RingCurve2D> ring) { return AppendInnerRing(ring.release()); }
+    /// Appends a clone.
+    bool AppendInnerRing(const RingCurve2D& ring) { return AppendInnerRing(ring.Clone()); }
     /// Unchecked.
-    const RingCurve2D& GetInnerRingAtIndex(unsigned int index) const { return innerRings[index]; }
-    RingCurve2D& GetInnerRingAtIndex(unsigned int index) { return innerRings.Change(index); }
+    const RingCurve2D& GetInnerRingAtIndex(unsigned int index) const& { return innerRings[index]; }
+    RingCurve2D& GetInnerRingAtIndex(unsigned int index) & { return innerRings.Change(index); }
+    RingCurve2D GetInnerRingAtIndex(unsigned int index) && { return std::move(innerRings.Change(index)); }
     unsigned int GetNumInnerRings() const { return static_cast<unsigned int>(innerRings.Size()); }
 
     /// `RingCurve2D::IsContinuous` of every ring.

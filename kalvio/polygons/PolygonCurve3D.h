@@ -5,6 +5,7 @@
 #include "kalvio/curves/detail/ElementChain.h"
 #include "kalvio/polygons/RingCurve3D.h"
 
+#include <memory>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -32,13 +33,18 @@ public:
     /// Length of the boundary.
     double GetLength() const override { return boundary.GetLength(); }
 
-    const RingCurve3D& GetBoundary() const { return boundary; }
-    RingCurve3D& GetBoundary() { return boundary; }
+    const RingCurve3D& GetBoundary() const& { return boundary; }
+    RingCurve3D& GetBoundary() & { return boundary; }
+    RingCurve3D GetBoundary() && { return std::move(boundary); }
     /// Takes the ring over. @return false, nothing taken, for a null pointer
     bool AppendInnerRing(RingCurve3D* ring);
+    bool AppendInnerRing(std::unique_ptr<RingCurve3D> ring) { return AppendInnerRing(ring.release()); }
+    /// Appends a clone.
+    bool AppendInnerRing(const RingCurve3D& ring) { return AppendInnerRing(ring.Clone()); }
     /// Unchecked.
-    const RingCurve3D& GetInnerRingAtIndex(unsigned int index) const { return innerRings[index]; }
-    RingCurve3D& GetInnerRingAtIndex(unsigned int index) { return innerRings.Change(index); }
+    const RingCurve3D& GetInnerRingAtIndex(unsigned int index) const& { return innerRings[index]; }
+    RingCurve3D& GetInnerRingAtIndex(unsigned int index) & { return innerRings.Change(index); }
+    RingCurve3D GetInnerRingAtIndex(unsigned int index) && { return std::move(innerRings.Change(index)); }
     unsigned int GetNumInnerRings() const { return static_cast<unsigned int>(innerRings.Size()); }
 
     /// `RingCurve3D::IsContinuous` of every ring.

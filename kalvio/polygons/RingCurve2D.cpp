@@ -8,6 +8,16 @@
 
 namespace Kalvio::Math {
 
+namespace {
+
+bool IsElement(const IGeometry* geometry) {
+    if (geometry == nullptr) return false;
+    const MathTypes type = geometry->GetType();
+    return type == MathTypes::Arc2D || type == MathTypes::Line2D || type == MathTypes::LineString2D;
+}
+
+}  // namespace
+
 MathTypes RingCurve2D::GetType() const { return MathTypes::RingCurve2D; }
 
 const IPolyline2DElement& RingCurve2D::GetElementAtIndex(unsigned int index) const {
@@ -39,15 +49,12 @@ void RingCurve2D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool
 }
 
 bool RingCurve2D::AppendElement(IGeometry* element) {
-    if (element == nullptr) return false;
-    switch (element->GetType()) {
-        case MathTypes::Arc2D:
-        case MathTypes::Line2D:
-        case MathTypes::LineString2D:
-            return chain.AppendElement(static_cast<IPolyline2DElement*>(element));
-        default:
-            return false;
-    }
+    if (!IsElement(element)) return false;
+    return chain.AppendElement(static_cast<IPolyline2DElement*>(element));
+}
+
+bool RingCurve2D::AppendElement(std::unique_ptr<IGeometry> element) {
+    return IsElement(element.get()) && AppendElement(element.release());
 }
 
 bool RingCurve2D::IsClosed() const {

@@ -20,6 +20,12 @@ namespace {
 
 constinit const Line3D noElement;
 
+bool IsElement(const IGeometry* geometry) {
+    if (geometry == nullptr) return false;
+    const MathTypes type = geometry->GetType();
+    return type == MathTypes::Arc3D || type == MathTypes::Line3D || type == MathTypes::LineString3D;
+}
+
 }  // namespace
 
 MathTypes RingCurve3D::GetType() const { return MathTypes::RingCurve3D; }
@@ -43,16 +49,13 @@ void RingCurve3D::RemoveElements(const std::vector<std::uint64_t>& indexes, bool
 }
 
 bool RingCurve3D::AppendElement(IGeometry* element) {
-    if (element == nullptr) return false;
-    switch (element->GetType()) {
-        case MathTypes::Arc3D:
-        case MathTypes::Line3D:
-        case MathTypes::LineString3D:
-            chain.Append(std::unique_ptr<IPolyline3DElement>(static_cast<IPolyline3DElement*>(element)));
-            return true;
-        default:
-            return false;
-    }
+    if (!IsElement(element)) return false;
+    chain.Append(std::unique_ptr<IPolyline3DElement>(static_cast<IPolyline3DElement*>(element)));
+    return true;
+}
+
+bool RingCurve3D::AppendElement(std::unique_ptr<IGeometry> element) {
+    return IsElement(element.get()) && AppendElement(element.release());
 }
 
 const Point3D& RingCurve3D::GetStartPoint() const {

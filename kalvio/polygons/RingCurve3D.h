@@ -2,10 +2,13 @@
 
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/IMathObject.h"
+#include "kalvio/core/detail/IndexIterator.h"
 #include "kalvio/curves/IPolyline3DElement.h"
 #include "kalvio/curves/detail/ElementChain.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -37,7 +40,16 @@ public:
     /// Takes a `Line3D`, `Arc3D` or `LineString3D` over and appends it.
     /// @return false, ownership left with the caller, for any other type and for a null pointer
     bool AppendElement(IGeometry* element);
+    /// The same with an owner; an element that is not taken is deleted.
+    bool AppendElement(std::unique_ptr<IGeometry> element);
+    /// Appends a clone.
+    bool AppendElement(const IGeometry& element) { return AppendElement(std::unique_ptr<IGeometry>(element.Clone())); }
     unsigned int GetSize() const { return GetNrOfElements(); }
+    /// The elements as a range of references, for as long as the ring does not change; indexes are unchecked.
+    auto begin() const { return detail::IndexIterator<RingCurve3D>(*this, 0); }
+    auto end() const { return detail::IndexIterator<RingCurve3D>(*this, size()); }
+    std::size_t size() const { return chain.Size(); }
+    const IPolyline3DElement& operator[](std::size_t index) const { return chain[index]; }
     void Clear() { chain.Clear(); }
     /// The elements are replaced by reversed clones in the opposite order.
     void Reverse() { chain.Reverse(); }

@@ -96,14 +96,23 @@ TEST(RStarTreeTest, TheDeleteFlagLetsTheTreeOwnItsItemsButNoCopyOfIt) {
     owner.reset();
     EXPECT_EQ(deleted, 99);
 
+    {
+        owner = filled(true);
+        RStarTree taken(true);
+        taken = RStarTree(std::move(*owner));
+        owner.reset();
+        EXPECT_TRUE(taken.GetDelete() && deleted == 99) << "ownership moves along";
+    }
+    EXPECT_EQ(deleted, 199);
+
     owner = filled(true);
     *owner = RStarTree(false);
-    EXPECT_EQ(deleted, 199) << "an assignment gives up what was owned";
+    EXPECT_EQ(deleted, 299) << "an assignment gives up what was owned";
     EXPECT_FALSE(owner->GetDelete());
 
     owner = filled(true);
     *owner = RStarTree(*owner);
-    EXPECT_EQ(deleted, 199) << "what both trees hold lives on, owned by nobody";
+    EXPECT_EQ(deleted, 299) << "what both trees hold lives on, owned by nobody";
     const auto left = Search(*owner, Box(-1, -1, 200, 2), true);
     const std::set<const ISpatialIndexData*> distinct(left.begin(), left.end());
     EXPECT_EQ(distinct.size(), 100U);

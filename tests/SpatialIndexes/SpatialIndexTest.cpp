@@ -392,6 +392,20 @@ TYPED_TEST(SpatialIndexTest, ACopyLivesOnItsOwn) {
     EXPECT_EQ(Search(copy, everywhere, true), all);
     EXPECT_EQ(Search(assigned, everywhere, true), all);
     filled.CheckStructureOf(copy);
+
+    static_assert(std::is_nothrow_move_constructible_v<TypeParam> && std::is_nothrow_move_assignable_v<TypeParam>);
+    TypeParam moved(std::move(copy));
+    const auto* const root = moved.GetRoot();
+    TypeParam again;
+    again = std::move(moved);
+    EXPECT_EQ(again.GetRoot(), root) << "taken over, not copied";
+    EXPECT_EQ(Search(again, everywhere, true), all);
+    for (TypeParam* left : {&copy, &moved}) {
+        EXPECT_TRUE(Search(TypeParam(*left), everywhere, true).empty() && left->GetDimension() == 2);
+        EXPECT_FALSE(left->Remove(&filled.items[0]));
+        EXPECT_TRUE(left->Insert(&filled.items[0]));
+        EXPECT_EQ(Search(*left, everywhere, true).size(), 1U);
+    }
 }
 
 TYPED_TEST(SpatialIndexTest, ManyThreadsSearchOneTree) {

@@ -11,9 +11,12 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/RingCurve2D.h"
+#include "kalvio/polygons/RingCurve3D.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Projection.h"
 #include "support/ElementChecks.h"
+
+#include <ranges>
 
 namespace Kalvio::Math {
 namespace {
@@ -159,6 +162,64 @@ TEST_P(PolylineLawTest, StationAndOffsetLeadToThePointAndBack) {
         }
         ASSERT_TRUE(part.ExtractPolyline(0.0, 0.5 * (to - station), part)) << "a part of itself";
     }
+}
+
+static_assert(std::ranges::random_access_range<const Polyline2D> && std::ranges::sized_range<const RingCurve2D>);
+static_assert(std::is_same_v<std::ranges::range_reference_t<Polyline3D>, const IPolyline3DElement&>);
+static_assert(std::ranges::contiguous_range<const LineString2D> && std::ranges::contiguous_range<LineString3D>);
+static_assert(std::is_nothrow_move_constructible_v<Polyline2D> && std::is_nothrow_move_assignable_v<Polyline3D>);
+static_assert(std::is_nothrow_move_constructible_v<Spiral2D> && std::is_nothrow_move_assignable_v<Clothoid>);
+
+// Chains and rings, in plan and in space, fill by pointers, owners and clones alike, and give their elements as a
+// range.
+template <class Chain, class Element, class Base>
+void CheckOwningForms() {
+    const auto element = [](double x) {
+        if constexpr (std::is_same_v<Element, Line2D>)
+            return Line(x, 0, x + 1, 0);
+        else
+            return Element(Point3D(x, 0, 0), Point3D(x + 1, 0, 0));
+    };
+    Chain chain;
+    const Element two = element(2);
+    EXPECT_TRUE(chain.AppendElement(new Element(element(0))) && chain.AppendElement(two));
+    EXPECT_TRUE(chain.AppendElement(std::make_unique<Element>(element(3))));
+    EXPECT_FALSE(chain.AppendElement(nullptr) || chain.AppendElement(std::unique_ptr<Base>()));
+    if constexpr (requires { chain.Insert(0, two); }) {
+        EXPECT_TRUE(chain.Insert(1, std::make_unique<Element>(element(1))) && chain.Insert(4, element(4)));
+        EXPECT_FALSE(chain.Insert(9, std::make_unique<Element>(two)) || chain.Insert(9, two)) << "deleted, not leaked";
+        EXPECT_TRUE(chain.IsContinuous(1e-9));
+    } else {
+        EXPECT_FALSE(chain.AppendElement(std::make_unique<Point2D>(0, 0)) || chain.AppendElement(Point2D()));
+    }
+    double length = 0.0;
+    for (const auto& part : chain) length += part.GetLength();
+    EXPECT_EQ(length, chain.GetLength());
+    EXPECT_EQ(&*(chain.end() - 1), &chain[chain.size() - 1]);
+    EXPECT_EQ(chain.begin()[1].GetStart().GetX(), 1.0 + (chain.size() == 5 ? 0.0 : 1.0));
+    const auto endOf = [](const auto& part) { return part.GetEnd().GetX(); };
+    EXPECT_EQ(&*std::ranges::max_element(chain, {}, endOf), &chain[chain.size() - 1]);
+
+    const auto* const first = &chain[0];
+    Chain moved(std::move(chain));
+    EXPECT_EQ(&moved[0], first) << "taken over, not copied";
+    EXPECT_TRUE(chain.begin() == chain.end() && chain.GetLength() == 0.0);
+    EXPECT_TRUE(chain.AppendElement(two) && chain.GetLength() == 1.0);
+}
+
+TEST(PolylineTest, OwnersAndRanges) {
+    CheckOwningForms<Polyline2D, Line2D, IPolyline2DElement>();
+    CheckOwningForms<Polyline3D, Line3D, IPolyline3DElement>();
+    CheckOwningForms<RingCurve2D, Line2D, IGeometry>();
+    CheckOwningForms<RingCurve3D, Line3D, IGeometry>();
+    const auto& points =
+        LineString2D{Point2D(1, 2), Point2D(3, 4)}.GetPoints();  // a value that lives as long as its name
+    EXPECT_EQ(points[1], Point2D(3, 4));
+
+    Spiral2D spiral(Spiral2D::Spiral2DType::Bloss, 0.0, 200.0, 90.0, Point2D(5, 5), Vec2D(0.6, 0.8));
+    const Spiral2D copy = spiral, moved = std::move(spiral);
+    EXPECT_THAT(At(moved, 45.0).point, IsNear(At(copy, 45.0).point, 0.0));
+    EXPECT_TRUE(spiral.GetLength() == 0.0 && NearestOn(spiral, Point2D(1, 1)) == Point2D());
 }
 
 TEST(PolylineTest, StationsWithoutAnAnswerAndTies) {

@@ -8,6 +8,8 @@
 #include "kalvio/meshes/TriangleStrip3D.h"
 #include "meshes/Meshes.h"
 
+#include <ranges>
+
 namespace Kalvio::Math {
 namespace {
 
@@ -56,6 +58,22 @@ TEST(MeshTest, EverySetIsAGeometry) {
     EXPECT_THAT(lifted.GetVertex(1), IsNear(Point3D(5, 2, 3), 0.0));
     EXPECT_TRUE(lifted.GetTrianglesCount() == 1 && lifted.IsCCW());
     EXPECT_EQ(flat.GetWinding(), WindingValue::CounterClockwise);
+}
+
+static_assert(std::ranges::random_access_range<const IndexedTriangleSet3D>);
+static_assert(std::ranges::sized_range<IndexedTriangleSet2D>);
+
+TEST(TriangleSetTest, TrianglesAreARangeOfWholeOnes) {
+    const IndexedTriangleSet3D set({{0, 0, 1}, {2, 0, 1}, {0, 2, 1}, {2, 2, 1}}, {0, 1, 2, 2, 1, 3, 0, 1, 9, 3, 2});
+    IndexedTriangleSet2D plan;
+    plan.AppendVertices({{0, 0}, {2, 0}, {0, 2}});
+    plan.AppendIndexes({2, 0, 1});
+    double area = 0.0;
+    std::for_each(set.begin(), set.begin() + 2, [&](const Triangle3D& triangle) { area += triangle.GetArea(); });
+    EXPECT_TRUE(set.size() == 3 && area == 4.0 && (*(set.end() - 2)).GetPointC().GetX() == 2.0);
+    EXPECT_TRUE(set[2].GetPointB().GetX() == 2.0 && std::isnan(set.begin()[2].GetPointC().GetX())) << "no vertex";
+    for (const auto& [a, b, c] : plan) EXPECT_EQ(Vec2D(b - a).PerpDotProduct(c - a), 4.0);
+    EXPECT_EQ(IndexedTriangleSet3D(set).GetIndexes().size(), 11U);
 }
 
 TEST(TriangleSetTest, AddTriangleOrientsInPlan) {

@@ -198,7 +198,8 @@ TEST(RingCurveTest, PolygonsOfCurvesCutInnerRingsOutAndCopyDeeply) {
     auto hole = std::make_unique<RingCurve2D>();
     auto holeInSpace = std::make_unique<RingCurve3D>();
     Lay({{3, 2, kPi}, {5, 2, kPi}}, Point2D(), true, kLevel, *hole, *holeInSpace);
-    EXPECT_TRUE(polygon.AppendInnerRing(hole.release()) && spatial.AppendInnerRing(holeInSpace.release()));
+    EXPECT_TRUE(polygon.AppendInnerRing(std::move(hole)) && spatial.AppendInnerRing(*holeInSpace));
+    EXPECT_FALSE(polygon.AppendInnerRing(nullptr) || spatial.AppendInnerRing(std::unique_ptr<RingCurve3D>()));
     EXPECT_NEAR(polygon.GetLength(), 24.0 + 2 * kPi, 1e-9);
     EXPECT_THAT(polygon.GetBoundingBox().GetMaxPoint(), IsNear(Point2D(12, 4), 1e-9));
     EXPECT_THAT(spatial.GetBoundingBox().GetMaxPoint(), IsNear(Point3D(12, 4, 9), 1e-9));

@@ -4,7 +4,10 @@
 #include "kalvio/curves/detail/Chain.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <utility>
 #include <vector>
 
 /// The storage that the meshes share.
@@ -17,7 +20,8 @@ public:
     /// Unchecked.
     const PointType& GetVertex(unsigned int index) const { return vertices[index]; }
     PointType& GetVertex(unsigned int index) { return vertices[index]; }
-    const std::vector<PointType>& GetVertices() const { return vertices; }
+    const std::vector<PointType>& GetVertices() const& { return vertices; }
+    std::vector<PointType> GetVertices() && { return std::move(vertices); }
     unsigned int GetVerticesSize() const { return static_cast<unsigned int>(vertices.size()); }
     void AppendVertices(const std::vector<PointType>& more) {
         InsertPoints(vertices, vertices.size(), more.begin(), more.end());
@@ -59,7 +63,8 @@ protected:
 template <class PointType>
 class IndexedVertexArray : public VertexArray<PointType> {
 public:
-    const std::vector<unsigned int>& GetIndexes() const { return indexes; }
+    const std::vector<unsigned int>& GetIndexes() const& { return indexes; }
+    std::vector<unsigned int> GetIndexes() && { return std::move(indexes); }
     unsigned int GetIndexesSize() const { return static_cast<unsigned int>(indexes.size()); }
     /// Nothing is checked here: every operation passes over faces that name a vertex that does not exist.
     void AppendIndexes(const std::vector<unsigned int>& more) {
@@ -73,6 +78,16 @@ protected:
 
     bool HasSameFaces(const IndexedVertexArray& other, double tolerance) const {
         return indexes == other.indexes && this->HasSameVertices(other, tolerance);
+    }
+
+    /// The vertex that an index names; NaN where there is none.
+    PointType CornerAt(std::size_t index) const {
+        if (indexes[index] < this->vertices.size()) return this->vertices[indexes[index]];
+        PointType none;
+        for (int axis = 0; axis < static_cast<int>(none.GetDimension()); ++axis) {
+            none[axis] = std::numeric_limits<double>::quiet_NaN();
+        }
+        return none;
     }
 
     std::vector<unsigned int> indexes;
