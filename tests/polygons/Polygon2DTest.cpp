@@ -250,6 +250,7 @@ TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
         {"holes that touch at a corner", square + "/1 1 3 1 3 3 1 3/3 3 5 3 5 5", true, {}},
         {"hole corner on the ring", square + "/0 5 2 4 2 6", true, {}},
         {"hole side along the ring", square + "/0 4 2 4 2 6 0 6", true, {}},
+        {"hole that leaves the ring slowly", square + "/0 2 .00015 8 3 4", true, {}},
         {"two points", "3 4 5 4", false, Point2D(3, 4)},
         {"three points, two of them one", "3 4 5 4 5 4", false, Point2D(3, 4)},
         {"bow tie", "0 0 2 2 2 0 0 2", false, Point2D(1, 1)},

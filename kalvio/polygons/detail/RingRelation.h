@@ -27,7 +27,9 @@ struct RingRelation {
 };
 
 /// Relates a ring to another by boxes over runs of edges, and one pass over the other ring for every stretch until both
-/// sides are known. A stretch without an edge longer than two tolerances counts as along.
+/// sides are known. The middle of its longest piece stands for a stretch; where that is on the border too, as in a
+/// narrow gap between borders that part slowly, a corner between the cuts, none of which is. A stretch without either,
+/// and no piece longer than two tolerances, counts as along.
 inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vector<Point2D>& other, double tolerance) {
     struct Cut {
         std::size_t edge;
@@ -53,8 +55,10 @@ inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vec
     });
     relation.touches = !cuts.empty();
 
+    bool isDecided = false;
     const auto examine = [&](const Point2D& p, double reach) {
         const RingSide side = FindRingSideByRay(other, p, reach);
+        isDecided = side != RingSide::Border;
         if (side == RingSide::Inside && !relation.goesInside) {
             relation.goesInside = true;
             relation.inside = p;
@@ -81,15 +85,19 @@ inline RingRelation RelateRings(const std::vector<Point2D>& ring, const std::vec
         };
         std::size_t edge = from.edge;
         double start = from.parameter;
+        const Point2D* corner = nullptr;
         if (isLast || edge != to.edge) {
             do {
                 offer(edge, start, 1.0);
                 edge = edge + 1 == open.size() ? 0 : edge + 1;
                 start = 0.0;
+                if (edge != to.edge || to.parameter > 0.0) corner = &open[edge];
             } while (edge != to.edge);
         }
         offer(edge, start, to.parameter);
+        isDecided = false;
         if (longest > 2.0 * t && examine(middle, t)) break;
+        if (!isDecided && corner != nullptr && examine(*corner, t)) break;
     }
     return relation;
 }

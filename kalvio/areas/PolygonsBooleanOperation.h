@@ -1,0 +1,87 @@
+#pragma once
+
+#include "kalvio/Export.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/polygons/Polygon2D.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Kalvio::Math {
+
+/// Union, intersection, difference and symmetric difference of areas in plan, and the overlay of two layers of areas.
+///
+///     std::vector<Polygon2D> common;
+///     PolygonsBooleanOperation::Intersection(parcel, road, common, Tolerances(0.001, 1e-10));
+///
+/// An operand is one area or many; many stand for their union, which costs no more than one pass over all borders.
+/// Nothing is asked of the borders: rings run either way, touch, overlap, cross themselves and each other, repeat
+/// points. What is inside an area: the inside of its outer ring less that of its holes, by the fill rule. Areas
+/// thinner than the tolerance may vanish.
+///
+/// What comes out is valid by `Polygon2D::Validate` at the user tolerance: outer rings counter-clockwise, holes
+/// clockwise, without closing points, starting at the leftmost (lowest) corner and in the order of these; areas that
+/// touch in points are separate. It does not hang on the order of operands, members and points. Corners of the input
+/// are kept as they are but for those that lie within 1.42 user tolerances of each other, the diagonal of the square in
+/// which points count as equal: these become one of them. Edges move to corners, and are cut by them, that lie within
+/// the user tolerance; where corners lie as thick as that, more than once. What is finer than 32 roundings of the
+/// largest coordinate cannot be told apart; a smaller user tolerance counts as that.
+///
+/// For n corners and k crossings about n log n + k steps, whatever the number of areas. All functions answer false, and
+/// leave the result as it was, for coordinates that are not finite (or beyond 1e100), and should the cutting of borders
+/// not end.
+///
+/// Source: data normalisation (V. J. Milenkovic, 1988) with exact turns, then winding numbers of the faces; see
+/// `detail/BorderNoding.h`.
+class KALVIO_MATH_API PolygonsBooleanOperation {
+public:
+    /// What the inside of a ring is.
+    enum class FillRule : std::uint32_t {
+        NonZero = 0,  ///< what the ring winds around, in whatever direction
+        EvenOdd = 1,  ///< what it winds around an odd number of times
+    };
+
+    /// One area or many; refers to them and owns nothing.
+    class Operand {
+    public:
+        Operand(const Polygon2D& area) : areas(&area, 1) {}
+        Operand(std::span<const Polygon2D> members) : areas(members) {}
+        Operand(const std::vector<Polygon2D>& members) : areas(members) {}
+
+        std::span<const Polygon2D> GetAreas() const { return areas; }
+
+    private:
+        std::span<const Polygon2D> areas;
+    };
+
+    /// What an area of the first layer and one of the second have in common.
+    struct CommonArea {
+        std::size_t first = 0;   ///< number in the first layer
+        std::size_t second = 0;  ///< number in the second layer
+        std::vector<Polygon2D> areas;
+    };
+
+    /// What lies in any member.
+    [[nodiscard]] static bool Union(const Operand& members, std::vector<Polygon2D>& result,
+                                    const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool Union(const Operand& first, const Operand& second, std::vector<Polygon2D>& result,
+                                    const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    /// What lies in both.
+    [[nodiscard]] static bool Intersection(const Operand& first, const Operand& second, std::vector<Polygon2D>& result,
+                                           const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    /// What lies in the first and not in the second.
+    [[nodiscard]] static bool Difference(const Operand& first, const Operand& second, std::vector<Polygon2D>& result,
+                                         const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    /// What lies in one of both.
+    [[nodiscard]] static bool SymmetricDifference(const Operand& first, const Operand& second,
+                                                  std::vector<Polygon2D>& result, const Tolerances& tolerances,
+                                                  FillRule rule = FillRule::NonZero);
+    /// All pairs of members that have an area in common, by their numbers, first before second. Members of a layer may
+    /// overlap: each counts for itself.
+    [[nodiscard]] static bool Overlay(const Operand& first, const Operand& second, std::vector<CommonArea>& result,
+                                      const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+};
+
+}  // namespace Kalvio::Math

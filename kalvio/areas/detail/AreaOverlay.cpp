@@ -1,0 +1,428 @@
+#include "kalvio/areas/detail/AreaOverlay.h"
+
+#include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/detail/Ring.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+constexpr double straightness = 0.005;  // of the tolerance: what cut a segment without bending it leaves no corner
+
+bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
+
+// The bits of a number of 16 bits, each followed by a 0.
+std::uint32_t Spread(std::uint32_t bits) {
+    bits = (bits | (bits << 8)) & 0x00ff00ffU;
+    bits = (bits | (bits << 4)) & 0x0f0f0f0fU;
+    bits = (bits | (bits << 2)) & 0x33333333U;
+    return (bits | (bits << 1)) & 0x55555555U;
+}
+
+}  // namespace
+
+bool AreaOverlay::Add(const Polygon2D& area, std::uint32_t layer) {
+    members.push_back({layer, memberCount[layer]++});
+    if (!AddRing(area.GetPoints(), false)) return false;
+    for (unsigned int i = 0; i < area.GetNumHoleBoundaries(); ++i) {
+        if (!AddRing(area.GetHoleBoundary(i).GetPoints(), true)) return false;
+    }
+    return true;
+}
+
+template <class Points>
+bool AreaOverlay::AddRing(const Points& ring, bool isHole) {
+    const auto isUsable = [](double value) { return std::abs(value) <= largestCoordinate; };
+    const auto firstVertex = static_cast<std::uint32_t>(vertices.size());
+    const auto firstPiece = static_cast<std::uint32_t>(border.size());
+    const auto number = static_cast<std::uint32_t>(rings.size());
+    for (const Point2D& p : ring) {
+        if (!isUsable(p.GetX()) || !isUsable(p.GetY())) return false;
+        const auto vertex = static_cast<std::uint32_t>(vertices.size());
+        vertices.push_back({p.GetX(), p.GetY()});
+        border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
+        sources.push_back({number, 0, {}});
+    }
+    if (!ring.empty()) border.back().to = firstVertex;
+    rings.push_back({static_cast<std::uint32_t>(members.size() - 1), isHole, firstPiece,
+                     static_cast<std::uint32_t>(border.size())});
+    return true;
+}
+
+// Neighbours in the list shall be neighbours in the plane: rings follow a curve through the plane that fills it (G. M.
+// Morton, 1966).
+void AreaOverlay::SortRings() {
+    Extent extent;
+    for (const PlanePoint& p : vertices) extent.Add(Point2D(p.x, p.y));
+    const auto cell = [](double value, double low, double high) {
+        const double part = high > low ? (value - low) / (high - low) : 0.0;
+        return Spread(static_cast<std::uint32_t>(std::clamp(part, 0.0, 1.0) * 65535.0));
+    };
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> order;
+    order.reserve(rings.size());
+    for (std::uint32_t ring = 0; ring < rings.size(); ++ring) {
+        Extent own;
+        for (std::uint32_t k = rings[ring].firstPiece; k < rings[ring].endPiece; ++k) {
+            const PlanePoint& p = vertices[border[k].from];
+            own.Add(Point2D(p.x, p.y));
+        }
+        const double x = 0.5 * own.minX + 0.5 * own.maxX;
+        const double y = 0.5 * own.minY + 0.5 * own.maxY;
+        const std::uint32_t code =
+            own.minX <= own.maxX ? cell(x, extent.minX, extent.maxX) | (cell(y, extent.minY, extent.maxY) << 1) : 0;
+        order.emplace_back(code, ring);
+    }
+    std::sort(order.begin(), order.end());
+    std::vector<BorderPiece> sorted;
+    sorted.reserve(border.size());
+    for (const auto& [code, ring] : order) {
+        sorted.insert(sorted.end(), border.begin() + rings[ring].firstPiece, border.begin() + rings[ring].endPiece);
+    }
+    border = std::move(sorted);
+}
+
+bool AreaOverlay::Run() {
+    if (vertices.size() >= none / 2) return false;
+    SortRings();
+    noding.emplace(vertices, std::move(border), sources, tolerance);
+    if (!noding->Run()) return false;
+    std::vector<std::uint32_t> edgeOfPiece;
+    MergePieces(edgeOfPiece);
+    faces.emplace(*noding, edges, edgeOfPiece);
+    windings.assign(rings.size(), 0);
+    regionOf.assign(faces->GetFaceCount(), none);
+    isWalked.assign(faces->GetHalfEdgeCount(), 0);
+    placeOf.assign(noding->GetNodes().size(), none);
+    return true;
+}
+
+// Pieces between the same nodes become one edge with all their sources, unless these cancel out.
+void AreaOverlay::MergePieces(std::vector<std::uint32_t>& edgeOfPiece) {
+    const std::vector<BorderPiece>& pieces = noding->GetPieces();
+    struct Entry {
+        std::uint32_t high;
+        std::uint32_t piece;
+    };
+    std::vector<std::uint32_t> first(noding->GetNodes().size() + 1, 0);
+    for (const BorderPiece& piece : pieces) ++first[std::min(piece.from, piece.to) + 1];
+    for (std::size_t node = 1; node < first.size(); ++node) first[node] += first[node - 1];
+    std::vector<Entry> entries(pieces.size());
+    std::vector<std::uint32_t> filled(first.begin(), first.end() - 1);
+    for (std::uint32_t k = 0; k < pieces.size(); ++k) {
+        entries[filled[std::min(pieces[k].from, pieces[k].to)]++] = {std::max(pieces[k].from, pieces[k].to), k};
+    }
+    edgeOfPiece.assign(pieces.size(), none);
+    runs.reserve(pieces.size());
+    for (std::uint32_t low = 0; low + 1 < first.size(); ++low) {
+        const auto from = entries.begin() + first[low];
+        const auto to = entries.begin() + first[low + 1];
+        std::sort(from, to, [&pieces](const Entry& a, const Entry& b) {
+            return a.high < b.high || (a.high == b.high && pieces[a.piece].source < pieces[b.piece].source);
+        });
+        for (auto entry = from; entry != to;) {
+            const std::uint32_t high = entry->high;
+            const std::size_t begin = runs.size();
+            auto last = entry;
+            for (; last != to && last->high == high; ++last) {
+                const BorderPiece& piece = pieces[last->piece];
+                runs.push_back({piece.source, piece.from == low ? 1 : -1});
+            }
+            if (IsIdle(begin, runs.size())) {
+                runs.resize(begin);
+            } else {
+                for (auto same = entry; same != last; ++same) {
+                    edgeOfPiece[same->piece] = static_cast<std::uint32_t>(edges.size());
+                }
+                firstRun.push_back(static_cast<std::uint32_t>(begin));
+                edges.push_back({low, high});
+            }
+            entry = last;
+        }
+    }
+    firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
+}
+
+// Whether every ring runs forth as often as back. Sources are in the order of their rings.
+bool AreaOverlay::IsIdle(std::size_t from, std::size_t to) const {
+    while (from < to) {
+        const std::uint32_t ring = sources[runs[from].source].ring;
+        int sum = 0;
+        for (; from < to && sources[runs[from].source].ring == ring; ++from) sum += runs[from].sense;
+        if (sum != 0) return false;
+    }
+    return true;
+}
+
+template <class Visit>
+void AreaOverlay::WalkFaces(Visit&& visit) {
+    struct Step {
+        std::uint32_t crossed;  // on the way into the face
+        std::uint32_t ahead;    // the half-edge of the face that is looked at next
+    };
+    std::vector<char> isVisited(faces->GetFaceCount(), 0);
+    std::vector<Step> way{{none, faces->FirstOfFace(0)}};
+    isVisited[0] = 1;
+    visit(0U);
+    while (!way.empty()) {
+        const std::uint32_t half = way.back().ahead;
+        if (half == none) {
+            const std::uint32_t crossed = way.back().crossed;
+            way.pop_back();
+            if (crossed != none) Cross(PlanarFaces::Twin(crossed));
+            continue;
+        }
+        way.back().ahead = faces->NextOfFace(half);
+        const std::uint32_t face = faces->Face(PlanarFaces::Twin(half));
+        if (isVisited[face]) continue;
+        isVisited[face] = 1;
+        Cross(half);
+        visit(face);
+        way.push_back({half, faces->FirstOfFace(face)});
+    }
+}
+
+// From the left of a half-edge to its right.
+void AreaOverlay::Cross(std::uint32_t half) {
+    const std::uint32_t edge = half / 2;
+    const int direction = (half & 1U) == 0 ? -1 : 1;
+    const auto isIn = [this](int winding) { return isEvenOdd ? (winding & 1) != 0 : winding != 0; };
+    for (std::uint32_t k = firstRun[edge]; k < firstRun[edge + 1]; ++k) {
+        const BorderRing& ring = rings[sources[runs[k].source].ring];
+        int& winding = windings[sources[runs[k].source].ring];
+        const bool wasIn = isIn(winding);
+        winding += direction * runs[k].sense;
+        if (isIn(winding) == wasIn) continue;
+        Member& member = members[ring.member];
+        const bool wasInside = member.isInOuter && member.holes == 0;
+        if (ring.isHole) {
+            member.holes += wasIn ? -1 : 1;
+        } else {
+            member.isInOuter = !wasIn;
+        }
+        Turn(member, wasInside);
+    }
+}
+
+void AreaOverlay::Turn(Member& member, bool wasInside) {
+    const bool isInside = member.isInOuter && member.holes == 0;
+    if (isInside == wasInside) return;
+    std::vector<std::uint32_t>& numbers = inside[member.layer];
+    if (isInside) {
+        ++insideCount[member.layer];
+        numbers.push_back(member.number);
+        return;
+    }
+    --insideCount[member.layer];
+    // What was entered last is mostly left first.
+    const auto found = std::find(numbers.rbegin(), numbers.rend(), member.number);
+    *found = numbers.back();
+    numbers.pop_back();
+}
+
+std::vector<AreaOverlay::Area> AreaOverlay::Extract(bool (*keep)(bool, bool)) {
+    std::vector<std::uint32_t> kept;
+    WalkFaces([&](std::uint32_t face) {
+        if (keep(insideCount[0] > 0, insideCount[1] > 0)) kept.push_back(face);
+    });
+    return BuildAreas(kept);
+}
+
+std::vector<AreaOverlay::Common> AreaOverlay::ExtractCommon() {
+    struct Entry {
+        std::uint32_t first;
+        std::uint32_t second;
+        std::uint32_t face;
+    };
+    std::vector<Entry> entries;
+    WalkFaces([&](std::uint32_t face) {
+        for (const std::uint32_t first : inside[0]) {
+            for (const std::uint32_t second : inside[1]) entries.push_back({first, second, face});
+        }
+    });
+    std::sort(entries.begin(), entries.end(), [](const Entry& a, const Entry& b) {
+        if (a.first != b.first) return a.first < b.first;
+        return a.second < b.second || (a.second == b.second && a.face < b.face);
+    });
+    std::vector<Common> common;
+    std::vector<std::uint32_t> kept;
+    for (std::size_t from = 0, to = 0; from < entries.size(); from = to) {
+        kept.clear();
+        for (; to < entries.size() && entries[to].first == entries[from].first &&
+               entries[to].second == entries[from].second;
+             ++to) {
+            kept.push_back(entries[to].face);
+        }
+        common.push_back({entries[from].first, entries[from].second, BuildAreas(kept)});
+    }
+    return common;
+}
+
+// The faces that hang together by more than nodes are a region, and a region is an area.
+std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::uint32_t>& kept) {
+    constexpr std::uint32_t unseen = none - 1;
+    for (const std::uint32_t face : kept) regionOf[face] = unseen;
+    std::uint32_t regions = 0;
+    std::vector<std::uint32_t> open;
+    for (const std::uint32_t face : kept) {
+        if (regionOf[face] != unseen) continue;
+        regionOf[face] = regions;
+        open.assign(1, face);
+        while (!open.empty()) {
+            const std::uint32_t current = open.back();
+            open.pop_back();
+            faces->ForEachHalfEdge(current, [&](std::uint32_t half) {
+                const std::uint32_t beyond = faces->Face(PlanarFaces::Twin(half));
+                if (regionOf[beyond] != unseen) return;
+                regionOf[beyond] = regions;
+                open.push_back(beyond);
+            });
+        }
+        ++regions;
+    }
+
+    std::vector<Area> areas(regions);
+    std::vector<std::vector<std::uint32_t>> loops;
+    for (const std::uint32_t face : kept) {
+        Area& area = areas[regionOf[face]];
+        faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
+            if (isWalked[half] || !IsBorder(half)) return;
+            loops.clear();
+            WalkBorder(half, loops);
+            for (std::vector<std::uint32_t>& loop : loops) area.push_back(MakeRing(loop));
+        });
+    }
+    for (const std::uint32_t face : kept) {
+        faces->ForEachHalfEdge(face, [&](std::uint32_t half) { isWalked[half] = 0; });
+        regionOf[face] = none;
+    }
+
+    const auto isBeforeCorner = [](const Corner& a, const Corner& b) { return IsLeftBelow(a.at, b.at); };
+    const auto isBeforeRing = [&](const Ring& a, const Ring& b) {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeCorner);
+    };
+    for (Area& area : areas) {
+        std::sort(area.begin(), area.end(), isBeforeRing);
+        // The outer ring reaches farthest left; a hole that starts at the same corner turns the other way there.
+        const auto outer = std::find_if(area.begin(), area.end(), [](const Ring& ring) {
+            return ring.size() > 2 && ExactTurn(ring.back().at, ring[0].at, ring[1].at) > 0.0;
+        });
+        if (outer != area.end()) std::rotate(area.begin(), outer, outer + 1);
+    }
+    std::sort(areas.begin(), areas.end(), [&](const Area& a, const Area& b) {
+        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeRing);
+    });
+    return areas;
+}
+
+bool AreaOverlay::IsBorder(std::uint32_t half) const {
+    return regionOf[faces->Face(half)] != none && regionOf[faces->Face(PlanarFaces::Twin(half))] == none;
+}
+
+// Follows a border with its region on the left, turning through the region at every node, and parts it into loops that
+// pass no node twice. That has one answer: at a node that the border passes again, the loops lie side by side.
+void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& loops) {
+    std::vector<std::uint32_t> walk;
+    const auto cutLoop = [&](std::size_t from) {
+        for (std::size_t k = from; k < walk.size(); ++k) placeOf[faces->Origin(walk[k])] = none;
+        loops.emplace_back(walk.begin() + static_cast<std::ptrdiff_t>(from), walk.end());
+        walk.resize(from);
+    };
+    std::uint32_t half = first;
+    do {
+        const std::uint32_t node = faces->Origin(half);
+        if (placeOf[node] != none) cutLoop(placeOf[node]);
+        placeOf[node] = static_cast<std::uint32_t>(walk.size());
+        walk.push_back(half);
+        isWalked[half] = 1;
+        half = faces->Next(half);
+        while (!IsBorder(half)) half = faces->Next(PlanarFaces::Twin(half));
+    } while (half != first);
+    cutLoop(0);
+}
+
+// A node inside a segment of the input is no corner, unless the segment was bent there.
+AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const {
+    const std::vector<PlanePoint>& nodes = noding->GetNodes();
+    const auto at = [&](std::uint32_t half) -> const PlanePoint& { return nodes[faces->Origin(half)]; };
+    const auto isBefore = [&](std::uint32_t g, std::uint32_t h) { return IsLeftBelow(at(g), at(h)); };
+    std::vector<std::uint32_t> common;
+    const auto sourcesOf = [&](std::uint32_t half) {
+        common.clear();
+        for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) common.push_back(runs[k].source);
+    };
+    // Starts at a corner.
+    std::rotate(loop.begin(), std::min_element(loop.begin(), loop.end(), isBefore), loop.end());
+    std::size_t start = 0;
+    for (; start < loop.size(); ++start) {
+        sourcesOf(loop[(start + loop.size() - 1) % loop.size()]);
+        if (!HasCommonSource(loop[start], common)) break;
+    }
+    if (start < loop.size()) std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(start), loop.end());
+
+    std::vector<char> isKept(loop.size(), 0);
+    for (std::size_t from = 0, to = 0; from < loop.size(); from = to) {
+        sourcesOf(loop[from]);
+        to = from + 1;
+        while (to < loop.size() && HasCommonSource(loop[to], common)) ++to;
+        isKept[from] = 1;
+        KeepBends(loop, from, to, isKept);
+    }
+    Ring ring;
+    for (std::size_t k = 0; k < loop.size(); ++k) {
+        if (isKept[k]) ring.push_back({at(loop[k])});
+    }
+    std::rotate(ring.begin(),
+                std::min_element(ring.begin(), ring.end(),
+                                 [](const Corner& a, const Corner& b) { return IsLeftBelow(a.at, b.at); }),
+                ring.end());
+    return ring;
+}
+
+// Leaves those of the sources that run along the half-edge too, if there are any.
+bool AreaOverlay::HasCommonSource(std::uint32_t half, std::vector<std::uint32_t>& common) const {
+    const auto from = runs.begin() + firstRun[half / 2];
+    const auto to = runs.begin() + firstRun[half / 2 + 1];
+    const auto isAlong = [&](std::uint32_t source) {
+        return std::any_of(from, to, [source](const Passage& run) { return run.source == source; });
+    };
+    if (std::none_of(common.begin(), common.end(), isAlong)) return false;
+    std::erase_if(common, [&](std::uint32_t source) { return !isAlong(source); });
+    return true;
+}
+
+// Keeps corners between two of a loop until no other one is off the segment between its neighbours.
+void AreaOverlay::KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
+                            std::vector<char>& isKept) const {
+    const std::vector<PlanePoint>& nodes = noding->GetNodes();
+    std::vector<std::pair<std::size_t, std::size_t>> open{{from, to}};
+    while (!open.empty()) {
+        const auto [low, high] = open.back();
+        open.pop_back();
+        const PlanePoint& a = nodes[faces->Origin(loop[low])];
+        const PlanePoint& b = nodes[faces->Origin(loop[high % loop.size()])];
+        const Point2D start(a.x, a.y);
+        const Point2D end(b.x, b.y);
+        const double limit = straightness * noding->GetTolerance();
+        double most = 0.0;
+        std::size_t bend = low;
+        for (std::size_t k = low + 1; k < high; ++k) {
+            const PlanePoint& p = nodes[faces->Origin(loop[k])];
+            const double off = SegmentFoot(Point2D(p.x, p.y), start, end, 0.0).squaredDistance;
+            if (off > most) {
+                most = off;
+                bend = k;
+            }
+        }
+        if (!(most > limit * limit)) continue;
+        isKept[bend] = 1;
+        open.emplace_back(low, bend);
+        open.emplace_back(bend, high);
+    }
+}
+
+}  // namespace Kalvio::Math::detail

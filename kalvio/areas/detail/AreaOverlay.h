@@ -1,0 +1,123 @@
+#pragma once
+
+#include "kalvio/areas/detail/BorderNoding.h"
+#include "kalvio/areas/detail/PlanarFaces.h"
+#include "kalvio/core/Point2D.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace Kalvio::Math {
+
+class Polygon2D;
+
+}  // namespace Kalvio::Math
+
+namespace Kalvio::Math::detail {
+
+/// Lays the areas of two layers over each other and reads areas off the faces.
+///
+/// The borders become one plane graph (`BorderNoding`); a walk from face to face across its edges counts the windings
+/// of every ring and keeps what lies inside of what. Whatever the areas are, how many and how they lie, that is one
+/// pass.
+class AreaOverlay {
+public:
+    /// A corner of a ring of the result.
+    struct Corner {
+        PlanePoint at;
+    };
+    using Ring = std::vector<Corner>;
+    /// The outer ring, counter-clockwise, then the holes, clockwise; each starts at its leftmost corner (of those the
+    /// lowest).
+    using Area = std::vector<Ring>;
+    /// The area that a member of the first layer and one of the second have in common.
+    struct Common {
+        std::uint32_t first;
+        std::uint32_t second;
+        std::vector<Area> areas;
+    };
+
+    /// @param isOdd  a ring is inside where its winding is odd, else where it is not 0
+    AreaOverlay(double userTolerance, bool isOdd) : tolerance(userTolerance), isEvenOdd(isOdd) {}
+
+    /// Takes an area as the next member of a layer, 0 or 1.
+    /// @return false for a coordinate that is not finite or beyond 1e100
+    [[nodiscard]] bool Add(const Polygon2D& area, std::uint32_t layer);
+
+    /// To be called once, after the last area.
+    [[nodiscard]] bool Run();
+
+    /// The areas where keep(in the first layer, in the second layer), in the order of their corners.
+    std::vector<Area> Extract(bool (*keep)(bool, bool));
+    /// All common areas, by first and second number.
+    std::vector<Common> ExtractCommon();
+
+private:
+    static constexpr std::uint32_t none = BorderNoding::none;
+
+    struct BorderRing {
+        std::uint32_t member;
+        bool isHole;
+        std::uint32_t firstPiece;
+        std::uint32_t endPiece;
+    };
+    struct Member {
+        std::uint32_t layer;
+        std::uint32_t number;  // in its layer
+        int holes = 0;         // that the walk is in
+        bool isInOuter = false;
+    };
+    // Along an edge runs a source, from its lower node to its higher one or back.
+    struct Passage {
+        std::uint32_t source;
+        int sense;
+    };
+
+    template <class Points>
+    bool AddRing(const Points& ring, bool isHole);
+    void SortRings();
+    void MergePieces(std::vector<std::uint32_t>& edgeOfPiece);
+    bool IsIdle(std::size_t from, std::size_t to) const;
+    template <class Visit>
+    void WalkFaces(Visit&& visit);
+    void Cross(std::uint32_t half);
+    void Turn(Member& member, bool wasInside);
+
+    std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
+    void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& loops);
+    bool IsBorder(std::uint32_t half) const;
+    Ring MakeRing(std::vector<std::uint32_t>& loop) const;
+    bool HasCommonSource(std::uint32_t half, std::vector<std::uint32_t>& common) const;
+    void KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
+                   std::vector<char>& isKept) const;
+
+    double tolerance;
+    bool isEvenOdd;
+    std::vector<PlanePoint> vertices;
+    std::vector<BorderPiece> border;
+    std::vector<BorderSource> sources;
+    std::vector<BorderRing> rings;
+    std::vector<Member> members;
+    std::array<std::uint32_t, 2> memberCount{};
+
+    std::optional<BorderNoding> noding;
+    std::vector<PlanarFaces::Edge> edges;
+    std::vector<std::uint32_t> firstRun;  // of each edge, in `runs`
+    std::vector<Passage> runs;
+    std::optional<PlanarFaces> faces;
+
+    // The place of a walk.
+    std::vector<int> windings;  // of each ring
+    std::array<std::uint32_t, 2> insideCount{};
+    std::array<std::vector<std::uint32_t>, 2> inside;  // numbers of the members that the walk is in
+
+    // What areas are built from.
+    std::vector<std::uint32_t> regionOf;  // of each face; none: not part of the result
+    std::vector<char> isWalked;           // of each half-edge
+    std::vector<std::uint32_t> placeOf;   // of each node, in the walk
+};
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "kalvio/core/detail/BoxHierarchy.h"
+#include "kalvio/polygons/detail/ExactTurn.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
+
+namespace Kalvio::Math::detail {
+
+/// One element of a border as it was given: a segment, or an arc about a centre.
+struct BorderSource {
+    std::uint32_t ring = 0;
+    int sense = 0;  // of an arc: 1 counter-clockwise, -1 clockwise; 0 for a segment
+    PlanePoint center;
+};
+
+/// A stretch of a border from one node (before the noding: vertex) to another, along its source.
+struct BorderPiece {
+    std::uint32_t from = 0;
+    std::uint32_t to = 0;
+    std::uint32_t source = 0;
+};
+
+/// Cuts borders where they meet, so that what is left is a plane graph: nodes, and pieces that have nothing but nodes
+/// in common.
+///
+/// Two rules of data normalisation (V. J. Milenkovic, Verifiable implementations of geometric algorithms using finite
+/// precision arithmetic, 1988) are kept up until nothing is left to do. With the tolerance t and a little more, r:
+///
+/// 1. No two nodes lie within 1.42 t of each other, so that none are equal within t per coordinate. A vertex nearer
+/// than that to an earlier one becomes it, and moves no
+///    more after that. One that has no neighbour does not move at all.
+/// 2. No node lies within r of a piece that does not end in it: the piece is cut there and both parts end in the node.
+/// 3. No two pieces cross: they are cut at the node nearest to the crossing, which is made there when none is near.
+///
+/// Crossings are decided by exact turns, so that the graph is plane and not only nearly so: whatever walks it needs no
+/// tolerance. A border that was closed stays closed, so that the windings of a ring about every face are whole numbers.
+/// The rounds end: nodes are only added, and there is room for so many; a piece is only replaced by shorter ones
+/// between nodes (the cut of rule 2 shortens as 1.42 t > 2 r / sqrt(3), that of rule 3 as the nearest node is taken).
+/// The result does not hang on the order of the pieces, as all choices of a round are made in the order of coordinates.
+class BorderNoding {
+public:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+    /// Coordinates are finite.
+    /// @param tolerance  raised to the rounding of the coordinates where that is more
+    BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<BorderPiece> border,
+                 const std::vector<BorderSource>& borderSources, double tolerance);
+
+    /// @return false when the rounds have not ended: nothing of the result may be used
+    [[nodiscard]] bool Run();
+
+    const std::vector<PlanePoint>& GetNodes() const { return nodes; }
+    const std::vector<BorderPiece>& GetPieces() const { return pieces; }
+    /// Boxes over the pieces, after a run.
+    const ExtentBoxes& GetBoxes() const { return *boxes; }
+    /// The tolerance that was kept.
+    double GetTolerance() const { return kept; }
+
+private:
+    // A point with its place in the order of coordinates: by strips as wide as nodes are apart, upward in each.
+    struct Spot {
+        double strip;
+        PlanePoint at;
+        std::uint32_t index;
+    };
+    // A node that a piece will be led through, and where along it.
+    struct Cut {
+        std::uint32_t piece;
+        double along;
+        std::uint32_t node;
+    };
+    struct Crossing {
+        std::uint32_t first;
+        std::uint32_t second;
+        PlanePoint at;
+    };
+
+    Spot SpotOf(const PlanePoint& p, std::uint32_t index) const;
+    static bool IsBefore(const Spot& a, const Spot& b);
+    std::vector<std::uint32_t> FindOrAddNodes(std::vector<Spot>& spots);
+    Extent ExtentOf(const BorderPiece& piece) const;
+    void BuildBoxes();
+    void FindMeetings();
+    void Compare(std::uint32_t i, std::uint32_t j);
+    bool CutNear(std::uint32_t piece, std::uint32_t node);
+    bool AddCut(std::uint32_t piece, std::uint32_t node);
+    void FindCrossing(std::uint32_t i, std::uint32_t j);
+    bool CutCrossings();
+    void ApplyCuts();
+
+    const std::vector<BorderSource>& sources;
+    double kept;      // the tolerance
+    double reach;     // of rule 2
+    double distinct;  // of rule 1
+    std::vector<PlanePoint> nodes;
+    std::vector<Spot> placed;  // the nodes in order
+    std::vector<BorderPiece> pieces;
+    std::vector<char> isFresh;  // pieces that have not been compared with all others
+    std::size_t freshCount = 0;
+    std::vector<Cut> cuts;
+    std::vector<Crossing> crossings;
+    std::optional<ExtentBoxes> boxes;
+};
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,145 @@
+#include "kalvio/areas/detail/PlanarFaces.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
+
+}  // namespace
+
+PlanarFaces::PlanarFaces(const BorderNoding& noding, const std::vector<Edge>& graphEdges,
+                         const std::vector<std::uint32_t>& edgeOfPiece)
+    : nodes(noding.GetNodes()), edges(graphEdges) {
+    LinkHalfEdges();
+    FindCycles();
+    NestComponents(noding, edgeOfPiece);
+}
+
+void PlanarFaces::LinkHalfEdges() {
+    firstAround.assign(nodes.size() + 1, 0);
+    for (const Edge& edge : edges) {
+        ++firstAround[edge.low + 1];
+        ++firstAround[edge.high + 1];
+    }
+    for (std::size_t v = 0; v < nodes.size(); ++v) firstAround[v + 1] += firstAround[v];
+    std::vector<std::uint32_t> filled(firstAround.begin(), firstAround.end() - 1);
+    around.resize(2 * edges.size());
+    for (std::uint32_t half = 0; half < around.size(); ++half) around[filled[Origin(half)]++] = half;
+
+    next.resize(around.size());
+    const auto isBelow = [](const PlanePoint& v, const PlanePoint& p) {
+        return p.y < v.y || (p.y == v.y && p.x < v.x);
+    };
+    for (std::uint32_t v = 0; v < nodes.size(); ++v) {
+        const auto from = around.begin() + firstAround[v];
+        const auto to = around.begin() + firstAround[v + 1];
+        if (to - from > 2) {
+            std::sort(from, to, [&](std::uint32_t g, std::uint32_t h) {
+                const PlanePoint& p = nodes[Origin(Twin(g))];
+                const PlanePoint& q = nodes[Origin(Twin(h))];
+                const bool isGBelow = isBelow(nodes[v], p);
+                const bool isHBelow = isBelow(nodes[v], q);
+                return isGBelow != isHBelow ? isHBelow : ExactTurn(nodes[v], p, q) > 0.0;
+            });
+        }
+        for (auto half = from; half != to; ++half) next[Twin(*half)] = half == from ? *(to - 1) : *(half - 1);
+    }
+}
+
+void PlanarFaces::FindCycles() {
+    cycleOf.assign(next.size(), none);
+    for (std::uint32_t first = 0; first < next.size(); ++first) {
+        if (cycleOf[first] != none) continue;
+        const auto cycle = static_cast<std::uint32_t>(start.size());
+        start.push_back(first);
+        for (std::uint32_t half = first; cycleOf[half] == none; half = next[half]) cycleOf[half] = cycle;
+    }
+}
+
+// Of the half-edges that leave the leftmost (lowest) node of a component, the last one before the direction -x,
+// counter- clockwise: outside of the component lies left of it.
+std::uint32_t PlanarFaces::OuterHalfEdge(std::uint32_t leftmost) const {
+    std::uint32_t outer = around[firstAround[leftmost]];
+    for (std::uint32_t k = firstAround[leftmost] + 1; k < firstAround[leftmost + 1]; ++k) {
+        const PlanePoint& best = nodes[Origin(Twin(outer))];
+        if (ExactTurn(nodes[leftmost], best, nodes[Origin(Twin(around[k]))]) > 0.0) outer = around[k];
+    }
+    return outer;
+}
+
+void PlanarFaces::NestComponents(const BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece) {
+    // Cycles with an edge in common are of one component.
+    std::vector<std::uint32_t> parent(start.size());
+    for (std::uint32_t cycle = 0; cycle < parent.size(); ++cycle) parent[cycle] = cycle;
+    const auto find = [&parent](std::uint32_t cycle) {
+        while (parent[cycle] != cycle) cycle = parent[cycle] = parent[parent[cycle]];
+        return cycle;
+    };
+    for (std::uint32_t half = 0; half < next.size(); half += 2) parent[find(cycleOf[half])] = find(cycleOf[half + 1]);
+    std::vector<std::uint32_t> leftmost(start.size(), none);  // of each component
+    for (std::uint32_t half = 0; half < next.size(); ++half) {
+        std::uint32_t& node = leftmost[find(cycleOf[half])];
+        if (node == none || IsLeftBelow(nodes[Origin(half)], nodes[node])) node = Origin(half);
+    }
+    std::erase(leftmost, none);
+    std::sort(leftmost.begin(), leftmost.end(),
+              [this](std::uint32_t a, std::uint32_t b) { return IsLeftBelow(nodes[a], nodes[b]); });
+
+    faceOf.assign(start.size(), none);
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> outside;  // the outer cycle of a component, a cycle around it
+    for (const std::uint32_t node : leftmost) {
+        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(node, noding, edgeOfPiece);
+        outside.emplace_back(cycleOf[OuterHalfEdge(node)], left == none ? none : cycleOf[left]);
+        faceOf[outside.back().first] = 0;
+    }
+    std::uint32_t faces = 1;
+    for (std::uint32_t& face : faceOf) {
+        if (face == none) face = faces++;
+    }
+    // What lies left of a component was placed before it.
+    for (const auto& [outer, holder] : outside) faceOf[outer] = holder == none ? 0 : faceOf[holder];
+    firstCycle.assign(faces, none);
+    nextCycle.resize(start.size());
+    for (auto cycle = static_cast<std::uint32_t>(start.size()); cycle-- > 0;) {
+        nextCycle[cycle] = firstCycle[faceOf[cycle]];
+        firstCycle[faceOf[cycle]] = cycle;
+    }
+}
+
+// The half-edge with the node in its face that is the nearest one to the left, a little above the level of the node.
+std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, const BorderNoding& noding,
+                                      const std::vector<std::uint32_t>& edgeOfPiece) const {
+    const PlanePoint& p = nodes[node];
+    std::uint32_t nearest = none;
+    PlanePoint low;
+    PlanePoint high;
+    Extent ray;
+    ray.minX = -std::numeric_limits<double>::infinity();
+    ray.maxX = p.x;
+    ray.minY = ray.maxY = p.y;
+    noding.GetBoxes().ForEachNear(ray, 0.0, [&](std::size_t piece) {
+        const std::uint32_t edge = edgeOfPiece[piece];
+        if (edge == none) return false;
+        const bool isUp = nodes[edges[edge].low].y < nodes[edges[edge].high].y;
+        const PlanePoint& a = nodes[isUp ? edges[edge].low : edges[edge].high];
+        const PlanePoint& b = nodes[isUp ? edges[edge].high : edges[edge].low];
+        if (!(a.y <= p.y && b.y > p.y) || !(ExactTurn(a, b, p) < 0.0)) return false;
+        if (nearest != none) {
+            // Edges do not cross: an end of one that lies beside the other tells which is farther right.
+            double side = a.y >= low.y ? -ExactTurn(low, high, a) : ExactTurn(a, b, low);
+            if (side == 0.0) side = b.y <= high.y ? -ExactTurn(low, high, b) : ExactTurn(a, b, high);
+            if (!(side > 0.0)) return false;
+        }
+        nearest = isUp ? 2 * edge + 1 : 2 * edge;  // downward: its left is where the node lies
+        low = a;
+        high = b;
+        return false;
+    });
+    return nearest;
+}
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,280 @@
+#include "kalvio/areas/PolygonsBooleanOperation.h"
+
+#include "support/Origins.h"
+#include "support/Rings.h"
+#include "support/Seed.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <string>
+
+namespace Kalvio::Math {
+namespace {
+
+using Boolean = PolygonsBooleanOperation;
+using Areas = std::vector<Polygon2D>;
+
+constexpr double tolerance = 1e-4;
+const Tolerances standard(tolerance, 1e-10);
+
+double AreaOf(const Areas& areas) {
+    return std::accumulate(areas.begin(), areas.end(), 0.0,
+                           [](double sum, const Polygon2D& area) { return sum + area.GetArea(); });
+}
+
+std::vector<std::vector<Point2D>> RingsOf(const Polygon2D& area) {
+    std::vector<std::vector<Point2D>> rings{area.GetPoints()};
+    for (unsigned int i = 0; i < area.GetNumHoleBoundaries(); ++i) rings.push_back(area.GetHoleBoundary(i).GetPoints());
+    return rings;
+}
+
+// Every bit of two results.
+bool AreSame(const Areas& a, const Areas& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](const Polygon2D& p, const Polygon2D& q) { return RingsOf(p) == RingsOf(q); });
+}
+
+void ExpectValid(const Areas& areas) {
+    for (const Polygon2D& area : areas) {
+        Point2D where;
+        EXPECT_TRUE(area.Validate(where, true, tolerance)) << testing::PrintToString(where);
+        EXPECT_GT(area.GetArea(), 0.0);
+        for (unsigned int i = 0; i < area.GetNumHoleBoundaries(); ++i) {
+            EXPECT_LT(Polygon2D(area.GetHoleBoundary(i)).GetArea(), 0.0);
+        }
+    }
+}
+
+// Union, intersection, difference, symmetric difference.
+std::array<Areas, 4> AllOf(const Areas& a, const Areas& b, Boolean::FillRule rule) {
+    std::array<Areas, 4> results;
+    EXPECT_TRUE(Boolean::Union(a, b, results[0], standard, rule));
+    EXPECT_TRUE(Boolean::Intersection(a, b, results[1], standard, rule));
+    EXPECT_TRUE(Boolean::Difference(a, b, results[2], standard, rule));
+    EXPECT_TRUE(Boolean::SymmetricDifference(a, b, results[3], standard, rule));
+    return results;
+}
+
+TEST(PolygonsBooleanOperationTest, BordersThatMeetInEveryWay) {
+    struct Row {
+        const char* why;
+        const char* first;
+        const char* second;
+        double united;         // area
+        std::size_t areas;     // of the union
+        unsigned int corners;  // of the union
+        double common;         // area
+        std::size_t intersections;
+    };
+    const char* const square = "0 0 4 0 4 4 0 4";
+    const char* const comb = "0 0 9 0 9 9 8 9 8 1 7 1 7 9 6 9 6 1 5 1 5 9 4 9 4 1 3 1 3 9 2 9 2 1 1 1 1 9 0 9";
+    const char* const lyingComb = "0 0 0 9 9 9 9 8 1 8 1 7 9 7 9 6 1 6 1 5 9 5 9 4 1 4 1 3 9 3 9 2 1 2 1 1 9 1 9 0";
+    const Row rows[] = {
+        {"the same", square, square, 16, 1, 4, 16, 1},
+        {"an edge in common", square, "4 0 8 0 8 4 4 4", 32, 1, 6, 0, 0},
+        {"part of an edge in common", square, "4 1 8 1 8 3 4 3", 24, 1, 8, 0, 0},
+        {"a corner in common", square, "4 4 8 4 8 8 4 8", 32, 2, 8, 0, 0},
+        {"a corner on an edge", square, "4 2 8 0 8 4", 24, 2, 7, 0, 0},
+        {"crossing", square, "2 -1 3 -1 3 5 2 5", 18, 1, 12, 4, 1},
+        {"a hole filled", "0 0 9 0 9 9 0 9 / 3 3 6 3 6 6 3 6", "3 3 6 3 6 6 3 6", 81, 1, 4, 0, 0},
+        {"in a hole, touching it twice", "0 0 9 0 9 9 0 9 / 3 3 3 6 6 6 6 3", "3 3 5 4 6 6 4 5", 75, 2, 12, 0, 0},
+        {"inside, touching a corner: a hole of the difference", square, "0 0 2 1 1 2", 16, 1, 4, 1.5, 1},
+        {"a hair apart", square, "4.00005 0 8 0 8 4 4.00005 4", 32, 1, 6, 0, 0},
+        {"a gap that closes", square, "4.00005 1 8 1 8 3 4.00005 3", 24, 1, 8, 0, 0},
+        {"a gap wide enough", square, "4.0002 1 8 1 8 3 4.0002 3", 24, 2, 8, 0, 0},
+        {"crosses itself", "0 0 4 4 4 0 0 4", "0 0 4 4 4 0 0 4", 8, 2, 6, 8, 2},
+        {"no area", square, "1 1 3 1 2 1", 16, 1, 4, 0, 0},
+        {"a spike", "0 0 4 0 4 4 9 4 4 4 0 4", square, 16, 1, 4, 16, 1},
+        {"nothing", square, "", 16, 1, 4, 0, 0},
+        {"comb on comb", comb, lyingComb, 65, 1, 68, 33, 17},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.why);
+            const Vec2D shift = origin - Point2D();
+            const Areas a{MakePolygon(row.first).Translate(shift)};
+            const Areas b{MakePolygon(row.second).Translate(shift)};
+            const auto [united, common, less, either] = AllOf(a, b, Boolean::FillRule::NonZero);
+            const double slack = 8.0 * tolerance;
+            EXPECT_NEAR(AreaOf(united), row.united, slack);
+            EXPECT_EQ(united.size(), row.areas);
+            EXPECT_EQ(std::accumulate(united.begin(), united.end(), 0U,
+                                      [](unsigned int sum, const Polygon2D& p) { return sum + p.GetTotalSize(); }),
+                      row.corners);
+            EXPECT_NEAR(AreaOf(common), row.common, slack);
+            EXPECT_EQ(common.size(), row.intersections);
+            EXPECT_NEAR(AreaOf(either), row.united - row.common, slack);
+            for (const Areas* areas : {&united, &common, &less, &either}) ExpectValid(*areas);
+        }
+    }
+}
+
+TEST(PolygonsBooleanOperationTest, FillRulesTellInsidesOfStarsApart) {
+    // The star {n / k}: its outline, and by inclusion and exclusion the part wound an odd number of times, have areas
+    // of their own. Corners alternate between the radii 1 and r = cos(k pi / n) / cos((k - 1) pi / n).
+    constexpr int n = 101;
+    constexpr int k = 50;
+    constexpr double pi = 3.14159265358979324;
+    const auto outline = [](int step) {
+        return n * std::sin(pi / n) * std::cos(step * pi / n) / std::cos((step - 1) * pi / n);
+    };
+    // {n / k} scaled so that its corners are those of the star formed by the crossings one ring farther in.
+    double odd = 0.0;
+    for (int step = k; step >= 1; --step) {
+        const double radius = std::cos(k * pi / n) / std::cos(step * pi / n);
+        odd += ((k - step) % 2 == 0 ? 1.0 : -1.0) * radius * radius * outline(step);
+    }
+    for (const Point2D& origin : surveyOrigins) {
+        Polygon2D star;
+        for (int i = 0; i < n; ++i)
+            star.AppendPoint(origin + (Point2D(Angle(2.0 * pi * (i * k % n) / n), 1.0) - Point2D()));
+        for (const auto& [rule, expected] :
+             {std::pair(Boolean::FillRule::NonZero, outline(k)), {Boolean::FillRule::EvenOdd, odd}}) {
+            Areas result;
+            ASSERT_TRUE(Boolean::Union(star, result, Tolerances(1e-7, 1e-10), rule));
+            EXPECT_NEAR(AreaOf(result), expected, 1e-5);
+        }
+    }
+}
+
+TEST(PolygonsBooleanOperationTest, LawsOnRandomAreas) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_AREA_SEED", 31));
+    const auto number = [&random](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    // Free, on a grid, and within tolerances of one: corners meet, edges run along each other and across.
+    const auto takeRing = [&](int kind) {
+        std::vector<Point2D> ring;
+        for (double i = number(3.0, 12.0); i > 1.0; i -= 1.0) {
+            const Point2D p(number(-4, 4), number(-4, 4));
+            const Point2D cell(std::round(p.GetX()), std::round(p.GetY()));
+            const Vec2D noise(number(-tolerance, tolerance), number(-tolerance, tolerance));
+            ring.push_back(kind == 0 ? p : kind == 1 ? cell : cell + noise);
+        }
+        return ring;
+    };
+    for (int round = 0; round < 60; ++round) {
+        SCOPED_TRACE(round);
+        const Vec2D shift = surveyOrigins[round % 2] - Point2D();
+        const auto rule = round % 4 < 2 ? Boolean::FillRule::NonZero : Boolean::FillRule::EvenOdd;
+        std::array<Areas, 2> layers;
+        for (Areas& layer : layers) {
+            for (int i = 0; i < 2; ++i) {
+                layer.emplace_back(takeRing(round % 3));
+                layer.back().AppendHoleBoundary(LineString2D(takeRing(round % 3)));
+                layer.back() = layer.back().Translate(shift);
+            }
+        }
+        const std::array<Areas, 4> results = AllOf(layers[0], layers[1], rule);
+        const auto& [united, common, less, either] = results;
+        Areas first;
+        ASSERT_TRUE(Boolean::Union(layers[0], first, standard, rule));
+        constexpr double slack = 1000.0 * tolerance;  // border length times a few tolerances
+        EXPECT_NEAR(AreaOf(united), AreaOf(common) + AreaOf(either), slack);
+        EXPECT_NEAR(AreaOf(first), AreaOf(common) + AreaOf(less), slack);
+
+        // The order and the directions of what comes in do not matter; what comes out stays as it is.
+        std::array<Areas, 2> turned{layers[1], layers[0]};
+        for (Areas& layer : turned) {
+            std::reverse(layer.begin(), layer.end());
+            for (Polygon2D& area : layer) area.Reverse();
+        }
+        EXPECT_TRUE(AreSame(AllOf(turned[0], turned[1], rule)[0], united));
+        EXPECT_TRUE(AreSame(AllOf(turned[0], turned[1], rule)[1], common));
+        for (const Areas& result : results) {
+            ExpectValid(result);
+            Areas again;
+            ASSERT_TRUE(Boolean::Union(result, again, standard));
+            EXPECT_TRUE(AreSame(result, again));
+        }
+
+        // Parity and winding of the rings themselves, far enough from all borders.
+        const auto isIn = [&](const std::vector<Point2D>& ring, const Point2D& p) {
+            int winding = 0;
+            for (std::size_t i = 0; i < ring.size(); ++i) {
+                const Point2D& a = ring[i];
+                const Point2D& b = ring[(i + 1) % ring.size()];
+                const double side = (b - a).PerpDotProduct(p - a);
+                if (a.GetY() <= p.GetY() && b.GetY() > p.GetY() && side > 0.0) ++winding;
+                if (a.GetY() > p.GetY() && b.GetY() <= p.GetY() && side < 0.0) --winding;
+            }
+            return rule == Boolean::FillRule::NonZero ? winding != 0 : winding % 2 != 0;
+        };
+        const auto isInAny = [&](const Areas& areas, const Point2D& p) {
+            return std::any_of(areas.begin(), areas.end(), [&](const Polygon2D& area) {
+                return isIn(area.GetPoints(), p) &&
+                       (area.GetNumHoleBoundaries() == 0 || !isIn(area.GetHoleBoundary(0).GetPoints(), p));
+            });
+        };
+        const auto isNear = [&](const Point2D& p) {
+            const Vec2D corner(4.0 * tolerance, 4.0 * tolerance);
+            for (const Areas& layer : layers) {
+                for (const Polygon2D& area : layer) {
+                    for (const auto& ring : RingsOf(area)) {
+                        if (Polygon2D(ring).IsPointInsideAndBorders(p, corner.Length(), true) !=
+                            Polygon2D(ring).IsPointInsideAndBorders(p, corner.Length(), false)) {
+                            return true;
+                        }
+                    }
+                }
+            }
+            return false;
+        };
+        int asked = 0;
+        for (int i = 0; i < 100; ++i) {
+            const Point2D p = Point2D(number(-4, 4), number(-4, 4)) + shift;
+            if (isNear(p)) continue;
+            ++asked;
+            const bool a = isInAny(layers[0], p);
+            const bool b = isInAny(layers[1], p);
+            const bool expected[] = {a || b, a && b, a && !b, a != b};
+            for (std::size_t k = 0; k < results.size(); ++k) {
+                const bool isInside = std::any_of(results[k].begin(), results[k].end(),
+                                                  [&](const Polygon2D& area) { return area.IsPointInside(p, 0.0); });
+                EXPECT_EQ(isInside, expected[k]) << testing::PrintToString(p);
+            }
+        }
+        EXPECT_GT(asked, 50);
+    }
+}
+
+TEST(PolygonsBooleanOperationTest, OverlayNamesBothSources) {
+    // Parcels 0 ... 3 of 10 x 10 in a row, a road across three of them, a pond in one.
+    Areas parcels;
+    for (int i = 0; i < 4; ++i) parcels.push_back(MakePolygon("0 0 10 0 10 10 0 10").Translate(Vec2D(10.0 * i, 0.0)));
+    const Areas uses{MakePolygon("5 4 28 4 28 6 5 6"), MakePolygon("32 2 35 2 35 9 32 9 / 33 3 34 3 34 8 33 8")};
+    std::vector<Boolean::CommonArea> pieces;
+    ASSERT_TRUE(Boolean::Overlay(parcels, uses, pieces, standard));
+    struct Row {
+        std::size_t parcel, use;
+        double area;
+    };
+    const Row rows[] = {{0, 0, 10}, {1, 0, 20}, {2, 0, 16}, {3, 1, 16}};
+    ASSERT_EQ(pieces.size(), std::size(rows));
+    for (std::size_t i = 0; i < pieces.size(); ++i) {
+        EXPECT_EQ(pieces[i].first, rows[i].parcel);
+        EXPECT_EQ(pieces[i].second, rows[i].use);
+        EXPECT_NEAR(AreaOf(pieces[i].areas), rows[i].area, 1e-12);
+    }
+
+    // Failure leaves everything as it was.
+    Areas untouched{parcels[0]};
+    for (const double bad :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 1e308}) {
+        Areas broken{parcels[0]};
+        broken.back().GetPoint(2).SetX(bad);
+        EXPECT_FALSE(Boolean::Union(parcels, broken, untouched, standard));
+        EXPECT_FALSE(Boolean::Overlay(broken, parcels, pieces, standard));
+        EXPECT_TRUE(AreSame(untouched, {parcels[0]}));
+        EXPECT_EQ(pieces.size(), std::size(rows));
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math

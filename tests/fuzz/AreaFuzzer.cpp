@@ -1,0 +1,66 @@
+#include "kalvio/areas/PolygonsBooleanOperation.h"
+
+#include "fuzz/Bytes.h"
+
+#include <numeric>
+
+using namespace Kalvio::Math;
+
+namespace {
+
+using Boolean = PolygonsBooleanOperation;
+
+constexpr double tolerance = 1e-3;
+const Tolerances tolerances(tolerance, 1e-10);
+
+std::vector<Polygon2D> TakeAreas(Bytes& bytes) {
+    std::vector<Polygon2D> areas(1 + bytes.TakeCount(3));
+    for (Polygon2D& area : areas) {
+        const std::size_t corners = bytes.TakeCount(12);
+        const std::size_t holeCorners = bytes.TakeCount(6);
+        area = Polygon2D(bytes.TakePoints(corners));
+        if (holeCorners > 0) area.AppendHoleBoundary(LineString2D(bytes.TakePoints(holeCorners)));
+    }
+    return areas;
+}
+
+double AreaOf(const std::vector<Polygon2D>& areas) {
+    return std::accumulate(areas.begin(), areas.end(), 0.0,
+                           [](double sum, const Polygon2D& area) { return sum + area.GetArea(); });
+}
+
+bool AreSame(const std::vector<Polygon2D>& a, const std::vector<Polygon2D>& b) {
+    return a.size() == b.size() &&
+           std::equal(a.begin(), a.end(), b.begin(), [](const Polygon2D& p, const Polygon2D& q) {
+               return p.GetPoints() == q.GetPoints() && p.GetNumHoleBoundaries() == q.GetNumHoleBoundaries();
+           });
+}
+
+}  // namespace
+
+void Kalvio::Math::Fuzz(Bytes& bytes) {
+    const bool tame = bytes.Tame();
+    const auto rule = bytes.TakeCount(2) == 0 ? Boolean::FillRule::NonZero : Boolean::FillRule::EvenOdd;
+    const std::vector<Polygon2D> a = TakeAreas(bytes);
+    const std::vector<Polygon2D> b = TakeAreas(bytes);
+    std::vector<Polygon2D> united, common, less, other, either, first;
+    if (!Boolean::Union(a, b, united, tolerances, rule)) return Require(!tame && united.empty());
+    Require(Boolean::Intersection(a, b, common, tolerances, rule));
+    Require(Boolean::Difference(a, b, less, tolerances, rule) && Boolean::Difference(b, a, other, tolerances, rule));
+    Require(Boolean::SymmetricDifference(a, b, either, tolerances, rule));
+    Require(Boolean::Union(b, a, other, tolerances, rule) && AreSame(united, other));
+    std::vector<Boolean::CommonArea> pieces;
+    Require(Boolean::Overlay(a, b, pieces, tolerances, rule));
+    for (const auto& piece : pieces) Require(piece.first < a.size() && piece.second < b.size());
+    if (!tame) return;
+    for (const auto* areas : {&united, &common, &less, &either}) {
+        Require(Boolean::Union(*areas, first, tolerances) && AreSame(first, *areas));
+        Point2D where;
+        for (const Polygon2D& area : *areas) Require(area.Validate(where, true, tolerance));
+    }
+    // Coordinates up to 2048 on borders of up to 100 edges.
+    constexpr double slack = 4.0 * tolerance * 100 * 6000;
+    Require(Boolean::Union(a, first, tolerances, rule));
+    Require(std::abs(AreaOf(united) - AreaOf(common) - AreaOf(either)) <= slack);
+    Require(std::abs(AreaOf(first) - AreaOf(common) - AreaOf(less)) <= slack);
+}
