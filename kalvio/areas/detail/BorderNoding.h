@@ -1,7 +1,7 @@
 #pragma once
 
-#include "kalvio/polygons/detail/ExactPredicates.h"
 #include "kalvio/core/detail/BoxHierarchy.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 
 #include <cstddef>
 #include <cstdint>
