@@ -666,6 +666,17 @@ std::string_view GetName(Polygon2D::PositionResult code) {
     return "?";
 }
 
+std::string_view GetName(PolygonsBooleanOperation::FillRule code) {
+    using enum PolygonsBooleanOperation::FillRule;
+    switch (code) {
+        case NonZero:
+            return "NonZero";
+        case EvenOdd:
+            return "EvenOdd";
+    }
+    return "?";
+}
+
 std::string_view GetName(Profile::Curve code) {
     using enum Profile::Curve;
     switch (code) {

@@ -6,6 +6,7 @@
 #include "kalvio/alignments/AlignmentDesign.h"
 #include "kalvio/alignments/Cant.h"
 #include "kalvio/alignments/Profile.h"
+#include "kalvio/areas/PolygonsBooleanOperation.h"
 #include "kalvio/core/Angle.h"
 #include "kalvio/core/IMathObject.h"
 #include "kalvio/core/MathTypes.h"
@@ -73,6 +74,7 @@ namespace Kalvio::Math {
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Numbers::CompareOperator code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(PointInPolygon::Position code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Polygon2D::PositionResult code);
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(PolygonsBooleanOperation::FillRule code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Profile::Curve code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Profile::FaultKind code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(ProjectionPlane code);

@@ -1,10 +1,11 @@
-// Reads polygons, measures and checks them, classifies points, draws polygons and points.
+// Reads polygons, measures and checks them, classifies points, lays polygons over others, draws polygons and points.
 
 #include "common/Arguments.h"
 #include "common/Csv.h"
 #include "common/InputError.h"
 #include "common/Svg.h"
 #include "parcels/Areas.h"
+#include "parcels/Overlay.h"
 
 #include "kalvio/Wkt.h"
 #include "kalvio/areas/GeometrySimplifier.h"
@@ -35,6 +36,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
     "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH] [--curves LENGTH]\n"
+    "               [--overlay OTHER [--pieces OUT.geojson]]\n"
     "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
     "(.wkt),\n"
     "               a polygon or MULTIPOLYGON a line\n"
@@ -46,7 +48,9 @@ constexpr const char* kUsage =
     "  --wkt        writes the polygons as well-known text, one a line\n"
     "  --curves     the texts have lines and arcs this near to the borders\n"
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n"
-    "  --simplify   first leaves out points this near to the lighter borders; common borders stay common\n";
+    "  --simplify   first leaves out points this near to the lighter borders; common borders stay common\n"
+    "  --overlay    tells what the polygons have in common with those of another file, in areas and shares\n"
+    "  --pieces     writes the common areas as GeoJSON\n";
 
 constexpr int kDiffers = 1;
 constexpr double largestRaster = 5000.0;
@@ -58,6 +62,8 @@ struct Options {
     std::string svg;
     std::string csv;
     std::string wkt;
+    std::string overlay;
+    std::string pieces;
     double raster = 0.0;
     double tolerance = 1e-9;
     double simplify = 0.0;
@@ -73,6 +79,8 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
     arguments.AddText("--wkt", options.wkt);
+    arguments.AddText("--overlay", options.overlay);
+    arguments.AddText("--pieces", options.pieces);
     arguments.AddPositive("--tolerance", options.tolerance);
     arguments.AddPositive("--simplify", options.simplify);
     arguments.AddPositive("--curves", options.curves);
@@ -252,16 +260,22 @@ int Check(const Map& map, std::size_t polygons, const std::string& path, std::ve
     return differences;
 }
 
-void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, const Map& map,
+void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, const Map& map, const CommonAreas& pieces,
           const std::vector<Mark>& marks, const std::string& path) {
     Svg svg(1100, 800);
     const SvgPanel panel(40, 40, 1020, 720, map.GetExtent(), true);
-    for (std::size_t i = 0; i < areas.size(); ++i) {
-        std::vector<std::vector<Point2D>> rings{panel.ToPage(areas[i].polygon.GetPoints())};
-        for (unsigned int h = 0; h < areas[i].polygon.GetNumHoleBoundaries(); ++h) {
-            rings.push_back(panel.ToPage(areas[i].polygon.GetHoleBoundary(h).GetPoints()));
+    const auto drawArea = [&](const Polygon2D& polygon, const SvgStyle& style) {
+        std::vector<std::vector<Point2D>> rings{panel.ToPage(polygon.GetPoints())};
+        for (unsigned int h = 0; h < polygon.GetNumHoleBoundaries(); ++h) {
+            rings.push_back(panel.ToPage(polygon.GetHoleBoundary(h).GetPoints()));
         }
-        svg.Area(rings, {"#4a6741", 0.8, rows[i].fault ? "#f3c6b8" : "#d9e6cf", ""});
+        svg.Area(rings, style);
+    };
+    for (std::size_t i = 0; i < areas.size(); ++i) {
+        drawArea(areas[i].polygon, {"#4a6741", 0.8, rows[i].fault ? "#f3c6b8" : "#d9e6cf", ""});
+    }
+    for (const auto& piece : pieces) {
+        for (const Polygon2D& polygon : piece.areas) drawArea(polygon, {"#1b4f9c", 0.6, "#a9c4e6", ""});
     }
     const double radius = std::clamp(120.0 / std::sqrt(static_cast<double>(marks.size()) + 1.0), 0.8, 3.0);
     for (const Mark& mark : marks) {
@@ -302,12 +316,20 @@ int Run(const Options& options) {
     if (!options.csv.empty()) WriteTable(rows, options.csv);
     if (!options.wkt.empty()) WriteTexts(areas, options.wkt, options.curves);
 
+    CommonAreas pieces;
+    if (!options.overlay.empty()) {
+        const std::vector<Area> others = ReadAreas(options.overlay);
+        pieces = LayOver(areas, others, options.tolerance);
+        ReportOverlay(areas, others, pieces);
+        if (!options.pieces.empty()) WriteGeoJson(areas, others, pieces, options.pieces);
+    }
+
     const Map map(areas, options.tolerance);
     std::vector<Mark> marks;
     if (!options.points.empty()) NameHolders(map, areas, options.points, marks);
     const int differences = options.check.empty() ? 0 : Check(map, areas.size(), options.check, marks);
     if (const int count = static_cast<int>(options.raster); count > 0) ClassifyRaster(map, count, marks);
-    if (!options.svg.empty()) Draw(areas, rows, map, marks, options.svg);
+    if (!options.svg.empty()) Draw(areas, rows, map, pieces, marks, options.svg);
     return differences == 0 ? 0 : kDiffers;
 }
 
