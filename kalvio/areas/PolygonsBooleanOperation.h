@@ -13,8 +13,10 @@ namespace Kalvio::Math {
 
 /// Union, intersection, difference and symmetric difference of areas in plan, and the overlay of two layers of areas.
 ///
-///     std::vector<Polygon2D> common;
-///     PolygonsBooleanOperation::Intersection(parcel, road, common, Tolerances(0.001, 1e-10));
+///     const Polygon2D parcel{Point2D(0, 0), Point2D(40, 0), Point2D(40, 30), Point2D(0, 30)};
+///     const Polygon2D road{Point2D(-5, 12), Point2D(45, 12), Point2D(45, 18), Point2D(-5, 18)};
+///     std::vector<Polygon2D> common;                                             // 40 x 6
+///     if (PolygonsBooleanOperation::Intersection(parcel, road, common, Tolerances(0.001, 1e-10))) Draw(common);
 ///
 /// An operand is one area or many; many stand for their union, which costs no more than one pass over all borders.
 /// Nothing is asked of the borders: rings run either way, touch, overlap, cross themselves and each other, repeat
