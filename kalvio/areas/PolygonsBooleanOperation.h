@@ -3,6 +3,7 @@
 #include "kalvio/Export.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -45,25 +46,35 @@ public:
         EvenOdd = 1,  ///< what it winds around an odd number of times
     };
 
-    /// One area or many; refers to them and owns nothing.
+    /// One area or many, those with segments before those with arcs; refers to them and owns nothing.
     class Operand {
     public:
-        Operand(const Polygon2D& area) : areas(&area, 1) {}
-        Operand(std::span<const Polygon2D> members) : areas(members) {}
-        Operand(const std::vector<Polygon2D>& members) : areas(members) {}
+        Operand(const Polygon2D& area) : polygons(&area, 1) {}
+        Operand(const PolygonCurve2D& area) : curves(&area, 1) {}
+        Operand(const std::vector<Polygon2D>& members) : polygons(members) {}
+        Operand(const std::vector<PolygonCurve2D>& members) : curves(members) {}
+        Operand(std::span<const Polygon2D> straight, std::span<const PolygonCurve2D> curved = {})
+            : polygons(straight), curves(curved) {}
 
-        std::span<const Polygon2D> GetAreas() const { return areas; }
+        std::span<const Polygon2D> GetPolygons() const { return polygons; }
+        std::span<const PolygonCurve2D> GetCurves() const { return curves; }
 
     private:
-        std::span<const Polygon2D> areas;
+        std::span<const Polygon2D> polygons;
+        std::span<const PolygonCurve2D> curves;
     };
 
     /// What an area of the first layer and one of the second have in common.
-    struct CommonArea {
+    template <class Polygon>
+    struct Common {
         std::size_t first = 0;   ///< number in the first layer
         std::size_t second = 0;  ///< number in the second layer
-        std::vector<Polygon2D> areas;
+        std::vector<Polygon> areas;
     };
+    using CommonArea = Common<Polygon2D>;
+    using CommonCurveArea = Common<PolygonCurve2D>;
+
+    // For operands without arcs; false where there is one. The members of an operand count as one area.
 
     /// What lies in any member.
     [[nodiscard]] static bool Union(const Operand& members, std::vector<Polygon2D>& result,
@@ -83,6 +94,25 @@ public:
     /// All pairs of members that have an area in common, by their numbers, first before second. Members of a layer may
     /// overlap: each counts for itself.
     [[nodiscard]] static bool Overlay(const Operand& first, const Operand& second, std::vector<CommonArea>& result,
+                                      const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+
+    // The same for any operands. Arcs stay arcs of their circles: the centre moves only as far as corners did that were
+    // drawn together. Rings consist of `Line2D` and `Arc2D`, and meet to the rounding of coordinates.
+
+    [[nodiscard]] static bool Union(const Operand& members, std::vector<PolygonCurve2D>& result,
+                                    const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool Union(const Operand& first, const Operand& second, std::vector<PolygonCurve2D>& result,
+                                    const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool Intersection(const Operand& first, const Operand& second,
+                                           std::vector<PolygonCurve2D>& result, const Tolerances& tolerances,
+                                           FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool Difference(const Operand& first, const Operand& second,
+                                         std::vector<PolygonCurve2D>& result, const Tolerances& tolerances,
+                                         FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool SymmetricDifference(const Operand& first, const Operand& second,
+                                                  std::vector<PolygonCurve2D>& result, const Tolerances& tolerances,
+                                                  FillRule rule = FillRule::NonZero);
+    [[nodiscard]] static bool Overlay(const Operand& first, const Operand& second, std::vector<CommonCurveArea>& result,
                                       const Tolerances& tolerances, FillRule rule = FillRule::NonZero);
 };
 

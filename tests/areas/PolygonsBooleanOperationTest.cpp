@@ -1,4 +1,6 @@
 #include "kalvio/areas/PolygonsBooleanOperation.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Line2D.h"
 
 #include "support/Origins.h"
 #include "support/Rings.h"
@@ -273,6 +275,206 @@ TEST(PolygonsBooleanOperationTest, OverlayNamesBothSources) {
         EXPECT_FALSE(Boolean::Overlay(broken, parcels, pieces, standard));
         EXPECT_TRUE(AreSame(untouched, {parcels[0]}));
         EXPECT_EQ(pieces.size(), std::size(rows));
+    }
+}
+
+// A ring from its corners and the bulge of the element from each to the next; 0 is a line.
+struct BulgeCorner {
+    double x, y, bulge;
+};
+RingCurve2D MakeCurve(const std::vector<BulgeCorner>& corners, const Vec2D& shift) {
+    RingCurve2D ring;
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const BulgeCorner& next = corners[(i + 1) % corners.size()];
+        const Point2D a = Point2D(corners[i].x, corners[i].y) + shift;
+        const Point2D b = Point2D(next.x, next.y) + shift;
+        IGeometry* element = new Line2D(a, b);
+        if (corners[i].bulge != 0.0) {
+            delete element;
+            element = new Arc2D(a, corners[i].bulge, b);
+        }
+        EXPECT_TRUE(ring.AppendElement(element));
+    }
+    return ring;
+}
+
+std::vector<BulgeCorner> Circle(double x, double y, double radius) { return {{x - radius, y, 1}, {x + radius, y, 1}}; }
+
+// Chords that leave the arcs by at most `height`.
+std::vector<Point2D> ChordsOf(const RingCurve2D& ring, double height) {
+    std::vector<Point2D> points;
+    for (unsigned int i = 0; i < ring.GetSize(); ++i) {
+        const IPolyline2DElement& element = ring.GetElementAtIndex(i);
+        points.push_back(element.GetStart());
+        if (element.GetType() != MathTypes::Arc2D) continue;
+        const auto& arc = static_cast<const Arc2D&>(element);
+        EXPECT_TRUE(arc.MakePointsUsingHeight(0.0, arc.GetLength(), points, height));
+    }
+    return points;
+}
+
+double AreaOf(const std::vector<PolygonCurve2D>& areas) {
+    double sum = 0.0;
+    const auto add = [&sum](const RingCurve2D& ring) {
+        std::vector<Point2D> corners;
+        for (unsigned int i = 0; i < ring.GetSize(); ++i) {
+            const IPolyline2DElement& element = ring.GetElementAtIndex(i);
+            corners.push_back(element.GetStart());
+            if (element.GetType() != MathTypes::Arc2D) continue;
+            const auto& arc = static_cast<const Arc2D&>(element);
+            sum += arc.GetAngle().GetRadians() < 0.0 ? -arc.GetArea() : arc.GetArea();
+        }
+        sum += Polygon2D(corners).GetArea();
+    };
+    for (const PolygonCurve2D& area : areas) {
+        add(area.GetBoundary());
+        for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) add(area.GetInnerRingAtIndex(i));
+    }
+    return sum;
+}
+
+TEST(PolygonsBooleanOperationTest, ArcsStayArcs) {
+    constexpr double pi = 3.14159265358979324;
+    const double eighth = std::tan(pi / 8.0);  // bulge of a quarter turn
+    struct Row {
+        const char* why;
+        std::vector<BulgeCorner> first;
+        std::vector<BulgeCorner> second;
+        double common;  // area
+        std::size_t intersections;
+        double less;  // area of the first without the second
+        std::size_t differences;
+        unsigned int elements;  // of all differences
+    };
+    const std::vector<BulgeCorner> square{{-1, -1, 0}, {1, -1, 0}, {1, 1, 0}, {-1, 1, 0}};
+    const double lens = 2.0 * pi / 3.0 - std::sqrt(3.0) / 2.0;
+    const Row rows[] = {
+        {"two circles through their centres", Circle(0, 0, 1), Circle(1, 0, 1), lens, 1, pi - lens, 1, 4},
+        {"the same circle, cut elsewhere", Circle(0, 0, 1), {{0, 1, 1}, {0, -1, 1}}, pi, 1, 0, 0, 0},
+        {"a circle that touches four sides", square, Circle(0, 0, 1), pi, 1, 4 - pi, 4, 12},
+        {"a circle in a circle", Circle(0, 0, 2), Circle(0, 0, 1), pi, 1, 3 * pi, 1, 4},
+        {"circles that touch", Circle(0, 0, 1), Circle(2, 0, 1), 0, 0, pi, 1, 2},
+        {"circles that touch inside", Circle(0, 0, 2), Circle(1, 0, 1), pi, 1, 3 * pi, 1, 4},
+        {"a tolerance apart", Circle(0, 0, 1), Circle(2.0001, 0, 1), 0, 0, pi, 1, 2},
+        {"clear of each other", Circle(0, 0, 1), Circle(2.001, 0, 1), 0, 0, pi, 1, 2},
+        {"fillets",
+         square,
+         {{-.5, -1, 0},
+          {.5, -1, eighth},
+          {1, -.5, 0},
+          {1, .5, eighth},
+          {.5, 1, 0},
+          {-.5, 1, eighth},
+          {-1, .5, 0},
+          {-1, -.5, eighth}},
+         3 + pi / 4,
+         1,
+         1 - pi / 4,
+         4,
+         12},
+        {"a line across", Circle(0, 0, 1), {{0, -2, 0}, {2, -2, 0}, {2, 2, 0}, {0, 2, 0}}, pi / 2, 1, pi / 2, 1, 3},
+        {"a hair's breadth of a flat arc",
+         {{-1, 0, 1e-5}, {1, 0, 0}, {1, 1, 0}, {-1, 1, 0}},
+         {{-1, 0, 0}, {1, 0, 0}, {1, 1, 0}, {-1, 1, 0}},
+         2,
+         1,
+         0,
+         0,
+         0},
+    };
+    for (const Point2D& origin : surveyOrigins) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.why);
+            const Vec2D shift = origin - Point2D();
+            const PolygonCurve2D a(MakeCurve(row.first, shift));
+            const PolygonCurve2D b(MakeCurve(row.second, shift));
+            std::vector<PolygonCurve2D> common;
+            std::vector<PolygonCurve2D> less;
+            ASSERT_TRUE(Boolean::Intersection(a, b, common, standard));
+            ASSERT_TRUE(Boolean::Difference(a, b, less, standard));
+            EXPECT_NEAR(AreaOf(common), row.common, 8.0 * tolerance);
+            EXPECT_EQ(common.size(), row.intersections);
+            EXPECT_NEAR(AreaOf(less), row.less, 8.0 * tolerance);
+            EXPECT_EQ(less.size(), row.differences);
+            unsigned int elements = 0;
+            for (const PolygonCurve2D& area : less) {
+                EXPECT_TRUE(area.IsContinuous(1e-8));
+                elements += area.GetBoundary().GetSize();
+                for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i)
+                    elements += area.GetInnerRingAtIndex(i).GetSize();
+                for (unsigned int i = 0; i < area.GetBoundary().GetSize(); ++i) {
+                    const IPolyline2DElement& element = area.GetBoundary().GetElementAtIndex(i);
+                    if (element.GetType() != MathTypes::Arc2D) continue;
+                    const auto isOfCircle = [&element](const RingCurve2D& ring) {
+                        for (unsigned int k = 0; k < ring.GetSize(); ++k) {
+                            const IPolyline2DElement& given = ring.GetElementAtIndex(k);
+                            const auto& arc = static_cast<const Arc2D&>(element);
+                            if (given.GetType() != MathTypes::Arc2D) continue;
+                            const auto& source = static_cast<const Arc2D&>(given);
+                            if (arc.GetCenter().Distance(source.GetCenter()) < 2 * tolerance &&
+                                std::abs(arc.GetRadius() - source.GetRadius()) < 2 * tolerance) {
+                                return true;
+                            }
+                        }
+                        return false;
+                    };
+                    EXPECT_TRUE(isOfCircle(a.GetBoundary()) || isOfCircle(b.GetBoundary()));
+                }
+            }
+            EXPECT_EQ(elements, row.elements);
+            Areas straight;
+            EXPECT_FALSE(Boolean::Union(a, b, straight, standard) && row.first[0].bulge != 0.0);
+        }
+    }
+}
+
+TEST(PolygonsBooleanOperationTest, ArcsAreTheLimitOfTheirChords) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_AREA_SEED", 32));
+    std::uniform_real_distribution<double> number(-3.0, 3.0);
+    constexpr double height = 1e-5;
+    for (int round = 0; round < 40; ++round) {
+        SCOPED_TRACE(round);
+        const bool isOnGrid = round % 4 == 3;  // half circles and quarters that touch and overlap
+        const double quarters[] = {0.0, 1.0, -1.0, std::tan(3.14159265358979324 / 8.0)};
+        std::array<std::vector<PolygonCurve2D>, 2> curves;
+        std::array<Areas, 2> chords;
+        for (std::size_t layer = 0; layer < 2; ++layer) {
+            for (int i = 0; i < 2; ++i) {
+                std::vector<BulgeCorner> corners;
+                for (int k = 0; k < 5; ++k) {
+                    const double bulge = isOnGrid ? quarters[random() % 4] : k % 2 == 0 ? 0.4 * number(random) : 0.0;
+                    const double x = number(random);
+                    const double y = number(random);
+                    const BulgeCorner corner{isOnGrid ? std::round(x) : x, isOnGrid ? std::round(y) : y, bulge};
+                    const bool isNew = corners.empty() || corners.back().x != corner.x || corners.back().y != corner.y;
+                    if (isNew) corners.push_back(corner);
+                }
+                if (corners.back().x == corners[0].x && corners.back().y == corners[0].y) corners.back().bulge = 0.0;
+                const RingCurve2D ring = MakeCurve(corners, surveyOrigins[round % 2] - Point2D());
+                curves[layer].emplace_back(ring);
+                chords[layer].emplace_back(ChordsOf(ring, height));
+            }
+        }
+        std::vector<PolygonCurve2D> united, common, less;
+        Areas straight;
+        const double slack = 1000.0 * tolerance;  // border length times a few tolerances
+        const auto rule = round % 3 == 0 ? Boolean::FillRule::EvenOdd : Boolean::FillRule::NonZero;
+        ASSERT_TRUE(Boolean::Union(curves[0], curves[1], united, standard, rule));
+        ASSERT_TRUE(Boolean::Intersection(curves[0], curves[1], common, standard, rule));
+        ASSERT_TRUE(Boolean::Difference(curves[0], curves[1], less, standard, rule));
+        ASSERT_TRUE(Boolean::Union(chords[0], chords[1], straight, standard, rule));
+        EXPECT_NEAR(AreaOf(united), AreaOf(straight), slack);
+        ASSERT_TRUE(Boolean::Intersection(chords[0], chords[1], straight, standard, rule));
+        EXPECT_NEAR(AreaOf(common), AreaOf(straight), slack);
+        ASSERT_TRUE(Boolean::Difference(chords[0], chords[1], straight, standard, rule));
+        EXPECT_NEAR(AreaOf(less), AreaOf(straight), slack);
+        // An overlay with areas of segments knows both.
+        std::vector<Boolean::CommonCurveArea> pieces;
+        ASSERT_TRUE(Boolean::Overlay(curves[0], chords[1], pieces, standard, rule));
+        for (const auto& [first, second, areas] : pieces) {
+            ASSERT_TRUE(Boolean::Intersection(chords[0][first], chords[1][second], straight, standard, rule));
+            EXPECT_NEAR(AreaOf(areas), AreaOf(straight), slack);
+        }
     }
 }
 

@@ -1,11 +1,15 @@
 #include "kalvio/areas/detail/AreaOverlay.h"
 
 #include "kalvio/core/detail/SegmentDistance.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
 #include "kalvio/polygons/detail/Ring.h"
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace Kalvio::Math::detail {
@@ -27,7 +31,7 @@ std::uint32_t Spread(std::uint32_t bits) {
 }  // namespace
 
 bool AreaOverlay::Add(const Polygon2D& area, std::uint32_t layer) {
-    members.push_back({layer, memberCount[layer]++});
+    BeginMember(layer);
     if (!AddRing(area.GetPoints(), false)) return false;
     for (unsigned int i = 0; i < area.GetNumHoleBoundaries(); ++i) {
         if (!AddRing(area.GetHoleBoundary(i).GetPoints(), true)) return false;
@@ -35,23 +39,88 @@ bool AreaOverlay::Add(const Polygon2D& area, std::uint32_t layer) {
     return true;
 }
 
-template <class Points>
-bool AreaOverlay::AddRing(const Points& ring, bool isHole) {
-    const auto isUsable = [](double value) { return std::abs(value) <= largestCoordinate; };
-    const auto firstVertex = static_cast<std::uint32_t>(vertices.size());
-    const auto firstPiece = static_cast<std::uint32_t>(border.size());
-    const auto number = static_cast<std::uint32_t>(rings.size());
-    for (const Point2D& p : ring) {
-        if (!isUsable(p.GetX()) || !isUsable(p.GetY())) return false;
-        const auto vertex = static_cast<std::uint32_t>(vertices.size());
-        vertices.push_back({p.GetX(), p.GetY()});
-        border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
-        sources.push_back({number, 0, {}});
+bool AreaOverlay::Add(const PolygonCurve2D& area, std::uint32_t layer) {
+    BeginMember(layer);
+    if (!AddRing(area.GetBoundary(), false)) return false;
+    for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) {
+        if (!AddRing(area.GetInnerRingAtIndex(i), true)) return false;
     }
-    if (!ring.empty()) border.back().to = firstVertex;
-    rings.push_back({static_cast<std::uint32_t>(members.size() - 1), isHole, firstPiece,
-                     static_cast<std::uint32_t>(border.size())});
     return true;
+}
+
+bool AreaOverlay::AddRing(const std::vector<Point2D>& points, bool isHole) {
+    BeginRing(isHole);
+    for (const Point2D& p : points) {
+        if (!GoTo({p.GetX(), p.GetY()})) return false;
+    }
+    EndRing();
+    return true;
+}
+
+bool AreaOverlay::AddRing(const RingCurve2D& ring, bool isHole) {
+    BeginRing(isHole);
+    const auto goTo = [this](const Point2D& p) { return GoTo({p.GetX(), p.GetY()}); };
+    for (unsigned int i = 0; i < ring.GetSize(); ++i) {
+        const IPolyline2DElement& element = ring.GetElementAtIndex(i);
+        if (element.GetType() == MathTypes::LineString2D) {
+            const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();
+            if (!std::all_of(points.begin(), points.end(), goTo)) return false;
+        } else if (element.GetType() == MathTypes::Arc2D) {
+            if (!GoAlong(static_cast<const Arc2D&>(element))) return false;
+        } else if (!goTo(element.GetStart()) || !goTo(element.GetEnd())) {
+            return false;
+        }
+    }
+    EndRing();
+    return true;
+}
+
+void AreaOverlay::BeginRing(bool isHole) {
+    const auto piece = static_cast<std::uint32_t>(border.size());
+    rings.push_back({static_cast<std::uint32_t>(members.size() - 1), isHole, piece, piece});
+}
+
+// The piece that begins at the point gets its end by the next one.
+bool AreaOverlay::GoTo(const PlanePoint& p, const BorderSource& source) {
+    const auto isUsable = [](double value) { return std::abs(value) <= largestCoordinate; };
+    if (!isUsable(p.x) || !isUsable(p.y) || !isUsable(source.center.x) || !isUsable(source.center.y)) return false;
+    const auto vertex = static_cast<std::uint32_t>(vertices.size());
+    vertices.push_back(p);
+    border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
+    sources.push_back(source);
+    return true;
+}
+
+// Cut at the extremes of the circle, so that no piece is more than a quarter turn.
+bool AreaOverlay::GoAlong(const Arc2D& arc) {
+    constexpr double quarter = 1.5707963267948966;
+    const PlanePoint start{arc.GetStart().GetX(), arc.GetStart().GetY()};
+    const PlanePoint center{arc.GetCenter().GetX(), arc.GetCenter().GetY()};
+    const PlanePoint end{arc.GetEnd().GetX(), arc.GetEnd().GetY()};
+    const double sweep = arc.GetAngle().GetRadians();
+    const double radius = arc.GetRadius();
+    const BorderSource source{static_cast<std::uint32_t>(rings.size() - 1), sweep < 0.0 ? -1 : 1, center};
+    hasArcs = true;
+    if (!GoTo(start, source)) return false;
+    const auto number = static_cast<std::uint32_t>(sources.size() - 1);
+    // In quarter turns from the direction +x, in the direction of travel.
+    const double from = source.sense * std::atan2(start.y - center.y, start.x - center.x) / quarter;
+    const double to = from + std::abs(sweep) / quarter;
+    for (double k = std::floor(from) + 1.0; k < to; k += 1.0) {
+        const int turn = (static_cast<int>(k) % 4 + 4) % 4;
+        const double x = turn == 0 ? radius : turn == 2 ? -radius : 0.0;
+        const double y = turn == 1 ? radius : turn == 3 ? -radius : 0.0;
+        if (!GoTo({center.x + x, center.y + source.sense * y}, source)) return false;
+        border.back().source = number;
+        sources.pop_back();
+    }
+    return GoTo(end);
+}
+
+void AreaOverlay::EndRing() {
+    BorderRing& ring = rings.back();
+    ring.endPiece = static_cast<std::uint32_t>(border.size());
+    if (ring.endPiece > ring.firstPiece) border.back().to = border[ring.firstPiece].from;
 }
 
 // Neighbours in the list shall be neighbours in the plane: rings follow a curve through the plane that fills it (G. M.
@@ -293,7 +362,9 @@ std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::ui
             if (isWalked[half] || !IsBorder(half)) return;
             loops.clear();
             WalkBorder(half, loops);
-            for (std::vector<std::uint32_t>& loop : loops) area.push_back(MakeRing(loop));
+            for (std::vector<std::uint32_t>& loop : loops) {
+                area.insert(IsOuter(loop) ? area.begin() : area.end(), MakeRing(loop));
+            }
         });
     }
     for (const std::uint32_t face : kept) {
@@ -301,18 +372,16 @@ std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::ui
         regionOf[face] = none;
     }
 
-    const auto isBeforeCorner = [](const Corner& a, const Corner& b) { return IsLeftBelow(a.at, b.at); };
+    const auto isBeforeCorner = [](const Corner& a, const Corner& b) {
+        const auto keyOf = [](const Corner& c) {
+            return std::tuple(c.at.x, c.at.y, c.sense, c.center.x, c.center.y);
+        };
+        return keyOf(a) < keyOf(b);
+    };
     const auto isBeforeRing = [&](const Ring& a, const Ring& b) {
         return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeCorner);
     };
-    for (Area& area : areas) {
-        std::sort(area.begin(), area.end(), isBeforeRing);
-        // The outer ring reaches farthest left; a hole that starts at the same corner turns the other way there.
-        const auto outer = std::find_if(area.begin(), area.end(), [](const Ring& ring) {
-            return ring.size() > 2 && ExactTurn(ring.back().at, ring[0].at, ring[1].at) > 0.0;
-        });
-        if (outer != area.end()) std::rotate(area.begin(), outer, outer + 1);
-    }
+    for (Area& area : areas) std::sort(area.begin() + 1, area.end(), isBeforeRing);
     std::sort(areas.begin(), areas.end(), [&](const Area& a, const Area& b) {
         return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeRing);
     });
@@ -345,7 +414,19 @@ void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::u
     cutLoop(0);
 }
 
-// A node inside a segment of the input is no corner, unless the segment was bent there.
+// By the turn at the leftmost (lowest) node.
+bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
+    const auto at = [&](std::size_t k) -> const PlanePoint& {
+        return noding->GetNodes()[faces->Origin(loop[k % loop.size()])];
+    };
+    std::size_t corner = 0;
+    for (std::size_t k = 1; k < loop.size(); ++k) {
+        if (IsLeftBelow(at(k), at(corner))) corner = k;
+    }
+    return ExactTurn(at(corner + loop.size() - 1), at(corner), at(corner + 1)) > 0.0;
+}
+
+// A node inside an element of the input is no corner, unless a segment was bent there.
 AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const {
     const std::vector<PlanePoint>& nodes = noding->GetNodes();
     const auto at = [&](std::uint32_t half) -> const PlanePoint& { return nodes[faces->Origin(half)]; };
@@ -364,23 +445,38 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
     }
     if (start < loop.size()) std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(start), loop.end());
 
+    Ring ring;
     std::vector<char> isKept(loop.size(), 0);
     for (std::size_t from = 0, to = 0; from < loop.size(); from = to) {
         sourcesOf(loop[from]);
         to = from + 1;
         while (to < loop.size() && HasCommonSource(loop[to], common)) ++to;
+        const Corner corner = CornerOf(loop[from], common);
         isKept[from] = 1;
-        KeepBends(loop, from, to, isKept);
-    }
-    Ring ring;
-    for (std::size_t k = 0; k < loop.size(); ++k) {
-        if (isKept[k]) ring.push_back({at(loop[k])});
+        if (corner.sense == 0) KeepBends(loop, from, to, isKept);
+        if (corner.sense != 0 && to - from == loop.size()) isKept[loop.size() / 2] = 1;  // two halves of a circle
+        for (std::size_t k = from; k < to; ++k) {
+            if (isKept[k]) ring.push_back({at(loop[k]), corner.sense, corner.center});
+        }
     }
     std::rotate(ring.begin(),
                 std::min_element(ring.begin(), ring.end(),
                                  [](const Corner& a, const Corner& b) { return IsLeftBelow(a.at, b.at); }),
                 ring.end());
     return ring;
+}
+
+// The first arc of the sources, if there is one: by its centre, as numbers hang on the order of the operands.
+AreaOverlay::Corner AreaOverlay::CornerOf(std::uint32_t half, const std::vector<std::uint32_t>& common) const {
+    Corner corner;
+    for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) {
+        const BorderSource& source = sources[runs[k].source];
+        if (source.sense == 0 || std::find(common.begin(), common.end(), runs[k].source) == common.end()) continue;
+        if (corner.sense != 0 && !IsLeftBelow(source.center, corner.center)) continue;
+        corner.sense = source.sense * runs[k].sense * ((half & 1U) == 0 ? 1 : -1);
+        corner.center = source.center;
+    }
+    return corner;
 }
 
 // Leaves those of the sources that run along the half-edge too, if there are any.

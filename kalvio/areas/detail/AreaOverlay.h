@@ -12,7 +12,10 @@
 
 namespace Kalvio::Math {
 
+class Arc2D;
 class Polygon2D;
+class PolygonCurve2D;
+class RingCurve2D;
 
 }  // namespace Kalvio::Math
 
@@ -25,9 +28,11 @@ namespace Kalvio::Math::detail {
 /// pass.
 class AreaOverlay {
 public:
-    /// A corner of a ring of the result.
+    /// A corner of a ring of the result, and the arc that begins there.
     struct Corner {
         PlanePoint at;
+        int sense = 0;  // 1 counter-clockwise, -1 clockwise; 0: a segment
+        PlanePoint center;
     };
     using Ring = std::vector<Corner>;
     /// The outer ring, counter-clockwise, then the holes, clockwise; each starts at its leftmost corner (of those the
@@ -46,6 +51,9 @@ public:
     /// Takes an area as the next member of a layer, 0 or 1.
     /// @return false for a coordinate that is not finite or beyond 1e100
     [[nodiscard]] bool Add(const Polygon2D& area, std::uint32_t layer);
+    /// The same; gaps between elements are closed by segments.
+    [[nodiscard]] bool Add(const PolygonCurve2D& area, std::uint32_t layer);
+    bool HasArcs() const { return hasArcs; }
 
     /// To be called once, after the last area.
     [[nodiscard]] bool Run();
@@ -76,8 +84,14 @@ private:
         int sense;
     };
 
-    template <class Points>
-    bool AddRing(const Points& ring, bool isHole);
+    void BeginMember(std::uint32_t layer) { members.push_back({layer, memberCount[layer]++}); }
+    bool AddRing(const std::vector<Point2D>& points, bool isHole);
+    bool AddRing(const RingCurve2D& ring, bool isHole);
+    void BeginRing(bool isHole);
+    bool GoTo(const PlanePoint& p) { return GoTo(p, {static_cast<std::uint32_t>(rings.size() - 1), 0, {}}); }
+    bool GoTo(const PlanePoint& p, const BorderSource& source);
+    bool GoAlong(const Arc2D& arc);
+    void EndRing();
     void SortRings();
     void MergePieces(std::vector<std::uint32_t>& edgeOfPiece);
     bool IsIdle(std::size_t from, std::size_t to) const;
@@ -90,12 +104,15 @@ private:
     void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& loops);
     bool IsBorder(std::uint32_t half) const;
     Ring MakeRing(std::vector<std::uint32_t>& loop) const;
+    bool IsOuter(const std::vector<std::uint32_t>& loop) const;
+    Corner CornerOf(std::uint32_t half, const std::vector<std::uint32_t>& common) const;
     bool HasCommonSource(std::uint32_t half, std::vector<std::uint32_t>& common) const;
     void KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
                    std::vector<char>& isKept) const;
 
     double tolerance;
     bool isEvenOdd;
+    bool hasArcs = false;
     std::vector<PlanePoint> vertices;
     std::vector<BorderPiece> border;
     std::vector<BorderSource> sources;

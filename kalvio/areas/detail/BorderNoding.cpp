@@ -13,6 +13,8 @@ namespace {
 constexpr double reachOverTolerance = 1.01;     // what is left apart is so by more than the tolerance
 constexpr double distinctOverTolerance = 1.42;  // more than sqrt(2), and than 2 / sqrt(3) times the reach
 constexpr double roundings = 32.0;              // of the largest coordinate that a tolerance spans at least
+constexpr double flatness = 0.25;               // of the tolerance: a piece that leaves its chord by less is its chord
+constexpr double shortness = 4.0;               // of the distance of nodes: the same for a piece no longer
 constexpr std::size_t mostRounds = 10000;       // far more than ever seen
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
 
@@ -48,6 +50,7 @@ BorderNoding::BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<
         piece.to = nodeOf[piece.to];
     }
     std::erase_if(pieces, [](const BorderPiece& piece) { return piece.from == piece.to; });
+    hasArcs = std::any_of(sources.begin(), sources.end(), [](const BorderSource& source) { return source.sense != 0; });
     isFresh.assign(pieces.size(), 1);
     freshCount = pieces.size();
 }
@@ -121,6 +124,9 @@ Extent BorderNoding::ExtentOf(const BorderPiece& piece) const {
     extent.minY = std::min(a.y, b.y);
     extent.maxX = std::max(a.x, b.x);
     extent.maxY = std::max(a.y, b.y);
+    if (hasArcs) {
+        if (const Bow bow = BowOf(piece); bow.isCurved) extent.Add(Point2D(bow.apex.x, bow.apex.y));
+    }
     return extent;
 }
 
@@ -135,8 +141,9 @@ bool BorderNoding::Run() {
     for (std::size_t round = 0; round < mostRounds; ++round) {
         BuildBoxes();
         FindMeetings();
-        if (cuts.empty() && crossings.empty()) return true;
+        if (cuts.empty() && crossings.empty() && halves.empty()) return true;
         if (!CutCrossings()) return false;
+        CutHalves();
         ApplyCuts();
     }
     return false;
@@ -165,6 +172,11 @@ void BorderNoding::FindMeetings() {
 void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     const BorderPiece& a = pieces[i];
     const BorderPiece& b = pieces[j];
+    if (hasArcs && (sources[a.source].sense != 0 || sources[b.source].sense != 0)) {
+        const Bow first = BowOf(a);
+        const Bow second = BowOf(b);
+        if (first.isCurved || second.isCurved) return CompareBows(i, j, first, second);
+    }
     const bool hasFrom = a.from == b.from || a.from == b.to;
     const bool hasTo = a.to == b.from || a.to == b.to;
     if (hasFrom && hasTo) return;
@@ -230,10 +242,194 @@ bool BorderNoding::CutCrossings() {
             const bool isEnd = nodeOf[k] == pieces[i].from || nodeOf[k] == pieces[i].to;
             if (!isEnd) isCut = AddCut(i, nodeOf[k]) || isCut;
         }
-        if (!isCut) return false;
+        if (isCut) continue;
+        const std::size_t known = halves.size();
+        for (const std::uint32_t i : {crossings[k].first, crossings[k].second}) Halve(i, BowOf(pieces[i]));
+        if (halves.size() == known) return false;
     }
     crossings.clear();
     return true;
+}
+
+void BorderNoding::CutHalves() {
+    std::vector<Spot> spots;
+    spots.reserve(halves.size());
+    for (std::size_t k = 0; k < halves.size(); ++k) {
+        spots.push_back(SpotOf(halves[k].at, static_cast<std::uint32_t>(k)));
+    }
+    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(spots);
+    for (std::size_t k = 0; k < halves.size(); ++k) (void)AddCut(halves[k].first, nodeOf[k]);
+    halves.clear();
+}
+
+// Computed from the lower node, so that it does not hang on the direction of the piece.
+BorderNoding::Bow BorderNoding::BowOf(const BorderPiece& piece) const {
+    Bow bow;
+    bow.start = nodes[std::min(piece.from, piece.to)];
+    bow.end = nodes[std::max(piece.from, piece.to)];
+    const BorderSource& source = sources[piece.source];
+    if (source.sense == 0) return bow;
+    const PlanePoint chord = bow.end - bow.start;
+    const double length = std::sqrt(Square(chord));
+    if (!(length > shortness * distinct)) return bow;
+    const double side = Cross(chord, source.center - bow.start) / length;
+    const double half = 0.5 * length;
+    // A quarter turn has its centre half a chord away; nearer, or on the other side, it is by the motion of nodes.
+    const bool isLeft = (source.sense > 0) == (piece.from < piece.to);
+    if (!(isLeft ? side > 0.5 * half : side < -0.5 * half)) return bow;
+    bow.radius = std::hypot(side, half);
+    const double sagitta = half * half / (bow.radius + std::abs(side));
+    if (!(sagitta > flatness * kept)) return bow;
+    bow.isCurved = true;
+    bow.side = side;
+    const PlanePoint normal{-chord.y / length, chord.x / length};
+    const PlanePoint foot{0.5 * chord.x, 0.5 * chord.y};
+    const double out = side > 0.0 ? -sagitta : sagitta;
+    const double apex = -half * half / side;
+    bow.toCenter = {foot.x + normal.x * side, foot.y + normal.y * side};
+    bow.middle = {bow.start.x + foot.x + normal.x * out, bow.start.y + foot.y + normal.y * out};
+    bow.apex = {bow.start.x + foot.x + normal.x * apex, bow.start.y + foot.y + normal.y * apex};
+    return bow;
+}
+
+bool BorderNoding::IsNode(const PlanePoint& p, std::uint32_t node) const {
+    return Square(p - nodes[node]) <= distinct * distinct;
+}
+
+// Of a point of the circle (of the line): whether it lies on the piece.
+bool BorderNoding::IsBetweenEnds(const Bow& bow, const PlanePoint& p) {
+    const PlanePoint chord = bow.end - bow.start;
+    const PlanePoint arm = p - bow.start;
+    const double along = Dot(chord, arm);
+    if (!(along > 0.0 && along < Square(chord))) return false;
+    return !bow.isCurved || (Cross(chord, arm) < 0.0) == (bow.side > 0.0);
+}
+
+void BorderNoding::CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b) {
+    const BorderPiece& p = pieces[i];
+    const BorderPiece& q = pieces[j];
+    const bool hasFrom = p.from == q.from || p.from == q.to;
+    const bool hasTo = p.to == q.from || p.to == q.to;
+    if (hasFrom && hasTo) {
+        // One and the same, or a gap between.
+        const auto middleOf = [](const Bow& bow) {
+            return bow.isCurved ? bow.middle
+                                : PlanePoint{0.5 * (bow.start.x + bow.end.x), 0.5 * (bow.start.y + bow.end.y)};
+        };
+        if (Square(middleOf(a) - middleOf(b)) <= reach * reach) return;
+        Halve(i, a);
+        Halve(j, b);
+        return;
+    }
+    bool isCut = false;
+    for (const std::uint32_t node : {q.from, q.to}) {
+        if (node != p.from && node != p.to) isCut = CutNearBow(i, a, node) || isCut;
+    }
+    if (!hasFrom) isCut = CutNearBow(j, b, p.from) || isCut;
+    if (!hasTo) isCut = CutNearBow(j, b, p.to) || isCut;
+    if (isCut || FindBowCrossings(i, j, a, b)) return;
+    if (hasFrom || hasTo ? ArePartedAt(nodes[hasFrom ? p.from : p.to], a, b) : AreApart(a, b)) return;
+    Halve(i, a);
+    Halve(j, b);
+}
+
+bool BorderNoding::CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t node) {
+    if (!bow.isCurved) return CutNear(piece, node);
+    const PlanePoint arm = nodes[node] - bow.start;
+    // From the circle, by the power of the point: no square of the radius is taken away.
+    const double power = Square(arm) - 2.0 * Dot(arm, bow.toCenter);
+    const double off = power / (bow.radius + std::sqrt(Square(arm - bow.toCenter)));
+    if (!(std::abs(off) <= reach)) return false;
+    // Between the radii of the ends.
+    const PlanePoint outward = arm - bow.toCenter;
+    const PlanePoint toEnd = bow.end - bow.start - bow.toCenter;
+    const PlanePoint toStart{-bow.toCenter.x, -bow.toCenter.y};
+    const double turn = bow.side > 0.0 ? 1.0 : -1.0;
+    if (!(turn * Cross(toStart, outward) > 0.0 && turn * Cross(outward, toEnd) > 0.0)) return false;
+    return AddCut(piece, node);
+}
+
+// The points of a circle on a line are the roots of a square equation along the line, those of two circles lie on their
+// radical line. All is taken from the start of the arc, not from its centre, which may be far away.
+bool BorderNoding::FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b) {
+    // In the order of the nodes, as for segments.
+    const auto endsOf = [this](std::uint32_t k) { return std::pair(std::minmax(pieces[k].from, pieces[k].to)); };
+    const bool isFirstArc = a.isCurved && (!b.isCurved || !(endsOf(j) < endsOf(i)));
+    const Bow& arc = isFirstArc ? a : b;
+    const Bow& other = isFirstArc ? b : a;
+    PlanePoint from = other.start - arc.start;
+    PlanePoint along = other.end - other.start;
+    if (other.isCurved) {
+        const PlanePoint apart{from.x + other.toCenter.x - arc.toCenter.x, from.y + other.toCenter.y - arc.toCenter.y};
+        const double square = Square(apart);
+        if (!(square > 0.0)) return false;
+        const double level = 0.5 * (Square(from) + 2.0 * Dot(from, other.toCenter)) / square;
+        from = {apart.x * level, apart.y * level};
+        along = {-apart.y, apart.x};
+    }
+    const double square = Square(along);
+    const double linear = Dot(along, from - arc.toCenter);
+    const double constant = Square(from) - 2.0 * Dot(from, arc.toCenter);
+    const double discriminant = linear * linear - square * constant;
+    if (!(discriminant > 0.0)) return false;
+    const double sum = -(linear + std::copysign(std::sqrt(discriminant), linear));
+    bool found = false;
+    for (const double t : {sum / square, constant / sum}) {
+        const PlanePoint at{arc.start.x + from.x + along.x * t, arc.start.y + from.y + along.y * t};
+        if (!std::isfinite(at.x) || !std::isfinite(at.y) || !IsBetweenEnds(arc, at) || !IsBetweenEnds(other, at))
+            continue;
+        const BorderPiece& p = pieces[i];
+        const BorderPiece& q = pieces[j];
+        bool isCommon = false;  // a node of both: they meet there anyway
+        for (const std::uint32_t node : {p.from, p.to}) {
+            isCommon = isCommon || ((node == q.from || node == q.to) && IsNode(at, node));
+        }
+        if (isCommon) continue;
+        crossings.push_back({i, j, at});
+        found = true;
+    }
+    return found;
+}
+
+void BorderNoding::Halve(std::uint32_t piece, const Bow& bow) {
+    if (bow.isCurved) halves.push_back({piece, piece, bow.middle});
+}
+
+// Whether a line along a side of one of the triangles (segments) parts them.
+bool BorderNoding::AreApart(const Bow& a, const Bow& b) {
+    const auto isParted = [](const Bow& p, const Bow& q) {
+        const auto isBeyond = [&](const PlanePoint& from, const PlanePoint& to, const PlanePoint& third) {
+            const double own = p.isCurved ? ExactTurn(from, to, third) : 0.0;
+            const auto isOpposite = [&](double sign) {
+                return sign * own <= 0.0 && sign * ExactTurn(from, to, q.start) > 0.0 &&
+                       sign * ExactTurn(from, to, q.end) > 0.0 &&
+                       (!q.isCurved || sign * ExactTurn(from, to, q.apex) > 0.0);
+            };
+            return isOpposite(1.0) || isOpposite(-1.0);
+        };
+        return isBeyond(p.start, p.end, p.apex) ||
+               (p.isCurved && (isBeyond(p.start, p.apex, p.end) || isBeyond(p.apex, p.end, p.start)));
+    };
+    return isParted(a, b) || isParted(b, a);
+}
+
+// Whether a line along a side of one of the triangles (segments) parts them but for the node that they share.
+bool BorderNoding::ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& b) {
+    const auto isNode = [&node](const PlanePoint& p) { return p.x == node.x && p.y == node.y; };
+    const auto isParted = [&](const Bow& p, const Bow& q) {
+        const PlanePoint& end = isNode(p.start) ? p.end : p.start;
+        const PlanePoint& otherEnd = isNode(q.start) ? q.end : q.start;
+        const auto isBeyond = [&](const PlanePoint& to, const PlanePoint& third) {
+            const double own = p.isCurved ? ExactTurn(node, to, third) : 0.0;
+            const auto isOpposite = [&](double sign) {
+                return sign * own <= 0.0 && sign * ExactTurn(node, to, otherEnd) > 0.0 &&
+                       (!q.isCurved || sign * ExactTurn(node, to, q.apex) > 0.0);
+            };
+            return isOpposite(1.0) || isOpposite(-1.0);
+        };
+        return isBeyond(end, p.apex) || (p.isCurved && isBeyond(p.apex, end));
+    };
+    return isParted(a, b) || isParted(b, a);
 }
 
 void BorderNoding::ApplyCuts() {

@@ -37,6 +37,13 @@ struct BorderPiece {
 /// 2. No node lies within r of a piece that does not end in it: the piece is cut there and both parts end in the node.
 /// 3. No two pieces cross: they are cut at the node nearest to the crossing, which is made there when none is near.
 ///
+/// Arcs keep their circles. A piece of an arc, a quarter turn at most, is seen as the arc through its two nodes whose
+/// centre is the nearest to the one given, and lies within the triangle of its chord and its end tangents. Where the
+/// arcs meet others is computed and cut like the rest; then, as long as the triangle of a piece meets another piece or
+/// its triangle other than in a common node, the piece is halved, until it leaves its chord by less than a quarter of
+/// the tolerance (or is no longer than a few) and counts as its chord. In the end chords can stand for all pieces: no
+/// order about a node and no side of an area changes by that, and exact turns of chords decide about arcs too.
+///
 /// Crossings are decided by exact turns, so that the graph is plane and not only nearly so: whatever walks it needs no
 /// tolerance. A border that was closed stays closed, so that the windings of a ring about every face are whole numbers.
 /// The rounds end: nodes are only added, and there is room for so many; a piece is only replaced by shorter ones
@@ -79,6 +86,17 @@ private:
         std::uint32_t second;
         PlanePoint at;
     };
+    // The line of a piece from its lower node to its higher one.
+    struct Bow {
+        PlanePoint start;
+        PlanePoint end;
+        bool isCurved = false;  // if not, the chord; nothing of what follows is set then
+        PlanePoint toCenter;    // from the start
+        PlanePoint apex;        // where the end tangents meet
+        PlanePoint middle;
+        double radius = 0.0;
+        double side = 0.0;  // > 0: the centre lies left of the chord
+    };
 
     Spot SpotOf(const PlanePoint& p, std::uint32_t index) const;
     static bool IsBefore(const Spot& a, const Spot& b);
@@ -87,10 +105,20 @@ private:
     void BuildBoxes();
     void FindMeetings();
     void Compare(std::uint32_t i, std::uint32_t j);
+    void CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
+    Bow BowOf(const BorderPiece& piece) const;
+    static bool IsBetweenEnds(const Bow& bow, const PlanePoint& p);
+    static bool AreApart(const Bow& a, const Bow& b);
+    static bool ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& b);
+    bool CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t node);
+    bool FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
+    void Halve(std::uint32_t piece, const Bow& bow);
+    bool IsNode(const PlanePoint& p, std::uint32_t node) const;
     bool CutNear(std::uint32_t piece, std::uint32_t node);
     bool AddCut(std::uint32_t piece, std::uint32_t node);
     void FindCrossing(std::uint32_t i, std::uint32_t j);
     bool CutCrossings();
+    void CutHalves();
     void ApplyCuts();
 
     const std::vector<BorderSource>& sources;
@@ -104,6 +132,8 @@ private:
     std::size_t freshCount = 0;
     std::vector<Cut> cuts;
     std::vector<Crossing> crossings;
+    std::vector<Crossing> halves;  // of pieces with themselves, at their middles
+    bool hasArcs = false;
     std::optional<ExtentBoxes> boxes;
 };
 
