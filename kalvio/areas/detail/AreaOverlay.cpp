@@ -373,9 +373,7 @@ std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::ui
     }
 
     const auto isBeforeCorner = [](const Corner& a, const Corner& b) {
-        const auto keyOf = [](const Corner& c) {
-            return std::tuple(c.at.x, c.at.y, c.sense, c.center.x, c.center.y);
-        };
+        const auto keyOf = [](const Corner& c) { return std::tuple(c.at.x, c.at.y, c.sense, c.center.x, c.center.y); };
         return keyOf(a) < keyOf(b);
     };
     const auto isBeforeRing = [&](const Ring& a, const Ring& b) {
@@ -432,31 +430,41 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
     const auto at = [&](std::uint32_t half) -> const PlanePoint& { return nodes[faces->Origin(half)]; };
     const auto isBefore = [&](std::uint32_t g, std::uint32_t h) { return IsLeftBelow(at(g), at(h)); };
     std::vector<std::uint32_t> common;
-    const auto sourcesOf = [&](std::uint32_t half) {
+    const auto waysOf = [&](std::uint32_t half) {
         common.clear();
-        for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) common.push_back(runs[k].source);
+        for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) {
+            common.push_back(WayOf(runs[k], half));
+        }
     };
     // Starts at a corner.
     std::rotate(loop.begin(), std::min_element(loop.begin(), loop.end(), isBefore), loop.end());
     std::size_t start = 0;
     for (; start < loop.size(); ++start) {
-        sourcesOf(loop[(start + loop.size() - 1) % loop.size()]);
-        if (!HasCommonSource(loop[start], common)) break;
+        waysOf(loop[(start + loop.size() - 1) % loop.size()]);
+        if (!HasCommonWay(loop[start], common)) break;
     }
     if (start < loop.size()) std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(start), loop.end());
 
     Ring ring;
     std::vector<char> isKept(loop.size(), 0);
     for (std::size_t from = 0, to = 0; from < loop.size(); from = to) {
-        sourcesOf(loop[from]);
+        waysOf(loop[from]);
         to = from + 1;
-        while (to < loop.size() && HasCommonSource(loop[to], common)) ++to;
-        const Corner corner = CornerOf(loop[from], common);
+        while (to < loop.size() && HasCommonWay(loop[to], common)) ++to;
+        const Corner corner = CornerOf(common);
         isKept[from] = 1;
         if (corner.sense == 0) KeepBends(loop, from, to, isKept);
         if (corner.sense != 0 && to - from == loop.size()) isKept[loop.size() / 2] = 1;  // two halves of a circle
+        // A piece that does not go forward about the centre, among nodes as thick as the tolerance, is its chord.
+        bool wasForward = true;
         for (std::size_t k = from; k < to; ++k) {
-            if (isKept[k]) ring.push_back({at(loop[k]), corner.sense, corner.center});
+            const bool isForward =
+                corner.sense == 0 ||
+                corner.sense * ExactTurn(corner.center, at(loop[k]), at(loop[(k + 1) % loop.size()])) > 0.0;
+            if (isKept[k] || !isForward || !wasForward) {
+                ring.push_back({at(loop[k]), isForward ? corner.sense : 0, corner.center});
+            }
+            wasForward = isForward;
         }
     }
     std::rotate(ring.begin(),
@@ -466,28 +474,34 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
     return ring;
 }
 
-// The first arc of the sources, if there is one: by its centre, as numbers hang on the order of the operands.
-AreaOverlay::Corner AreaOverlay::CornerOf(std::uint32_t half, const std::vector<std::uint32_t>& common) const {
+// The first arc of the ways, if there is one: by its centre, as numbers hang on the order of the operands.
+AreaOverlay::Corner AreaOverlay::CornerOf(const std::vector<std::uint32_t>& ways) const {
     Corner corner;
-    for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) {
-        const BorderSource& source = sources[runs[k].source];
-        if (source.sense == 0 || std::find(common.begin(), common.end(), runs[k].source) == common.end()) continue;
-        if (corner.sense != 0 && !IsLeftBelow(source.center, corner.center)) continue;
-        corner.sense = source.sense * runs[k].sense * ((half & 1U) == 0 ? 1 : -1);
+    for (const std::uint32_t way : ways) {
+        const BorderSource& source = sources[way / 2];
+        if (source.sense == 0 || (corner.sense != 0 && !IsLeftBelow(source.center, corner.center))) continue;
+        corner.sense = way % 2 == 0 ? source.sense : -source.sense;
         corner.center = source.center;
     }
     return corner;
 }
 
-// Leaves those of the sources that run along the half-edge too, if there are any.
-bool AreaOverlay::HasCommonSource(std::uint32_t half, std::vector<std::uint32_t>& common) const {
+// A source and the direction in which it runs along the half-edge: where borders lie as thick as the tolerance, it may
+// come back the other way.
+std::uint32_t AreaOverlay::WayOf(const Passage& passage, std::uint32_t half) {
+    const bool isBack = (passage.sense > 0) != ((half & 1U) == 0);
+    return 2 * passage.source + (isBack ? 1U : 0U);
+}
+
+// Leaves those of the ways that lead along the half-edge too, if there are any.
+bool AreaOverlay::HasCommonWay(std::uint32_t half, std::vector<std::uint32_t>& common) const {
     const auto from = runs.begin() + firstRun[half / 2];
     const auto to = runs.begin() + firstRun[half / 2 + 1];
-    const auto isAlong = [&](std::uint32_t source) {
-        return std::any_of(from, to, [source](const Passage& run) { return run.source == source; });
+    const auto isAlong = [&](std::uint32_t way) {
+        return std::any_of(from, to, [way, half](const Passage& passage) { return WayOf(passage, half) == way; });
     };
     if (std::none_of(common.begin(), common.end(), isAlong)) return false;
-    std::erase_if(common, [&](std::uint32_t source) { return !isAlong(source); });
+    std::erase_if(common, [&](std::uint32_t way) { return !isAlong(way); });
     return true;
 }
 

@@ -105,8 +105,9 @@ private:
     bool IsBorder(std::uint32_t half) const;
     Ring MakeRing(std::vector<std::uint32_t>& loop) const;
     bool IsOuter(const std::vector<std::uint32_t>& loop) const;
-    Corner CornerOf(std::uint32_t half, const std::vector<std::uint32_t>& common) const;
-    bool HasCommonSource(std::uint32_t half, std::vector<std::uint32_t>& common) const;
+    Corner CornerOf(const std::vector<std::uint32_t>& ways) const;
+    static std::uint32_t WayOf(const Passage& passage, std::uint32_t half);
+    bool HasCommonWay(std::uint32_t half, std::vector<std::uint32_t>& common) const;
     void KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
                    std::vector<char>& isKept) const;
 
