@@ -6,6 +6,9 @@
 
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/Vec3D.h"
+#include "kalvio/meshes/TinSurfacePatch3D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
 #include <array>
@@ -57,7 +60,8 @@ std::string ColorText(const Rgb& color, double brightness) {
 class Relief {
 public:
     /// @param scale  page units per world unit
-    Relief(const IndexedTriangleSet3D& source, double scale) : surface(source) {
+    /// @param interval  of the contours
+    Relief(const IndexedTriangleSet3D& source, double scale, const std::optional<double>& interval) : surface(source) {
         const BoundingBox3D box = surface.GetBoundingBox();
         lowest = box.GetMinPoint().GetZ();
         range = std::max(box.GetSize().GetZ(), 1e-3);
@@ -71,7 +75,7 @@ public:
         std::sort(slopes.begin(), slopes.end());
         stretch = std::clamp(std::round(0.35 / std::max(slopes[slopes.size() / 2], 1e-9)), 1.0, 8.0);
         // Contours nearer than 4 page units would blacken the slopes.
-        contourStep = NiceStep(std::max(range, 60.0 * slopes[slopes.size() * 3 / 4] / scale), 15);
+        contourStep = interval.value_or(NiceStep(std::max(range, 60.0 * slopes[slopes.size() * 3 / 4] / scale), 15));
     }
 
     void Draw(Svg& svg, const SvgPanel& panel) const {
@@ -114,22 +118,13 @@ private:
     }
 
     void DrawContours(Svg& svg, const SvgPanel& panel) const {
-        for (const double level : Multiples(contourStep, lowest, lowest + range)) {
-            std::vector<std::vector<Point2D>> pieces;
-            std::array<Point3D, 3> corners;
-            for (std::uint64_t i = 0; surface.GetTriangleAt(i, corners[0], corners[1], corners[2]); ++i) {
-                std::vector<Point2D> piece;
-                for (std::size_t k = 0; k < 3; ++k) {
-                    const Point3D& from = corners[k];
-                    const Point3D& to = corners[(k + 1) % 3];
-                    if ((from.GetZ() < level) == (to.GetZ() < level)) continue;
-                    const double t = (level - from.GetZ()) / (to.GetZ() - from.GetZ());
-                    piece.push_back(from.GetPoint2D() + (to.GetPoint2D() - from.GetPoint2D()) * t);
-                }
-                if (piece.size() == 2) pieces.push_back(panel.ToPage(piece));
-            }
+        TinSurfacePatch3D ground;
+        std::vector<LineString3D> contours;
+        if (!ground.SetTriangles(surface) || !ground.GetContours(contourStep, contours)) return;
+        for (const LineString3D& contour : contours) {
+            const double level = contour.GetStart().GetZ();
             const bool isMain = std::abs(std::remainder(level, 5.0 * contourStep)) < 0.1 * contourStep;
-            svg.Area(pieces, {"#6b5a45", isMain ? 0.9 : 0.45, "", ""});
+            svg.Polyline(panel.ToPage(contour.GetLineString2D().GetPoints()), {"#6b5a45", isMain ? 0.9 : 0.45, "", ""});
         }
     }
 
@@ -301,7 +296,7 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
                                                      : planTop + planHeight + 30.0;
     Svg svg(pageWidth, height);
     const SvgPanel plan(margin, planTop, panelWidth, planHeight, extent, true);
-    const Relief relief(*parts.surface, plan.GetScaleX());
+    const Relief relief(*parts.surface, plan.GetScaleX(), parts.contourInterval);
     relief.Draw(svg, plan);
     double longest = 0.0;
     for (const Alignment& alignment : *parts.alignments) longest = std::max(longest, alignment.plan.GetLength());
@@ -315,7 +310,7 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
     if (parts.section != nullptr) DrawSection(svg, sectionTop, *parts.section, parts.unit);
     if (parts.grid != nullptr) {
         const SvgPanel panel(margin, gridTop, panelWidth, gridHeight, kriged.GetBoundingBox2D(), true);
-        const Relief shaded(kriged, panel.GetScaleX());
+        const Relief shaded(kriged, panel.GetScaleX(), std::nullopt);
         shaded.Draw(svg, panel);
         for (const Point3D& sample : *parts.samples) {
             svg.Circle(panel.ToPage(sample.GetPoint2D()), 2.2, {textColor, 0.8, "white", ""});

@@ -7,6 +7,7 @@
 #include "kalvio/core/Point3D.h"
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,7 @@ struct PictureParts {
     const LongSection* section = nullptr;  // left out when null
     const KrigedGrid* grid = nullptr;      // left out when null
     const std::vector<Math::Point3D>* samples = nullptr;
+    std::optional<double> contourInterval;  // one that suits the page when there is none
 };
 
 /// Draws the hill-shaded plan with contours and axes, the long section with its cut and fill, and the kriged grid with

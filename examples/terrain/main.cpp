@@ -12,6 +12,8 @@
 #include "terrain/Measures.h"
 #include "terrain/Picture.h"
 
+#include "kalvio/polygons/LineString3D.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -29,11 +31,14 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
+    "               [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--nodes OUT.csv] [--svg OUT.svg]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
     "  --heights  writes the heights at the places of a table x,y\n"
+    "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
+    "  --against  cut and fill from the surface to the first one of another file, where both are\n"
     "  --surface  the surface that is cut and drawn (Built, or the first of the file)\n"
     "  --over     height that volumes are taken over (that of the lowest vertex)\n"
     "  --along    cuts the surface along the alignments of a file\n"
@@ -51,6 +56,8 @@ struct Options {
     std::string file;
     GroundTables ground;
     std::string heights;
+    std::optional<double> contours;
+    std::string against;
     std::string surface;
     std::optional<double> over;
     std::string along;
@@ -71,6 +78,8 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--breaklines", options.ground.breaklines);
     arguments.AddText("--border", options.ground.border);
     arguments.AddText("--heights", options.heights);
+    arguments.AddPositive("--contours", options.contours);
+    arguments.AddText("--against", options.against);
     arguments.AddText("--surface", options.surface);
     arguments.AddNumber("--over", options.over);
     arguments.AddText("--along", options.along);
@@ -210,6 +219,25 @@ void WriteHeights(const std::string& path, const TinSurfacePatch3D& surface) {
     }
 }
 
+void ReportContours(double interval, const TinSurfacePatch3D& surface, const std::string& unit) {
+    std::vector<LineString3D> contours;
+    if (!surface.GetContours(interval, contours)) throw InputError("too many contours");
+    double length = 0.0;
+    for (const LineString3D& contour : contours) length += contour.GetLength2D();
+    std::printf("Contours every %g %s: %zu lines, %.4f %s long\n", interval, unit.c_str(), contours.size(), length,
+                unit.c_str());
+}
+
+void ReportVolumes(const std::string& path, const TinSurfacePatch3D& surface, const std::string& unit) {
+    const SurfaceFile file = ReadLandXmlSurfaces(path);
+    if (UnitText(file.linearUnit) != unit) throw InputError(path + ": not in " + unit);
+    const Surface& design = file.surfaces.front();
+    TinSurfacePatch3D::Volumes volumes;
+    if (!surface.GetVolumes(SurfaceOf(design.mesh, design.name), volumes)) throw InputError(path + ": no surface");
+    std::printf("Against %s: cut %.4f %s3, fill %.4f %s3 on %.4f %s2\n", design.name.c_str(), volumes.cut, unit.c_str(),
+                volumes.fill, unit.c_str(), volumes.area, unit.c_str());
+}
+
 SurfaceFile ReadSurfaces(const Options& options) {
     SurfaceFile file;
     if (options.file.empty() && options.ground.IsEmpty()) throw InputError("a surface or its points are missing");
@@ -230,7 +258,12 @@ int Run(const Options& options) {
     Surface& chosen = Chosen(file, options);
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
 
-    if (!options.heights.empty()) WriteHeights(options.heights, SurfaceOf(chosen.mesh, chosen.name));
+    if (options.contours || !options.against.empty() || !options.heights.empty()) {
+        const TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
+        if (options.contours) ReportContours(*options.contours, surface, unit);
+        if (!options.against.empty()) ReportVolumes(options.against, surface, unit);
+        if (!options.heights.empty()) WriteHeights(options.heights, surface);
+    }
 
     std::vector<Alignment> alignments;
     std::vector<LongSection> sections;
@@ -276,7 +309,8 @@ int Run(const Options& options) {
         const auto section = std::max_element(
             sections.begin(), sections.end(),
             [](const LongSection& a, const LongSection& b) { return a.GetGroundLength() < b.GetGroundLength(); });
-        PictureParts parts{"Surface " + chosen.name, unit, &chosen.mesh, &alignments, nullptr, nullptr, &samples};
+        PictureParts parts{"Surface " + chosen.name, unit, &chosen.mesh, &alignments, nullptr, nullptr, &samples,
+                           options.contours};
         if (section != sections.end() && !section->GetRuns().empty()) parts.section = &*section;
         if (grid) parts.grid = &*grid;
         if (!DrawPicture(options.svg, parts)) throw InputError(options.svg + ": cannot be written");

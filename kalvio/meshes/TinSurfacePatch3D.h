@@ -16,6 +16,7 @@ namespace Kalvio::Math {
 class Angle;
 class LineString2D;
 class LineString3D;
+class Polygon2D;
 class Tolerances;
 
 /// A triangulated surface with one height at each place: terrain, or a design surface. Built from points, breaklines
@@ -53,6 +54,13 @@ public:
     struct HeightConflict {
         Point3D kept;  ///< the place, and the height that the surface has there
         double other;  ///< the height that it has not
+    };
+
+    /// What lies between two surfaces.
+    struct Volumes {
+        double cut = 0.0;   // where this surface is the higher one: what is to be taken away
+        double fill = 0.0;  // where it is the lower one: what is to be brought
+        double area = 0.0;  // in plan, where both are
     };
 
     TinSurfacePatch3D() = default;
@@ -120,7 +128,31 @@ public:
     /// their number. @return whether there are any
     bool Drape(const LineString2D& chain, std::vector<LineString3D>& draped) const;
 
+    /// Appends the contours at the levels, by level: the fewest strings, each at the height of its level, with the
+    /// higher ground on its right. A string ends at the border or is closed, its first point repeated at the end.
+    ///
+    /// A vertex on a level counts as above it. So contours neither branch nor cross; where saddles or flats lie on the
+    /// level they meet at vertices. A flat on the level has a contour where it falls off, none where it rises, and a
+    /// ridge on it one on either side. One pass over the triangles, and what there is to be found.
+    /// @return false, nothing appended, for levels that are not finite and more than 1e6 of them
+    bool GetContours(const std::vector<double>& levels, std::vector<LineString3D>& contours) const;
+    /// The same at all multiples of an interval. @return false also for one that is not positive
+    bool GetContours(double interval, std::vector<LineString3D>& contours) const;
+
+    /// Cut and fill between this surface, the ground, and another one, the design, where both are: the sums of the
+    /// prisms between the common parts of their triangles, exact but for rounding. Where a surface lies over itself
+    /// each part counts. Swapping the two swaps cut and fill.
+    /// @param area  only inside this polygon and outside its holes
+    /// @return false, `volumes` untouched, when one of them is empty and for a polygon without area
+    bool GetVolumes(const TinSurfacePatch3D& design, Volumes& volumes) const;
+    bool GetVolumes(const TinSurfacePatch3D& design, const Polygon2D& area, Volumes& volumes) const;
+    /// The same against a height. @return false also for one that is not finite
+    bool GetVolumes(double height, Volumes& volumes) const;
+    bool GetVolumes(double height, const Polygon2D& area, Volumes& volumes) const;
+
 private:
+    class Overlaps;
+
     // What the search for places reads, side by side: corners, and the triangles beyond the edges from them.
     struct Facet {
         std::array<std::array<double, 3>, 3> corner;
@@ -135,6 +167,7 @@ private:
     const Locator& GetLocator() const;
     static bool WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle);
     Vec3D DoubledNormal(unsigned int triangle) const;
+    bool AddVolumes(const TinSurfacePatch3D* design, double height, const Polygon2D* area, Volumes& volumes) const;
     void Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond);
 
     IndexedTriangleSet3D triangles;

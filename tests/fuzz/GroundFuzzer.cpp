@@ -3,6 +3,7 @@
 #include "kalvio/meshes/TinSurfacePatch3D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
 
 #include "fuzz/Bytes.h"
 
@@ -43,6 +44,23 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
         Require(surface.GetNormal(place, normal) && surface.GetSlope(place, slope, fall));
         Point3D nearest(place, z + 1.0);
         if (tame) Require(surface.GetNearestPoint(nearest) && nearest.Distance(Point3D(place, z)) <= 2.0 + 1e-6);
+    }
+    std::vector<LineString3D> contours;
+    Require(surface.GetContours(std::vector{0.0, 1.0, 0.0625}, contours));
+    for (const LineString3D& contour : contours) Require(contour.GetSize() > 1);
+    TinSurfacePatch3D::Volumes whole;
+    TinSurfacePatch3D::Volumes there;
+    TinSurfacePatch3D::Volumes back;
+    TinSurfacePatch3D design;
+    TinSurfacePatch3D::Ground shifted{ground.points, {}, {}, {}, 0.0};
+    for (Point3D& p : shifted.points) p = Point3D(p.GetY(), p.GetX(), -p.GetZ());
+    const bool hasDesign = design.Build(shifted, Tolerances(tolerance));
+    (void)surface.GetVolumes(1.0, Polygon2D(places), there);
+    if (surface.GetVolumes(0.0, whole) && tame) Require(std::abs(whole.area - surface.GetPlanArea()) <= 1e-3);
+    if (isBuilt && hasDesign) {
+        Require(surface.GetVolumes(design, there) && design.GetVolumes(surface, back));
+        if (tame)
+            Require(std::abs(there.cut - back.fill) <= 1e-6 * (1.0 + there.cut) && there.area <= whole.area + 1e-3);
     }
     std::vector<LineString3D> draped;
     (void)surface.Drape(places, draped);

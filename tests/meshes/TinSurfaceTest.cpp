@@ -252,5 +252,146 @@ TEST(TinSurfaceTest, IsAGeometryThatManyMayAsk) {
     });
 }
 
+// By brute force: the cuts of each triangle, vertices on a level counted as above it.
+TEST(TinSurfaceTest, ContoursAreTheCutsOfTheTrianglesInFewestStrings) {
+    RandomNumbers random(20240604);
+    for (int round = 0; round < 30; ++round) {
+        SCOPED_TRACE(round);
+        const bool hasFlats = round % 3 == 0;  // heights on the levels: flats, ridges and saddles
+        Ground ground;
+        for (int i = 0; i < 20 + 10 * round; ++i) {
+            const double z = random(-3, 3);
+            ground.points.emplace_back(385000 + random(0, 30), 6672000 + random(0, 30), hasFlats ? std::round(z) : z);
+        }
+        TinSurfacePatch3D surface;
+        ASSERT_TRUE(surface.Build(ground, kTolerances));
+        std::vector<LineString3D> contours;
+        ASSERT_TRUE(surface.GetContours(1.0, contours));
+        std::map<double, double> lengths, expected;
+        std::map<double, int> open, borders;
+        double last = -kInfinity;
+        for (const LineString3D& contour : contours) {
+            const double level = contour.GetStart().GetZ();
+            EXPECT_GE(level, last) << "by level";
+            last = level;
+            lengths[level] += contour.GetLength2D();
+            const bool isClosed = contour.GetStart().Distance(contour.GetEnd()) == 0.0;
+            if (!isClosed) ++open[level];
+            for (unsigned int i = 0; i + 1 < contour.GetSize(); ++i) {
+                EXPECT_EQ(contour[i + 1].GetZ(), level);
+                const Point2D from = contour[i].GetPoint2D(), to = contour[i + 1].GetPoint2D();
+                const Vec2D right = (to - from).GetNormalVector(false);
+                double higher = kNan, lower = kNan;
+                if (from.Distance(to) < 1e-2 || !surface.GetHeight(from + (to - from) * 0.5 + right * 1e-5, higher) ||
+                    !surface.GetHeight(from + (to - from) * 0.5 - right * 1e-5, lower)) {
+                    continue;
+                }
+                EXPECT_LE(lower, level + 1e-8);
+                EXPECT_TRUE(hasFlats || higher >= level - 1e-8) << higher;
+            }
+            for (const LineString3D& other : contours) {
+                for (unsigned int i = 0; round < 8 && &other != &contour && i + 1 < contour.GetSize(); ++i) {
+                    for (unsigned int k = 0; k + 1 < other.GetSize(); ++k) {
+                        const auto side = [](const Point3D& a, const Point3D& b, const Point3D& p) {
+                            return (b - a).PerpDotProduct(p - a);
+                        };
+                        const double products[] = {
+                            side(contour[i], contour[i + 1], other[k]) * side(contour[i], contour[i + 1], other[k + 1]),
+                            side(other[k], other[k + 1], contour[i]) * side(other[k], other[k + 1], contour[i + 1])};
+                        EXPECT_FALSE(products[0] < -1e-12 && products[1] < -1e-12) << "contours cross";
+                    }
+                }
+            }
+        }
+        for (unsigned int t = 0; t < surface.GetTrianglesCount(); ++t) {
+            std::array<Point3D, 3> corner;
+            ASSERT_TRUE(surface.GetTriangles().GetTriangleAt(t, corner[0], corner[1], corner[2]));
+            for (double level = -3.0; level <= 3.0; ++level) {
+                std::vector<Point2D> cuts;
+                for (unsigned int i = 0; i < 3; ++i) {
+                    const Point3D &a = corner[i], &b = corner[(i + 1) % 3];
+                    if ((a.GetZ() >= level) == (b.GetZ() >= level)) continue;
+                    const double share = (level - a.GetZ()) / (b.GetZ() - a.GetZ());
+                    cuts.push_back(a.GetPoint2D() + (b.GetPoint2D() - a.GetPoint2D()) * share);
+                    if (surface.GetNeighbor(t, i) == TinSurfacePatch3D::noTriangle) ++borders[level];
+                }
+                if (cuts.size() == 2) expected[level] += cuts[0].Distance(cuts[1]);
+            }
+        }
+        for (const auto& [level, length] : expected) {
+            EXPECT_NEAR(lengths[level], length, 1e-6);
+            EXPECT_TRUE(hasFlats || 2 * open[level] == borders[level]) << "the fewest";
+        }
+    }
+    TinSurfacePatch3D hill;
+    std::vector<LineString3D> contours;
+    ASSERT_TRUE(hill.SetTriangles(Grid({0, 0}, 4, [](double x, double y) { return x == 2 && y == 2 ? 2.0 : 0.0; })));
+    EXPECT_TRUE(hill.GetContours(std::vector{2.0, 1.0, 1.0}, contours) && contours.size() == 1) << "none at the top";
+    EXPECT_FALSE(hill.GetContours(0.0, contours) || hill.GetContours(kNan, contours) ||
+                 hill.GetContours(1e-9, contours) || hill.GetContours({kNan}, contours));
+}
+
+TEST(TinSurfaceTest, VolumesAreThoseOfBodiesAndAddUp) {
+    for (const Point2D& origin : {Point2D(), Point2D(385000, 6672000)}) {
+        // A slope from -4 to 8 over a square, against the level and a flat design.
+        TinSurfacePatch3D slope, flat;
+        ASSERT_TRUE(slope.SetTriangles(Grid(origin, 12, [](double x, double) { return x - 4.0; })));
+        ASSERT_TRUE(flat.SetTriangles(Grid(origin - Vec2D(0.5, 0.25), 13, [](double, double) { return 0.0; })));
+        const auto ring = [&](double low, double high) {
+            return LineString2D({origin + Vec2D(low, low), origin + Vec2D(high, low), origin + Vec2D(high, high),
+                                 origin + Vec2D(low, high)});
+        };
+        Polygon2D frame(ring(0, 12));
+        frame.AppendHoleBoundary(ring(4, 8));
+        const std::tuple<const Polygon2D*, double, double, double> rows[] = {{nullptr, 384, 96, 144},
+                                                                             {&frame, 352, 96, 128}};
+        for (const auto& [area, cut, fill, plan] : rows) {
+            TinSurfacePatch3D::Volumes first, second, third;
+            ASSERT_TRUE(area != nullptr ? slope.GetVolumes(flat, *area, first) : slope.GetVolumes(flat, first));
+            ASSERT_TRUE(area != nullptr ? slope.GetVolumes(0.0, *area, second) : slope.GetVolumes(0.0, second));
+            ASSERT_TRUE(area != nullptr ? flat.GetVolumes(slope, *area, third) : flat.GetVolumes(slope, third));
+            std::swap(third.cut, third.fill);
+            for (const auto& volumes : {first, second, third}) {
+                EXPECT_NEAR(volumes.cut, cut, 1e-6);
+                EXPECT_NEAR(volumes.fill, fill, 1e-6);
+                EXPECT_NEAR(volumes.area, plan, 1e-6);
+            }
+        }
+        TinSurfacePatch3D::Volumes untouched{1, 2, 3};
+        EXPECT_FALSE(slope.GetVolumes(kNan, untouched) || slope.GetVolumes(TinSurfacePatch3D(), untouched) ||
+                     TinSurfacePatch3D().GetVolumes(0.0, untouched) ||
+                     slope.GetVolumes(0.0, Polygon2D(LineString2D{{0, 0}, {1, 1}}), untouched));
+        EXPECT_EQ(untouched.cut + untouched.fill + untouched.area, 6.0);
+    }
+    // Of rough ground: halves add up to the whole, and the difference is that of the volumes over a height.
+    RandomNumbers random(20240605);
+    for (int round = 0; round < 20; ++round) {
+        std::array<TinSurfacePatch3D, 2> surfaces;
+        for (TinSurfacePatch3D& surface : surfaces) {
+            Ground ground;
+            for (const Vec2D& v : {Vec2D(0, 0), Vec2D(20, 0), Vec2D(20, 20), Vec2D(0, 20)}) {
+                ground.points.emplace_back(Point2D(385000, 6672000) + v, random(0, 5));
+            }
+            for (int i = 0; i < 10 * round; ++i) {
+                ground.points.emplace_back(385000 + random(0, 20), 6672000 + random(0, 20), random(0, 5));
+            }
+            ASSERT_TRUE(surface.Build(ground, kTolerances));
+        }
+        const double split = 385000 + random(1, 19);
+        const auto half = [](double from, double to) {
+            return Polygon2D(LineString2D({{from, 6672000}, {to, 6672000}, {to, 6672020}, {from, 6672020}}));
+        };
+        TinSurfacePatch3D::Volumes whole, left, right;
+        ASSERT_TRUE(surfaces[0].GetVolumes(surfaces[1], whole));
+        ASSERT_TRUE(surfaces[0].GetVolumes(surfaces[1], half(385000, split), left));
+        ASSERT_TRUE(surfaces[0].GetVolumes(surfaces[1], half(split, 385020), right));
+        EXPECT_NEAR(whole.cut, left.cut + right.cut, 1e-6);
+        EXPECT_NEAR(whole.fill, left.fill + right.fill, 1e-6);
+        EXPECT_NEAR(whole.area, 400.0, 1e-6);
+        EXPECT_NEAR(whole.cut - whole.fill,
+                    surfaces[0].GetTriangles().GetVolume(0.0) - surfaces[1].GetTriangles().GetVolume(0.0), 1e-6);
+    }
+}
+
 }  // namespace
 }  // namespace Kalvio::Math
