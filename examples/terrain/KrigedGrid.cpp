@@ -6,6 +6,7 @@
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/statistics/ExponentialVariogramModel.h"
 #include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/LocalKriging.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
 
 #include <algorithm>
@@ -17,8 +18,10 @@ using namespace Math;
 
 namespace {
 
-// The system of the samples is a full matrix and is factored once, cubic in their number.
+// The system of the samples is a full matrix and is factored once, cubic in their number; of more the nearest are
+// taken.
 constexpr std::size_t mostSamples = 4000;
+constexpr unsigned int neighbors = 24;
 constexpr double mostNodes = 4e6;
 
 BoundingBox2D ExtentOf(const std::vector<Point3D>& samples) {
@@ -47,13 +50,11 @@ Variability::Variability(const std::vector<Point3D>& samples, const std::optiona
 }
 
 KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const Variability& variability) {
-    if (samples.size() > mostSamples) {
-        throw InputError("kriging takes at most " + std::to_string(mostSamples) + " points, not " +
-                         std::to_string(samples.size()));
-    }
     const OrdinaryKriging kriging(new ExponentialVariogramModel(variability.sill, variability.range));
     KrigingSystem system;
-    if (!system.Build(kriging, samples)) {
+    LocalKriging local;
+    const bool isLocal = samples.size() > mostSamples;
+    if (!(isLocal ? local.Build(kriging, samples, neighbors) : system.Build(kriging, samples))) {
         throw InputError("the points cannot be kriged: none, or two of them at one place");
     }
     const BoundingBox2D extent = ExtentOf(samples);
@@ -73,7 +74,9 @@ KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, cons
             const Point2D place((firstColumn + column) * spacing, (firstRow + row) * spacing);
             double height = 0.0;
             double variance = 0.0;
-            if (!system.Interpolate(place, height, variance)) throw InputError("the points cannot be kriged");
+            if (!(isLocal ? local.Interpolate(place, height, variance) : system.Interpolate(place, height, variance))) {
+                throw InputError("the points cannot be kriged: two of them at one place");
+            }
             nodes.push_back({Point3D(place, height), std::sqrt(std::max(variance, 0.0))});
         }
         progress.Step();

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -16,33 +15,6 @@ namespace {
 
 // The numbers of one query.
 using Work = detail::Workspace<double, 512>;
-
-// Multiplies m by the power of two that brings its largest element into [1, 2), and returns that power: without any
-// rounding, so that the scale of the sill decides nothing. 0 when an element is not finite.
-double Normalize(detail::Elimination& m, std::size_t size) {
-    double largest = 0.0;
-    for (std::size_t i = 0; i < size; ++i) {
-        for (std::size_t j = 0; j < size; ++j) {
-            if (!std::isfinite(m.Row(i)[j])) return 0.0;
-            largest = std::max(largest, std::abs(m.Row(i)[j]));
-        }
-    }
-    if (largest == 0.0) return 1.0;  // a variogram and a single place
-    const double factor = std::ldexp(1.0, -std::ilogb(largest));
-    for (std::size_t i = 0; i < size; ++i) {
-        for (std::size_t j = 0; j < size; ++j) m.Row(i)[j] *= factor;
-    }
-    return factor;
-}
-
-// A pivot within this bound means that changes of the elements by it make the matrix singular.
-bool IsSingular(const detail::Elimination& elimination, std::size_t size) {
-    const double rounding = static_cast<double>(size) * std::numeric_limits<double>::epsilon();
-    for (std::size_t k = 0; k < size; ++k) {
-        if (!(std::abs(elimination.Pivot(k)) > rounding)) return true;
-    }
-    return false;
-}
 
 double MeanHeight(const std::vector<Point3D>& samples) {
     double sum = 0.0;
@@ -68,7 +40,7 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
     detail::FillCovariances(*sharedModel, samples, elimination);
 
     KrigingSystem built;
-    built.scale = Normalize(elimination, samples.size());
+    built.scale = detail::Normalize(elimination, samples.size());
     if (built.scale == 0.0) return false;
     if (isOrdinary) detail::FillSumOfWeights(samples.size(), elimination);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -77,7 +49,7 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
     }
     for (const Point3D& sample : samples) built.places.push_back(sample.GetY());
     elimination.Run();
-    if (IsSingular(elimination, size)) return false;
+    if (detail::IsSingular(elimination, size)) return false;
 
     built.weights.resize(size);
     elimination.Solve(built.weights.data());
@@ -113,8 +85,9 @@ void KrigingSystem::FillRightSide(const Point2D& p, double* b) const {
     if (ordinary) b[n] = 1.0;
 }
 
-// b^T M^-1 b = (U^-T b)^T D^-1 (L^-1 P b): both triangles are solved forward in one pass. Unlike a product with the
-// inverse this is as exact at a sample as the factors are, however the matrix is conditioned.
+// b^T M^-1 b = (U^-T b)^T D^-1 (L^-1 P b): both triangles are solved forward in
+// one pass. Unlike a product with the inverse this is as exact at a sample as
+// the factors are, however the matrix is conditioned.
 double KrigingSystem::Quadratic(const double* b, double* y, double* t) const {
     const std::size_t size = pivots.size();
     for (std::size_t k = 0; k < size; ++k) {

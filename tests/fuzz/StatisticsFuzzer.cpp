@@ -1,6 +1,7 @@
 #include "kalvio/statistics/ExponentialVariogramModel.h"
 #include "kalvio/statistics/Interpolation.h"
 #include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/LocalKriging.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
 #include "kalvio/statistics/SimpleKriging.h"
 #include "kalvio/statistics/SphericalVariogramModel.h"
@@ -37,6 +38,12 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
     CheckAnswer(found, ofSystem);
     Require(isBuilt || !found);
     CheckAnswer(system.Interpolate(p, ofSystem, variance), variance);
+    if constexpr (std::is_same_v<Kriging, OrdinaryKriging>) {
+        LocalKriging local;
+        double near = untouched;
+        Require(!(local.Build(kriging, samples, 3) && samples.empty()));
+        CheckAnswer(local.Interpolate(p, near, variance), near);
+    }
     if (isSound) Require(isBuilt);
     for (const Point3D& sample : samples) {
         double there = untouched;

@@ -122,6 +122,50 @@ TEST(KrigingSystemTest, NoSillMakesItSingularAndAFailedBuildChangesNothing) {
     EXPECT_EQ(unit.variance, unit.value);
 }
 
+// Against a search of all samples and a system of those found, at places inside, far outside and on samples.
+TEST(LocalKrigingTest, IsTheKrigingOfTheNearestSamples) {
+    RandomNumbers random(20240606);
+    for (const unsigned int count : {1U, 2U, 7U, 16U, 40U, 900U}) {
+        for (const int shape : {0, 1, 2}) {
+            const Point2D origin(385000, 6672000);
+            Samples samples;
+            for (const Point3D& p : Scattered(300, Point2D())) {  // a square, a strip, two crowds
+                const double y = shape == 1 ? 0.001 * p.GetY() : p.GetY();
+                const double x = shape == 2 && p.GetX() > 500.0 ? 1e5 + p.GetX() : p.GetX();
+                samples.emplace_back(origin + Vec2D(x, y), p.GetZ());
+            }
+            const OrdinaryKriging kriging(Model(true, 4.0, 800.0));
+            LocalKriging local;
+            ASSERT_TRUE(local.Build(kriging, samples, count));
+            for (int i = 0; i < 12; ++i) {
+                const Point2D p = i < 4 ? samples[static_cast<std::size_t>(i)].GetPoint2D()
+                                        : origin + Vec2D(random(-900, 1900), random(-900, 1900));
+                Samples nearest = samples;
+                std::stable_sort(nearest.begin(), nearest.end(), [&p](const Point3D& a, const Point3D& b) {
+                    return a.GetPoint2D().Distance(p) < b.GetPoint2D().Distance(p);
+                });
+                nearest.resize(std::min<std::size_t>(count, nearest.size()));
+                KrigingSystem system;
+                Estimate expected, out;
+                ASSERT_TRUE(system.Build(kriging, nearest) && system.Interpolate(p, expected.value, expected.variance));
+                ASSERT_TRUE(local.Interpolate(p, out.value, out.variance));
+                EXPECT_NEAR(out.value, expected.value, 1e-8);
+                EXPECT_NEAR(out.variance, expected.variance, 1e-8);
+            }
+        }
+    }
+    LocalKriging local;
+    const OrdinaryKriging kriging(Model(true, 4.0, 800.0));
+    const Samples twins = {{0, 0, 1}, {9, 0, 2}, {9, 0, 3}, {80, 0, 4}, {90, 5, 5}};
+    Estimate out;
+    EXPECT_FALSE(local.Build(kriging, {}, 4) || local.Build(kriging, twins, 0) ||
+                 local.Interpolate({}, out.value, out.variance) || local.Build(OrdinaryKriging(nullptr), twins, 2) ||
+                 local.Build(kriging, {{0, kNan, 0}}, 1));
+    EXPECT_TRUE(local.Build(kriging, twins, 2) && local.Interpolate({85, 0}, out.value, out.variance));
+    EXPECT_FALSE(local.Interpolate({9, 1}, out.value, out.variance) ||
+                 local.Interpolate({kInfinity, 0}, out.value, out.variance));
+}
+
 TEST(KrigingTest, CopiesShareOneModelAndServeAllThreads) {
     SimpleKriging original(Model(false, 4.0, 1500.0), 95.0);
     const std::weak_ptr<const VariogramModelBase> model = original.GetModel();

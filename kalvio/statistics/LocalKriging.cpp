@@ -1,0 +1,148 @@
+#include "kalvio/statistics/LocalKriging.h"
+
+#include "kalvio/core/Point3D.h"
+#include "kalvio/statistics/OrdinaryKriging.h"
+#include "kalvio/statistics/detail/PlaceSystem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+namespace Kalvio::Math {
+
+namespace {
+
+std::size_t CellOf(double offset, double side, std::size_t count) {
+    const double cell = offset / side;
+    return cell > 0.0 ? static_cast<std::size_t>(std::min(cell, static_cast<double>(count - 1))) : 0;
+}
+
+bool IsFinite(const Point3D& p) {
+    return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ());
+}
+
+}  // namespace
+
+std::size_t LocalKriging::ColumnOf(double x) const { return CellOf(x - left, side, columns); }
+std::size_t LocalKriging::RowOf(double y) const { return CellOf(y - bottom, side, rows); }
+
+bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& all, unsigned int neighbors) {
+    if (kriging.GetModel() == nullptr || all.empty() || neighbors == 0 ||
+        !std::all_of(all.begin(), all.end(), IsFinite)) {
+        return false;
+    }
+    LocalKriging built;
+    built.model = kriging.GetModel();
+    built.count = std::min<std::size_t>(neighbors, all.size());
+    const auto [minX, maxX] = std::minmax_element(
+        all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
+    const auto [minY, maxY] = std::minmax_element(
+        all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetY() < b.GetY(); });
+    built.left = minX->GetX();
+    built.bottom = minY->GetY();
+    const double width = maxX->GetX() - built.left;
+    const double height = maxY->GetY() - built.bottom;
+    if (!std::isfinite(width) || !std::isfinite(height)) return false;
+    // About two samples to a cell, and no more cells in a row than that leaves.
+    const double cells = 0.5 * static_cast<double>(all.size()) + 1.0;
+    built.side = std::max({std::sqrt(width / cells) * std::sqrt(height), width / cells, height / cells});
+    if (!(built.side > 0.0)) built.side = 1.0;
+    built.columns = static_cast<std::size_t>(width / built.side) + 1;
+    built.rows = static_cast<std::size_t>(height / built.side) + 1;
+    built.starts.assign(built.columns * built.rows + 1, 0);
+    const auto cellOf = [&built](const Point3D& p) {
+        return built.RowOf(p.GetY()) * built.columns + built.ColumnOf(p.GetX());
+    };
+    for (const Point3D& p : all) ++built.starts[cellOf(p) + 1];
+    for (std::size_t i = 1; i < built.starts.size(); ++i) built.starts[i] += built.starts[i - 1];
+    std::vector<std::size_t> ends(built.starts.begin(), built.starts.end() - 1);
+    built.samples.resize(all.size());
+    built.numbers.resize(all.size());
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const std::size_t place = ends[cellOf(all[i])]++;
+        built.samples[place] = all[i];
+        built.numbers[place] = i;
+    }
+    *this = std::move(built);
+    return true;
+}
+
+// Ring by ring of cells around the place, until no nearer sample can come.
+std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p) const {
+    using Candidate = std::pair<std::pair<double, std::size_t>,
+                                std::size_t>;  // squared distance, number; place
+    detail::Workspace<Candidate, 32> room(count);
+    Candidate* const heap = room.Get();
+    std::size_t found = 0;
+    const auto column = static_cast<std::int64_t>(ColumnOf(p.GetX()));
+    const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
+    const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
+    const auto lastRow = static_cast<std::int64_t>(rows) - 1;
+    for (std::int64_t ring = 0; ring <= std::max(lastColumn, lastRow); ++ring) {
+        // Beyond the ring before, counted from the place's own cell, or from the
+        // cell next to it.
+        const double away = static_cast<double>(ring - 1) * side;
+        if (found == count && ring > 0 && away * away > heap[0].first.first) break;
+        for (std::int64_t r = std::max<std::int64_t>(row - ring, 0); r <= std::min(row + ring, lastRow); ++r) {
+            const bool isWhole = ring == 0 || r == row - ring || r == row + ring;
+            for (std::int64_t c = column - ring; c <= column + ring; c += isWhole ? 1 : 2 * ring) {
+                if (c < 0 || c > lastColumn) continue;
+                const std::size_t cell = static_cast<std::size_t>(r) * columns + static_cast<std::size_t>(c);
+                for (std::size_t i = starts[cell]; i < starts[cell + 1]; ++i) {
+                    const double dx = samples[i].GetX() - p.GetX();
+                    const double dy = samples[i].GetY() - p.GetY();
+                    const Candidate candidate{{dx * dx + dy * dy, numbers[i]}, i};
+                    if (found == count) {
+                        if (!(candidate < heap[0])) continue;
+                        std::pop_heap(heap, heap + found);
+                        --found;
+                    }
+                    heap[found++] = candidate;
+                    std::push_heap(heap, heap + found);
+                }
+            }
+        }
+    }
+    std::vector<Point3D> nearest;
+    nearest.reserve(found);
+    for (std::size_t i = 0; i < found; ++i) nearest.push_back(samples[heap[i].second]);
+    return nearest;
+}
+
+bool LocalKriging::Interpolate(const Point2D& p, double& value, double& variance) const {
+    if (model == nullptr || !std::isfinite(p.GetX()) || !std::isfinite(p.GetY())) return false;
+    const std::vector<Point3D> nearest = FindNearest(p);
+    const std::size_t size = nearest.size() + 1;
+    detail::Elimination elimination(size, 1);
+    detail::FillCovariances(*model, nearest, elimination);
+    const double scale = detail::Normalize(elimination, nearest.size());
+    if (scale == 0.0) return false;
+    detail::FillSumOfWeights(nearest.size(), elimination);
+    detail::Workspace<double, 20> rightSide(size);
+    detail::Workspace<double, 20> lambda(size);
+    double* const b = rightSide.Get();
+    detail::FillCovariances(*model, p, nearest, b);
+    for (std::size_t i = 0; i + 1 < size; ++i) b[i] *= scale;
+    b[size - 1] = 1.0;
+    for (std::size_t i = 0; i < size; ++i) elimination.Row(i)[size] = b[i];
+    elimination.Run();
+    if (detail::IsSingular(elimination, size)) return false;
+    elimination.Solve(lambda.Get());
+    const double base = nearest.front().GetZ();
+    double estimate = 0.0;
+    double sum = 0.0;
+    for (std::size_t i = 0; i < size; ++i) {
+        if (i + 1 < size) estimate += lambda.Get()[i] * (nearest[i].GetZ() - base);
+        sum += lambda.Get()[i] * b[i];
+    }
+    const double atZero = model->Evaluate(0.0);
+    const double ofError = atZero == 0.0 ? sum / scale : atZero - sum / scale;
+    if (!std::isfinite(estimate) || !std::isfinite(ofError)) return false;
+    value = base + estimate;
+    variance = ofError;
+    return true;
+}
+
+}  // namespace Kalvio::Math
