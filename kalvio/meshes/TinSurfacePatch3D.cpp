@@ -40,7 +40,8 @@ detail::PlanePoint InPlan(const Point3D& p) { return {p.GetX(), p.GetY()}; }
 
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
 
-// The points of a surface and the triangulation of them in plan; heights are gathered while edges are required.
+// The points of a surface and the triangulation of them in plan; heights are
+// gathered while edges are required.
 class SurfaceBuilder {
 public:
     SurfaceBuilder(const TinSurfacePatch3D::Ground& source, double userTolerance,
@@ -48,13 +49,12 @@ public:
         : ground(source), tolerance(userTolerance), conflicts(found) {}
 
     bool Triangulate() {
-        if (!Gather()) return false;
         std::vector<detail::PlanePoint> places;
-        places.reserve(points.size());
-        for (const Point3D& p : points) places.push_back(InPlan(p));
+        std::vector<double> given;
+        if (!Gather(places, given)) return false;
         triangulation.emplace(places, tolerance);
         if (!triangulation->HasTriangles()) return false;
-        TakeHeights();
+        TakeHeights(given);
         std::size_t first = ground.points.size();
         const auto require = [&](const std::vector<LineString3D>& chains, std::uint8_t marks) {
             for (const LineString3D& chain : chains) {
@@ -71,7 +71,8 @@ public:
         return true;
     }
 
-    // The triangles inside, along the curve on which the vertices lie, and their neighbours.
+    // The triangles inside, along the curve on which the vertices lie, and their
+    // neighbours.
     bool Collect(IndexedTriangleSet3D& set, std::vector<unsigned int>& neighbors) const {
         const std::vector<std::uint8_t> isInside = FindInside();
         const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
@@ -110,18 +111,25 @@ public:
     }
 
 private:
-    bool Gather() {
-        points = ground.points;
-        for (const auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
-            for (const LineString3D& chain : *chains) {
-                points.insert(points.end(), chain.GetPoints().begin(), chain.GetPoints().end());
+    bool Gather(std::vector<detail::PlanePoint>& places, std::vector<double>& given) const {
+        bool areSound = true;
+        const auto add = [&](const std::vector<Point3D>& points) {
+            for (const Point3D& p : points) {
+                areSound = areSound && IsSound(p);
+                places.push_back(InPlan(p));
+                given.push_back(p.GetZ());
             }
+        };
+        places.reserve(ground.points.size());
+        given.reserve(ground.points.size());
+        add(ground.points);
+        for (const auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
+            for (const LineString3D& chain : *chains) add(chain.GetPoints());
         }
-        return points.size() <= Triangulation::most && std::all_of(points.begin(), points.end(), IsSound);
+        return areSound && places.size() <= Triangulation::most;
     }
 
     Point2D PlaceOf(Triangulation::Index vertex) const {
-        if (vertex < triangulation->GetOutside()) return points[triangulation->GetPlaceOf(vertex)].GetPoint2D();
         const detail::PlanePoint p = triangulation->GetPosition(vertex);
         return {p.x, p.y};
     }
@@ -132,14 +140,14 @@ private:
         }
     }
 
-    void TakeHeights() {
+    void TakeHeights(const std::vector<double>& given) {
         heights.assign(triangulation->GetOutside() + std::size_t{1}, unset);
-        for (std::size_t i = 0; i < points.size(); ++i) {
+        for (std::size_t i = 0; i < given.size(); ++i) {
             const Triangulation::Index vertex = triangulation->GetVertexOf(i);
             if (std::isnan(heights[vertex])) {
-                heights[vertex] = points[i].GetZ();
+                heights[vertex] = given[i];
             } else {
-                Compare(vertex, points[i].GetZ());
+                Compare(vertex, given[i]);
             }
         }
     }
@@ -161,7 +169,8 @@ private:
         return heights[from] + (heights[to] - heights[from]) * std::clamp(share, 0.0, 1.0);
     }
 
-    // Of vertices that divide segments: a new one has the height of the segment that was there first.
+    // Of vertices that divide segments: a new one has the height of the segment
+    // that was there first.
     void TakeDivisions() {
         for (const Triangulation::Division& division : triangulation->GetDivisions()) {
             heights.resize(std::max<std::size_t>(heights.size(), division.vertex + std::size_t{1}), unset);
@@ -180,7 +189,9 @@ private:
 
     std::vector<std::uint8_t> FindInside() const {
         const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
-        std::vector<std::uint8_t> inside = triangulation->FindEnclosing();
+        const bool hasRings = !ground.borders.empty() || !ground.holes.empty();
+        std::vector<std::uint8_t> inside =
+            hasRings ? triangulation->FindEnclosing() : std::vector<std::uint8_t>(all.size(), 0);
         const Triangulation::Index outside = triangulation->GetOutside();
         const std::uint8_t wanted = ground.borders.empty() ? 0 : Triangulation::ofBorder;
         for (std::size_t t = 0; t < all.size(); ++t) {
@@ -216,7 +227,6 @@ private:
     const TinSurfacePatch3D::Ground& ground;
     double tolerance;
     std::vector<TinSurfacePatch3D::HeightConflict>& conflicts;
-    std::vector<Point3D> points;
     std::optional<Triangulation> triangulation;
     std::vector<double> heights;  // per vertex
 };
@@ -352,8 +362,9 @@ const TinSurfacePatch3D::Locator& TinSurfacePatch3D::GetLocator() const {
     });
 }
 
-// From triangle to triangle, across an edge that parts it from the place. @return false, `triangle` untouched, where
-// that ends at the border or takes too many steps
+// From triangle to triangle, across an edge that parts it from the place.
+// @return false, `triangle` untouched, where that ends at the border or takes
+// too many steps
 bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle) {
     constexpr unsigned int fewSteps = 32;
     const detail::PlanePoint p = InPlan(place);
