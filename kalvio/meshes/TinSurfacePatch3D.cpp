@@ -28,7 +28,7 @@ namespace {
 using Triangulation = detail::ConstrainedTriangulation;
 
 constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
-constexpr double largestCoordinate = 1e100;  // products of two do not overflow
+constexpr double largestCoordinate = 1e70;  // products of four do not overflow
 
 bool IsSound(const Point3D& p) {
     return std::abs(p.GetX()) <= largestCoordinate && std::abs(p.GetY()) <= largestCoordinate &&

@@ -85,7 +85,7 @@ public:
     /// differ by more than the user tolerance are told.
     /// @param conflicts  replaced by the places with two heights
     /// @return false, everything untouched, when all points lie on one line in plan, nothing is left inside, and for
-    ///         coordinates that are not finite or above 1e100; with a tolerance of about the rounding of the
+    ///         coordinates that are not finite or above 1e70; with a tolerance of about the rounding of the
     ///         coordinates or less, also for segments that cross too close to each other
     [[nodiscard]] bool Build(const Ground& ground, const Tolerances& tolerances,
                              std::vector<HeightConflict>& conflicts);
@@ -93,7 +93,7 @@ public:
     /// Replaces the surface by triangles, which are turned counter-clockwise in plan and keep their order. Those that
     /// are a line in plan are left out, as are vertices that no triangle names: walls have no height.
     /// @return false, everything untouched, when there is no triangle, one names a vertex that does not exist, two lie
-    ///         on the same side of a shared edge, and for coordinates that are not finite or above 1e100. Whether
+    ///         on the same side of a shared edge, and for coordinates that are not finite or above 1e70. Whether
     ///         triangles overlap that share no edge is not looked at: at such a place the surface is one of them.
     [[nodiscard]] bool SetTriangles(const IndexedTriangleSet3D& set);
 
