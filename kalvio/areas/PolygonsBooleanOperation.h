@@ -67,11 +67,13 @@ public:
     /// What an area of the first layer and one of the second have in common.
     template <class Polygon>
     struct Common {
-        std::size_t first = 0;   ///< number in the first layer
-        std::size_t second = 0;  ///< number in the second layer
-        std::vector<Polygon> areas;
+        std::size_t first = 0;       ///< number in the first layer
+        std::size_t second = 0;      ///< number in the second layer
+        std::vector<Polygon> areas;  ///< of the pair
     };
+    /// Bounded by chords.
     using CommonArea = Common<Polygon2D>;
+    /// Bounded by lines and arcs.
     using CommonCurveArea = Common<PolygonCurve2D>;
 
     // For operands without arcs; false where there is one. The members of an operand count as one area.
