@@ -18,8 +18,8 @@ namespace {
 using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
 using Constrained = CGAL::Constrained_Delaunay_triangulation_2<Kernel>;
 
-// Points spread over a square of side 1000 at survey coordinates; 10^5 points
-// of breaklines, 0.1 apart, in chains of 100, on request.
+// Points spread over a square of side 1000 at survey coordinates; 10^5 points of breaklines, 0.1 apart, in chains of
+// 100, on request.
 TinSurfacePatch3D::Ground Spread(std::int64_t count, bool hasBreaklines) {
     std::mt19937_64 random(20240601);
     std::uniform_real_distribution<double> unit(0.0, 1.0);

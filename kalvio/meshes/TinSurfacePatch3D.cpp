@@ -40,8 +40,7 @@ detail::PlanePoint InPlan(const Point3D& p) { return {p.GetX(), p.GetY()}; }
 
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
 
-// The points of a surface and the triangulation of them in plan; heights are
-// gathered while edges are required.
+// The points of a surface and the triangulation of them in plan; heights are gathered while edges are required.
 class SurfaceBuilder {
 public:
     SurfaceBuilder(const TinSurfacePatch3D::Ground& source, double userTolerance,
@@ -71,8 +70,7 @@ public:
         return true;
     }
 
-    // The triangles inside, along the curve on which the vertices lie, and their
-    // neighbours.
+    // The triangles inside, along the curve on which the vertices lie, and their neighbours.
     bool Collect(IndexedTriangleSet3D& set, std::vector<unsigned int>& neighbors) const {
         const std::vector<std::uint8_t> isInside = FindInside();
         const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
@@ -169,8 +167,7 @@ private:
         return heights[from] + (heights[to] - heights[from]) * std::clamp(share, 0.0, 1.0);
     }
 
-    // Of vertices that divide segments: a new one has the height of the segment
-    // that was there first.
+    // Of vertices that divide segments: a new one has the height of the segment that was there first.
     void TakeDivisions() {
         for (const Triangulation::Division& division : triangulation->GetDivisions()) {
             heights.resize(std::max<std::size_t>(heights.size(), division.vertex + std::size_t{1}), unset);

@@ -85,9 +85,8 @@ void KrigingSystem::FillRightSide(const Point2D& p, double* b) const {
     if (ordinary) b[n] = 1.0;
 }
 
-// b^T M^-1 b = (U^-T b)^T D^-1 (L^-1 P b): both triangles are solved forward in
-// one pass. Unlike a product with the inverse this is as exact at a sample as
-// the factors are, however the matrix is conditioned.
+// b^T M^-1 b = (U^-T b)^T D^-1 (L^-1 P b): both triangles are solved forward in one pass. Unlike a product with the
+// inverse this is as exact at a sample as the factors are, however the matrix is conditioned.
 double KrigingSystem::Quadratic(const double* b, double* y, double* t) const {
     const std::size_t size = pivots.size();
     for (std::size_t k = 0; k < size; ++k) {

@@ -81,8 +81,7 @@ std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p) const {
     const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
     const auto lastRow = static_cast<std::int64_t>(rows) - 1;
     for (std::int64_t ring = 0; ring <= std::max(lastColumn, lastRow); ++ring) {
-        // Beyond the ring before, counted from the place's own cell, or from the
-        // cell next to it.
+        // Beyond the ring before, counted from the place's own cell, or from the cell next to it.
         const double away = static_cast<double>(ring - 1) * side;
         if (found == count && ring > 0 && away * away > heap[0].first.first) break;
         for (std::int64_t r = std::max<std::int64_t>(row - ring, 0); r <= std::min(row + ring, lastRow); ++r) {

@@ -13,8 +13,7 @@
 /// The linear systems of kriging.
 namespace Kalvio::Math::detail {
 
-/// Model values between all samples, into the first rows and columns. The
-/// matrix is at least as large.
+/// Model values between all samples, into the first rows and columns. The matrix is at least as large.
 inline void FillCovariances(const VariogramModelBase& model, const std::vector<Point3D>& samples, Elimination& m) {
     const double atZero = model.Evaluate(0.0);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -35,16 +34,14 @@ inline void FillCovariances(const VariogramModelBase& model, const Point2D& p, c
     }
 }
 
-/// The condition that the weights add up to one: ones in the last row and
-/// column, 0 in the corner.
+/// The condition that the weights add up to one: ones in the last row and column, 0 in the corner.
 inline void FillSumOfWeights(std::size_t last, Elimination& m) {
     for (std::size_t i = 0; i < last; ++i) m.Row(i)[last] = m.Row(last)[i] = 1.0;
     m.Row(last)[last] = 0.0;
 }
 
-/// Multiplies m by the power of two that brings its largest element into [1,
-/// 2), and returns that power: without any rounding, so that the scale of the
-/// sill decides nothing. 0 when an element is not finite.
+/// Multiplies m by the power of two that brings its largest element into [1, 2), and returns that power: without any
+/// rounding, so that the scale of the sill decides nothing. 0 when an element is not finite.
 inline double Normalize(Elimination& m, std::size_t size) {
     double largest = 0.0;
     for (std::size_t i = 0; i < size; ++i) {
@@ -61,8 +58,7 @@ inline double Normalize(Elimination& m, std::size_t size) {
     return factor;
 }
 
-/// A pivot within this bound means that changes of the elements by it make the
-/// matrix singular.
+/// A pivot within this bound means that changes of the elements by it make the matrix singular.
 inline bool IsSingular(const Elimination& elimination, std::size_t size) {
     const double rounding = static_cast<double>(size) * std::numeric_limits<double>::epsilon();
     for (std::size_t k = 0; k < size; ++k) {
@@ -80,8 +76,7 @@ public:
     double* RightSide() { return b.Get(); }
     const double* RightSide() const { return b.Get(); }
     const double* Lambda() const { return lambda.Get(); }
-    /// @return false for a matrix that `MatrixNM::GetInverse` does not invert; to
-    /// be called once
+    /// @return false for a matrix that `MatrixNM::GetInverse` does not invert; to be called once
     bool Solve() {
         for (std::size_t i = 0; i < size; ++i) m.Row(i)[size] = b.Get()[i];
         if (!IsInvertible(m.RunForDeterminant())) return false;
