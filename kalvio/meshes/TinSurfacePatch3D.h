@@ -142,7 +142,7 @@ public:
     /// Cut and fill between this surface, the ground, and another one, the design, where both are: the sums of the
     /// prisms between the common parts of their triangles, exact but for rounding. Where a surface lies over itself
     /// each part counts. Swapping the two swaps cut and fill.
-    /// @param area  only inside this polygon and outside its holes
+    /// With an area, only inside that polygon and outside its holes.
     /// @return false, `volumes` untouched, when one of them is empty and for a polygon without area
     bool GetVolumes(const TinSurfacePatch3D& design, Volumes& volumes) const;
     bool GetVolumes(const TinSurfacePatch3D& design, const Polygon2D& area, Volumes& volumes) const;
