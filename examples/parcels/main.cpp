@@ -8,8 +8,10 @@
 #include "parcels/Overlay.h"
 
 #include "kalvio/Wkt.h"
+#include "kalvio/areas/GeometryClipper.h"
 #include "kalvio/areas/GeometrySimplifier.h"
 #include "kalvio/core/BoundingBox2D.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -36,11 +38,12 @@ namespace {
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
     "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH] [--curves LENGTH]\n"
-    "               [--overlay OTHER [--pieces OUT.geojson]]\n"
+    "               [--overlay OTHER [--pieces OUT.geojson]] [--along CHAIN.csv]\n"
     "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
     "(.wkt),\n"
     "               a polygon or MULTIPOLYGON a line\n"
     "  --points     names the polygons that hold the points of a table: x,y\n"
+    "  --along      tells where a chain of points, a table x,y, lies in the polygons, by its stations\n"
     "  --raster     classifies COUNT x COUNT points over the extent\n"
     "  --check      compares with known answers: polygon,x,y,inside,distance with the polygons counted from 0\n"
     "  --svg        draws polygons, holes and points\n"
@@ -58,6 +61,7 @@ constexpr double largestRaster = 5000.0;
 struct Options {
     std::string file;
     std::string points;
+    std::string along;
     std::string check;
     std::string svg;
     std::string csv;
@@ -75,6 +79,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddWord(options.file);
     arguments.AddText("--points", options.points);
     arguments.AddPositive("--raster", options.raster, largestRaster);
+    arguments.AddText("--along", options.along);
     arguments.AddText("--check", options.check);
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
@@ -220,6 +225,20 @@ void NameHolders(const Map& map, const std::vector<Area>& areas, const std::stri
     }
 }
 
+void TellAlong(const std::vector<Area>& areas, const std::string& path, double tolerance) {
+    LineString2D chain;
+    for (const std::vector<double>& row : ReadCsv(path, 2)) chain.AppendPoint(Point2D(row[0], row[1]));
+    for (const Area& area : areas) {
+        std::vector<GeometryClipper::Part<LineString2D>> parts;
+        if (!GeometryClipper::Clip(chain, area.polygon, parts, Tolerances(tolerance, 1e-10))) {
+            throw InputError(path + ": needs points with finite coordinates");
+        }
+        for (const auto& part : parts) {
+            if (part.isInside) std::printf("along %.3f to %.3f: %s\n", part.from, part.to, area.name.c_str());
+        }
+    }
+}
+
 void ClassifyRaster(const Map& map, int count, std::vector<Mark>& marks) {
     const Point2D low = map.GetExtent().GetMinPoint();
     const Vec2D step = map.GetExtent().GetSize() * (1.0 / count);
@@ -327,6 +346,7 @@ int Run(const Options& options) {
     const Map map(areas, options.tolerance);
     std::vector<Mark> marks;
     if (!options.points.empty()) NameHolders(map, areas, options.points, marks);
+    if (!options.along.empty()) TellAlong(areas, options.along, options.tolerance);
     const int differences = options.check.empty() ? 0 : Check(map, areas.size(), options.check, marks);
     if (const int count = static_cast<int>(options.raster); count > 0) ClassifyRaster(map, count, marks);
     if (!options.svg.empty()) Draw(areas, rows, map, pieces, marks, options.svg);

@@ -1,3 +1,4 @@
+#include "kalvio/areas/GeometryClipper.h"
 #include "kalvio/core/Geometry.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/queries/Distance.h"
@@ -56,7 +57,15 @@ void CheckLines(const Polygon2D& polygon, const std::vector<Point2D>& chain, boo
     std::vector<Point2D> onBox;
     (void)Intersection::LineStringPolygon(line, polygon, onLine, tolerances);
     (void)Intersection::PolygonBoundingBox(polygon, box, onBox, tolerances);
+    std::vector<GeometryClipper::Part<LineString2D>> parts;
+    const bool isClipped = GeometryClipper::Clip(line, polygon, parts, tolerances);
+    Require(isClipped != parts.empty());
     if (!tame) return;
+    Require(parts.empty() || (parts.front().from == 0.0 && std::abs(parts.back().to - line.GetLength()) <= rounding));
+    for (std::size_t i = 1; i < parts.size(); ++i) {
+        Require(parts[i].from == parts[i - 1].to && parts[i].isInside != parts[i - 1].isInside);
+        Require(IsOnBorder(polygon, parts[i].chain.GetStart()));
+    }
     const auto isOnLine = [&](const Point2D& p) {
         return Distance::PointToLineString(line, p, 0.0) <= 4.0 * tolerance;
     };
