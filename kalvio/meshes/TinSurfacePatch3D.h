@@ -58,9 +58,9 @@ public:
 
     /// What lies between two surfaces.
     struct Volumes {
-        double cut = 0.0;   // where this surface is the higher one: what is to be taken away
-        double fill = 0.0;  // where it is the lower one: what is to be brought
-        double area = 0.0;  // in plan, where both are
+        double cut = 0.0;   ///< where this surface is the higher one: what is to be taken away
+        double fill = 0.0;  ///< where it is the lower one: what is to be brought
+        double area = 0.0;  ///< in plan, where both are
     };
 
     TinSurfacePatch3D() = default;
