@@ -77,7 +77,8 @@ std::string Stationing::GetText(double length, int decimals, std::uint32_t unit)
     std::vector<Place> places;
     if (ParseNumber(text, printed, unit)) GetPlaces(printed, places);
     if (places.size() > 1 || (places.size() == 1 && places.front().zone != place.zone)) {
-        text += "/" + std::to_string(place.zone);
+        text += '/';
+        text += std::to_string(place.zone);
     }
     return text;
 }
