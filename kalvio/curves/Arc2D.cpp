@@ -104,20 +104,17 @@ IGeometry* Arc2D::Append(const IGeometry* const other) const {
 
 bool Arc2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
     if (!detail::IsPointOnArc(point, *this, tolerance)) return false;
-    length = StationOf(TravelTo(point), tolerance);
-    return true;
+    return detail::Store(StationOf(TravelTo(point), tolerance), length);
 }
 
 bool Arc2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
     if (!detail::IsPointOnArc(point, *this, tolerance)) return false;
-    length = StationOf(TravelBackTo(point), tolerance);
-    return true;
+    return detail::Store(StationOf(TravelBackTo(point), tolerance), length);
 }
 
 bool Arc2D::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
     if (!IsPointOnGeometry(point, tolerances)) return false;
-    tangent = ComputeTangent(point);
-    return true;
+    return detail::Store(ComputeTangent(point), tangent);
 }
 
 Point2D Arc2D::GetNearestPoint(const Point2D& point, const Tolerances&) const { return GetNearestPoint(point).point; }

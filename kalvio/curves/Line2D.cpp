@@ -99,14 +99,12 @@ IGeometry* Line2D::Append(const IGeometry* const other) const {
 
 bool Line2D::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
     if (!IsPointOnGeometry(point, Tolerances(tolerance))) return false;
-    length = start.Distance(point);
-    return true;
+    return detail::Store(start.Distance(point), length);
 }
 
 bool Line2D::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
     if (!IsPointOnGeometry(point, Tolerances(tolerance))) return false;
-    length = end.Distance(point);
-    return true;
+    return detail::Store(end.Distance(point), length);
 }
 
 bool Line2D::ComputeTangent(const Point2D&, Vec2D& tangent, const Tolerances&) const {

@@ -148,21 +148,18 @@ IGeometry* Parabola::Append(const IGeometry* const other) const {
 bool Parabola::GetLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
     const Point2D foot = GetNearestPoint(point, Tolerances(tolerance));
     if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
-    length = GetArcLength(start.GetX(), foot.GetX());
-    return true;
+    return detail::Store(GetArcLength(start.GetX(), foot.GetX()), length);
 }
 
 bool Parabola::GetLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
     const Point2D foot = GetNearestPoint(point, Tolerances(tolerance));
     if (!(point.Distance(foot) <= std::abs(tolerance))) return false;
-    length = GetArcLength(foot.GetX(), end.GetX());
-    return true;
+    return detail::Store(GetArcLength(foot.GetX(), end.GetX()), length);
 }
 
 bool Parabola::ComputeTangent(const Point2D& point, Vec2D& tangent, const Tolerances& tolerances) const {
     if (!IsPointOnGeometry(point, tolerances)) return false;
-    tangent = ComputeTangent(point);
-    return true;
+    return detail::Store(ComputeTangent(point), tangent);
 }
 
 // With t = x - origin, origin the abscissa of the element nearest to that of the point, u the slope there, and d ahead
@@ -371,8 +368,7 @@ bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& resul
     const double length = GetLength();
     if (!(station >= -detail::numericalZero && station <= length + detail::numericalZero)) return false;
     if (station <= 0.0 || station >= length) {
-        result = station <= 0.0 ? MakeSample(start, 0.0) : MakeSample(end, length);
-        return true;
+        return detail::Store(station <= 0.0 ? MakeSample(start, 0.0) : MakeSample(end, length), result);
     }
     const double run = std::abs(end.GetX() - start.GetX());
     const double sign = GetSign();
@@ -381,8 +377,7 @@ bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& resul
         const double x = sign * distance;
         return detail::ValueAndSlope{ArcLength(a, slope, x) - station, std::hypot(1.0, slope + 2.0 * a * x)};
     });
-    result = MakeSample(GetPointAt(start.GetX() + sign * along), station);
-    return true;
+    return detail::Store(MakeSample(GetPointAt(start.GetX() + sign * along), station), result);
 }
 
 bool Parabola::MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const {

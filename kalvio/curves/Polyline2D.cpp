@@ -277,9 +277,9 @@ bool Polyline2D::FindNearest(const Point2D& point, Answer&& answer, PolylinePoin
     }
     if (bestElement == elements.Size()) return false;
     const double start = isScan ? elements.LengthOf(0, bestElement) : elements.GetStations().start[bestElement];
-    nearest = detail::PlacedOn<PolylinePoint>(bestElement, start, best);
-    nearest.distance = bestDistance;
-    return true;
+    PolylinePoint found = detail::PlacedOn<PolylinePoint>(bestElement, start, best);
+    found.distance = bestDistance;
+    return detail::Store(found, nearest);
 }
 
 Point2D Polyline2D::GetNearestPoint(const Point2D& point, const Tolerances& tolerances) const {

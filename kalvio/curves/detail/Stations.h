@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 namespace Kalvio::Math::detail {
 
@@ -13,6 +14,21 @@ inline constexpr double mostSamples = 1e9;
 
 /// True for a length along which a point can be placed: at least 1e-10, and finite.
 inline bool IsUsableLength(double length) { return length >= numericalZero && length <= largestDouble; }
+
+/// Hands a result on, a number, point, vector or sample, where it is finite. @return false, `out` untouched, where not
+template <class Result>
+bool Store(const Result& result, Result& out) {
+    const auto isFinite = [](const auto& v) { return std::isfinite(v.GetX()) && std::isfinite(v.GetY()); };
+    if constexpr (std::is_same_v<Result, double>) {
+        if (!std::isfinite(result)) return false;
+    } else if constexpr (requires { result.station; }) {
+        if (!isFinite(result.point) || !isFinite(result.tangent) || !std::isfinite(result.station)) return false;
+    } else {
+        if (!isFinite(result)) return false;
+    }
+    out = result;
+    return true;
+}
 
 /// i steps: 0 for i = 0 even where the step is infinite, so that a range longer than nothing keeps its first sample.
 inline double Steps(std::int64_t i, double step) { return i == 0 ? 0.0 : static_cast<double>(i) * step; }

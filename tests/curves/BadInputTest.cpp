@@ -1,0 +1,105 @@
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Spiral2D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "support/ElementChecks.h"
+
+#include <cstring>
+
+namespace Kalvio::Math {
+namespace {
+
+constexpr double kBad[] = {kNan, kInfinity, -kInfinity, 1e308, -1e308, 5e-324, 0.0, -1.0, 7.0};
+
+template <class Out>
+bool IsFinite(const Out& out) {
+    if constexpr (std::is_same_v<Out, double>)
+        return std::isfinite(out);
+    else if constexpr (requires { out.station; })
+        return IsFinite(out.point) && IsFinite(out.tangent) && IsFinite(out.station);
+    else
+        return std::isfinite(out.GetX()) && std::isfinite(out.GetY());
+}
+
+// A call that fails leaves the output as it was, to the bit; one that succeeds gives numbers.
+template <class Out, class Call>
+void ExpectTold(const char* name, Call&& call) {
+    Out out{};
+    const std::unique_ptr<unsigned char[]> before(new unsigned char[sizeof(Out)]);
+    std::memcpy(before.get(), static_cast<const void*>(&out), sizeof(Out));
+    const bool isTold =
+        call(out) ? IsFinite(out) : std::memcmp(before.get(), static_cast<const void*>(&out), sizeof(Out)) == 0;
+    EXPECT_TRUE(isTold) << name;
+}
+
+// Every question to an element, by a point, a station and a tolerance of such numbers; and to what a move left behind.
+template <class Element>
+void CheckElement(const char* kind, const Element& element, double u, double v) {
+    SCOPED_TRACE(testing::Message() << kind << " asked with " << u << " and " << v);
+    const Point2D p(u, v);
+    const Tolerances t(v);
+    if constexpr (requires(Polyline2D::PolylinePoint s) { element.GetNormalPoint(p, v, s); }) {
+        using Place = Polyline2D::PolylinePoint;
+        ExpectTold<Place>("MakePointAndTangentAt", [&](Place& s) { return element.MakePointAndTangentAt(u, s); });
+        ExpectTold<Place>("GetNormalPoint", [&](Place& s) { return element.GetNormalPoint(p, v, s); });
+        ExpectTold<Place>("GetNearestPoint", [&](Place& s) { return element.GetNearestPoint(p, s, t); });
+        ExpectTold<Point2D>("GetPoint", [&](Point2D& q) { return element.GetPoint(u, v, q); });
+        ExpectTold<double>("GetCurvature", [&](double& k) { return element.GetCurvature(u, k); });
+        double station = 0.0;
+        ExpectTold<double>("offset", [&](double& d) { return element.GetStationAndOffset(p, station, d, v); });
+        Polyline2D part;
+        const bool isPart = element.ExtractPolyline(u, v, part);
+        EXPECT_EQ(isPart, part.GetSize() > 0);
+    } else if constexpr (!requires { element.GetPoints(); }) {
+        ExpectTold<double>("from the start", [&](double& l) { return element.GetLengthFromStartPoint(p, l, v); });
+        ExpectTold<double>("from the end", [&](double& l) { return element.GetLengthFromEndPoint(p, l, v); });
+        ExpectTold<Sample>("MakePointAndTangentAt", [&](Sample& s) { return element.MakePointAndTangentAt(u, s); });
+        if constexpr (requires(Sample s) { element.GetNormalPoint(p, v, s); })
+            ExpectTold<Sample>("GetNormalPoint", [&](Sample& s) { return element.GetNormalPoint(p, v, s); });
+        if constexpr (requires(Sample s) { element.GetNearestPoint(p, v, u, s); })
+            ExpectTold<Sample>("GetNearestPoint", [&](Sample& s) { return element.GetNearestPoint(p, 0.0, u, s); });
+        if constexpr (!std::is_same_v<Element, Line2D>)  // which has its direction wherever the point lies
+            ExpectTold<Vec2D>("ComputeTangent", [&](Vec2D& d) { return element.ComputeTangent(p, d, t); });
+    }
+    std::vector<std::unique_ptr<IGeometry>> pieces;
+    const bool isCut = element.BreakAt({p, Point2D(v, u), Point2D(0.5, 0)}, pieces, t);
+    EXPECT_EQ(isCut, !pieces.empty());
+    Element left(element), taken(std::move(left));
+    for (Element* asked : {&left, &taken}) {
+        (void)static_cast<IGeometry*>(asked)->ExtendStart(p, t);
+        (void)static_cast<IGeometry*>(asked)->ExtendEnd(p, t);
+        asked->Reverse();
+        const std::unique_ptr<IGeometry> joined(element.Append(asked));
+        (void)(asked->IsEqualTo(element, v) &&
+               joined->GetBoundingBox2D().IsPointInside(asked->GetNearestPoint(p, t), v));
+    }
+}
+
+TEST(BadInputTest, PlanElementsTellWhatTheyCannotAnswer) {
+    for (int i = 0; i < 9 * 9 * 9 * 9; ++i) {
+        const double a = kBad[i % 9], b = kBad[i / 9 % 9], u = kBad[i / 81 % 9], v = kBad[i / 729];
+        SCOPED_TRACE(testing::Message() << "made of " << a << " and " << b);
+        const Point2D from(0, 0), p(a, b);
+        const Arc2D arc(Point2D(1, 0), p, Angle(a));
+        const Clothoid clothoid(0.0, a, b, from, Vec2D(1, 0));
+        const Spiral2D spiral(Spiral2D::Spiral2DType::Bloss, a, 0.0, b, from, Vec2D(1, 0));
+        const Parabola parabola(from, p, a, b, 0.0);
+        const LineString2D string{from, Point2D(3, 0), p};
+        Polyline2D chain;
+        EXPECT_TRUE(chain.AppendElement(Line2D(from, p)) && chain.AppendElement(arc) && chain.AppendElement(clothoid));
+        EXPECT_TRUE(chain.AppendElement(spiral) && chain.AppendElement(parabola) && chain.AppendElement(string));
+        CheckElement("line", Line2D(from, p), u, v);
+        CheckElement("arc", arc, u, v);
+        CheckElement("clothoid", clothoid, u, v);
+        CheckElement("spiral", spiral, u, v);
+        CheckElement("parabola", parabola, u, v);
+        CheckElement("string", string, u, v);
+        CheckElement("chain", chain, u, v);
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
