@@ -36,6 +36,9 @@ public:
     };
 
     Stationing() = default;
+    // There is always a zone, so that a move copies.
+    Stationing(const Stationing&) = default;
+    Stationing& operator=(const Stationing&) = default;
     /// @param start  number at the start of the alignment
     explicit Stationing(double start) : zones{{start, 0.0}} {}
 

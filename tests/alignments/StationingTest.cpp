@@ -37,6 +37,9 @@ TEST(StationingTest, TextsNameLengthsOverGapsAndRepeats) {
     EXPECT_EQ(places[1].length, 410.0);
     EXPECT_EQ(road.GetEquation(1).back, 12700.0);
     EXPECT_EQ(road.GetEquation(1).length, 720.0);
+    Stationing source(road);
+    const Stationing moved(std::move(source));
+    EXPECT_EQ(source.GetStart(), moved.GetStart()) << "a moved-from object still has a zone";
 }
 
 TEST(StationingTest, NumbersAreRoundedBeforeTheyAreCut) {
