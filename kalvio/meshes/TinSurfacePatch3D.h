@@ -109,20 +109,20 @@ public:
     /// @param triangle  where the search starts, any number; it takes some steps from a triangle near the place, and
     ///                  about ten times as long from elsewhere. Receives the triangle
     /// @return false, `triangle` untouched, for a place outside
-    bool FindTriangle(const Point2D& place, unsigned int& triangle) const;
+    [[nodiscard]] bool FindTriangle(const Point2D& place, unsigned int& triangle) const;
     bool IsInside(const Point2D& place) const;
     /// The height at a place. @return false, `z` untouched, outside
-    bool GetHeight(const Point2D& place, double& z) const;
+    [[nodiscard]] bool GetHeight(const Point2D& place, double& z) const;
     /// The same from triangle to triangle, as `FindTriangle`: for places that follow each other.
-    bool GetHeight(const Point2D& place, double& z, unsigned int& triangle) const;
+    [[nodiscard]] bool GetHeight(const Point2D& place, double& z, unsigned int& triangle) const;
     /// The unit normal of the triangle at a place, upward. @return false, `normal` untouched, outside
-    bool GetNormal(const Point2D& place, Vec3D& normal) const;
+    [[nodiscard]] bool GetNormal(const Point2D& place, Vec3D& normal) const;
     /// Rise over run of the triangle at a place, and the bearing in which it falls, clockwise from +Y; 0 where it is
     /// level. @return false, nothing written, outside
-    bool GetSlope(const Point2D& place, double& slope, Angle& fall) const;
+    [[nodiscard]] bool GetSlope(const Point2D& place, double& slope, Angle& fall) const;
     /// Moves a point to the nearest one of the surface in space. The cost grows with the number of triangles within
     /// that distance in plan. @return false, `point` untouched, when there is no surface or the point is not finite
-    bool GetNearestPoint(Point3D& point) const;
+    [[nodiscard]] bool GetNearestPoint(Point3D& point) const;
     /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.
     /// What `IndexedTriangleSet3D::GetSections` answers, from the triangles near the chain alone: about the root of
     /// their number. @return whether there are any
@@ -144,11 +144,11 @@ public:
     /// each part counts. Swapping the two swaps cut and fill.
     /// With an area, only inside that polygon and outside its holes.
     /// @return false, `volumes` untouched, when one of them is empty and for a polygon without area
-    bool GetVolumes(const TinSurfacePatch3D& design, Volumes& volumes) const;
-    bool GetVolumes(const TinSurfacePatch3D& design, const Polygon2D& area, Volumes& volumes) const;
+    [[nodiscard]] bool GetVolumes(const TinSurfacePatch3D& design, Volumes& volumes) const;
+    [[nodiscard]] bool GetVolumes(const TinSurfacePatch3D& design, const Polygon2D& area, Volumes& volumes) const;
     /// The same against a height. @return false also for one that is not finite
-    bool GetVolumes(double height, Volumes& volumes) const;
-    bool GetVolumes(double height, const Polygon2D& area, Volumes& volumes) const;
+    [[nodiscard]] bool GetVolumes(double height, Volumes& volumes) const;
+    [[nodiscard]] bool GetVolumes(double height, const Polygon2D& area, Volumes& volumes) const;
 
 private:
     class Overlaps;
