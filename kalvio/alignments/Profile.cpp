@@ -221,6 +221,13 @@ std::size_t Profile::PieceAt(double station) const {
     return static_cast<std::size_t>(next - starts.begin()) - 1;
 }
 
+// An overlap has no heights, but where it starts the piece before it ends.
+const Profile::Piece* Profile::Answering(double station) const {
+    std::size_t i = PieceAt(station);
+    while (i > 0 && pieces[i].form == Form::None && station == starts[i]) --i;
+    return pieces[i].form == Form::None ? nullptr : &pieces[i];
+}
+
 bool Profile::Clip(double& station) const {
     if (IsEmpty() || !(station >= starts.front() - rounding && station <= end + rounding)) return false;
     station = std::clamp(station, starts.front(), end);
@@ -229,17 +236,17 @@ bool Profile::Clip(double& station) const {
 
 bool Profile::GetHeight(double station, double& height) const {
     if (!Clip(station)) return false;
-    const Piece& piece = pieces[PieceAt(station)];
-    if (piece.form == Form::None) return false;
-    height = piece.GetHeight(station);
+    const Piece* const piece = Answering(station);
+    if (piece == nullptr) return false;
+    height = piece->GetHeight(station);
     return true;
 }
 
 bool Profile::GetPlace(double station, Place& place) const {
     if (!Clip(station)) return false;
-    const Piece& piece = pieces[PieceAt(station)];
-    if (piece.form == Form::None) return false;
-    place = {piece.GetHeight(station), piece.GetGrade(station), piece.GetCurvature(station)};
+    const Piece* const piece = Answering(station);
+    if (piece == nullptr) return false;
+    place = {piece->GetHeight(station), piece->GetGrade(station), piece->GetCurvature(station)};
     return true;
 }
 

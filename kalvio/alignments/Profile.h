@@ -110,7 +110,7 @@ public:
     std::vector<double> GetJoints() const;
 
     /// False, the output untouched, outside the profile (beyond an end by at most `rounding` counts as the end) and
-    /// inside an overlap of curves.
+    /// inside an overlap of curves, its ends not included.
     [[nodiscard]] bool GetHeight(double station, double& height) const;
     [[nodiscard]] bool GetPlace(double station, Place& place) const;
     /// The largest |d2y/dx2| between two stations, from < to, but at corners; 0 where there is no height.
@@ -165,6 +165,7 @@ private:
     bool FindFaults();
     void Append(double start, const Piece& piece);
     std::size_t PieceAt(double station) const;
+    const Piece* Answering(double station) const;
     bool Clip(double& station) const;
     double GetEndOf(std::size_t piece) const { return piece + 1 < starts.size() ? starts[piece + 1] : end; }
     std::vector<Run> GetRuns() const;

@@ -34,6 +34,7 @@ bool IsOnEitherSide(double a, double b) { return !(a > 0.0 && b > 0.0) && !(a < 
 
 // Whether two segments have a point in common, but for one end.
 bool Meet(const Point2D& a, const Point2D& b, const Point2D& c, const Point2D& d) {
+    if (IsSame(a, b) || IsSame(c, d)) return true;  // a loop without extent: its part is to stand for itself
     if (IsSame(a, d) || IsSame(b, c)) return IsSame(a, d) && IsSame(b, c) ? true : Meet(b, a, c, d);
     if (IsSame(b, d) && !IsSame(a, c)) return Meet(b, a, d, c);
     if (IsSame(a, c)) {
@@ -179,6 +180,7 @@ private:
             ++left;
         }
         inGrid = left;
+        if (left == 0) return;  // nobody will ask
         origin = {extent.minX, extent.minY};
         const double width = extent.maxX - extent.minX;
         const double height = extent.maxY - extent.minY;
