@@ -40,8 +40,9 @@ TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
         flat.AppendIndexes(original.GetIndexes());
         flat.CollapsePoints(t);
 
-        for (const bool isPlan : {false, true}) {
-            IndexedTriangleSet3D set = original, slow = original;
+        IndexedTriangleSet3D set, slow, joined;
+        for (const bool isPlan : {true, false}) {
+            set = slow = original;
             MergeSlowly(slow, t, isPlan);
             const auto merge = [&] { return isPlan ? set.CollapsePoints2D(t) : set.CollapsePoints(t); };
             EXPECT_EQ(merge(), slow.GetIndexesSize() != 240 || slow.GetVerticesSize() != 90);
@@ -49,6 +50,20 @@ TEST(MergeTest, EqualsTheComparisonOfAllWithAll) {
             EXPECT_FALSE(merge()) << "a second merge finds nothing";
             EXPECT_TRUE(!isPlan || flat.GetIndexes() == set.GetIndexes());
         }
+        // Four sets, a quarter of the triangles each, merge like one.
+        std::vector<IndexedTriangleSet3D> sets;
+        for (auto first = original.GetIndexes().begin(); first != original.GetIndexes().end(); first += 60) {
+            sets.emplace_back(original.GetVertices(), Indexes(first, first + 60));
+        }
+        EXPECT_TRUE(IndexedTriangleSet3D::CollapsePoints(sets, t)) << "unused vertices at least";
+        for (const IndexedTriangleSet3D& part : sets) joined.Merge(part, false, 0.0);
+        ASSERT_EQ(joined.size(), set.size());
+        for (std::size_t i = 0; i < set.size(); ++i) EXPECT_TRUE(joined[i].IsEqualTo(set[i], 1e-300)) << i;
+        std::vector<IndexedTriangleSet3D*> again = {&sets[0], nullptr, &sets[3], &sets[1], &sets[2], &sets[0]};
+        EXPECT_FALSE(IndexedTriangleSet3D::CollapsePoints(again, t));
+        sets[1] = sets[0];
+        sets[1].Translate(Vec3D(1e-9, 0, 0));
+        EXPECT_TRUE(t != 1.0 || (IndexedTriangleSet3D::CollapsePoints(sets, t) && sets[1].IsEqualTo(sets[0], 1e-300)));
     }
 }
 
@@ -68,46 +83,6 @@ TEST(MergeTest, CostsNoMoreNearTheSpacingOfTheVertices) {
     EXPECT_TRUE(!set.CollapsePoints(1.05) && set.CollapsePoints(1.15));
 }
 
-TEST(MergeTest, SmallSetsWorkedOutByHand) {
-    // A, B, C at 0, 0.9 and 1.8 tolerances become A, A, C: what has been taken takes nothing.
-    IndexedTriangleSet3D set({{0, 0, 0}, {0.9, 0, 0}, {1.8, 0, 0}, {0, 9, 0}, {9, 9, 0}}, {0, 3, 4, 1, 4, 3, 2, 3, 4});
-    EXPECT_TRUE(set.CollapsePoints(1.0));
-    EXPECT_EQ(set.GetIndexes(), (Indexes{0, 2, 3, 0, 3, 2, 1, 2, 3}));
-    EXPECT_THAT(set.GetVertex(1), IsNear(Point3D(1.8, 0, 0), 0.0));
-    // Without a triangle nothing merges and nothing goes.
-    IndexedTriangleSet3D points({{}, {}, {1, 0, 0}}, {0, 1});
-    EXPECT_FALSE(points.CollapsePoints(1.0) || points.CollapsePoints2D(1.0));
-    EXPECT_TRUE(points.IsEqualTo(IndexedTriangleSet3D({{}, {}, {1, 0, 0}}, {0, 1}), 1e-300));
-}
-
-TEST(MergeTest, SeveralSetsMergeLikeOne) {
-    RandomNumbers random(20262);
-    for (const Point2D& origin : surveyOrigins) {
-        std::vector<IndexedTriangleSet3D> sets(4);
-        IndexedTriangleSet3D together;
-        for (IndexedTriangleSet3D& set : sets) {
-            for (int i = 0; i < 60; ++i) {
-                set.AppendVertex({origin + Vec2D(random(0.0, 0.02), random(0.0, 0.02)), random(0.0, 0.02)});
-                set.AppendIndexes({static_cast<unsigned int>(random() % (set.GetVerticesSize()))});
-            }
-            together.Merge(set, false, 0.0);
-        }
-        EXPECT_TRUE(together.CollapsePoints(2e-3) && IndexedTriangleSet3D::CollapsePoints(sets, 2e-3));
-        IndexedTriangleSet3D joined;
-        for (const IndexedTriangleSet3D& set : sets) joined.Merge(set, false, 0.0);
-        ASSERT_EQ(joined.GetIndexesSize(), together.GetIndexesSize());
-        for (std::size_t i = 0; i < joined.GetIndexesSize(); ++i) {
-            const Point3D& expected = together.GetVertex(together.GetIndexes()[i]);
-            EXPECT_THAT(joined.GetVertex(joined.GetIndexes()[i]), IsNear(expected, 0.0));
-        }
-        std::vector<IndexedTriangleSet3D*> again = {&sets[0], nullptr, &sets[3], &sets[1], &sets[2], &sets[0]};
-        EXPECT_FALSE(IndexedTriangleSet3D::CollapsePoints(again, 2e-3));
-        sets[1] = sets[0];
-        sets[1].Translate(Vec3D(1e-9, 0, 0));
-        EXPECT_TRUE(IndexedTriangleSet3D::CollapsePoints(sets, 2e-3) && sets[1].IsEqualTo(sets[0], 1e-300)) << "moved";
-    }
-}
-
 TEST(MergeTest, PassesOverWhatCannotMerge) {
     const double huge = std::numeric_limits<double>::max();
     IndexedTriangleSet3D set;
@@ -124,6 +99,9 @@ TEST(MergeTest, PassesOverWhatCannotMerge) {
     EXPECT_EQ(set.GetVerticesSize(), before.GetVerticesSize() - 2);
     EXPECT_EQ(set.GetIndexesSize(), before.GetIndexesSize()) << "what is no triangle stays";
     EXPECT_EQ(set.GetIndexes()[100000], set.GetIndexes()[100003]);
+    IndexedTriangleSet3D points({{}, {}, {1, 0, 0}}, {0, 1});
+    EXPECT_FALSE(points.CollapsePoints(1.0) || points.CollapsePoints2D(1.0)) << "no triangle";
+    EXPECT_TRUE(points.IsEqualTo(IndexedTriangleSet3D({{}, {}, {1, 0, 0}}, {0, 1}), 1e-300));
 }
 
 }  // namespace
