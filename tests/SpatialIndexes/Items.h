@@ -4,13 +4,11 @@
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
 #include "kalvio/core/BoundingBoxND.h"
-
-#include <algorithm>
-#include <cmath>
-#include <list>
-#include <vector>
+#include "support/Testing.h"
 
 namespace Kalvio::Math::SpatialIndexes {
+
+inline constexpr double kLargest = std::numeric_limits<double>::max();
 
 inline PointND PointOf(std::vector<double> coordinates) { return PointND(coordinates); }
 inline BoundingBoxND Box(double minX, double minY, double maxX, double maxY) {

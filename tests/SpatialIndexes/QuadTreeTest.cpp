@@ -1,14 +1,7 @@
 #include "SpatialIndexes/Structure.h"
 
-#include <gtest/gtest.h>
-
-#include <deque>
-#include <limits>
-
 namespace Kalvio::Math::SpatialIndexes {
 namespace {
-
-constexpr double kLargest = std::numeric_limits<double>::max();
 
 /// The node that holds an item; null when there is none.
 const QuadTreeNode* NodeOf(const QuadTreeNode& node, const Item& item) {
@@ -24,12 +17,7 @@ const QuadTreeNode* NodeOf(const QuadTreeNode& node, const Item& item) {
 }
 
 TEST(QuadTreeTest, TheQuadrantHoldsTheWholeBoxAndTouchingIsInside) {
-    struct Row {
-        const char* why;
-        BoundingBoxND box;
-        int quadrant;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, BoundingBoxND, int> rows[] = {
         {"touches both lines from above", Box(0, 0, 1, 1), 3},
         {"touches both lines from below", Box(-1, -1, 0, 0), 0},
         {"high x, low y", Box(1, -2, 2, -1), 1},
@@ -41,20 +29,13 @@ TEST(QuadTreeTest, TheQuadrantHoldsTheWholeBoxAndTouchingIsInside) {
         {"on the horizontal line: low y", Box(1, 0, 2, 0), 1},
         {"the centre: low x, low y", Box(0, 0, 0, 0), 0},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
-        EXPECT_EQ(QuadTreeNode::GetSubnodeIndex(row.box, PointND(2U)), row.quadrant);
+    for (const auto& [why, box, quadrant] : rows) {
+        EXPECT_EQ(QuadTreeNode::GetSubnodeIndex(box, PointND(2U)), quadrant) << why;
     }
 }
 
 TEST(QuadTreeTest, AnItemLivesInTheSmallestSquareThatHoldsIt) {
-    struct Row {
-        const char* why;
-        BoundingBoxND box;
-        BoundingBoxND square;
-        int level;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, BoundingBoxND, BoundingBoxND, int> rows[] = {
         {"exactly a square of level 2", Box(4, 8, 8, 12), Box(4, 8, 8, 12), 2},
         {"as wide, but across the grid", Box(1, 8, 5, 12), Box(0, 8, 8, 16), 3},
         {"below 1", Box(0.25, 0.25, 0.5, 0.5), Box(0.25, 0.25, 0.5, 0.5), -2},
@@ -63,25 +44,22 @@ TEST(QuadTreeTest, AnItemLivesInTheSmallestSquareThatHoldsIt) {
         {"a line, widened in y", Box(16, 16.5, 18, 16.5), Box(16, 16, 18, 18), 1},
         {"largest numbers", Box(0.4 * kLargest, 1, 0.9 * kLargest, 2), Box(0, 0, INFINITY, INFINITY), 1024},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, box, square, level] : rows) {
+        SCOPED_TRACE(why);
         QuadTree tree;
-        Item item(row.box);
+        Item item(box);
         tree.Insert(&item);
         const QuadTreeNode* const node = NodeOf(*tree.GetRoot(), item);
         ASSERT_NE(node, nullptr);
-        EXPECT_EQ(node->GetLevel(), row.level);
-        EXPECT_TRUE(Same(*node->GetEnvelope(), row.square));
-        EXPECT_TRUE(tree.Remove(&item));
-        EXPECT_TRUE(tree.GetRoot()->IsPrunable()) << "an empty node goes";
+        EXPECT_EQ(node->GetLevel(), level);
+        EXPECT_TRUE(Same(*node->GetEnvelope(), square));
+        EXPECT_TRUE(tree.Remove(&item) && tree.GetRoot()->IsPrunable()) << "an empty node goes";
     }
 }
 
 TEST(QuadTreeTest, ALargerBoxPutsALargerSquareAboveTheOldOne) {
     QuadTree tree;
-    Item small(Box(5, 5, 6, 6));
-    Item large(Box(1, 1, 60, 60));
-    Item across(Box(-1, 5, 1, 6));
+    Item small(Box(5, 5, 6, 6)), large(Box(1, 1, 60, 60)), across(Box(-1, 5, 1, 6));
     tree.Insert(&small);
     EXPECT_EQ(tree.GetRoot()->GetSubnode(3)->GetLevel(), 0);
     tree.Insert(&large);
@@ -92,8 +70,7 @@ TEST(QuadTreeTest, ALargerBoxPutsALargerSquareAboveTheOldOne) {
     EXPECT_EQ(NodeOf(root, across), &root) << "the axes belong to the root";
     EXPECT_EQ(root.GetItems(), std::vector<ISpatialIndexData*>{&across});
     EXPECT_EQ(root.Depth(), 8) << "the root and levels 6 to 0";
-    EXPECT_EQ(root.Size(), 3);
-    EXPECT_EQ(root.NodeCount(), 3) << "1 and the sizes of the children";
+    EXPECT_TRUE(root.Size() == 3 && root.NodeCount() == 3) << "1 and the sizes of the children";
     std::vector<ISpatialIndexData*> all;
     EXPECT_EQ(root.AddAllItems(&all), &all);
     EXPECT_EQ(all, (std::vector<ISpatialIndexData*>{&across, &large, &small})) << "depth first";
@@ -102,9 +79,7 @@ TEST(QuadTreeTest, ALargerBoxPutsALargerSquareAboveTheOldOne) {
 
 TEST(QuadTreeTest, TheMinimumExtentShrinksAndWidenedItemsAreStillRemoved) {
     QuadTree tree;
-    Item early(Box(10.5, 10.5, 10.5, 10.5));
-    Item thin(Box(3, 3, 4, 3.125));
-    Item late(Box(20.125, 20.125, 20.125, 20.125));
+    Item early(Box(10.5, 10.5, 10.5, 10.5)), thin(Box(3, 3, 4, 3.125)), late(Box(20.125, 20.125, 20.125, 20.125));
     tree.Insert(&early);
     EXPECT_EQ(tree.GetMinimumExtent(), 1.0);
     tree.Insert(&thin);
@@ -120,12 +95,9 @@ TEST(QuadTreeTest, NodesCanBeBuiltByHand) {
     QuadTreeNode node(new BoundingBoxND(Box(0, 0, 16, 16)), 4);
     EXPECT_EQ(node.GetType(), SpatialIndexNodeTypes::QuadTreeNode);
     const std::unique_ptr<QuadTreeNode> loose(node.CreateSubnode(2));
-    EXPECT_TRUE(loose->GetEnvelope()->IsEqualTo(Box(0, 8, 8, 16), 1e-300));
-    EXPECT_EQ(loose->GetLevel(), 3);
+    EXPECT_TRUE(loose->GetEnvelope()->IsEqualTo(Box(0, 8, 8, 16), 1e-300) && loose->GetLevel() == 3);
     EXPECT_TRUE(node.IsPrunable()) << "a created node is no child yet";
-    EXPECT_EQ(node.CreateSubnode(4), nullptr);
-    EXPECT_EQ(QuadTreeNode().CreateSubnode(0), nullptr);
-    EXPECT_EQ(QuadTreeNode().GetEnvelope(), nullptr);
+    EXPECT_TRUE(!node.CreateSubnode(4) && !QuadTreeNode().CreateSubnode(0) && !QuadTreeNode().GetEnvelope());
 
     Item item(Box(13, 13, 14, 14));
     auto* const deep = new QuadTreeNode(new BoundingBoxND(Box(12, 12, 14, 14)), 1);
@@ -150,8 +122,7 @@ TEST(QuadTreeTest, NodesCanBeBuiltByHand) {
     std::list<ISpatialIndexData*> found;
     copy.AddAllItemsFromOverlapping(Box(14, 14, 20, 20), found, true);
     EXPECT_EQ(found, std::list<ISpatialIndexData*>{&item});
-    EXPECT_TRUE(node.Remove(item.box, &item));
-    EXPECT_FALSE(node.Remove(item.box, &item));
+    EXPECT_TRUE(node.Remove(item.box, &item) && !node.Remove(item.box, &item));
     EXPECT_EQ(node.GetSubnode(3), nullptr) << "the emptied chain goes";
 
     auto* const straddling = new QuadTreeNode(new BoundingBoxND(Box(4, 4, 12, 12)), 3);

@@ -1,11 +1,7 @@
 #include "SpatialIndexes/Structure.h"
 
-#include <gtest/gtest.h>
-
 #include <deque>
-#include <memory>
 #include <set>
-#include <type_traits>
 
 namespace Kalvio::Math::SpatialIndexes {
 namespace {
@@ -26,8 +22,7 @@ TEST(RStarTreeTest, TheSixtyFifthInsertionSplitsTheRoot) {
     RStarTree tree(false);
     EXPECT_EQ(tree.GetRoot(), nullptr);
     for (int i = 0; i < 64; ++i) tree.Insert(&items.emplace_back(Segment(i)));
-    EXPECT_TRUE(tree.GetRoot()->HoldsLeaves());
-    EXPECT_EQ(tree.GetRoot()->GetNrOfEntries(), 64U);
+    EXPECT_TRUE(tree.GetRoot()->HoldsLeaves() && tree.GetRoot()->GetNrOfEntries() == 64);
     tree.Insert(&items.emplace_back(Segment(64)));
     EXPECT_FALSE(tree.GetRoot()->HoldsLeaves());
     EXPECT_EQ(ChildSizes(tree), (std::multiset<unsigned int>{32, 33}));
@@ -79,19 +74,13 @@ TEST(RStarTreeTest, TheDeleteFlagLetsTheTreeOwnItsItemsButNoCopyOfIt) {
         return tree;
     };
     std::unique_ptr<RStarTree> owner = filled(true);
-    EXPECT_TRUE(owner->GetDelete());
-    EXPECT_TRUE(RStarTreeNode(*owner->GetRoot()->GetChild(0)).GetLeaf(0).GetItem() != nullptr);
-    EXPECT_FALSE(RStarTreeNode(*owner->GetRoot()->GetChild(0)).GetLeaf(0).GetDelete());
-    {
-        const RStarTree copy(*owner);
-        EXPECT_FALSE(copy.GetDelete());
-        EXPECT_EQ(Search(copy, PointOf({0.5, 0.5})).size(), 2U);
-    }
-    EXPECT_EQ(deleted, 0) << "the copy owns nothing";
-    const std::unique_ptr<const Item> first(
-        const_cast<Item*>(static_cast<const Item*>(Search(*owner, PointOf({0.5, 0.5}))[0])));
-    EXPECT_TRUE(owner->Remove(first.get())) << "both entries";
-    EXPECT_TRUE(Search(*owner, PointOf({0.5, 0.5})).empty());
+    const RStarLeaf leaf = RStarTreeNode(*owner->GetRoot()->GetChild(0)).GetLeaf(0);
+    EXPECT_TRUE(owner->GetDelete() && leaf.GetItem() != nullptr && !leaf.GetDelete());
+    const PointND place = PointOf({0.5, 0.5});
+    EXPECT_TRUE(!RStarTree(*owner).GetDelete() && Search(RStarTree(*owner), place).size() == 2);
+    EXPECT_EQ(deleted, 0) << "copies own nothing";
+    const std::unique_ptr<const ISpatialIndexData> first(Search(*owner, place)[0]);
+    EXPECT_TRUE(owner->Remove(first.get()) && Search(*owner, place).empty()) << "both entries";
     EXPECT_EQ(deleted, 0) << "removal never deletes";
     owner.reset();
     EXPECT_EQ(deleted, 99);
@@ -123,25 +112,21 @@ TEST(RStarTreeTest, TheSplitGoesAcrossTheLongerAxis) {
     std::deque<Item> items;
     RStarTree tree(false);
     for (int i = 0; i < 65; ++i) tree.Insert(&items.emplace_back(Box(0, i, 1, i)));
-    const BoundingBoxND low = tree.GetRoot()->GetChild(0)->GetBox();
-    const BoundingBoxND high = tree.GetRoot()->GetChild(1)->GetBox();
-    EXPECT_FALSE(low.Intersects(high)) << "stacked segments come apart by their heights";
+    EXPECT_FALSE(tree.GetRoot()->GetChild(0)->GetBox().Intersects(tree.GetRoot()->GetChild(1)->GetBox()))
+        << "stacked segments come apart by their heights";
 }
 
 TEST(RStarTreeTest, LeavesAreValuesAndNodesTellTheirKind) {
     RStarLeaf leaf(true);
-    EXPECT_TRUE(leaf.GetDelete());
-    EXPECT_EQ(leaf.GetItem(), nullptr);
+    EXPECT_TRUE(leaf.GetDelete() && leaf.GetItem() == nullptr);
     RStarTree tree(true);
     auto* const item = new Item(Box(1, 2, 3, 4));
     tree.Insert(item);
     leaf = tree.GetRoot()->GetLeaf(0);
-    EXPECT_EQ(leaf.GetItem(), item);
-    EXPECT_TRUE(leaf.GetDelete());
-    EXPECT_TRUE(leaf.GetBox().IsEqualTo(item->box, 1e-300));
+    EXPECT_TRUE(leaf.GetItem() == item && leaf.GetDelete() && leaf.GetBox().IsEqualTo(item->box, 1e-300));
     EXPECT_EQ(tree.GetRoot()->GetType(), SpatialIndexNodeTypes::RStarTreeNode);
-    EXPECT_EQ(tree.GetType(), SpatialIndexTypes::RStarTree);
-    EXPECT_EQ(RTree().GetType(), SpatialIndexTypes::RTree);
+    EXPECT_EQ(std::pair(tree.GetType(), RTree().GetType()),
+              std::pair(SpatialIndexTypes::RStarTree, SpatialIndexTypes::RTree));
     EXPECT_EQ(RTreeNode().GetType(), SpatialIndexNodeTypes::RTreeNode);
     BoundingBoxND empty(2U);
     empty.Reset();

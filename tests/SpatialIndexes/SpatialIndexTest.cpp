@@ -1,24 +1,12 @@
 #include "SpatialIndexes/Items.h"
 #include "SpatialIndexes/Structure.h"
 #include "support/Concurrently.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <gtest/gtest.h>
 
 #include <deque>
 #include <functional>
-#include <limits>
-#include <memory>
-#include <random>
-#include <tuple>
 
 namespace Kalvio::Math::SpatialIndexes {
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kLargest = std::numeric_limits<double>::max();
 
 /// Boxes of every kind that may arrive, many of them equal or touching.
 class Boxes {
@@ -26,22 +14,19 @@ public:
     Boxes(std::uint64_t seed, unsigned int axes) : random(seed), dimension(axes) {}
 
     BoundingBoxND Next() {
-        PointND low(dimension);
-        PointND high(dimension);
+        PointND low(dimension), high(dimension);
         const int kind = Integer(0, 24);
         for (unsigned int axis = 0; axis < dimension; ++axis) {
-            const double place = Integer(-400, 400) * 0.5;
-            const double fine = std::uniform_real_distribution<double>(-200.0, 200.0)(random);
-            double from = place;
-            double to = place + Integer(0, 3);            // degenerate points and lines among them, touching others
-            if (kind == 0) from = to = 12.5;              // always the same point
-            if (kind == 1) from = -(to = Integer(0, 5));  // on the axes
+            const double place = Integer(-400, 400) * 0.5, fine = random(-200.0, 200.0);
+            double from = place, to = place + Integer(0, 3);  // degenerate points and lines among them, touching others
+            if (kind == 0) from = to = 12.5;                  // always the same point
+            if (kind == 1) from = -(to = Integer(0, 5));      // on the axes
             if (kind == 2) from = -1e300, to = fine * 1e299;
             if (kind == 3) to = std::nextafter(from = fine + 385000.0, kInfinity);  // as small as can be
             if (kind == 4) to = (from = 1e-300 * Integer(0, 9)) * 2.0;
             if (kind == 5) from = 0.3 * kLargest, to = (0.5 + 0.001 * Integer(0, 9)) * kLargest;
             if (kind == 6 && axis == 0) to = kInfinity;
-            if (kind == 7 && axis == 0) (Integer(0, 1) == 0 ? from : to) = kNaN;
+            if (kind == 7 && axis == 0) (Integer(0, 1) == 0 ? from : to) = kNan;
             if (kind == 8) std::swap(from, to);
             if (kind == 9) from = to = 1e17 + fine;  // half a minimum extent is lost beside it
             if (kind == 10) to = std::nextafter(from = Integer(6672000, 6672002), Integer(0, 1) * 1e7);
@@ -54,7 +39,7 @@ public:
     int Integer(int first, int last) { return std::uniform_int_distribution<int>(first, last)(random); }
 
 private:
-    std::mt19937_64 random;
+    RandomNumbers random;
     unsigned int dimension;
 };
 
@@ -66,25 +51,14 @@ public:
         tree.SetDimension(static_cast<int>(dimension));
     }
 
-    void InsertNew() {
-        items.emplace_back(boxes.Next());
-        Insert(&items.back());
-    }
-    void InsertAgain() {
-        if (removed.empty()) return;
-        Insert(removed.back());
-        removed.pop_back();
+    void Insert(bool again) {
+        if (again && removed.empty()) return;
+        ASSERT_TRUE(tree.Insert(Take(again)));
     }
     /// Some come back, the others are new.
     void InsertMany(int n) {
         std::vector<const ISpatialIndexData*> many;
-        for (; n > 0; --n) {
-            const bool comesBack = n % 3 == 0 && !removed.empty();
-            Item* const item = comesBack ? removed.back() : &items.emplace_back(boxes.Next());
-            if (comesBack) removed.pop_back();
-            many.push_back(item);
-            inside.push_back(item);
-        }
+        for (; n > 0; --n) many.push_back(Take(n % 3 == 0 && !removed.empty()));
         ASSERT_TRUE(tree.Insert(many));
         many.push_back(nullptr);
         ASSERT_FALSE(tree.Insert(many));
@@ -118,9 +92,9 @@ public:
         CheckNearest(point, BoundingBoxND(point, point), most, within);
         CheckNearest(window, window, most, within);
     }
-    void CheckStructureOfTree() const {
-        const auto nrOfUnplaced = std::count_if(inside.begin(), inside.end(), [](Item* i) { return HasNaN(i->box); });
-        CheckStructure(tree, static_cast<std::size_t>(nrOfUnplaced), inside.size());
+    void CheckStructureOf(const Tree& of) const {
+        const auto nrOfUnplaced = std::ranges::count_if(inside, [](const Item* i) { return HasNaN(i->box); });
+        CheckStructure(of, static_cast<std::size_t>(nrOfUnplaced), inside.size());
     }
 
     Boxes boxes;
@@ -128,9 +102,10 @@ public:
     std::vector<Item*> inside;
 
 private:
-    void Insert(Item* item) {
-        ASSERT_TRUE(tree.Insert(item));
-        inside.push_back(item);
+    Item* Take(bool again) {
+        inside.push_back(again ? removed.back() : &items.emplace_back(boxes.Next()));
+        if (again) removed.pop_back();
+        return inside.back();
     }
     template <class Matches, class... Where>
     void Check(const Matches& matches, const Where&... where) const {
@@ -178,22 +153,21 @@ private:
 
 template <class Tree>
 void RunModel(unsigned int dimension, int nrOfSteps) {
-    Model<Tree> model(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601), dimension);
+    Model<Tree> model(20240601, dimension);
     // It grows, shrinks to nothing, and grows again.
     for (const int chanceOfInsertion : {80, 25, 70}) {
         for (int step = 0; step < nrOfSteps && !testing::Test::HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "chance " << chanceOfInsertion << ", step " << step);
             const bool insert = model.boxes.Integer(0, 99) < chanceOfInsertion;
+            if (insert) model.Insert(step % 3 == 0);
             if (!insert) model.Remove();
-            if (insert && step % 3 == 0) model.InsertAgain();
-            if (insert && step % 3 != 0) model.InsertNew();
             if (step % 1000 == 0) model.InsertMany(model.boxes.Integer(0, step == 0 ? 600 : 200));
             if (step % 5 == 0) model.CheckSearches();
-            if (step % 100 == 0) model.CheckStructureOfTree();
+            if (step % 100 == 0) model.CheckStructureOf(model.tree);
         }
     }
     while (!model.inside.empty() && !testing::Test::HasFailure()) model.Remove();
-    model.CheckStructureOfTree();
+    model.CheckStructureOf(model.tree);
     EXPECT_TRUE(Search(model.tree, Box(-kInfinity, -kInfinity, kInfinity, kInfinity), true).empty());
 }
 
@@ -241,21 +215,13 @@ TEST(SpatialIndexDimensionTest, ItemsMoveToANewDimensionAndQueriesNeedItsAxes) {
 TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
     for (const Point2D& origin : surveyOrigins) {
         SCOPED_TRACE(testing::Message() << "origin " << origin.GetX());
-        const double x = origin.GetX() + 10.0;
-        const double y = origin.GetY() + 10.0;
+        const double x = origin.GetX() + 10.0, y = origin.GetY() + 10.0;
         TypeParam tree;
-        Item item(Box(x, y, x + 4, y + 4));
-        Item other(Box(x + 100, y + 100, x + 101, y + 101));
+        Item item(Box(x, y, x + 4, y + 4)), other(Box(x + 100, y + 100, x + 101, y + 101)), stranger = item;
         EXPECT_TRUE(tree.Build());
         tree.Insert(&item);
         tree.Insert(&other);
-        struct Row {
-            const char* why;
-            BoundingBoxND window;
-            bool overlap;
-            bool found;
-        };
-        const Row rows[] = {
+        const std::tuple<const char*, BoundingBoxND, bool, bool> rows[] = {
             {"touches along an edge", Box(x + 4, y, x + 8, y + 4), true, true},
             {"touches at a corner", Box(x - 8, y - 8, x, y), true, true},
             {"touching is not inside", Box(x + 4, y, x + 8, y + 4), false, false},
@@ -265,18 +231,17 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
             {"within the item", Box(x + 1, y + 1, x + 2, y + 2), true, true},
             {"no axis", BoundingBoxND(), true, false},
         };
-        for (const Row& row : rows) {
-            SCOPED_TRACE(row.why);
-            EXPECT_EQ(Search(tree, row.window, row.overlap), row.found ? Found{&item} : Found{});
+        for (const auto& [why, window, overlap, isFound] : rows) {
+            EXPECT_EQ(Search(tree, window, overlap), isFound ? Found{&item} : Found{}) << why;
         }
         EXPECT_EQ(Search(tree, PointOf({x + 4.004, y - 0.004})), Found{&item});
         EXPECT_EQ(Search(tree, PointOf({x + 4.006, y})), Found{});
-        EXPECT_EQ(Search(tree, PointOf({kNaN, y})), Found{});
+        EXPECT_EQ(Search(tree, PointOf({kNan, y})), Found{});
         std::vector<ISpatialIndexData*> nearest;
-        for (const double within : {kNaN, -1.0, 2.75}) {
+        for (const double within : {kNan, -1.0, 2.75}) {
             EXPECT_EQ(tree.SearchNearest(PointOf({x + 7, y}), 9, within, nearest), 0U) << within;
         }
-        EXPECT_EQ(tree.SearchNearest(PointOf({kNaN, y}), 9, kInfinity, nearest), 0U);
+        EXPECT_EQ(tree.SearchNearest(PointOf({kNan, y}), 9, kInfinity, nearest), 0U);
         EXPECT_EQ(tree.SearchNearest(PointOf({x}), 9, kInfinity, nearest), 0U) << "an axis short";
         EXPECT_EQ(tree.SearchNearest(PointOf({x, y}), 0, kInfinity, nearest), 0U);
         EXPECT_EQ(tree.SearchNearest(PointOf({x + 7, y + 8}), 9, 5.0, nearest), 1U) << "3 and 4: closed";
@@ -288,35 +253,24 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
         EXPECT_EQ(tree.Search(PointOf({x, y}), list), 5U) << "what was in the list counts";
         EXPECT_EQ(tree.Search(Box(x, y, x, y), true, list), 7U);
         EXPECT_EQ(list.front(), &other);
-        Item stranger(Box(x, y, x + 4, y + 4));
-        EXPECT_FALSE(tree.Remove(&stranger));
-        EXPECT_FALSE(tree.Insert(nullptr));
-        EXPECT_FALSE(tree.Remove(nullptr));
+        EXPECT_FALSE(tree.Remove(&stranger) || tree.Insert(nullptr) || tree.Remove(nullptr));
     }
 }
 
 TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
-    Boxes boxes(SeedFromEnvironment("KALVIO_TEST_SEED", 3), 2);
-    for (const std::size_t n : {0, 1, 8, 9, 64, 65, 95, 96, 97, 2047, 2048, 3100, 4096, 4097, 5000}) {
+    for (const int n : {0, 1, 8, 9, 64, 65, 95, 96, 97, 2047, 2048, 3100, 4096, 4097, 5000}) {
         SCOPED_TRACE(n);
-        std::deque<Item> items;
-        std::vector<const ISpatialIndexData*> all;
-        while (all.size() < n) {
-            items.emplace_back(boxes.Next());
-            if (!HasNaN(items.back().box)) all.push_back(&items.back());
-        }
-        TypeParam tree;
-        tree.Insert(all);
+        Model<TypeParam> model(3, 2);
+        model.InsertMany(n);
         if constexpr (!std::is_same_v<TypeParam, QuadTree>) {
-            CheckStructure(tree, 0, n);
+            model.CheckStructureOf(model.tree);
         } else {
             QuadTree oneByOne;
-            for (const ISpatialIndexData* item : all) oneByOne.Insert(item);
-            std::vector<ISpatialIndexData*> together;
-            std::vector<ISpatialIndexData*> expected;
-            EXPECT_EQ(*tree.GetRoot()->AddAllItems(&together), *oneByOne.GetRoot()->AddAllItems(&expected));
-            EXPECT_EQ(tree.GetRoot()->Depth(), oneByOne.GetRoot()->Depth());
-            EXPECT_EQ(tree.GetMinimumExtent(), oneByOne.GetMinimumExtent());
+            for (const Item* item : model.inside) oneByOne.Insert(item);
+            std::vector<ISpatialIndexData*> together, expected;
+            EXPECT_EQ(*model.tree.GetRoot()->AddAllItems(&together), *oneByOne.GetRoot()->AddAllItems(&expected));
+            EXPECT_EQ(model.tree.GetRoot()->Depth(), oneByOne.GetRoot()->Depth());
+            EXPECT_EQ(model.tree.GetMinimumExtent(), oneByOne.GetMinimumExtent());
         }
     }
 }
@@ -324,13 +278,10 @@ TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
 TEST(RTreeTest, TheNinthInsertionSplitsTheRoot) {
     std::deque<Item> items;
     RTree tree;
-    for (int i = 0; i < 9; ++i) {
-        if (i > 0) {
-            EXPECT_EQ(tree.GetRoot()->GetNrOfBranches(), static_cast<unsigned int>(i));
-        }
+    for (unsigned int i = 0; i < 9; ++i) {
         tree.Insert(&items.emplace_back(Box(i, 0, i + 0.5, 1)));
+        EXPECT_EQ(tree.GetRoot()->GetNrOfBranches(), i < 8 ? i + 1 : 2);
     }
-    EXPECT_EQ(tree.GetRoot()->GetNrOfBranches(), 2U);
 }
 
 // Rows of a grid in one plane of the space of an index, and one item far away.
@@ -363,53 +314,36 @@ TEST(PackingTest, NeighboursShareNodesWhateverLiesFarAway) {
     }
 }
 
-template <class Tree>
-struct Filled {
-    Filled(std::uint64_t seed, int n) {
-        Boxes boxes(SeedFromEnvironment("KALVIO_TEST_SEED", seed), 2);
-        for (int i = 0; i < n; ++i) tree.Insert(&items.emplace_back(boxes.Next()));
-    }
-    void CheckStructureOf(const Tree& of) const {
-        const auto unplaced = std::count_if(items.begin(), items.end(), [](const Item& i) { return HasNaN(i.box); });
-        CheckStructure(of, static_cast<std::size_t>(unplaced), items.size());
-    }
-
-    std::deque<Item> items;
-    Tree tree;
-};
-
 TYPED_TEST(SpatialIndexTest, ACopyLivesOnItsOwn) {
-    Filled<TypeParam> filled(7, 300);
-    TypeParam& tree = filled.tree;
-    TypeParam copy(tree);
-    TypeParam assigned;
-    assigned.Insert(&filled.items[0]);
-    assigned = tree;
+    Model<TypeParam> filled(7, 2);
+    for (int i = 0; i < 300; ++i) filled.Insert(false);
+    TypeParam copy(filled.tree), assigned;
+    assigned.Insert(filled.inside[0]);
+    assigned = filled.tree;
     const BoundingBoxND everywhere = Box(-kInfinity, -kInfinity, kInfinity, kInfinity);
-    const Found all = Search(tree, everywhere, true);
-    for (Item& item : filled.items) EXPECT_TRUE(tree.Remove(&item));
-    EXPECT_TRUE(Search(tree, everywhere, true).empty());
+    const Found all = Search(filled.tree, everywhere, true);
+    for (const Item* item : filled.inside) EXPECT_TRUE(filled.tree.Remove(item));
+    EXPECT_TRUE(Search(filled.tree, everywhere, true).empty());
     EXPECT_EQ(Search(copy, everywhere, true), all);
     EXPECT_EQ(Search(assigned, everywhere, true), all);
     filled.CheckStructureOf(copy);
 
     static_assert(std::is_nothrow_move_constructible_v<TypeParam> && std::is_nothrow_move_assignable_v<TypeParam>);
-    TypeParam moved(std::move(copy));
+    TypeParam moved(std::move(copy)), again;
     const auto* const root = moved.GetRoot();
-    TypeParam again;
     again = std::move(moved);
     EXPECT_EQ(again.GetRoot(), root) << "taken over, not copied";
     EXPECT_EQ(Search(again, everywhere, true), all);
     for (TypeParam* left : {&copy, &moved}) {
         EXPECT_TRUE(Search(TypeParam(*left), everywhere, true).empty() && left->GetDimension() == 2);
-        EXPECT_FALSE(left->Remove(&filled.items[0]));
-        EXPECT_TRUE(left->Insert(&filled.items[0]));
-        EXPECT_EQ(Search(*left, everywhere, true).size(), 1U);
+        EXPECT_TRUE(!left->Remove(filled.inside[0]) && left->Insert(filled.inside[0]));
+        EXPECT_EQ(Search(*left, everywhere, true), Found{filled.inside[0]});
     }
 }
 
 TYPED_TEST(SpatialIndexTest, ManyThreadsSearchOneTree) {
-    const Filled<TypeParam> filled(11, 1000);
+    Model<TypeParam> filled(11, 2);
+    for (int i = 0; i < 1000; ++i) filled.Insert(false);
     const BoundingBoxND window = Box(-50, -50, 120, 120);
     const Found alone = Search(filled.tree, window, true);
     std::vector<Found> together(4);
