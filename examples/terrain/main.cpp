@@ -31,12 +31,13 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
-    "               [--contours INTERVAL] [--against SURFACE2.xml]\n"
+    "               [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--nodes OUT.csv] [--svg OUT.svg]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
     "  --heights  writes the heights at the places of a table x,y\n"
+    "  --thin     leaves out the points of the surface that change no height by more\n"
     "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
     "  --against  cut and fill from the surface to the first one of another file, where both are\n"
     "  --surface  the surface that is cut and drawn (Built, or the first of the file)\n"
@@ -56,6 +57,7 @@ struct Options {
     std::string file;
     GroundTables ground;
     std::string heights;
+    std::optional<double> thin;
     std::optional<double> contours;
     std::string against;
     std::string surface;
@@ -78,6 +80,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--breaklines", options.ground.breaklines);
     arguments.AddText("--border", options.ground.border);
     arguments.AddText("--heights", options.heights);
+    arguments.AddPositive("--thin", options.thin);
     arguments.AddPositive("--contours", options.contours);
     arguments.AddText("--against", options.against);
     arguments.AddText("--surface", options.surface);
@@ -238,6 +241,13 @@ void ReportVolumes(const std::string& path, const TinSurfacePatch3D& surface, co
                 volumes.fill, unit.c_str(), volumes.area, unit.c_str());
 }
 
+void Thin(TinSurfacePatch3D& surface, const std::string& name, double tolerance, const std::string& unit) {
+    const unsigned int before = surface.GetTriangles().GetVerticesSize();
+    if (!surface.Thin(tolerance)) throw InputError("surface " + name + " lies over itself");
+    std::printf("Thinned %s to %g %s: %u of %u vertices stay\n", name.c_str(), tolerance, unit.c_str(),
+                surface.GetTriangles().GetVerticesSize(), before);
+}
+
 SurfaceFile ReadSurfaces(const Options& options) {
     SurfaceFile file;
     if (options.file.empty() && options.ground.IsEmpty()) throw InputError("a surface or its points are missing");
@@ -246,7 +256,9 @@ SurfaceFile ReadSurfaces(const Options& options) {
     if (!options.ground.IsEmpty()) {
         Surface built;
         built.name = "Built";
-        built.mesh = BuildGround(options.ground).GetTriangles();
+        TinSurfacePatch3D surface = BuildGround(options.ground);
+        if (options.thin) Thin(surface, built.name, *options.thin, UnitText(file.linearUnit));
+        built.mesh = surface.GetTriangles();
         file.surfaces.insert(file.surfaces.begin(), std::move(built));
     }
     return file;
@@ -256,6 +268,12 @@ int Run(const Options& options) {
     SurfaceFile file = ReadSurfaces(options);
     const std::string unit = UnitText(file.linearUnit);
     Surface& chosen = Chosen(file, options);
+    const bool isBuilt = !options.ground.IsEmpty() && &chosen == &file.surfaces.front();
+    if (options.thin && !isBuilt) {
+        TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
+        Thin(surface, chosen.name, *options.thin, unit);
+        chosen.mesh = surface.GetTriangles();
+    }
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
 
     if (options.contours || !options.against.empty() || !options.heights.empty()) {

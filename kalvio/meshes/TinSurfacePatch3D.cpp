@@ -9,15 +9,15 @@
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/meshes/detail/MeshSection.h"
+#include "kalvio/meshes/detail/SurfaceBuilder.h"
 #include "kalvio/meshes/detail/TriangleEdges.h"
+#include "kalvio/meshes/detail/TriangleHeight.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/detail/ConstrainedTriangulation.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <optional>
 #include <span>
 #include <utility>
 
@@ -25,208 +25,11 @@ namespace Kalvio::Math {
 
 namespace {
 
-using Triangulation = detail::ConstrainedTriangulation;
+using detail::InPlan;
 
 constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
-constexpr double largestCoordinate = 1e70;  // products of four do not overflow
-
-bool IsSound(const Point3D& p) {
-    return std::abs(p.GetX()) <= largestCoordinate && std::abs(p.GetY()) <= largestCoordinate &&
-           std::abs(p.GetZ()) <= largestCoordinate;
-}
-
-detail::PlanePoint InPlan(const Point2D& p) { return {p.GetX(), p.GetY()}; }
-detail::PlanePoint InPlan(const Point3D& p) { return {p.GetX(), p.GetY()}; }
 
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
-
-// The points of a surface and the triangulation of them in plan; heights are gathered while edges are required.
-class SurfaceBuilder {
-public:
-    SurfaceBuilder(const TinSurfacePatch3D::Ground& source, double userTolerance,
-                   std::vector<TinSurfacePatch3D::HeightConflict>& found)
-        : ground(source), tolerance(userTolerance), conflicts(found) {}
-
-    bool Triangulate() {
-        std::vector<detail::PlanePoint> places;
-        std::vector<double> given;
-        if (!Gather(places, given)) return false;
-        triangulation.emplace(places, tolerance);
-        if (!triangulation->HasTriangles()) return false;
-        TakeHeights(given);
-        std::size_t first = ground.points.size();
-        const auto require = [&](const std::vector<LineString3D>& chains, std::uint8_t marks) {
-            for (const LineString3D& chain : chains) {
-                if (!Require(first, chain.GetSize(), marks)) return false;
-                first += chain.GetSize();
-            }
-            return true;
-        };
-        if (!require(ground.breaklines, 0) || !require(ground.borders, Triangulation::ofBorder) ||
-            !require(ground.holes, Triangulation::ofHole)) {
-            return false;
-        }
-        TakeDivisions();
-        return true;
-    }
-
-    // The triangles inside, along the curve on which the vertices lie, and their neighbours.
-    bool Collect(IndexedTriangleSet3D& set, std::vector<unsigned int>& neighbors) const {
-        const std::vector<std::uint8_t> isInside = FindInside();
-        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
-        std::vector<unsigned int> numberOf(heights.size(), detail::noVertex);
-        std::vector<unsigned int> starts(heights.size() + 1);  // of the triangles by their lowest vertices
-        std::size_t count = 0;
-        for (std::size_t t = 0; t < all.size(); ++t) {
-            if (isInside[t] == 0) continue;
-            ++count;
-            for (const Triangulation::Index corner : all[t].corner) numberOf[corner] = 0;
-            ++starts[*std::min_element(all[t].corner.begin(), all[t].corner.end()) + std::size_t{1}];
-        }
-        if (count == 0) return false;
-        for (std::size_t i = 1; i < starts.size(); ++i) starts[i] += starts[i - 1];
-        std::vector<Point3D>& vertices = set.GetVertices();
-        for (Triangulation::Index v = 0; v < heights.size(); ++v) {
-            if (numberOf[v] == detail::noVertex) continue;
-            numberOf[v] = static_cast<unsigned int>(vertices.size());
-            vertices.emplace_back(PlaceOf(v), heights[v]);
-        }
-        std::vector<unsigned int> placeOf(all.size(), none);
-        for (std::size_t t = 0; t < all.size(); ++t) {
-            if (isInside[t] != 0) placeOf[t] = starts[*std::min_element(all[t].corner.begin(), all[t].corner.end())]++;
-        }
-        std::vector<unsigned int>& indexes = set.GetIndexes();
-        indexes.resize(3 * count);
-        neighbors.resize(3 * count);
-        for (std::size_t t = 0; t < all.size(); ++t) {
-            if (isInside[t] == 0) continue;
-            for (std::size_t i = 0; i < 3; ++i) {
-                indexes[3 * placeOf[t] + i] = numberOf[all[t].corner[i]];
-                neighbors[3 * placeOf[t] + i] = placeOf[all[t].twin[i] >> 2U];
-            }
-        }
-        return true;
-    }
-
-private:
-    bool Gather(std::vector<detail::PlanePoint>& places, std::vector<double>& given) const {
-        bool areSound = true;
-        const auto add = [&](const std::vector<Point3D>& points) {
-            for (const Point3D& p : points) {
-                areSound = areSound && IsSound(p);
-                places.push_back(InPlan(p));
-                given.push_back(p.GetZ());
-            }
-        };
-        places.reserve(ground.points.size());
-        given.reserve(ground.points.size());
-        add(ground.points);
-        for (const auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
-            for (const LineString3D& chain : *chains) add(chain.GetPoints());
-        }
-        return areSound && places.size() <= Triangulation::most;
-    }
-
-    Point2D PlaceOf(Triangulation::Index vertex) const {
-        const detail::PlanePoint p = triangulation->GetPosition(vertex);
-        return {p.x, p.y};
-    }
-
-    void Compare(Triangulation::Index vertex, double height) {
-        if (std::abs(height - heights[vertex]) > tolerance) {
-            conflicts.push_back({Point3D(PlaceOf(vertex), heights[vertex]), height});
-        }
-    }
-
-    void TakeHeights(const std::vector<double>& given) {
-        heights.assign(triangulation->GetOutside() + std::size_t{1}, unset);
-        for (std::size_t i = 0; i < given.size(); ++i) {
-            const Triangulation::Index vertex = triangulation->GetVertexOf(i);
-            if (std::isnan(heights[vertex])) {
-                heights[vertex] = given[i];
-            } else {
-                Compare(vertex, given[i]);
-            }
-        }
-    }
-
-    // Borders and holes are rings.
-    bool Require(std::size_t first, std::size_t count, std::uint8_t marks) {
-        const std::size_t segments = marks == 0 && count > 0 ? count - 1 : count;
-        for (std::size_t i = 0; i < segments; ++i) {
-            const Triangulation::Index from = triangulation->GetVertexOf(first + i);
-            const Triangulation::Index to = triangulation->GetVertexOf(first + (i + 1) % count);
-            if (!triangulation->RequireEdge(from, to, marks, true)) return false;
-        }
-        return true;
-    }
-
-    double HeightAlong(Triangulation::Index from, Triangulation::Index to, const Point2D& place) const {
-        const Vec2D along = PlaceOf(to) - PlaceOf(from);
-        const double share = (place - PlaceOf(from)).DotProduct(along) / along.NormSquared();
-        return heights[from] + (heights[to] - heights[from]) * std::clamp(share, 0.0, 1.0);
-    }
-
-    // Of vertices that divide segments: a new one has the height of the segment that was there first.
-    void TakeDivisions() {
-        for (const Triangulation::Division& division : triangulation->GetDivisions()) {
-            heights.resize(std::max<std::size_t>(heights.size(), division.vertex + std::size_t{1}), unset);
-            const Point2D place = PlaceOf(division.vertex);
-            double& height = heights[division.vertex];
-            if (std::isnan(height)) {
-                height = division.otherFrom == Triangulation::none
-                             ? HeightAlong(division.from, division.to, place)
-                             : HeightAlong(division.otherFrom, division.otherTo, place);
-            } else if (division.otherFrom != Triangulation::none) {
-                Compare(division.vertex, HeightAlong(division.otherFrom, division.otherTo, place));
-            }
-            Compare(division.vertex, HeightAlong(division.from, division.to, place));
-        }
-    }
-
-    std::vector<std::uint8_t> FindInside() const {
-        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
-        const bool hasRings = !ground.borders.empty() || !ground.holes.empty();
-        std::vector<std::uint8_t> inside =
-            hasRings ? triangulation->FindEnclosing() : std::vector<std::uint8_t>(all.size(), 0);
-        const Triangulation::Index outside = triangulation->GetOutside();
-        const std::uint8_t wanted = ground.borders.empty() ? 0 : Triangulation::ofBorder;
-        for (std::size_t t = 0; t < all.size(); ++t) {
-            const auto& [a, b, c] = all[t].corner;
-            inside[t] = inside[t] == wanted && a != outside && b != outside && c != outside ? 1 : 0;
-        }
-        if (ground.longestRimEdge > 0.0) CutRim(inside);
-        return inside;
-    }
-
-    void CutRim(std::vector<std::uint8_t>& inside) const {
-        const std::vector<Triangulation::Triangle>& all = triangulation->GetTriangles();
-        std::vector<std::size_t> open;
-        for (std::size_t t = 0; t < all.size(); ++t) {
-            if (inside[t] == 0) open.push_back(t);
-        }
-        while (!open.empty()) {
-            const Triangulation::Triangle& outer = all[open.back()];
-            open.pop_back();
-            for (std::size_t i = 0; i < 3; ++i) {
-                const std::size_t next = outer.twin[i] >> 2U;
-                if (inside[next] == 0 || (outer.marks[i] & Triangulation::required) != 0) continue;
-                const Point2D from = PlaceOf(outer.corner[i]);
-                if (!(from.Distance(PlaceOf(outer.corner[i == 2 ? 0 : i + 1])) > ground.longestRimEdge)) continue;
-                inside[next] = 0;
-                open.push_back(next);
-            }
-        }
-    }
-
-    static constexpr double unset = std::numeric_limits<double>::quiet_NaN();
-
-    const TinSurfacePatch3D::Ground& ground;
-    double tolerance;
-    std::vector<TinSurfacePatch3D::HeightConflict>& conflicts;
-    std::optional<Triangulation> triangulation;
-    std::vector<double> heights;  // per vertex
-};
 
 // The point of a triangle nearest to p.
 Point3D NearestOnTriangle(const Point3D& p, const Point3D& a, const Point3D& b, const Point3D& c) {
@@ -273,13 +76,31 @@ bool TinSurfacePatch3D::Build(const Ground& ground, const Tolerances& tolerances
 
 bool TinSurfacePatch3D::Build(const Ground& ground, const Tolerances& tolerances,
                               std::vector<HeightConflict>& conflicts) {
-    std::vector<HeightConflict> found;
-    SurfaceBuilder builder(ground, tolerances.UserTolerance(), found);
+    detail::SurfaceBuilder builder;
+    if (!builder.Triangulate(ground, tolerances.UserTolerance()) || !TakeFrom(builder)) return false;
+    conflicts = builder.GetConflicts();
+    return true;
+}
+
+bool TinSurfacePatch3D::Thin(double heightTolerance) {
+    if (neighbors.empty() || !(heightTolerance >= 0.0)) return false;
+    detail::SurfaceBuilder builder;
+    TinSurfacePatch3D thinned;
+    if (!builder.Thin(*this, isOfChain, heightTolerance) || !thinned.TakeFrom(builder)) return false;
+    // Where the surface lies over itself, borders do not enclose what it covers.
+    constexpr double rounding = 1e-9;
+    const double area = GetPlanArea();
+    if (!(std::abs(thinned.GetPlanArea() - area) <= rounding * area)) return false;
+    *this = std::move(thinned);
+    return true;
+}
+
+bool TinSurfacePatch3D::TakeFrom(const detail::SurfaceBuilder& builder) {
     IndexedTriangleSet3D set;
     std::vector<unsigned int> beyond;
-    if (!builder.Triangulate() || !builder.Collect(set, beyond)) return false;
-    Take(std::move(set), std::move(beyond));
-    conflicts = std::move(found);
+    std::vector<bool> ofChain;
+    if (!builder.Collect(set, beyond, ofChain)) return false;
+    Take(std::move(set), std::move(beyond), std::move(ofChain));
     return true;
 }
 
@@ -291,7 +112,7 @@ bool TinSurfacePatch3D::SetTriangles(const IndexedTriangleSet3D& set) {
     for (std::uint64_t t = 0; t < set.GetTrianglesCount(); ++t) {
         const unsigned int* const corners = detail::CornersOf(set.GetIndexes(), vertices.size(), t);
         if (corners == nullptr ||
-            !std::all_of(corners, corners + 3, [&](unsigned int v) { return IsSound(vertices[v]); })) {
+            !std::all_of(corners, corners + 3, [&](unsigned int v) { return detail::IsOfSurface(vertices[v]); })) {
             return false;
         }
         const double turn =
@@ -310,14 +131,17 @@ bool TinSurfacePatch3D::SetTriangles(const IndexedTriangleSet3D& set) {
     });
     if (isFolded) return false;
     taken.RemoveUnusedVertices();
-    Take(std::move(taken), std::move(beyond));
+    std::vector<bool> ofChain(beyond.size(), false);
+    Take(std::move(taken), std::move(beyond), std::move(ofChain));
     return true;
 }
 
-void TinSurfacePatch3D::Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond) {
+void TinSurfacePatch3D::Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond,
+                             std::vector<bool>&& ofChain) {
     triangles = std::move(set);
     triangles.SetCCW(true);
     neighbors = std::move(beyond);
+    isOfChain = std::move(ofChain);
     double reach = 0.0;
     for (const Point3D& p : triangles.GetVertices()) reach = std::max({reach, std::abs(p.GetX()), std::abs(p.GetY())});
     noise = std::max(detail::numericalZero, 2.0 * std::numeric_limits<double>::epsilon() * reach);
@@ -436,17 +260,7 @@ bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z) const {
 bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z, unsigned int& triangle) const {
     if (!FindTriangle(place, triangle)) return false;
     const auto& [a, b, c] = GetLocator().facets[triangle].corner;
-    const double ux = b[0] - a[0];
-    const double uy = b[1] - a[1];
-    const double vx = c[0] - a[0];
-    const double vy = c[1] - a[1];
-    const double px = place.GetX() - a[0];
-    const double py = place.GetY() - a[1];
-    const double height =
-        a[2] + ((px * vy - py * vx) * (b[2] - a[2]) + (ux * py - uy * px) * (c[2] - a[2])) / (ux * vy - uy * vx);
-    // Of a triangle whose width is rounding, the heights of its corners bound it.
-    const double low = std::min({a[2], b[2], c[2]});
-    z = height >= low ? std::min(height, std::max({a[2], b[2], c[2]})) : low;
+    z = detail::HeightInTriangle(a, b, c, place.GetX(), place.GetY());
     return true;
 }
 
@@ -476,7 +290,7 @@ bool TinSurfacePatch3D::GetSlope(const Point2D& place, double& slope, Angle& fal
 }
 
 bool TinSurfacePatch3D::GetNearestPoint(Point3D& point) const {
-    if (neighbors.empty() || !IsSound(point)) return false;
+    if (neighbors.empty() || !detail::IsOfSurface(point)) return false;
     Point3D nearest;
     double squared = std::numeric_limits<double>::infinity();
     GetLocator().grid.ForEachAround(

@@ -19,6 +19,10 @@ class LineString3D;
 class Polygon2D;
 class Tolerances;
 
+namespace detail {
+class SurfaceBuilder;
+}
+
 /// A triangulated surface with one height at each place: terrain, or a design surface. Built from points, breaklines
 /// and borders, or from triangles; asked for heights, slopes, sections and the nearest point.
 ///
@@ -96,6 +100,15 @@ public:
     ///         on the same side of a shared edge, and for coordinates that are not finite or above 1e70. Whether
     ///         triangles overlap that share no edge is not looked at: at such a place the surface is one of them.
     [[nodiscard]] bool SetTriangles(const IndexedTriangleSet3D& set);
+    /// Leaves out vertices: those stay that greedy insertion needs, so that none left out is farther in height from the
+    /// surface than the tolerance. The chains that it was built from stay as they are, and so does the border in plan:
+    /// of its vertices only those on straight stretches may go. About n log n. Source: Garland, Heckbert, Fast
+    /// Polygonal Approximation of Terrains and Height Fields, 1995.
+    /// @param heightTolerance  0 leaves out what changes no height
+    /// @return false, everything untouched, when there is no surface, for a tolerance that is negative or NaN, and for
+    /// a
+    ///         surface that lies over itself or has two heights at a place
+    [[nodiscard]] bool Thin(double heightTolerance);
 
     /// Counter-clockwise in plan.
     const IndexedTriangleSet3D& GetTriangles() const { return triangles; }
@@ -168,10 +181,12 @@ private:
     static bool WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle);
     Vec3D DoubledNormal(unsigned int triangle) const;
     bool AddVolumes(const TinSurfacePatch3D* design, double height, const Polygon2D* area, Volumes& volumes) const;
-    void Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond);
+    bool TakeFrom(const detail::SurfaceBuilder& builder);
+    void Take(IndexedTriangleSet3D&& set, std::vector<unsigned int>&& beyond, std::vector<bool>&& ofChain);
 
     IndexedTriangleSet3D triangles;
     std::vector<unsigned int> neighbors;  // per edge, as the indexes
+    std::vector<bool> isOfChain;          // per edge
     double noise = 0.0;                   // rounding of the coordinates
     detail::Lazy<Locator> locator;
 };

@@ -90,7 +90,8 @@ struct PlanTriangle {
         corners = {a.GetPoint2D() - shift, b.GetPoint2D() - shift, c.GetPoint2D() - shift};
         const Vec3D normal = (b - a).CrossProduct(c - a);
         height = a.GetZ();
-        slope = Vec2D(-normal.GetX() / normal.GetZ(), -normal.GetY() / normal.GetZ());
+        // One whose width is rounding has no volume.
+        if (normal.GetZ() > 0.0) slope = Vec2D(-normal.GetX() / normal.GetZ(), -normal.GetY() / normal.GetZ());
     }
     double HeightAt(const Point2D& p) const { return height + slope.DotProduct(p - corners[0]); }
 

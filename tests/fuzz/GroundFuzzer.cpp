@@ -62,6 +62,13 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
         if (tame)
             Require(std::abs(there.cut - back.fill) <= 1e-6 * (1.0 + there.cut) && there.area <= whole.area + 1e-3);
     }
+    TinSurfacePatch3D thin = surface;
+    const bool isThin = thin.Thin(0.5);
+    Require(isThin || !tame || !isBuilt || hasChains);
+    for (const Point3D& v : surface.GetTriangles().GetVertices()) {
+        double z = 0.0;
+        if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
+    }
     std::vector<LineString3D> draped;
     (void)surface.Drape(places, draped);
 }

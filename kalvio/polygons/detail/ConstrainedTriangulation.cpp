@@ -99,23 +99,27 @@ bool ConstrainedTriangulation::IsNear(Index a, Index b) const {
     return dx * dx + dy * dy <= tolerance * tolerance;
 }
 
-void ConstrainedTriangulation::SortPoints(std::span<const PlanePoint> places) {
-    double reach = 0.0;
-    for (const PlanePoint& p : places) reach = std::max({reach, std::abs(p.x), std::abs(p.y)});
-    // To the square [-1, 1] by a power of two, which rounds nothing. What is nothing beside the largest coordinate
-    // becomes 0, so that no product of four differences underflows.
-    std::frexp(reach, &exponent);
-    const double scale = std::ldexp(1.0, -exponent);
+// To the square [-1, 1] by a power of two, which rounds nothing. What is nothing beside the largest coordinate becomes
+// 0, so that no product of four differences underflows.
+PlanePoint ConstrainedTriangulation::Scaled(const PlanePoint& place) const {
     const bool isNormal = std::isnormal(scale);
     const auto scaled = [&](double value) {
         constexpr double nothing = 0x1p-200;
         const double result = isNormal ? value * scale : std::ldexp(value, -exponent);
         return std::abs(result) < nothing ? 0.0 : result;
     };
+    return {scaled(place.x), scaled(place.y)};
+}
+
+void ConstrainedTriangulation::SortPoints(std::span<const PlanePoint> places) {
+    double reach = 0.0;
+    for (const PlanePoint& p : places) reach = std::max({reach, std::abs(p.x), std::abs(p.y)});
+    std::frexp(reach, &exponent);
+    scale = std::ldexp(1.0, -exponent);
     tolerance = std::ldexp(tolerance, -exponent);
     std::vector<PlanePoint> inSquare;
     inSquare.reserve(places.size());
-    for (const PlanePoint& p : places) inSquare.push_back({scaled(p.x), scaled(p.y)});
+    for (const PlanePoint& p : places) inSquare.push_back(Scaled(p));
 
     outside = static_cast<Index>(places.size());
     placeOf.resize(places.size());
@@ -337,12 +341,16 @@ Index ConstrainedTriangulation::InsertLast(Index start) {
         open.push_back(Next(diagonal));
         open.push_back(Before(back));
     }
-    Index spoke = edgeAt[p];
-    do {
-        loosened.emplace_back(p, CornerOf(Next(spoke)));
-        spoke = TwinOf(Before(spoke));
-    } while (spoke != edgeAt[p]);
+    ForEachSpoke(p, [this, p](Index spoke) { loosened.emplace_back(p, CornerOf(Next(spoke))); });
     return p;
+}
+
+// Around the new vertex all circles are empty: those of its triangles were before.
+Index ConstrainedTriangulation::Insert(const PlanePoint& place, Index start) {
+    points.push_back(Scaled(place));
+    const Index vertex = InsertLast(start);
+    loosened.clear();
+    return vertex;
 }
 
 void ConstrainedTriangulation::RestoreCircles() {

@@ -35,8 +35,9 @@ public:
         std::array<Index, 3> twin;    // the edge that runs against edge i, in the triangle beyond
         std::array<std::uint8_t, 3> marks;
     };
-    /// Marks of edges. Those of rings turn over with each ring that runs along the edge.
-    enum : std::uint8_t { required = 1, ofBorder = 2, ofHole = 4 };
+    /// Marks of edges. Those of rings turn over with each ring that runs along the edge. A rim is for the caller to
+    /// know.
+    enum : std::uint8_t { required = 1, ofBorder = 2, ofHole = 4, ofRim = 8 };
 
     /// A vertex that divides the edge from -> to: an end of edges, or new where that edge crosses otherFrom -> otherTo,
     /// which was required before it.
@@ -70,6 +71,26 @@ public:
     ///         triangulation is of no use then
     bool RequireEdge(Index from, Index to, std::uint8_t marks, bool mayCross);
 
+    /// The number of vertices, those outside and given twice included: that of the next one.
+    Index GetVertexCount() const { return static_cast<Index>(points.size()); }
+    bool IsOutside(Index triangle) const { return IsOutside(triangles[triangle]); }
+    /// A triangle that holds a place, searched from one of them inside the hull.
+    Index Find(const PlanePoint& place, Index start) const { return Locate(Scaled(place), start); }
+    /// Inserts a place in the hull, once all edges are required: those that it is on are divided. It changes no
+    /// triangles but those around its vertex.
+    /// @param start  where the search for it starts
+    /// @return its vertex, an old one when that is near
+    Index Insert(const PlanePoint& place, Index start);
+    /// Calls visit(edge) for the edges from a vertex, counter-clockwise.
+    template <class Visit>
+    void ForEachSpoke(Index vertex, Visit&& visit) const {
+        Index spoke = edgeAt[vertex];
+        do {
+            visit(spoke);
+            spoke = TwinOf(Before(spoke));
+        } while (spoke != edgeAt[vertex]);
+    }
+
     /// Per triangle the marks of the rings that enclose it.
     std::vector<std::uint8_t> FindEnclosing() const;
 
@@ -89,6 +110,7 @@ private:
         return triangle.corner[0] == outside || triangle.corner[1] == outside || triangle.corner[2] == outside;
     }
 
+    PlanePoint Scaled(const PlanePoint& place) const;
     void SortPoints(std::span<const PlanePoint> places);
     void InsertAll();
     bool Start(Index& a, Index& b, Index& c);
@@ -111,6 +133,7 @@ private:
 
     std::vector<PlanePoint> points;  // in the square [-1, 1], along the curve; the one at `outside` is none
     int exponent = 0;                // of the power of two by which they were divided
+    double scale = 1.0;              // the inverse of that power
     double tolerance;
     Index outside = 0;
     std::vector<Index> vertexOf;

@@ -26,7 +26,7 @@ Exact ProductOf(double a, double b) {
     return {product, std::fma(a, b, -product)};
 }
 
-// A sum of doubles that do not overlap, in ascending magnitude, without zeros: the last one has its sign.
+// A sum of doubles that do not overlap, in ascending magnitude, without zeros.
 template <std::size_t Capacity>
 class Expansion {
 public:
@@ -41,7 +41,6 @@ public:
     }
     std::size_t GetSize() const { return size; }
     double operator[](std::size_t i) const { return parts[i]; }
-    double GetSign() const { return size > 0 ? parts[size - 1] : 0.0; }
     double Estimate() const {
         double sum = 0.0;
         for (std::size_t i = 0; i < size; ++i) sum += parts[i];
@@ -154,7 +153,7 @@ double TurnByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoin
     const Expansion<2> uy = Difference(a.y, c.y);
     const Expansion<2> vx = Difference(b.x, c.x);
     const Expansion<2> vy = Difference(b.y, c.y);
-    return (ux * vy + -(uy * vx)).GetSign();
+    return (ux * vy + -(uy * vx)).Estimate();
 }
 
 double InCircleByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c, const PlanePoint& d) {

@@ -13,7 +13,7 @@ struct PlanePoint {
     double y = 0.0;
 };
 
-/// What the error bound of the plain determinant leaves open.
+/// What the error bound of the plain determinant leaves open, rounded once or twice.
 double TurnByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c);
 double InCircleByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c, const PlanePoint& d);
 

@@ -1,0 +1,101 @@
+#include "kalvio/meshes/TinSurfacePatch3D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/LineString3D.h"
+#include "meshes/Meshes.h"
+
+namespace Kalvio::Math {
+namespace {
+
+Vec2D Turned(double x, double y, double angle) {
+    return {x * std::cos(angle) - y * std::sin(angle), x * std::sin(angle) + y * std::cos(angle)};
+}
+
+// Random places, grids in any direction and terraces, with chains and a border: no vertex left out is farther than the
+// tolerance, the border is the same in plan, chains keep their heights.
+TEST(TinThinningTest, KeepsToleranceBorderAndChains) {
+    RandomNumbers random(20240610);
+    for (int round = 0; round < 60; ++round) {
+        SCOPED_TRACE(round);
+        const Point2D origin = round % 2 == 0 ? Point2D() : Point2D(385000, 6672000);
+        const double turn = round % 3 == 0 ? 0.37 : 0.0;
+        const auto height = [](double x, double y) { return 5.0 * std::sin(0.3 * x) * std::cos(0.2 * y) + 0.2 * x; };
+        const auto place = [&](double x, double y) {
+            return Point3D(origin + Turned(x, y, turn), round % 5 == 0 ? std::floor(x / 6.0) : height(x, y));
+        };
+        TinSurfacePatch3D::Ground ground;
+        for (int i = 0; i < 400; ++i) {
+            ground.points.push_back(round % 4 == 1 ? place(random(0, 30), random(0, 30)) : place(i % 20, i / 20));
+        }
+        if (round % 4 > 1) {
+            ground.breaklines = {LineString3D{place(2, 3), place(9, 14), place(9, 3)}};
+            ground.borders = {LineString3D{place(1, 1), place(18, 2), place(12, 9), place(17, 17), place(2, 15)}};
+        }
+        TinSurfacePatch3D full, thin;
+        ASSERT_TRUE(full.Build(ground, kTolerances));
+        thin = full;
+        const double tolerance = round % 7 == 0 ? 0.0 : random(0.0, 1.0);
+        ASSERT_TRUE(thin.Thin(tolerance));
+        EXPECT_NEAR(thin.GetPlanArea(), full.GetPlanArea(), 1e-6);
+        for (const Point3D& v : full.GetTriangles().GetVertices()) {
+            double z = kNan;
+            ASSERT_TRUE(thin.GetHeight(v.GetPoint2D(), z));
+            ASSERT_NEAR(z, v.GetZ(), tolerance + 1e-7);
+        }
+        for (const LineString3D& chain : ground.breaklines) {
+            std::vector<LineString3D> draped;
+            ASSERT_TRUE(full.Drape(chain.GetLineString2D(), draped));
+            for (const Point3D& p : draped[0].GetPoints()) {
+                double z = kNan;
+                ASSERT_TRUE(thin.GetHeight(p.GetPoint2D(), z));
+                EXPECT_NEAR(z, p.GetZ(), 2e-3) << "a place within the tolerance of a chain may be off it";
+            }
+        }
+        TinSurfacePatch3D again;
+        ASSERT_TRUE(again.SetTriangles(thin.GetTriangles()));
+        for (unsigned int edge = 0; edge < 3 * thin.GetTrianglesCount(); ++edge) {
+            ASSERT_EQ(thin.GetNeighbor(edge / 3, edge % 3), again.GetNeighbor(edge / 3, edge % 3));
+        }
+    }
+}
+
+TEST(TinThinningTest, LeavesTheFewestOnPlanesAndRefusesTwoHeights) {
+    const auto isOutOfHole = [](int x, int y) { return x < 9 || x > 11 || y < 9 || y > 11; };
+    TinSurfacePatch3D surface;
+    EXPECT_FALSE(surface.Thin(1.0)) << "empty";
+    ASSERT_TRUE(surface.SetTriangles(Grid(
+        {385000, 6672000}, 30, [](double x, double y) { return 0.25 * x - 0.5 * y; }, isOutOfHole)));
+    EXPECT_FALSE(surface.Thin(-1e-9) || surface.Thin(kNan));
+    ASSERT_TRUE(surface.Thin(0.0));
+    EXPECT_EQ(surface.GetTriangles().GetVerticesSize(), 8U) << "the corners of border and hole";
+    TinSurfacePatch3D fan;  // twice round its middle
+    std::vector<Point3D> corners = {{0, 0, 0}};
+    Indexes indexes;
+    for (unsigned int i = 0; i < 16; ++i) {
+        corners.emplace_back(Point2D(Angle(kPi / 4.0 * i), 9.0 + i), 1.0);
+        if (i > 0) indexes.insert(indexes.end(), {0, i, i + 1});
+    }
+    ASSERT_TRUE(fan.SetTriangles(IndexedTriangleSet3D(corners, indexes)));
+    EXPECT_FALSE(fan.Thin(0.5));
+    EXPECT_EQ(fan.GetTrianglesCount(), 15U);
+}
+
+// Where the plain determinant of a triangle is 0 or noise its corners still have their heights.
+TEST(TinSurfaceTest, CornersOfNeedlesHaveTheirHeights) {
+    TinSurfacePatch3D::Ground ground;
+    for (int i = 0; i < 400; ++i) ground.points.emplace_back(Point2D() + Turned(i % 20, i / 20, 0.37), i % 7);
+    TinSurfacePatch3D surface;
+    ASSERT_TRUE(surface.Build(ground, kTolerances));
+    for (std::uint64_t t = 0; t < surface.GetTrianglesCount(); ++t) {
+        Point3D a, b, c;
+        ASSERT_TRUE(surface.GetTriangles().GetTriangleAt(t, a, b, c));
+        for (const Point3D& p : {a, b, c}) {
+            auto hint = static_cast<unsigned int>(t);
+            double z = kNan;
+            ASSERT_TRUE(surface.GetHeight(p.GetPoint2D(), z, hint));
+            EXPECT_NEAR(z, p.GetZ(), 1e-9);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
