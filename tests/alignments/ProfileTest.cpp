@@ -128,6 +128,7 @@ TEST(ProfileTest, FaultsNameTheVertexAndTheAmount) {
         EXPECT_EQ(profile.IsEmpty(), row.isEmpty);
         double height = -1.0;
         if (row.isEmpty || row.vertex != 2 || row.amount != 5.0) continue;
+        EXPECT_TRUE(profile.GetHeight(70.0, height)) << "the piece before ends here";
         EXPECT_TRUE(profile.GetHeight(69.9, height) && profile.GetHeight(75.1, height));
         EXPECT_FALSE(profile.GetHeight(72.0, height));
     }
