@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <string>
 
 namespace Kalvio::Math {
@@ -53,38 +52,6 @@ TEST(Polygon2DTest, AreaWindingCentroidAndPerimeterFollowTheOuterRing) {
     }
 }
 
-TEST(Polygon2DTest, EveryEditOfTheRingRenewsTheBox) {
-    const auto check = [](auto polygon, const auto& make) {
-        using Point = decltype(make(0.0));
-        const std::function<void()> edits[] = {
-            [] {},
-            [&] {
-                polygon.AppendPoints(std::vector<Point>{make(0), make(0.5), make(1)});
-            },
-            [&] { polygon.AppendPoints(std::list<Point>{make(2)}); },
-            [&] { polygon.GetPoint(3) = make(3); },
-            [&] { polygon.GetPoints().push_back(make(4)); },
-            [&] { polygon.AppendPoint(make(5)); },
-            [&] { EXPECT_TRUE(polygon.Insert(6, make(6)) && !polygon.Insert(8, make(9))); },
-            [&] { EXPECT_TRUE(polygon.InsertAtLength(0.1, make(7)) && !polygon.InsertAtLength(-1e-9, make(9))); },
-            [&] { polygon.Translate(make(1) - make(0)); },
-        };
-        double x = 0.0;
-        for (const auto& edit : edits) {
-            edit();
-            EXPECT_EQ(polygon.GetBoundingBox2D().GetMaxPoint(), Point2D(x, x));
-            x += 1.0;
-        }
-        polygon.Close();
-        polygon.Close();
-        EXPECT_EQ(polygon.GetTotalSize(), 9U) << "closing twice closes once";
-        polygon.Clear();
-        EXPECT_EQ(polygon.GetBoundingBox2D().GetMaxPoint(), Point2D());
-    };
-    check(Polygon2D(), [](double x) { return Point2D(x, x); });
-    check(Polygon3D(), [](double x) { return Point3D(x, x, x); });
-}
-
 TEST(Polygon2DTest, EditsAlongTheRingCountTheClosingEdge) {
     // Points of the grid are named by x + 3 y: the corners 0, 2, 8, 6 and the middle 4.
     const auto names = [](const Polygon2D& polygon) {
@@ -92,18 +59,15 @@ TEST(Polygon2DTest, EditsAlongTheRingCountTheClosingEdge) {
         for (const Point2D& p : polygon.GetPoints()) text += std::to_string(static_cast<int>(p.GetX() + 3 * p.GetY()));
         return text;
     };
-    const auto inserted = [&names](double length, bool isClosed) {
+    const std::tuple<double, bool, const char*> insertions[] = {
+        {0, false, "04286"}, {2, false, "04286"},    {3, false, "02486"}, {7, false, "02864"},
+        {7, true, "028640"}, {-1e-9, false, "0286"}, {8.1, true, "02860"}};
+    for (const auto& [length, isClosed, expected] : insertions) {
         Polygon2D polygon = MakePolygon("0 0 2 0 2 2 0 2");
-        if (isClosed) polygon.Close();
-        return polygon.InsertAtLength(length, Point2D(1, 1)) ? names(polygon) : "refused";
-    };
-    EXPECT_EQ(inserted(0, false), "04286");
-    EXPECT_EQ(inserted(2, false), "04286");
-    EXPECT_EQ(inserted(3, false), "02486");
-    EXPECT_EQ(inserted(7, false), "02864");
-    EXPECT_EQ(inserted(7, true), "028640");
-    EXPECT_EQ(inserted(-1e-9, false), "refused");
-    EXPECT_EQ(inserted(8.1, true), "refused");
+        for (int i = 0; isClosed && i < 2; ++i) polygon.Close();  // closing twice closes once
+        EXPECT_EQ(polygon.InsertAtLength(length, Point2D(1, 1)), length >= 0.0 && length <= 8.0);
+        EXPECT_EQ(names(polygon), expected) << length;
+    }
     Polygon2D ring = MakePolygon("2 2 0 2 0.05 0 2 0 2.01 0 2 2");
     ring.ReducePoints(0.1);
     EXPECT_EQ(names(ring), "86028");
@@ -391,20 +355,15 @@ TEST(Polygon2DTest, WidthAndSmallestBoxAreTheLeastOverAllDirections) {
     EXPECT_EQ(MakePolygon(kSquare).GetMaxWidth(10.0), 0.0) << "no wider than the tolerance";
 }
 
-// Rows of numbers of a CSV file without its heading; a name counts as NaN.
+// Rows of numbers of a CSV file without its heading; a name counts as 0.
 std::vector<std::vector<double>> ReadTable(const std::string& path) {
     std::ifstream file(path);
     std::vector<std::vector<double>> table;
-    std::string line;
-    std::getline(file, line);
-    while (std::getline(file, line)) {
+    std::string line, cell;
+    for (std::getline(file, line); std::getline(file, line);) {
         std::istringstream cells(line);
         table.emplace_back();
-        for (std::string cell; std::getline(cells, cell, ',');) {
-            char* end = nullptr;
-            const double value = std::strtod(cell.c_str(), &end);
-            table.back().push_back(*end == '\0' ? value : kNan);
-        }
+        while (std::getline(cells, cell, ',')) table.back().push_back(std::strtod(cell.c_str(), nullptr));
     }
     return table;
 }

@@ -134,6 +134,8 @@ TEST(DistanceTest, TheNearestSegmentIsThatOfATrialOfAll) {
                 onSegment.push_back(std::abs(D::PointToLineSegment(line, query, 0.0)));
                 all.push_back(std::abs(D::PointToLineSegment(line, query, tolerance)));
             }
+            unsigned int closest = 77;
+            EXPECT_TRUE(string.GetClosestSegment(query, closest) && closest == segment);
             EXPECT_EQ(segment, std::min_element(onSegment.begin(), onSegment.end()) - onSegment.begin());
             const auto& line = string.GetElementAtIndex(segment);
             EXPECT_THAT(nearest, IsNear(J::NearestPointOnLineSegment(query, line, tolerance), 0.0));

@@ -25,14 +25,6 @@ Points Common(const LineString2D& a, const LineString2D& b, R expected, double t
     return points;
 }
 
-void ExpectPoints(const Points& found, const Points& expected, double near = 1e-8) {
-    EXPECT_THAT(found, testing::Pointwise(AreNear(near), expected));
-}
-
-void ExpectSamePoints(const Points& found, const Points& expected, double near) {
-    EXPECT_THAT(found, testing::UnorderedPointwise(AreNear(near), expected));
-}
-
 // Appends the crossings of all pairs of segments, in order along the first, for chains in general position.
 Points& BruteForce(const Points& a, const Points& b, Points& found) {
     for (std::size_t i = 1; i < a.size(); ++i) {

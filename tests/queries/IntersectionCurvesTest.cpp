@@ -1,8 +1,8 @@
 #include "kalvio/Math.h"
 #include "support/ElementChecks.h"
+#include "support/RandomCurves.h"
 
 #include <optional>
-#include <variant>
 
 namespace Kalvio::Math {
 namespace {
@@ -11,7 +11,6 @@ using Points = std::vector<Point2D>;
 using I = Intersection;
 using P = Point2D;
 using R = IntersectionResult;
-using Curve = std::variant<Line2D, Arc2D, Clothoid, Spiral2D, Parabola>;
 
 struct WholeLine {
     operator const Line2D&() const { return line; }
@@ -60,15 +59,8 @@ R Meet(const Curve& first, const Curve& second, Points& out, const Tolerances& t
 
 const Vec2D kEast(1, 0);
 
-const IPolyline2DElement& ElementOf(const Curve& curve) {
-    return std::visit([](const auto& known) -> const IPolyline2DElement& { return known; }, curve);
-}
 Sample SampleOf(const Curve& curve, double station) {
     return std::visit([=](const auto& known) { return At(known, station); }, curve);
-}
-
-void ExpectSamePoints(const Points& a, const Points& b, double distance) {
-    EXPECT_THAT(a, testing::UnorderedPointwise(AreNear(distance), b));
 }
 
 TEST(IntersectionCurvesTest, LineLine) {
@@ -227,40 +219,6 @@ TEST(IntersectionCurvesTest, ResultsAndPointsOfCurvesThatTouchOrCoincide) {
     }
 }
 
-constexpr int kKinds = 5;
-
-// A curve of a kind, some 100 long, that starts near the origin.
-Curve RandomCurve(RandomNumbers& random, int kind, const P& origin) {
-    const P start = origin + Vec2D(random(-30, 30), random(-30, 30));
-    const Vec2D tangent = P(Angle(random(-kPi, kPi)), 1.0) - P();
-    const double side = random(-1, 1) < 0.0 ? -1.0 : 1.0;
-    const double radius = side * random(25, 300), length = random(20, 150);
-    switch (kind) {
-        case 0:
-            return Line2D(start, tangent * length);
-        case 1:
-            return Arc2D(start, start + tangent * std::abs(radius),
-                         Angle(random(0, 1) < 0.1 ? 2 * kPi : side * random(0.1, 6.2)));
-        case 2: {
-            const double parameter = std::sqrt(std::abs(radius) * std::min(length, 2.0 * std::abs(radius)));
-            const double other = random(0, 1) < 0.5 ? 0.0 : radius * random(1.5, 5);
-            const bool grows = random(0, 1) < 0.5;
-            return Clothoid(grows ? other : radius, grows ? radius : other, parameter, start, tangent);
-        }
-        case 3: {
-            const auto type = static_cast<Spiral2D::Spiral2DType>(static_cast<std::uint32_t>(random(0, 5)));
-            const double other = random(-1, 1) < 0.0 ? 0.0 : random(-1, 1) * 200;
-            return Spiral2D(type, other, radius, 1.5 * length, start, tangent);
-        }
-        default: {
-            const double a = random(-0.03, 0.03), middle = start.GetX() + random(-50, 50);
-            const double from = start.GetX(), to = from + side * length, b = -2 * a * middle, c = a * middle * middle;
-            const auto at = [&](double x) { return P(x, (a * x + b) * x + c); };
-            return Parabola(at(from), at(to), a, b, c).Translate(Vec2D(0, start.GetY()));
-        }
-    }
-}
-
 // The crossings of fine chords; none when the curves meet too flatly, or too near to an end, for chords to tell.
 std::optional<Points> CrossingsOfChords(const Curve& a, const Curve& b) {
     constexpr int parts = 400;
@@ -332,8 +290,7 @@ TEST(IntersectionCurvesTest, FindsWhatFineChordsFindOnTheCurvesThemselves) {
         Curve a = RandomCurve(random, kindA, surveyOrigins[0]), b = RandomCurve(random, kindB, surveyOrigins[0]);
         const Curve movedA = RandomCurve(again, kindA, surveyOrigins[1]);
         const Curve movedB = RandomCurve(again, kindB, surveyOrigins[1]);
-        const auto isMade = [](const auto& e) { return e.IsPointOnGeometry(e.GetStart(), kTolerances); };
-        if (!isMade(ElementOf(a)) || !isMade(ElementOf(b))) continue;
+        if (!IsMade(ElementOf(a)) || !IsMade(ElementOf(b))) continue;
         Points points;
         const R result = Meet(a, b, points, kTolerances);
         EXPECT_EQ(result, points.empty() ? R::NoIntersection : R::Intersecting);

@@ -1,5 +1,5 @@
 #include "kalvio/Math.h"
-#include "support/Testing.h"
+#include "support/ElementChecks.h"
 
 #include <sstream>
 #include <string>
@@ -144,16 +144,13 @@ TEST(IntersectionExtTest, Undershoots) {
 TEST(IntersectionExtTest, ClothoidsGoStraightOn) {
     RandomNumbers random(701);
     for (int round = 0; round < 100; ++round) {
-        Polyline2D road;
-        IPolyline2DElement::PolylineElementPoint end;
-        auto* const clothoid = new Clothoid(0.0, random(20.0, 90.0), 15.0, surveyOrigins[round % 2], Vec2D(0.6, 0.8));
-        ASSERT_TRUE(clothoid->MakePointAndTangentAt(clothoid->GetLength(), end));
-        road.AppendElement(clothoid);
+        const Clothoid clothoid(0.0, random(20.0, 90.0), 15.0, surveyOrigins[round % 2], Vec2D(0.6, 0.8));
+        const auto end = At(clothoid, clothoid.GetLength());
         const double further = random(0.01, 5.0);
         const P meeting = end.point + end.tangent * further;
         const Vec2D across = (end.tangent.GetNormalVector(true) + end.tangent * random(-1.0, 1.0)) * 0.02;
         Gaps gaps;
-        E::GetUndershoots(road, Line2D(meeting - across, meeting + across), gaps, kTolerances);
+        E::GetUndershoots(ChainOf(clothoid), Line2D(meeting - across, meeting + across), gaps, kTolerances);
         const auto isEnd = [](const auto& gap) { return gap.onFirst == L::BeyondEnd && gap.onSecond == L::Interior; };
         const auto gap = std::find_if(gaps.begin(), gaps.end(), isEnd);
         ASSERT_NE(gap, gaps.end()) << round;
