@@ -1,6 +1,4 @@
-#include "kalvio/core/Matrix3D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
+#include "kalvio/Math.h"
 #include "support/ElementChecks.h"
 
 namespace Kalvio::Math {

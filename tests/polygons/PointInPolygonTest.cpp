@@ -1,5 +1,4 @@
-#include "kalvio/core/Matrix2D.h"
-#include "kalvio/polygons/PointInPolygon.h"
+#include "kalvio/Math.h"
 #include "support/Concurrently.h"
 #include "support/Rings.h"
 #include "support/Testing.h"

@@ -1,9 +1,4 @@
-#include "kalvio/core/Matrix2D.h"
-#include "kalvio/core/Triangle3D.h"
-#include "kalvio/polygons/PointInPolygon.h"
-#include "kalvio/polygons/Polygon2D.h"
-#include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/queries/Intersection.h"
+#include "kalvio/Math.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
 

@@ -1,7 +1,4 @@
-#include "kalvio/core/Geometry.h"
-#include "kalvio/core/Matrix3D.h"
-#include "kalvio/core/Triangle3D.h"
-#include "kalvio/polygons/Polygon3D.h"
+#include "kalvio/Math.h"
 #include "support/Concurrently.h"
 #include "support/Rings.h"
 #include "support/Testing.h"

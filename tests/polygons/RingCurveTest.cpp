@@ -1,11 +1,4 @@
-#include "kalvio/core/Geometry.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Arc3D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line3D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/PolygonCurve2D.h"
-#include "kalvio/polygons/PolygonCurve3D.h"
+#include "kalvio/Math.h"
 #include "support/Rings.h"
 #include "support/Testing.h"
 

@@ -1,14 +1,7 @@
-#include "kalvio/Math.h"
-#include "support/Rings.h"
-#include "support/Testing.h"
+#include "queries/QueryNames.h"
 
 namespace Kalvio::Math {
 namespace {
-
-using D = Distance;
-using J = Projection;
-using P = Point2D;
-using Q = Point3D;
 
 TEST(DistanceTest, PointToLineSegmentHasTheSideOfTheLineAndTheNearestPointOfTheSegment) {
     const double tolerance = 0.25;

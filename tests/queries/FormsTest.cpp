@@ -1,13 +1,9 @@
-#include "kalvio/Math.h"
+#include "queries/QueryNames.h"
 
 #include <concepts>
 
 // The compiler checks that the forms exist which no other test calls, with the answers they are to give; nothing runs.
 namespace Kalvio::Math::forms {
-
-using I = Intersection;
-using D = Distance;
-using J = Projection;
 
 template <class Answer, std::same_as<Answer>... Forms>
 Answer Answers(Forms...);

@@ -1,14 +1,7 @@
-#include "kalvio/Math.h"
-#include "support/Rings.h"
-#include "support/Testing.h"
+#include "queries/QueryNames.h"
 
 namespace Kalvio::Math {
 namespace {
-
-using I = Intersection;
-using R = IntersectionResult;
-using P = Point2D;
-using Points = std::vector<Point2D>;
 
 Points PointsOf(const char* coordinates, const Vec2D& shift = {}) {
     return MakePolygon(coordinates).Translate(shift).GetPoints();

@@ -1,16 +1,9 @@
-#include "kalvio/Math.h"
-#include "support/ElementChecks.h"
-#include "support/RandomCurves.h"
+#include "queries/QueryNames.h"
 
 #include <optional>
 
 namespace Kalvio::Math {
 namespace {
-
-using Points = std::vector<Point2D>;
-using I = Intersection;
-using P = Point2D;
-using R = IntersectionResult;
 
 struct WholeLine {
     operator const Line2D&() const { return line; }

@@ -1,5 +1,4 @@
-#include "kalvio/Math.h"
-#include "support/ElementChecks.h"
+#include "queries/QueryNames.h"
 
 #include <sstream>
 #include <string>
@@ -8,9 +7,7 @@ namespace Kalvio::Math {
 namespace {
 
 using E = IntersectionExt;
-using R = IntersectionResult;
 using L = E::PointLocation;
-using P = Point2D;
 using Common = std::vector<E::IntersectionPoint<Point2D>>;
 using Gaps = std::vector<E::UndershootPoint<Point2D>>;
 

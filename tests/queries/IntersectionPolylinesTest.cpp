@@ -1,12 +1,8 @@
-#include "kalvio/Math.h"
-#include "support/ElementChecks.h"
+#include "queries/QueryNames.h"
 
 namespace Kalvio::Math {
 namespace {
 
-using R = IntersectionResult;
-using I = Intersection;
-using P = Point2D;
 using PolylinePoints = std::vector<Polyline2D::PolylinePoint>;
 using ElementPoints = std::vector<IPolyline2DElement::PolylineElementPoint>;
 

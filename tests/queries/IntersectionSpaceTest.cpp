@@ -1,14 +1,9 @@
-#include "kalvio/Math.h"
 #include "kalvio/curves/detail/PlaneFrame.h"
-#include "support/Rings.h"
-#include "support/Testing.h"
+#include "queries/QueryNames.h"
 
 namespace Kalvio::Math {
 namespace {
 
-using I = Intersection;
-using R = IntersectionResult;
-using P = Point3D;
 using L = Line3D;
 
 Vec3D RandomUnit(RandomNumbers& random) { return Vec3D(random(-1, 1), random(-1, 1), random(0.1, 1)).Normalize(); }
@@ -21,7 +16,7 @@ detail::PlaneFrame RandomFrame(RandomNumbers& random, const Point2D& origin) {
 TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerpendicular) {
     RandomNumbers random(20301);
     for (int round = 0; round < 400; ++round) {
-        const P place(surveyOrigins[round % 2], 50.0);
+        const Q place(surveyOrigins[round % 2], 50.0);
         const Vec3D u = RandomUnit(random), v = RandomUnit(random);
         const Vec3D gap = u.CrossProduct(v).Normalize() * (round % 3 == 0 ? 0.0 : random(2e-4, 3.0));
         const double from = random(-90, 90), other = random(-90, 90);
@@ -32,11 +27,11 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
         const double noise = 2e-6 / u.CrossProduct(v).Length();
         EXPECT_THAT(shortest.GetStart(), IsNear(place, noise));
         EXPECT_THAT(shortest.GetEnd(), IsNear(place + gap, noise));
-        P p(7, 7, 7);
+        Q p(7, 7, 7);
         const L further(place + u * random(90, 99), place + u * random(2, 80));
         EXPECT_EQ(I::LineLine(a, further, p, kTolerances), R::Coincident) << "but for the rounding";
         EXPECT_EQ(I::LineLine(a, b, p, 1e-4), gap.Length() > 0.0 ? 0 : 1);
-        EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? P(7, 7, 7) : place, noise));
+        EXPECT_THAT(p, IsNear(gap.Length() > 0.0 ? Q(7, 7, 7) : place, noise));
         ASSERT_EQ(I::LineLine(b, a, ProjectionPlane::XZ, p, 1e-4), 1) << "projections always do";
         const Vec3D y(0, 1, 0), toA = p - a.GetStart(), toB = p - b.GetStart();
         const double slack = 1e-6 / std::abs(u.CrossProduct(v).DotProduct(y));
@@ -47,50 +42,50 @@ TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerp
         EXPECT_THAT(a.GetNearestPoint(between.GetStart(), kTolerances), IsNear(between.GetStart(), 1e-6));
         EXPECT_THAT(b.GetNearestPoint(between.GetEnd(), kTolerances), IsNear(between.GetEnd(), 1e-6));
         for (int i = 0; i <= 40; ++i) {
-            const P on = a.GetStart() + (a.GetEnd() - a.GetStart()) * (i / 40.0);
+            const Q on = a.GetStart() + (a.GetEnd() - a.GetStart()) * (i / 40.0);
             EXPECT_GE(b.GetNearestPoint(on, kTolerances).Distance(on), between.GetLength() - 1e-6);
         }
     }
 }
 
 TEST(IntersectionSpaceTest, Codes) {
-    const Plane3D ground(P(0, 0, 0), Vec3D(0, 0, 1));
-    P p(7, 7, 7);
+    const Plane3D ground(Q(0, 0, 0), Vec3D(0, 0, 1));
+    Q p(7, 7, 7);
     L out;
     const std::tuple<const char*, L, L, R> lines[] = {
-        {"parallel", {P(0, 0, 0), P(4, 4, 4)}, {P(9, 9, 9.001), P(8, 8, 8.001)}, R::NoIntersection},
-        {"skew", {P(0, 0, 0), P(4, 0, 0)}, {P(1, -1, 0.0002), P(1, 1, 0.0002)}, R::NoIntersection},
-        {"as short as the tolerance", {P(0, 0, 0), P(1e-4, 0, 0)}, {P(0, 0, 0), P(0, 1, 0)}, R::Degenerate},
-        {"not finite", {P(0, 0, 0), P(kInfinity, 0, 0)}, {P(0, 0, 0), P(0, 1, 0)}, R::NoIntersection},
-        {"huge", {P(1e300, 0, 0), P(-1e300, 0, 0)}, {P(0, 1, 0), P(1, 1, 1e300)}, R::NoIntersection},
+        {"parallel", {Q(0, 0, 0), Q(4, 4, 4)}, {Q(9, 9, 9.001), Q(8, 8, 8.001)}, R::NoIntersection},
+        {"skew", {Q(0, 0, 0), Q(4, 0, 0)}, {Q(1, -1, 0.0002), Q(1, 1, 0.0002)}, R::NoIntersection},
+        {"as short as the tolerance", {Q(0, 0, 0), Q(1e-4, 0, 0)}, {Q(0, 0, 0), Q(0, 1, 0)}, R::Degenerate},
+        {"not finite", {Q(0, 0, 0), Q(kInfinity, 0, 0)}, {Q(0, 0, 0), Q(0, 1, 0)}, R::NoIntersection},
+        {"huge", {Q(1e300, 0, 0), Q(-1e300, 0, 0)}, {Q(0, 1, 0), Q(1, 1, 1e300)}, R::NoIntersection},
     };
     for (const auto& [why, a, b, result] : lines) {
         EXPECT_EQ(I::LineLine(a, b, p, kTolerances), result) << why;
         EXPECT_EQ(I::LineLine(b, a, p, kTolerances), result) << why;
     }
     const std::tuple<const char*, L, Plane3D, R> segments[] = {
-        {"in the plane", {P(0, 0, 5e-5), P(4, 0, -5e-5)}, ground, R::Coincident},
-        {"short of it", {P(0, 0, 1), P(4, 0, 2e-4)}, ground, R::NoIntersection},
-        {"no normal", {P(0, 0, 1), P(4, 0, -1)}, Plane3D(), R::Degenerate},
-        {"no length", {P(0, 0, 0), P(0, 0, 0)}, ground, R::Degenerate},
-        {"not finite", {P(0, 0, 1), P(4, kNan, -1)}, ground, R::NoIntersection},
+        {"in the plane", {Q(0, 0, 5e-5), Q(4, 0, -5e-5)}, ground, R::Coincident},
+        {"short of it", {Q(0, 0, 1), Q(4, 0, 2e-4)}, ground, R::NoIntersection},
+        {"no normal", {Q(0, 0, 1), Q(4, 0, -1)}, Plane3D(), R::Degenerate},
+        {"no length", {Q(0, 0, 0), Q(0, 0, 0)}, ground, R::Degenerate},
+        {"not finite", {Q(0, 0, 1), Q(4, kNan, -1)}, ground, R::NoIntersection},
     };
     for (const auto& [why, segment, plane, result] : segments) {
         EXPECT_EQ(I::LineSegmentPlane(segment, plane, p, kTolerances), result) << why;
         // A triangle over the segment lies with it.
         const Triangle3D triangle(segment.GetStart(), segment.GetEnd(), segment.GetMiddlePoint() + Vec3D(0, 3, 0));
         EXPECT_EQ(I::TrianglePlane(triangle, plane, out, kTolerances), result) << why;
-        const Triangle3D wild(P(9, 9, 9), P(10, 9, 9), P(9, 10, kNan));
+        const Triangle3D wild(Q(9, 9, 9), Q(10, 9, 9), Q(9, 10, kNan));
         EXPECT_NE(I::TriangleTriangle(triangle, wild, out, kTolerances), R::Intersecting);
     }
-    const L tiny(P(0, 0, 9), P(5e-5, 0, 9)), across(P(1, -1, 0), P(1, 1, 0));
+    const L tiny(Q(0, 0, 9), Q(5e-5, 0, 9)), across(Q(1, -1, 0), Q(1, 1, 0));
     EXPECT_EQ(I::LineLine(tiny, across, ProjectionPlane::XY, p, 1e-4), 0) << "too short";
-    EXPECT_THAT(p, IsNear(P(7, 7, 7), 0.0)) << "untouched";
+    EXPECT_THAT(p, IsNear(Q(7, 7, 7), 0.0)) << "untouched";
     EXPECT_EQ(out.GetLength(), 0.0);
-    ASSERT_EQ(I::LineSegmentPlane(L(P(0, 0, 1), P(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
-    EXPECT_THAT(p, IsNear(P(4, 0, 1e-4), 0.0));
-    ASSERT_EQ(I::LineSegmentPlane(L(P(0, 0, 3), P(4, 0, -1)), ground, p, 1e-4), 1);
-    EXPECT_THAT(p, IsNear(P(3, 0, 0), 1e-15));
+    ASSERT_EQ(I::LineSegmentPlane(L(Q(0, 0, 1), Q(4, 0, 1e-4)), ground, p, 1e-4), 1) << "an end on it";
+    EXPECT_THAT(p, IsNear(Q(4, 0, 1e-4), 0.0));
+    ASSERT_EQ(I::LineSegmentPlane(L(Q(0, 0, 3), Q(4, 0, -1)), ground, p, 1e-4), 1);
+    EXPECT_THAT(p, IsNear(Q(3, 0, 0), 1e-15));
 }
 
 // A point of the line of intersection is on a piece when it is in the area.
@@ -99,14 +94,14 @@ void CheckPieces(const std::vector<L>& pieces, const detail::PlaneFrame& frame, 
                  IsInside&& isInside) {
     const Vec3D along = frame.normal.CrossProduct(plane.GetNormal()).Normalize(), up = along.CrossProduct(frame.normal);
     const Vec3D away = plane.GetProjection(frame.origin) - frame.origin;
-    const P foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
+    const Q foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
     for (const L& piece : pieces) {
         EXPECT_GE((piece.GetEnd() - piece.GetStart()).DotProduct(along), 0.0);
         EXPECT_NEAR((piece.GetStart() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
         EXPECT_NEAR((piece.GetEnd() - foot).CrossProduct(along).Length(), 0.0, 1e-5);
     }
     for (int i = -300; i <= 300; ++i) {
-        const P p = foot + along * (0.04 * i);
+        const Q p = foot + along * (0.04 * i);
         int on = 0;
         double nearest = kInfinity;
         for (const L& piece : pieces) {
@@ -142,7 +137,7 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
         }
         PolygonCurve3D area(ring);
         auto* const circle = new RingCurve3D;
-        const P center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
+        const Q center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
         const Plane3D flat(center, frame.normal);
         circle->AppendElement(new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), flat));
         pieces.clear();
@@ -157,7 +152,7 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
 }
 
 TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
-    const Plane3D wall(P(0, 0, 0), Vec3D(1, 0, 0));
+    const Plane3D wall(Q(0, 0, 0), Vec3D(1, 0, 0));
     const std::tuple<const char*, std::string, R, std::vector<double>> rows[] = {
         {"no area", "0 0 0 5 0 9", R::Degenerate, {}},
         {"beside it", "1 0 3 0 3 4", R::NoIntersection, {}},
@@ -173,22 +168,22 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
         for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 90)}) {
             const Polygon3D polygon = Polygon3D(MakePolygon(rings), 2.0).Translate(shift);
             std::vector<L> pieces;
-            const Plane3D plane(P(0, 0, 0) + shift, Vec3D(1, 0, 0));
+            const Plane3D plane(Q(0, 0, 0) + shift, Vec3D(1, 0, 0));
             EXPECT_EQ(I::PolygonPlane(polygon, plane, pieces, kTolerances), result) << why;
             std::vector<double> found;
             for (const L& piece : pieces) {
-                for (const P& p : {piece.GetStart(), piece.GetEnd()}) found.push_back(p.GetY() - shift.GetY());
+                for (const Q& p : {piece.GetStart(), piece.GetEnd()}) found.push_back(p.GetY() - shift.GetY());
             }
             EXPECT_THAT(found, testing::Pointwise(testing::DoubleNear(1e-8), ends)) << why;
         }
     }
     std::vector<L> pieces;
-    const Polygon3D upright{P(0, 0, 0), P(0, 5, 0), P(0, 5, 3)};
+    const Polygon3D upright{Q(0, 0, 0), Q(0, 5, 0), Q(0, 5, 3)};
     EXPECT_EQ(I::PolygonPlane(upright, wall, pieces, kTolerances), R::Coincident);
     // A disc that touches from outside, or reaches through by less than the tolerance: then the cut is its chord.
     for (const double reach : {-5e-5, 5e-5}) {
         RingCurve3D disc;
-        disc.AppendElement(new Arc3D(P(-4 + reach, 2, 0), P(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
+        disc.AppendElement(new Arc3D(Q(-4 + reach, 2, 0), Q(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
         pieces.clear();
         ASSERT_EQ(I::RingCurvePlane(disc, wall, pieces, kTolerances), R::Intersecting);
         EXPECT_NEAR(pieces[0].GetLength(), reach > 0.0 ? 2.0 * std::sqrt(4e-5 * 5.0 - 2.5e-9) : 0.0, 1e-9);
@@ -202,7 +197,7 @@ bool DoMeet(const Triangle3D& a, const Triangle3D& b) {
     for (int i = 0; i < 9; ++i) axes.push_back(edge(a, i / 3).CrossProduct(edge(b, i % 3)));
     for (int i = 0; i < 6; ++i) axes.push_back(axes[i % 2].CrossProduct(edge(i % 2 == 0 ? a : b, i / 2)));
     return std::none_of(axes.begin(), axes.end(), [&](const Vec3D& axis) {
-        const auto at = [&](const P& p) { return (p - P()).DotProduct(axis); };
+        const auto at = [&](const Q& p) { return (p - Q()).DotProduct(axis); };
         const auto along = [&](const Triangle3D& t) { return std::minmax({at(t[0]), at(t[1]), at(t[2])}); };
         return along(a).second < along(b).first || along(b).second < along(a).first;
     });
@@ -213,17 +208,17 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
     std::map<R, int> seen;
     for (int round = 0; round < 30000; ++round) {
         const auto whole = [&](int n) { return std::floor(random(0.0, n)); };
-        const auto corner = [&] { return P(whole(4), whole(4), whole(round % 3 + 1)); };
+        const auto corner = [&] { return Q(whole(4), whole(4), whole(round % 3 + 1)); };
         const Triangle3D a(corner(), corner(), corner()), b(corner(), corner(), corner());
         if (a.GetArea() == 0.0 || b.GetArea() == 0.0) continue;
         const Vec3D shift(surveyOrigins[round % 2] - Point2D(), 0.0);
         const auto moved = [&](const Triangle3D& t) { return Triangle3D(t[0] + shift, t[1] + shift, t[2] + shift); };
         const Triangle3D ma = moved(a), mb = moved(b);
-        const auto isInBoth = [&](const P& p, double tolerance) {
+        const auto isInBoth = [&](const Q& p, double tolerance) {
             return I::IsPointInsideTriangle(p, ma, tolerance) && I::IsPointInsideTriangle(p, mb, tolerance);
         };
-        std::vector<P> common, swapped;
-        L segment(P(7, 7, 7), P(7, 7, 7));
+        std::vector<Q> common, swapped;
+        L segment(Q(7, 7, 7), Q(7, 7, 7));
         const R result = I::TriangleTriangle(ma, mb, common, kTolerances);
         ++seen[result];
         ASSERT_EQ(result != R::NoIntersection, DoMeet(a, b)) << round;
@@ -248,7 +243,7 @@ TEST(IntersectionSpaceTest, TrianglesMeetAsExactArithmeticSays) {
             // A step further along the line is in only one of them.
             const Vec3D step = (segment.GetEnd() - segment.GetStart()).Normalize() * 1e-4;
             ASSERT_EQ(common.size(), step.Length() > 0.0 ? 2u : 1u);
-            for (const P& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
+            for (const Q& p : {segment.GetEnd() + step, segment.GetStart() - step}) {
                 EXPECT_TRUE(common.size() == 1 || !isInBoth(p, 1e-7));
             }
         }
@@ -262,7 +257,7 @@ TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
     const double heights[] = {-2, 1, 3, 0, 0, 0, -1, -1, 0, -1, 1};
     TriangleStrip3D strip;
     for (int k = 0; k < 11; ++k) {
-        strip.AppendVertices({P(2.0 * k, 0, 5 + heights[k]), P(2.0 * k, 4, 5 + (k == 8 ? -1 : heights[k]))});
+        strip.AppendVertices({Q(2.0 * k, 0, 5 + heights[k]), Q(2.0 * k, 4, 5 + (k == 8 ? -1 : heights[k]))});
     }
     for (const Vec3D& shift : {Vec3D(), Vec3D(385000, 6672000, 0)}) {
         TriangleStrip3D moved(strip);
@@ -282,10 +277,10 @@ TEST(IntersectionSpaceTest, StripsAreCutIntoTheFewestStrings) {
         return I::TriangleStripPlane(of, Plane3D(0, 0, 1, -height), strings, kTolerances);
     };
     EXPECT_EQ(cut(strip, -5), R::NoIntersection);
-    EXPECT_EQ(cut({P(0, 0, 5), P(0, 1, 5), P(1, 0, 5), P(1, 1, 5)}, 5), R::Coincident);
-    strip.AppendVertices({P(0, 0, kNan)});
+    EXPECT_EQ(cut({Q(0, 0, 5), Q(0, 1, 5), Q(1, 0, 5), Q(1, 1, 5)}, 5), R::Coincident);
+    strip.AppendVertices({Q(0, 0, kNan)});
     EXPECT_EQ(cut(strip, 5), R::Degenerate);
-    strip.AppendVertices({P(0, 0, 0)});
+    strip.AppendVertices({Q(0, 0, 0)});
     EXPECT_EQ(cut(strip, 5), R::NoIntersection);
     EXPECT_TRUE(strings.empty());
 }
@@ -308,12 +303,12 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
         EXPECT_EQ(meet, I::Collides(Polygon2D(ring), Polygon2D(other), 1e-9)) << "the polygons of their corners";
         // A box in space over the plan box of b against a triangle that leans.
         const BoundingBox2D plan = b.GetBoundingBox2D();
-        const BoundingBox3D block(P(plan.GetMinPoint(), 1.0), P(plan.GetMaxPoint(), 2.0));
-        const Triangle3D leaning(P(ring[0], random(0, 3)), P(ring[1], random(0, 3)), P(ring[2], random(0, 3)));
+        const BoundingBox3D block(Q(plan.GetMinPoint(), 1.0), Q(plan.GetMaxPoint(), 2.0));
+        const Triangle3D leaning(Q(ring[0], random(0, 3)), Q(ring[1], random(0, 3)), Q(ring[2], random(0, 3)));
         bool sampled = false;
         for (int i = 0; i < 900; ++i) {
             const double u = i % 30 / 29.0, v = (1.0 - u) * (i / 30) / 29.0;
-            const P p = leaning[0] + (leaning[1] - leaning[0]) * u + (leaning[2] - leaning[0]) * v;
+            const Q p = leaning[0] + (leaning[1] - leaning[0]) * u + (leaning[2] - leaning[0]) * v;
             sampled = sampled || (plan.IsPointInside(p.GetPoint2D(), 0.0) && std::abs(p.GetZ() - 1.5) <= 0.5);
         }
         EXPECT_TRUE(!sampled || I::Collides(leaning, block, 0.0));
@@ -321,12 +316,12 @@ TEST(IntersectionSpaceTest, BoxesAndPolygonsCollideAsTheirPointsDo) {
         hits += meet ? 1 : 0;
     }
     EXPECT_TRUE(hits > 1000 && hits < 3500);
-    const Triangle3D small(P(0, 0, 0), P(0.5, 0, 0), P(0, 0.5, 0));
-    for (const double wide : {0.4, 0.6, 1.0}) EXPECT_TRUE(I::Collides(L(P(-5, -0.3, 0), P(5, -0.3, 0)), small, wide));
-    EXPECT_FALSE(I::Collides(L(P(-5, -1.1, 0), P(5, -1.1, 0)), small, 1.0));
-    const BoundingBox3D low(P(0, 0, 0), P(9, 9, 2));
-    EXPECT_TRUE(I::Collides(low, BoundingBox3D(P(9, 9, 2.25), P(10, 10, 3)), 0.25));
-    EXPECT_FALSE(I::Collides(BoundingBox3D(P(0, 0, 2.5), P(9, 9, 3)), low, 0.25)) << "above it";
+    const Triangle3D small(Q(0, 0, 0), Q(0.5, 0, 0), Q(0, 0.5, 0));
+    for (const double wide : {0.4, 0.6, 1.0}) EXPECT_TRUE(I::Collides(L(Q(-5, -0.3, 0), Q(5, -0.3, 0)), small, wide));
+    EXPECT_FALSE(I::Collides(L(Q(-5, -1.1, 0), Q(5, -1.1, 0)), small, 1.0));
+    const BoundingBox3D low(Q(0, 0, 0), Q(9, 9, 2));
+    EXPECT_TRUE(I::Collides(low, BoundingBox3D(Q(9, 9, 2.25), Q(10, 10, 3)), 0.25));
+    EXPECT_FALSE(I::Collides(BoundingBox3D(Q(0, 0, 2.5), Q(9, 9, 3)), low, 0.25)) << "above it";
     const Point2D a(0, 0), b(4, 0), c(0, 4);
     EXPECT_TRUE(I::IsPointInsideTriangle(Point2D(-0.25, 1), a, b, c, 0.25));
     EXPECT_FALSE(I::IsPointInsideTriangle(Point2D(-0.25, -0.25), a, b, c, 0.25)) << "beyond a corner";

@@ -1,13 +1,7 @@
-#include "kalvio/Math.h"
-#include "support/ElementChecks.h"
-#include "support/RandomCurves.h"
-#include "support/Rings.h"
+#include "queries/QueryNames.h"
 
 namespace Kalvio::Math {
 namespace {
-
-using J = Projection;
-using P = Point2D;
 
 TEST(ProjectionTest, LineStringsAndPolygons) {
     for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - P()}) {
