@@ -37,23 +37,12 @@ TEST(DistanceTest, PointToLineSegmentHasTheSideOfTheLineAndTheNearestPointOfTheS
     EXPECT_EQ(J::NearestPointOnLineString(P(0, 0), ray, 0.0).point, P(1, 0)) << "its finite end";
 }
 
-TEST(DistanceTest, LineStringsInSpaceAndWithoutSegments) {
-    EXPECT_EQ(D::PointToLineString(LineString2D(), P(1, 1), 1e-4), std::numeric_limits<double>::max());
-    EXPECT_EQ(D::PointToLineString(LineString2D{P(4, 5)}, P(1, 1), 1e-4), 5.0);
-    const LineString2D remote{P(-kInfinity, 5), P(kInfinity, kInfinity)};
-    EXPECT_EQ(J::NearestPointOnLineString(P(1, 1), remote, 1e-4).distance, 0.0) << "a zero record";
-    unsigned int segment = 7;
-    const LineString3D rising{Q(0, 0, 0), Q(1, 0, 0), Q(1, 0, 4)};
-    const Q nearest = J::NearestPointOnLineString(Q(2, 0, 3), rising, segment, 1e-4);
-    EXPECT_THAT(nearest, IsNear(Q(1, 0, 3), 1e-15));
-    EXPECT_EQ(segment, 1U);
-    EXPECT_EQ(D::PointToLineString(rising, Q(1, 3, 8), 1e-4), 5.0);
-}
-
 TEST(DistanceTest, SignsAndGaps) {
     using PlaneOf = ProjectionPlane;
     const Line2D east(P(0, 0), P(2, 0)), point(P(1, 1), P(1, 1));
     const Line3D rising(Q(0, 0, 0), Q(3, 4, 5));
+    const LineString2D remote{P(-kInfinity, 5), P(kInfinity, kInfinity)};
+    const LineString3D climbing{Q(0, 0, 0), Q(1, 0, 0), Q(1, 0, 4)};
     const Q high(4, -3, 9), low(1, 1, 7);
     const Polygon2D square = MakePolygon("-1 -1 1 -1 1 1 -1 1 / -.5 -.5 .5 -.5 .5 .5 -.5 .5");
     const Circle2D circle(P(0, 0), 5.0);
@@ -85,6 +74,10 @@ TEST(DistanceTest, SignsAndGaps) {
         {"on the border", D::PointToPolygon(P(1, 0.5), square), 0.0},
         {"outside, at the closing edge", D::PointToPolygon(P(-3, 0), square), 2.0},
         {"an empty polygon", D::PointToPolygon(P(0, 0), Polygon2D()), largest},
+        {"a string of no segment", D::PointToLineString(LineString2D{P(4, 5)}, P(1, 1), 1e-4), 5.0},
+        {"of no point", D::PointToLineString(LineString2D(), P(1, 1), 1e-4), largest},
+        {"without finite points: a zero record", J::NearestPointOnLineString(P(1, 1), remote, 1e-4).distance, 0.0},
+        {"in space, beyond the end", D::PointToLineString(climbing, Q(1, 3, 8), 1e-4), 5.0},
         {"inside the circle", D::PointToCircle(P(3, 0), circle) + D::CircleToPoint(circle, P(0, 7)), 4.0},
         {"circles apart", D::CircleToCircle(circle, Circle2D(P(0, 8), 1.0)), 2.0},
         {"circles that meet", D::CircleToCircle(circle, Circle2D(P(0, 8), 4.0)), 0.0},
@@ -98,7 +91,7 @@ TEST(DistanceTest, SignsAndGaps) {
         {"below, over the corner", D::BoundingBoxToBoundingBox(box, BoundingBox2D(P(-5, -6), P(-3, -4))), 5.0},
         {"a box inside", D::BoundingBoxToBoundingBox(box, BoundingBox2D(P(0.5, 0.5), P(1, 1))), 0.0},
         {"a point over a corner", D::PointToBoundingBox(P(5, -4), box), 5.0},
-        {"in space", D::PointToBoundingBox(low, unit), 6.0},
+        {"a box in space", D::PointToBoundingBox(low, unit), 6.0},
         {"boxes in space", D::BoundingBoxToBoundingBox(unit, BoundingBox3D(Q(2, 3, 3), Q(4, 4, 4))), 3.0},
     };
     for (const auto& [why, value, expected] : rows) EXPECT_NEAR(value, expected, 1e-14 * std::abs(expected)) << why;

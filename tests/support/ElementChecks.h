@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/IPolyline2DElement.h"
 #include "support/Concurrently.h"
 #include "support/Testing.h"
 
@@ -11,14 +11,6 @@ using Sample = IPolyline2DElement::PolylineElementPoint;
 
 inline std::vector<std::unique_ptr<IGeometry>> Owned(const std::vector<IGeometry*>& out) {
     return {out.begin(), out.end()};
-}
-
-// A chain of copies.
-template <class... Elements>
-Polyline2D ChainOf(const Elements&... elements) {
-    Polyline2D chain;
-    (chain.AppendElement(elements), ...);
-    return chain;
 }
 
 // The point at a station, which both ends find again.

@@ -9,7 +9,6 @@
 #include <gmock/gmock.h>
 
 #include <tuple>
-#include <vector>
 
 namespace Kalvio::Math {
 
@@ -21,14 +20,6 @@ inline Vec3D CoordinatesOf(const Vec3D& v) { return v; }
 /// `EXPECT_THAT(found, testing::Pointwise(AreNear(1e-9), expected))`, or `UnorderedPointwise`: points one for one.
 MATCHER_P(AreNear, tolerance, "are within " + testing::PrintToString(tolerance) + " of each other") {
     return (CoordinatesOf(std::get<0>(arg)) - CoordinatesOf(std::get<1>(arg))).Length() <= tolerance;
-}
-
-/// Points one for one, in this order or in any.
-inline void ExpectPoints(const std::vector<Point2D>& found, const std::vector<Point2D>& expected, double near = 1e-8) {
-    EXPECT_THAT(found, testing::Pointwise(AreNear(near), expected));
-}
-inline void ExpectSamePoints(const std::vector<Point2D>& found, const std::vector<Point2D>& expected, double near) {
-    EXPECT_THAT(found, testing::UnorderedPointwise(AreNear(near), expected));
 }
 
 /// `EXPECT_THAT(point, IsNear(Point2D(1.0, 2.0), 1e-9))`: the distance is at most the tolerance. Works for points and

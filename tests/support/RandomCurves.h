@@ -4,6 +4,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Parabola.h"
+#include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
 #include "support/Testing.h"
 
@@ -21,6 +22,14 @@ inline const IPolyline2DElement& ElementOf(const Curve& curve) {
 
 inline bool IsMade(const IPolyline2DElement& element) {
     return element.IsPointOnGeometry(element.GetStart(), kTolerances);
+}
+
+/// A chain of copies of the elements.
+template <class... Elements>
+Polyline2D ChainOf(const Elements&... elements) {
+    Polyline2D chain;
+    (chain.AppendElement(elements), ...);
+    return chain;
 }
 
 /// A curve of a kind, 0 to 4 as in the variant, some 100 long, that starts near the origin.
