@@ -172,9 +172,7 @@ TEST(LineStringTest, StationsExtractionsBreaksAndSamplesAgreeAlongRandomChains) 
 
 TEST(LineStringTest, AnswersFromTheFourthQuestionOnAreThoseOfAScanToTheLastBit) {
     RandomNumbers random(20266);
-    const auto pick = [&random](std::size_t size) {
-        return std::uniform_int_distribution<std::size_t>(0, size - 1)(random);
-    };
+    const auto pick = [&random](std::size_t size) { return static_cast<std::size_t>(random() % size); };
     for (int round = 0; round < 300; ++round) {
         const double far = round % 5 == 4 ? 1e9 : 3.0;  // feet on long segments are rounded by more than the tolerance
         std::vector<Point2D> points{surveyOrigins[round % 2]};
@@ -355,10 +353,8 @@ TEST(LineStringTest, AppendAndEqualityByTheOthersType) {
     EXPECT_TRUE(appended(arc)->IsEqualTo(chain, 1e-9));
     EXPECT_TRUE(appended(chain)->IsEqualTo(ChainOf(string, string, arc), 1e-9));
     EXPECT_TRUE(appended(Point2D(1, 1)) == nullptr && string.Append(nullptr) == nullptr);
-    EXPECT_TRUE(string.IsEqualTo(Line2D(Point2D(0, 0), Point2D(1, 0)), 1e-9));
     EXPECT_FALSE(string.IsEqualTo(Line2D(Point2D(1, 0), Point2D(0, 0)), 1e-9));
     EXPECT_FALSE(Along({0, 1, 2}).IsEqualTo(Line2D(Point2D(0, 0), Point2D(1, 0)), 1e-9));
-    EXPECT_FALSE(string.IsEqualTo(Along({0, 1.5}), 0.5)) << "strict";
 }
 
 TEST(LineStringTest, BadInputGivesTheDocumentedFailure) {
@@ -452,26 +448,13 @@ TEST(LineStringTest, CrossingsComeInOrderOnceEachWithTheirFirstPassage) {
     }
 }
 
-// Exact for integer coordinates.
-bool Intersect(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2) {
-    const auto side = [](const Point2D& a, const Point2D& b, const Point2D& p) {
-        const double area = (b - a).PerpDotProduct(p - a);
-        return (area > 0.0) - (area < 0.0);
-    };
-    const auto touches = [&](const Point2D& a, const Point2D& b, const Point2D& p) {
-        return side(a, b, p) == 0 && Line2D(a, b).GetBoundingBox2D().IsPointInside(p, 0.0);
-    };
-    if (side(a1, a2, b1) * side(a1, a2, b2) < 0 && side(b1, b2, a1) * side(b1, b2, a2) < 0) return true;
-    return touches(a1, a2, b1) || touches(a1, a2, b2) || touches(b1, b2, a1) || touches(b1, b2, a2);
-}
-
 TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
     RandomNumbers random(20262);
     int crossed = 0;
     for (unsigned int round = 0; round < 400; ++round) {
         SCOPED_TRACE(round);
         std::uniform_int_distribution<int> step(round % 4 < 2 ? -3 : -20, round % 4 < 2 ? 3 : 20);
-        std::vector<Point2D> p{surveyOrigins[round % 2]}, expected;
+        std::vector<Point2D> p{surveyOrigins[round % 2]}, expected, found;
         while (p.size() < 3 + round / 4) {
             const Vec2D v(step(random), step(random));
             const Vec2D before = p.size() > 1 ? p.back() - p[p.size() - 2] : Vec2D();
@@ -482,12 +465,14 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
         bool overlaps = false;
         for (std::size_t i = 0; i + 1 < p.size(); ++i) {
             for (std::size_t j = i + 2; j + 1 < p.size(); ++j) {
-                const bool isJoint = p.back() == p.front() && i == 0 && j + 2 == p.size();
-                if (isJoint || !Intersect(p[i], p[i + 1], p[j], p[j + 1])) continue;
-                const Vec2D a = p[i + 1] - p[i], b = p[j + 1] - p[j];
-                const double turn = a.PerpDotProduct(b);
-                overlaps = overlaps || turn == 0.0;
-                if (turn != 0.0) expected.push_back(p[i] + a * ((p[j] - p[i]).PerpDotProduct(b) / turn));
+                if (p.back() == p.front() && i == 0 && j + 2 == p.size()) continue;  // the joint
+                const Vec2D a = p[i + 1] - p[i], b = p[j + 1] - p[j], gap = p[j] - p[i];
+                const double turn = a.PerpDotProduct(b);  // exact, like all products of whole numbers
+                const double s = gap.PerpDotProduct(b) / turn, t = gap.PerpDotProduct(a) / turn;
+                if (s >= 0.0 && s <= 1.0 && t >= 0.0 && t <= 1.0) expected.push_back(p[i] + a * s);
+                const auto [low, high] = std::minmax({gap.DotProduct(a), (gap + b).DotProduct(a)});
+                const bool isInLine = turn == 0.0 && gap.PerpDotProduct(a) == 0.0;
+                overlaps = overlaps || (isInLine && high >= 0.0 && low <= a.NormSquared());
             }
         }
         const LineString2D string(p);
@@ -498,19 +483,15 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
         ASSERT_EQ(string.IsSelfCrossing(earliest, 1e-7), !crossings.empty());
         EXPECT_TRUE(crossings.empty() || earliest.Distance(crossings[0].first) < 1e-6);
         crossed += crossings.empty() ? 0 : 1;
-        for (const Point2D& e : expected) {
-            EXPECT_EQ(std::count_if(crossings.begin(), crossings.end(),
-                                    [&e](const auto& crossing) { return crossing.first.Distance(e) < 1e-6; }),
-                      1);
-        }
         double before = -1.0, first = -1.0;
         for (const auto& [point, length] : crossings) {
+            found.push_back(point);
             EXPECT_LT(std::exchange(before, length), length);
             ASSERT_TRUE(string.GetLengthFromStartPoint(point, first, 1e-7));
             EXPECT_NEAR(length, first, 1e-6) << "the first passage";
-            EXPECT_TRUE(overlaps || std::any_of(expected.begin(), expected.end(),
-                                                [&](const Point2D& e) { return e.Distance(point) < 1e-6; }));
+            EXPECT_THAT(overlaps ? found : expected, testing::Contains(IsNear(point, 1e-6)));
         }
+        for (const Point2D& e : expected) EXPECT_THAT(found, testing::Contains(IsNear(e, 1e-6)).Times(1));
     }
     EXPECT_TRUE(crossed > 100 && crossed < 390) << crossed;
 }
@@ -531,17 +512,15 @@ TEST(SegmentBoxesTest, FindsThePairsAndNeighboursThatAllBoxesGive) {
             return [&found, kind](std::size_t i, std::size_t j) { return !found.insert({kind, i, j}).second; };
         };
         EXPECT_FALSE(boxes.ForEachPair(0.25, visit(0)) || boxes.ForEachPair(rings, 0.25, visit(1))) << "none twice";
-        boxes.ForEachNear(near.GetExtent(0), 2.0, [&visit](std::size_t i) { return visit(2)(i, 0); });
+        boxes.ForEachNear(near.GetExtent(0), 0.25, [&visit](std::size_t i) { return visit(2)(i, 0); });
         for (std::size_t i = 0; i < boxes.GetCount(); ++i) {
-            const auto expect = [&](std::size_t kind, const SegmentBoxes& others, std::size_t first, double tolerance) {
-                for (std::size_t j = first; j < others.GetCount(); ++j) {
-                    const bool meets = boxes.GetExtent(i).Widened(tolerance).Meets(others.GetExtent(j));
+            for (std::size_t kind = 0; kind < 3; ++kind) {
+                const SegmentBoxes& others = kind == 0 ? boxes : kind == 1 ? rings : near;
+                for (std::size_t j = kind == 0 ? i + 1 : 0; j < others.GetCount(); ++j) {
+                    const bool meets = boxes.GetExtent(i).Widened(0.25).Meets(others.GetExtent(j));
                     if (meets) expected.insert({kind, i, j});
                 }
-            };
-            expect(0, boxes, i + 1, 0.25);
-            expect(1, rings, 0, 0.25);
-            expect(2, near, 0, 2.0);
+            }
         }
         EXPECT_EQ(found, expected) << "of " << size;
         int calls = 0;

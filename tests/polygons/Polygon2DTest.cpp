@@ -241,56 +241,45 @@ TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
     broken.GetHoleBoundary(0).GetPoint(1).SetY(kNan);
     EXPECT_FALSE(broken.Validate(where, true, 1e-4));
     EXPECT_EQ(where.GetX(), 2.0);
-    EXPECT_FALSE(broken.GetPointInsideBoundary(where, 0.0)) << "no point inside what is not finite";
+    const Polygon2D none{Point2D(kNan, 0), Point2D(1, kNan)};
+    EXPECT_FALSE(broken.GetPointInsideBoundary(where, 0.0) || none.GetPointInsideBoundary(where, 1e-4));
     std::vector<Point2D> crossings;
     EXPECT_TRUE(MakePolygon("0 2 0 0 2 2 2 0").IsSelfCrossing(crossings, 1e-4));
     EXPECT_EQ(crossings, std::vector<Point2D>{Point2D(1, 1)});
     EXPECT_FALSE(MakePolygon(square).IsSelfCrossing(where, 1e-4));
 }
 
-TEST(Polygon2DTest, ConvexityToleratesStraightSidesOnly) {
-    const std::tuple<const char*, const char*, bool> rows[] = {
-        {"square", kSquare, true},
-        {"points on the sides, one twice", "0.3 0.1 0.6 0.2 0.6 0.2 3 1 0 1 0 0.5 0 0", true},
-        {"a step back on a side", "0 0 2 0 1 0 3 0 0 3", false},
-        {"notch", "0 0 2 0 1 0.5 2 1 0 1", false},
-        {"pentagram: all left, twice round", "0 10 -6 -8 9.5 3 -9.5 3 6 -8", false},
-        {"no area", "0 0 1 1 2 2", false},
-        {"hole", "0 0 4 0 4 4 0 4 / 1 1 2 1 2 2", false},
+TEST(Polygon2DTest, ConvexityToleratesStraightSidesOnlyAndAPointInsideIsWellInside) {
+    const std::tuple<const char*, const char*, bool, double> rows[] = {
+        // is it convex, and how far inside is the point at least
+        {"square", kSquare, true, 4.0},
+        {"points on the sides, one twice", "0.3 0.1 0.6 0.2 0.6 0.2 3 1 0 1 0 0.5 0 0", true, 0.2},
+        {"a step back on a side", "0 0 2 0 1 0 3 0 0 3", false, 0.4},
+        {"notch", "0 0 2 0 1 0.5 2 1 0 1", false, 0.1},
+        {"pentagram: all left, twice round", "0 10 -6 -8 9.5 3 -9.5 3 6 -8", false, 0.5},
+        {"no area", "0 0 1 1 2 2", false, 0.0},
+        {"hole", "0 0 4 0 4 4 0 4 / 1 1 2 1 2 2", false, 0.45},
+        {"filled by its hole", "0 0 1 0 1 1 / 0 0 1 0 1 1", false, 0.0},
+        {"C", "0 0 10 0 10 1 1 1 1 9 10 9 10 10 0 10", false, 0.45},
+        {"frame", "0 0 10 0 10 10 0 10 / 1 1 9 1 9 9 1 9", false, 0.45},
+        {"sliver along the diagonal", "0 0 100 100 100 100.01", true, 0.001},
+        {"flat body on a needle", "0 0 0.001 1000 -50 1001 50 1004 0.002 1000", false, 0.5},
     };
-    for (const auto& [why, coordinates, expected] : rows) {
+    for (const auto& [why, coordinates, isConvex, clearance] : rows) {
         for (int form = 0; form < 32; ++form) {
             SCOPED_TRACE(why);
             Polygon2D polygon = MakePolygon(coordinates);
             std::vector<Point2D>& ring = polygon.GetPoints();
             std::rotate(ring.begin(), ring.begin() + form / 8 % 3, ring.end());
-            EXPECT_EQ(Form(polygon, form % 4, kOrigins[form / 4 % 2 * 2]).IsConvex(), expected);
-        }
-    }
-}
-
-TEST(Polygon2DTest, PointInsideIsWellInside) {
-    const std::tuple<const char*, const char*, double> rows[] = {
-        {"square", kSquare, 4.0},
-        {"C", "0 0 10 0 10 1 1 1 1 9 10 9 10 10 0 10", 0.45},
-        {"frame", "0 0 10 0 10 10 0 10 / 1 1 9 1 9 9 1 9", 0.45},
-        {"sliver along the diagonal", "0 0 100 100 100 100.01", 0.001},
-        {"flat body on a needle", "0 0 0.001 1000 -50 1001 50 1004 0.002 1000", 0.5},
-    };
-    for (const auto& [why, coordinates, clearance] : rows) {
-        for (const Point2D& origin : surveyOrigins) {
-            SCOPED_TRACE(why);
-            const Polygon2D polygon = Form(MakePolygon(coordinates), 0, origin);
-            Point2D point;
-            ASSERT_TRUE(polygon.GetPointInsideBoundary(point, 1e-4));
-            EXPECT_TRUE(polygon.IsPointInsideAndBorders(point, clearance, false));
+            polygon = Form(polygon, form % 4, kOrigins[form / 4 % 2 * 2]);
+            EXPECT_EQ(polygon.IsConvex(), isConvex);
+            Point2D point(7, 7);
             EXPECT_FALSE(polygon.GetPointInsideBoundary(point, 1e3)) << "nothing is that far inside";
+            EXPECT_EQ(polygon.GetPointInsideBoundary(point, 1e-4), clearance > 0.0);
+            EXPECT_TRUE(clearance > 0.0 ? polygon.IsPointInsideAndBorders(point, clearance, false)
+                                        : point == Point2D(7, 7));
         }
     }
-    Point2D untouched(7, 7);
-    EXPECT_FALSE(MakePolygon("0 0 1 0 1 1 / 0 0 1 0 1 1").GetPointInsideBoundary(untouched, 1e-4));
-    EXPECT_FALSE(Polygon2D({Point2D(kNan, 0), Point2D(1, kNan)}).GetPointInsideBoundary(untouched, 1e-4));
-    EXPECT_EQ(untouched, Point2D(7, 7));
 }
 
 // Width and box against the directions of all pairs of points.
