@@ -1,7 +1,3 @@
-#include "kalvio/alignments/Alignment.h"
-#include "kalvio/alignments/AlignmentDesign.h"
-#include "kalvio/curves/Circle2D.h"
-
 #include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
@@ -9,19 +5,13 @@ using namespace Kalvio::Math;
 namespace {
 
 Profile CheckProfile(Bytes& bytes) {
-    std::vector<Profile::Vertex> vertices;
-    for (unsigned int count = bytes.TakeCount(8); count > 0; --count) {
-        Profile::Vertex vertex;
-        vertex.station = bytes.TakeDouble();
-        if (bytes.Tame() && !vertices.empty())
-            vertex.station = vertices.back().station + 1.0 + std::abs(vertex.station);
-        vertex.height = bytes.TakeDouble();
-        vertex.curve = static_cast<Profile::Curve>(bytes.TakeCount(4));
-        vertex.lengthIn = bytes.TakeDouble();
-        vertex.lengthOut = bytes.TakeDouble();
-        vertex.radius = bytes.TakeDouble();
-        vertices.push_back(vertex);
-    }
+    double last = bytes.TakeDouble();
+    const auto vertices = bytes.TakeSome(8, [&] {
+        Profile::Vertex vertex{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Profile::Curve>(4),
+                               bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble()};
+        if (bytes.Tame()) vertex.station = last += 1.0 + std::abs(vertex.station);
+        return vertex;
+    });
     Profile profile;
     const bool isBuilt = profile.Set(vertices);
     Require(isBuilt == profile.GetFaults().empty());
@@ -47,30 +37,22 @@ Profile CheckProfile(Bytes& bytes) {
 
 Stationing CheckStationing(Bytes& bytes) {
     Stationing stationing(bytes.TakeDouble());
-    for (unsigned int count = bytes.TakeCount(5); count > 0; --count) {
-        const double back = bytes.TakeDouble();
-        (void)stationing.AppendEquation(back, bytes.TakeDouble());
+    for (const Point2D& equation : bytes.TakePoints(bytes.TakeCount(5))) {
+        (void)stationing.AppendEquation(equation.GetX(), equation.GetY());
     }
     const double length = bytes.TakeDouble();
-    const std::string text = stationing.GetText(length, 4);
     Stationing::Place place;
-    const bool isRead = stationing.Parse(text, place);
+    const bool isRead = stationing.Parse(stationing.GetText(length, 4), place);
     if (bytes.Tame()) Require(isRead && std::abs(place.length - length) <= 1e-6);
     return stationing;
 }
 
 Cant TakeCant(Bytes& bytes) {
-    std::vector<Cant::Knot> knots;
-    for (unsigned int count = bytes.TakeCount(4); count > 0; --count) {
-        Cant::Knot knot;
-        knot.station = bytes.TakeDouble();
-        knot.left = bytes.TakeDouble();
-        knot.right = bytes.TakeDouble();
-        knot.law = static_cast<Cant::Law>(bytes.TakeCount(7));
-        knots.push_back(knot);
-    }
+    const auto knots = bytes.TakeSome(4, [&] {
+        return Cant::Knot{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Cant::Law>(7)};
+    });
     Cant cant;
-    const auto pivot = static_cast<Cant::Pivot>(bytes.TakeCount(6));
+    const auto pivot = bytes.TakeOne<Cant::Pivot>(6);
     (void)cant.Set(knots, pivot, bytes.TakeDouble());
     return cant;
 }
@@ -108,26 +90,19 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
 }
 
 void CheckDesign(Bytes& bytes) {
-    std::vector<AlignmentDesign::Corner> corners;
-    for (unsigned int count = bytes.TakeCount(6); count > 0; --count) {
-        AlignmentDesign::Corner corner;
-        corner.point = bytes.TakePoint();
-        corner.radius = bytes.TakeDouble();
-        corner.lengthIn = bytes.TakeDouble();
-        corner.lengthOut = bytes.TakeDouble();
-        corner.law = static_cast<AlignmentDesign::Law>(bytes.TakeCount(7));
-        corners.push_back(corner);
-    }
+    const auto corners = bytes.TakeSome(6, [&] {
+        return AlignmentDesign::Corner{bytes.TakePoint(), bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble(),
+                                       bytes.TakeOne<AlignmentDesign::Law>(7)};
+    });
     Polyline2D plan;
     AlignmentDesign::Fault fault;
     const bool isMade = AlignmentDesign::MakePlan(corners, plan, fault);
     Require(isMade == (fault.kind == AlignmentDesign::FaultKind::None));
     Require(isMade || plan.GetNrOfElements() == 0);
     if (bytes.Tame()) Require(plan.IsContinuous(1e-6));
-    const Circle2D first(bytes.TakePoint(), bytes.TakeDouble());
-    const Circle2D second(bytes.TakePoint(), bytes.TakeDouble());
+    const Circle2D first{bytes.TakePoint(), bytes.TakeDouble()}, second{bytes.TakePoint(), bytes.TakeDouble()};
     const Line2D line(first.GetCenter(), bytes.TakePoint());
-    const auto law = static_cast<AlignmentDesign::Law>(bytes.TakeCount(7));
+    const auto law = bytes.TakeOne<AlignmentDesign::Law>(7);
     Spiral2D transition;
     double misfit = 0.0;
     (void)AlignmentDesign::TransitionBetween(first, second, law, transition, misfit);
@@ -143,15 +118,8 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     const Profile profile = CheckProfile(bytes);
     const Cant cant = TakeCant(bytes);
     const Point3D p = bytes.TakePoint3D();
-    const double station = bytes.TakeDouble();
-    const double reach = bytes.TakeDouble();
-    Polyline2D plan;
-    bool tame = bytes.Tame();
-    while (!bytes.Empty()) {
-        std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
-        tame = tame && HasLaws(*element);
-        if (plan.AppendElement(element.get())) (void)element.release();
-    }
+    const double station = bytes.TakeDouble(), reach = bytes.TakeDouble();
+    const auto [plan, tame] = TakeChain(bytes, 50, [](const auto&, bool) {});
     const Alignment road(plan, profile, cant, stationing);
     if (tame) CheckAlignment(road, p, station, reach);
     Alignment::Place place;

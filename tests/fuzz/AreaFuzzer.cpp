@@ -1,5 +1,3 @@
-#include "kalvio/areas/PolygonsBooleanOperation.h"
-
 #include "fuzz/Bytes.h"
 
 #include <numeric>
@@ -14,14 +12,7 @@ constexpr double tolerance = 1e-3;
 const Tolerances tolerances(tolerance, 1e-10);
 
 std::vector<Polygon2D> TakeAreas(Bytes& bytes) {
-    std::vector<Polygon2D> areas(1 + bytes.TakeCount(3));
-    for (Polygon2D& area : areas) {
-        const std::size_t corners = bytes.TakeCount(12);
-        const std::size_t holeCorners = bytes.TakeCount(6);
-        area = Polygon2D(bytes.TakePoints(corners));
-        if (holeCorners > 0) area.AppendHoleBoundary(LineString2D(bytes.TakePoints(holeCorners)));
-    }
-    return areas;
+    return bytes.TakeSome(4, [&bytes] { return bytes.TakePolygon(0, 12); });
 }
 
 double AreaOf(const std::vector<Polygon2D>& areas) {
@@ -30,19 +21,17 @@ double AreaOf(const std::vector<Polygon2D>& areas) {
 }
 
 bool AreSame(const std::vector<Polygon2D>& a, const std::vector<Polygon2D>& b) {
-    return a.size() == b.size() &&
-           std::equal(a.begin(), a.end(), b.begin(), [](const Polygon2D& p, const Polygon2D& q) {
-               return p.GetPoints() == q.GetPoints() && p.GetNumHoleBoundaries() == q.GetNumHoleBoundaries();
-           });
+    return std::ranges::equal(a, b, [](const Polygon2D& p, const Polygon2D& q) {
+        return p.GetPoints() == q.GetPoints() && p.GetNumHoleBoundaries() == q.GetNumHoleBoundaries();
+    });
 }
 
 }  // namespace
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
-    const auto rule = bytes.TakeCount(2) == 0 ? Boolean::FillRule::NonZero : Boolean::FillRule::EvenOdd;
-    const std::vector<Polygon2D> a = TakeAreas(bytes);
-    const std::vector<Polygon2D> b = TakeAreas(bytes);
+    const auto rule = bytes.TakeOne<Boolean::FillRule>(2);
+    const std::vector<Polygon2D> a = TakeAreas(bytes), b = TakeAreas(bytes);
     std::vector<Polygon2D> united, common, less, other, either, first;
     if (!Boolean::Union(a, b, united, tolerances, rule)) return Require(!tame && united.empty());
     Require(Boolean::Intersection(a, b, common, tolerances, rule));

@@ -1,19 +1,10 @@
 #pragma once
 
-#include "kalvio/core/Point2D.h"
-#include "kalvio/core/Point3D.h"
-#include "kalvio/core/Vec2D.h"
-#include "kalvio/core/Vec3D.h"
+#include "kalvio/Math.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <memory>
-#include <vector>
 
 namespace Kalvio::Math {
 
@@ -43,6 +34,24 @@ public:
     Vec3D TakeVector3D() { return TakePoint3D() - Point3D(); }
     /// Less than `bound`.
     unsigned int TakeCount(unsigned int bound) { return Take<std::uint8_t>() % bound; }
+    template <class Enumeration>
+    Enumeration TakeOne(unsigned int bound) {
+        return static_cast<Enumeration>(TakeCount(bound));
+    }
+    /// Less than `bound` of what `take()` gives.
+    template <class Take>
+    auto TakeSome(unsigned int bound, Take&& take) {
+        std::vector<decltype(take())> taken(TakeCount(bound));
+        for (auto& each : taken) each = take();
+        return taken;
+    }
+    /// An area, with a hole or without, valid or not.
+    Polygon2D TakePolygon(unsigned int least, unsigned int bound) {
+        const unsigned int corners = least + TakeCount(bound), holeCorners = TakeCount(6);
+        Polygon2D polygon(TakePoints(corners));
+        if (holeCorners > 0) polygon.AppendHoleBoundary(LineString2D(TakePoints(holeCorners)));
+        return polygon;
+    }
     /// At most so many; by default all that is left.
     std::vector<double> TakeDoubles(std::size_t most) { return TakeMany(most, &Bytes::TakeDouble); }
     std::vector<Point2D> TakePoints(std::size_t most = SIZE_MAX) { return TakeMany(most, &Bytes::TakePoint); }

@@ -1,11 +1,3 @@
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/core/BoundingBoxND.h"
-#include "kalvio/core/Numbers.h"
-#include "kalvio/core/OrientedBoundingBox2D.h"
-#include "kalvio/core/Point2DM.h"
-#include "kalvio/core/Tolerances.h"
-#include "kalvio/core/VecND.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -24,13 +16,10 @@ void CheckAngles(double value) {
 }
 
 void CheckBoxes(const Point2D& a, const Point2D& b, const Point2D& c, const Point2D& d) {
-    const BoundingBox2D first(a, b);
-    const BoundingBox2D second(c, d);
-    const BoundingBox2D both = first + second;
+    const BoundingBox2D first(a, b), second(c, d), both = first + second;
     (void)both.IsPointInside(a, 0.0);
     const double overlap = first.GetIntersectionArea(second);
-    const BoundingBoxND firstND(first);
-    const BoundingBoxND secondND(second);
+    const BoundingBoxND firstND(first), secondND(second);
     const bool touching = firstND.Intersects(secondND);
     (void)(firstND + secondND).GetArea();
     if (first.GetDiagonalLength() + second.GetDiagonalLength() + both.GetDiagonalLength() < detail::largestDouble) {
@@ -62,14 +51,11 @@ void CheckVectors(const std::vector<double>& values, double tolerance) {
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     CheckAngles(bytes.TakeDouble());
-    const int n = bytes.Take<int>();
-    const int k = bytes.Take<int>();
+    const int n = bytes.Take<int>(), k = bytes.Take<int>();
     (void)Numbers::Combination(n, k);
     (void)Numbers::Permutations(n, k);
     (void)Numbers::GetNumberOfDigits(bytes.TakeDouble());
-    const Point2D a = bytes.TakePoint();
-    const Point2D b = bytes.TakePoint();
-    const Point2D c = bytes.TakePoint();
+    const Point2D a = bytes.TakePoint(), b = bytes.TakePoint(), c = bytes.TakePoint();
     CheckBoxes(a, b, c, bytes.TakePoint());
     const Vec2D v = bytes.TakeVector();
     const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();

@@ -1,6 +1,3 @@
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/curves/Polyline2D.h"
-
 #include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
@@ -16,13 +13,10 @@ void CheckEdits(const IPolyline2DElement& element, const Point2D& p, bool tame) 
         (void)element.ComputeTangent(q, tangent, tolerances);
         (void)element.IsPointOnGeometry(q, tolerances);
     }
-    std::vector<IGeometry*> pieces;
+    std::vector<std::unique_ptr<IGeometry>> pieces;
     const bool broken = element.BreakAt({p, element.GetEnd(), element.GetMiddlePoint()}, pieces, tolerances);
     double sum = 0.0;
-    for (IGeometry* const piece : pieces) {
-        sum += piece->GetLength();
-        delete piece;
-    }
+    for (const std::unique_ptr<IGeometry>& piece : pieces) sum += piece->GetLength();
     Require(broken || pieces.empty());
     if (tame && broken) Require(std::abs(sum - element.GetLength()) <= 0.01 + rounding * element.GetLength());
     const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
@@ -36,14 +30,8 @@ void CheckEdits(const IPolyline2DElement& element, const Point2D& p, bool tame) 
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const Point2D p = bytes.TakePoint();
-    bool tame = bytes.Tame();
-    Polyline2D chain;
-    while (!bytes.Empty()) {
-        std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
-        tame = tame && HasLaws(*element);
-        CheckEdits(*element, p, tame);
-        if (chain.AppendElement(element.get())) (void)element.release();
-    }
+    const auto check = [&p](const IPolyline2DElement& element, bool tame) { CheckEdits(element, p, tame); };
+    const auto [chain, tame] = TakeChain(bytes, 50, check);
     CheckEdits(chain, p, tame);
     std::vector<Polyline2D::PolylinePoint> samples;
     const double length = chain.GetLength();

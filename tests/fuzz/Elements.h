@@ -1,13 +1,5 @@
 #pragma once
 
-#include "kalvio/core/Tolerances.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Spiral2D.h"
-#include "kalvio/polygons/LineString2D.h"
-
 #include "fuzz/Bytes.h"
 
 namespace Kalvio::Math {
@@ -16,8 +8,8 @@ inline constexpr double tolerance = 1e-4;
 inline const Tolerances tolerances(tolerance, 1e-10);
 
 /// Stations, nearest points, boxes and reversal of an element in plan or in space; tame ones are good to the rounding.
-template <class Element, class Point, class Box>
-void CheckElement(const Element& element, const Point& p, const Box& box, double rounding, bool tame) {
+template <class Point>
+void CheckElement(const auto& element, const Point& p, const auto& box, double rounding, bool tame) {
     const double length = element.GetLength();
     const Point nearest = element.GetNearestPoint(p, tolerances);
     const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
@@ -40,10 +32,8 @@ void CheckElement(const Element& element, const Point& p, const Box& box, double
 
 /// An element of an alignment of any type, valid or not.
 inline std::unique_ptr<IPolyline2DElement> TakeElement(Bytes& bytes) {
-    const Point2D a = bytes.TakePoint();
-    const Point2D b = bytes.TakePoint();
-    const double first = bytes.TakeDouble();
-    const double second = bytes.TakeDouble();
+    const Point2D a = bytes.TakePoint(), b = bytes.TakePoint();
+    const double first = bytes.TakeDouble(), second = bytes.TakeDouble();
     const Vec2D tangent(b.GetY(), 1.0, 1.0);
     switch (bytes.TakeCount(8)) {
         case 0:
@@ -55,10 +45,9 @@ inline std::unique_ptr<IPolyline2DElement> TakeElement(Bytes& bytes) {
         case 3:
             return std::make_unique<Clothoid>(first, second, b.GetX(), a, tangent);
         case 4:
-        case 5: {
-            const auto type = static_cast<Spiral2D::Spiral2DType>(bytes.TakeCount(7));
-            return std::make_unique<Spiral2D>(type, first, second, b.GetX(), a, tangent);
-        }
+        case 5:
+            return std::make_unique<Spiral2D>(bytes.TakeOne<Spiral2D::Spiral2DType>(7), first, second, b.GetX(), a,
+                                              tangent);
         case 6: {
             const double slope = second - (a.GetX() + b.GetX()) * first / 64.0;
             const Parabola curve(first / 64.0, slope, a.GetY());
@@ -83,6 +72,20 @@ inline bool HasLaws(const IPolyline2DElement& element) {
     const auto tau = [a](double radius) { return Clothoid::ComputeTauFromRadius(radius, a, 1e-10); };
     return a > 0.0 && clothoid.GetStartRadius() * clothoid.GetEndRadius() >= 0.0 &&
            tau(clothoid.GetStartRadius()) <= 2.0 && tau(clothoid.GetEndRadius()) <= 2.0;
+}
+
+/// A chain of at most so many elements, after `visit(element, tame)` of each; tame while all of them have laws.
+template <class Visit>
+std::pair<Polyline2D, bool> TakeChain(Bytes& bytes, unsigned int most, Visit&& visit) {
+    Polyline2D chain;
+    bool tame = bytes.Tame();
+    while (!bytes.Empty() && chain.GetSize() < most) {
+        std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
+        tame = tame && HasLaws(*element);
+        visit(*element, tame);
+        (void)chain.AppendElement(std::move(element));
+    }
+    return {std::move(chain), tame};
 }
 
 }  // namespace Kalvio::Math

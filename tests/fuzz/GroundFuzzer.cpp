@@ -1,10 +1,3 @@
-#include "kalvio/core/Angle.h"
-#include "kalvio/core/Tolerances.h"
-#include "kalvio/meshes/TinSurfacePatch3D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -15,9 +8,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     const double tolerance = bytes.TakeCount(2) == 0 ? 1e-4 : 1e-2;
     ground.points = bytes.TakePoints3D(bytes.TakeCount(12));
     for (auto* const chains : {&ground.breaklines, &ground.borders, &ground.holes}) {
-        for (unsigned int count = bytes.TakeCount(3); count > 0; --count) {
-            chains->emplace_back(bytes.TakePoints3D(bytes.TakeCount(8)));
-        }
+        *chains = bytes.TakeSome(3, [&] { return LineString3D(bytes.TakePoints3D(bytes.TakeCount(8))); });
     }
     if (bytes.TakeCount(2) == 0) ground.longestRimEdge = bytes.TakeDouble();
     const std::vector<Point2D> places = bytes.TakePoints();
@@ -32,8 +23,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     }
     unsigned int triangle = 0;
     for (const Point2D& place : places) {
-        double z = 0.0;
-        double hinted = 0.0;
+        double z = 0.0, hinted = 0.0;
         const bool isInside = surface.GetHeight(place, z);
         Require(isInside == surface.GetHeight(place, hinted, triangle));
         if (!isInside) continue;
@@ -48,9 +38,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     std::vector<LineString3D> contours;
     Require(surface.GetContours(std::vector{0.0, 1.0, 0.0625}, contours));
     for (const LineString3D& contour : contours) Require(contour.GetSize() > 1);
-    TinSurfacePatch3D::Volumes whole;
-    TinSurfacePatch3D::Volumes there;
-    TinSurfacePatch3D::Volumes back;
+    TinSurfacePatch3D::Volumes whole, there, back;
     TinSurfacePatch3D design;
     TinSurfacePatch3D::Ground shifted{ground.points, {}, {}, {}, 0.0};
     for (Point3D& p : shifted.points) p = Point3D(p.GetY(), p.GetX(), -p.GetZ());

@@ -1,13 +1,3 @@
-#include "kalvio/SpatialIndexes/IQuadTreeForPoints.h"
-#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
-#include "kalvio/SpatialIndexes/QuadTree.h"
-#include "kalvio/SpatialIndexes/QuadTreeNode.h"
-#include "kalvio/SpatialIndexes/RStarTree.h"
-#include "kalvio/SpatialIndexes/RStarTreeNode.h"
-#include "kalvio/SpatialIndexes/RTree.h"
-#include "kalvio/SpatialIndexes/RTreeNode.h"
-#include "kalvio/core/BoundingBox2D.h"
-
 #include "SpatialIndexes/Items.h"
 #include "fuzz/Bytes.h"
 
@@ -27,12 +17,11 @@ BoundingBoxND TakeBox(Bytes& bytes) { return {PointND(bytes.TakePoint()), PointN
 
 void CheckSearch(const ISpatialIndex& index, const std::deque<Known>& items, const BoundingBoxND& box) {
     for (const bool overlap : {true, false}) {
-        Found expected;
+        std::vector<const ISpatialIndexData*> expected;
         for (const Known& item : items) {
             bool matches = item.isIn && !HasNaN(item.box);
             for (unsigned int axis = 0; axis < 2; ++axis) {
-                const double low = item.box.GetMin(axis);
-                const double high = item.box.GetMax(axis);
+                const double low = item.box.GetMin(axis), high = item.box.GetMax(axis);
                 matches = matches && (overlap ? low <= box.GetMax(axis) && box.GetMin(axis) <= high
                                               : box.GetMin(axis) <= low && high <= box.GetMax(axis));
             }
@@ -105,8 +94,7 @@ void CheckIndex(Bytes bytes) {
 
 void CheckPoints(Bytes bytes) {
     const unsigned int capacity = bytes.TakeCount(5);
-    const Point2D low = bytes.TakePoint();
-    const Point2D center = bytes.TakePoint();
+    const Point2D low = bytes.TakePoint(), center = bytes.TakePoint();
     const double radius = bytes.TakeDouble();
     const auto index = IQuadTreeForPoints::Create(capacity, BoundingBox2D(low, center));
     std::uint64_t expected = 0;

@@ -1,10 +1,3 @@
-#include "kalvio/core/Matrix2D.h"
-#include "kalvio/core/Matrix3D.h"
-#include "kalvio/core/MatrixNM.h"
-#include "kalvio/core/Quaternion.h"
-#include "kalvio/curves/CubicFunction.h"
-#include "kalvio/curves/Polynomial.h"
-
 #include "fuzz/Bytes.h"
 
 #include <array>
@@ -14,24 +7,19 @@ using namespace Kalvio::Math;
 
 namespace {
 
-// Calls visit(element of a, element of b) for all elements of matrices of one size.
-template <class First, class Second, class Visit>
-void ForEachElement(First& a, Second& b, Visit visit) {
-    Require(a.GetNumRows() == b.GetNumRows() && a.GetNumCols() == b.GetNumCols());
-    for (unsigned int row = 0; row < a.GetNumRows(); ++row) {
-        for (int column = 0; column < static_cast<int>(a.GetNumCols()); ++column) visit(a[row][column], b[row][column]);
-    }
-}
-
 MatrixNM TakeMatrix(Bytes& bytes, unsigned int rows, unsigned int columns) {
     MatrixNM matrix(rows, columns);
-    ForEachElement(matrix, matrix, [&bytes](double& element, double&) { element = bytes.TakeDouble(); });
+    for (unsigned int row = 0; row < rows; ++row) {
+        for (unsigned int i = 0; i < columns; ++i) matrix[row][static_cast<int>(i)] = bytes.TakeDouble();
+    }
     return matrix;
 }
 
+// Of the rows, taken as vectors.
 double LargestDifference(const MatrixNM& a, const MatrixNM& b) {
+    Require(a.GetNumRows() == b.GetNumRows() && a.GetNumCols() == b.GetNumCols());
     double largest = 0.0;
-    ForEachElement(a, b, [&largest](double x, double y) { largest = std::max(largest, std::abs(x - y)); });
+    for (unsigned int row = 0; row < a.GetNumRows(); ++row) largest = std::max(largest, (a[row] - b[row]).Norm());
     return largest;
 }
 
@@ -40,13 +28,10 @@ double LargestOf(const MatrixNM& a) { return LargestDifference(a, MatrixNM(a.Get
 // A square matrix times its adjoint, its inverse, and the product of its triangles.
 void CheckSquare(const MatrixNM& matrix, bool tame) {
     const unsigned int n = matrix.GetNumRows();
-    double determinant = 0.0;
-    double ofTranspose = 0.0;
-    MatrixNM adjoint;
-    MatrixNM inverse;
+    double determinant = 0.0, ofTranspose = 0.0;
+    MatrixNM adjoint, inverse;
     Require(matrix.Determinant(determinant) && matrix.GetTranspose().Determinant(ofTranspose));
-    const bool hasAdjoint = matrix.Adjoint(adjoint);
-    const bool hasInverse = matrix.GetInverse(inverse);
+    const bool hasAdjoint = matrix.Adjoint(adjoint), hasInverse = matrix.GetInverse(inverse);
     Require(matrix.GetTranspose().GetTranspose() == matrix || !tame);
     MatrixNM identity(n, n);
     for (unsigned int i = 0; i < n; ++i) identity[i][static_cast<int>(i)] = 1.0;
@@ -54,9 +39,7 @@ void CheckSquare(const MatrixNM& matrix, bool tame) {
     for (unsigned int i = 0; i < n; ++i) bound *= n * std::max(1.0, LargestOf(matrix));
     if (tame) {
         Require(hasAdjoint && std::abs(determinant - ofTranspose) <= 1e-12 * bound);
-        MatrixNM scaled = identity;
-        scaled *= determinant;
-        Require(LargestDifference(matrix * adjoint, scaled) <= 1e-12 * n * bound);
+        Require(LargestDifference(matrix * adjoint, MatrixNM(identity) *= determinant) <= 1e-12 * n * bound);
         if (hasInverse) {
             const double condition = n * LargestOf(matrix) * LargestOf(inverse);
             Require(LargestDifference(matrix * inverse, identity) <= 1e-12 * (1.0 + condition) * condition);
@@ -64,8 +47,7 @@ void CheckSquare(const MatrixNM& matrix, bool tame) {
     }
     for (const auto method :
          {LUDecompositionMethod::Crout, LUDecompositionMethod::Doolittle, LUDecompositionMethod::Cholesky}) {
-        MatrixNM lower;
-        MatrixNM upper;
+        MatrixNM lower, upper;
         if (!matrix.LUDecomposition(lower, upper, method) || !tame) continue;
         const double size = 1.0 + LargestOf(matrix) + n * LargestOf(lower) * LargestOf(upper);
         Require(LargestDifference(lower * upper, matrix) <= 1e-9 + 1e-12 * size);
@@ -78,10 +60,7 @@ template <class Matrix, std::size_t n>
 void CheckTransformation(const Matrix& matrix, bool tame) {
     std::array<double, n> values{};
     std::array<std::complex<double>, n> complexValues{};
-    Matrix vectors;
-    Matrix u;
-    Matrix s;
-    Matrix v;
+    Matrix vectors, u, s, v;
     (void)matrix.GetEigenValues(values);
     (void)matrix.GetEigenVectors(values, vectors);
     const bool hasValues = matrix.GetEigenValues(complexValues);
@@ -99,8 +78,7 @@ void CheckTransformation(const Matrix& matrix, bool tame) {
 
 void CheckRotations(Bytes& bytes) {
     const bool tame = bytes.Tame();
-    const Vec3D axis = bytes.TakeVector3D();
-    const Vec3D v = bytes.TakeVector3D();
+    const Vec3D axis = bytes.TakeVector3D(), v = bytes.TakeVector3D();
     Quaternion turn(axis, Angle(bytes.TakeDouble() / 256.0));
     turn *= Quaternion(v, axis);
     Vec3D direction;
@@ -118,10 +96,7 @@ void CheckRotations(Bytes& bytes) {
 
 // What comes out as a root is one: the value there is rounding.
 void CheckRoots(Bytes& bytes) {
-    const double a = bytes.TakeDouble();
-    const double b = bytes.TakeDouble();
-    const double c = bytes.TakeDouble();
-    const double d = bytes.TakeDouble();
+    const double a = bytes.TakeDouble(), b = bytes.TakeDouble(), c = bytes.TakeDouble(), d = bytes.TakeDouble();
     const CubicFunction cubic(a, b, c, d);
     double roots[3] = {};
     const int count = cubic.GetRoots(roots);

@@ -1,12 +1,3 @@
-#include "kalvio/core/Angle.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/meshes/IndexedFaceSet2D.h"
-#include "kalvio/meshes/IndexedFaceSet3D.h"
-#include "kalvio/meshes/IndexedTriangleSet2D.h"
-#include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
-#include "kalvio/polygons/Polygon2D.h"
-#include "kalvio/polygons/Polygon3D.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -16,11 +7,9 @@ namespace {
 IndexedTriangleSet3D TakeSet(Bytes& bytes) {
     IndexedTriangleSet3D set;
     const unsigned int count = 3 + bytes.TakeCount(16);
-    for (unsigned int i = 0; i < count; ++i) set.AppendVertex(bytes.TakePoint3D());
+    set.AppendVertices(bytes.TakePoints3D(count));
     set.SetCCW(bytes.TakeCount(2) == 0);
-    std::vector<unsigned int> indexes;
-    while (!bytes.Empty()) indexes.push_back(bytes.TakeCount(count + 1));  // one of them does not exist
-    set.AppendIndexes(indexes);
+    set.AppendIndexes(bytes.TakeSome(255, [&] { return bytes.TakeCount(count + 1); }));  // one of them does not exist
     return set;
 }
 
@@ -29,8 +18,7 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
     set.InvertAllTriangles();
     if (tame) Require(std::abs(set.GetVolume(0.0) + volume) <= 1e-6 * (1.0 + std::abs(volume)));
     (void)set.FlipEdge(0, 1);
-    bool isClosed = false;
-    bool isCoherent = false;
+    bool isClosed = false, isCoherent = false;
     (void)IndexedTriangleSet3DCleanUp::FixCoherentTriangleWinding(set.GetVertices(), set.GetIndexes(), isClosed,
                                                                   isCoherent);
     Require(set.IsTriangleNeighborWindingCoherent() == isCoherent);
@@ -71,8 +59,8 @@ void CheckSections(const IndexedTriangleSet3D& set, const Line2D& line, bool tam
     set.GetSectionsLineSegment(line, sections);
     set.GetSections(LineString2D{line.GetStart(), line.GetEnd(), Point2D(0.0, 0.0), line.GetStart()}, sections);
     if (!tame) return;
-    const Point3D low = set.GetBoundingBox().GetMinPoint();
-    const Point3D high = set.GetBoundingBox().GetMaxPoint();
+    Point3D low, high;
+    set.GetBoundingBox().GetMinMaxPoints(low, high);
     for (const LineString3D& section : sections) {
         Require(section.GetSize() > 1);
         for (const Point3D& p : section.GetPoints()) {

@@ -1,9 +1,3 @@
-#include "kalvio/areas/GeometryClipper.h"
-#include "kalvio/core/Geometry.h"
-#include "kalvio/polygons/PointInPolygon.h"
-#include "kalvio/queries/Distance.h"
-#include "kalvio/queries/Intersection.h"
-
 #include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
@@ -12,26 +6,13 @@ namespace {
 
 constexpr double rounding = 1e-6;
 
-Polygon2D TakePolygon(Bytes& bytes) {
-    const std::size_t corners = 3 + bytes.TakeCount(8), holeCorners = bytes.TakeCount(6);
-    Polygon2D polygon(bytes.TakePoints(corners));
-    if (holeCorners > 2) polygon.AppendHoleBoundary(LineString2D(bytes.TakePoints(holeCorners)));
-    return polygon;
-}
-
 bool IsOnBorder(const Polygon2D& polygon, const Point2D& p) {
-    for (unsigned int i = 0; i <= polygon.GetNumHoleBoundaries(); ++i) {
-        Polygon2D ring(i == 0 ? polygon.GetPoints() : polygon.GetHoleBoundary(i - 1).GetPoints());
-        ring.Close();
-        if (Distance::PointToLineString(LineString2D(ring.GetPoints()), p, 0.0) <= 4.0 * tolerance) return true;
-    }
-    return false;
+    return p.Distance(Projection::NearestPointOnPolygonWithHoles(p, polygon, tolerance)) <= 4.0 * tolerance;
 }
 
 // Either order tells the same, common points lie on both borders, and no gap is left where areas meet.
 void CheckPair(const Polygon2D& a, const Polygon2D& b, bool tame) {
-    std::vector<Point2D> common;
-    std::vector<Point2D> swapped;
+    std::vector<Point2D> common, swapped;
     constexpr auto apart = IntersectionResult::NoIntersection;
     const bool meet = Intersection::PolygonPolygon(a, b, common, tolerances) != apart;
     const bool meetSwapped = Intersection::PolygonPolygon(b, a, swapped, tolerances) != apart;
@@ -53,8 +34,7 @@ void CheckPair(const Polygon2D& a, const Polygon2D& b, bool tame) {
 void CheckLines(const Polygon2D& polygon, const std::vector<Point2D>& chain, bool tame) {
     const LineString2D line(chain);
     const BoundingBox2D box = line.GetBoundingBox2D();
-    std::vector<Point2D> onLine;
-    std::vector<Point2D> onBox;
+    std::vector<Point2D> onLine, onBox;
     (void)Intersection::LineStringPolygon(line, polygon, onLine, tolerances);
     (void)Intersection::PolygonBoundingBox(polygon, box, onBox, tolerances);
     std::vector<GeometryClipper::Part<LineString2D>> parts;
@@ -66,10 +46,8 @@ void CheckLines(const Polygon2D& polygon, const std::vector<Point2D>& chain, boo
         Require(parts[i].from == parts[i - 1].to && parts[i].isInside != parts[i - 1].isInside);
         Require(IsOnBorder(polygon, parts[i].chain.GetStart()));
     }
-    const auto isOnLine = [&](const Point2D& p) {
-        return Distance::PointToLineString(line, p, 0.0) <= 4.0 * tolerance;
-    };
-    for (const Point2D& p : onLine) Require(IsOnBorder(polygon, p) && isOnLine(p));
+    for (const Point2D& p : onLine)
+        Require(IsOnBorder(polygon, p) && Distance::PointToLineString(line, p, 0.0) <= 4.0 * tolerance);
     for (const Point2D& p : onBox) Require(IsOnBorder(polygon, p) && box.IsPointInside(p, tolerance));
 }
 
@@ -102,8 +80,7 @@ void CheckHull(const std::vector<Point2D>& points, bool tame) {
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const double at = bytes.TakeDouble();
-    const Polygon2D a = TakePolygon(bytes);
-    const Polygon2D b = TakePolygon(bytes);
+    const Polygon2D a = bytes.TakePolygon(3, 8), b = bytes.TakePolygon(3, 8);
     const std::vector<Point2D> chain = bytes.TakePoints();
     Point2D where;
     const bool areValid = a.Validate(where, true, tolerance) && b.Validate(where, true, tolerance);

@@ -1,11 +1,3 @@
-#include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/queries/Distance.h"
-#include "kalvio/queries/GeometryCreator.h"
-#include "kalvio/queries/Intersection.h"
-#include "kalvio/queries/IntersectionExt.h"
-#include "kalvio/queries/Projection.h"
-
 #include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
@@ -14,8 +6,7 @@ namespace {
 
 // Common points lie on both operands, at the stations told; both orders find some or none.
 void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bool tame) {
-    std::vector<IntersectionExt::IntersectionPoint<Point2D>> found;
-    std::vector<IntersectionExt::IntersectionPoint<Point2D>> swapped;
+    std::vector<IntersectionExt::IntersectionPoint<Point2D>> found, swapped;
     const IntersectionResult result = IntersectionExt::Intersect(a, b, found, tolerances);
     IntersectionExt::Intersect(b, a, swapped, tolerances);
     Require(found.empty() == (result != IntersectionResult::Intersecting && result != IntersectionResult::Coincident));
@@ -37,15 +28,13 @@ void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bo
 
 // The nearest point is no farther than other points; a foot is no nearer, and perpendicular.
 void CheckFeet(const Polyline2D& chain, const Point2D& p, bool tame) {
-    Polyline2D::PolylinePoint nearest;
-    Polyline2D::PolylinePoint foot;
+    Polyline2D::PolylinePoint nearest, foot, other;
     const bool found = Projection::NearestPointOnPolyline(p, chain, nearest, tolerance);
     const int status = Projection::NormalPointOnPolyline(p, chain, foot, tolerance);
     (void)Projection::NormalPointOnPolyline2(p, chain, foot, tolerance);
     Require(found || status == 0);
     if (!found || !tame) return;
     Require(Distance::PointToPolyline(p, chain) <= p.Distance(chain.GetStart()) + 1e-6);
-    Polyline2D::PolylinePoint other;
     for (double share = 0.0; share <= 1.0; share += 0.125) {
         if (!chain.MakePointAndTangentAt(share * chain.GetLength(), other)) continue;
         Require(nearest.distance <= p.Distance(other.point) + 1e-6);
@@ -73,20 +62,13 @@ void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tam
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const Point2D p = bytes.TakePoint();
-    bool tame = bytes.Tame();
-    std::unique_ptr<IPolyline2DElement> last;
-    Polyline2D chain;
+    const IPolyline2DElement* last = nullptr;  // which the chain keeps
     Polyline2D other;
-    while (!bytes.Empty() && other.GetSize() < 4) {
-        std::unique_ptr<IPolyline2DElement> element = TakeElement(bytes);
-        tame = tame && HasLaws(*element);
-        if (last) {
-            CheckCrossings(*last, *element, tame);
-            other.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
-        }
-        chain.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
-        last = std::move(element);
-    }
+    const auto [chain, tame] = TakeChain(bytes, 5, [&](const IPolyline2DElement& element, bool areTame) {
+        if (last != nullptr) CheckCrossings(*last, element, areTame);
+        if (last != nullptr) other.AppendElement(element);
+        last = &element;
+    });
     CheckFeet(chain, p, tame);
     if (last) CheckCircles(p, last->GetStart(), last->GetEnd(), tame);
     CheckCrossings(chain, other, false);

@@ -1,9 +1,3 @@
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/polygons/PointInPolygon.h"
-#include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/polygons/PolygonCurve2D.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -55,16 +49,11 @@ void CheckPosition(const Polygon2D& polygon, const PointInPolygon& prepared, con
 
 // A ring of lines with an arc on each tells of chord polygons what they tell themselves.
 void CheckCurve(const std::vector<Point2D>& points, bool isSimple) {
-    RingCurve2D lines;
-    RingCurve2D arcs;
-    const auto append = [](RingCurve2D& curve, std::unique_ptr<IGeometry> element) {
-        if (curve.AppendElement(element.get())) (void)element.release();
-    };
+    RingCurve2D lines, arcs;
     for (std::size_t i = 0; i < points.size(); ++i) {
-        const Point2D& a = points[i];
-        const Point2D& b = points[(i + 1) % points.size()];
-        append(lines, std::make_unique<Line2D>(a, b));
-        append(arcs, std::make_unique<Arc2D>(a, a + (b - a) * 0.5, Angle(i % 2 == 0 ? 3.0 : -3.0)));
+        const Point2D &a = points[i], &b = points[(i + 1) % points.size()];
+        (void)lines.AppendElement(Line2D(a, b));
+        (void)arcs.AppendElement(Arc2D(a, a + (b - a) * 0.5, Angle(i % 2 == 0 ? 3.0 : -3.0)));
     }
     const PolygonCurve2D area(arcs);
     const Polygon2D polygon(points);

@@ -1,10 +1,3 @@
-#include "kalvio/areas/GeometrySimplifier.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
-#include "kalvio/queries/Projection.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -15,12 +8,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const bool byArea = bytes.TakeCount(2) == 0;
     const double limit = bytes.TakeDouble();
-    std::vector<Polygon2D> areas(1 + bytes.TakeCount(3));
-    for (Polygon2D& area : areas) {
-        area = Polygon2D(bytes.TakePoints(bytes.TakeCount(16)));
-        if (const unsigned int count = bytes.TakeCount(6))
-            area.AppendHoleBoundary(LineString2D(bytes.TakePoints(count)));
-    }
+    const auto areas = bytes.TakeSome(4, [&bytes] { return bytes.TakePolygon(0, 16); });
     std::vector<Polygon2D> made;
     const bool isMade = byArea ? GeometrySimplifier::SimplifyByArea(areas, limit, made)
                                : GeometrySimplifier::SimplifyByDistance(areas, limit, made);

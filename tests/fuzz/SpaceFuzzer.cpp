@@ -1,17 +1,3 @@
-#include "kalvio/core/BoundingBox3D.h"
-#include "kalvio/core/Geometry.h"
-#include "kalvio/core/Plane3D.h"
-#include "kalvio/core/Triangle3D.h"
-#include "kalvio/curves/Arc3D.h"
-#include "kalvio/curves/Circle3D.h"
-#include "kalvio/curves/Polyline3D.h"
-#include "kalvio/meshes/TriangleStrip3D.h"
-#include "kalvio/polygons/Polygon3D.h"
-#include "kalvio/polygons/PolygonCurve3D.h"
-#include "kalvio/queries/Distance.h"
-#include "kalvio/queries/Intersection.h"
-#include "kalvio/queries/Projection.h"
-
 #include "fuzz/Elements.h"
 
 using namespace Kalvio::Math;
@@ -46,13 +32,13 @@ void CheckTriangles(const Triangle3D& a, const Triangle3D& b, const Plane3D& pla
     Line3D piece;
     const bool isCut = Intersection::TrianglePlane(a, plane, piece, tolerances) == IntersectionResult::Intersecting;
     if (tame && isCut) Require(IsOn(plane, piece.GetStart()) && IsOn(plane, piece.GetEnd()));
-    std::vector<Point3D> common;
-    std::vector<Point3D> swapped;
+    std::vector<Point3D> common, swapped;
     (void)Intersection::TriangleTriangle(a, b, piece, tolerances);
     (void)Intersection::TriangleTriangle(a, b, common, tolerances);
     (void)Intersection::TriangleTriangle(b, a, swapped, tolerances);
     const bool collide = Intersection::Collides(a, b, tolerance);
-    (void)Intersection::Collides(a, b.GetBoundingBox3D(), tolerance);
+    const BoundingBox3D box = b.GetBoundingBox3D();
+    (void)Intersection::Collides(a, box, tolerance);
     if (tame) Require(collide == Intersection::Collides(b, a, tolerance) && common.empty() == swapped.empty());
 }
 
@@ -61,8 +47,7 @@ void CheckAreas(const std::vector<Point3D>& points, const Plane3D& plane, const 
     std::vector<Line3D> pieces;
     (void)Intersection::PolygonPlane(polygon, plane, pieces, tolerances);
     RingCurve3D ring;
-    auto string = std::make_unique<LineString3D>(points);
-    if (ring.AppendElement(string.get())) (void)string.release();
+    (void)ring.AppendElement(LineString3D(points));
     const PolygonCurve3D area(ring);
     (void)Intersection::RingCurvePlane(ring, plane, pieces, tolerances);
     (void)Intersection::PolygonCurvePlane(area, plane, pieces, tolerances);
@@ -103,8 +88,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     const Line3D first(points[0], points[1]);
     const Arc3D arc(points[0], points[1], sweep, plane);
     Polyline3D chain;
-    (void)chain.AppendElement(first.Clone());
-    (void)chain.AppendElement(arc.Clone());
+    (void)(chain.AppendElement(first) && chain.AppendElement(arc));
     const auto check = [&](const auto&... elements) {
         (CheckElement(elements, p, elements.GetBoundingBox3D(), rounding, tame), ...);
     };

@@ -1,11 +1,3 @@
-#include "kalvio/statistics/ExponentialVariogramModel.h"
-#include "kalvio/statistics/Interpolation.h"
-#include "kalvio/statistics/KrigingSystem.h"
-#include "kalvio/statistics/LocalKriging.h"
-#include "kalvio/statistics/OrdinaryKriging.h"
-#include "kalvio/statistics/SimpleKriging.h"
-#include "kalvio/statistics/SphericalVariogramModel.h"
-
 #include "fuzz/Bytes.h"
 
 using namespace Kalvio::Math;
@@ -32,8 +24,7 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
     KrigingSystem system;
     const bool isBuilt = system.Build(kriging, samples);
     Require(system.GetNrOfSamples() == (isBuilt ? samples.size() : 0));
-    double ofSystem = untouched;
-    double variance = untouched;
+    double ofSystem = untouched, variance = untouched;
     const bool found = system.Interpolate(p, ofSystem);
     CheckAnswer(found, ofSystem);
     Require(isBuilt || !found);
@@ -58,9 +49,7 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     const bool isSpherical = bytes.TakeCount(2) == 1;
-    const double sill = bytes.TakeDouble();
-    const double range = bytes.TakeDouble();
-    const double mean = bytes.TakeDouble();
+    const double sill = bytes.TakeDouble(), range = bytes.TakeDouble(), mean = bytes.TakeDouble();
     const Point2D p = bytes.TakePoint();
     const std::vector<Point3D> samples = bytes.TakePoints3D(12);
     bool isSound = bytes.Tame() && !isSpherical && sill >= 1.0 && range >= 1.0 && range <= 512.0 && samples.size() > 1;
@@ -69,8 +58,7 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     }
     CheckKriging(SimpleKriging(MakeModel(isSpherical, sill, range), mean), samples, p, isSound);
     CheckKriging(OrdinaryKriging(MakeModel(isSpherical, sill, range)), samples, p, isSound);
-    double value = untouched;
-    double variance = untouched;
+    double value = untouched, variance = untouched;
     const SimpleKriging simple(MakeModel(isSpherical, sill, range), mean);
     CheckAnswer(simple.Interpolate(p, samples, value, variance), variance);
     if (samples.size() < 2) return;
