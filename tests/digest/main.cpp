@@ -34,13 +34,11 @@ public:
     // Statements of their own, here and below: the order in which arguments are
     // evaluated is the compiler's choice.
     Point2D Point(double reach) {
-        const double x = 385000.0 + In(-reach, reach);
-        const double y = 6672000.0 + In(-reach, reach);
+        const double x = 385000.0 + In(-reach, reach), y = 6672000.0 + In(-reach, reach);
         return {x, y};
     }
     Vec2D Vector() {
-        const double x = In(-1.0, 1.0);
-        const double y = In(-1.0, 1.0);
+        const double x = In(-1.0, 1.0), y = In(-1.0, 1.0);
         return {x, y};
     }
 
@@ -48,24 +46,20 @@ private:
     std::uint64_t state = 20261122;
 };
 
-// FNV-1a over the bits of what it is given.
+// FNV-1a over the bits of what it is given, in order.
 class Digest {
 public:
     void Add(std::uint64_t bits) { value = (value ^ bits) * 0x100000001b3U; }
     void Add(double number) { Add(std::isnan(number) ? 1 : std::bit_cast<std::uint64_t>(number)); }
     void Add(bool flag) { Add(std::uint64_t{flag}); }
     void Add(int number) { Add(static_cast<std::uint64_t>(number)); }
-    void Add(const Point2D& p) {
-        Add(p.GetX());
-        Add(p.GetY());
-    }
-    void Add(const Vec2D& v) {
-        Add(v.GetX());
-        Add(v.GetY());
-    }
-    void Add(const Point3D& p) {
-        for (int axis = 0; axis < 3; ++axis) Add(p[axis]);
-    }
+    void Add(unsigned int number) { Add(std::uint64_t{number}); }
+    void Add(const Point2D& p) { Add(p.GetX(), p.GetY()); }
+    void Add(const Vec2D& v) { Add(v.GetX(), v.GetY()); }
+    void Add(const Point3D& p) { Add(p.GetX(), p.GetY(), p.GetZ()); }
+    void Add(const std::complex<double>& number) { Add(number.real(), number.imag()); }
+    template <class... Values>
+    requires(sizeof...(Values) > 1) void Add(const Values&... values) { (Add(values), ...); }
     template <class T>
     void Add(const std::vector<T>& list) {
         Add(std::uint64_t{list.size()});
@@ -126,9 +120,7 @@ IndexedTriangleSet3D MakeSurface(Random& random) {
 void DigestNumbers(Random& random, Digest& digest) {
     const Vec2D v = random.Vector() * 1000.0;
     Angle turn(random.In(-20.0, 20.0));
-    digest.Add(turn.GetRadians());
-    digest.Add(turn.GetDegrees());
-    digest.Add(v.GetAngle().GetRadians());
+    digest.Add(turn.GetRadians(), turn.GetDegrees(), v.GetAngle().GetRadians());
     Matrix2D plane;
     Matrix3D space;
     MatrixNM system(5, 5);
@@ -143,12 +135,7 @@ void DigestNumbers(Random& random, Digest& digest) {
         right[row] = random.In(-5.0, 5.0);
     }
     std::array<std::complex<double>, 4> values;
-    if (space.GetEigenValues(values)) {
-        for (const std::complex<double>& value : values) {
-            digest.Add(value.real());
-            digest.Add(value.imag());
-        }
-    }
+    if (space.GetEigenValues(values)) digest.Add(values[0], values[1], values[2], values[3]);
     Matrix2D u, s, w;
     if (plane.SingularValueDecomposition(u, s, w)) digest.Add(Point2D(s.Get(0, 0), u.Get(1, 2) + w.Get(2, 1)));
     VecND x;
@@ -161,7 +148,7 @@ void DigestNumbers(Random& random, Digest& digest) {
     std::vector<Polynomial> factors;
     const Polynomial quintic{right[0], right[1], right[2], right[3], right[4], 1.0};
     digest.Add(quintic.FindQuadraticFactors(rest, factors));
-    for (const Polynomial& factor : factors) digest.Add(Point2D(factor[0], factor[1]));
+    for (const Polynomial& factor : factors) digest.Add(factor[0], factor[1]);
 }
 
 void DigestCurves(Random& random, Digest& digest) {
@@ -170,32 +157,21 @@ void DigestCurves(Random& random, Digest& digest) {
     const Point2D query = random.Point(200.0);
     for (unsigned int i = 0; i < chain.GetNrOfElements(); ++i) {
         const IPolyline2DElement& element = chain.GetElementAtIndex(i);
-        digest.Add(element.GetLength());
-        digest.Add(element.GetEnd());
-        digest.Add(element.GetMiddlePoint());
-        digest.Add(element.GetNearestPoint(query, tolerances));
-        digest.Add(element.GetBoundingBox2D().GetMaxPoint());
+        digest.Add(element.GetLength(), element.GetEnd(), element.GetMiddlePoint());
+        digest.Add(element.GetNearestPoint(query, tolerances), element.GetBoundingBox2D().GetMaxPoint());
         double station = 0.0;
-        digest.Add(element.GetLengthFromStartPoint(element.GetMiddlePoint(), station, tolerance));
-        digest.Add(station);
+        digest.Add(element.GetLengthFromStartPoint(element.GetMiddlePoint(), station, tolerance), station);
     }
     std::vector<Polyline2D::PolylinePoint> samples;
     digest.Add(chain.MakePointsAndTangents(0.0, chain.GetLength(), samples, 25.0, tolerance));
-    for (const Polyline2D::PolylinePoint& sample : samples) {
-        digest.Add(sample.point);
-        digest.Add(sample.tangent);
-    }
+    for (const Polyline2D::PolylinePoint& sample : samples) digest.Add(sample.point, sample.tangent);
 }
 
 void DigestPolygons(Random& random, Digest& digest) {
     const Polygon2D polygon = MakePolygon(random);
-    digest.Add(polygon.GetArea());
-    digest.Add(polygon.GetCentroid());
-    digest.Add(polygon.GetMaxWidth(tolerance));
-    digest.Add(polygon.GetOrientedBoundingBox2D().GetCenter());
+    digest.Add(polygon.GetArea(), polygon.GetCentroid(), polygon.GetMaxWidth(tolerance));
     Point2D place;
-    digest.Add(polygon.GetPointInsideBoundary(place, tolerance));
-    digest.Add(place);
+    digest.Add(polygon.GetOrientedBoundingBox2D().GetCenter(), polygon.GetPointInsideBoundary(place, tolerance), place);
     for (int i = 0; i < 10; ++i) digest.Add(polygon.IsPointInside(random.Point(100.0), tolerance));
     std::vector<Polygon2D> pieces;
     const double low = polygon.GetCentroid().GetY();
@@ -205,33 +181,26 @@ void DigestPolygons(Random& random, Digest& digest) {
     for (const Point2D& p : polygon.GetPoints()) area.AppendPoint(Point3D(p, 0.1 * p.GetX() - 0.2 * p.GetY()));
     std::vector<unsigned int> corners;
     digest.Add(area.Triangulate(corners, tolerance));
-    for (const unsigned int corner : corners) digest.Add(std::uint64_t{corner});
+    for (const unsigned int corner : corners) digest.Add(corner);
 }
 
 void DigestQueries(Random& random, Digest& digest) {
-    const std::unique_ptr<IPolyline2DElement> first = MakeElement(random);
-    const std::unique_ptr<IPolyline2DElement> second = MakeElement(random);
+    const std::unique_ptr<IPolyline2DElement> first = MakeElement(random), second = MakeElement(random);
     std::vector<IntersectionExt::IntersectionPoint<Point2D>> common;
     digest.Add(static_cast<int>(IntersectionExt::Intersect(*first, *second, common, tolerances)));
-    for (const auto& point : common) {
-        digest.Add(point.point);
-        digest.Add(point.firstStation);
-        digest.Add(point.secondStation);
-    }
+    for (const auto& place : common) digest.Add(place.point, place.firstStation, place.secondStation);
     Polyline2D chain;
-    chain.AppendElement(static_cast<IPolyline2DElement*>(first->Clone()));
-    chain.AppendElement(static_cast<IPolyline2DElement*>(second->Clone()));
+    chain.AppendElement(*first);
+    chain.AppendElement(*second);
     Polyline2D::PolylinePoint foot;
     const Point2D query = random.Point(200.0);
-    digest.Add(Projection::NormalPointOnPolyline2(query, chain, foot, tolerance));
-    digest.Add(foot.point);
+    digest.Add(Projection::NormalPointOnPolyline2(query, chain, foot, tolerance), foot.point);
     digest.Add(Distance::PointToLine(query, first->GetStart(), first->GetEnd()));
     std::vector<Point2D> crossings;
-    const Polygon2D one = MakePolygon(random);
-    const Polygon2D other = MakePolygon(random);
+    const Polygon2D one = MakePolygon(random), other = MakePolygon(random);
     digest.Add(Projection::NearestPointOnPolygon(query, one, tolerance));
-    digest.Add(static_cast<int>(Intersection::LineStringLineString(
-        LineString2D(one.GetPoints()), LineString2D(other.GetPoints()), crossings, tolerances)));
+    const LineString2D string(one.GetPoints()), otherString(other.GetPoints());
+    digest.Add(static_cast<int>(Intersection::LineStringLineString(string, otherString, crossings, tolerances)));
     digest.Add(crossings);
 }
 
@@ -246,7 +215,7 @@ void DigestMeshes(Random& random, Digest& digest) {
     surface.ComputeNormals(true, normals);
     for (const Vec3D& normal : normals) digest.Add(normal.GetZ());
     digest.Add(surface.CollapsePoints(9.8));
-    for (const unsigned int index : surface.GetIndexes()) digest.Add(std::uint64_t{index});
+    for (const unsigned int index : surface.GetIndexes()) digest.Add(index);
 }
 
 void DigestIndexes(Random& random, Digest& digest) {
@@ -286,11 +255,8 @@ void DigestStatistics(Random& random, Digest& digest) {
     KrigingSystem system;
     digest.Add(system.Build(OrdinaryKriging(new ExponentialVariogramModel(500.0, 300.0)), samples));
     for (int i = 0; i < 20; ++i) {
-        double value = 0.0;
-        double variance = 0.0;
-        digest.Add(system.Interpolate(random.Point(100.0), value, variance));
-        digest.Add(value);
-        digest.Add(variance);
+        double value = 0.0, variance = 0.0;
+        digest.Add(system.Interpolate(random.Point(100.0), value, variance), value, variance);
     }
 }
 
