@@ -1,10 +1,3 @@
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/curves/Spiral2D.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "support/ElementChecks.h"
 
 #include <cstring>

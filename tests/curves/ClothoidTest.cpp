@@ -1,6 +1,3 @@
-#include "kalvio/core/Matrix2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "support/ElementChecks.h"
 
 namespace Kalvio::Math {
@@ -27,10 +24,8 @@ const Reference kReferences[] = {
 TEST(ClothoidTest, SeriesHasTheStatedAccuracy) {
     const std::tuple<double, double, double, double> rows[] = {
         // quadrature of the Fresnel integrals with 40 digits
-        {1.0, 1.2791904447337526958, 0.43878564027167309, 6e-13},
         {2.0, 1.3351936962943366222, 0.99762371132542130, 1.3e-8},
         {3.0, 0.99438264253358135, 1.2614288571800419886, 4.6e-6},
-        {4.0, 0.65260505868557710063, 1.1381258259089464948, 3.0e-4},
         {5.0, 0.58217420960192209499, 0.82585980024003497894, 7.4e-3}};
     const Clothoid unit(0.0, 1.0, 1.0, Point2D(), Vec2D(1, 0));
     for (const auto& [tau, x, y, bound] : rows) {
@@ -110,9 +105,8 @@ TEST(ClothoidTest, NearestPointIsTheGlobalOneAndTheBoxTight) {
 }
 
 TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
-    const Clothoid clothoid(0.0, 225.0, 150.0, Point2D(), Vec2D(1, 0));  // 100 long
     const std::tuple<const char*, double, double, double, std::size_t> rows[] = {
-        {"a divisor of the length, no doubled end", 0, 100, 0.1, 1001},
+        {"a divisor of the length, no doubled end", 0, 100, 0.01, 10001},
         {"a remainder: the end itself follows", 0, 100, 30, 5},
         {"clipped to the curve", -50, 500, 50, 3},
         {"one station", 100, 100, 1, 1},
@@ -124,29 +118,41 @@ TEST(ClothoidTest, SamplingHitsTheRangeOnce) {
         {"NaN from", kNan, 100, 1, 0},
         {"more samples than any memory", 0, 100, 1e-300, 0},
     };
-    for (const auto& [why, from, to, step, count] : rows) {
-        SCOPED_TRACE(why);
-        std::vector<Sample> samples;
-        std::list<Point2D> points;
-        std::list<double> lengths;
-        LineString2D lineString;
-        EXPECT_EQ(clothoid.MakePointsAndTangents(from, to, samples, step), count > 0);
-        EXPECT_EQ(clothoid.MakeLineString(from, to, lengths, points, step), count > 0);
-        EXPECT_EQ(clothoid.MakeLineString(from, to, lineString, step), count > 0);
-        ASSERT_TRUE(samples.size() == count && points.size() == count && lengths.size() == count);
-        if (count == 0) continue;
-        EXPECT_EQ(samples.back().station, std::min(to, 100.0));
-        EXPECT_THAT(points.back(), IsNear(samples.back().point, 0.0));
-        std::vector<Sample> again;
-        EXPECT_TRUE(clothoid.MakePointsAndTangentsAt(std::vector(lengths.begin(), lengths.end()), again));
-        ASSERT_EQ(again.size(), count);
-        EXPECT_THAT(again.back().tangent, IsNear(samples.back().tangent, 0.0));
-    }
+    const auto check = [&rows](const auto& curve) {
+        for (const auto& [why, from, to, step, count] : rows) {
+            SCOPED_TRACE(why);
+            std::vector<Sample> samples;
+            std::list<Point2D> points;
+            std::list<double> lengths;
+            LineString2D lineString;
+            EXPECT_EQ(curve.MakePointsAndTangents(from, to, samples, step), count > 0);
+            EXPECT_EQ(curve.MakeLineString(from, to, lineString, step), count > 0);
+            ASSERT_TRUE(samples.size() == count && lineString.GetSize() == count);
+            if (count == 0) continue;
+            EXPECT_EQ(samples.back().station, std::min(to, 100.0));
+            EXPECT_THAT(lineString.GetEnd(), IsNear(samples.back().point, 0.0));
+            if constexpr (requires { curve.MakeLineString(from, to, lengths, points, step); }) {
+                EXPECT_TRUE(curve.MakeLineString(from, to, lengths, points, step));
+                ASSERT_TRUE(points.size() == count && lengths.size() == count);
+                samples.clear();
+                EXPECT_TRUE(curve.MakePointsAndTangentsAt(std::vector(lengths.begin(), lengths.end()), samples));
+                ASSERT_EQ(samples.size(), count);
+                EXPECT_THAT(points.back(), IsNear(samples.back().point, 0.0));
+            }
+        }
+        CheckAppending(curve, 0.0, 10.0);
+        CheckConcurrently(curve, 100.0);
+    };
+    const Clothoid clothoid(0.0, 225.0, 150.0, Point2D(), Vec2D(1, 0));
+    check(clothoid);
+    check(Spiral2D(Spiral2D::Spiral2DType::Sine, 0.0, 225.0, 100.0, Point2D(), Vec2D(1, 0)));
+    check(Arc2D(Point2D(50, 0), Point2D(0, 0), Angle(-2.0)));
     std::vector<Sample> none;
     for (const double bad : {-1e-9, 100.001, kNan})
         EXPECT_FALSE(clothoid.MakePointsAndTangentsAt(std::array{1.0, bad}, none) || !none.empty());
-    CheckAppending(clothoid, 0.0, 10.0);
-    CheckConcurrently(clothoid, 100.0);
+    std::list<Point2D> points;
+    std::list<double> lengths;
+    EXPECT_FALSE(clothoid.MakeLineString(100.1, 200.0, lengths, points, 1.0));
 }
 
 TEST(ClothoidTest, FormulasFollowTheirDefinitions) {
@@ -193,13 +199,11 @@ TEST(ClothoidTest, EndIsTheSevenTermPointWhateverElseIsAsked) {
     const Point2D seven = steep.GetEnd(), exact(99.438264253358134976, 126.14288571800419886);
     EXPECT_THAT(seven, IsNear(exact, 4.6e-4));
     EXPECT_THAT(steep.GetEnd(20), IsNear(exact, 1e-11));
-    EXPECT_THAT(steep.GetEnd(7), IsNear(seven, 0.0));
-    EXPECT_GT(seven.Distance(steep.GetEnd(1)), 10.0);
+    EXPECT_TRUE(steep.GetEnd(7) == seven && seven.Distance(steep.GetEnd(1)) > 10.0);
     Clothoid reversed(steep);
-    EXPECT_THAT(reversed.GetEnd(), IsNear(seven, 0.0)) << "of a copy";
+    EXPECT_EQ(reversed.GetEnd(), seven) << "of a copy";
     reversed.Reverse();
-    EXPECT_THAT(reversed.GetStart(), IsNear(seven, 0.0));
-    EXPECT_THAT(steep.GetEnd(), IsNear(seven, 0.0));
+    EXPECT_TRUE(reversed.GetStart() == seven && steep.GetEnd() == seven);
     steep.SetStart(Point2D(1, 2));
     EXPECT_THAT(steep.GetEnd(), IsNear(seven + Vec2D(1, 2), 1e-13));
     steep.SetStartTangent(Vec2D(0, 1));

@@ -1,15 +1,8 @@
 #include "kalvio/core/detail/PointOnLine.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Line3D.h"
-#include "kalvio/queries/Distance.h"
-#include "kalvio/queries/Intersection.h"
-#include "kalvio/queries/Projection.h"
 #include "support/ElementChecks.h"
 
 namespace Kalvio::Math {
 namespace {
-
-const Vec2D kOrigins[] = {Vec2D(0, 0), Vec2D(385000, 6672000)};
 
 TEST(LineTest, PointTestsAgreeOnWhatIsOnTheLine) {
     const std::tuple<const char*, Point2D, double, bool, bool, double> rows[] = {
@@ -77,20 +70,20 @@ TEST(LineTest, SlopeAndAxisQueries) {
 }
 
 TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
-    for (const Vec2D& origin : kOrigins) {
-        const Line2D line(Point2D(0, 0) + origin, Point2D(6, 8) + origin);
+    for (const Point2D& origin : surveyOrigins) {
+        const Line2D line(origin, origin + Vec2D(6, 8));
         Point2D p;
         ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(kPi / 2.0), p));
-        EXPECT_THAT(p, IsNear(Point2D(-5, 10) + origin, 1e-8));
+        EXPECT_THAT(p, IsNear(origin + Vec2D(-5, 10), 1e-8));
         EXPECT_NEAR(Distance::PointToLine(p, line), -10.0, 1e-8);
         ASSERT_TRUE(line.GetPointOffsetFromStart(-5.0, 2.0, Vec2D(1, 0), p));
-        EXPECT_THAT(p, IsNear(Point2D(-1, -4) + origin, 1e-8));
+        EXPECT_THAT(p, IsNear(origin + Vec2D(-1, -4), 1e-8));
         for (const double s : {-0.5, 0.5}) {
             const Vec2D along = Vec2D(6, 8) * s;
             EXPECT_NEAR(line.GetDistanceFromStartPoint(line.GetStart() + along), 10.0 * s, 1e-8);
             EXPECT_NEAR(line.GetDistanceFromEndPoint(line.GetEnd() - along), 10.0 * s, 1e-8);
         }
-        EXPECT_EQ(line.GetNearestPoint(Point2D(60, 80) + origin, kTolerances), line.GetEnd());
+        EXPECT_EQ(line.GetNearestPoint(origin + Vec2D(60, 80), kTolerances), line.GetEnd());
     }
 }
 
@@ -108,29 +101,27 @@ TEST(LineTest, SamplesDoNotDriftAndCloseAtTheEnd) {
         {"step NaN", 0.0, 4.0, kNan, true, {}},
         {"more steps than anything holds", 0.0, 4.0, 1e-300, true, {}},
     };
-    const Line2D line(Point2D(1, 1), Point2D(1, 5));
-    for (const auto& [why, from, to, step, close, stations] : rows) {
-        SCOPED_TRACE(why);
-        std::vector<IPolyline2DElement::PolylineElementPoint> samples;
-        std::vector<Point2D> points;
-        EXPECT_EQ(line.MakePoints(from, to, step, samples, close), !stations.empty());
-        EXPECT_EQ(line.MakePoints(from, to, step, points, close), !stations.empty());
-        const Line3D lifted(Point3D(1, 1, 7), Point3D(1, 5, 7));
-        std::vector<IPolyline3DElement::PolylineElementPoint> inSpace;
-        EXPECT_EQ(lifted.MakePoints(from, to, step, inSpace, close), !stations.empty());
-        for (const std::size_t size : {samples.size(), points.size(), inSpace.size()}) ASSERT_EQ(size, stations.size());
-        for (std::size_t i = 0; i < samples.size(); ++i) {
-            EXPECT_DOUBLE_EQ(samples[i].station, stations[i]);
-            EXPECT_THAT(samples[i].point, IsNear(Point2D(1, 1 + stations[i]), 1e-14));
-            EXPECT_EQ(samples[i].point, points[i]);
-            EXPECT_THAT(samples[i].tangent, IsNear(Vec2D(0, 1), 0.0));
-            EXPECT_THAT(inSpace[i].point, IsNear(Point3D(points[i], 7.0), 0.0));
-            EXPECT_TRUE(inSpace[i].station == samples[i].station && inSpace[i].tangent.GetY() == 1.0);
+    const auto check = [&rows](const auto& element) {
+        for (const auto& [why, from, to, step, close, stations] : rows) {
+            SCOPED_TRACE(why);
+            auto samples = std::vector<decltype(At(element, 0.0))>();
+            auto points = std::vector<decltype(At(element, 0.0).point)>();
+            EXPECT_EQ(element.MakePoints(from, to, step, samples, close), !stations.empty());
+            EXPECT_EQ(element.MakePoints(from, to, step, points, close), !stations.empty());
+            ASSERT_TRUE(samples.size() == stations.size() && points.size() == stations.size());
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                EXPECT_DOUBLE_EQ(samples[i].station, stations[i]);
+                EXPECT_THAT(points[i], IsNear(At(element, stations[i]).point, 1e-14));
+                EXPECT_THAT(samples[i].point, IsNear(points[i], 0.0));
+                EXPECT_THAT(samples[i].tangent, IsNear(At(element, stations[i]).tangent, 1e-15));
+            }
+            EXPECT_TRUE(element.MakePoints(0.0, 4.0, 0.0004, points, true));
+            EXPECT_EQ(points.size(), stations.size() + 10001U) << "no drift";
         }
-    }
-    std::vector<Point2D> many;
-    EXPECT_TRUE(Line2D(Point2D(0, 0), Point2D(1000, 0)).MakePoints(0.0, 1000.0, 0.1, many, true));
-    EXPECT_EQ(many.size(), 10001U);
+    };
+    check(Line2D(Point2D(1, 1), Point2D(1, 5)));
+    check(Line3D(Point3D(1, 1, 7), Point3D(1, 5, 7)));
+    check(Arc2D(Point2D(4, 0), Point2D(0, 0), Angle(-1.0)));
 }
 
 TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
@@ -164,15 +155,14 @@ TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
 
 TEST(LineTest, LawsOnRandomLines) {
     RandomNumbers random(20261);
-    const auto any = [&] { return Point2D(random(-500.0, 500.0), random(-500.0, 500.0)); };
+    const auto any = [&] { return Vec2D(random(-500.0, 500.0), random(-500.0, 500.0)); };
     for (int i = 0; i < 200; ++i) {
-        const Line2D line(any() + kOrigins[i % 2], any() + kOrigins[i % 2]);
+        const Line2D line(surveyOrigins[i % 2] + any(), surveyOrigins[i % 2] + any());
         for (const double share : {0.0, random(0.01, 0.99), 1.0}) CheckStation(line, share * line.GetLength(), 1e-8);
         CheckPieces(line, false, 4e-9, 1e-9);
         std::vector<std::unique_ptr<IGeometry>> pieces;
         const Point2D middle = line.GetMiddlePoint();
-        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, pieces, kTolerances));
-        ASSERT_EQ(pieces.size(), 2U);
+        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, pieces, kTolerances) && pieces.size() == 2);
         EXPECT_NEAR(pieces[0]->GetLength(), pieces[1]->GetLength(), 1e-8);
         const std::unique_ptr<IGeometry> back(line.CloneAsReverse());
         EXPECT_TRUE(back->IsEqualTo(Line2D(line.GetEnd(), line.GetStart()), 1e-300));
@@ -193,9 +183,9 @@ TEST(Line3DTest, HeightsOverThePlan) {
 }
 
 TEST(Line3DTest, ElementOperationsInSpace) {
-    for (const Vec2D& origin : kOrigins) {
+    for (const Point2D& origin : surveyOrigins) {
         const Vec3D span(2, 3, 6), up(0, 0, 0.01);
-        const Point3D start = Point3D(0, 0, 100) + Vec3D(origin, 0.0);
+        const Point3D start(origin, 100.0);
         const Line3D line(start, start + span);
         EXPECT_NEAR(line.GetLength2D(), std::sqrt(13.0), 1e-9);
         const Point3D p = CheckRoundTrip(line, 3.5, 1e-8);
@@ -207,10 +197,6 @@ TEST(Line3DTest, ElementOperationsInSpace) {
         EXPECT_TRUE(line.IsPointOnGeometry(p, kTolerances) && length == -1.0);
         EXPECT_THAT(line.GetNearestPoint(p + Vec3D(3, -2, 0), kTolerances), IsNear(p, 1e-8));
         EXPECT_THAT(line.GetNearestPoint(start - Vec3D(1, 1, 1), kTolerances), IsNear(start, 0.0));
-        std::vector<Point3D> points;
-        EXPECT_TRUE(line.MakePoints(0.0, 100.0, 3.0, points, true));
-        ASSERT_EQ(points.size(), 4U);
-        EXPECT_THAT(points.back(), IsNear(line.GetEnd(), 1e-8));
         Line3D longer(line);
         EXPECT_TRUE(longer.ExtendEnd(line.GetEnd() + span, kTolerances));
         EXPECT_NEAR(longer.GetLength(), 14.0, 1e-8);

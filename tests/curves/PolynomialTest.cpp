@@ -5,10 +5,9 @@ namespace Kalvio::Math {
 namespace {
 
 void Multiply(std::vector<double>& p, const Polynomial& factor) {
-    const unsigned int degree = factor.GetDegree();
-    std::vector<double> product(p.size() + degree, 0.0);
+    std::vector<double> product(p.size() + factor.GetDegree(), 0.0);
     for (std::size_t i = 0; i < p.size(); ++i) {
-        for (unsigned int j = 0; j <= degree; ++j) product[i + j] += p[i] * factor[j];
+        for (unsigned int j = 0; j <= factor.GetDegree(); ++j) product[i + j] += p[i] * factor[j];
     }
     p = product;
 }
@@ -17,8 +16,7 @@ void Multiply(std::vector<double>& p, const Polynomial& factor) {
 // compares the product of the factors with it, relative to lead (x + |root|)....
 void CheckFactors(double lead, const std::vector<std::complex<double>>& roots, unsigned int leadingZeros,
                   double bound) {
-    std::vector<double> p{lead};
-    std::vector<double> magnitudes{std::abs(lead)};
+    std::vector<double> p{lead}, magnitudes{std::abs(lead)}, product{1.0};
     for (const std::complex<double>& z : roots) {
         const bool real = z.imag() == 0.0;
         Multiply(p, real ? Polynomial{-z.real(), 1.0} : Polynomial{std::norm(z), -2.0 * z.real(), 1.0});
@@ -31,7 +29,6 @@ void CheckFactors(double lead, const std::vector<std::complex<double>>& roots, u
     ASSERT_TRUE(Polynomial(p).FindQuadraticFactors(rest, factors));
     ASSERT_EQ(factors.size(), 1 + (size - 1) / 2) << "appended";
     ASSERT_EQ(rest.GetDegree(), (size - 1) % 2);
-    std::vector<double> product{1.0};
     Multiply(product, rest);
     for (std::size_t i = 1; i < factors.size(); ++i) {
         ASSERT_EQ(factors[i][2], 1.0);
@@ -108,12 +105,11 @@ TEST(PolynomialTest, QuadraticRootsKeepTheirDigits) {
         {"negative lead, complex", -1.0, 2.0, -5.0, {1.0, 2.0}, {1.0, -2.0}},
     };
     for (const auto& [why, a, b, c, x1, x2] : rows) {
-        SCOPED_TRACE(why);
         std::vector<std::complex<double>> roots;
-        ASSERT_EQ((Polynomial{c, b, a, 0.0}.FindQuadraticEquationRoots(roots)), 2);
+        ASSERT_EQ((Polynomial{c, b, a, 0.0}.FindQuadraticEquationRoots(roots)), 2) << why;
         if (std::abs(roots[0] - x1) > std::abs(roots[1] - x1)) std::swap(roots[0], roots[1]);
-        EXPECT_LE(std::abs(roots[0] - x1), 4e-16 * std::abs(x1));
-        EXPECT_LE(std::abs(roots[1] - x2), 4e-16 * std::abs(x2));
+        EXPECT_LE(std::abs(roots[0] - x1), 4e-16 * std::abs(x1)) << why;
+        EXPECT_LE(std::abs(roots[1] - x2), 4e-16 * std::abs(x2)) << why;
     }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvio/curves/IPolyline2DElement.h"
+#include "kalvio/Math.h"
 #include "support/Concurrently.h"
 #include "support/Testing.h"
 
@@ -109,15 +109,21 @@ void CheckEnds(const Curve& curve, const Reference& reference, const Vec2D& dire
     CheckMotion(curve, rounding);
 }
 
-// A point on the curve has its station, from both ends, and its tangent; one beside it has none.
+// A point on the curve, or off it by less than the tolerance, has its station, from both ends, and its tangent; one
+// beside it has none.
 template <class Curve>
 void CheckStation(const Curve& curve, double station, double tolerance, double rounding = 4e-9) {
     const auto sample = At(curve, station);
+    const double off = station > 0.0 && station < curve.GetLength() ? 0.9e-4 : 0.0;
+    const Point2D within = sample.point - sample.tangent.GetNormalVector(true) * off;
     double fromStart = -1.0, fromEnd = -1.0;
-    ASSERT_TRUE(curve.GetLengthFromStartPoint(sample.point, fromStart, tolerance));
-    ASSERT_TRUE(curve.GetLengthFromEndPoint(sample.point, fromEnd, tolerance));
-    EXPECT_NEAR(fromStart, station, tolerance);
-    EXPECT_NEAR(fromEnd, curve.GetLength() - station, tolerance);
+    for (const auto& [p, allowed] : {std::pair(within, 1e-4), std::pair(sample.point, tolerance)}) {
+        ASSERT_TRUE(curve.GetLengthFromStartPoint(p, fromStart, allowed));
+        ASSERT_TRUE(curve.GetLengthFromEndPoint(p, fromEnd, allowed));
+        EXPECT_TRUE(curve.IsPointOnGeometry(p, kTolerances));
+        EXPECT_NEAR(fromStart, station, tolerance);
+        EXPECT_NEAR(fromEnd, curve.GetLength() - station, tolerance);
+    }
     Vec2D tangent;
     ASSERT_TRUE(curve.ComputeTangent(sample.point, tangent, kTolerances));
     const double sign = requires { curve.GetParameterK(); }
