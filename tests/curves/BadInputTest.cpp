@@ -30,8 +30,8 @@ void ExpectTold(const char* name, Call&& call) {
 
 // Every question to an element, by a point, a station and a tolerance of such numbers; and to what a move left behind.
 template <class Element>
-void CheckElement(const char* kind, const Element& element, double u, double v) {
-    SCOPED_TRACE(testing::Message() << kind << " asked with " << u << " and " << v);
+void CheckElement(const Element& element, double u, double v) {
+    SCOPED_TRACE(testing::Message() << GetName(element.GetType()) << " asked with " << u << " and " << v);
     const Point2D p(u, v);
     const Tolerances t(v);
     if constexpr (requires(Polyline2D::PolylinePoint s) { element.GetNormalPoint(p, v, s); }) {
@@ -76,21 +76,15 @@ TEST(BadInputTest, PlanElementsTellWhatTheyCannotAnswer) {
         const double a = kBad[i % 9], b = kBad[i / 9 % 9], u = kBad[i / 81 % 9], v = kBad[i / 729];
         SCOPED_TRACE(testing::Message() << "made of " << a << " and " << b);
         const Point2D from(0, 0), p(a, b);
-        const Arc2D arc(Point2D(1, 0), p, Angle(a));
-        const Clothoid clothoid(0.0, a, b, from, Vec2D(1, 0));
-        const Spiral2D spiral(Spiral2D::Spiral2DType::Bloss, a, 0.0, b, from, Vec2D(1, 0));
-        const Parabola parabola(from, p, a, b, 0.0);
-        const LineString2D string{from, Point2D(3, 0), p};
-        Polyline2D chain;
-        EXPECT_TRUE(chain.AppendElement(Line2D(from, p)) && chain.AppendElement(arc) && chain.AppendElement(clothoid));
-        EXPECT_TRUE(chain.AppendElement(spiral) && chain.AppendElement(parabola) && chain.AppendElement(string));
-        CheckElement("line", Line2D(from, p), u, v);
-        CheckElement("arc", arc, u, v);
-        CheckElement("clothoid", clothoid, u, v);
-        CheckElement("spiral", spiral, u, v);
-        CheckElement("parabola", parabola, u, v);
-        CheckElement("string", string, u, v);
-        CheckElement("chain", chain, u, v);
+        const auto check = [&](const auto&... made) {
+            Polyline2D chain;
+            EXPECT_TRUE((chain.AppendElement(made) && ...));
+            (CheckElement(made, u, v), ...);
+            CheckElement(chain, u, v);
+        };
+        check(Line2D(from, p), Arc2D(Point2D(1, 0), p, Angle(a)), Clothoid(0.0, a, b, from, Vec2D(1, 0)),
+              Spiral2D(Spiral2D::Spiral2DType::Bloss, a, 0.0, b, from, Vec2D(1, 0)), Parabola(from, p, a, b, 0.0),
+              LineString2D{from, Point2D(3, 0), p});
     }
 }
 

@@ -96,26 +96,6 @@ TEST(Spiral2DTest, SettersMakeItAnew) {
         EXPECT_EQ(spiral.IsEqualTo(Spiral2D(type, -600, -300, 100, Point2D(), Vec2D(1, 0)), 1e-12),
                   type == Type::Bloss);
     EXPECT_THAT(spiral.GetEnd(), IsNear(Point2D(99.1521161334862303, -10.7818251389962051), 1e-12));
-
-    // In a chain it is an element like every other, and alone in one equal to it.
-    const Clothoid out(-300, 0, 150, spiral.GetEnd(), spiral.GetEndTangent());
-    const Parabola sag(Point2D(0, 0), Point2D(10, 1), 0.01, 0.0, 0.0);
-    const IPolyline2DElement* const elements[] = {&spiral, &sag, &out};
-    for (const IPolyline2DElement* const element : elements) {
-        Polyline2D chain;
-        for (const bool alone : {true, false}) {
-            chain.AppendElement(static_cast<IPolyline2DElement*>(element->Clone()));
-            EXPECT_EQ(chain.IsEqualTo(*element, 1e-12), alone);
-            EXPECT_EQ(element->IsEqualTo(chain, 1e-12), alone);
-        }
-    }
-    const std::unique_ptr<Polyline2D> chain(static_cast<Polyline2D*>(spiral.Append(&out)));
-    EXPECT_THAT(At(*chain, 40.0).point, IsNear(At(spiral, 40.0).point, 1e-12));
-    EXPECT_NEAR(chain->LengthFromStartPoint(out.GetEnd(), 1e-6), 175.0, 1e-6);
-    std::vector<Polyline2D::PolylinePoint> samples;
-    ASSERT_TRUE(chain->MakePointsAndTangentsUsingHeight(0.0, 175.0, samples, 0.01, 1e-9));
-    EXPECT_GT(samples.size(), 10u);
-    EXPECT_FALSE(Geometry::AreEqual(spiral, *chain, 1e-6));
 }
 
 }  // namespace
