@@ -60,9 +60,9 @@ auto At(const Curve& curve, double station) {
     return sample;
 }
 
-template <class Curve>
-Point2D NearestOn(const Curve& curve, const Point2D& query) {
-    const Point2D nearest = curve.GetNearestPoint(query, kTolerances);
+template <class Curve, class Point>
+Point NearestOn(const Curve& curve, const Point& query) {
+    const Point nearest = curve.GetNearestPoint(query, kTolerances);
     EXPECT_TRUE(curve.IsPointOnGeometry(nearest, Tolerances(1e-8, 1e-10)));
     if constexpr (requires(Sample sample) { curve.GetNearestPoint(query, 0.0, 1.0, sample); }) {
         Sample sample;
@@ -109,13 +109,16 @@ void CheckEnds(const Curve& curve, const Reference& reference, const Vec2D& dire
     CheckMotion(curve, rounding);
 }
 
+inline Vec2D Sideways(const Vec2D& tangent) { return tangent.GetNormalVector(true); }
+inline Vec3D Sideways(const Vec3D& tangent) { return tangent.CrossProduct(Vec3D(0.3, -0.5, 0.8)).Normalize(); }
+
 // A point on the curve, or off it by less than the tolerance, has its station, from both ends, and its tangent; one
 // beside it has none.
 template <class Curve>
 void CheckStation(const Curve& curve, double station, double tolerance, double rounding = 4e-9) {
     const auto sample = At(curve, station);
     const double off = station > 0.0 && station < curve.GetLength() ? 0.9e-4 : 0.0;
-    const Point2D within = sample.point - sample.tangent.GetNormalVector(true) * off;
+    const auto within = sample.point - Sideways(sample.tangent) * off;
     double fromStart = -1.0, fromEnd = -1.0;
     for (const auto& [p, allowed] : {std::pair(within, 1e-4), std::pair(sample.point, tolerance)}) {
         ASSERT_TRUE(curve.GetLengthFromStartPoint(p, fromStart, allowed));
@@ -124,12 +127,12 @@ void CheckStation(const Curve& curve, double station, double tolerance, double r
         EXPECT_NEAR(fromStart, station, tolerance);
         EXPECT_NEAR(fromEnd, curve.GetLength() - station, tolerance);
     }
-    Vec2D tangent;
+    auto tangent = sample.tangent;
     ASSERT_TRUE(curve.ComputeTangent(sample.point, tangent, kTolerances));
     const double sign = requires { curve.GetParameterK(); }
     &&sample.tangent.GetX() < 0.0 ? -1.0 : 1.0;
     EXPECT_THAT(tangent, IsNear(sample.tangent * sign, 1e-5)) << "a parabola answers (1, u) whichever way it runs";
-    const Point2D beside = sample.point + sample.tangent.GetNormalVector(true) * 1.1e-4;
+    const auto beside = sample.point + Sideways(sample.tangent) * 1.1e-4;
     EXPECT_FALSE(curve.IsPointOnGeometry(beside, kTolerances));
     EXPECT_FALSE(curve.GetLengthFromStartPoint(beside, fromStart, 1e-4));
     EXPECT_FALSE(curve.GetLengthFromEndPoint(beside, fromEnd, 1e-4));
