@@ -86,7 +86,9 @@ TEST(ArcTest, LawsOnRandomArcs) {
         ASSERT_TRUE(arc.MakeArc(0.2 * length, 0.7 * length, part));
         EXPECT_THAT(part.GetMiddlePoint(), IsNear(At(arc, 0.45 * length).point, 1e-8));
         EXPECT_NEAR(part.GetLength(), 0.5 * length, 1e-8);
-        EXPECT_TRUE(again.Set(part.GetStart(), part.GetMiddlePoint(), part.GetEnd()) && again.IsEqualTo(part, 1e-7));
+        ASSERT_TRUE(again.Set(part.GetStart(), part.GetMiddlePoint(), part.GetEnd()));
+        EXPECT_THAT(again.GetEnd(), IsNear(part.GetEnd(), 4e-9));
+        EXPECT_THAT(again.GetMiddlePoint(), IsNear(part.GetMiddlePoint(), 8e-9));
         for (int k = 0; k < 3; ++k) {  // the box allows itself 0.005 on either axis
             CheckAgainstSamples(arc, center + Vec2D(random(-2.0, 2.0), random(-2.0, 2.0)) * r, 1e-8, 0.0075);
         }
@@ -234,6 +236,8 @@ TEST(ArcTest, ArcsInSpaceFollowTheirCircle) {
             EXPECT_NEAR(reversed.LengthFromEndPoint(sample.point, 1e-8), sample.station, 1e-8);
             if (k % 20 == 0) CheckStation(arc, sample.station, 1e-8, 1e-8);
             Vec3D tangent;
+            ASSERT_TRUE(arc.ComputeTangent(sample.point, tangent, tight));
+            EXPECT_THAT(tangent, IsNear(sample.tangent, 1e-8));
             EXPECT_FALSE(arc.ComputeTangent(sample.point + normal * 2e-8, tangent, tight)) << "off its plane";
             EXPECT_LE(query.Distance(nearest), query.Distance(sample.point) + 1e-8);
             for (const int axis : {0, 1, 2}) {

@@ -7,40 +7,35 @@ namespace {
 using Complex = std::complex<double>;
 
 TEST(CubicFunctionTest, RootsOfKnownFunctions) {
-    struct Row {
-        const char* why;
-        CubicFunction f;
-        int number, real;
-        Complex roots[3];
-        double bound;  // relative to each root's magnitude
+    // The real ones come first; the bound is relative to each root's magnitude.
+    const std::tuple<const char*, CubicFunction, int, std::vector<Complex>, double> rows[] = {
+        {"one real, sorted first", {1.0, -4.0, 9.0, -10.0}, 1, {2.0, {1.0, 2.0}, {1.0, -2.0}}, 1e-15},
+        {"triple", {1.0, -3.3, 3.63, -1.331}, 3, {1.1, 1.1, 1.1}, 1e-15},
+        {"double below simple", {1.0, -4.0, 5.0, -2.0}, 3, {1.0, 1.0, 2.0}, 1e-15},
+        {"double above simple, coefficients rounded", {1.0, 0.1, -0.1892, 0.026136}, 3, {-0.54, 0.22, 0.22}, 2e-15},
+        {"inflection at the middle root", {1.0, 0.0, -4.0, 0.0}, 3, {-2.0, 0.0, 2.0}, 1e-15},
+        {"magnitudes far apart", {1.0, -(1e8 + 1.0 + 1e-8), 1e8 + 1.0 + 1e-8, -1.0}, 3, {1e-8, 1.0, 1e8}, 1e-15},
+        {"small leading coefficient, above epsilon", {1e-11, 1.0, -3.0, 2.0}, 3, {-1.0e11 - 3.0, 1.0, 2.0}, 1e-10},
+        {"roots of 1e-4 beside tiny values", {1.0, -6e-4, 11e-8, -6e-12}, 3, {1e-4, 2e-4, 3e-4}, 1e-14},
+        {"leading coefficient within epsilon", {9e-13, 1.0, -5.0, 6.0}, 2, {2.0, 3.0}, 1e-15},
+        {"quadratic with a complex pair", {0.0, 1.0, -2.0, 5.0}, 0, {{1.0, 2.0}, {1.0, -2.0}}, 1e-15},
+        {"not a number", {1.0, kNan, 0.0, 1.0}, 0, {}, 0.0},
     };
-    const Row rows[] = {
-        {"one real, sorted first", {1.0, -4.0, 9.0, -10.0}, 3, 1, {2.0, {1.0, 2.0}, {1.0, -2.0}}, 1e-15},
-        {"triple", {1.0, -3.3, 3.63, -1.331}, 3, 3, {1.1, 1.1, 1.1}, 1e-15},
-        {"double below simple", {1.0, -4.0, 5.0, -2.0}, 3, 3, {1.0, 1.0, 2.0}, 1e-15},
-        {"double above simple, coefficients rounded", {1.0, 0.1, -0.1892, 0.026136}, 3, 3, {-0.54, 0.22, 0.22}, 2e-15},
-        {"inflection at the middle root", {1.0, 0.0, -4.0, 0.0}, 3, 3, {-2.0, 0.0, 2.0}, 1e-15},
-        {"magnitudes far apart", {1.0, -(1e8 + 1.0 + 1e-8), 1e8 + 1.0 + 1e-8, -1.0}, 3, 3, {1e-8, 1.0, 1e8}, 1e-15},
-        {"small leading coefficient, above epsilon", {1e-11, 1.0, -3.0, 2.0}, 3, 3, {-1.0e11 - 3.0, 1.0, 2.0}, 1e-10},
-        {"roots of 1e-4 beside tiny values", {1.0, -6e-4, 11e-8, -6e-12}, 3, 3, {1e-4, 2e-4, 3e-4}, 1e-14},
-        {"leading coefficient within epsilon", {9e-13, 1.0, -5.0, 6.0}, 2, 2, {2.0, 3.0}, 1e-15},
-        {"quadratic with a complex pair", {0.0, 1.0, -2.0, 5.0}, 2, 0, {{1.0, 2.0}, {1.0, -2.0}}, 1e-15},
-        {"not a number", {1.0, kNan, 0.0, 1.0}, 0, 0, {}, 0.0},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.why);
+    for (const auto& [why, f, reals, roots, bound] : rows) {
+        SCOPED_TRACE(why);
         const Complex untouched(7.0, 7.0);
         Complex all[3] = {untouched, untouched, untouched};
         double real[3] = {7.0, 7.0, 7.0};
-        ASSERT_EQ(row.f.GetRoots(all[0], all[1], all[2]), row.number);
-        ASSERT_EQ(row.f.GetRoots(real), row.real);
+        ASSERT_EQ(f.GetRoots(all[0], all[1], all[2]), static_cast<int>(roots.size()));
+        ASSERT_EQ(f.GetRoots(real), reals);
         for (int i = 0; i < 3; ++i) {
             double value = 7.0;
-            EXPECT_EQ(row.f.GetRoot(i, value), i < row.real);
-            EXPECT_TRUE(value == (i < row.real ? all[i].real() : 7.0) && real[i] == value);
-            const Complex expected = i < row.number ? row.roots[i] : untouched;
-            EXPECT_LE(std::abs(all[i] - expected), row.bound * std::abs(expected)) << all[i];
-            EXPECT_TRUE(i < row.number ? row.f.GetRoot(i) == all[i] : std::isnan(row.f.GetRoot(i).real()));
+            EXPECT_EQ(f.GetRoot(i, value), i < reals);
+            EXPECT_TRUE(value == (i < reals ? all[i].real() : 7.0) && real[i] == value);
+            const bool isRoot = i < static_cast<int>(roots.size());
+            const Complex expected = isRoot ? roots[i] : untouched;
+            EXPECT_LE(std::abs(all[i] - expected), bound * std::abs(expected)) << all[i];
+            EXPECT_TRUE(isRoot ? f.GetRoot(i) == all[i] : std::isnan(f.GetRoot(i).real()));
         }
     }
 }

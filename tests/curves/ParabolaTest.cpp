@@ -123,6 +123,9 @@ TEST(ParabolaTest, StationsAgreeWithEachOtherAndWithChords) {
                 EXPECT_THAT(across.point, IsNear(sample.point, 10.0 * noise));
                 EXPECT_THAT(across.tangent, IsNear(sample.tangent, noise));
                 EXPECT_NEAR(across.station, station, 10.0 * noise + 1e-11);
+                const Point2D beside = sample.point + sample.tangent.GetNormalVector(i % 500 == 0) * 9e-5;
+                EXPECT_NEAR(parabola.LengthFromStartPoint(beside, 1e-4), station, 10.0 * noise);
+                EXPECT_NEAR(parabola.LengthFromEndPoint(beside, 1e-4), length - station, 20.0 * noise);
                 EXPECT_TRUE(parabola.GetBoundingBox().IsPointInside(sample.point, 10.0 * noise));
             }
             CheckPieces(parabola, false, 10.0 * noise, noise);

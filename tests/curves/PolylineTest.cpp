@@ -370,8 +370,8 @@ TEST(PolylineTest, SamplesByHeightKeepItOnTinyElements) {
 template <class Chain, class... Curves>
 void CheckChainsOfOne(const Curves&... curves) {
     const auto check = [](const IGeometry& curve, Chain chain, bool isAlone) {
-        EXPECT_EQ(curve.IsEqualTo(chain, 1e-9), isAlone) << GetName(curve.GetType());
-        EXPECT_EQ(chain.IsEqualTo(curve, 1e-9), isAlone) << GetName(curve.GetType());
+        EXPECT_EQ(curve.IsEqualTo(chain, 1e-12), isAlone) << GetName(curve.GetType());
+        EXPECT_EQ(chain.IsEqualTo(curve, 1e-12), isAlone) << GetName(curve.GetType());
     };
     (check(curves, ChainOf<Chain>(curves), true), ...);
     (check(curves, ChainOf<Chain>(curves, curves), false), ...);
@@ -388,6 +388,9 @@ TEST(PolylineTest, AChainEqualsTheOneCurveInItBothWays) {
     EXPECT_THAT(At(AsPolyline(chain), 40.0).point, IsNear(At(in, 40.0).point, 1e-12));
     EXPECT_NEAR(AsPolyline(chain).LengthFromStartPoint(out.GetEnd(), 1e-6), 175.0, 1e-6);
     EXPECT_FALSE(Geometry::AreEqual(in, AsPolyline(chain), 1e-6));
+    std::vector<Polyline2D::PolylinePoint> samples;
+    ASSERT_TRUE(AsPolyline(chain).MakePointsAndTangentsUsingHeight(0.0, 175.0, samples, 0.01, 1e-9));
+    EXPECT_GT(samples.size(), 10u);
 }
 
 // Far along a chain a station is coarser than what an element allows beyond its end.

@@ -28,10 +28,8 @@ void CheckArea(const Polygon2D& polygon, bool isValid, bool tame) {
     if (isValid) Require(triangulated);
     double sum = 0.0;
     for (std::size_t i = 0; i + 2 < corners.size(); i += 3) {
-        const Point3D& a = lifted.GetPointOfAll(corners[i]);
-        const Vec3D u = lifted.GetPointOfAll(corners[i + 1]) - a;
-        const Vec3D v = lifted.GetPointOfAll(corners[i + 2]) - a;
-        sum += 0.5 * std::abs(u.CrossProduct(v).GetZ());
+        const auto corner = [&](std::size_t k) { return lifted.GetPointOfAll(corners[i + k]); };
+        sum += Triangle3D(corner(0), corner(1), corner(2)).GetArea();
     }
     if (isValid) Require(std::abs(sum - area) <= 1e-6 * (1.0 + area));
 }
