@@ -30,18 +30,23 @@ Arc2D ArcAt(const Corners& corners, std::size_t i) {
     return {PointAt(corners, i), PointAt(corners, i) + toCenter, Angle(sweep)};
 }
 
+struct Rings {
+    RingCurve2D ring;
+    RingCurve3D spatial;
+};
+
 // The same ring in plan, moved to the origin, and in space. Lines that follow each other may be gathered.
-void Lay(const Corners& corners, const Point2D& origin, bool asLineStrings, const Placement& placement,
-         RingCurve2D& ring, RingCurve3D& spatial) {
+Rings Lay(const Corners& corners, bool asLineStrings, const Point2D& origin = {}, const Placement& placement = kLevel) {
+    Rings made;
+    const Vec2D move = origin - Point2D();
     for (std::size_t i = 0; i < corners.size();) {
         if (corners[i].sweep != 0.0) {
             const Arc2D arc = ArcAt(corners, i++);
             const Point3D center = placement.At(arc.GetCenter() - Point2D());
             const Plane3D plane(center, placement.u.CrossProduct(placement.v));
-            ASSERT_TRUE(spatial.AppendElement(
-                new Arc3D(placement.At(arc.GetStart() - Point2D()), center, arc.GetAngle(), plane)));
-            const Vec2D move = origin - Point2D();
-            ASSERT_TRUE(ring.AppendElement(new Arc2D(arc.GetStart() + move, arc.GetCenter() + move, arc.GetAngle())));
+            const Arc3D lifted(placement.At(arc.GetStart() - Point2D()), center, arc.GetAngle(), plane);
+            const Arc2D moved(arc.GetStart() + move, arc.GetCenter() + move, arc.GetAngle());
+            EXPECT_TRUE(made.spatial.AppendElement(lifted) && made.ring.AppendElement(moved));
             continue;
         }
         LineString2D run{PointAt(corners, i)};
@@ -49,13 +54,13 @@ void Lay(const Corners& corners, const Point2D& origin, bool asLineStrings, cons
         do run.AppendPoint(PointAt(corners, ++i));
         while (asLineStrings && i < corners.size() && corners[i].sweep == 0.0);
         for (const Point2D& p : std::as_const(run).GetPoints()) lifted.AppendPoint(placement.At(p - Point2D()));
-        run.Translate(origin - Point2D());
-        const auto append = [asLineStrings](auto& to, const auto& string, const auto& line) {
-            return asLineStrings ? to.AppendElement(string.Clone()) : to.AppendElement(line.Clone());
+        run.Translate(move);
+        const auto append = [asLineStrings](auto& to, const auto& string) {
+            return asLineStrings ? to.AppendElement(string) : to.AppendElement(string.GetElementAtIndex(0));
         };
-        ASSERT_TRUE(append(ring, run, run.GetElementAtIndex(0)));
-        ASSERT_TRUE(append(spatial, lifted, lifted.GetElementAtIndex(0)));
+        EXPECT_TRUE(append(made.ring, run) && append(made.spatial, lifted));
     }
+    return made;
 }
 
 TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
@@ -86,9 +91,7 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
         for (int form = 0; form < 16; ++form) {
             SCOPED_TRACE(testing::Message() << why << ", form " << form);
             const Placement& placement = placements[form / 4];
-            RingCurve2D ring;
-            RingCurve3D spatial;
-            Lay(corners, surveyOrigins[form / 2 % 2], form / 4 % 2 == 0, placement, ring, spatial);
+            auto [ring, spatial] = Lay(corners, form / 4 % 2 == 0, surveyOrigins[form / 2 % 2], placement);
             EXPECT_TRUE(ring.IsContinuous(1e-6) && spatial.IsContinuous(1e-6));
             EXPECT_NEAR(spatial.GetLength(), ring.GetLength(), 1e-6);
             if (form % 2 != 0) ring.Reverse();
@@ -124,13 +127,10 @@ TEST(RingCurveTest, ArcsJoinTheirChordsWithoutSeam) {
         {"not a number", {{0, 0}, {4, 0, kPi}, {4, 2}, {0, 2}}, Point2D(kNan, 1), false},
     };
     for (const auto& [why, corners, p, expected] : rows) {
-        RingCurve2D ring;
-        RingCurve3D spatial;
-        Lay(corners, Point2D(), false, kLevel, ring, spatial);
-        EXPECT_EQ(ring.IsPointInside(p, 1e-4), expected) << why;
+        EXPECT_EQ(Lay(corners, false).ring.IsPointInside(p, 1e-4), expected) << why;
     }
     RingCurve2D circle;
-    circle.AppendElement(new Arc2D(Point2D(2, 0), Point2D(0, 0), Angle(2 * kPi)));
+    circle.AppendElement(Arc2D(Point2D(2, 0), Point2D(0, 0), Angle(2 * kPi)));
     EXPECT_TRUE(circle.IsPointInside(Point2D(-1, 1), 1e-4) && !circle.IsPointInside(Point2D(-1.5, 1.5), 1e-4));
     EXPECT_FALSE(RingCurve3D().IsPointInside(Point3D(0, 0, 0), 1e-4)) << "no elements, no plane";
 }
@@ -152,9 +152,7 @@ TEST(RingCurveTest, OnlyLinesArcsAndLineStringsAreTaken) {
 
 TEST(RingCurveTest, PlacesShortElementsAndRemovalAreThoseOfAClosedChain) {
     // A 4 x 3 rectangle with a chamfer of length 0.5 at (4, 3).
-    RingCurve2D ring;
-    RingCurve3D spatial;
-    Lay({{0, 0}, {4, 0}, {4, 2.6}, {3.7, 3}, {0, 3}}, Point2D(), false, kLevel, ring, spatial);
+    auto [ring, spatial] = Lay({{0, 0}, {4, 0}, {4, 2.6}, {3.7, 3}, {0, 3}}, false);
     // A joint counts once, where the ring closes twice.
     const std::pair<Point2D, std::vector<double>> passages[] = {
         {Point2D(4, 1), {5.0}}, {Point2D(4, 2.6), {6.6}}, {Point2D(0, 0), {0.0, 13.8}}, {Point2D(2, 2), {}}};
@@ -185,13 +183,12 @@ TEST(RingCurveTest, PlacesShortElementsAndRemovalAreThoseOfAClosedChain) {
 }
 
 TEST(RingCurveTest, PolygonsOfCurvesCutInnerRingsOutAndCopyDeeply) {
-    PolygonCurve2D polygon;
-    PolygonCurve3D spatial;
-    Lay({{0, 0}, {10, 0, kPi}, {10, 4}, {0, 4}}, Point2D(), true, kLevel, polygon.GetBoundary(), spatial.GetBoundary());
-    auto hole = std::make_unique<RingCurve2D>();
-    auto holeInSpace = std::make_unique<RingCurve3D>();
-    Lay({{3, 2, kPi}, {5, 2, kPi}}, Point2D(), true, kLevel, *hole, *holeInSpace);
-    EXPECT_TRUE(polygon.AppendInnerRing(std::move(hole)) && spatial.AppendInnerRing(*holeInSpace));
+    const Rings outer = Lay({{0, 0}, {10, 0, kPi}, {10, 4}, {0, 4}}, true),
+                hole = Lay({{3, 2, kPi}, {5, 2, kPi}}, true);
+    PolygonCurve2D polygon(outer.ring);
+    PolygonCurve3D spatial(outer.spatial);
+    EXPECT_TRUE(polygon.AppendInnerRing(std::make_unique<RingCurve2D>(hole.ring)));
+    EXPECT_TRUE(spatial.AppendInnerRing(hole.spatial));
     EXPECT_FALSE(polygon.AppendInnerRing(nullptr) || spatial.AppendInnerRing(std::unique_ptr<RingCurve3D>()));
     EXPECT_NEAR(polygon.GetLength(), 24.0 + 2 * kPi, 1e-9);
     EXPECT_THAT(polygon.GetBoundingBox().GetMaxPoint(), IsNear(Point2D(12, 4), 1e-9));

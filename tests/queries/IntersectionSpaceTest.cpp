@@ -8,11 +8,6 @@ using L = Line3D;
 
 Vec3D RandomUnit(RandomNumbers& random) { return Vec3D(random(-1, 1), random(-1, 1), random(0.1, 1)).Normalize(); }
 
-detail::PlaneFrame RandomFrame(RandomNumbers& random, const Point2D& origin) {
-    const Vec3D normal = RandomUnit(random), first = normal.CrossProduct(RandomUnit(random)).Normalize();
-    return {Point3D(origin, random(-9, 9)), first, normal.CrossProduct(first), normal};
-}
-
 TEST(IntersectionSpaceTest, LinesMeetWhereTheyWereMadeToAndTheShortestLineIsPerpendicular) {
     RandomNumbers random(20301);
     for (int round = 0; round < 400; ++round) {
@@ -90,8 +85,7 @@ TEST(IntersectionSpaceTest, Codes) {
 
 // A point of the line of intersection is on a piece when it is in the area.
 template <class IsInside>
-void CheckPieces(const std::vector<L>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane,
-                 IsInside&& isInside) {
+void CheckPieces(std::vector<L>& pieces, const detail::PlaneFrame& frame, const Plane3D& plane, IsInside&& isInside) {
     const Vec3D along = frame.normal.CrossProduct(plane.GetNormal()).Normalize(), up = along.CrossProduct(frame.normal);
     const Vec3D away = plane.GetProjection(frame.origin) - frame.origin;
     const Q foot = frame.origin + up * (away.NormSquared() / away.DotProduct(up));
@@ -111,13 +105,16 @@ void CheckPieces(const std::vector<L>& pieces, const detail::PlaneFrame& frame, 
         }
         EXPECT_TRUE(nearest <= 2e-5 || on == (isInside(p) ? 1 : 0)) << "not at an end of a piece";
     }
+    pieces.clear();
 }
 
 TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
     RandomNumbers random(20302);
     int straight = 0, curved = 0;
     for (int round = 0; round < 120; ++round) {
-        const detail::PlaneFrame frame = RandomFrame(random, surveyOrigins[round % 2]);
+        const Vec3D normal = RandomUnit(random), first = normal.CrossProduct(RandomUnit(random)).Normalize();
+        const Q origin(surveyOrigins[round % 2], random(-9, 9));
+        const detail::PlaneFrame frame{origin, first, normal.CrossProduct(first), normal};
         const Plane3D plane(frame.origin + frame.first * random(-2, 2), RandomUnit(random));
         Polygon2D plan(RandomStar(random, Point2D(), 9.0, 12));
         plan.AppendHoleBoundary(LineString2D(RandomStar(random, Point2D(), 1.7, 9)));
@@ -133,18 +130,15 @@ TEST(IntersectionSpaceTest, PlanesCutAreasWhereTheyAre) {
         for (int i = 0; i < 6; ++i) {
             Arc3D arc;
             ASSERT_TRUE(arc.Set(at(i, 6.0), at(i + 0.5, random(4.0, 8.0)), at(i + 1, 6.0)));
-            ring.AppendElement(arc.Clone());
+            ring.AppendElement(arc);
         }
         PolygonCurve3D area(ring);
-        auto* const circle = new RingCurve3D;
+        RingCurve3D circle;
         const Q center = frame.ToSpace(Point2D(random(-2, 2), 0.0));
-        const Plane3D flat(center, frame.normal);
-        circle->AppendElement(new Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), flat));
-        pieces.clear();
+        circle.AppendElement(Arc3D(center + frame.second * 1.2, center, Angle(2.0 * kPi), Plane3D(center, normal)));
         const int outer = I::RingCurvePlane(ring, plane, pieces, 1e-6);
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return ring.IsPointInside(p, 1e-6); });
         area.AppendInnerRing(circle);
-        pieces.clear();
         curved += I::PolygonCurvePlane(area, plane, pieces, 1e-6) - outer;
         CheckPieces(pieces, frame, plane, [&](const Point3D& p) { return area.IsPointInside(p, 1e-6); });
     }
@@ -183,7 +177,7 @@ TEST(IntersectionSpaceTest, AreasThatTouchThePlane) {
     // A disc that touches from outside, or reaches through by less than the tolerance: then the cut is its chord.
     for (const double reach : {-5e-5, 5e-5}) {
         RingCurve3D disc;
-        disc.AppendElement(new Arc3D(Q(-4 + reach, 2, 0), Q(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
+        disc.AppendElement(Arc3D(Q(-4 + reach, 2, 0), Q(-2 + reach, 2, 0), Angle(2.0 * kPi), Plane3D(0, 0, 1, 0)));
         pieces.clear();
         ASSERT_EQ(I::RingCurvePlane(disc, wall, pieces, kTolerances), R::Intersecting);
         EXPECT_NEAR(pieces[0].GetLength(), reach > 0.0 ? 2.0 * std::sqrt(4e-5 * 5.0 - 2.5e-9) : 0.0, 1e-9);
