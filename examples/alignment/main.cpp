@@ -32,7 +32,8 @@ constexpr const char* kUsage =
     "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y[,Z] ...] [--cross "
     "OTHER.xml]\n"
     "       [--offsets POINTS.csv [--offsets-csv OUT.csv]] [--space OUT.csv] [--reach METRES]\n"
-    "       alignment --design POINTS.csv [--transition NAME] [the same options]\n"
+    "       alignment --design POINTS.csv [--transition NAME] [--without-arcs] [--through X,Y ...] [the same options]\n"
+    "       alignment --join FROM --join TO [--radius R | --transition NAME] [the same options]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
@@ -43,6 +44,10 @@ constexpr const char* kUsage =
     "  --reach   how far those may be (100)\n"
     "  --design  instead of a file a table of tangent points: x,y,radius and the lengths of the transitions in and "
     "out\n"
+    "  --without-arcs  transitions grow, in the ratio of the table, until they meet\n"
+    "  --through point that the curve nearest to it is laid through by its radius; may be repeated\n"
+    "  --join    a line X,Y,X,Y or a circle X,Y,R (right turn: R negative): all arcs of --radius, or the transitions,\n"
+    "            from the first to the second\n"
     "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic or Cubic (Clothoid)\n"
     "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
     "  --cross   all common points with the alignments of another file, with the stations of both\n";
@@ -55,8 +60,7 @@ struct Options {
     std::vector<std::vector<double>> points;
     double reach = 100.0;
     std::string space;
-    std::string design;
-    std::string transition = "Clothoid";
+    DesignWishes design;
     std::string cross;
     std::string offsets;
     std::string offsetsCsv;
@@ -65,8 +69,12 @@ struct Options {
 Arguments ArgumentsOf(Options& options) {
     Arguments arguments;
     arguments.AddOptionalWord(options.file);
-    arguments.AddText("--design", options.design);
-    arguments.AddText("--transition", options.transition);
+    arguments.AddText("--design", options.design.table);
+    arguments.AddText("--transition", options.design.transition);
+    arguments.AddFlag("--without-arcs", options.design.hasNoArcs);
+    arguments.AddNumbers("--through", 2, options.design.through);
+    arguments.AddNumbers("--join", 3, options.design.joins, 4);
+    arguments.AddNumber("--radius", options.design.radius);
     arguments.AddPositive("--step", options.step);
     arguments.AddText("--svg", options.svg);
     arguments.AddText("--csv", options.csv);
@@ -456,17 +464,21 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
 }
 
 LandXmlFile Load(const Options& options) {
-    if (options.file.empty() == options.design.empty()) throw InputError("one file, or one table of tangent points");
-    if (options.design.empty()) return LoadLandXml(options.file);
+    const int inputs = (options.file.empty() ? 0 : 1) + (options.design.table.empty() ? 0 : 1) +
+                       (options.design.joins.empty() ? 0 : 1);
+    if (inputs != 1) throw InputError("one file, one table of tangent points, or one join");
+    if (!options.file.empty()) return LoadLandXml(options.file);
     LandXmlFile designed;
-    designed.alignments.push_back(DesignAlignment(options.design, options.transition));
+    designed.alignments = Design(options.design);
     return designed;
 }
 
 int Run(const Options& options) {
     const LandXmlFile file = Load(options);
     const std::string unit = UnitText(file.linearUnit);
-    std::fprintf(stderr, "%s: %zu alignment(s)\n", (options.file + options.design).c_str(), file.alignments.size());
+    std::fprintf(stderr, "%s: %zu alignment(s)\n",
+                 options.design.joins.empty() ? (options.file + options.design.table).c_str() : "join",
+                 file.alignments.size());
     for (const Alignment& alignment : file.alignments) {
         Report(alignment, unit);
         WarnOfGaps(alignment);
@@ -494,7 +506,7 @@ int Run(const Options& options) {
         std::fprintf(stderr, "wrote %s\n", options.space.c_str());
     }
     if (!options.svg.empty()) {
-        if (!DrawPicture(options.svg, file.alignments, unit, !options.design.empty()))
+        if (!DrawPicture(options.svg, file.alignments, unit, options.file.empty()))
             throw InputError(options.svg + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
     }

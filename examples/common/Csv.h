@@ -8,8 +8,11 @@ namespace Kalvio::Examples {
 
 /// Reads a table of numbers: commas between, a first line of titles and empty lines passed over.
 /// @param columns  numbers that every line must have
-/// @throws InputError for a file that is missing, and for a line with other than finite numbers or of another width
-std::vector<std::vector<double>> ReadCsv(const std::string& path, std::size_t columns);
+/// @param lines    where there is one, the number of the line of each row in the file is appended to it
+/// @throws InputError for a file that is missing, and with line and column for a line with other than finite numbers or
+///         of another width
+std::vector<std::vector<double>> ReadCsv(const std::string& path, std::size_t columns,
+                                         std::vector<std::size_t>* lines = nullptr);
 
 /// Numbers with commas between; empty when the text holds anything else.
 std::vector<double> ToNumbers(const std::string& text);

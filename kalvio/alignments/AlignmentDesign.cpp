@@ -21,6 +21,7 @@ using Law = AlignmentDesign::Law;
 using FaultKind = AlignmentDesign::FaultKind;
 
 constexpr double touching = 2e-9;              // a length: curves on one tangent overlap by rounding
+constexpr double tangency = 1e-9;              // a length: what just touches, by rounding
 constexpr double straightOn = 1e-12;           // [rad]: no curve is needed
 constexpr double clothoidTurn = 1.0;           // [rad]: the series of `Clothoid` errs by 6e-13 of the parameter
 constexpr double mostTurn = 0.5 * detail::pi;  // [rad] of a transition between given curves
@@ -173,6 +174,91 @@ bool FindCenters(Law law, double r1, double r2, double length, Centers& centers)
     return true;
 }
 
+// The tangents of a corner, away from `before` and towards `after`.
+struct Tangents {
+    Vec2D in;
+    Vec2D out;
+    double turn = 0.0;  // signed
+};
+
+bool FindTangents(const Point2D& before, const Point2D& corner, const Point2D& after, Tangents& tangents) {
+    const Vec2D in = corner - before;
+    const Vec2D out = after - corner;
+    const double lengths[] = {in.Length(), out.Length()};
+    if (!(std::min(lengths[0], lengths[1]) > detail::numericalZero) || !std::isfinite(lengths[0] + lengths[1]))
+        return false;
+    tangents = {in * (1.0 / lengths[0]), out * (1.0 / lengths[1])};
+    tangents.turn = std::atan2(tangents.in.PerpDotProduct(tangents.out), tangents.in.DotProduct(tangents.out));
+    return std::abs(tangents.turn) > straightOn && std::abs(tangents.turn) < detail::pi - detail::numericalZero;
+}
+
+// The lengths to be kept by the curve of a corner at the origin; how far a point lies on the inside of it.
+class CornerCurve {
+public:
+    CornerCurve(const AlignmentDesign::Corner& wanted, const Tangents& at, const Vec2D& point)
+        : corner(wanted), tangents(at), through(point.GetX(), point.GetY()) {
+        corner.point = Point2D();
+    }
+
+    bool Exists(double radius) {
+        corner.radius = radius;
+        double amount = 0.0;
+        return Round(corner, tangents.in, tangents.out, rounding, amount) == FaultKind::None;
+    }
+
+    // @param radius  of a curve that exists
+    double GetInside(double radius) {
+        (void)Exists(radius);
+        Polyline2D curve;
+        AppendRounding(curve, corner, rounding, tangents.in, tangents.out);
+        Polyline2D::PolylinePoint nearest;
+        if (!curve.GetNearestPoint(through, nearest, Tolerances::Standard())) return std::nan("");
+        const double side = nearest.tangent.PerpDotProduct(through - nearest.point);
+        return std::copysign(nearest.distance, side * rounding.side);
+    }
+
+    // The smallest radius, which the lengths of the transitions leave.
+    double GetSharpest() {
+        double low = 0.5 * (corner.lengthIn + corner.lengthOut) / std::abs(tangents.turn);
+        if (low == 0.0 || Exists(low)) return low;
+        double high = low;
+        for (int i = 0; i < mostDoublings && !Exists(high); ++i) high *= 2.0;
+        while (high - low > 1e-15 * high) {
+            const double middle = 0.5 * (low + high);
+            if (middle <= low || middle >= high) break;
+            (Exists(middle) ? high : low) = middle;
+        }
+        return high;
+    }
+
+    static constexpr int mostDoublings = 64;
+
+private:
+    AlignmentDesign::Corner corner;
+    Tangents tangents;
+    Rounding rounding;
+    Point2D through;
+};
+
+// Appends an arc that touches in two places, given by its centre and the normals there, to the left of the travel.
+void AppendArc(const Point2D& center, double radius, const Vec2D& from, const Vec2D& to, std::vector<Arc2D>& arcs) {
+    const double turn = std::atan2(from.PerpDotProduct(to), from.DotProduct(to));
+    const bool isWithRadius = turn * radius > 0.0;
+    const double sweep = isWithRadius ? turn : turn + std::copysign(detail::twoPi, radius);
+    const double left = std::min(std::abs(sweep), detail::twoPi - std::abs(sweep));
+    if (!(left * std::abs(radius) > touching)) return;
+    arcs.emplace_back(center - from * radius, center, Angle(sweep));
+}
+
+// @return false where there are none
+bool TakeArcs(std::vector<Arc2D>& found, std::vector<Arc2D>& arcs) {
+    if (found.empty()) return false;
+    std::stable_sort(found.begin(), found.end(),
+                     [](const Arc2D& a, const Arc2D& b) { return a.GetLength() < b.GetLength(); });
+    arcs = std::move(found);
+    return true;
+}
+
 }  // namespace
 
 bool AlignmentDesign::MakePlan(std::span<const Corner> corners, Polyline2D& plan, Fault& fault) {
@@ -216,6 +302,141 @@ bool AlignmentDesign::MakePlan(std::span<const Corner> corners, Polyline2D& plan
     plan = std::move(made);
     fault = {};
     return true;
+}
+
+bool AlignmentDesign::WithoutArc(const Point2D& before, const Point2D& after, double ratio, double tangent,
+                                 Corner& corner) {
+    Tangents tangents;
+    if (!FindTangents(before, corner.point, after, tangents)) return false;
+    const bool isPositive = ratio > 0.0 && tangent >= 0.0 && (tangent > 0.0 || corner.radius > 0.0);
+    if (!isPositive || !std::isfinite(ratio + tangent + corner.radius)) return false;
+    // All laws but that of the cubic parabola turn by half the product of length and curvature.
+    const double turn = std::abs(tangents.turn);
+    double length = 2.0 * turn / (1.0 + ratio);  // at a radius of 1, to which all is in proportion
+    double misfit = 0.0;
+    const auto turnOf = [&](double l, double& sum) {
+        Entry in;
+        Entry out;
+        if (!FindEntry(corner.law, 1.0, l, in) || !FindEntry(corner.law, 1.0, ratio * l, out)) return false;
+        sum = in.turn + out.turn;
+        return true;
+    };
+    if (corner.law == Law::Cubic && !SolveLength(length, turn, turnOf, length, misfit)) return false;
+    const Corner unit{corner.point, 1.0, length, ratio * length, corner.law};
+    Rounding rounding;
+    if (Round(unit, tangents.in, tangents.out, rounding, misfit) != FaultKind::None) return false;
+    const double radius = tangent > 0.0 ? tangent / rounding.in : corner.radius;
+    if (!(radius > 0.0) || !std::isfinite(radius)) return false;
+    corner.radius = radius;
+    corner.lengthIn = length * radius;
+    corner.lengthOut = ratio * corner.lengthIn;
+    return true;
+}
+
+bool AlignmentDesign::ThroughPoint(const Point2D& before, const Point2D& after, const Point2D& through, Corner& corner,
+                                   double& misfit) {
+    misfit = 0.0;
+    Tangents tangents;
+    const Vec2D way = through - corner.point;
+    if (!FindTangents(before, corner.point, after, tangents) || corner.lengthIn < 0.0 || corner.lengthOut < 0.0 ||
+        !std::isfinite(corner.lengthIn + corner.lengthOut + way.Length())) {
+        return false;
+    }
+    const double side = tangents.turn < 0.0 ? -1.0 : 1.0;
+    misfit = std::min(side * tangents.in.PerpDotProduct(way), side * tangents.out.PerpDotProduct(way));
+    if (!(misfit > 0.0)) return false;
+    CornerCurve curve(corner, tangents, way);
+    const double sharpest = curve.GetSharpest();
+    misfit = 0.0;
+    if (sharpest > 0.0) {
+        if (!curve.Exists(sharpest)) return false;
+        misfit = std::min(curve.GetInside(sharpest), 0.0);
+        if (misfit < 0.0) return false;
+    }
+    double flattest = std::max(2.0 * sharpest, way.Length());
+    for (int i = 0; curve.Exists(flattest) && curve.GetInside(flattest) > 0.0; ++i) {
+        if (i == CornerCurve::mostDoublings) return false;
+        flattest *= 2.0;
+    }
+    corner.radius = detail::BracketedNewton(sharpest, flattest, [&curve](double radius) {
+        return detail::ValueAndSlope{-curve.GetInside(radius), 0.0};
+    });
+    return true;
+}
+
+// With n the normal to the left of the travel and r the radius of the arc, its centre lies at p + r n over the point p
+// where it touches: beside a line by r, and (R - r) n before the centre of a circle of radius R.
+bool AlignmentDesign::ArcBetween(const Line2D& from, const Circle2D& to, double radius, std::vector<Arc2D>& arcs,
+                                 double& misfit) {
+    const Vec2D way = from.GetEnd() - from.GetStart();
+    const Vec2D toCenter = to.GetCenter() - from.GetStart();
+    const double reach = to.GetRadius() - radius;
+    misfit = 0.0;
+    if (!(way.Length() > detail::numericalZero) || !(std::abs(radius) > detail::numericalZero) ||
+        !(std::abs(reach) > detail::numericalZero) || !std::isfinite(way.Length() + toCenter.Length() + reach)) {
+        return false;
+    }
+    const Vec2D along = way * (1.0 / way.Length());
+    const Vec2D normal = along.GetNormalVector(true);
+    const double across = along.PerpDotProduct(toCenter);
+    const double distance = std::abs(across - radius);
+    const double lack = distance - std::abs(reach);
+    if (lack > tangency) {
+        misfit = lack;
+        return false;
+    }
+    const double half = std::sqrt(std::max(-lack * (distance + std::abs(reach)), 0.0));
+    std::vector<Arc2D> found;
+    for (const double sign : {-1.0, 1.0}) {
+        const Vec2D center = along * (along.DotProduct(toCenter) + sign * half) + normal * radius;
+        AppendArc(from.GetStart() + center, radius, normal, (toCenter - center) * (1.0 / reach), found);
+        if (half == 0.0) break;
+    }
+    return TakeArcs(found, arcs);
+}
+
+bool AlignmentDesign::ArcBetween(const Circle2D& from, const Line2D& to, double radius, std::vector<Arc2D>& arcs,
+                                 double& misfit) {
+    std::vector<Arc2D> found;
+    if (!ArcBetween(Line2D(to.GetEnd(), to.GetStart()), Circle2D(from.GetCenter(), -from.GetRadius()), -radius, found,
+                    misfit)) {
+        return false;
+    }
+    for (Arc2D& arc : found) arc.Reverse();
+    arcs = std::move(found);
+    return true;
+}
+
+bool AlignmentDesign::ArcBetween(const Circle2D& from, const Circle2D& to, double radius, std::vector<Arc2D>& arcs,
+                                 double& misfit) {
+    const Vec2D apart = to.GetCenter() - from.GetCenter();
+    const double distance = apart.Length();
+    const double first = from.GetRadius() - radius;
+    const double second = to.GetRadius() - radius;
+    misfit = 0.0;
+    if (!(std::abs(radius) > detail::numericalZero) || !(distance > detail::numericalZero) ||
+        !(std::min(std::abs(first), std::abs(second)) > detail::numericalZero) ||
+        !std::isfinite(distance + first + second)) {
+        return false;
+    }
+    // The centre lies |first| from the one centre and |second| from the other one: a triangle (Heron).
+    const double sum = std::abs(first) + std::abs(second);
+    const double difference = std::abs(std::abs(first) - std::abs(second));
+    if (distance > sum + tangency || distance < difference - tangency) {
+        misfit = distance > sum ? distance - sum : distance - difference;
+        return false;
+    }
+    const Vec2D along = apart * (1.0 / distance);
+    const double foot = 0.5 * (distance + (first - second) * ((first + second) / distance));
+    const double area = std::max((sum - distance) * (distance - difference), 0.0);
+    const double half = 0.5 * std::sqrt(area * (sum + distance) * (distance + difference)) / distance;
+    std::vector<Arc2D> found;
+    for (const double sign : {-1.0, 1.0}) {
+        const Vec2D center = along * foot + along.GetNormalVector(true) * (sign * half);
+        AppendArc(from.GetCenter() + center, radius, center * (-1.0 / first), (apart - center) * (1.0 / second), found);
+        if (half == 0.0) break;
+    }
+    return TakeArcs(found, arcs);
 }
 
 bool AlignmentDesign::TransitionBetween(const Line2D& from, const Circle2D& to, Law law, Spiral2D& transition,
@@ -283,6 +504,43 @@ bool AlignmentDesign::TransitionBetween(const Circle2D& from, const Circle2D& to
     const double angle = std::atan2(local.PerpDotProduct(apart), local.DotProduct(apart));
     const Vec2D tangent(std::cos(angle), std::sin(angle));
     transition = Spiral2D(law, r1, r2, length, from.GetCenter() - tangent.GetNormalVector(true) * r1, tangent);
+    return true;
+}
+
+bool AlignmentDesign::TransitionsBetween(const Circle2D& from, const Circle2D& to, Law law, Spiral2D& first,
+                                         Spiral2D& second, double& misfit) {
+    const double r1 = from.GetRadius();
+    const double r2 = to.GetRadius();
+    misfit = 0.0;
+    if (!(std::min(std::abs(r1), std::abs(r2)) > detail::numericalZero) || (r1 < 0.0) != (r2 < 0.0)) return false;
+    const Vec2D apart = to.GetCenter() - from.GetCenter();
+    // From the point between them, backwards to the first circle and on to the second one, by the product of length and
+    // radius.
+    Centers back;
+    Centers on;
+    const auto find = [&](double product) {
+        return FindCenters(law, 0.0, -r1, product / std::abs(r1), back) &&
+               FindCenters(law, 0.0, r2, product / std::abs(r2), on);
+    };
+    const double smaller = std::min(std::abs(r1), std::abs(r2));
+    double product = 0.0;
+    const bool isFound = SolveLength(
+        2.0 * mostTurn * smaller * smaller, apart.Length(),
+        [&](double value, double& distance) {
+            if (!find(value)) return false;
+            distance = (on.to + back.to).Length();  // what lies behind is seen turned around
+            return true;
+        },
+        product, misfit);
+    if (!isFound || !find(product)) return false;
+    const Vec2D local = on.to + back.to;
+    const double angle = std::atan2(local.PerpDotProduct(apart), local.DotProduct(apart));
+    const Vec2D tangent(std::cos(angle), std::sin(angle));
+    const Point2D middle = to.GetCenter() - (tangent * on.to.GetX() + tangent.GetNormalVector(true) * on.to.GetY());
+    Spiral2D made(law, 0.0, -r1, product / std::abs(r1), middle, -tangent);
+    made.Reverse();
+    first = made;
+    second = Spiral2D(law, 0.0, r2, product / std::abs(r2), middle, tangent);
     return true;
 }
 

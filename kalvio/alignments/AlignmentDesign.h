@@ -7,15 +7,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace Kalvio::Math {
 
+class Arc2D;
 class Circle2D;
 class Line2D;
 class Polyline2D;
 
-/// Static functions that build plans of alignments: from a polygon of tangents, and transitions between given lines and
-/// circles.
+/// Static functions that build plans of alignments: from a polygon of tangents, and arcs and transitions between given
+/// lines and circles.
 ///
 /// What is built is continuous in position and direction, and in curvature wherever a transition was asked for. A
 /// circle is travelled to the left for a positive radius and to the right for a negative one.
@@ -70,7 +72,40 @@ public:
     /// @return false, `plan` untouched, when something does not
     [[nodiscard]] static bool MakePlan(std::span<const Corner> corners, Polyline2D& plan, Fault& fault);
 
-    /// The transition from a line, which has no end for this, to a circle. Its length follows from the distance of the
+    // The curve of one corner, for `MakePlan`. Its tangents come from `before` and lead to `after`; how long they are,
+    // and the corner's own radius and lengths where they are what is looked for, does not matter.
+
+    /// Replaces the corner's lengths by those of two transitions that meet without an arc between them.
+    /// @param ratio    lengthOut / lengthIn, positive
+    /// @param tangent  length from the start of the curve to the corner, to which its radius is set; 0: the radius
+    /// stays
+    /// @return false, `corner` untouched, for tangents without a turn or that lie on each other, values that make no
+    ///         curve, and a turn that cubic parabolas do not reach
+    [[nodiscard]] static bool WithoutArc(const Point2D& before, const Point2D& after, double ratio, double tangent,
+                                         Corner& corner);
+    /// Replaces the corner's radius by the one whose curve, with the corner's lengths, passes through a point.
+    /// @param misfit  on failure by how much the point lies beyond the sharpest such curve, or beyond a tangent
+    ///                (negative); 0 for values that make none
+    /// @return false, `corner` untouched, when there is none
+    [[nodiscard]] static bool ThroughPoint(const Point2D& before, const Point2D& after, const Point2D& through,
+                                           Corner& corner, double& misfit);
+
+    // Between given lines, which have no ends for this, and circles.
+
+    /// Replaces `arcs` by all arcs of a radius, positive to the left, that leave a line and run into a circle in their
+    /// directions of travel: at most two, the shorter one first. One that touches where the line and the circle touch
+    /// is no arc.
+    /// @param misfit  on failure by how much the circle lies too far away (positive) or too near (negative) for such an
+    ///                arc; 0 for values that make none
+    /// @return false, `arcs` untouched, when there is none
+    [[nodiscard]] static bool ArcBetween(const Line2D& from, const Circle2D& to, double radius,
+                                         std::vector<Arc2D>& arcs, double& misfit);
+    [[nodiscard]] static bool ArcBetween(const Circle2D& from, const Line2D& to, double radius,
+                                         std::vector<Arc2D>& arcs, double& misfit);
+    [[nodiscard]] static bool ArcBetween(const Circle2D& from, const Circle2D& to, double radius,
+                                         std::vector<Arc2D>& arcs, double& misfit);
+
+    /// The transition from a line to a circle. Its length follows from the distance of the
     /// circle from the line.
     /// @param misfit  on failure by how much the circle lies too near to the line (negative: it crosses it) or too far
     ///                away (positive) for a transition that turns at most a quarter circle; 0 for values that make none
@@ -86,6 +121,11 @@ public:
     /// @param misfit  as above, for the distance of the centres
     [[nodiscard]] static bool TransitionBetween(const Circle2D& from, const Circle2D& to, Law law, Spiral2D& transition,
                                                 double& misfit);
+    /// From circle to circle of the same sense by two transitions that meet where they have no curvature (a C curve;
+    /// lengths that are inverse to the radii, for clothoids one parameter). Neither circle lies inside the other.
+    /// @param misfit  as above, for the distance of the centres
+    [[nodiscard]] static bool TransitionsBetween(const Circle2D& from, const Circle2D& to, Law law, Spiral2D& first,
+                                                 Spiral2D& second, double& misfit);
 };
 
 }  // namespace Kalvio::Math

@@ -1,4 +1,6 @@
 #include "kalvio/alignments/AlignmentDesign.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
@@ -153,6 +155,97 @@ TEST(AlignmentDesignTest, TransitionsTouchLinesAndCircles) {
         EXPECT_FALSE(
             AlignmentDesign::TransitionBetween({Point2D(0, 0), 200}, {Point2D(240, 0), -50}, law, spiral, misfit));
         EXPECT_NEAR(misfit, -10.0, 1e-9);
+    }
+}
+
+// Whoever leaves a line or circle at a point in a direction turns about this centre.
+Point2D CenterBeside(const Point2D& p, const Vec2D& tangent, double radius) {
+    return p + tangent.GetNormalVector(true) * radius;
+}
+
+TEST(AlignmentDesignTest, ArcsAndPairsOfTransitionsTouchWhatTheyJoin) {
+    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    int joined = 0;
+    for (int round = 0; round < 2000; ++round) {
+        const double radii[] = {200.0 * unit(random), 200.0 * unit(random), 200.0 * unit(random)};
+        const Circle2D from(Point2D(), radii[1]);
+        const Circle2D to(Point2D(500.0 * unit(random), 500.0 * unit(random)), radii[2]);
+        const Line2D line(Point2D(1.0, 0.0), Point2D(9.0, 0.0));
+        const double lacks[] = {
+            // of the circles on which the centre of the arc lies
+            std::max(to.GetCenter().Distance(Point2D()) - std::abs(radii[1] - radii[0]) - std::abs(radii[2] - radii[0]),
+                     std::abs(std::abs(radii[1] - radii[0]) - std::abs(radii[2] - radii[0])) -
+                         to.GetCenter().Distance(Point2D())),
+            std::abs(to.GetCenter().GetY() - radii[0]) - std::abs(radii[2] - radii[0])};
+        for (const int isLine : {0, 1}) {
+            std::vector<Arc2D> arcs;
+            double misfit = 0.0;
+            const bool isFound = isLine != 0 ? AlignmentDesign::ArcBetween(line, to, radii[0], arcs, misfit)
+                                             : AlignmentDesign::ArcBetween(from, to, radii[0], arcs, misfit);
+            ASSERT_EQ(isFound, lacks[isLine] <= 0.0);
+            EXPECT_NEAR(std::abs(misfit), std::max(lacks[isLine], 0.0), 1e-9);
+            for (const Arc2D& arc : arcs) {
+                ++joined;
+                EXPECT_NEAR(arc.GetSignedRadius(), radii[0], 1e-9);
+                EXPECT_LE(arcs.front().GetLength(), arc.GetLength());
+                EXPECT_THAT(CenterBeside(arc.GetEnd(), arc.GetEndTangent(), radii[2]), IsNear(to.GetCenter(), 1e-9));
+                if (isLine == 0) {
+                    EXPECT_THAT(CenterBeside(arc.GetStart(), arc.GetStartTangent(), radii[1]),
+                                IsNear(from.GetCenter(), 1e-9));
+                } else {
+                    EXPECT_NEAR(arc.GetStart().GetY(), 0.0, 1e-9);
+                    EXPECT_THAT(arc.GetStartTangent(), IsNear(Vec2D(1, 0), 1e-9));
+                }
+            }
+        }
+        Spiral2D first;
+        Spiral2D second;
+        double misfit = 0.0;
+        const auto law = static_cast<Law>(random() % 6);
+        if (!AlignmentDesign::TransitionsBetween(from, to, law, first, second, misfit)) continue;
+        ++joined;
+        EXPECT_THAT(CenterBeside(first.GetStart(), first.GetStartTangent(), radii[1]), IsNear(from.GetCenter(), 1e-9));
+        EXPECT_THAT(CenterBeside(second.GetEnd(), second.GetEndTangent(), radii[2]), IsNear(to.GetCenter(), 1e-9));
+        EXPECT_THAT(first.GetEnd(), IsNear(second.GetStart(), 1e-9));
+        EXPECT_THAT(first.GetEndTangent(), IsNear(second.GetStartTangent(), 1e-12));
+        EXPECT_EQ(std::abs(first.GetEndRadius()) + std::abs(second.GetStartRadius()), 0.0);
+    }
+    EXPECT_GT(joined, 2000);
+}
+
+TEST(AlignmentDesignTest, CurvesPassThroughPointsAndDoWithoutArcs) {
+    const Point2D before(-900, 0);
+    const Point2D after(700, 450);
+    for (const Law law : {Law::Clothoid, Law::Bloss, Law::Sine, Law::Cosine, Law::Biquadratic, Law::Cubic}) {
+        for (const double length : {0.0, 40.0}) {
+            Corner corner{Point2D(), 0.0, length, 1.5 * length, law};
+            double misfit = 0.0;
+            const Point2D through(2.0, 31.0);
+            ASSERT_TRUE(AlignmentDesign::ThroughPoint(before, after, through, corner, misfit));
+            Polyline2D plan;
+            AlignmentDesign::Fault fault;
+            ASSERT_TRUE(AlignmentDesign::MakePlan(std::vector{Corner{before}, corner, {after}}, plan, fault));
+            EXPECT_LT(plan.GetNearestPoint(through, Tolerances::Standard()).Distance(through), 1e-9);
+            // On the outside of a tangent there is none.
+            EXPECT_FALSE(AlignmentDesign::ThroughPoint(before, after, Point2D(-9, -2), corner, misfit));
+            EXPECT_NEAR(misfit, -2.0, 1e-12);
+        }
+        for (const double tangent : {0.0, 120.0}) {
+            Corner corner{Point2D(), 250.0, 0.0, 0.0, law};
+            ASSERT_TRUE(AlignmentDesign::WithoutArc(before, after, 0.7, tangent, corner));
+            Polyline2D plan;
+            AlignmentDesign::Fault fault;
+            ASSERT_TRUE(AlignmentDesign::MakePlan(std::vector{Corner{before}, corner, {after}}, plan, fault));
+            ASSERT_EQ(plan.GetNrOfElements(), 4U);
+            EXPECT_NEAR(plan[2].GetLength(), 0.7 * plan[1].GetLength(), 1e-9);
+            EXPECT_TRUE(tangent == 0.0 ? corner.radius == 250.0 : std::abs(plan[0].GetLength() - 780.0) < 1e-9);
+            Polyline2D::PolylinePoint ends[2];
+            ASSERT_TRUE(plan.MakePointAndTangentAt(1, plan[1].GetLength(), ends[0]));
+            ASSERT_TRUE(plan.MakePointAndTangentAt(2, 0.0, ends[1]));
+            EXPECT_THAT(ends[0].point, IsNear(ends[1].point, 2e-9));
+            EXPECT_THAT(ends[0].tangent, IsNear(ends[1].tangent, 1e-9));
+        }
     }
 }
 

@@ -108,6 +108,14 @@ void CheckDesign(Bytes& bytes) {
     (void)AlignmentDesign::TransitionBetween(first, second, law, transition, misfit);
     (void)AlignmentDesign::TransitionBetween(line, second, law, transition, misfit);
     (void)AlignmentDesign::TransitionBetween(second, line, law, transition, misfit);
+    (void)AlignmentDesign::TransitionsBetween(first, second, law, transition, transition, misfit);
+    std::vector<Arc2D> arcs;
+    (void)AlignmentDesign::ArcBetween(line, second, bytes.TakeDouble(), arcs, misfit);
+    (void)AlignmentDesign::ArcBetween(second, line, bytes.TakeDouble(), arcs, misfit);
+    (void)AlignmentDesign::ArcBetween(first, second, bytes.TakeDouble(), arcs, misfit);
+    AlignmentDesign::Corner corner{first.GetCenter(), 0.0, bytes.TakeDouble(), bytes.TakeDouble(), law};
+    (void)AlignmentDesign::ThroughPoint(line.GetStart(), line.GetEnd(), second.GetCenter(), corner, misfit);
+    (void)AlignmentDesign::WithoutArc(line.GetStart(), line.GetEnd(), bytes.TakeDouble(), bytes.TakeDouble(), corner);
 }
 
 }  // namespace
