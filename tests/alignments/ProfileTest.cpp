@@ -62,6 +62,12 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                                 0.0, 1e-11);
                     EXPECT_NEAR(std::abs(on.curvature), 1.0 / radius, 1e-15);
                 } else if (vertex.lengthIn == 0.0) {
+                    const long double in = (height - static_cast<long double>(height - 700.0 * g1)) / 700.0L;
+                    const long double out = (static_cast<long double>(height + 700.0 * g2) - height) / 700.0L;
+                    const long double half = 0.5L * radius * std::abs(out - in);
+                    const long double beyond = x - static_cast<long double>(station) + half;
+                    const long double rise = in * (beyond - half) + beyond * beyond * (out - in) / (4.0L * half);
+                    EXPECT_NEAR(static_cast<double>(on.height - height - rise), 0.0, 5e-13);
                     EXPECT_NEAR(on.grade - g1, (g2 > g1 ? x - from : from - x) / radius, 1e-12);
                 }
             }

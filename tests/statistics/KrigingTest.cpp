@@ -33,16 +33,17 @@ VariogramModelBase* Model(bool exponential, double sill, double range) {
 
 // The estimator and the system built from it; those that fail leave -1.
 template <class Kriging>
-void CheckEstimates(const Kriging& kriging, const Samples& samples, const Point2D& p, const Estimate& expected) {
+void CheckEstimates(const Kriging& kriging, const Samples& samples, const Point2D& p, const Estimate& expected,
+                    double rounding = 0.0) {
     const bool isSolvable = expected.value > 0.0;
     Estimate out;
     EXPECT_EQ(kriging.Interpolate(p, samples, out.value), isSolvable);
-    EXPECT_NEAR(out.value, expected.value, 1e-10);
+    EXPECT_NEAR(out.value, expected.value, rounding);
     Estimate whole;
     if constexpr (std::is_same_v<Kriging, SimpleKriging>) {
         EXPECT_EQ(kriging.Interpolate(p, samples, whole.value, whole.variance), isSolvable);
-        EXPECT_NEAR(whole.value, expected.value, 1e-10);
-        EXPECT_NEAR(whole.variance, expected.variance, 5e-10);
+        EXPECT_NEAR(whole.value, expected.value, rounding);
+        EXPECT_NEAR(whole.variance, expected.variance, rounding);
         whole = Estimate();
     }
     KrigingSystem system;
@@ -50,8 +51,8 @@ void CheckEstimates(const Kriging& kriging, const Samples& samples, const Point2
     EXPECT_EQ(system.Interpolate(p, out.value), isSolvable);
     EXPECT_EQ(system.Interpolate(p, whole.value, whole.variance), isSolvable);
     EXPECT_EQ(whole.value, out.value);
-    EXPECT_NEAR(whole.value, expected.value, 1e-10);
-    EXPECT_NEAR(whole.variance, expected.variance, 5e-10);
+    EXPECT_NEAR(whole.value, expected.value, rounding);
+    EXPECT_NEAR(whole.variance, expected.variance, rounding);
 }
 
 TEST(KrigingTest, EstimatesAreThoseOfSixtyDigitsAndThoseOfTheSamples) {
@@ -71,8 +72,9 @@ TEST(KrigingTest, EstimatesAreThoseOfSixtyDigitsAndThoseOfTheSamples) {
             SCOPED_TRACE(testing::Message() << n << (exponential ? " exponential" : " spherical"));
             const Samples samples = Scattered(n, origin);
             const Point2D p = origin + Vec2D(place.GetX(), place.GetY());
-            CheckEstimates(SimpleKriging(Model(exponential, 500.0, 1800.0), 95.0), samples, p, simple);
-            CheckEstimates(OrdinaryKriging(Model(exponential, 500.0, 1800.0)), samples, p, ordinary);
+            const double rounding = origin.GetX() == 0.0 ? 1e-12 : 2e-10;  // there that of the places counts
+            CheckEstimates(SimpleKriging(Model(exponential, 500.0, 1800.0), 95.0), samples, p, simple, rounding);
+            CheckEstimates(OrdinaryKriging(Model(exponential, 500.0, 1800.0)), samples, p, ordinary, rounding);
         }
     }
 }
