@@ -19,6 +19,7 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
+#include "kalvio/meshes/GridSurface.h"
 #include "kalvio/meshes/IndexedFaceSet2D.h"
 #include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
@@ -277,6 +278,20 @@ void Writer::AddContent(const IMathObject& object) {
             return AddFaces(As<IndexedTriangleSet3D>(object), "triangles", 3);
         case MathTypes::TinSurfacePatch3D:
             return AddFaces(As<TinSurfacePatch3D>(object).GetTriangles(), "triangles", 3);
+        case MathTypes::GridSurface: {
+            const auto& grid = As<GridSurface>(object);
+            Add("first", grid.GetPlace(0, 0));
+            Add("step", grid.GetStep());
+            Start("rows");
+            for (std::size_t row = 0; row < grid.GetRows(); ++row) {
+                std::vector<double> heights;
+                for (std::size_t i = 0; i < grid.GetColumns(); ++i) heights.push_back(grid.GetHeightOf(i, row));
+                if (row > 0) text += ", ";
+                AddInPlace(heights);
+            }
+            if (grid.GetRows() == 0) text += "none";
+            return;
+        }
         case MathTypes::Triangle3D: {
             const auto& triangle = As<Triangle3D>(object);
             return AddAll(std::array{triangle.GetPointA(), triangle.GetPointB(), triangle.GetPointC()});
@@ -325,7 +340,6 @@ void Writer::AddContent(const IMathObject& object) {
         case MathTypes::Polyhedron:
         case MathTypes::Extrusion:
         case MathTypes::Parallelogram3D:
-        case MathTypes::GridSurface:
         case MathTypes::NurbsSurface:
         case MathTypes::BSplineSurface:
         case MathTypes::TSpline:

@@ -57,47 +57,25 @@ KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, cons
     if (!(isLocal ? local.Build(kriging, samples, neighbors) : system.Build(kriging, samples))) {
         throw InputError("the points cannot be kriged: none, or two of them at one place");
     }
-    const BoundingBox2D extent = ExtentOf(samples);
-    const double firstColumn = std::floor(extent.GetMinPoint().GetX() / spacing);
-    const double firstRow = std::floor(extent.GetMinPoint().GetY() / spacing);
-    const double columnCount = std::floor(extent.GetMaxPoint().GetX() / spacing) - firstColumn + 2.0;
-    const double rowCount = std::floor(extent.GetMaxPoint().GetY() / spacing) - firstRow + 2.0;
-    if (!(columnCount * rowCount <= mostNodes)) {
+    if (!heights.SetOver(ExtentOf(samples), spacing) ||
+        !(static_cast<double>(heights.GetColumns()) * static_cast<double>(heights.GetRows()) <= mostNodes)) {
         throw InputError("the grid's spacing is too narrow for the extent of the points");
     }
-    columns = static_cast<unsigned int>(columnCount);
-    rows = static_cast<unsigned int>(rowCount);
-    nodes.reserve(static_cast<std::size_t>(columns) * rows);
-    Progress progress("kriging", rows);
-    for (unsigned int row = 0; row < rows; ++row) {
-        for (unsigned int column = 0; column < columns; ++column) {
-            const Point2D place((firstColumn + column) * spacing, (firstRow + row) * spacing);
+    deviations = heights;
+    Progress progress("kriging", heights.GetRows());
+    for (std::size_t row = 0; row < heights.GetRows(); ++row) {
+        for (std::size_t column = 0; column < heights.GetColumns(); ++column) {
+            const Point2D place = heights.GetPlace(column, row);
             double height = 0.0;
             double variance = 0.0;
             if (!(isLocal ? local.Interpolate(place, height, variance) : system.Interpolate(place, height, variance))) {
                 throw InputError("the points cannot be kriged: two of them at one place");
             }
-            nodes.push_back({Point3D(place, height), std::sqrt(std::max(variance, 0.0))});
+            heights.SetHeightOf(column, row, height);
+            deviations.SetHeightOf(column, row, std::sqrt(std::max(variance, 0.0)));
         }
         progress.Step();
     }
-}
-
-IndexedTriangleSet3D KrigedGrid::MakeSurface() const {
-    std::vector<Point3D> vertices;
-    vertices.reserve(nodes.size());
-    for (const Node& node : nodes) vertices.push_back(node.place);
-    std::vector<unsigned int> indexes;
-    for (unsigned int row = 0; row + 1 < rows; ++row) {
-        for (unsigned int column = 0; column + 1 < columns; ++column) {
-            const unsigned int a = row * columns + column;
-            const unsigned int d = a + columns;
-            indexes.insert(indexes.end(), {a, a + 1, d + 1, a, d + 1, d});
-        }
-    }
-    IndexedTriangleSet3D surface(vertices, indexes);
-    surface.SetCCW(true);
-    return surface;
 }
 
 }  // namespace Kalvio::Examples

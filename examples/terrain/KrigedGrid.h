@@ -1,8 +1,7 @@
 #pragma once
 
-#include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point3D.h"
-#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/GridSurface.h"
 
 #include <optional>
 #include <string>
@@ -21,29 +20,15 @@ struct Variability {
                 const std::optional<double>& rangeValue);
 };
 
-/// Heights kriged at the nodes of a square grid over the extent of the samples.
-class KrigedGrid {
-public:
-    struct Node {
-        Math::Point3D place;
-        double deviation;  // standard deviation of the error of the height
-    };
-
+/// Heights kriged at the nodes of a square grid over the extent of the samples, and the standard deviations of their
+/// errors.
+struct KrigedGrid {
     /// @param spacing  of the nodes, which lie at its multiples and enclose the samples
-    /// @throws InputError for no samples or too many, two of them at one place, or a grid of too many nodes
+    /// @throws InputError for no samples, two of them at one place, or a grid of too many nodes
     KrigedGrid(const std::vector<Math::Point3D>& samples, double spacing, const Variability& variability);
 
-    unsigned int GetNrOfColumns() const { return columns; }
-    unsigned int GetNrOfRows() const { return rows; }
-    /// Row by row from the south, each from the west.
-    const std::vector<Node>& GetNodes() const { return nodes; }
-    /// Two triangles for each cell.
-    Math::IndexedTriangleSet3D MakeSurface() const;
-
-private:
-    unsigned int columns = 0;
-    unsigned int rows = 0;
-    std::vector<Node> nodes;
+    Math::GridSurface heights;
+    Math::GridSurface deviations;
 };
 
 }  // namespace Kalvio::Examples

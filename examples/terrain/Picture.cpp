@@ -289,7 +289,8 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
     const double gridTop = parts.section != nullptr ? sectionTop + sectionHeight + 75.0 : sectionTop;
 
     IndexedTriangleSet3D kriged;
-    if (parts.grid != nullptr) kriged = parts.grid->MakeSurface();
+    TinSurfacePatch3D ofGrid;
+    if (parts.grid != nullptr && parts.grid->heights.MakeTin(ofGrid)) kriged = ofGrid.GetTriangles();
     const double gridHeight = parts.grid != nullptr ? PlanHeight(kriged.GetBoundingBox2D()) : 0.0;
     const double height = parts.grid != nullptr      ? gridTop + gridHeight + 40.0
                           : parts.section != nullptr ? sectionTop + sectionHeight + 40.0

@@ -12,6 +12,9 @@
 #include "terrain/Measures.h"
 #include "terrain/Picture.h"
 
+#include "kalvio/core/Angle.h"
+#include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/meshes/GridSurface.h"
 #include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
@@ -48,9 +51,9 @@ constexpr const char* kUsage =
     "fill\n"
     "             (cut is negative)\n"
     "  --krige    kriges heights from the points of a table: x,y,height\n"
-    "  --grid     distance of the kriged nodes (50)\n"
+    "  --grid     distance of the kriged nodes (50); without --krige, of a grid with the heights of the surface\n"
     "  --sill, --range  of the exponential variogram (variance of the heights, a third of the extent's diagonal)\n"
-    "  --nodes    writes the kriged nodes: x,y,height,standard deviation\n"
+    "  --nodes    writes the nodes: x,y,height, kriged ones with their standard deviation\n"
     "  --svg      draws the shaded plan with the alignments, the long section and the kriged grid\n";
 
 struct Options {
@@ -66,7 +69,7 @@ struct Options {
     double step = 20.0;
     std::string csv;
     std::string krige;
-    double grid = 50.0;
+    std::optional<double> grid;
     std::optional<double> sill;
     std::optional<double> range;
     std::string nodes;
@@ -189,19 +192,53 @@ std::vector<Point3D> ReadSamples(const std::string& path) {
 }
 
 void Report(const KrigedGrid& grid, std::size_t samples, const Variability& variability, const std::string& unit) {
-    double lowest = grid.GetNodes().front().place.GetZ();
-    double highest = lowest;
-    double deviation = 0.0;
-    for (const KrigedGrid::Node& node : grid.GetNodes()) {
-        lowest = std::min(lowest, node.place.GetZ());
-        highest = std::max(highest, node.place.GetZ());
-        deviation = std::max(deviation, node.deviation);
+    const BoundingBox3D extent = grid.heights.GetBoundingBox3D();
+    std::printf(
+        "Kriged %zu x %zu nodes from %zu points (sill %.4g %s2, range %.4g %s): heights %.4f to %.4f, standard "
+        "deviation up to %.4f %s\n",
+        grid.heights.GetColumns(), grid.heights.GetRows(), samples, variability.sill, unit.c_str(), variability.range,
+        unit.c_str(), extent.GetMinPoint().GetZ(), extent.GetMaxPoint().GetZ(),
+        grid.deviations.GetBoundingBox3D().GetMaxPoint().GetZ(), unit.c_str());
+}
+
+// Those with heights.
+void WriteNodes(std::ostream& out, const GridSurface& heights, const GridSurface* deviations) {
+    out << "x,y,height" << (deviations != nullptr ? ",deviation\n" : "\n");
+    for (std::size_t row = 0; row < heights.GetRows(); ++row) {
+        for (std::size_t column = 0; column < heights.GetColumns(); ++column) {
+            const double z = heights.GetHeightOf(column, row);
+            if (std::isnan(z)) continue;
+            const Point2D place = heights.GetPlace(column, row);
+            out << Fixed(place.GetX(), 4) << ',' << Fixed(place.GetY(), 4) << ',' << Fixed(z, 4);
+            if (deviations != nullptr) out << ',' << Fixed(deviations->GetHeightOf(column, row), 4);
+            out << '\n';
+        }
+    }
+}
+
+// The surface as a grid, and what lies between the two.
+GridSurface MakeGrid(const TinSurfacePatch3D& surface, double step, const std::string& unit) {
+    GridSurface grid;
+    TinSurfacePatch3D ofGrid;
+    if (!grid.SetOver(surface.GetBoundingBox2D(), step)) throw InputError("the grid's step is too narrow");
+    unsigned int triangle = TinSurfacePatch3D::noTriangle;
+    grid.Fill([&](const Point2D& place, double& z) { return surface.GetHeight(place, z, triangle); });
+    TinSurfacePatch3D::Volumes volumes;
+    if (!grid.MakeTin(ofGrid) || !surface.GetVolumes(ofGrid, volumes)) throw InputError("the grid's step is too wide");
+    double steepest = 0.0;
+    for (std::size_t row = 0; row < grid.GetRows(); ++row) {
+        for (std::size_t column = 0; column < grid.GetColumns(); ++column) {
+            double slope = 0.0;
+            Angle fall;
+            if (grid.GetSlope(grid.GetPlace(column, row), slope, fall)) steepest = std::max(steepest, slope);
+        }
     }
     std::printf(
-        "Kriged %u x %u nodes from %zu points (sill %.4g %s2, range %.4g %s): heights %.4f to %.4f, standard "
-        "deviation up to %.4f %s\n",
-        grid.GetNrOfColumns(), grid.GetNrOfRows(), samples, variability.sill, unit.c_str(), variability.range,
-        unit.c_str(), lowest, highest, deviation, unit.c_str());
+        "Grid of %zu x %zu nodes every %g %s, %u of them on the surface: slopes up to %.2f %%, surface to grid "
+        "cut %.4f, fill %.4f %s3 on %.4f %s2\n",
+        grid.GetColumns(), grid.GetRows(), step, unit.c_str(), ofGrid.GetTriangles().GetVerticesSize(),
+        100.0 * steepest, volumes.cut, volumes.fill, unit.c_str(), volumes.area, unit.c_str());
+    return grid;
 }
 
 Surface& Chosen(SurfaceFile& file, const Options& options) {
@@ -276,11 +313,18 @@ int Run(const Options& options) {
     }
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
 
-    if (options.contours || !options.against.empty() || !options.heights.empty()) {
+    const bool isGridOfSurface = options.grid && options.krige.empty();
+    if (options.contours || !options.against.empty() || !options.heights.empty() || isGridOfSurface) {
         const TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
         if (options.contours) ReportContours(*options.contours, surface, unit);
         if (!options.against.empty()) ReportVolumes(options.against, surface, unit);
         if (!options.heights.empty()) WriteHeights(options.heights, surface);
+        if (isGridOfSurface) {
+            const GridSurface grid = MakeGrid(surface, *options.grid, unit);
+            if (!options.nodes.empty()) {
+                WriteFile(options.nodes, [&](std::ostream& out) { WriteNodes(out, grid, nullptr); });
+            }
+        }
     }
 
     std::vector<Alignment> alignments;
@@ -310,16 +354,10 @@ int Run(const Options& options) {
         samples = ReadSamples(options.krige);
         std::fprintf(stderr, "kriging from %zu points\n", samples.size());
         const Variability variability(samples, options.sill, options.range);
-        grid.emplace(samples, options.grid, variability);
+        grid.emplace(samples, options.grid.value_or(50.0), variability);
         Report(*grid, samples.size(), variability, unit);
         if (!options.nodes.empty()) {
-            WriteFile(options.nodes, [&](std::ostream& out) {
-                out << "x,y,height,deviation\n";
-                for (const KrigedGrid::Node& node : grid->GetNodes()) {
-                    out << Fixed(node.place.GetX(), 4) << ',' << Fixed(node.place.GetY(), 4) << ','
-                        << Fixed(node.place.GetZ(), 4) << ',' << Fixed(node.deviation, 4) << '\n';
-                }
-            });
+            WriteFile(options.nodes, [&](std::ostream& out) { WriteNodes(out, grid->heights, &grid->deviations); });
         }
     }
 

@@ -8,6 +8,7 @@
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Polyline3D.h"
 #include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/meshes/GridSurface.h"
 #include "kalvio/meshes/IndexedFaceSet2D.h"
 #include "kalvio/meshes/IndexedFaceSet3D.h"
 #include "kalvio/meshes/IndexedTriangleSet2D.h"
@@ -19,6 +20,7 @@
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/Polygon3D.h"
 
+#include <cmath>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -98,6 +100,16 @@ bool CollectVertices(const IGeometry& geometry, std::vector<Point3D>& vertices) 
         case MathTypes::TinSurfacePatch3D:
             Collect(static_cast<const TinSurfacePatch3D&>(geometry).GetTriangles().GetVertices(), vertices);
             return true;
+        case MathTypes::GridSurface: {  // those with heights
+            const auto& grid = static_cast<const GridSurface&>(geometry);
+            for (std::size_t row = 0; row < grid.GetRows(); ++row) {
+                for (std::size_t column = 0; column < grid.GetColumns(); ++column) {
+                    const Point3D node(grid.GetPlace(column, row), grid.GetHeightOf(column, row));
+                    if (!std::isnan(node.GetZ())) vertices.push_back(node);
+                }
+            }
+            return true;
+        }
         case MathTypes::TriangleStrip3D:
             return CollectMesh<TriangleStrip3D>(geometry, vertices);
         case MathTypes::Polygon2D:

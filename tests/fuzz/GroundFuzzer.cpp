@@ -57,6 +57,23 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
         double z = 0.0;
         if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
     }
+    GridSurface grid;
+    TinSurfacePatch3D ofGrid;
+    if (grid.SetOver(surface.GetBoundingBox2D(), 64.0) && grid.GetColumns() * grid.GetRows() < 10000) {
+        grid.Fill([&surface](const Point2D& place, double& z) { return surface.GetHeight(place, z); });
+        const bool isTin = grid.MakeTin(ofGrid);
+        for (const Point2D& place : places) {
+            double z = 0.0;
+            double bilinear = 0.0;
+            double slope = 0.0;
+            Angle fall;
+            const bool isInside = grid.GetTriangleHeight(place, z);
+            Require(!isInside || isTin);
+            if (tame) Require(isInside == ofGrid.IsInside(place));
+            if (tame && grid.GetHeight(place, bilinear)) Require(std::abs(bilinear) <= 2048.0 + 1e-9);
+            (void)grid.GetSlope(place, slope, fall);
+        }
+    }
     std::vector<LineString3D> draped;
     (void)surface.Drape(places, draped);
 }

@@ -41,7 +41,7 @@ void CheckNames() {
         EXPECT_EQ(testing::PrintToString(object), text) << "GoogleTest's way";
         return object.GetType();
     };
-    EXPECT_EQ(std::set<MathTypes>({check(Classes())...}).size(), 44U) << "a class is missing";
+    EXPECT_EQ(std::set<MathTypes>({check(Classes())...}).size(), 45U) << "a class is missing";
 }
 
 TEST(PrintTest, EveryClassIsPrintedUnderItsName) {
@@ -53,11 +53,11 @@ TEST(PrintTest, EveryClassIsPrintedUnderItsName) {
     };
     EXPECT_EQ(ToString(OfTheCaller()), "Nurbs2D()");
     CheckNames<Angle, Arc2D, Arc3D, BoundingBox2D, BoundingBox3D, BoundingBoxND, Circle2D, Circle3D, Clothoid,
-               IndexedFaceSet2D, IndexedFaceSet3D, IndexedTriangleSet2D, IndexedTriangleSet3D, Line2D, Line3D,
-               LineString2D, LineString3D, Matrix2D, Matrix3D, MatrixNM, OrientedBoundingBox2D, Parabola, Plane3D,
-               Point2D, Point2DM, Point3D, PointND, Polygon2D, Polygon3D, PolygonCurve2D, PolygonCurve3D, Polyline2D,
-               Polyline3D, Quaternion, Record, RingCurve2D, RingCurve3D, Spiral2D, TinSurfacePatch3D, Triangle3D,
-               TriangleStrip3D, Vec2D, Vec3D, VecND>();
+               GridSurface, IndexedFaceSet2D, IndexedFaceSet3D, IndexedTriangleSet2D, IndexedTriangleSet3D, Line2D,
+               Line3D, LineString2D, LineString3D, Matrix2D, Matrix3D, MatrixNM, OrientedBoundingBox2D, Parabola,
+               Plane3D, Point2D, Point2DM, Point3D, PointND, Polygon2D, Polygon3D, PolygonCurve2D, PolygonCurve3D,
+               Polyline2D, Polyline3D, Quaternion, Record, RingCurve2D, RingCurve3D, Spiral2D, TinSurfacePatch3D,
+               Triangle3D, TriangleStrip3D, Vec2D, Vec3D, VecND>();
 }
 
 TEST(PrintTest, DigitsReadBackToTheSameBits) {
