@@ -535,6 +535,21 @@ std::string_view GetName(Cant::Pivot code) {
     return "?";
 }
 
+std::string_view GetName(ExperimentalVariogram::Shape code) {
+    using enum ExperimentalVariogram::Shape;
+    switch (code) {
+        case Exponential:
+            return "Exponential";
+        case Gaussian:
+            return "Gaussian";
+        case Power:
+            return "Power";
+        case Linear:
+            return "Linear";
+    }
+    return "?";
+}
+
 std::string_view GetName(IndexedTriangleSet3D::ErrorMessage code) {
     using enum IndexedTriangleSet3D::ErrorMessage;
     switch (code) {

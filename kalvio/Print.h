@@ -21,6 +21,7 @@
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/queries/IntersectionExt.h"
 #include "kalvio/queries/IntersectionResult.h"
+#include "kalvio/statistics/ExperimentalVariogram.h"
 
 #include <concepts>
 #include <ostream>
@@ -63,6 +64,7 @@ namespace Kalvio::Math {
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(MathTypes code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(AngleUnit code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Cant::Pivot code);
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(ExperimentalVariogram::Shape code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(IndexedTriangleSet3D::ErrorMessage code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(IntersectionExt::PointLocation code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(IntersectionResult code);

@@ -5,9 +5,11 @@
 #include "kalvio/statistics/detail/PlaceSystem.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <numbers>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -19,6 +21,9 @@ std::size_t CellOf(double offset, double side, std::size_t count) {
     return cell > 0.0 ? static_cast<std::size_t>(std::min(cell, static_cast<double>(count - 1))) : 0;
 }
 
+constexpr unsigned int mostSectors = 64;
+constexpr std::size_t noSample = std::numeric_limits<std::size_t>::max();
+
 bool IsFinite(const Point3D& p) {
     return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ());
 }
@@ -29,13 +34,23 @@ std::size_t LocalKriging::ColumnOf(double x) const { return CellOf(x - left, sid
 std::size_t LocalKriging::RowOf(double y) const { return CellOf(y - bottom, side, rows); }
 
 bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& all, unsigned int neighbors) {
-    if (kriging.GetModel() == nullptr || all.empty() || neighbors == 0 ||
+    Neighborhood nearest;
+    nearest.count = neighbors;
+    return Build(kriging, all, nearest);
+}
+
+bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& all,
+                         const Neighborhood& neighborhood) {
+    if (kriging.GetModel() == nullptr || all.empty() || neighborhood.count == 0 || neighborhood.sectors == 0 ||
+        neighborhood.sectors > mostSectors || !(neighborhood.radius > 0.0) ||
         !std::all_of(all.begin(), all.end(), IsFinite)) {
         return false;
     }
     LocalKriging built;
     built.model = kriging.GetModel();
-    built.count = std::min<std::size_t>(neighbors, all.size());
+    built.count = std::min<std::size_t>(neighborhood.count, all.size());
+    built.sectors = neighborhood.sectors;
+    built.radius = neighborhood.radius;
     const auto [minX, maxX] = std::minmax_element(
         all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
     const auto [minY, maxY] = std::minmax_element(
@@ -70,12 +85,26 @@ bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point
 }
 
 // Ring by ring of cells around the place, until no nearer sample can come.
-std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p) const {
+std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p, std::size_t leftOut) const {
     using Candidate = std::pair<std::pair<double, std::size_t>,
-                                std::size_t>;  // squared distance, number; place
-    detail::Workspace<Candidate, 32> room(count);
-    Candidate* const heap = room.Get();
-    std::size_t found = 0;
+                                std::size_t>;                // squared distance, number; place
+    detail::Workspace<Candidate, 32> room(count * sectors);  // a heap for each sector
+    std::array<std::size_t, mostSectors> found{};
+    const double farthest = radius * radius;
+    const auto sectorOf = [this](double dx, double dy) {
+        if (sectors == 1) return std::size_t{0};
+        const double turns = std::atan2(dy, dx) / (2.0 * std::numbers::pi);
+        const double sector = (turns < 0.0 ? turns + 1.0 : turns) * static_cast<double>(sectors);
+        return std::min(static_cast<std::size_t>(sector), sectors - 1);
+    };
+    // Whether a sample beyond a squared distance may still take part.
+    const auto isOpen = [&](double squared) {
+        if (squared > farthest) return false;
+        for (std::size_t sector = 0; sector < sectors; ++sector) {
+            if (found[sector] < count || squared <= room.Get()[sector * count].first.first) return true;
+        }
+        return false;
+    };
     const auto column = static_cast<std::int64_t>(ColumnOf(p.GetX()));
     const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
     const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
@@ -83,7 +112,7 @@ std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p) const {
     for (std::int64_t ring = 0; ring <= std::max(lastColumn, lastRow); ++ring) {
         // Beyond the ring before, counted from the place's own cell, or from the cell next to it.
         const double away = static_cast<double>(ring - 1) * side;
-        if (found == count && ring > 0 && away * away > heap[0].first.first) break;
+        if (ring > 0 && !isOpen(away * away)) break;
         for (std::int64_t r = std::max<std::int64_t>(row - ring, 0); r <= std::min(row + ring, lastRow); ++r) {
             const bool isWhole = ring == 0 || r == row - ring || r == row + ring;
             for (std::int64_t c = column - ring; c <= column + ring; c += isWhole ? 1 : 2 * ring) {
@@ -93,26 +122,50 @@ std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p) const {
                     const double dx = samples[i].GetX() - p.GetX();
                     const double dy = samples[i].GetY() - p.GetY();
                     const Candidate candidate{{dx * dx + dy * dy, numbers[i]}, i};
-                    if (found == count) {
+                    if (candidate.first.first > farthest || numbers[i] == leftOut) continue;
+                    const std::size_t sector = sectorOf(dx, dy);
+                    Candidate* const heap = room.Get() + sector * count;
+                    if (found[sector] == count) {
                         if (!(candidate < heap[0])) continue;
-                        std::pop_heap(heap, heap + found);
-                        --found;
+                        std::pop_heap(heap, heap + found[sector]);
+                        --found[sector];
                     }
-                    heap[found++] = candidate;
-                    std::push_heap(heap, heap + found);
+                    heap[found[sector]++] = candidate;
+                    std::push_heap(heap, heap + found[sector]);
                 }
             }
         }
     }
     std::vector<Point3D> nearest;
-    nearest.reserve(found);
-    for (std::size_t i = 0; i < found; ++i) nearest.push_back(samples[heap[i].second]);
+    nearest.reserve(count * sectors);
+    for (std::size_t sector = 0; sector < sectors; ++sector) {
+        const Candidate* const heap = room.Get() + sector * count;
+        for (std::size_t i = 0; i < found[sector]; ++i) nearest.push_back(samples[heap[i].second]);
+    }
     return nearest;
 }
 
 bool LocalKriging::Interpolate(const Point2D& p, double& value, double& variance) const {
+    return Estimate(p, noSample, value, variance);
+}
+
+bool LocalKriging::Validate(std::vector<Residual>& residuals) const {
+    std::vector<Residual> found(samples.size());
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        Residual& residual = found[numbers[i]];
+        double value = 0.0;
+        if (!Estimate(samples[i].GetPoint2D(), numbers[i], value, residual.variance)) return false;
+        residual.error = value - samples[i].GetZ();
+    }
+    if (model == nullptr) return false;
+    residuals = std::move(found);
+    return true;
+}
+
+bool LocalKriging::Estimate(const Point2D& p, std::size_t leftOut, double& value, double& variance) const {
     if (model == nullptr || !std::isfinite(p.GetX()) || !std::isfinite(p.GetY())) return false;
-    const std::vector<Point3D> nearest = FindNearest(p);
+    const std::vector<Point3D> nearest = FindNearest(p, leftOut);
+    if (nearest.empty()) return false;
     const std::size_t size = nearest.size() + 1;
     detail::Elimination elimination(size, 1);
     detail::FillCovariances(*model, nearest, elimination);

@@ -3,6 +3,7 @@
 #include "kalvio/Export.h"
 
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -25,6 +26,22 @@ class VariogramModelBase;
 /// Any number of threads may interpolate at once; `Build` is a change.
 class KALVIO_MATH_API LocalKriging final {
 public:
+    /// Which samples take part at a place.
+    struct Neighborhood {
+        unsigned int count = 16;  ///< the nearest in plan, of equally near ones those that come first
+        /// With more than one, `count` from each of so many equal sectors around the place, the first of them from +X
+        /// counter-clockwise: for samples along lines. At most 64.
+        unsigned int sectors = 1;
+        /// None beyond this distance. Without it a place searches all samples for as long as a sector is not full.
+        double radius = std::numeric_limits<double>::infinity();
+    };
+
+    /// What is found at a sample that is left out.
+    struct Residual {
+        double error;     ///< of the estimate: it less the value
+        double variance;  ///< that was expected of it
+    };
+
     /// No samples: nothing can be interpolated.
     LocalKriging() = default;
 
@@ -35,15 +52,25 @@ public:
     ///         finite. Two samples at one place are found where they take part
     [[nodiscard]] bool Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples,
                              unsigned int neighbors);
+    /// @return false also for sectors that are 0 or too many, and a radius that is not positive
+    [[nodiscard]] bool Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples,
+                             const Neighborhood& neighborhood);
 
     /// @param value     estimate at p; untouched on failure
     /// @param variance  of its error, as `KrigingSystem` gives it; untouched on failure
-    /// @return false for an object that was not built, a place that is not finite, two neighbours at one place and
-    ///         another singular system
+    /// @return false for an object that was not built, a place that is not finite or has no sample within the radius,
+    ///         two neighbours at one place and another singular system
     [[nodiscard]] bool Interpolate(const Point2D& p, double& value, double& variance) const;
 
+    /// Estimates each sample from the others around it: how good the model is. Errors have a mean near 0 and a mean
+    /// square near that of the variances where it fits.
+    /// @param residuals  replaced, in the order of the samples
+    /// @return false, `residuals` untouched, where one of them cannot be estimated
+    [[nodiscard]] bool Validate(std::vector<Residual>& residuals) const;
+
 private:
-    std::vector<Point3D> FindNearest(const Point2D& p) const;
+    std::vector<Point3D> FindNearest(const Point2D& p, std::size_t leftOut) const;
+    bool Estimate(const Point2D& p, std::size_t leftOut, double& value, double& variance) const;
     std::size_t ColumnOf(double x) const;
     std::size_t RowOf(double y) const;
 
@@ -56,7 +83,9 @@ private:
     double side = 1.0;
     std::size_t columns = 0;
     std::size_t rows = 0;
-    std::size_t count = 0;  // of neighbours
+    std::size_t count = 0;  // of neighbours, in each sector
+    std::size_t sectors = 1;
+    double radius = 0.0;
 };
 
 }  // namespace Kalvio::Math

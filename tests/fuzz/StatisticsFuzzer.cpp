@@ -58,6 +58,24 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     }
     CheckKriging(SimpleKriging(MakeModel(isSpherical, sill, range), mean), samples, p, isSound);
     CheckKriging(OrdinaryKriging(MakeModel(isSpherical, sill, range)), samples, p, isSound);
+    const auto fitAndKrige = [&](ExperimentalVariogram::Shape shape) {
+        ExperimentalVariogram variogram;
+        ExperimentalVariogram::Fit fit;
+        if (!variogram.Build(samples, range, 5, Angle(sill), Angle(mean)) || !variogram.FitModel(shape, fit)) return;
+        Require(fit.nugget >= 0.0 && fit.sill >= 0.0 && fit.nugget + fit.sill > 0.0 && fit.range > 0.0);
+        LocalKriging local;
+        std::vector<LocalKriging::Residual> residuals;
+        const OrdinaryKriging kriging(fit.MakeModel());
+        if (local.Build(kriging, samples, {2, 3, range}) && local.Validate(residuals)) {
+            Require(residuals.size() == samples.size());
+        }
+    };
+    using Shape = ExperimentalVariogram::Shape;
+    for (const Shape shape : {Shape::Exponential, Shape::Gaussian, Shape::Power, Shape::Linear}) fitAndKrige(shape);
+    const NuggetVariogramModel rough(mean, new GaussianVariogramModel(sill, range));
+    const PowerVariogramModel power(sill, range, mean);
+    (void)rough.Evaluate(p.GetX());
+    (void)power.Evaluate(p.GetX());
     double value = untouched, variance = untouched;
     const SimpleKriging simple(MakeModel(isSpherical, sill, range), mean);
     CheckAnswer(simple.Interpolate(p, samples, value, variance), variance);

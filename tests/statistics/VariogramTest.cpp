@@ -1,0 +1,141 @@
+#include "kalvio/Math.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+namespace {
+
+using Samples = std::vector<Point3D>;
+using Shape = ExperimentalVariogram::Shape;
+
+Samples Field(RandomNumbers& random, int count) {
+    Samples samples;
+    for (int i = 0; i < count; ++i) {
+        const double x = random(0, 400), y = random(0, 400);
+        const double z = 8.0 * std::sin(0.02 * x) * std::cos(0.015 * y) + random(-1, 1);
+        samples.emplace_back(385000 + x, 6672000 + y, z);
+    }
+    return samples;
+}
+
+// The pairs one by one; of each fit, that no other parameters fit the lags better, near or far.
+TEST(ExperimentalVariogramTest, GathersPairsAndFitsThemBest) {
+    RandomNumbers random(20240612);
+    for (int round = 0; round < 8; ++round) {
+        SCOPED_TRACE(round);
+        const Samples samples = Field(random, 150);
+        const double step = 15.0, bearing = random(-4, 4), tolerance = round % 2 == 0 ? 2.0 : 0.4;
+        ExperimentalVariogram variogram;
+        ASSERT_TRUE(variogram.Build(samples, step, 12, Angle(bearing), Angle(tolerance)));
+        std::vector<std::array<double, 3>> sums(12);
+        for (const Point3D& a : samples) {
+            for (const Point3D& b : samples) {
+                const double h = a.Distance2D(b), turn = std::atan2(b.GetX() - a.GetX(), b.GetY() - a.GetY()) - bearing;
+                if (&a == &b || h >= 12 * step || std::cos(turn) < std::cos(std::min(tolerance, kPi / 2))) continue;
+                auto& [pairs, distance, squares] = sums[static_cast<std::size_t>(h / step)];
+                pairs += 1.0, distance += h, squares += (a.GetZ() - b.GetZ()) * (a.GetZ() - b.GetZ());
+            }
+        }
+        ASSERT_EQ(variogram.GetLags().size(), 12U);
+        for (std::size_t i = 0; i < 12; ++i) {
+            const ExperimentalVariogram::Lag& lag = variogram.GetLags()[i];
+            EXPECT_EQ(static_cast<double>(lag.pairs), sums[i][0]);
+            EXPECT_NEAR(lag.distance, sums[i][1] / sums[i][0], 1e-9);
+            EXPECT_NEAR(lag.semivariance, 0.5 * sums[i][2] / sums[i][0], 1e-9);
+        }
+        for (const Shape shape : {Shape::Exponential, Shape::Gaussian, Shape::Power, Shape::Linear}) {
+            ExperimentalVariogram::Fit best;
+            ASSERT_TRUE(variogram.FitModel(shape, best));
+            const std::unique_ptr<VariogramModelBase> model(best.MakeModel());
+            for (int i = 0; i < 600; ++i) {
+                ExperimentalVariogram::Fit other = best;
+                const double reach = i < 300 ? 1e-3 : 3.0;
+                other.nugget = std::max(0.0, best.nugget + reach * random(-1, 1) * (best.nugget + best.sill));
+                other.sill *= std::exp(reach * random(-1, 1));
+                if (shape == Shape::Exponential || shape == Shape::Gaussian) {
+                    other.range = std::clamp(best.range * std::exp(reach * random(-1, 1)), 2.0, 1600.0);
+                }
+                if (shape == Shape::Power)
+                    other.exponent = std::clamp(best.exponent + reach * random(-1, 1), 0.05, 1.95);
+                double misfit = 0.0, least = 0.0;
+                for (const ExperimentalVariogram::Lag& lag : variogram.GetLags()) {
+                    const auto pairs = static_cast<double>(lag.pairs);
+                    misfit += pairs * std::pow(lag.semivariance / other.Evaluate(lag.distance) - 1.0, 2);
+                    least += pairs * std::pow(lag.semivariance / model->Evaluate(lag.distance) - 1.0, 2);
+                }
+                ASSERT_NEAR(best.misfit, least, 1e-9 * least);
+                ASSERT_GE(misfit, least * (1.0 - 1e-9));
+            }
+        }
+    }
+    ExperimentalVariogram none;
+    ExperimentalVariogram::Fit fit;
+    EXPECT_FALSE(none.FitModel(Shape::Linear, fit) || none.Build({{0, 0, 1}, {9, 0, 1}}, 3.0, 2) ||
+                 none.Build({{0, 0, 1}, {1, 0, kNan}}, 3.0, 2) || none.Build(Samples(5), kNan, 2));
+    EXPECT_TRUE(none.Build({{0, 0, 1}, {1, 0, 1}, {3, 0, 1}, {7, 0, 1}}, 1.0, 9));
+    EXPECT_FALSE(none.FitModel(Shape::Gaussian, fit)) << "no differences";
+}
+
+// Against a search of all samples and the whole system of those found; left out, against a system without the sample.
+TEST(LocalKrigingTest, SectorsRadiusAndValidationAreThoseOfTheWholeSystem) {
+    RandomNumbers random(20240613);
+    const Samples samples = Field(random, 120);
+    const OrdinaryKriging kriging(new NuggetVariogramModel(0.3, new PowerVariogramModel(20.0, 300.0, 1.4)));
+    for (const unsigned int sectors : {1U, 4U, 7U}) {
+        for (const double radius : {kInfinity, 150.0}) {
+            LocalKriging local;
+            ASSERT_TRUE(local.Build(kriging, samples, {3 + 8 / sectors, sectors, radius}));
+            std::vector<LocalKriging::Residual> residuals;
+            ASSERT_TRUE(local.Validate(residuals));
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                const bool isLeftOut = i % 2 == 0;
+                const Point2D p = samples[i].GetPoint2D() + (isLeftOut ? Vec2D() : Vec2D(random(-9, 9), random(-9, 9)));
+                std::vector<Samples> around(sectors);
+                for (std::size_t k = 0; k < samples.size(); ++k) {
+                    const Vec2D away = samples[k].GetPoint2D() - p;
+                    double turn = std::atan2(away.GetY(), away.GetX()) / (2.0 * kPi) * sectors;
+                    if (turn < 0.0) turn += sectors;
+                    if ((isLeftOut && k == i) || away.Length() > radius) continue;
+                    around[static_cast<std::size_t>(turn)].push_back(samples[k]);
+                }
+                Samples chosen;
+                for (Samples& in : around) {
+                    std::sort(in.begin(), in.end(), [&p](const Point3D& a, const Point3D& b) {
+                        return a.GetPoint2D().Distance(p) < b.GetPoint2D().Distance(p);
+                    });
+                    in.resize(std::min<std::size_t>(in.size(), 3 + 8 / sectors));
+                    chosen.insert(chosen.end(), in.begin(), in.end());
+                }
+                KrigingSystem system;
+                double value = kNan, variance = kNan, z = kNan, deviation = kNan;
+                ASSERT_TRUE(system.Build(kriging, chosen) && system.Interpolate(p, value, variance));
+                if (isLeftOut) {
+                    z = samples[i].GetZ() + residuals[i].error, deviation = residuals[i].variance;
+                } else {
+                    ASSERT_TRUE(local.Interpolate(p, z, deviation));
+                }
+                EXPECT_NEAR(z, value, 1e-8);
+                EXPECT_NEAR(deviation, variance, 1e-8);
+            }
+        }
+    }
+    LocalKriging local;
+    double z = 0.0, variance = 0.0;
+    EXPECT_FALSE(local.Build(kriging, samples, {4, 0, 9.0}) || local.Build(kriging, samples, {4, 65, 9.0}) ||
+                 local.Build(kriging, samples, {4, 2, kNan}));
+    EXPECT_TRUE(local.Build(kriging, samples, {4, 2, 9.0}));
+    EXPECT_FALSE(local.Interpolate({0, 0}, z, variance)) << "none within the radius";
+}
+
+TEST(VariogramModelTest, MoreModelsFollowTheirFormulas) {
+    EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(5.0), 0.44239843385719036);
+    EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(1e-7), 2e-16) << "no digits lost near 0";
+    EXPECT_DOUBLE_EQ(PowerVariogramModel(2.0, 9.0, 1.5).Evaluate(4.0), 16.0 / 27.0);
+    EXPECT_EQ(PowerVariogramModel(2.0, 8.0).Evaluate(20.0), 5.0) << "linear";
+    const NuggetVariogramModel rising(0.5, new PowerVariogramModel(2.0, 8.0));
+    const NuggetVariogramModel falling(0.5, new SphericalVariogramModel(2.0, 10.0));
+    EXPECT_TRUE(rising.Evaluate(0.0) == 0.0 && rising.Evaluate(8.0) == 2.5 && rising.GetRange() == 8.0);
+    EXPECT_TRUE(falling.Evaluate(0.0) == 2.5 && falling.Evaluate(10.0) == 0.0) << "a covariance";
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
