@@ -4,15 +4,8 @@
 namespace Kalvio::Math {
 namespace {
 
-TEST(BoundingBoxTest, CornersAreKeptInTheirOrder) {
-    const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4));
-    EXPECT_TRUE(box.GetArea() == 8.0 && box.GetPerimeter() == 12.0);
-    const BoundingBox2D backward(Point2D(2, 4), Point2D(0, 0));
-    EXPECT_TRUE(backward.GetSize().IsEqualTo(Vec2D(-2, -4), 1e-15) && backward.GetCenter() == Point2D(1, 2));
-    EXPECT_FALSE(backward.IsPointInside(Point2D(1, 2), 0.0)) << "negative sizes hold nothing";
-}
-
 TEST(BoundingBoxTest, BordersAreInsideUpToTheTolerance) {
+    const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4)), backward(Point2D(2, 4), Point2D(0, 0));
     const std::tuple<const char*, Point2D, double, bool> rows[] = {
         {"a corner", Point2D(2, 4), 0.0, true},
         {"exactly the tolerance outside", Point2D(2.0001, 4), 0.0001, true},
@@ -21,11 +14,12 @@ TEST(BoundingBoxTest, BordersAreInsideUpToTheTolerance) {
         {"a negative tolerance shrinks", Point2D(1, 0.25), -0.5, false},
     };
     for (const auto& [why, p, tolerance, expected] : rows) {
-        SCOPED_TRACE(why);
-        const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4));
-        EXPECT_EQ(box.IsPointInside(p, tolerance), expected);
-        EXPECT_EQ(BoundingBoxND(box).IsPointInside(PointND(p), tolerance), expected);
+        EXPECT_EQ(box.IsPointInside(p, tolerance), expected) << why;
+        EXPECT_EQ(BoundingBoxND(box).IsPointInside(PointND(p), tolerance), expected) << why;
     }
+    EXPECT_TRUE(box.GetArea() == 8.0 && box.GetPerimeter() == 12.0);
+    EXPECT_TRUE(backward.GetSize().IsEqualTo(Vec2D(-2, -4), 1e-15) && backward.GetCenter() == Point2D(1, 2));
+    EXPECT_FALSE(backward.IsPointInside(Point2D(1, 2), 0.0)) << "corners stay: negative sizes hold nothing";
 }
 
 TEST(BoundingBoxTest, TouchingBoxesIntersect) {
@@ -38,24 +32,22 @@ TEST(BoundingBoxTest, TouchingBoxesIntersect) {
     };
     for (const auto& [why, left, tolerance, expected, area] : rows) {
         SCOPED_TRACE(why);
-        const BoundingBox2D a(Point2D(0, 0), Point2D(1, 1));
-        const BoundingBox2D b(Point2D(left, 0), Point2D(2, 1));
-        EXPECT_EQ(a.Intersects(b, tolerance), expected);
-        EXPECT_EQ(b.Intersects(a, tolerance), expected);
-        EXPECT_EQ(a.GetIntersectionArea(b), area);
-        EXPECT_EQ(BoundingBoxND(a).GetIntersectionArea(BoundingBoxND(b)), area);
-        EXPECT_EQ(BoundingBoxND(a).Intersects(BoundingBoxND(b)), left <= 1.0);
-        EXPECT_EQ(BoundingBoxND(b).Intersects(BoundingBoxND(a)), left <= 1.0);
+        const BoundingBox2D a(Point2D(0, 0), Point2D(1, 1)), b(Point2D(left, 0), Point2D(2, 1));
+        const BoundingBoxND many[] = {BoundingBoxND(a), BoundingBoxND(b)};
+        EXPECT_EQ(std::pair(a.Intersects(b, tolerance), b.Intersects(a, tolerance)), std::pair(expected, expected));
+        EXPECT_EQ(std::pair(a.GetIntersectionArea(b), many[0].GetIntersectionArea(many[1])), std::pair(area, area));
+        EXPECT_EQ(many[0].Intersects(many[1]), left <= 1.0);
+        EXPECT_EQ(many[1].Intersects(many[0]), left <= 1.0);
     }
 }
 
 TEST(BoundingBoxTest, UnionsHoldBothBoxesAndNothingMore) {
     RandomNumbers random(20240601);
     for (const Point2D& origin : surveyOrigins) {
+        const auto draw = [&] {
+            return Point3D(origin, 0.0) + Vec3D(random(-50.0, 50.0), random(-50.0, 50.0), random(-50.0, 50.0));
+        };
         for (int i = 0; i < 100; ++i) {
-            const auto draw = [&] {
-                return Point3D(origin, 0.0) + Vec3D(random(-50.0, 50.0), random(-50.0, 50.0), random(-50.0, 50.0));
-            };
             const Point3D p[] = {draw(), draw(), draw(), draw()};
             const BoundingBox3D both = p[0].GetBoundingBox3D() + BoundingBox3D(p[1], p[1]) + p[2].GetBoundingBox3D();
             BoundingBoxND many(3);
@@ -97,26 +89,23 @@ TEST(BoundingBoxTest, OrientedBoxesKeepTheFirstBoxesAxes) {
     const Vec2D along(3, 4);
     for (const Point2D& origin : surveyOrigins) {
         const OrientedBoundingBox2D box(origin, Vec2D(10, 5), along, along.GetNormalVector(true));
-        std::vector<Point2D> corners;
-        box.GetCornerPoints(corners);
-        ASSERT_EQ(corners.size(), 4U);
-        EXPECT_THAT(corners[0], IsNear(origin + Vec2D(-1, -5.5), 2e-9)) << "centre - half size along both axes";
-        EXPECT_GT((corners[1] - corners[0]).PerpDotProduct(corners[2] - corners[1]), 0.0) << "counter-clockwise";
-        EXPECT_TRUE(box.IsPointInside(origin + along * 0.99));
-        EXPECT_FALSE(box.IsPointInside(origin + along * 1.01));
-        EXPECT_TRUE(box.GetBoundingBox2D().IsEqualTo(BoundingBox2D(origin, Vec2D(10, 11)), 4e-9));
-
         const OrientedBoundingBox2D other(BoundingBox2D(origin + Vec2D(20, 0), Vec2D(2, 2)));
         OrientedBoundingBox2D both = box + other;
         both.SetSize(both.GetSize() + Vec2D(1e-8, 1e-8));  // corners on the border are inside but for rounding
-        for (const OrientedBoundingBox2D* part : {&box, &other}) {
+        std::vector<Point2D> corners;
+        for (const OrientedBoundingBox2D* part : {&other, &box}) {
             part->GetCornerPoints(corners);
+            ASSERT_EQ(corners.size(), 4U);
             for (const Point2D& corner : corners) EXPECT_TRUE(both.IsPointInside(corner));
         }
+        EXPECT_THAT(corners[0], IsNear(origin + Vec2D(-1, -5.5), 2e-9)) << "centre - half size along both axes";
+        EXPECT_GT((corners[1] - corners[0]).PerpDotProduct(corners[2] - corners[1]), 0.0) << "counter-clockwise";
+        EXPECT_TRUE(box.IsPointInside(origin + along * 0.99) && !box.IsPointInside(origin + along * 1.01));
+        EXPECT_TRUE(box.GetBoundingBox2D().IsEqualTo(BoundingBox2D(origin, Vec2D(10, 11)), 4e-9));
+        EXPECT_TRUE((box + box).IsEqualTo(box, 4e-9));
         Vec2D first, second;
         both.GetAxes(first, second);
         EXPECT_THAT(first, IsNear(Vec2D(0.6, 0.8), 1e-15));
-        EXPECT_TRUE((box + box).IsEqualTo(box, 4e-9));
     }
 }
 

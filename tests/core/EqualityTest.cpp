@@ -32,21 +32,18 @@ auto ChainOf(const Make& make) {
         return chain;
     };
 }
-template <class Mesh, class Points>
-auto MeshOf(const Points& points) {
-    return [&points](double d) {
-        Mesh mesh;
-        mesh.AppendVertices(points);
-        mesh.GetVertex(1)[0] += d;
-        return mesh;
-    };
-}
-template <class Polygon, class Points>
-auto PolygonOf(const Points& points) {
+template <class Shape, class Points>
+auto ShapeOf(const Points& points) {
     return [&points](double d) {
         Points moved = points;
         moved[1][0] += d;
-        return Polygon(moved);
+        if constexpr (requires { Shape().GetVertices(); }) {
+            Shape mesh;
+            mesh.AppendVertices(moved);
+            return mesh;
+        } else {
+            return Shape(moved);
+        }
     };
 }
 
@@ -64,17 +61,12 @@ TEST(EqualityTest, EveryPairThatHasOne) {
         return Spiral2D(Spiral2D::Spiral2DType::Bloss, 0.0, 300.0, 60.0, a + Vec2D(d, 0), east);
     };
     const auto parabola = [](double d) { return Parabola(Point2D(0, d), Point2D(1, 1 + d), 1.0, 0.0, d); };
-    const auto integer = [](double d) { return d < 0.2 ? 1 : 2; };
-    Check(number, integer, "double, int");
+    Check(
+        number, [](double d) { return d < 0.2 ? 1 : 2; }, "double, int");
     CheckEach([](double d) { return Angle(d); }, [](double d) { return Point2D(1, 2 + d); },
               [](double d) { return Point2DM(1, 2, 3 + d); }, [](double d) { return Point3D(1, 2, 3 + d); },
-              [](double d) {
-                  return PointND(std::vector{1.0, 2.0, 3.0, 4.0 + d});
-              },
-              [](double d) { return Vec2D(1, 2 + d); }, [](double d) { return Vec3D(1, 2, 3 + d); },
-              [](double d) {
-                  return VecND(std::vector{1.0, 2.0, 3.0, 4.0 + d});
-              },
+              [](double d) { return PointND(Point3D(1, 2, 3 + d)); }, [](double d) { return Vec2D(1, 2 + d); },
+              [](double d) { return Vec3D(1, 2, 3 + d); }, [](double d) { return VecND(Vec3D(1, 2, 3 + d)); },
               [](double d) { return Matrix2D().Translate(3 + d, 0); }, [](double d) { return Plane3D(0, 0, 1, d); },
               [](double d) { return Triangle3D(u, v, w + Vec3D(0, d, 0)); },
               [](double d) { return BoundingBox2D(a, b + Vec2D(d, 2)); },
@@ -84,20 +76,20 @@ TEST(EqualityTest, EveryPairThatHasOne) {
               [&](double d) { return Arc3D(u + Vec3D(d, 0, 0), v + Vec3D(d, 0, 0), Angle(1.0), floor); },
               [&](double d) { return PolygonCurve2D(ChainOf<RingCurve2D>(arc)(d)); },
               [&](double d) { return PolygonCurve3D(ChainOf<RingCurve3D>(line3D)(d)); });
-    CheckEach(number, line, string, arc, clothoid, spiral, parabola, line3D, string3D);
-    CheckEach(ChainOf<Polyline2D>(arc), ChainOf<Polyline3D>(line3D), PolygonOf<Polygon2D>(plan),
-              PolygonOf<Polygon3D>(space), MeshOf<IndexedFaceSet2D>(plan), MeshOf<IndexedFaceSet3D>(space),
-              MeshOf<IndexedTriangleSet2D>(plan), MeshOf<IndexedTriangleSet3D>(space), MeshOf<TriangleStrip3D>(space));
+    CheckEach(number, line3D, string3D, ChainOf<Polyline2D>(arc), ChainOf<Polyline3D>(line3D), ShapeOf<Polygon2D>(plan),
+              ShapeOf<Polygon3D>(space), ShapeOf<IndexedFaceSet2D>(plan), ShapeOf<IndexedFaceSet3D>(space),
+              ShapeOf<IndexedTriangleSet2D>(plan), ShapeOf<IndexedTriangleSet3D>(space),
+              ShapeOf<TriangleStrip3D>(space));
     Check(line, string, "Line2D, LineString2D");
     Check(line3D, string3D, "Line3D, LineString3D");
-    const auto inChains = [](const auto&... make) {
+    const auto checkCurves = [](const auto&... make) {
+        CheckEach(make...);
         (Check(make, ChainOf<Polyline2D>(make), typeid(make(0.0)).name()), ...);
     };
-    inChains(line, string, arc, clothoid, spiral, parabola);
-    const Point2D origin, beside(0.125, 0), away(0.25, 0);
-    const IGeometry &geometry = origin, &near = beside, &far = away;
-    EXPECT_TRUE(Geometry::AreEqual(geometry, near, 0.1875) && !Geometry::AreEqual(geometry, far, 0.1875))
-        << "IGeometry";
+    checkCurves(line, string, arc, clothoid, spiral, parabola);
+    const Point2D near(1.125, 2), far(1.25, 2);
+    const IGeometry* const points[] = {&a, &near, &far};
+    EXPECT_TRUE(Geometry::AreEqual(*points[0], *points[1], 0.25) && !Geometry::AreEqual(*points[0], *points[2], 0.25));
 }
 
 }  // namespace

@@ -8,10 +8,10 @@ namespace {
 
 TEST(GeometryTest, EqualEitherWayAndTurnsBeyondTheMargin) {
     EXPECT_TRUE(Geometry::AreEqual2D(Point3D(1, 2, 3), Point3D(1, 2, 99), 0.1));
-    const Line2D line(Point2D(0, 0), Point2D(1, 2)), back(Point2D(1, 2), Point2D(0, 0));
-    EXPECT_TRUE(!Geometry::AreEqual(line, back, 1e-6) && Geometry::AreEqualEitherWay(line, back, 1e-6));
-    EXPECT_FALSE(Geometry::AreEqualEitherWay(line, Point2D(), 1e-6));
     const Point2D a(0, 0), b(1, 0);
+    const Line2D line(a, b), back(b, a);
+    EXPECT_TRUE(!Geometry::AreEqual(line, back, 1e-6) && Geometry::AreEqualEitherWay(line, back, 1e-6));
+    EXPECT_FALSE(Geometry::AreEqualEitherWay(line, a, 1e-6));
     EXPECT_TRUE(Geometry::ArePointsCCW(a, b, Point2D(0, 1)));
     EXPECT_FALSE(Geometry::ArePointsCCW(a, Point2D(0, 1), b) || Geometry::ArePointsCCW(a, b, Point2D(1, 4e-10)));
     EXPECT_TRUE(Geometry::ArePointsCCW(Point2DM(0, 0, 9), Point2DM(1, 0, 8), Point2DM(1, 5e-10, 7)));
@@ -54,13 +54,6 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_TRUE(!Geometry::GetVertices(several, vertices) && vertices.size() == 7);
 }
 
-std::vector<Point2D> Hull(const std::vector<Point2D>& points) {
-    Polygon2D hull;
-    hull.AppendPoint(Point2D(77, 77));
-    Geometry::ConvexHull(points, hull);
-    return hull.GetPoints();
-}
-
 TEST(GeometryTest, HullsWorkedOutByHand) {
     using Points = std::vector<Point2D>;
     const std::tuple<const char*, Points, Points> rows[] = {
@@ -76,8 +69,9 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
         {"not a number is left out", {{kNan, 0}, {0, 0}, {1, 0}, {0, 1}}, {{0, 0}, {1, 0}, {0, 1}}},
     };
     for (const auto& [why, points, expected] : rows) {
-        SCOPED_TRACE(why);
-        EXPECT_THAT(Hull(points), testing::Pointwise(AreNear(0.0), expected));
+        Polygon2D hull{{77, 77}};
+        Geometry::ConvexHull(points, hull);
+        EXPECT_THAT(hull.GetPoints(), testing::Pointwise(AreNear(0.0), expected)) << why;
     }
 }
 
@@ -86,22 +80,23 @@ TEST(GeometryTest, HullIsConvexAndHoldsEveryPoint) {
     for (int round = 0; round < 60; ++round) {
         const Point2D origin = surveyOrigins[round % 2];
         // Small integers bring equal, collinear and axis-parallel points.
-        std::uniform_int_distribution<int> coordinate(0, round < 30 ? 6 : 1000);
+        const double size = round < 30 ? 7 : 1001;
         std::vector<Point2DM> measured;
         std::vector<Point2D> points;
         for (int i = 0; i < 5 + 4 * round; ++i) {
-            points.push_back(origin + Vec2D(coordinate(random), coordinate(random)));
+            points.push_back(origin + Vec2D(std::floor(random(0, size)), std::floor(random(0, size))));
             measured.emplace_back(points.back().GetX(), points.back().GetY(), i);
         }
-        const std::vector<Point2D> hull = Hull(points);
+        Polygon2D ring, ofMeasured;
+        Geometry::ConvexHull(points, ring);
+        Geometry::ConvexHull(measured, ofMeasured);
+        const std::vector<Point2D>& hull = ring.GetPoints();
+        EXPECT_EQ(ofMeasured.GetPoints(), hull);
         for (std::size_t i = 0; i < hull.size() && hull.size() > 2; ++i) {
             const Point2D &a = hull[i], &b = hull[(i + 1) % hull.size()];
             EXPECT_GT((b - a).PerpDotProduct(hull[(i + 2) % hull.size()] - b), 0.5);
             for (const Point2D& p : points) EXPECT_GE((b - a).PerpDotProduct(p - a), 0.0);
         }
-        Polygon2D ofMeasured;
-        Geometry::ConvexHull(measured, ofMeasured);
-        EXPECT_EQ(ofMeasured.GetPoints(), hull);
         for (std::size_t i = 0; i < measured.size(); ++i) EXPECT_EQ(measured[i].GetM(), static_cast<double>(i));
     }
 }
@@ -120,48 +115,43 @@ TEST(GeometryTest, RandomPointsStayInTheirBox) {
     EXPECT_GT(different.size(), 1500U);
 }
 
-// Cuts a random chain into strings, shuffles and turns some round: merging must give the chain back.
+// Cuts random chains into strings, shuffles and turns some round: merging must give the chains back.
 TEST(GeometryTest, MergingUndoesCutting) {
     RandomNumbers random(8);
     for (const Point2D& origin : surveyOrigins) {
-        std::vector<LineString3D> strings;
+        std::vector<LineString3D> strings, fromSegments;
         std::list<std::pair<Point3D, Point3D>> segments;
-        constexpr std::size_t chains = 5;
-        double length = 0.0, merged = 0.0;
-        for (std::size_t chain = 0; chain < chains; ++chain) {
-            Point3D at(origin + Vec2D(0, 100.0 * static_cast<double>(chain)), 0.0);
-            for (int piece = 0; piece < 20; ++piece) {
-                LineString3D string({at});
-                for (int i = 0; i < 3; ++i) {
-                    const Point3D next = at + Vec3D(random(1.0, 6.0), random(0.0, 9.0), 1.0);
-                    length += next.Distance(at);
-                    segments.emplace_back(at, next);
-                    if (random() % 2 == 0) std::swap(segments.back().first, segments.back().second);
-                    string.AppendPoint(next);
-                    at = next;
-                }
-                if (random() % 2 == 0) string.Reverse();
-                strings.push_back(string);
+        double length = 0.0;
+        for (int chain = 0; chain < 5; ++chain) {
+            Point3D at(origin + Vec2D(0, 100.0 * chain), 0.0);
+            for (int i = 0; i < 60; ++i) {
+                if (i % 3 == 0) strings.push_back({at});
+                const Point3D next = at + Vec3D(random(1.0, 6.0), random(0.0, 9.0), 1.0);
+                length += next.Distance(at);
+                segments.emplace_back(at, next);
+                if (random() % 2 == 0) std::swap(segments.back().first, segments.back().second);
+                strings.back().AppendPoint(at = next);
+                if (i % 3 == 2 && random() % 2 == 0) strings.back().Reverse();
             }
         }
         std::shuffle(strings.begin(), strings.end(), random);
         Geometry::MergeLineStrings(strings, 1e-4);
-        ASSERT_EQ(strings.size(), chains);
-        for (const LineString3D& string : strings) {
-            EXPECT_EQ(string.GetSize(), 61U) << "junction points are not doubled";
-            merged += string.GetLength();
-        }
-        EXPECT_NEAR(merged, length, 1e-6);
-        std::vector<LineString3D> fromSegments;
         Geometry::LineSegmentsToLineStrings(segments, fromSegments, 1e-4);
-        EXPECT_EQ(fromSegments.size(), chains);
+        for (const auto& merged : {strings, fromSegments}) {
+            ASSERT_EQ(merged.size(), 5U);
+            double sum = 0.0;
+            for (const LineString3D& string : merged) {
+                EXPECT_EQ(string.GetSize(), 61U) << "junction points are not doubled";
+                sum += string.GetLength();
+            }
+            EXPECT_NEAR(sum, length, 1e-6);
+        }
     }
 }
 
 TEST(GeometryTest, MergingRules) {
     const auto from = [](double x0, double x1) { return LineString2D({Point2D(x0, 0), Point2D(x1, 0)}); };
-    std::vector<LineString2D> strings{from(0, 1), LineString2D({Point2D(4, 4)}), from(1.25, 2), from(3, 2),
-                                      from(0, -1)};
+    std::vector<LineString2D> strings{from(0, 1), {{4, 4}}, from(1.25, 2), from(3, 2), from(0, -1)};
     Geometry::MergeLineStrings(strings, 0.25);
     ASSERT_EQ(strings.size(), 3U) << "exactly the tolerance apart is apart; one point joins nothing";
     EXPECT_EQ(strings[0].GetPoints(), (std::vector<Point2D>{{-1, 0}, {0, 0}, {1, 0}}));
@@ -170,8 +160,7 @@ TEST(GeometryTest, MergingRules) {
     Geometry::MergeLineStrings(fork, 0.25);
     ASSERT_EQ(fork.size(), 2U) << "the first that fits wins";
     EXPECT_EQ(fork[0].GetEnd(), Point2D(5, 0));
-    std::vector<LineString2D> ring{from(0, 1), LineString2D({Point2D(1, 0), Point2D(1, 1), Point2D(0, 0)}),
-                                   from(0, -1)};
+    std::vector<LineString2D> ring{from(0, 1), {{1, 0}, {1, 1}, {0, 0}}, from(0, -1)};
     Geometry::MergeLineStrings(ring, 0.25);
     ASSERT_EQ(ring.size(), 2U) << "a ring that closed takes nothing more";
     EXPECT_EQ(ring[0].GetSize(), 4U);
@@ -183,8 +172,7 @@ TEST(GeometryTest, MergingRules) {
     ASSERT_EQ(stubs.size(), 2U);
     EXPECT_NEAR(stubs[1].GetLength(), 12.5, 0.25);
 
-    using Strings = std::vector<LineString3D>;
-    Strings steps{LineString3D{{0, 0, 0}, {1, 0, 0}}, LineString3D{{1, 0, 5}, {2, 0, 5}}}, plan = steps;
+    std::vector<LineString3D> steps{{{0, 0, 0}, {1, 0, 0}}, {{1, 0, 5}, {2, 0, 5}}}, plan = steps;
     Geometry::MergeLineStrings(steps, 0.1);
     Geometry::MergeLineStringsAs2D(plan, 0.1);
     ASSERT_TRUE(steps.size() == 2 && plan.size() == 1);

@@ -1,6 +1,8 @@
 #include "kalvio/core/Numbers.h"
 #include "support/Testing.h"
 
+#include <type_traits>
+
 namespace Kalvio::Math {
 namespace {
 
@@ -61,6 +63,33 @@ TEST(NumbersTest, KeysWithinATenthOfAMillimetreAreOneKey) {
     EXPECT_STREQ(stations.begin()->second, "first");
     EXPECT_TRUE(stations.emplace(1.0002, "fourth").second);
 }
+
+TEST(TolerancesTest, DerivedValuesFollowTheTwoGivenOnes) {
+    const std::tuple<const char*, double, double, double, double, double, double> rows[] = {
+        {"the standard record", 0.0001, 1e-10, 1e-10, 1e-20, 1e-9, 0.0001},
+        {"never looser than the user tolerance", 1e-12, 1e-10, 1e-12, 1e-24, 1e-11, 1e-12},
+        {"no number: the user tolerance", 0.25, kNan, 0.25, 0.0625, 2.5, 0.25},
+        {"more than a turn", 7.0, 1e-10, 1e-10, 1e-20, 1e-9, 7.0 - 2 * kPi},
+        {"a turn back is none", -2 * kPi, 1.0, -2 * kPi, 4 * kPi * kPi, -20 * kPi, 0.0},
+    };
+    for (const auto& [why, user, system, epsilon, squared, less, angle] : rows) {
+        SCOPED_TRACE(why);
+        const Tolerances tolerances(user, system);
+        EXPECT_EQ(tolerances.UserTolerance(), user);
+        EXPECT_EQ(tolerances.SystemEpsilon(), epsilon);
+        EXPECT_DOUBLE_EQ(tolerances.SystemEpsilonSquared(), squared);
+        EXPECT_DOUBLE_EQ(tolerances.SystemEpsilonLess(), less);
+        EXPECT_EQ(tolerances.AngleTolerance().GetRadians(), angle);
+    }
+    for (const Tolerances& one : {Tolerances::Standard(), Tolerances(1e-4), Tolerances(1e-4, Angle(1e-4), 1e-10)}) {
+        EXPECT_EQ(std::tuple(one.UserTolerance(), one.SystemEpsilon(), one.AngleTolerance()),
+                  std::tuple(1e-4, 1e-10, Angle(1e-4)));
+    }
+    EXPECT_EQ(Tolerances(1e-4, Angle(0.5), 1e-10).AngleTolerance(), Angle(0.5));
+}
+
+static_assert(!std::is_convertible_v<double, Tolerances> && !std::is_copy_assignable_v<Tolerances> &&
+              std::is_copy_constructible_v<Tolerances>);
 
 }  // namespace
 }  // namespace Kalvio::Math

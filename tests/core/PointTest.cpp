@@ -14,9 +14,6 @@ TEST(PointTest, GeometriesCompareWithinTheirKind) {
     for (int i = 0; i < 5; ++i) {
         for (int j = 0; j < 5; ++j) EXPECT_EQ(all[i]->IsEqualTo(*all[j], 1e-9), kinds[i] == kinds[j]) << i << ' ' << j;
     }
-}
-
-TEST(PointTest, EqualityIsAStrictSquareTest) {
     EXPECT_TRUE(Point2D(0, 0).IsEqualTo(Point2D(0.9, 0.9), 1.0)) << "farther apart than the tolerance";
     EXPECT_TRUE(Point3D(0, 0, 0).IsEqualTo2d(Point3D(0, 0, 1), 1.0));
     EXPECT_TRUE(Point2D(0, 0) == Point2D(0.9e-10, 0) && !(Point2D(0, 0) == Point2D(1e-10, 0)));
@@ -25,12 +22,11 @@ TEST(PointTest, EqualityIsAStrictSquareTest) {
 TEST(PointTest, ArithmeticAndIndexes) {
     EXPECT_THAT((Point3D(1, 2, 3) + Point3D(3, 2, 1)) / 2.0, IsNear(Point3D(2, 2, 2), 0.0));
     EXPECT_THAT(Point3D(1, 2, 3) / 0.0, IsNear(Point3D(1, 2, 3), 0.0));
-    EXPECT_THAT(Point2D(Angle(detail::pi / 2), 5.0), IsNear(Point2D(0, 5), 1e-15));
+    EXPECT_THAT(Point2D(Angle(kPi / 2), 5.0), IsNear(Point2D(0, 5), 1e-15));
     EXPECT_EQ(Point2DM(0, 0, 7).Distance(Point2DM(3, 4, -7)), 5.0) << "measures do not count";
     EXPECT_TRUE(Point3D().Distance(Point3D(2, 3, 6)) == 7.0 && Point3D().Distance2D(Point3D(3, 4, 6)) == 5.0);
-    EXPECT_EQ(PointND({1.0, 1.0, 1.0, 1.0}).Distance(PointND(4U)), 2.0);
+    EXPECT_TRUE(PointND({1, 1, 1, 1}).Distance(PointND(4U)) == 2.0 && PointND({3, 4}).Distance(Point2D()) == 5.0);
     EXPECT_EQ((PointND(2U) - PointND(3U)).GetDimension(), 0U);
-    EXPECT_EQ(PointND({3, 4}).Distance(Point2D()), 5.0) << "plan points are points of two dimensions";
 
     Point2DM m(1, 2, 3);
     EXPECT_EQ(std::as_const(m)[5], 0.0) << "only this one has no first coordinate to fall back to";
@@ -69,7 +65,7 @@ TEST(PointTest, LongitudeAndLatitudeSplitTowardZero) {
     p.SetY(-59.5);
     p.GetLatitude(degrees, minutes, seconds);
     EXPECT_EQ(std::tuple(degrees, minutes, seconds), std::tuple(-59, -30, 0.0));
-    p.SetX(std::numeric_limits<double>::infinity());
+    p.SetX(kInfinity);
     p.GetLongitude(degrees, minutes, seconds);
     EXPECT_EQ(degrees, std::numeric_limits<int>::max()) << "saturated";
 
@@ -80,7 +76,7 @@ TEST(PointTest, LongitudeAndLatitudeSplitTowardZero) {
         q.GetLongLat(longitude, latitude, unit);
         EXPECT_THAT(Point2D(longitude, latitude), IsNear(Point2D(1.25, -0.5), 4e-16));
     }
-    EXPECT_DOUBLE_EQ(Point2D(180, 0).GetLongitude(AngleUnit::Radians), detail::pi);
+    EXPECT_DOUBLE_EQ(Point2D(180, 0).GetLongitude(AngleUnit::Radians), kPi);
     EXPECT_EQ(Point2D(0, 2).GetLatitude(AngleUnit::DegreeSecond), 7200.0);
 }
 

@@ -45,7 +45,7 @@ TEST(VecTest, SweepsGoTheAskedWayRound) {
         EXPECT_NEAR(from.GetAngle(to, WindingValue::Vertical).GetRadians(), unsignedAngle, 3e-8);
         EXPECT_NEAR(Vec3D(from, 0).GetAngle(Vec3D(to, 0)).GetRadians(), unsignedAngle, 3e-8);
     }
-    EXPECT_TRUE(Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()) == 0.0);
+    EXPECT_EQ(Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()), 0.0);
     EXPECT_NEAR(Vec3D(1, 2, 2).Vec3DCosAngle(Vec3D(-2, -4, -4)), -1.0, 1e-15);
 }
 
@@ -74,15 +74,13 @@ TEST(VecTest, ProductsObeyTheirLaws) {
 }
 
 TEST(VecTest, TheLaterAxisWinsATie) {
-    const std::tuple<Vec3D, int, std::pair<int, int>> rows[] = {
-        {Vec3D(1, 1, -1), 2, {1, 0}}, {Vec3D(1, 1, 0), 1, {2, 0}},   {Vec3D(1, 0, 1), 2, {0, 1}},
-        {Vec3D(-3, 2, 1), 0, {2, 1}}, {Vec3D(1, -2, -2), 2, {1, 0}}, {Vec3D(0, 0, 0), 2, {0, 1}}};
-    for (const auto& [v, dominant, others] : rows) {
-        SCOPED_TRACE(testing::PrintToString(v));
-        int first = -1, second = -1;
-        v.Find2MajorAxisForProjection(first, second);
-        EXPECT_EQ(v.FindDominantAxis(), dominant);
-        EXPECT_EQ(std::pair(first, second), others);
+    const std::tuple<Vec3D, int, int, int> rows[] = {{Vec3D(1, 1, -1), 2, 1, 0},  {Vec3D(1, 1, 0), 1, 2, 0},
+                                                     {Vec3D(1, 0, 1), 2, 0, 1},   {Vec3D(-3, 2, 1), 0, 2, 1},
+                                                     {Vec3D(1, -2, -2), 2, 1, 0}, {Vec3D(0, 0, 0), 2, 0, 1}};
+    for (const auto& [v, dominant, first, second] : rows) {
+        int i = -1, j = -1;
+        v.Find2MajorAxisForProjection(i, j);
+        EXPECT_EQ(std::tuple(v.FindDominantAxis(), i, j), std::tuple(dominant, first, second)) << v;
     }
 }
 
