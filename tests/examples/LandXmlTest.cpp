@@ -2,13 +2,9 @@
 #include "common/LandXmlSurface.h"
 #include "examples/RealData.h"
 
-#include "support/Near.h"
+#include "support/Testing.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 namespace Kalvio::Examples {
 namespace {
@@ -42,17 +38,19 @@ TEST(LandXmlTest, SampleRoadClosesThroughItsTransitions) {
 
     // Heights worked out from the tangents: 41.2 + 0.03 s before the first curve; the parabola's middle lies
     // (g2 - g1) L / 8 = -1 over its vertex; the unsymmetric one's (g2 - g1) a b / (2 (a + b)).
-    double height = 0.0;
-    ASSERT_TRUE(road.GetHeight(100.0, height));
-    EXPECT_NEAR(height, 41.2 + 100.0 * 0.03, 1e-9);
-    ASSERT_TRUE(road.GetHeight(260.0, height));
-    EXPECT_NEAR(height, 49.0 + (-0.02 - 0.03) * 160.0 / 8.0, 1e-9);
     const double outGrade = (45.0 - 52.9) / (1375.5 - 890.0);
-    ASSERT_TRUE(road.GetHeight(890.0, height));
-    EXPECT_NEAR(height, 52.9 + (outGrade - 0.03) * 90.0 * 140.0 / (2.0 * 230.0), 1e-9);
-    // The sag of R = 2500 lies R (sec(half the turn) - 1) from its vertex, along the bisector.
-    ASSERT_TRUE(road.GetHeight(560.0, height));
-    EXPECT_NEAR(height, 43.0 + 0.781, 2e-3);
+    const std::tuple<double, double, double> rows[] = {
+        {100.0, 41.2 + 100.0 * 0.03, 1e-9},
+        {260.0, 49.0 + (-0.02 - 0.03) * 160.0 / 8.0, 1e-9},
+        {890.0, 52.9 + (outGrade - 0.03) * 90.0 * 140.0 / (2.0 * 230.0), 1e-9},
+        // The sag of R = 2500 lies R (sec(half the turn) - 1) from its vertex, along the bisector.
+        {560.0, 43.0 + 0.781, 2e-3},
+    };
+    double height = 0.0;
+    for (const auto& [station, expected, tolerance] : rows) {
+        ASSERT_TRUE(road.GetHeight(station, height));
+        EXPECT_NEAR(height, expected, tolerance) << station;
+    }
     EXPECT_FALSE(road.GetHeight(1376.0, height));
 }
 
@@ -78,14 +76,9 @@ std::string MessageOf(const std::string& text, File (*read)(const std::string&))
 }
 
 TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
-    struct Row {
-        const char* why;
-        std::string text;
-        const char* message;
-    };
     const std::string head = "<LandXML>\n<Alignments>\n<Alignment>\n<CoordGeom>\n";
     const std::string tail = "\n</CoordGeom></Alignment></Alignments></LandXML>";
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"not XML", "<LandXML>\n<oops\n", "line 2: Error parsing"},
         {"foreign", "\n<svg/>", "line 2: not a LandXML file"},
         {"empty", "<LandXML/>", "no <Alignment>"},
@@ -109,8 +102,8 @@ TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
         {"unknown point", head + "<Line><Start pntRef=\"7\"/><End>1 2</End></Line>" + tail, "no point named 7"},
         {"unknown element", head + "<Arc/>" + tail, "<Arc> is no element"},
     };
-    for (const Row& row : rows) {
-        EXPECT_THAT(MessageOf(row.text, ReadLandXml), testing::HasSubstr(row.message)) << row.why;
+    for (const auto& [why, text, message] : rows) {
+        EXPECT_THAT(MessageOf(text, ReadLandXml), testing::HasSubstr(message)) << why;
     }
     EXPECT_THROW(ReadLandXml(std::string(testing::TempDir()) + "kalvio_none.xml"), InputError);
 }
@@ -157,12 +150,7 @@ TEST(LandXmlTest, SurfacesAreReadByTheirPointIdsWithoutInvisibleFaces) {
     const std::string head = "<LandXML>\n<Surfaces><Surface name=\"s\">\n<Definition surfType=\"TIN\"><Pnts>\n";
     const std::string points = "<P id=\"a1\">2 1 5</P><P id=\"7\">2 9 5</P><P id=\"x\">8 9 6</P></Pnts>\n<Faces>";
     const std::string tail = "</Faces></Definition></Surface></Surfaces></LandXML>";
-    struct Row {
-        const char* why;
-        std::string text;
-        const char* message;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, const char*> rows[] = {
         {"no surface", "<LandXML/>", "no <Surface>"},
         {"no definition", "<LandXML><Surfaces><Surface/></Surfaces></LandXML>", "without <Definition>"},
         {"a grid", "<LandXML><Surfaces><Surface><Definition surfType=\"grid\"/></Surface></Surfaces></LandXML>",
@@ -177,8 +165,8 @@ TEST(LandXmlTest, SurfacesAreReadByTheirPointIdsWithoutInvisibleFaces) {
         {"four corners", head + points + "<F>7 x 7 x</F>" + tail, "4 corners"},
         {"nothing to see", head + points + "<F i=\"1\">7 x x</F>" + tail, "without visible faces"},
     };
-    for (const Row& row : rows) {
-        EXPECT_THAT(MessageOf(row.text, ReadLandXmlSurfaces), testing::HasSubstr(row.message)) << row.why;
+    for (const auto& [why, text, message] : rows) {
+        EXPECT_THAT(MessageOf(text, ReadLandXmlSurfaces), testing::HasSubstr(message)) << why;
     }
 }
 

@@ -1,20 +1,13 @@
 #include "common/InputError.h"
 #include "common/LandXmlSurface.h"
 #include "examples/RealData.h"
-#include "support/Origins.h"
+#include "support/Testing.h"
 #include "terrain/KrigedGrid.h"
 #include "terrain/LongSection.h"
 #include "terrain/Measures.h"
 
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
-
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <string>
-#include <vector>
 
 namespace Kalvio::Examples {
 namespace {
@@ -65,8 +58,7 @@ TEST(TerrainTest, SampleRoadFollowsItsProfileAndItsGroundTheFormula) {
     const LongSection onGround(ground.mesh, road, 20.0);
     ASSERT_EQ(onGround.GetRows().size(), 21U);
     for (const LongSection::Row& row : onGround.GetRows()) {
-        const double u = row.place.GetX() - 385400.0;
-        const double v = row.place.GetY() - 6672300.0;
+        const double u = row.place.GetX() - 385400.0, v = row.place.GetY() - 6672300.0;
         const auto hill = [&](double height, double u0, double v0, double width) {
             return height * std::exp(-((u - u0) * (u - u0) + (v - v0) * (v - v0)) / width);
         };
@@ -87,7 +79,7 @@ TEST(TerrainTest, AnAxisThatCrossesItselfKeepsItsStationsApart) {
         Alignment loop;
         loop.stationing = Stationing(1000.0);
         loop.plan.AppendElement(new Line2D(at(0, 0), at(100, 0)));
-        loop.plan.AppendElement(new Arc2D(at(100, 0), at(100, 30), Angle(1.5 * std::numbers::pi)));
+        loop.plan.AppendElement(new Arc2D(at(100, 0), at(100, 30), Angle(1.5 * kPi)));
         loop.plan.AppendElement(new Line2D(at(70, 30), at(70, -40)));
         ASSERT_TRUE(loop.plan.IsContinuous(1e-6));
 
@@ -100,7 +92,7 @@ TEST(TerrainTest, AnAxisThatCrossesItselfKeepsItsStationsApart) {
             slope.AppendIndexes({a, a + 1, a + 17, a, a + 17, a + 16});
         }
         const LongSection section(slope, loop, 7.0);
-        const double end = 1100.0 + 45.0 * std::numbers::pi + 61.0;  // where the slope ends
+        const double end = 1100.0 + 45.0 * kPi + 61.0;  // where the slope ends
         EXPECT_NEAR(section.GetGroundLength(), end - 1000.0, 1e-6);
         for (const LongSection::Run& run : section.GetRuns()) {
             for (std::size_t k = 0; k < run.size(); ++k) {

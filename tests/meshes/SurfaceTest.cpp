@@ -66,16 +66,16 @@ TEST(SurfaceTest, BorderOfAnyBoardOfFields) {
         ASSERT_TRUE(plan.GetBoundaries(polygons, true) && plan.GetBoundaries(outers, false));
         const auto [parts, sides] = CountPartsAndSides(fields);
         ASSERT_EQ(std::pair(polygons.size(), outers.size()), std::pair(parts, parts));
+        for (const Polygon2D& outer : outers) EXPECT_EQ(outer.GetNumHoleBoundaries(), 0U);
         double area = 0.0, border = 0.0;
-        for (std::size_t i = 0; i < polygons.size(); ++i) {
-            EXPECT_EQ(outers[i].GetNumHoleBoundaries(), 0U);
-            EXPECT_EQ(polygons[i].GetWinding(), WindingValue::CounterClockwise);
-            area += polygons[i].GetArea();
-            border += polygons[i].GetLength();
+        for (const Polygon2D& polygon : polygons) {
+            EXPECT_EQ(polygon.GetWinding(), WindingValue::CounterClockwise);
+            area += polygon.GetArea();
+            border += polygon.GetLength();
             Point2D fault;
-            EXPECT_TRUE(polygons[i].Validate(fault, true, 1e-6)) << testing::PrintToString(fault);
-            for (unsigned int k = 0; k < polygons[i].GetNumHoleBoundaries(); ++k) {
-                const Polygon2D hole(polygons[i].GetHoleBoundary(k));
+            EXPECT_TRUE(polygon.Validate(fault, true, 1e-6)) << fault;
+            for (unsigned int k = 0; k < polygon.GetNumHoleBoundaries(); ++k) {
+                const Polygon2D hole(polygon.GetHoleBoundary(k));
                 EXPECT_EQ(hole.GetWinding(), WindingValue::Clockwise);
                 border += hole.GetLength();
             }
@@ -98,23 +98,18 @@ TEST(SurfaceTest, BorderOfAnyBoardOfFields) {
 
 TEST(SurfaceTest, BorderOfASurfaceWithOneSide) {
     RandomNumbers random(20267);
-    for (unsigned int n = 5; n < 25; ++n) {  // a band of n quads, twisted once
-        IndexedTriangleSet3D band;
-        double border = 0.0;
-        const auto name = [n](unsigned int i, unsigned int side) { return 2 * (i % n) + (i < n ? side : 1 - side); };
-        for (unsigned int i = 0; i < 2 * n; ++i) {
-            const Point2D section(Angle(kPi * (i / 2) / n), i % 2 == 0 ? 1.0 : -1.0);
-            band.AppendVertex({Point2D(Angle(2.0 * kPi * (i / 2) / n), 5.0 + section.GetX()), section.GetY()});
-            if (i % 2 == 0) continue;
-            const unsigned int k = i / 2, a = name(k, 0), d = name(k + 1, 1);
-            band.AppendIndexes({a, name(k + 1, 0), d, a, d, name(k, 1)});
+    for (unsigned int n = 5; n < 25; ++n) {  // a band of n quads, twisted once: the border goes round twice
+        LineString3D border;
+        Indexes indexes;
+        for (unsigned int i = 0; i <= 2 * n; ++i) {
+            const Point2D section(Angle(kPi * i / n), 1.0);
+            border.AppendPoint({Point2D(Angle(2.0 * kPi * i / n), 5.0 + section.GetX()), section.GetY()});
+            const unsigned int opposite = i + n, next = (opposite + 1) % (2 * n);
+            if (i < n) indexes.insert(indexes.end(), {i, i + 1, next, i, next, opposite});
         }
-        for (unsigned int i = 0; i < 2 * n; ++i) {
-            border += band.GetVertex(name(i % n, i / n)).Distance(band.GetVertex(name(i % n + 1, i / n)));
-        }
-        Scramble(random, band.GetIndexes());
-        const auto [length, rings, left] = BorderOf(band);
-        EXPECT_NEAR(length, border, 1e-9);
+        Scramble(random, indexes);
+        const auto [length, rings, left] = BorderOf(IndexedTriangleSet3D(border.GetPoints(), indexes));
+        EXPECT_NEAR(length, border.GetLength(), 1e-9);
         EXPECT_EQ(rings, 1U);
     }
     // Three pages of a book: the back of one closes its border.
@@ -182,9 +177,8 @@ TEST(SurfaceTest, TerrainWallsAndBottomAreASolid) {
 
 TEST(SurfaceTest, FlippedEdges) {
     // Two triangles of a square, flipped once and back; the corners of the second start anywhere.
-    for (const Indexes& second : {Indexes{1, 0, 3}, {0, 3, 1}, {3, 1, 0}}) {
-        IndexedTriangleSet3D set({{0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}}, {0, 1, 2});
-        set.AppendIndexes(second);
+    for (const Indexes& both : {Indexes{0, 1, 2, 1, 0, 3}, {0, 1, 2, 0, 3, 1}, {0, 1, 2, 3, 1, 0}}) {
+        IndexedTriangleSet3D set({{0, 0, 0}, {1, 1, 0}, {0, 1, 0}, {1, 0, 0}}, both);
         EXPECT_TRUE(set.FlipEdge(0, 1));
         EXPECT_EQ(set.GetIndexes(), (Indexes{0, 3, 2, 3, 1, 2}));
         EXPECT_TRUE(set.FlipEdge(1, 0) && set.IsTriangleNeighborWindingCoherent());
@@ -203,8 +197,7 @@ TEST(SurfaceTest, PartsComeApart) {
     const IndexedTriangleSet3D torus = Torus({20, 0}, 0.0, 9.0, 2.0, 8);
     all.Merge(torus, false, 0.0);
     std::vector<IndexedTriangleSet3D> surfaces;
-    EXPECT_TRUE(all.SplitIntoUnconnectedSurfaces(surfaces));
-    ASSERT_EQ(surfaces.size(), 2U);
+    ASSERT_TRUE(all.SplitIntoUnconnectedSurfaces(surfaces) && surfaces.size() == 2);
     EXPECT_TRUE(surfaces[0].IsOneClosedVolume() && surfaces[1].IsOneClosedVolume() && surfaces[0].IsCCW());
     EXPECT_NEAR(surfaces[0].GetVolume(0.0), 1.0, 1e-15);
     EXPECT_NEAR(surfaces[1].GetVolume(0.0), torus.GetVolume(0.0), 1e-12);

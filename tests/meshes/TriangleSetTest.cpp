@@ -112,16 +112,14 @@ TEST(TriangleSetTest, WindingsByAxisAndInPlan) {
     };
     IndexedTriangleSet3D all;
     for (const auto& [why, b, c, byAxis, inPlan] : rows) {
-        SCOPED_TRACE(why);
         const IndexedTriangleSet3D set({{}, b, c}, {0, 1, 2});
-        EXPECT_EQ(set.GetWinding(), byAxis);
-        EXPECT_EQ(set.GetWinding2D(0), inPlan);
+        EXPECT_EQ(std::pair(set.GetWinding(), set.GetWinding2D(0)), std::pair(byAxis, inPlan)) << why;
         all.Merge(set, false, 0.0);
     }
     all.AppendIndexes({0, 1, 4000000000U, 1});
-    unsigned int ccw = 0, cw = 0, vertical = 0;
-    all.GetTotalWindings2D(ccw, cw, vertical);
-    EXPECT_EQ((std::array{ccw, cw, vertical}), (std::array{5U, 2U, 4U}));
+    std::array<unsigned int, 3> totals{};
+    all.GetTotalWindings2D(totals[0], totals[1], totals[2]);
+    EXPECT_EQ(totals, (std::array{5U, 2U, 4U}));
     for (const bool flag : {false, true}) {
         IndexedTriangleSet3D line({{}, {1, 0, 0}}, {0, 1, 0});
         line.SetCCW(flag);
@@ -146,7 +144,7 @@ void CheckNormals(const IndexedTriangleSet3D& set, double crease) {
     for (std::size_t k = 0; k < indexes.size(); ++k) {
         Point3D a, b, c;
         if (!set.GetTriangleAt(k / 3, a, b, c)) continue;
-        const Vec3D cross = (b - a).CrossProduct(c - a), normal = cross.Length() > 0.0 ? cross / cross.Length() : cross;
+        const Vec3D normal = (b - a).CrossProduct(c - a).Normalize();
         EXPECT_THAT(faces[k / 3], IsNear(set.IsCCW() ? normal : -normal, 1e-14));
         Vec3D sum, within;
         for (std::size_t i = 0; i < indexes.size(); ++i) {
@@ -164,11 +162,9 @@ TEST(TriangleSetTest, NormalsOfFacesVerticesAndCorners) {
     IndexedTriangleSet3D block = Block({385000.0, 6672000.0, 0.0}, {2, 2, 2}), torus = Torus({}, 0.0, 8.0, 2.0, 9);
     block.AppendIndexes({0, 0, 1, 2, 3, 99});
     for (const double crease : {0.0, kPi / 6, kPi / 2, 0.99 * kPi}) {
-        for (const bool ccw : {true, false}) {
-            block.SetCCW(ccw);
-            torus.SetCCW(ccw);
-            CheckNormals(block, crease);
-            CheckNormals(torus, crease);
+        for (IndexedTriangleSet3D* const set : {&block, &torus, &block, &torus}) {
+            CheckNormals(*set, crease);
+            set->SetCCW(!set->IsCCW());
         }
     }
 }
@@ -187,8 +183,8 @@ TEST(TriangleSetTest, AStripIsTheSetOfItsTriangles) {
         std::vector<Vec3D> normals(1), expected;
         roof.ComputeNormals(perVertex, normals);
         set.ComputeNormals(perVertex, expected);
-        ASSERT_EQ(normals.size(), perVertex ? 8U : 6U);
-        for (std::size_t i = 0; i < normals.size(); ++i) EXPECT_THAT(normals[i], IsNear(expected[i], 0.0)) << i;
+        EXPECT_EQ(normals.size(), perVertex ? 8U : 6U);
+        EXPECT_THAT(normals, testing::Pointwise(AreNear(0.0), expected));
     }
     TriangleStrip3D strip;
     for (const bool isLadder : {true, false, true, false}) {
@@ -234,20 +230,18 @@ TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {
     const Point2D& origin = surveyOrigins[1];
     std::vector<Point3D> points = {{kNan, 0, 0}, {origin, kInfinity}};
     for (int i = 0; i < 700; ++i) {  // some of them in one place, many on one height
-        const double z = i % 2 == 0 ? 5.0 : random(0.0, 10.0);
-        points.emplace_back(origin + Vec2D(std::floor(random(0.0, 9.0)), random(0.0, 9.0)), z);
-        if (i % 7 == 0) points.push_back(points.back());
+        const Vec2D place(std::floor(random(0.0, 9.0)), random(0.0, 9.0));
+        points.insert(points.end(), i % 7 == 0 ? 2 : 1, {origin + place, i % 2 == 0 ? 5.0 : random(0.0, 10.0)});
     }
     IndexedTriangleSet3D set;
     for (int i = 0; i < 300; ++i) set.AppendVertex({origin + Vec2D(random(-9, 20), random(0, 9)), random(0, 10)});
     for (int i = 0; i < 40; ++i) set.AppendVertex({set.GetVertex(i).GetPoint2D(), std::array{1e3, 1e9}[i % 2]});
     const std::vector<Point3D> before = set.GetVertices();
     EXPECT_TRUE(set.AdjustVerticesToClosest(points));
-    for (unsigned int i = 0; i < set.GetVerticesSize(); ++i) {
-        const auto isNearer = [&](const Point3D& a, const Point3D& b) {
+    for (unsigned int i = 0; i < before.size(); ++i) {
+        const Point3D& nearest = *std::min_element(points.begin() + 2, points.end(), [&](const auto& a, const auto& b) {
             return (a - before[i]).NormSquared() < (b - before[i]).NormSquared();
-        };
-        const Point3D& nearest = *std::min_element(points.begin() + 2, points.end(), isNearer);
+        });
         EXPECT_THAT(set.GetVertex(i), IsNear(nearest, 0.0)) << "the first on ties";
     }
     EXPECT_FALSE(set.AdjustVerticesToClosest(points) || set.AdjustVerticesToClosest({})) << "they lie there already";
