@@ -44,8 +44,7 @@ inline Found Sorted(Found items) {
 }
 
 /// The items that a search finds, sorted. `where` is a point, or a box and the overlap flag.
-template <class... Where>
-Found Search(const ISpatialIndex& index, const Where&... where) {
+inline Found Search(const ISpatialIndex& index, const auto&... where) {
     std::list<ISpatialIndexData*> items;
     index.Search(where..., items);
     return Sorted(Found(items.begin(), items.end()));

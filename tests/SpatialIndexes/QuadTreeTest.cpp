@@ -141,8 +141,8 @@ TEST(QuadTreeTest, NodesCanBeBuiltByHand) {
     EXPECT_EQ(QuadTreeNode(new BoundingBoxND(Box(0, 0, 1, 1)), -2000000000).CreateSubnode(0), nullptr);
     const QuadTreeNode odd(new BoundingBoxND(Box(0, 0, 16, 16)), 2);  // a level that does not fit the side
     const std::unique_ptr<QuadTreeNode> half(odd.CreateSubnode(0));
-    EXPECT_TRUE(
-        std::unique_ptr<QuadTreeNode>(half->CreateSubnode(3))->GetEnvelope()->IsEqualTo(Box(4, 4, 8, 8), 1e-12));
+    const std::unique_ptr<QuadTreeNode> quarter(half->CreateSubnode(3));
+    EXPECT_TRUE(quarter->GetEnvelope()->IsEqualTo(Box(4, 4, 8, 8), 1e-12));
 }
 
 }  // namespace

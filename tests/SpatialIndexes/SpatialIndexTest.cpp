@@ -75,12 +75,8 @@ public:
     }
     void CheckSearches() {
         const BoundingBoxND window = boxes.Integer(0, 1) == 0 ? boxes.Next() : boxes.Next() + boxes.Next();
-        for (const bool overlap : {true, false}) {
-            const auto matches = [&](const BoundingBoxND& box) {
-                return overlap ? box.Intersects(window) : window.Contains(box);
-            };
-            Check(matches, window, overlap);
-        }
+        Check([&](const BoundingBoxND& box) { return box.Intersects(window); }, window, true);
+        Check([&](const BoundingBoxND& box) { return window.Contains(box); }, window, false);
         PointND point = boxes.Next().GetMinPoint();
         const double steps[]{0.0, 0.004, 0.006, -0.004};
         point.SetCoordinate(0, point[0] + steps[boxes.Integer(0, 3)]);
@@ -107,26 +103,22 @@ private:
         if (again) removed.pop_back();
         return inside.back();
     }
-    template <class Matches, class... Where>
-    void Check(const Matches& matches, const Where&... where) const {
-        Found expected;
+    void Check(const auto& matches, const auto&... where) const {
+        Found expected, called;
         for (const Item* item : inside) {
             if (matches(item->box)) expected.push_back(item);
         }
         EXPECT_EQ(Search(tree, where...), Sorted(expected));
+        const int count = static_cast<int>(expected.size());
         Collector visitor;
-        EXPECT_EQ(tree.SearchAndVisit(where..., visitor), static_cast<int>(expected.size()));
+        EXPECT_EQ(tree.SearchAndVisit(where..., visitor), count);
         EXPECT_EQ(Sorted(visitor.found), Sorted(expected));
-        Found called;
-        EXPECT_EQ(tree.Search(where..., [&called](ISpatialIndexData* item) { called.push_back(item); }),
-                  static_cast<int>(expected.size()));
+        EXPECT_EQ(tree.Search(where..., [&called](ISpatialIndexData* item) { called.push_back(item); }), count);
         EXPECT_EQ(called, visitor.found);
     }
 
-    template <class Where>
-    void CheckNearest(const Where& where, const BoundingBoxND& from, std::uint64_t most, double within) const {
-        using Key = std::tuple<double, std::vector<double>, std::vector<double>, const ISpatialIndexData*>;
-        std::vector<Key> expected;
+    void CheckNearest(const auto& where, const BoundingBoxND& from, std::uint64_t most, double within) const {
+        std::vector<std::tuple<double, std::vector<double>, std::vector<double>, const ISpatialIndexData*>> expected;
         for (const Item* item : inside) {
             double sum = 0.0;
             for (unsigned int axis = 0; axis < from.GetDimension(); ++axis) {
@@ -136,8 +128,8 @@ private:
                 sum += gap * gap;
             }
             if (HasNaN(item->box) || HasNaN(from) || !std::isfinite(sum) || std::sqrt(sum) > within) continue;
-            expected.emplace_back(sum, item->box.GetMinPoint().GetCoordinates(),
-                                  item->box.GetMaxPoint().GetCoordinates(), item);
+            const PointND low = item->box.GetMinPoint(), high = item->box.GetMaxPoint();
+            expected.emplace_back(sum, low.GetCoordinates(), high.GetCoordinates(), item);
         }
         std::sort(expected.begin(), expected.end());
         expected.resize(std::min<std::size_t>(expected.size(), most));
@@ -187,8 +179,7 @@ TEST(SpatialIndexDimensionTest, AnswersEqualALinearScanInOtherDimensions) {
 }
 
 TEST(SpatialIndexDimensionTest, ItemsMoveToANewDimensionAndQueriesNeedItsAxes) {
-    Item flat(Box(0, 0, 1, 1));
-    Item high(BoundingBoxND(PointOf({0, 0, 5}), PointOf({1, 1, 6})));
+    Item flat(Box(0, 0, 1, 1)), high(BoundingBoxND(PointOf({0, 0, 5}), PointOf({1, 1, 6})));
     const BoundingBoxND atHeight(PointOf({0, 0, 4}), PointOf({2, 2, 5}));
     const auto check = [&](ISpatialIndex& tree) {
         tree.Insert(&flat);
@@ -199,15 +190,15 @@ TEST(SpatialIndexDimensionTest, ItemsMoveToANewDimensionAndQueriesNeedItsAxes) {
         tree.SetDimension(3);
         EXPECT_EQ(tree.GetDimension(), 3);
         EXPECT_EQ(Search(tree, atHeight, true), Found{&high}) << "the flat item lies at height 0";
-        EXPECT_TRUE(Search(tree, Box(0, 0, 2, 2), true).empty()) << "the window has too few axes";
-        EXPECT_TRUE(Search(tree, PointOf({0, 0})).empty());
+        EXPECT_TRUE(Search(tree, Box(0, 0, 2, 2), true).empty() && Search(tree, PointOf({0, 0})).empty())
+            << "the window has too few axes";
         EXPECT_TRUE(tree.Remove(&flat));
     };
     RTree small;
     RStarTree large(false);
+    QuadTree plane;
     check(small);
     check(large);
-    QuadTree plane;
     plane.SetDimension(3);
     EXPECT_EQ(plane.GetDimension(), 2);
 }
@@ -222,13 +213,9 @@ TYPED_TEST(SpatialIndexTest, TouchingCountsAndPointsReachFiveThousandths) {
         tree.Insert(&item);
         tree.Insert(&other);
         const std::tuple<const char*, BoundingBoxND, bool, bool> rows[] = {
-            {"touches along an edge", Box(x + 4, y, x + 8, y + 4), true, true},
             {"touches at a corner", Box(x - 8, y - 8, x, y), true, true},
             {"touching is not inside", Box(x + 4, y, x + 8, y + 4), false, false},
             {"the box itself", Box(x, y, x + 4, y + 4), false, true},
-            {"an inside edge short", Box(x, y, x + 4, y + 3.5), false, false},
-            {"apart", Box(x + 4.25, y, x + 8, y + 4), true, false},
-            {"within the item", Box(x + 1, y + 1, x + 2, y + 2), true, true},
             {"no axis", BoundingBoxND(), true, false},
         };
         for (const auto& [why, window, overlap, isFound] : rows) {
@@ -288,10 +275,7 @@ TEST(RTreeTest, TheNinthInsertionSplitsTheRoot) {
 TEST(PackingTest, NeighboursShareNodesWhateverLiesFarAway) {
     for (const unsigned int axis : {1U, 3U}) {
         const auto at = [axis](double x, double y) {
-            std::vector<double> coordinates(axis + 1, 7.0);
-            coordinates[0] = x;
-            coordinates[axis] = y;
-            return PointND(coordinates);
+            return PointOf(axis == 1 ? std::vector{x, y} : std::vector{x, 7.0, 7.0, y});
         };
         std::deque<Item> items;
         std::vector<const ISpatialIndexData*> all;

@@ -12,30 +12,26 @@ const std::vector<Point2D> plan{{0, 0}, {4, 0}, {0, 4}};
 const std::vector<Point3D> space{{0, 0, 1}, {4, 0, 1}, {0, 4, 1}};
 
 // `first(d)` and `second(d)` make objects of which a coordinate, or whatever is compared, is off by d.
-template <class MakeFirst, class MakeSecond>
-void Check(const MakeFirst& first, const MakeSecond& second, const char* pair) {
+void Check(const auto& first, const auto& second, const char* pair) {
     EXPECT_TRUE(Geometry::AreEqual(first(0.0), second(0.125), 0.25)) << pair;
     EXPECT_TRUE(Geometry::AreEqual(first(-0.125), second(0.0), 0.25)) << pair;
     EXPECT_FALSE(Geometry::AreEqual(first(0.0), second(0.25), 0.25)) << pair << ": strict";
     EXPECT_FALSE(Geometry::AreEqual(first(0.25), second(0.0), 0.25)) << pair << ": strict";
 }
-template <class... Make>
-void CheckEach(const Make&... make) {
-    (Check(make, make, typeid(make(0.0)).name()), ...);
-}
+void CheckEach(const auto&... make) { (Check(make, make, typeid(make(0.0)).name()), ...); }
 
-template <class Chain, class Make>
-auto ChainOf(const Make& make) {
+template <class Chain>
+auto ChainOf(const auto& make) {
     return [make](double d) {
         Chain chain;
         chain.AppendElement(make(d).Clone());
         return chain;
     };
 }
-template <class Shape, class Points>
-auto ShapeOf(const Points& points) {
-    return [&points](double d) {
-        Points moved = points;
+template <class Shape>
+auto ShapeOf(const auto& points) {
+    return [points](double d) {
+        auto moved = points;
         moved[1][0] += d;
         if constexpr (requires { Shape().GetVertices(); }) {
             Shape mesh;
@@ -61,8 +57,8 @@ TEST(EqualityTest, EveryPairThatHasOne) {
         return Spiral2D(Spiral2D::Spiral2DType::Bloss, 0.0, 300.0, 60.0, a + Vec2D(d, 0), east);
     };
     const auto parabola = [](double d) { return Parabola(Point2D(0, d), Point2D(1, 1 + d), 1.0, 0.0, d); };
-    Check(
-        number, [](double d) { return d < 0.2 ? 1 : 2; }, "double, int");
+    const auto integer = [](double d) { return d < 0.2 ? 1 : 2; };
+    Check(number, integer, "double, int");
     CheckEach([](double d) { return Angle(d); }, [](double d) { return Point2D(1, 2 + d); },
               [](double d) { return Point2DM(1, 2, 3 + d); }, [](double d) { return Point3D(1, 2, 3 + d); },
               [](double d) { return PointND(Point3D(1, 2, 3 + d)); }, [](double d) { return Vec2D(1, 2 + d); },

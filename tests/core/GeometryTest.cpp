@@ -31,8 +31,7 @@ TEST(GeometryTest, TerminalsByType) {
     EXPECT_TRUE(Geometry::GetStartPoint(heights, space) && space.IsEqualTo(Point3D(1, 2, 3), 1e-300));
     EXPECT_TRUE(Geometry::GetEndPoint(inner, plan) && plan == inner.GetEnd());
     EXPECT_TRUE(Geometry::GetEndPoint(heights, plan) && plan == Point2D(4, 5));
-    EXPECT_FALSE(Geometry::GetStartPoint(Circle2D(Point2D(), 1.0), plan) ||
-                 Geometry::GetStartPoint(LineString3D(), plan));
+    EXPECT_FALSE(Geometry::GetStartPoint(Circle2D(), plan) || Geometry::GetStartPoint(LineString3D(), plan));
     EXPECT_EQ(plan, Point2D(4, 5)) << "untouched";
     for (const Polyline2D& chain : {Polyline2D(), hollow}) {
         EXPECT_TRUE(Geometry::GetEndPoint(chain, plan) && plan == Point2D()) << "that of the chain, the origin";

@@ -82,8 +82,8 @@ TEST(TolerancesTest, DerivedValuesFollowTheTwoGivenOnes) {
         EXPECT_EQ(tolerances.AngleTolerance().GetRadians(), angle);
     }
     for (const Tolerances& one : {Tolerances::Standard(), Tolerances(1e-4), Tolerances(1e-4, Angle(1e-4), 1e-10)}) {
-        EXPECT_EQ(std::tuple(one.UserTolerance(), one.SystemEpsilon(), one.AngleTolerance()),
-                  std::tuple(1e-4, 1e-10, Angle(1e-4)));
+        EXPECT_EQ(std::pair(one.UserTolerance(), one.SystemEpsilon()), std::pair(1e-4, 1e-10));
+        EXPECT_EQ(one.AngleTolerance(), Angle(1e-4));
     }
     EXPECT_EQ(Tolerances(1e-4, Angle(0.5), 1e-10).AngleTolerance(), Angle(0.5));
 }

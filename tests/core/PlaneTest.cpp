@@ -79,18 +79,16 @@ TEST(Triangle3DTest, PointsInside) {
     for (const Point2D& origin : surveyOrigins) {
         const Point3D base(origin, 50.0);
         for (const auto& [why, x, y, z, expected] : rows) {
-            const Point3D corners[] = {base, base + Vec3D(4, 0, 0), base + Vec3D(0, 3, 0)};
+            const Point3D p = base + Vec3D(x, y, z), corners[] = {base, base + Vec3D(4, 0, 0), base + Vec3D(0, 3, 0)};
             for (int i = 0; i < 6; ++i) {  // from each corner, both ways round
-                const Triangle3D triangle(corners[i % 3], corners[(i % 3 + 1 + i / 3) % 3],
-                                          corners[(i + 2 - i / 3) % 3]);
-                EXPECT_EQ(triangle.IsPointInside(base + Vec3D(x, y, z), tolerances), expected) << why;
+                const Point3D &b = corners[(i % 3 + 1 + i / 3) % 3], &c = corners[(i + 2 - i / 3) % 3];
+                EXPECT_EQ(Triangle3D(corners[i % 3], b, c).IsPointInside(p, tolerances), expected) << why;
             }
         }
     }
     const Triangle3D flat(Point3D(0, 0, 0), Point3D(2, 0, 0), Point3D(4, 0, 0));
     EXPECT_TRUE(flat.IsPointInside(Point3D(3, tol, 0), tolerances));
-    EXPECT_FALSE(flat.IsPointInside(Point3D(3, 2 * tol, 0), tolerances) ||
-                 flat.IsPointInside(Point3D(5, 0, 0), tolerances));
+    EXPECT_FALSE(flat.IsPointInside({3, 2 * tol, 0}, tolerances) || flat.IsPointInside({5, 0, 0}, tolerances));
 }
 
 TEST(Triangle3DTest, Measures) {

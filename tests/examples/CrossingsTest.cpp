@@ -39,8 +39,8 @@ TEST(CrossingsTest, EveryPassOfALineHasBothStations) {
         ASSERT_EQ(std::pair(found.size(), swapped.size()), std::pair(expected, expected));
         double last = 0.0;
         for (const Crossing& one : found) {
-            EXPECT_NE(IsLeftAt(road, one.station - 500.0 - 1e-6, line),
-                      IsLeftAt(road, one.station - 500.0 + 1e-6, line));
+            const double at = one.station - 500.0;
+            EXPECT_NE(IsLeftAt(road, at - 1e-6, line), IsLeftAt(road, at + 1e-6, line));
             EXPECT_GT(one.station, std::exchange(last, one.station));
             EXPECT_NEAR(one.otherStation, -200.0 + line.GetStart().Distance(one.point), 1e-6);
             EXPECT_TRUE(std::ranges::any_of(swapped, [&one](const Crossing& other) {

@@ -24,34 +24,27 @@ TEST(TinSurfaceTest, BuildsFromPointsChainsAndRings) {
     const LineString3D square = {{0, 0, 0}, {8, 0, 0}, {8, 8, 0}, {0, 8, 0}};
     const LineString3D inner = {{2, 2, 0}, {6, 2, 0}, {6, 6, 0}, {2, 6, 0}, {2, 2, 0}};
     const LineString3D rising = {{1, 1, 1}, {7, 7, 7}}, falling = {{1, 7, 5}, {7, 1, 4}};
+    using Points = std::vector<Point3D>;
     // Breaklines, borders, holes, longest edge at the rim; triangles, area, and where heights conflict the one kept.
-    const std::tuple<const char*, Chains, Chains, Chains, double, std::uint64_t, double, std::vector<Point3D>> rows[] =
-        {
-            {"hull of a chain", {square}, {}, {}, 0, 2, 64, {}},
-            {"border", {{{20, 20, 0}, {30, 20, 0}}}, {square}, {}, 0, 2, 64, {}},
-            {"border twice encloses nothing", {}, {square, square}, {}, 0, 0, 0, {}},
-            {"hole, closed", {}, {square}, {inner}, 0, 8, 48, {}},
-            {"hole without a border", {square}, {}, {inner}, 0, 8, 48, {}},
-            {"hole that leaves the border",
-             {},
-             {square},
-             {{{6, 2, 0}, {12, 2, 0}, {12, 6, 0}, {6, 6, 0}}},
-             0,
-             6,
-             56,
-             {}},
-            {"crossing with other heights: the first stays", {rising, falling}, {square}, {}, 0, 12, 64, {{4, 4, 4}}},
-            {"crossing the other way round", {falling, rising}, {square}, {}, 0, 12, 64, {{4, 4, 4.5}}},
-            {"end on a line, lower", {rising, {{4, 4, 3}, {7, 1, 3}}}, {square}, {}, 0, 10, 64, {{4, 4, 3}}},
-            {"overlap", {rising, {{3, 3, 3}, {5, 5, 5}}}, {square}, {}, 0, 10, 64, {}},
-            {"point twice", {{{4, 4, 1}, {4, 4.00005, 2}, {4, 4, 1.00005}}}, {square}, {}, 0, 4, 64, {{4, 4, 1}}},
-            {"along the border, higher", {{{2, 0, 1}, {6, 0, 1}}}, {square}, {}, 0, 4, 64, {{2, 0, 1}, {6, 0, 1}}},
-            {"rim", {square, {{4, -1, 0}}, {{12, 12, 0}}}, {}, {}, 8.5, 3, 68, {}},
-            {"one line", {{{0, 0, 0}, {3, 3, 1}, {9, 9, 0}}}, {}, {}, 0, 0, 0, {}},
-            {"not finite", {square, {{kNan, 1, 1}}}, {}, {}, 0, 0, 0, {}},
-            {"infinite height", {square, {{4, 4, kInfinity}}}, {}, {}, 0, 0, 0, {}},
-            {"nothing", {}, {}, {}, 0, 0, 0, {}},
-        };
+    const std::tuple<const char*, Chains, Chains, Chains, double, std::uint64_t, double, Points> rows[] = {
+        {"hull of a chain", {square}, {}, {}, 0, 2, 64, {}},
+        {"border", {{{20, 20, 0}, {30, 20, 0}}}, {square}, {}, 0, 2, 64, {}},
+        {"border twice encloses nothing", {}, {square, square}, {}, 0, 0, 0, {}},
+        {"hole, closed", {}, {square}, {inner}, 0, 8, 48, {}},
+        {"hole without a border", {square}, {}, {inner}, 0, 8, 48, {}},
+        {"hole that leaves the border", {}, {square}, {{{6, 2, 0}, {12, 2, 0}, {12, 6, 0}, {6, 6, 0}}}, 0, 6, 56, {}},
+        {"crossing with other heights: the first stays", {rising, falling}, {square}, {}, 0, 12, 64, {{4, 4, 4}}},
+        {"crossing the other way round", {falling, rising}, {square}, {}, 0, 12, 64, {{4, 4, 4.5}}},
+        {"end on a line, lower", {rising, {{4, 4, 3}, {7, 1, 3}}}, {square}, {}, 0, 10, 64, {{4, 4, 3}}},
+        {"overlap", {rising, {{3, 3, 3}, {5, 5, 5}}}, {square}, {}, 0, 10, 64, {}},
+        {"point twice", {{{4, 4, 1}, {4, 4.00005, 2}, {4, 4, 1.00005}}}, {square}, {}, 0, 4, 64, {{4, 4, 1}}},
+        {"along the border, higher", {{{2, 0, 1}, {6, 0, 1}}}, {square}, {}, 0, 4, 64, {{2, 0, 1}, {6, 0, 1}}},
+        {"rim", {square, {{4, -1, 0}}, {{12, 12, 0}}}, {}, {}, 8.5, 3, 68, {}},
+        {"one line", {{{0, 0, 0}, {3, 3, 1}, {9, 9, 0}}}, {}, {}, 0, 0, 0, {}},
+        {"not finite", {square, {{kNan, 1, 1}}}, {}, {}, 0, 0, 0, {}},
+        {"infinite height", {square, {{4, 4, kInfinity}}}, {}, {}, 0, 0, 0, {}},
+        {"nothing", {}, {}, {}, 0, 0, 0, {}},
+    };
     for (const auto& [why, breaklines, borders, holes, rim, triangles, area, kept] : rows) {
         for (const Point2D& origin : surveyOrigins) {
             SCOPED_TRACE(why);
@@ -149,8 +142,8 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
                 EXPECT_GE(above.Distance(Point3D(q, farther)), above.Distance(nearest) - 1e-7);
             }
         }
-        const LineString2D chain(
-            {origin + Vec2D(-1, 0.3 * size), origin + Vec2D(0.5, 0.5) * size, origin + Vec2D(0.7 * size, -2.0)});
+        const Vec2D first(-1, 0.3 * size), middle(0.5 * size, 0.5 * size), last(0.7 * size, -2.0);
+        const LineString2D chain{origin + first, origin + middle, origin + last};
         std::vector<LineString3D> draped, sections;
         set.GetSections(chain, sections);
         EXPECT_EQ(surface.Drape(chain, draped), !sections.empty());

@@ -10,8 +10,7 @@
 namespace Kalvio::Math {
 namespace {
 
-template <class Value>
-std::string Streamed(const Value& value) {
+std::string Streamed(const auto& value) {
     std::ostringstream out;
     out << value;
     return out.str();

@@ -89,14 +89,9 @@ TEST(WktTest, TextComesBackAsItWasAndNoBeginningOfOneIsTakenForTheWhole) {
 }
 
 TEST(WktTest, WhatIsNoTextIsRefusedAtItsPlace) {
-    struct Row {
-        std::string text;
-        std::size_t offset, line, column;
-        const char* reason;
-    };
     std::string deep, wide(200000, '(');
     for (int i = 0; i < 34; ++i) deep += "GEOMETRYCOLLECTION(";
-    const Row rows[] = {
+    const std::tuple<std::string, std::size_t, std::size_t, std::size_t, const char*> rows[] = {
         {"", 0, 1, 1, "name of a geometry"},
         {"POINT", 5, 1, 6, "opening"},
         {"PUNT (1 2)", 0, 1, 1, "name of a geometry"},
@@ -123,13 +118,12 @@ TEST(WktTest, WhatIsNoTextIsRefusedAtItsPlace) {
         {deep, 33 * 19, 1, 33 * 19 + 1, "nested"},
         {"POLYGON" + wide, 9, 1, 10, "expected a number"},
     };
-    for (const Row& row : rows) {
+    for (const auto& [text, offset, line, column, reason] : rows) {
         Owned geometries(1);
         Wkt::Error error;
-        EXPECT_FALSE(Wkt::Read(row.text, geometries, error)) << row.text;
-        EXPECT_THAT(std::string(error.reason), testing::HasSubstr(row.reason)) << row.text;
-        EXPECT_EQ(std::tuple(error.offset, error.line, error.column), std::tuple(row.offset, row.line, row.column))
-            << row.text;
+        EXPECT_FALSE(Wkt::Read(text, geometries, error)) << text;
+        EXPECT_THAT(std::string(error.reason), testing::HasSubstr(reason)) << text;
+        EXPECT_EQ(std::tuple(error.offset, error.line, error.column), std::tuple(offset, line, column)) << text;
         EXPECT_EQ(geometries.size(), 1U) << "untouched";
     }
 }
