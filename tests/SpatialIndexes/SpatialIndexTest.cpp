@@ -8,11 +8,63 @@
 namespace Kalvio::Math::SpatialIndexes {
 namespace {
 
-/// Boxes of every kind that may arrive, many of them equal or touching.
-class Boxes {
+/// A tree and a plain list that are asked the same.
+template <class Tree>
+class Model {
 public:
-    Boxes(std::uint64_t seed, unsigned int axes) : random(seed), dimension(axes) {}
+    Model(std::uint64_t seed, unsigned int axes) : random(seed), dimension(axes) {
+        tree.SetDimension(static_cast<int>(axes));
+    }
 
+    void Insert(bool again) {
+        if (again && removed.empty()) return;
+        ASSERT_TRUE(tree.Insert(Take(again)));
+    }
+    /// Some come back, the others are new.
+    void InsertMany(int n) {
+        std::vector<const ISpatialIndexData*> many;
+        for (; n > 0; --n) many.push_back(Take(n % 3 == 0 && !removed.empty()));
+        ASSERT_TRUE(tree.Insert(many));
+        many.push_back(nullptr);
+        ASSERT_FALSE(tree.Insert(many));
+    }
+    void Remove() {
+        if (inside.empty()) return;
+        const auto i = static_cast<std::size_t>(Integer(0, static_cast<int>(inside.size()) - 1));
+        Item* const item = inside[i];
+        inside[i] = inside.back();
+        inside.pop_back();
+        ASSERT_TRUE(tree.Remove(item));
+        ASSERT_FALSE(tree.Remove(item)) << "it is no longer there";
+        removed.push_back(item);
+    }
+    void CheckSearches() {
+        const BoundingBoxND window = Integer(0, 1) == 0 ? Next() : Next() + Next();
+        Check([&](const BoundingBoxND& box) { return box.Intersects(window); }, window, true);
+        Check([&](const BoundingBoxND& box) { return window.Contains(box); }, window, false);
+        PointND point = Next().GetMinPoint();
+        const double steps[]{0.0, 0.004, 0.006, -0.004};
+        point.SetCoordinate(0, point[0] + steps[Integer(0, 3)]);
+        Check([&](const BoundingBoxND& box) { return box.IsPointInside(point, 0.005); }, point);
+        if (Integer(0, 3) > 0) return;  // costs more
+        const std::uint64_t most = std::uint64_t{1} << Integer(0, 8);
+        const double reaches[]{kInfinity, 40.0, 0.5, 0.0};
+        const double within = reaches[Integer(0, 3)];
+        CheckNearest(point, BoundingBoxND(point, point), most, within);
+        CheckNearest(window, window, most, within);
+    }
+    void CheckStructureOf(const Tree& of) const {
+        const auto nrOfUnplaced = std::ranges::count_if(inside, [](const Item* i) { return HasNaN(i->box); });
+        CheckStructure(of, static_cast<std::size_t>(nrOfUnplaced), inside.size());
+    }
+
+    int Integer(int first, int last) { return std::uniform_int_distribution<int>(first, last)(random); }
+
+    Tree tree;
+    std::vector<Item*> inside;
+
+private:
+    /// A box of any kind that may arrive, many of them equal or touching.
     BoundingBoxND Next() {
         PointND low(dimension), high(dimension);
         const int kind = Integer(0, 24);
@@ -36,70 +88,8 @@ public:
         }
         return {low, high};
     }
-    int Integer(int first, int last) { return std::uniform_int_distribution<int>(first, last)(random); }
-
-private:
-    RandomNumbers random;
-    unsigned int dimension;
-};
-
-/// A tree and a plain list that are asked the same.
-template <class Tree>
-class Model {
-public:
-    Model(std::uint64_t seed, unsigned int dimension) : boxes(seed, dimension) {
-        tree.SetDimension(static_cast<int>(dimension));
-    }
-
-    void Insert(bool again) {
-        if (again && removed.empty()) return;
-        ASSERT_TRUE(tree.Insert(Take(again)));
-    }
-    /// Some come back, the others are new.
-    void InsertMany(int n) {
-        std::vector<const ISpatialIndexData*> many;
-        for (; n > 0; --n) many.push_back(Take(n % 3 == 0 && !removed.empty()));
-        ASSERT_TRUE(tree.Insert(many));
-        many.push_back(nullptr);
-        ASSERT_FALSE(tree.Insert(many));
-    }
-    void Remove() {
-        if (inside.empty()) return;
-        const auto i = static_cast<std::size_t>(boxes.Integer(0, static_cast<int>(inside.size()) - 1));
-        Item* const item = inside[i];
-        inside[i] = inside.back();
-        inside.pop_back();
-        ASSERT_TRUE(tree.Remove(item));
-        ASSERT_FALSE(tree.Remove(item)) << "it is no longer there";
-        removed.push_back(item);
-    }
-    void CheckSearches() {
-        const BoundingBoxND window = boxes.Integer(0, 1) == 0 ? boxes.Next() : boxes.Next() + boxes.Next();
-        Check([&](const BoundingBoxND& box) { return box.Intersects(window); }, window, true);
-        Check([&](const BoundingBoxND& box) { return window.Contains(box); }, window, false);
-        PointND point = boxes.Next().GetMinPoint();
-        const double steps[]{0.0, 0.004, 0.006, -0.004};
-        point.SetCoordinate(0, point[0] + steps[boxes.Integer(0, 3)]);
-        Check([&](const BoundingBoxND& box) { return box.IsPointInside(point, 0.005); }, point);
-        if (boxes.Integer(0, 3) > 0) return;  // costs more
-        const std::uint64_t most = std::uint64_t{1} << boxes.Integer(0, 8);
-        const double reaches[]{kInfinity, 40.0, 0.5, 0.0};
-        const double within = reaches[boxes.Integer(0, 3)];
-        CheckNearest(point, BoundingBoxND(point, point), most, within);
-        CheckNearest(window, window, most, within);
-    }
-    void CheckStructureOf(const Tree& of) const {
-        const auto nrOfUnplaced = std::ranges::count_if(inside, [](const Item* i) { return HasNaN(i->box); });
-        CheckStructure(of, static_cast<std::size_t>(nrOfUnplaced), inside.size());
-    }
-
-    Boxes boxes;
-    Tree tree;
-    std::vector<Item*> inside;
-
-private:
     Item* Take(bool again) {
-        inside.push_back(again ? removed.back() : &items.emplace_back(boxes.Next()));
+        inside.push_back(again ? removed.back() : &items.emplace_back(Next()));
         if (again) removed.pop_back();
         return inside.back();
     }
@@ -139,6 +129,8 @@ private:
         for (std::size_t i = 0; i < expected.size(); ++i) ASSERT_EQ(found[i + 1], std::get<3>(expected[i])) << i;
     }
 
+    RandomNumbers random;
+    unsigned int dimension;
     std::deque<Item> items;
     std::vector<Item*> removed;
 };
@@ -150,10 +142,10 @@ void RunModel(unsigned int dimension, int nrOfSteps) {
     for (const int chanceOfInsertion : {80, 25, 70}) {
         for (int step = 0; step < nrOfSteps && !testing::Test::HasFailure(); ++step) {
             SCOPED_TRACE(testing::Message() << "chance " << chanceOfInsertion << ", step " << step);
-            const bool insert = model.boxes.Integer(0, 99) < chanceOfInsertion;
+            const bool insert = model.Integer(0, 99) < chanceOfInsertion;
             if (insert) model.Insert(step % 3 == 0);
             if (!insert) model.Remove();
-            if (step % 1000 == 0) model.InsertMany(model.boxes.Integer(0, step == 0 ? 600 : 200));
+            if (step % 1000 == 0) model.InsertMany(model.Integer(0, step == 0 ? 600 : 200));
             if (step % 5 == 0) model.CheckSearches();
             if (step % 100 == 0) model.CheckStructureOf(model.tree);
         }
