@@ -5,13 +5,10 @@ namespace {
 
 /// The node that holds an item; null when there is none.
 const QuadTreeNode* NodeOf(const QuadTreeNode& node, const Item& item) {
-    for (const ISpatialIndexData* held : node.GetItems()) {
-        if (held == &item) return &node;
-    }
+    if (std::count(node.GetItems().begin(), node.GetItems().end(), &item) > 0) return &node;
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QuadTreeNode* const child = node.GetSubnode(quadrant);
-        const QuadTreeNode* const found = child == nullptr ? nullptr : NodeOf(*child, item);
-        if (found != nullptr) return found;
+        if (const QuadTreeNode* const found = child != nullptr ? NodeOf(*child, item) : nullptr) return found;
     }
     return nullptr;
 }

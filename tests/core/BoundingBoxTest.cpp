@@ -7,9 +7,9 @@ namespace {
 TEST(BoundingBoxTest, BordersAreInsideUpToTheTolerance) {
     const BoundingBox2D box(Point2D(0, 0), Point2D(2, 4)), backward(Point2D(2, 4), Point2D(0, 0));
     const std::tuple<const char*, Point2D, double, bool> rows[] = {
-        {"a corner", Point2D(2, 4), 0.0, true},
-        {"exactly the tolerance outside", Point2D(2.0001, 4), 0.0001, true},
-        {"beyond it", Point2D(2.0002, 4), 0.0001, false},
+        {"exactly the tolerance above", Point2D(2.25, 4.25), 0.25, true},
+        {"exactly the tolerance below", Point2D(-0.25, -0.25), 0.25, true},
+        {"beyond it", Point2D(2.5, 4), 0.25, false},
         {"below", Point2D(1, -0.5), 0.25, false},
         {"a negative tolerance shrinks", Point2D(1, 0.25), -0.5, false},
     };

@@ -53,6 +53,7 @@ TEST(VecTest, ProductsObeyTheirLaws) {
     for (int i = 0; i < 200; ++i) {
         const auto draw = [&] { return Vec3D(random(-1e3, 1e3), random(-1e3, 1e3), random(-1e3, 1e3)); };
         const Vec3D a = draw(), b = draw(), normal = a.CrossProduct(b);
+        EXPECT_NEAR(normal.DotProduct(a), 0.0, 1e-5);
         EXPECT_THAT(normal + b.CrossProduct(a), IsNear(Vec3D(), 0.0));
         EXPECT_EQ(normal.GetZ(), a.PerpDotProduct(b));
         const double cosine = a.Vec3DCosAngle(b), lengths = a.Length() * b.Length();

@@ -78,6 +78,7 @@ std::string MessageOf(const std::string& text, File (*read)(const std::string&))
 TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
     const std::string head = "<LandXML>\n<Alignments>\n<Alignment>\n<CoordGeom>\n";
     const std::string tail = "\n</CoordGeom></Alignment></Alignments></LandXML>";
+    const std::string ends = "<Start>1 2</Start><PI>2 2</PI><End>3 3</End></Spiral>" + tail;
     const std::tuple<const char*, std::string, const char*> rows[] = {
         {"not XML", "<LandXML>\n<oops\n", "line 2: Error parsing"},
         {"foreign", "\n<svg/>", "line 2: not a LandXML file"},
@@ -88,16 +89,9 @@ TEST(LandXmlTest, BrokenAndForeignFilesAreNamedWithTheirLine) {
         {"no length", head + "<Line><Start>1 2</Start><End>1 2</End></Line>" + tail, "of no length"},
         {"no turn", head + "<Curve><Start>1 2</Start><Center>0 0</Center><End>2 1</End></Curve>" + tail, "rot"},
         {"unknown spiral",
-         head +
-             "<Spiral rot=\"cw\" length=\"9\" radiusStart=\"INF\" radiusEnd=\"9\" spiType=\"wave\"><Start>1 2</Start>"
-             "<PI>2 2</PI><End>3 3</End></Spiral>" +
-             tail,
-         "\"wave\""},
+         head + R"(<Spiral rot="cw" length="9" radiusStart="INF" radiusEnd="9" spiType="wave">)" + ends, "\"wave\""},
         {"no such cubic parabola",
-         head +
-             "<Spiral rot=\"cw\" length=\"500\" radiusStart=\"300\" radiusEnd=\"310\" spiType=\"cubic\">"
-             "<Start>1 2</Start><PI>2 2</PI><End>3 3</End></Spiral>" +
-             tail,
+         head + R"(<Spiral rot="cw" length="500" radiusStart="300" radiusEnd="310" spiType="cubic">)" + ends,
          "line 5: <Spiral> that is no curve"},
         {"unknown point", head + "<Line><Start pntRef=\"7\"/><End>1 2</End></Line>" + tail, "no point named 7"},
         {"unknown element", head + "<Arc/>" + tail, "<Arc> is no element"},
