@@ -12,6 +12,9 @@ namespace Kalvio::Math {
 
 using PlainRing = std::vector<std::pair<double, double>>;
 
+/// What a buffer's border may be off, of its distance: arcs of eight chords a quarter turn leave a half of it.
+inline constexpr double bufferHeight = 0.0096;
+
 /// A comb of `count` teeth as high as the comb is wide, or lying on its side: two of them cross 4 count^2 times.
 inline PlainRing Comb(std::int64_t count, bool isLying) {
     PlainRing ring;

@@ -54,5 +54,26 @@ void BM_GeosParcelsUnion(benchmark::State& state) {
 }
 BENCHMARK(BM_GeosParcelsUnion)->ArgName("side")->Arg(10)->Arg(100);
 
+// Eight chords a quarter turn.
+void Buffer(benchmark::State& state, const GEOSGeometry* source) {
+    for (auto _ : state) {
+        GEOSGeometry* const buffer = GEOSBuffer_r(Handle(), source, static_cast<double>(state.range(1)), 8);
+        benchmark::DoNotOptimize(buffer);
+        GEOSGeom_destroy_r(Handle(), buffer);
+    }
+}
+
+void BM_GeosShoreBuffer(benchmark::State& state) { Buffer(state, PolygonOf(ShoreRing(state.range(0)))); }
+BENCHMARK(BM_GeosShoreBuffer)->ArgNames({"vertices", "distance"})->ArgsProduct({{1000, 10000, 100000}, {1, 20, -20}});
+
+void BM_GeosShoreLineBuffer(benchmark::State& state) {
+    std::vector<double> values;
+    for (const auto& [x, y] : ShoreRing(state.range(0))) values.insert(values.end(), {x, y});
+    GEOSCoordSequence* const points =
+        GEOSCoordSeq_copyFromBuffer_r(Handle(), values.data(), static_cast<unsigned int>(values.size() / 2), 0, 0);
+    Buffer(state, GEOSGeom_createLineString_r(Handle(), points));
+}
+BENCHMARK(BM_GeosShoreLineBuffer)->ArgNames({"vertices", "distance"})->ArgsProduct({{1000, 10000, 100000}, {1, 20}});
+
 }  // namespace
 }  // namespace Kalvio::Math

@@ -1,4 +1,5 @@
-// Reads polygons, measures and checks them, classifies points, lays polygons over others, draws polygons and points.
+// Reads polygons, measures and checks them, classifies points, lays polygons over others, buffers them, draws polygons
+// and points.
 
 #include "common/Arguments.h"
 #include "common/Csv.h"
@@ -8,6 +9,7 @@
 #include "parcels/Overlay.h"
 
 #include "kalvio/Wkt.h"
+#include "kalvio/areas/BufferCreator.h"
 #include "kalvio/areas/GeometryClipper.h"
 #include "kalvio/areas/GeometrySimplifier.h"
 #include "kalvio/core/BoundingBox2D.h"
@@ -38,7 +40,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: parcels FILE [--points POINTS.csv] [--raster COUNT] [--check POINTS.csv] [--svg OUT.svg] [--csv OUT.csv]\n"
     "               [--wkt OUT.wkt] [--tolerance LENGTH] [--simplify LENGTH] [--curves LENGTH]\n"
-    "               [--overlay OTHER [--pieces OUT.geojson]] [--along CHAIN.csv]\n"
+    "               [--overlay OTHER [--pieces OUT.geojson]] [--along CHAIN.csv] [--buffer LENGTH]\n"
     "  FILE         GeoJSON, or a table (.csv): polygon,ring,x,y with ring 0 the outer one, or well-known text "
     "(.wkt),\n"
     "               a polygon or MULTIPOLYGON a line\n"
@@ -53,6 +55,7 @@ constexpr const char* kUsage =
     "  --tolerance  a point this near to a border is on it; smallest fault that is reported (1e-9)\n"
     "  --simplify   first leaves out points this near to the lighter borders; common borders stay common\n"
     "  --overlay    tells what the polygons have in common with those of another file, in areas and shares\n"
+    "  --buffer     measures and draws what lies within a length of the polygons; negative: deeper inside than it\n"
     "  --pieces     writes the common areas as GeoJSON\n";
 
 constexpr int kDiffers = 1;
@@ -70,6 +73,7 @@ struct Options {
     std::string pieces;
     double raster = 0.0;
     double tolerance = 1e-9;
+    std::optional<double> buffer;
     double simplify = 0.0;
     double curves = 0.0;
 };
@@ -87,6 +91,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--overlay", options.overlay);
     arguments.AddText("--pieces", options.pieces);
     arguments.AddPositive("--tolerance", options.tolerance);
+    arguments.AddNumber("--buffer", options.buffer);
     arguments.AddPositive("--simplify", options.simplify);
     arguments.AddPositive("--curves", options.curves);
     return arguments;
@@ -279,8 +284,24 @@ int Check(const Map& map, std::size_t polygons, const std::string& path, std::ve
     return differences;
 }
 
+/// The buffer of all areas together, by chords.
+std::vector<Polygon2D> Buffer(const std::vector<Area>& areas, double distance, double tolerance) {
+    constexpr double heightOverDistance = 0.001;
+    std::vector<Polygon2D> polygons;
+    for (const Area& area : areas) polygons.push_back(area.polygon);
+    std::vector<Polygon2D> buffer;
+    const double height = std::max(heightOverDistance * std::abs(distance), tolerance);
+    if (!BufferCreator::Create(polygons, distance, height, buffer, Tolerances(tolerance))) {
+        throw InputError("--buffer: length and coordinates must be finite");
+    }
+    double size = 0.0;
+    for (const Polygon2D& part : buffer) size += part.GetArea();
+    std::printf("buffer of %g: %zu parts, area %.3f\n", distance, buffer.size(), size);
+    return buffer;
+}
+
 void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, const Map& map, const CommonAreas& pieces,
-          const std::vector<Mark>& marks, const std::string& path) {
+          const std::vector<Polygon2D>& buffer, const std::vector<Mark>& marks, const std::string& path) {
     Svg svg(1100, 800);
     const SvgPanel panel(40, 40, 1020, 720, map.GetExtent(), true);
     const auto drawArea = [&](const Polygon2D& polygon, const SvgStyle& style) {
@@ -290,6 +311,7 @@ void Draw(const std::vector<Area>& areas, const std::vector<Measures>& rows, con
         }
         svg.Area(rings, style);
     };
+    for (const Polygon2D& part : buffer) drawArea(part, {"#8a7fb0", 0.6, "#e6e2f2", ""});
     for (std::size_t i = 0; i < areas.size(); ++i) {
         drawArea(areas[i].polygon, {"#4a6741", 0.8, rows[i].fault ? "#f3c6b8" : "#d9e6cf", ""});
     }
@@ -343,13 +365,16 @@ int Run(const Options& options) {
         if (!options.pieces.empty()) WriteGeoJson(areas, others, pieces, options.pieces);
     }
 
+    std::vector<Polygon2D> buffer;
+    if (options.buffer) buffer = Buffer(areas, *options.buffer, options.tolerance);
+
     const Map map(areas, options.tolerance);
     std::vector<Mark> marks;
     if (!options.points.empty()) NameHolders(map, areas, options.points, marks);
     if (!options.along.empty()) TellAlong(areas, options.along, options.tolerance);
     const int differences = options.check.empty() ? 0 : Check(map, areas.size(), options.check, marks);
     if (const int count = static_cast<int>(options.raster); count > 0) ClassifyRaster(map, count, marks);
-    if (!options.svg.empty()) Draw(areas, rows, map, pieces, marks, options.svg);
+    if (!options.svg.empty()) Draw(areas, rows, map, pieces, buffer, marks, options.svg);
     return differences == 0 ? 0 : kDiffers;
 }
 

@@ -26,6 +26,27 @@ bool AreSame(const std::vector<Polygon2D>& a, const std::vector<Polygon2D>& b) {
     });
 }
 
+// Outward holds the areas, inward lies in them, and so do chains' buffers hold the chains.
+void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon2D>& united, double distance, bool tame,
+                  const BufferCreator::Shape& shape) {
+    std::vector<Polygon2D> buffer, beyond;
+    std::vector<PolygonCurve2D> curves;
+    const double height = std::max(0.01 * std::abs(distance), 1e-3);
+    if (!BufferCreator::Create(areas, distance, height, buffer, tolerances, shape)) return Require(!tame);
+    Require(BufferCreator::Create(areas, distance, curves, tolerances, shape));
+    const LineString2D chain(areas.front().GetPoints());
+    Require(BufferCreator::Create(chain, distance, height, beyond, tolerances, shape));
+    if (!tame) return;
+    for (const auto* made : {&buffer, &beyond}) {
+        Point2D where;
+        for (const Polygon2D& area : *made) Require(area.Validate(where, true, tolerance));
+    }
+    const bool isOut = distance >= 0.0;
+    Require(isOut ? Boolean::Difference(united, buffer, beyond, tolerances)
+                  : Boolean::Difference(buffer, united, beyond, tolerances));
+    Require(AreaOf(beyond) <= 4.0 * tolerance * 100 * 6000);
+}
+
 }  // namespace
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
@@ -41,6 +62,12 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
     std::vector<Boolean::CommonArea> pieces;
     Require(Boolean::Overlay(a, b, pieces, tolerances, rule));
     for (const auto& piece : pieces) Require(piece.first < a.size() && piece.second < b.size());
+    const double distance = bytes.TakeDouble();
+    const BufferCreator::Shape shape{static_cast<BufferCreator::End>(bytes.TakeCount(3)),
+                                     static_cast<BufferCreator::Join>(bytes.TakeCount(3)),
+                                     static_cast<BufferCreator::Side>(bytes.TakeCount(3))};
+    Require(Boolean::Union(a, first, tolerances, rule));
+    if (rule == Boolean::FillRule::NonZero) CheckBuffers(a, first, tame ? distance / 16.0 : distance, tame, shape);
     if (!tame) return;
     for (const auto* areas : {&united, &common, &less, &either}) {
         Require(Boolean::Union(*areas, first, tolerances) && AreSame(first, *areas));

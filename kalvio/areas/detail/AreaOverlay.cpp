@@ -1,5 +1,6 @@
 #include "kalvio/areas/detail/AreaOverlay.h"
 
+#include "kalvio/areas/detail/PlaneVectors.h"
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -50,15 +51,17 @@ bool AreaOverlay::Add(const PolygonCurve2D& area, std::uint32_t layer) {
 
 bool AreaOverlay::AddRing(const std::vector<Point2D>& points, bool isHole) {
     BeginRing(isHole);
+    BeginLoop();
     for (const Point2D& p : points) {
         if (!GoTo({p.GetX(), p.GetY()})) return false;
     }
-    EndRing();
+    EndLoop();
     return true;
 }
 
 bool AreaOverlay::AddRing(const RingCurve2D& ring, bool isHole) {
     BeginRing(isHole);
+    BeginLoop();
     const auto goTo = [this](const Point2D& p) { return GoTo({p.GetX(), p.GetY()}); };
     for (unsigned int i = 0; i < ring.GetSize(); ++i) {
         const IPolyline2DElement& element = ring.GetElementAtIndex(i);
@@ -66,18 +69,46 @@ bool AreaOverlay::AddRing(const RingCurve2D& ring, bool isHole) {
             const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();
             if (!std::all_of(points.begin(), points.end(), goTo)) return false;
         } else if (element.GetType() == MathTypes::Arc2D) {
-            if (!GoAlong(static_cast<const Arc2D&>(element))) return false;
+            const auto& arc = static_cast<const Arc2D&>(element);
+            const PlanePoint start{arc.GetStart().GetX(), arc.GetStart().GetY()};
+            const PlanePoint center{arc.GetCenter().GetX(), arc.GetCenter().GetY()};
+            if (!GoAlong(start, center, arc.GetAngle().GetRadians()) || !goTo(arc.GetEnd())) return false;
         } else if (!goTo(element.GetStart()) || !goTo(element.GetEnd())) {
             return false;
         }
     }
-    EndRing();
+    EndLoop();
     return true;
 }
 
-void AreaOverlay::BeginRing(bool isHole) {
+bool AreaOverlay::Add(const std::vector<Ring>& outlines, std::uint32_t layer) {
+    BeginMember(layer);
+    BeginRing(false);
+    for (const Ring& outline : outlines) {
+        BeginLoop();
+        for (std::size_t i = 0; i < outline.size(); ++i) {
+            const Corner& corner = outline[i];
+            if (corner.sense == 0) {
+                if (!GoTo(corner.at)) return false;
+            } else if (!GoAlong(corner.at, corner.center, SweepOf(corner, outline[(i + 1) % outline.size()].at))) {
+                return false;
+            }
+        }
+        EndLoop();
+    }
+    return true;
+}
+
+double AreaOverlay::SweepOf(const Corner& corner, const PlanePoint& end) {
+    const PlanePoint from = corner.at - corner.center;
+    const PlanePoint to = end - corner.center;
+    const double sweep = std::atan2(detail::Cross(from, to), Dot(from, to));
+    return sweep * corner.sense > 0.0 ? sweep : sweep + 2.0 * pi * corner.sense;
+}
+
+void AreaOverlay::BeginLoop() {
     const auto piece = static_cast<std::uint32_t>(border.size());
-    rings.push_back({static_cast<std::uint32_t>(members.size() - 1), isHole, piece, piece});
+    loops.push_back({piece, piece});
 }
 
 // The piece that begins at the point gets its end by the next one.
@@ -92,13 +123,9 @@ bool AreaOverlay::GoTo(const PlanePoint& p, const BorderSource& source) {
 }
 
 // Cut at the extremes of the circle, so that no piece is more than a quarter turn.
-bool AreaOverlay::GoAlong(const Arc2D& arc) {
+bool AreaOverlay::GoAlong(const PlanePoint& start, const PlanePoint& center, double sweep) {
     constexpr double quarter = 1.5707963267948966;
-    const PlanePoint start{arc.GetStart().GetX(), arc.GetStart().GetY()};
-    const PlanePoint center{arc.GetCenter().GetX(), arc.GetCenter().GetY()};
-    const PlanePoint end{arc.GetEnd().GetX(), arc.GetEnd().GetY()};
-    const double sweep = arc.GetAngle().GetRadians();
-    const double radius = arc.GetRadius();
+    const double radius = std::hypot(start.x - center.x, start.y - center.y);
     const BorderSource source{static_cast<std::uint32_t>(rings.size() - 1), sweep < 0.0 ? -1 : 1, center};
     hasArcs = true;
     if (!GoTo(start, source)) return false;
@@ -114,18 +141,18 @@ bool AreaOverlay::GoAlong(const Arc2D& arc) {
         border.back().source = number;
         sources.pop_back();
     }
-    return GoTo(end);
+    return true;
 }
 
-void AreaOverlay::EndRing() {
-    BorderRing& ring = rings.back();
-    ring.endPiece = static_cast<std::uint32_t>(border.size());
-    if (ring.endPiece > ring.firstPiece) border.back().to = border[ring.firstPiece].from;
+void AreaOverlay::EndLoop() {
+    Loop& loop = loops.back();
+    loop.endPiece = static_cast<std::uint32_t>(border.size());
+    if (loop.endPiece > loop.firstPiece) border.back().to = border[loop.firstPiece].from;
 }
 
-// Neighbours in the list shall be neighbours in the plane: rings follow a curve through the plane that fills it (G. M.
+// Neighbours in the list shall be neighbours in the plane: loops follow a curve through the plane that fills it (G. M.
 // Morton, 1966).
-void AreaOverlay::SortRings() {
+void AreaOverlay::SortLoops() {
     Extent extent;
     for (const PlanePoint& p : vertices) extent.Add(Point2D(p.x, p.y));
     const auto cell = [](double value, double low, double high) {
@@ -133,10 +160,10 @@ void AreaOverlay::SortRings() {
         return Spread(static_cast<std::uint32_t>(std::clamp(part, 0.0, 1.0) * 65535.0));
     };
     std::vector<std::pair<std::uint32_t, std::uint32_t>> order;
-    order.reserve(rings.size());
-    for (std::uint32_t ring = 0; ring < rings.size(); ++ring) {
+    order.reserve(loops.size());
+    for (std::uint32_t loop = 0; loop < loops.size(); ++loop) {
         Extent own;
-        for (std::uint32_t k = rings[ring].firstPiece; k < rings[ring].endPiece; ++k) {
+        for (std::uint32_t k = loops[loop].firstPiece; k < loops[loop].endPiece; ++k) {
             const PlanePoint& p = vertices[border[k].from];
             own.Add(Point2D(p.x, p.y));
         }
@@ -144,20 +171,20 @@ void AreaOverlay::SortRings() {
         const double y = 0.5 * own.minY + 0.5 * own.maxY;
         const std::uint32_t code =
             own.minX <= own.maxX ? cell(x, extent.minX, extent.maxX) | (cell(y, extent.minY, extent.maxY) << 1) : 0;
-        order.emplace_back(code, ring);
+        order.emplace_back(code, loop);
     }
     std::sort(order.begin(), order.end());
     std::vector<BorderPiece> sorted;
     sorted.reserve(border.size());
-    for (const auto& [code, ring] : order) {
-        sorted.insert(sorted.end(), border.begin() + rings[ring].firstPiece, border.begin() + rings[ring].endPiece);
+    for (const auto& [code, loop] : order) {
+        sorted.insert(sorted.end(), border.begin() + loops[loop].firstPiece, border.begin() + loops[loop].endPiece);
     }
     border = std::move(sorted);
 }
 
 bool AreaOverlay::Run() {
     if (vertices.size() >= none / 2) return false;
-    SortRings();
+    SortLoops();
     noding.emplace(vertices, std::move(border), sources, tolerance);
     if (!noding->Run()) return false;
     std::vector<std::uint32_t> edgeOfPiece;
@@ -259,7 +286,9 @@ void AreaOverlay::WalkFaces(Visit&& visit) {
 void AreaOverlay::Cross(std::uint32_t half) {
     const std::uint32_t edge = half / 2;
     const int direction = (half & 1U) == 0 ? -1 : 1;
-    const auto isIn = [this](int winding) { return isEvenOdd ? (winding & 1) != 0 : winding != 0; };
+    const auto isIn = [this](int winding) {
+        return fill == Fill::NonZero ? winding != 0 : fill == Fill::EvenOdd ? (winding & 1) != 0 : winding > 0;
+    };
     for (std::uint32_t k = firstRun[edge]; k < firstRun[edge + 1]; ++k) {
         const BorderRing& ring = rings[sources[runs[k].source].ring];
         int& winding = windings[sources[runs[k].source].ring];
@@ -355,14 +384,14 @@ std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::ui
     }
 
     std::vector<Area> areas(regions);
-    std::vector<std::vector<std::uint32_t>> loops;
+    std::vector<std::vector<std::uint32_t>> borders;
     for (const std::uint32_t face : kept) {
         Area& area = areas[regionOf[face]];
         faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
             if (isWalked[half] || !IsBorder(half)) return;
-            loops.clear();
-            WalkBorder(half, loops);
-            for (std::vector<std::uint32_t>& loop : loops) {
+            borders.clear();
+            WalkBorder(half, borders);
+            for (std::vector<std::uint32_t>& loop : borders) {
                 area.insert(IsOuter(loop) ? area.begin() : area.end(), MakeRing(loop));
             }
         });
@@ -392,11 +421,11 @@ bool AreaOverlay::IsBorder(std::uint32_t half) const {
 
 // Follows a border with its region on the left, turning through the region at every node, and parts it into loops that
 // pass no node twice. That has one answer: at a node that the border passes again, the loops lie side by side.
-void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& loops) {
+void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders) {
     std::vector<std::uint32_t> walk;
     const auto cutLoop = [&](std::size_t from) {
         for (std::size_t k = from; k < walk.size(); ++k) placeOf[faces->Origin(walk[k])] = none;
-        loops.emplace_back(walk.begin() + static_cast<std::ptrdiff_t>(from), walk.end());
+        borders.emplace_back(walk.begin() + static_cast<std::ptrdiff_t>(from), walk.end());
         walk.resize(from);
     };
     std::uint32_t half = first;

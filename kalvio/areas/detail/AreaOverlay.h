@@ -12,7 +12,6 @@
 
 namespace Kalvio::Math {
 
-class Arc2D;
 class Polygon2D;
 class PolygonCurve2D;
 class RingCurve2D;
@@ -38,6 +37,10 @@ public:
     /// The outer ring, counter-clockwise, then the holes, clockwise; each starts at its leftmost corner (of those the
     /// lowest).
     using Area = std::vector<Ring>;
+
+    /// What the arc that begins at the corner sweeps until the end, signed; in (0, 2 pi] of its sense.
+    static double SweepOf(const Corner& corner, const PlanePoint& end);
+
     /// The area that a member of the first layer and one of the second have in common.
     struct Common {
         std::uint32_t first;
@@ -45,14 +48,18 @@ public:
         std::vector<Area> areas;
     };
 
-    /// @param isOdd  a ring is inside where its winding is odd, else where it is not 0
-    AreaOverlay(double userTolerance, bool isOdd) : tolerance(userTolerance), isEvenOdd(isOdd) {}
+    /// Which windings of a ring are inside.
+    enum class Fill : std::uint32_t { NonZero = 0, EvenOdd = 1, Positive = 2 };
+
+    AreaOverlay(double userTolerance, Fill rule) : tolerance(userTolerance), fill(rule) {}
 
     /// Takes an area as the next member of a layer, 0 or 1.
     /// @return false for a coordinate that is not finite or beyond 1e100
     [[nodiscard]] bool Add(const Polygon2D& area, std::uint32_t layer);
     /// The same; gaps between elements are closed by segments.
     [[nodiscard]] bool Add(const PolygonCurve2D& area, std::uint32_t layer);
+    /// Takes closed loops as one ring, whose winding is the sum of theirs. Arcs are of less than a full turn.
+    [[nodiscard]] bool Add(const std::vector<Ring>& outlines, std::uint32_t layer);
     bool HasArcs() const { return hasArcs; }
 
     /// To be called once, after the last area.
@@ -69,6 +76,8 @@ private:
     struct BorderRing {
         std::uint32_t member;
         bool isHole;
+    };
+    struct Loop {
         std::uint32_t firstPiece;
         std::uint32_t endPiece;
     };
@@ -87,12 +96,13 @@ private:
     void BeginMember(std::uint32_t layer) { members.push_back({layer, memberCount[layer]++}); }
     bool AddRing(const std::vector<Point2D>& points, bool isHole);
     bool AddRing(const RingCurve2D& ring, bool isHole);
-    void BeginRing(bool isHole);
+    void BeginRing(bool isHole) { rings.push_back({static_cast<std::uint32_t>(members.size() - 1), isHole}); }
+    void BeginLoop();
     bool GoTo(const PlanePoint& p) { return GoTo(p, {static_cast<std::uint32_t>(rings.size() - 1), 0, {}}); }
     bool GoTo(const PlanePoint& p, const BorderSource& source);
-    bool GoAlong(const Arc2D& arc);
-    void EndRing();
-    void SortRings();
+    bool GoAlong(const PlanePoint& start, const PlanePoint& center, double sweep);
+    void EndLoop();
+    void SortLoops();
     void MergePieces(std::vector<std::uint32_t>& edgeOfPiece);
     bool IsIdle(std::size_t from, std::size_t to) const;
     template <class Visit>
@@ -101,7 +111,7 @@ private:
     void Turn(Member& member, bool wasInside);
 
     std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
-    void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& loops);
+    void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders);
     bool IsBorder(std::uint32_t half) const;
     Ring MakeRing(std::vector<std::uint32_t>& loop) const;
     bool IsOuter(const std::vector<std::uint32_t>& loop) const;
@@ -112,12 +122,13 @@ private:
                    std::vector<char>& isKept) const;
 
     double tolerance;
-    bool isEvenOdd;
+    Fill fill;
     bool hasArcs = false;
     std::vector<PlanePoint> vertices;
     std::vector<BorderPiece> border;
     std::vector<BorderSource> sources;
     std::vector<BorderRing> rings;
+    std::vector<Loop> loops;
     std::vector<Member> members;
     std::array<std::uint32_t, 2> memberCount{};
 

@@ -1,5 +1,6 @@
 #include "kalvio/areas/detail/BorderNoding.h"
 
+#include "kalvio/areas/detail/PlaneVectors.h"
 #include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
@@ -17,11 +18,6 @@ constexpr double flatness = 0.25;               // of the tolerance: a piece tha
 constexpr double shortness = 4.0;               // of the distance of nodes: the same for a piece no longer
 constexpr std::size_t mostRounds = 10000;       // far more than ever seen
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
-
-PlanePoint operator-(const PlanePoint& a, const PlanePoint& b) { return {a.x - b.x, a.y - b.y}; }
-double Dot(const PlanePoint& a, const PlanePoint& b) { return a.x * b.x + a.y * b.y; }
-double Cross(const PlanePoint& a, const PlanePoint& b) { return a.x * b.y - a.y * b.x; }
-double Square(const PlanePoint& a) { return Dot(a, a); }
 
 double LargestCoordinate(const std::vector<PlanePoint>& points) {
     double largest = 0.0;

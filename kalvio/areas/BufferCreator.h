@@ -1,0 +1,109 @@
+#pragma once
+
+#include "kalvio/Export.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace Kalvio::Math {
+
+class Tolerances;
+
+/// Buffers in plan: what lies within a distance of points, chains and areas; of areas also what lies deeper inside than
+/// a distance.
+///
+///     const LineString2D axis{Point2D(0, 0), Point2D(100, 0), Point2D(160, 45)};
+///     std::vector<PolygonCurve2D> strip;                                          // 5 to either side, round ends
+///     if (BufferCreator::Create(axis, 5.0, strip, Tolerances(0.001))) Draw(strip);
+///
+/// What comes out is valid as a result of `PolygonsBooleanOperation` is, in the same order, and its border keeps the
+/// distance to the source within three user tolerances (and the height, for chords), wherever joins and ends are round.
+/// Nothing is asked of the source: chains cross and run over themselves, areas touch, overlap and cross themselves
+/// (the inside is what their rings wind around). Many members stand for their union.
+///
+/// The buffer is the union of the strips beside all elements and of the sectors (kites, triangles) at all corners.
+/// Their outlines are run through as one, which winds around every point as often as strips hold it; so a winding that
+/// is positive decides, after one exact noding. For n corners and k crossings of the strips' outlines about n log n + k
+/// steps.
+///
+/// All functions answer false, the result untouched, for coordinates, distances and tolerances that are not finite (or
+/// beyond 1e100), and for a height or limit that is not positive.
+class KALVIO_MATH_API BufferCreator {
+public:
+    /// What a chain ends with.
+    enum class End : std::uint32_t {
+        Round = 0,   ///< half a disc
+        Flat = 1,    ///< nothing
+        Square = 2,  ///< half a square
+    };
+    /// What closes the outside of a corner.
+    enum class Join : std::uint32_t {
+        Round = 0,     ///< a sector
+        Mitred = 1,    ///< both sides run on until they meet, unless that is farther than the limit: then bevelled
+        Bevelled = 2,  ///< a segment
+    };
+    /// On which side of chains, in the direction of travel.
+    enum class Side : std::uint32_t {
+        Both = 0,
+        Right = 1,  ///< no ends are put on
+        Left = 2,   ///< the same
+    };
+    struct Shape {
+        End end = End::Round;
+        Join join = Join::Round;
+        Side side = Side::Both;   ///< of chains; areas and points have no sides
+        double mitreLimit = 2.0;  ///< how far a mitre may reach, in distances
+    };
+
+    /// Points, chains or areas, one or many; refers to them and owns nothing.
+    class Source {
+    public:
+        Source(const Point2D& point) : points(&point, 1) {}
+        Source(const LineString2D& chain) : strings(&chain, 1) {}
+        Source(const Polyline2D& chain) : chains(&chain, 1) {}
+        Source(const Polygon2D& area) : polygons(&area, 1) {}
+        Source(const PolygonCurve2D& area) : curves(&area, 1) {}
+        Source(const std::vector<Point2D>& members) : points(members) {}
+        Source(const std::vector<LineString2D>& members) : strings(members) {}
+        Source(const std::vector<Polyline2D>& members) : chains(members) {}
+        Source(const std::vector<Polygon2D>& members) : polygons(members) {}
+        Source(const std::vector<PolygonCurve2D>& members) : curves(members) {}
+
+    private:
+        friend class BufferCreator;
+
+        std::span<const Point2D> points;
+        std::span<const LineString2D> strings;
+        std::span<const Polyline2D> chains;
+        std::span<const Polygon2D> polygons;
+        std::span<const PolygonCurve2D> curves;
+    };
+
+    /// Bounded by lines and true arcs. Clothoids, spirals and parabolas are first replaced by arcs that join
+    /// tangentially and lie within the user tolerance.
+    /// @param distance  positive: outward. Negative or 0: areas shrink or are put in order, points and chains leave
+    ///                  nothing
+    [[nodiscard]] static bool Create(const Source& source, double distance, std::vector<PolygonCurve2D>& result,
+                                     const Tolerances& tolerances, const Shape& shape);
+    [[nodiscard]] static bool Create(const Source& source, double distance, std::vector<PolygonCurve2D>& result,
+                                     const Tolerances& tolerances);
+
+    /// Bounded by chords.
+    /// @param height  how far the border may lie off the true one; arcs of the source, of corners and of ends are
+    ///                replaced by chords, and corners that do not show left out, to this end. A turn has no more than
+    ///                10,000 chords
+    [[nodiscard]] static bool Create(const Source& source, double distance, double height,
+                                     std::vector<Polygon2D>& result, const Tolerances& tolerances, const Shape& shape);
+    [[nodiscard]] static bool Create(const Source& source, double distance, double height,
+                                     std::vector<Polygon2D>& result, const Tolerances& tolerances);
+
+private:
+    struct Work;
+};
+
+}  // namespace Kalvio::Math

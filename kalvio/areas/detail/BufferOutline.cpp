@@ -1,0 +1,285 @@
+#include "kalvio/areas/detail/BufferOutline.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+constexpr double ofJoins = 0.5;       // of the height: what chords and mitres leave an arc about a corner by
+constexpr double ofCorners = 0.25;    // of the height: what corners that are left out stand out by
+constexpr double ofTolerance = 0.25;  // what a mitre stands out by that takes the place of an arc
+
+BufferOutline::Path Reversed(const BufferOutline::Path& path, bool isClosed) {
+    BufferOutline::Path reversed;
+    reversed.reserve(path.size());
+    for (std::size_t i = path.size(); i-- > 0;) {
+        AreaOverlay::Corner corner{path[i].at, 0, {}};
+        if (i > 0 || isClosed) {
+            const AreaOverlay::Corner& before = path[i > 0 ? i - 1 : path.size() - 1];
+            corner.sense = -before.sense;
+            corner.center = before.center;
+        }
+        reversed.push_back(corner);
+    }
+    return reversed;
+}
+
+}  // namespace
+
+BufferOutline::BufferOutline(const Style& given)
+    : style(given),
+      reach(std::abs(given.distance)),
+      excess(given.height > 0.0 ? ofJoins * given.height : ofTolerance * given.tolerance),
+      isRound(given.shape.join == BufferCreator::Join::Round) {
+    if (!(style.height > 0.0) || !(reach > 0.0)) return;
+    constexpr double most = 2500.0;  // chords of a quarter turn
+    const double quarters = 0.25 * pi / std::acos(std::max(0.0, 1.0 - ofJoins * style.height / reach));
+    const int count = 4 * static_cast<int>(std::ceil(std::clamp(quarters, 2.0, most)));
+    compass.reserve(static_cast<std::size_t>(count));
+    for (int k = 0; k < count; ++k) {
+        const double angle = 2.0 * pi * k / count;
+        compass.push_back({std::cos(angle), std::sin(angle)});
+    }
+}
+
+void BufferOutline::AddPoint(const PlanePoint& point) {
+    if (style.shape.end == BufferCreator::End::Flat) return;
+    loops.emplace_back();
+    if (style.shape.end == BufferCreator::End::Square) {
+        for (const PlanePoint& way : {PlanePoint{-1.0, -1.0}, {1.0, -1.0}, {1.0, 1.0}, {-1.0, 1.0}}) {
+            GoTo(point + way * reach);
+        }
+    } else if (compass.empty()) {
+        loops.back() = {{{point.x - reach, point.y}, 1, point}, {{point.x + reach, point.y}, 1, point}};
+    } else {
+        for (const PlanePoint& way : compass) GoTo(point + way * reach);
+    }
+}
+
+void BufferOutline::AddRing(Path ring) {
+    DropCorners(ring, true);
+    Follow(WaysOf(ring, true), true);
+}
+
+void BufferOutline::AddChain(const Path& chain) {
+    if (style.shape.side == BufferCreator::Side::Left) {
+        style.shape.side = BufferCreator::Side::Right;
+        AddChain(Reversed(chain, false));
+        style.shape.side = BufferCreator::Side::Left;
+        return;
+    }
+    const double far = style.tolerance * style.tolerance;
+    const bool isPoint = std::all_of(chain.begin(), chain.end(), [&](const AreaOverlay::Corner& corner) {
+        return corner.sense == 0 && Square(corner.at - chain.front().at) <= far;
+    });
+    if (isPoint) return AddPoint(chain.front().at);
+    const bool isClosed = Square(chain.back().at - chain.front().at) <= far;
+    Path forth = chain;
+    if (isClosed) forth.pop_back();
+    Path back = Reversed(forth, isClosed);
+    DropCorners(forth, isClosed);
+    if (style.shape.side == BufferCreator::Side::Right) {
+        const std::vector<Way> source = WaysOf(back, isClosed);
+        Follow(WaysOf(forth, isClosed), isClosed);
+        if (isClosed) loops.emplace_back();
+        for (const Way& way : source) loops.back().push_back({way.from, way.sense, way.center});
+        if (!isClosed) GoTo(source.back().to);
+        return;
+    }
+    DropCorners(back, isClosed);
+    std::vector<Way> ways = WaysOf(forth, isClosed);
+    const std::vector<Way> waysBack = WaysOf(back, isClosed);
+    if (isClosed) {
+        Follow(ways, true);
+        Follow(waysBack, true);
+        return;
+    }
+    const std::size_t firstEnd = ways.size() - 1;
+    ways.insert(ways.end(), waysBack.begin(), waysBack.end());
+    Follow(ways, true, firstEnd);
+}
+
+// Leaves out corners that turn towards the strips, as long as the segment in their place has all of them within the
+// allowance. The triangles between wind like the strips.
+void BufferOutline::DropCorners(Path& path, bool isClosed) const {
+    const double allowance = ofCorners * style.height;
+    if (!isRound || !(allowance > 0.0) || path.size() < 3) return;
+    const double side = style.distance < 0.0 ? -1.0 : 1.0;
+    Path kept{path.front()};
+    PlanePoint candidate = path[1].at;
+    PlanePoint limit;  // no segment may turn beyond this direction
+    bool isLimited = false;
+    const std::size_t count = isClosed ? path.size() + 1 : path.size();
+    for (std::size_t k = 2; k < count; ++k) {
+        const PlanePoint next = path[k % path.size()].at;
+        const PlanePoint arm = candidate - kept.back().at;
+        const PlanePoint whole = next - kept.back().at;
+        const double square = Square(arm);
+        bool isSpared = side * Cross(arm, whole) <= 0.0 && Dot(arm, whole) > 0.0 && Square(whole) >= square;
+        if (isSpared && square > allowance * allowance) {
+            const double length = std::sqrt(square);
+            const double sine = side * allowance / length;
+            const double cosine = std::sqrt(1.0 - sine * sine);
+            const PlanePoint own = arm * (cosine / length) + RightOf(arm) * (sine / length);
+            if (!isLimited || side * Cross(limit, own) > 0.0) limit = own;
+            isLimited = true;
+        }
+        isSpared = isSpared && (!isLimited || side * Cross(limit, whole) >= 0.0);
+        if (!isSpared) {
+            kept.push_back({candidate, 0, {}});
+            isLimited = false;
+        }
+        candidate = next;
+    }
+    if (!isClosed) kept.push_back({candidate, 0, {}});
+    path = std::move(kept);
+}
+
+// Without elements no longer than the tolerance.
+std::vector<BufferOutline::Way> BufferOutline::WaysOf(const Path& path, bool isClosed) const {
+    std::vector<Way> ways;
+    ways.reserve(path.size());
+    const std::size_t count = isClosed ? path.size() : path.size() - 1;
+    PlanePoint from = path.front().at;
+    for (std::size_t i = 0; i < count; ++i) {
+        const PlanePoint to = path[(i + 1) % path.size()].at;
+        if (path[i].sense != 0) {
+            AppendArc(ways, path[i], to);
+            from = to;
+            continue;
+        }
+        const PlanePoint chord = to - from;
+        const double length = std::sqrt(Square(chord));
+        if (!(length > style.tolerance)) continue;
+        const PlanePoint direction = chord * (1.0 / length);
+        ways.push_back({from, to, direction, direction, {}, 0, false, length});
+        from = to;
+    }
+    return ways;
+}
+
+void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const {
+    constexpr double mostOfWay = 3.0;  // radians
+    const double sweep = AreaOverlay::SweepOf(corner, end);
+    const double parts = std::ceil(std::abs(sweep) / mostOfWay);
+    const PlanePoint arm = corner.at - corner.center;
+    const double radius = std::sqrt(Square(arm));
+    if (!(radius > 0.0)) return;
+    const bool isCollapsed = !(radius + corner.sense * style.distance > 0.0);
+    const auto directionAt = [&](const PlanePoint& p) {
+        return RightOf(p - corner.center) * (-corner.sense / std::sqrt(Square(p - corner.center)));
+    };
+    PlanePoint from = corner.at;
+    for (double k = 1.0; k <= parts; k += 1.0) {
+        const double angle = sweep * (k / parts);
+        const PlanePoint turned = arm * std::cos(angle) - RightOf(arm) * std::sin(angle);
+        const PlanePoint to = k < parts ? corner.center + turned : end;
+        ways.push_back({from, to, directionAt(from), directionAt(to), corner.center, corner.sense, isCollapsed, 0.0});
+        from = to;
+    }
+}
+
+// Where two segments meet the kite between corner and meeting is left out (put on), unless that closes a row of kites
+// all around a ring.
+BufferOutline::Joint BufferOutline::JointOf(const Way& a, const Way& b, bool isLast) const {
+    const PlanePoint from = Beside(a.to, a.endDirection);
+    const PlanePoint to = Beside(b.from, b.direction);
+    if (!a.isCollapsed && !b.isCollapsed && Square(to - from) <= style.tolerance * style.tolerance) return {};
+    const double side = style.distance < 0.0 ? -1.0 : 1.0;
+    const double cross = side * Cross(a.endDirection, b.direction);
+    const double dot = Dot(a.endDirection, b.direction);
+    const bool areSegments = a.sense == 0 && b.sense == 0;
+    const PlanePoint meeting = a.to + (RightOf(a.endDirection) + RightOf(b.direction)) * (style.distance / (1.0 + dot));
+    if (cross > 0.0 || (cross == 0.0 && dot < 0.0)) {
+        const double reached = std::sqrt(2.0 / std::max(1.0 + dot, 0.0));
+        const bool isMitred =
+            isRound ? reach * (reached - 1.0) <= excess
+                    : style.shape.join == BufferCreator::Join::Mitred && reached <= style.shape.mitreLimit;
+        return {isMitred && areSegments ? Turn::Point : isMitred ? Turn::Mitre : Turn::Convex, meeting};
+    }
+    const double shorter = std::min(a.length, b.length);
+    const bool isHeld =
+        areSegments && !isLast && dot >= 0.0 && reach * -cross <= shorter && reach * -cross <= shorter * (1.0 + dot);
+    return {isHeld ? Turn::Point : Turn::Concave, meeting};
+}
+
+void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::size_t firstEnd) {
+    if (ways.empty()) return;
+    const std::size_t count = ways.size();
+    std::vector<Joint> joints(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool isLast = i + 1 == count;
+        if (isLast && !isClosed) break;
+        const bool isEnd = firstEnd != none && (isLast || i == firstEnd);
+        joints[i] = isEnd ? Joint{Turn::End, {}} : JointOf(ways[i], ways[(i + 1) % count], isLast);
+    }
+    AreaOverlay::Ring& loop = loops.emplace_back();
+    loop.reserve(2 * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const Way& way = ways[i];
+        const Way& next = ways[(i + 1) % count];
+        const Joint& joint = joints[i];
+        if (way.isCollapsed) {
+            GoTo(way.from);
+            GoTo(way.center);
+            GoTo(way.to);
+        } else if (way.sense != 0) {
+            const PlanePoint from = Beside(way.from, way.direction);
+            const PlanePoint to = Beside(way.to, way.endDirection);
+            const bool isArc = Square(to - from) > style.tolerance * style.tolerance;
+            loop.push_back({from, isArc ? way.sense : 0, way.center});
+            GoTo(to);
+        } else {
+            if (joints[i > 0 ? i - 1 : count - 1].turn != Turn::Point) GoTo(Beside(way.from, way.direction));
+            if (joint.turn != Turn::Point) GoTo(Beside(way.to, way.endDirection));
+        }
+        switch (joint.turn) {
+            case Turn::Smooth:
+                break;
+            case Turn::Point:
+                GoTo(joint.at);
+                break;
+            case Turn::Concave:
+                GoTo(way.to);
+                break;
+            default:
+                if (way.isCollapsed) GoTo(Beside(way.to, way.endDirection));
+                CloseCorner(way, next, joint);
+                if (next.isCollapsed) GoTo(Beside(next.from, next.direction));
+        }
+    }
+}
+
+// Between the ends of the strips on either side of a corner; the last corner of the loop is where the first one ends.
+void BufferOutline::CloseCorner(const Way& a, const Way& b, const Joint& joint) {
+    if (joint.turn == Turn::Mitre) return GoTo(joint.at);
+    const bool isEnd = joint.turn == Turn::End;
+    if (isEnd && style.shape.end == BufferCreator::End::Square) {
+        GoTo(Beside(a.to, a.endDirection) + a.endDirection * reach);
+        GoTo(Beside(b.from, b.direction) - b.direction * reach);
+    } else if (isEnd ? style.shape.end == BufferCreator::End::Round : isRound) {
+        RoundOff(a, b);
+    }
+}
+
+void BufferOutline::RoundOff(const Way& a, const Way& b) {
+    const int sense = style.distance < 0.0 ? -1 : 1;
+    if (compass.empty()) {
+        loops.back().back().sense = sense;
+        loops.back().back().center = a.to;
+        return;
+    }
+    const auto count = static_cast<int>(compass.size());
+    const double step = 2.0 * pi / count;
+    const PlanePoint from = RightOf(a.endDirection) * static_cast<double>(sense);
+    const double start = sense * std::atan2(from.y, from.x) / step;
+    const double turn = std::atan2(std::abs(Cross(a.endDirection, b.direction)), Dot(a.endDirection, b.direction));
+    for (double k = std::floor(start) + 1.0; k < start + turn / step; k += 1.0) {
+        const int number = (sense * static_cast<int>(k) % count + count) % count;
+        GoTo(a.to + compass[static_cast<std::size_t>(number)] * reach);
+    }
+}
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "kalvio/areas/BufferCreator.h"
+#include "kalvio/areas/detail/AreaOverlay.h"
+#include "kalvio/areas/detail/PlaneVectors.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace Kalvio::Math::detail {
+
+/// The outlines of the strips beside chains and rings, as loops whose windings add up.
+///
+/// Each element has a strip on its right, of the given distance, on a concave side no deeper than the centre of its
+/// arc; each corner that turns away from the strips a sector. Where strips and sectors meet, their outlines cancel out:
+/// what is left is the offset of each element, an arc (kite, triangle) about each corner that turns away, and the way
+/// over the corner itself at all others. There, as long as the strips of both segments hold the kite between the
+/// corner and the meeting of the offsets, a loop around the kite is left out: of the strips that hold a point at least
+/// one more is in a row than there are kites between them. So the loops wind around a point beside the chains as often
+/// as something holds it, or less often but still at least once, never backward.
+class BufferOutline {
+public:
+    struct Style {
+        double distance = 0.0;  ///< negative: to the left of rings; what it cuts off has negative windings
+        double height = 0.0;    ///< of chords; 0: true arcs
+        double tolerance = 0.0;
+        BufferCreator::Shape shape;
+    };
+    /// A chain (without an arc at its last corner) or a ring.
+    using Path = AreaOverlay::Ring;
+
+    explicit BufferOutline(const Style& given);
+
+    /// The ring itself together with what lies beside it: on its right less than the distance away.
+    void AddRing(Path ring);
+    /// What lies beside a chain, by the sides and ends of the shape. A chain that ends where it starts is closed.
+    void AddChain(const Path& chain);
+    void AddPoint(const PlanePoint& point);
+
+    const std::vector<AreaOverlay::Ring>& GetLoops() const { return loops; }
+
+private:
+    // An element, of at most half a turn.
+    struct Way {
+        PlanePoint from;
+        PlanePoint to;
+        PlanePoint direction;     // at the start
+        PlanePoint endDirection;  // at the end
+        PlanePoint center;
+        int sense = 0;
+        bool isCollapsed = false;  // the centre lies within the strip
+        double length = 0.0;       // of a segment
+    };
+    enum class Turn { Smooth, Point, Mitre, Concave, Convex, End };
+    struct Joint {
+        Turn turn = Turn::Smooth;
+        PlanePoint at;  // where the offsets of both elements, or their tangents, meet
+    };
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+    void DropCorners(Path& path, bool isClosed) const;
+    std::vector<Way> WaysOf(const Path& path, bool isClosed) const;
+    void AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const;
+    Joint JointOf(const Way& a, const Way& b, bool isLast) const;
+    // Appends the loop of the offsets; the way `firstEnd`, and then the last one, come to ends of a chain.
+    void Follow(const std::vector<Way>& ways, bool isClosed, std::size_t firstEnd = none);
+    void CloseCorner(const Way& a, const Way& b, const Joint& joint);
+    void RoundOff(const Way& a, const Way& b);
+    PlanePoint Beside(const PlanePoint& p, const PlanePoint& direction) const {
+        return p + RightOf(direction) * style.distance;
+    }
+    void GoTo(const PlanePoint& p) { loops.back().push_back({p, 0, {}}); }
+
+    Style style;
+    double reach;                     // the distance without its sign
+    double excess;                    // by which a mitre may stand for a sector
+    bool isRound;                     // joins
+    std::vector<PlanePoint> compass;  // unit vectors all around, in equal steps; empty for true arcs
+    std::vector<AreaOverlay::Ring> loops;
+};
+
+}  // namespace Kalvio::Math::detail

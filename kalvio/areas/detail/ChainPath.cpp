@@ -1,0 +1,190 @@
+#include "kalvio/areas/detail/ChainPath.h"
+
+#include "kalvio/areas/detail/PlaneVectors.h"
+#include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/Constants.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/detail/PlanElements.h"
+#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/detail/Ring.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace Kalvio::Math::detail {
+
+namespace {
+
+using Corner = AreaOverlay::Corner;
+
+PlanePoint Plain(const Point2D& p) { return {p.GetX(), p.GetY()}; }
+PlanePoint Plain(const Vec2D& v) { return {v.GetX(), v.GetY()}; }
+
+bool IsInRange(const PlanePoint& p) { return std::abs(p.x) <= largestCoordinate && std::abs(p.y) <= largestCoordinate; }
+
+bool AreInRange(const ChainPath& path) {
+    return !path.empty() && std::all_of(path.begin(), path.end(), [](const Corner& corner) {
+        return IsInRange(corner.at) && IsInRange(corner.center);
+    });
+}
+
+void GoTo(const PlanePoint& p, ChainPath& path) { path.push_back({p, 0, {}}); }
+
+// The arc from the last corner, in the given direction there.
+void GoAround(const PlanePoint& direction, const PlanePoint& end, double flatness, ChainPath& path) {
+    Corner& start = path.back();
+    const PlanePoint chord = end - start.at;
+    const double off = Cross(direction, chord);
+    if (std::abs(off) > flatness) {
+        const double signedRadius = 0.5 * Square(chord) / off;
+        start.center = start.at - RightOf(direction) * signedRadius;
+        start.sense = off > 0.0 ? 1 : -1;
+    }
+    GoTo(end, path);
+}
+
+// How far a point lies off the arc (line) that begins at a corner.
+double OffArc(const Corner& corner, const PlanePoint& end, const PlanePoint& p) {
+    const PlanePoint arm = p - corner.at;
+    if (corner.sense == 0) {
+        const PlanePoint chord = end - corner.at;
+        return std::abs(Cross(chord, arm)) / std::sqrt(Square(chord));
+    }
+    const PlanePoint toCenter = corner.center - corner.at;
+    return std::abs(Square(arm) - 2.0 * Dot(arm, toCenter)) /
+           (std::sqrt(Square(toCenter)) + std::sqrt(Square(arm - toCenter)));
+}
+
+// Two arcs that join where the tangents from the ends, equally long, have the middle between them.
+void GoAlongBiarc(const ElementPoint& from, const ElementPoint& to, double flatness, ChainPath& path) {
+    const PlanePoint start = Plain(from.point);
+    const PlanePoint end = Plain(to.point);
+    const PlanePoint u = Plain(from.tangent);
+    const PlanePoint w = Plain(to.tangent);
+    const PlanePoint chord = end - start;
+    const double linear = Dot(chord, u + w);
+    const double square = std::max(0.0, 2.0 * (1.0 - Dot(u, w)));
+    const double reach = Square(chord) / (linear + std::sqrt(linear * linear + square * Square(chord)));
+    if (!std::isfinite(reach)) return GoTo(end, path);
+    const PlanePoint joint = (start + u * reach + end - w * reach) * 0.5;
+    GoAround(u, joint, flatness, path);
+    const PlanePoint middle = joint - start;
+    const double length = std::sqrt(Square(middle));
+    const PlanePoint along = middle * (1.0 / length);
+    GoAround(along * (2.0 * Dot(along, u)) - u, end, flatness, path);
+}
+
+bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
+    constexpr double flatness = 0.01;  // of the tolerance
+    constexpr double reserve = 0.9;    // of the tolerance, as it is kept between the samples too
+    constexpr std::size_t inside = 6;  // samples of a stretch
+    constexpr double shortest = 1e-5;  // stretch, of the element
+    const double length = element.GetLength();
+    ElementPoint from;
+    if (!(length > 0.0) || !std::isfinite(length) || !EvaluateElement(element, 0.0, from)) return false;
+    GoTo(Plain(from.point), path);
+    for (double span = length; from.station < length;) {
+        const double end = from.station + span < length ? from.station + span : length;
+        ElementPoint to;
+        if (!EvaluateElement(element, end, to)) return false;
+        to.station = end;
+        const std::size_t first = path.size() - 1;
+        GoAlongBiarc(from, to, flatness * tolerance, path);
+        double most = 0.0;
+        for (std::size_t k = 1; k <= inside; ++k) {
+            const double at = from.station + (end - from.station) * (static_cast<double>(k) / (inside + 1.0));
+            ElementPoint sample;
+            if (!EvaluateElement(element, at, sample)) return false;
+            const PlanePoint p = Plain(sample.point);
+            double off = OffArc(path[first], path[first + 1].at, p);
+            if (first + 2 < path.size()) off = std::min(off, OffArc(path[first + 1], path[first + 2].at, p));
+            most = std::max(most, off);
+        }
+        if (!(most <= reserve * tolerance) && end - from.station > shortest * length) {
+            path.resize(first + 1);
+            path.back().sense = 0;
+            // What a stretch leaves free grows with its third power.
+            const double factor = std::cbrt(reserve * tolerance / most);
+            span = (end - from.station) * std::clamp(reserve * factor, 0.05, reserve);
+            continue;
+        }
+        from = to;
+        span *= 1.25;
+    }
+    return true;
+}
+
+bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
+    constexpr double mostOfArc = 3.0;  // radians: no more than half a turn
+    switch (element.GetType()) {
+        case MathTypes::Line2D:
+            GoTo(Plain(element.GetStart()), path);
+            GoTo(Plain(element.GetEnd()), path);
+            return true;
+        case MathTypes::LineString2D:
+            for (const Point2D& p : static_cast<const LineString2D&>(element).GetPoints()) GoTo(Plain(p), path);
+            return true;
+        case MathTypes::Polyline2D: {
+            const auto& chain = static_cast<const Polyline2D&>(element);
+            return std::all_of(chain.begin(), chain.end(),
+                               [&](const IPolyline2DElement& inner) { return Append(inner, tolerance, path); });
+        }
+        case MathTypes::Arc2D: {
+            const auto& arc = static_cast<const Arc2D&>(element);
+            const double length = arc.GetLength();
+            if (!std::isfinite(length)) return false;
+            const double parts = std::ceil(std::abs(arc.GetAngle().GetRadians()) / mostOfArc);
+            for (double k = 0.0; k < parts && length > tolerance; k += 1.0) {
+                Point2D start;
+                if (!arc.GetPointOffsetFromStart(length * (k / parts), start)) return false;
+                path.push_back({Plain(start), arc.GetAngle().GetRadians() < 0.0 ? -1 : 1, Plain(arc.GetCenter())});
+            }
+            GoTo(Plain(arc.GetEnd()), path);
+            return true;
+        }
+        default:
+            return GoAlong(element, tolerance, path);
+    }
+}
+
+bool Finish(bool isMade, ChainPath& path) {
+    if (isMade && AreInRange(path)) return true;
+    path.clear();
+    return false;
+}
+
+}  // namespace
+
+bool MakePath(const LineString2D& chain, ChainPath& path) {
+    path.clear();
+    path.reserve(chain.GetSize());
+    for (const Point2D& p : chain.GetPoints()) GoTo(Plain(p), path);
+    return Finish(true, path);
+}
+
+bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path) {
+    path.clear();
+    return Finish(Append(chain, std::max(tolerance, numericalZero), path), path);
+}
+
+bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {
+    constexpr double finest = 1e-9;  // of the length
+    path.clear();
+    const double length = chain.GetLength();
+    if (chain.GetNrOfElements() == 0 || !std::isfinite(length)) return false;
+    std::vector<Polyline2D::PolylinePoint> samples;
+    if (length > 0.0) {
+        const bool isMade = chain.MakePointsAndTangentsUsingHeight(0.0, length, samples,
+                                                                   std::max(height, finest * length), numericalZero);
+        if (!isMade) return false;
+        for (const auto& sample : samples) GoTo(Plain(sample.point), path);
+    } else {
+        GoTo(Plain(chain.GetStart()), path);
+    }
+    return Finish(true, path);
+}
+
+}  // namespace Kalvio::Math::detail

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "kalvio/areas/detail/AreaOverlay.h"
+
+#include <vector>
+
+namespace Kalvio::Math {
+
+class LineString2D;
+class Polyline2D;
+
+}  // namespace Kalvio::Math
+
+namespace Kalvio::Math::detail {
+
+/// A chain as lines and arcs of at most half a turn; the last corner has no arc. Gaps between elements are closed.
+using ChainPath = AreaOverlay::Ring;
+
+/// @return false, `path` emptied, for coordinates that are not finite or beyond 1e100, and for an empty chain
+[[nodiscard]] bool MakePath(const LineString2D& chain, ChainPath& path);
+/// The same. Lines and arcs stay as they are; other elements are replaced by arcs (lines where flat) that join
+/// tangentially, two for a stretch (K. M. Bolton, Biarc curves, 1975), each stretch as long as the tolerance allows.
+[[nodiscard]] bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path);
+/// The same by chords, no finer than 1e-9 of the length.
+[[nodiscard]] bool MakeChords(const Polyline2D& chain, double height, ChainPath& path);
+
+}  // namespace Kalvio::Math::detail

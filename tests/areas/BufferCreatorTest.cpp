@@ -1,0 +1,179 @@
+#include "kalvio/areas/BufferCreator.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+
+#include "support/Rings.h"
+#include "support/Testing.h"
+
+#include <string>
+
+namespace Kalvio::Math {
+namespace {
+
+using End = BufferCreator::End;
+using Join = BufferCreator::Join;
+using Side = BufferCreator::Side;
+
+double AreaOf(const RingCurve2D& ring) {
+    std::vector<Point2D> corners;
+    double beside = 0.0;
+    for (const IPolyline2DElement& element : ring) {
+        corners.push_back(element.GetStart());
+        if (element.GetType() != MathTypes::Arc2D) continue;
+        const auto& arc = static_cast<const Arc2D&>(element);
+        beside += std::copysign(arc.GetArea(), arc.GetAngle().GetRadians());
+    }
+    return Polygon2D(corners).GetArea() + beside;
+}
+
+double AreaOf(const std::vector<PolygonCurve2D>& areas) {
+    double sum = 0.0;
+    for (const PolygonCurve2D& area : areas) {
+        sum += AreaOf(area.GetBoundary());
+        for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) sum += AreaOf(area.GetInnerRingAtIndex(i));
+    }
+    return sum;
+}
+
+TEST(BufferCreatorTest, AreasAreThoseOfStripsSectorsAndKites) {
+    struct Row {
+        const char* why;
+        const char* source;  // a polygon; a chain with | before it
+        double distance;
+        BufferCreator::Shape shape;
+        double area;
+    };
+    const double pi = kPi;
+    const Row rows[] = {
+        {"round ends", "|0 0 10 0", 1, {}, 20 + pi},
+        {"flat ends", "|0 0 10 0", 1, {End::Flat}, 20},
+        {"square ends", "|0 0 10 0", 1, {End::Square}, 24},
+        {"one side has no ends", "|0 0 10 0 10 10", 1, {End::Round, Join::Round, Side::Right}, 20 + pi / 4},
+        {"the other has the overlap once", "|0 0 10 0 10 10", 1, {End::Round, Join::Round, Side::Left}, 19},
+        {"mitred", "|0 0 10 0 10 10", 1, {End::Flat, Join::Mitred}, 40},
+        {"mitre of 1.414 beyond the limit", "|0 0 10 0 10 10", 1, {End::Flat, Join::Mitred, Side::Both, 1.41}, 39.5},
+        {"bevelled", "|0 0 10 0 10 10", 1, {End::Flat, Join::Bevelled}, 39.5},
+        {"back over itself", "|0 0 10 0 5 0", 1, {}, 20 + pi},
+        {"points repeat", "|3 3 3 3 3 3", 2, {}, 4 * pi},
+        {"a point has square ends", "|3 3", 2, {End::Square}, 16},
+        {"a point has no flat ends", "|3 3", 2, {End::Flat}, 0},
+        {"closed: no ends", "|0 0 10 0 10 10 0 10 0 0", 1, {End::Flat}, 76 + pi},
+        {"all of a closed one within reach", "|0 0 10 0 10 10 0 10 0 0", 6, {}, 100 + 240 + 36 * pi},
+        {"nothing", "|0 0 10 0", -1, {}, 0},
+        {"outward", "0 0 10 0 10 10 0 10", 1, {}, 140 + pi},
+        {"outward, mitred", "0 0 10 0 10 10 0 10", 1, {End::Round, Join::Mitred}, 144},
+        {"inward", "0 0 0 10 10 10 10 0", -1, {}, 64},
+        {"inward, nothing left", "0 0 10 0 10 10 0 10", -5, {}, 0},
+        {"a hole shrinks", "0 0 10 0 10 10 0 10 / 3 3 7 3 7 7 3 7", 1, {}, 136 + pi},
+        {"and vanishes", "0 0 10 0 10 10 0 10 / 3 3 7 3 7 7 3 7", 2.5, {}, 200 + 6.25 * pi},
+        {"and grows", "0 0 10 0 10 10 0 10 / 3 3 7 3 7 7 3 7", -1, {}, 32 - pi},
+        {"a bow tie, two areas", "0 0 10 10 10 0 0 10", -1, {}, 2 * std::pow(4 - std::sqrt(2.0), 2)},
+        {"cleaned only", "0 0 10 10 10 0 0 10", 0, {}, 50},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        const std::string text = row.source;
+        const Polygon2D polygon = MakePolygon(text[0] == '|' ? text.substr(1) : text);
+        const LineString2D chain(polygon.GetPoints());
+        const BufferCreator::Source source = text[0] == '|' ? BufferCreator::Source(chain) : polygon;
+        std::vector<PolygonCurve2D> arcs;
+        std::vector<Polygon2D> chords;
+        ASSERT_TRUE(BufferCreator::Create(source, row.distance, arcs, kTolerances, row.shape));
+        ASSERT_TRUE(BufferCreator::Create(source, row.distance, 1e-3, chords, kTolerances, row.shape));
+        EXPECT_NEAR(AreaOf(arcs), row.area, 1e-9);
+        double area = 0.0;
+        for (const Polygon2D& part : chords) area += part.GetArea();
+        EXPECT_NEAR(area, row.area, 1e-3 * 45.0) << "chords";
+    }
+}
+
+// Points lie in the buffer when they lie within the distance, by the search for nearest points on the elements.
+TEST(BufferCreatorTest, RandomSourcesKeepTheirDistance) {
+    RandomNumbers random(20261122);
+    constexpr double height = 0.01;
+    for (int i = 0; i < 200; ++i) {
+        SCOPED_TRACE(i);
+        const Point2D origin = surveyOrigins[i % 2];
+        const bool isArea = i % 3 == 0;
+        double distance = random(0.5, 12.0);
+        Polyline2D chain;
+        std::vector<Point2D> points = RandomStar(random, origin, 15.0, 3 + i % 9);
+        const Polygon2D star(points);
+        if (isArea) {
+            points.push_back(points.front());
+            if (i % 2 == 1) distance *= -0.3;
+        } else {
+            points.erase(points.begin() + 1, points.begin() + i % 3);
+            if (i % 5 == 0) points.push_back(points[points.size() / 2]);
+        }
+        chain.AppendElement(new LineString2D(points));
+        if (!isArea && i % 4 == 0) {
+            const Vec2D way = Point2D(Angle(random(0.0, 6.0)), 1.0) - Point2D();
+            const double radius = random(3.0, 20.0);
+            chain.AppendElement(new Clothoid(0.0, (i % 8 == 0 ? 1 : -1) * radius, std::sqrt(radius * 12.0),
+                                             Point2D(chain.GetEnd()), way));
+            const Vec2D out(random(-5.0, 5.0), random(-5.0, 5.0));
+            chain.AppendElement(new Arc2D(chain.GetEnd(), chain.GetEnd() + out, Angle(random(-6.2, 6.2))));
+        }
+        std::vector<PolygonCurve2D> arcs;
+        std::vector<Polygon2D> chords;
+        const BufferCreator::Source source = isArea ? BufferCreator::Source(star) : chain;
+        ASSERT_TRUE(BufferCreator::Create(source, distance, arcs, kTolerances));
+        ASSERT_TRUE(BufferCreator::Create(source, distance, height, chords, kTolerances));
+        for (const Polygon2D& part : chords) {
+            Point2D where;
+            EXPECT_TRUE(part.Validate(where, true, kTolerances.UserTolerance())) << testing::PrintToString(where);
+        }
+        for (int k = 0; k < 100; ++k) {
+            const Point2D p = origin + Vec2D(random(-45.0, 45.0), random(-45.0, 45.0));
+            const double away = chain.GetNearestPoint(p, kTolerances).Distance(p);
+            const double depth = distance - (isArea && star.IsPointInside(p, 0.0) ? -away : away);
+            const auto isIn = [&p](const auto& part) { return part.IsPointInside(p, 1e-9); };
+            if (std::abs(depth) > 3.0 * kTolerances.UserTolerance()) {
+                EXPECT_EQ(std::any_of(arcs.begin(), arcs.end(), isIn), depth > 0.0) << testing::PrintToString(p);
+            }
+            if (std::abs(depth) > height + 3.0 * kTolerances.UserTolerance()) {
+                EXPECT_EQ(std::any_of(chords.begin(), chords.end(), isIn), depth > 0.0) << testing::PrintToString(p);
+            }
+        }
+    }
+}
+
+TEST(BufferCreatorTest, CirclesStayCircles) {
+    RingCurve2D circle;
+    circle.AppendElement(new Arc2D(Point2D(5, 0), Point2D(), Angle(2.0 * kPi)));
+    std::vector<PolygonCurve2D> result;
+    for (const double distance : {2.0, -2.0}) {
+        ASSERT_TRUE(BufferCreator::Create(PolygonCurve2D(circle), distance, result, kTolerances));
+        ASSERT_EQ(result.size(), 1U);
+        for (const IPolyline2DElement& element : result[0].GetBoundary()) {
+            ASSERT_EQ(element.GetType(), MathTypes::Arc2D);
+            EXPECT_NEAR(static_cast<const Arc2D&>(element).GetSignedRadius(), 5.0 + distance, 1e-12);
+        }
+    }
+    ASSERT_TRUE(BufferCreator::Create(PolygonCurve2D(circle), -5.0, result, kTolerances));
+    EXPECT_TRUE(result.empty());
+}
+
+TEST(BufferCreatorTest, WhatCannotBeBufferedTouchesNothing) {
+    std::vector<Polygon2D> result(3);
+    const LineString2D chain{Point2D(0, 0), Point2D(1, 0)};
+    for (const double bad : {kNan, kInfinity, -kInfinity, 1e300}) {
+        EXPECT_FALSE(BufferCreator::Create(chain, bad, 0.1, result, kTolerances)) << bad;
+        EXPECT_FALSE(BufferCreator::Create(chain, 1.0, 0.1, result, Tolerances(bad))) << bad;
+        EXPECT_FALSE(BufferCreator::Create(Point2D(0, bad), 1.0, 0.1, result, kTolerances)) << bad;
+        EXPECT_FALSE(
+            BufferCreator::Create(LineString2D{Point2D(0, 0), Point2D(bad, 0)}, -1.0, 0.1, result, kTolerances));
+        EXPECT_FALSE(BufferCreator::Create(Polygon2D{Point2D(0, 0), Point2D(1, 0), Point2D(bad, 1)}, 1.0, 0.1, result,
+                                           kTolerances));
+    }
+    EXPECT_FALSE(BufferCreator::Create(chain, 1.0, 0.0, result, kTolerances)) << "no height";
+    EXPECT_FALSE(BufferCreator::Create(chain, 1.0, 0.1, result, kTolerances, {.mitreLimit = kNan}));
+    EXPECT_EQ(result.size(), 3U);
+    EXPECT_TRUE(BufferCreator::Create(std::vector<LineString2D>(2), 1.0, 0.1, result, kTolerances)) << "nothing";
+    EXPECT_TRUE(result.empty());
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
