@@ -18,8 +18,8 @@ class Tolerances;
 /// a distance.
 ///
 ///     const LineString2D axis{Point2D(0, 0), Point2D(100, 0), Point2D(160, 45)};
-///     std::vector<PolygonCurve2D> strip;                                          // 5 to either side, round ends
-///     if (BufferCreator::Create(axis, 5.0, strip, Tolerances(0.001))) Draw(strip);
+///     std::vector<Polygon2D> strip;  // 5 to either side, round ends, by chords that leave arcs by 0.01
+///     if (BufferCreator::Create(axis, 5.0, 0.01, strip, Tolerances(0.001))) Draw(strip);
 ///
 /// What comes out is valid as a result of `PolygonsBooleanOperation` is, in the same order, and its border keeps the
 /// distance to the source within three user tolerances (and the height, for chords), wherever joins and ends are round.
