@@ -23,6 +23,13 @@ double UnitSphereVolume(unsigned int dimension) {
     return std::max(volume, std::numeric_limits<double>::min());
 }
 
+/// A box with its corners in order.
+detail::FlatBox Ordered(const detail::FlatBox& box) {
+    detail::FlatBox ordered(box.GetDimension());
+    ordered.Cover(box);
+    return ordered;
+}
+
 constexpr detail::PackingRules packingRules{RTreeNode::fewestBranches, RTreeNode::mostBranches, 8};
 
 }  // namespace
@@ -66,13 +73,8 @@ struct RTreeData {
             return;
         }
         if (root == nullptr) root = std::make_unique<RTreeNode>(0, dimension);
-        Insert({box, nullptr, item}, 0);
-    }
-
-    void Insert(RTreeNode::Branch branch, unsigned int level) {
-        detail::FlatBox box(dimension);
-        box.Cover(branch.box);
-        std::unique_ptr<RTreeNode> sibling = root->Insert(branch, box, level, unitSphereVolume);
+        RTreeNode::Branch branch{box, nullptr, item};
+        std::unique_ptr<RTreeNode> sibling = root->Insert(branch, Ordered(box), unitSphereVolume);
         if (sibling == nullptr) return;
         auto above = std::make_unique<RTreeNode>(root->level + 1, dimension);
         for (std::unique_ptr<RTreeNode>* half : {&root, &sibling}) {
@@ -90,12 +92,7 @@ struct RTreeData {
             unplaced.erase(place);
             return true;
         }
-        std::vector<RTreeNode::Orphan> orphans;
-        if (root == nullptr || !root->Remove(box, &item, orphans)) return false;
-        // From high levels to low ones: whole subtrees find the tree as it was.
-        for (auto orphan = orphans.rbegin(); orphan != orphans.rend(); ++orphan) {
-            Insert(std::move(orphan->branch), orphan->level);
-        }
+        if (root == nullptr || !root->Remove(Ordered(box), &item, unitSphereVolume)) return false;
         while (root->level > 0 && root->GetNrOfBranches() == 1) root = root->entries.TakeChild(0);
         return true;
     }

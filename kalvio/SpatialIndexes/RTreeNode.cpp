@@ -9,8 +9,9 @@
 #include <limits>
 #include <utility>
 
-// Guttman: R-trees, a dynamic index structure for spatial searching, 1984, with the quadratic split; boxes are measured
-// by the volume of the sphere around them, so that flat boxes also count.
+// Guttman: R-trees, a dynamic index structure for spatial searching, 1984. Full nodes are cut across one axis as in
+// Beckmann, Kriegel, Schneider, Seeger: The R*-tree, 1990; boxes are measured by the volume of the sphere around them,
+// so that flat boxes also count.
 
 namespace Kalvio::Math::SpatialIndexes {
 
@@ -19,7 +20,7 @@ using detail::Lanes;
 
 namespace {
 
-constexpr unsigned int overflowing = RTreeNode::mostBranches + 1;
+constexpr unsigned int mostToDivide = RTreeNode::mostBranches + RTreeNode::fewestBranches - 1;
 
 double SphereVolume(double squaredRadius, unsigned int dimension, double unitSphereVolume) {
     if (dimension == 2) return squaredRadius * unitSphereVolume;
@@ -38,23 +39,56 @@ double SphereVolume(const FlatBox& box, double unitSphereVolume) {
     return SphereVolume(squaredRadius, box.GetDimension(), unitSphereVolume);
 }
 
-/// That around two boxes with their corners in order.
-double UnionVolume(const FlatBox& a, const FlatBox& b, double unitSphereVolume) {
-    constexpr double largest = std::numeric_limits<double>::max();
-    double squaredRadius = 0.0;
-    for (unsigned int axis = 0; axis < a.GetDimension(); ++axis) {
-        const double low = std::min(std::min(a.Low(axis), a.High(axis)), std::min(b.Low(axis), b.High(axis)));
-        const double high = std::max(std::max(a.Low(axis), a.High(axis)), std::max(b.Low(axis), b.High(axis)));
-        const double half = 0.5 * (std::max(high, -largest) - std::min(low, largest));
-        squaredRadius += half * half;
+using Order = std::array<unsigned int, mostToDivide>;
+
+/// The places of n numbers in ascending order, equal ones as they come; without branches on the numbers.
+void Sort(const std::array<double, mostToDivide>& numbers, unsigned int n, Order& order) {
+    Order rank{};
+    for (unsigned int i = 0; i < n; ++i) {
+        for (unsigned int j = i + 1; j < n; ++j) {
+            const bool isAfter = numbers[j] < numbers[i];
+            rank[i] += isAfter ? 1 : 0;
+            rank[j] += isAfter ? 0 : 1;
+        }
     }
-    return SphereVolume(squaredRadius, a.GetDimension(), unitSphereVolume);
+    for (unsigned int i = 0; i < n; ++i) order[rank[i]] = i;
 }
+
+/// What the two sides of each cut of an order are worth, by the size of the first; axis by axis.
+struct Cuts {
+    std::array<double, mostToDivide> shared;  // volume
+    std::array<double, mostToDivide> first;   // squared radius of the sphere around
+    std::array<double, mostToDivide> second;
+
+    void Add(const std::array<double, mostToDivide>& lows, const std::array<double, mostToDivide>& highs,
+             const Order& order, unsigned int n) {
+        std::array<double, mostToDivide> lowAfter{};
+        std::array<double, mostToDivide> highAfter{};
+        double low = lows[order[n - 1]];
+        double high = highs[order[n - 1]];
+        for (unsigned int i = n; i-- > 0;) {
+            lowAfter[i] = low = std::min(low, lows[order[i]]);
+            highAfter[i] = high = std::max(high, highs[order[i]]);
+        }
+        low = lows[order[0]];
+        high = highs[order[0]];
+        for (unsigned int size = 1; size < n; ++size) {
+            low = std::min(low, lows[order[size - 1]]);
+            high = std::max(high, highs[order[size - 1]]);
+            const double length = std::min(high, highAfter[size]) - std::max(low, lowAfter[size]);
+            shared[size] = length > 0.0 && shared[size] > 0.0 ? shared[size] * length : 0.0;
+            const double half = 0.5 * (high - low);
+            const double halfAfter = 0.5 * (highAfter[size] - lowAfter[size]);
+            first[size] += half * half;
+            second[size] += halfAfter * halfAfter;
+        }
+    }
+};
 
 }  // namespace
 
 RTreeNode::RTreeNode(unsigned int nodeLevel, unsigned int dimension)
-    : level(nodeLevel), entries(nodeLevel == 0, dimension, overflowing) {}
+    : level(nodeLevel), entries(nodeLevel == 0, dimension, mostBranches) {}
 
 RTreeNode& RTreeNode::operator=(const RTreeNode& other) {
     if (this == &other) return *this;
@@ -68,30 +102,37 @@ RTreeNode::~RTreeNode() = default;
 
 SpatialIndexNodeTypes RTreeNode::GetType() const { return SpatialIndexNodeTypes::RTreeNode; }
 
-std::unique_ptr<RTreeNode> RTreeNode::Insert(Branch& branch, const FlatBox& box, unsigned int branchLevel,
-                                             double unitSphereVolume) {
-    if (level == branchLevel) {
-        entries.Append(std::move(branch));
-    } else {
-        const unsigned int i = ChooseBranch(box, unitSphereVolume);
-        RTreeNode& child = entries.Child(i);
-        std::unique_ptr<RTreeNode> sibling = child.Insert(branch, box, branchLevel, unitSphereVolume);
-        if (sibling == nullptr) {
-            FlatBox cover = entries.GetBox(i);
-            if (!cover.Contains(box)) {
-                cover.Cover(box);
-                entries.SetBox(i, cover);
-            }
-        } else {
-            entries.SetBox(i, child.entries.Cover());
-            const FlatBox siblingBox = sibling->entries.Cover();
-            entries.Append({siblingBox, std::move(sibling), nullptr});
-        }
+std::unique_ptr<RTreeNode> RTreeNode::Insert(Branch& branch, const FlatBox& box, double unitSphereVolume) {
+    if (level == 0) return Add(std::move(branch), unitSphereVolume);
+    const unsigned int i = ChooseBranch(box, unitSphereVolume);
+    RTreeNode& child = entries.Child(i);
+    std::unique_ptr<RTreeNode> sibling = child.Insert(branch, box, unitSphereVolume);
+    if (sibling != nullptr) {
+        entries.SetBox(i, child.entries.Cover());
+        const FlatBox siblingBox = sibling->entries.Cover();
+        return Add({siblingBox, std::move(sibling), nullptr}, unitSphereVolume);
     }
-    return GetNrOfBranches() > mostBranches ? Split(unitSphereVolume) : nullptr;
+    FlatBox cover = entries.GetBox(i);
+    if (!cover.Contains(box)) {
+        cover.Cover(box);
+        entries.SetBox(i, cover);
+    }
+    return nullptr;
 }
 
-bool RTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item, std::vector<Orphan>& orphans) {
+std::unique_ptr<RTreeNode> RTreeNode::Add(Branch branch, double unitSphereVolume) {
+    if (GetNrOfBranches() < mostBranches) {
+        entries.Append(std::move(branch));
+        return nullptr;
+    }
+    std::vector<Branch> all = entries.TakeAll();
+    all.push_back(std::move(branch));
+    auto sibling = std::make_unique<RTreeNode>(level, entries.Boxes().GetDimension());
+    Divide(all, *sibling, unitSphereVolume);
+    return sibling;
+}
+
+bool RTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item, double unitSphereVolume) {
     if (level == 0) {
         for (unsigned int i = 0; i < GetNrOfBranches(); ++i) {
             if (entries.Item(i) != item) continue;
@@ -100,20 +141,43 @@ bool RTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item, std::v
         }
         return false;
     }
-    std::uint64_t on = entries.Boxes().Match(detail::OverlapQuery{box}, 0, GetNrOfBranches());
+    std::uint64_t on = entries.Boxes().Match(detail::CoverQuery{box}, 0, GetNrOfBranches());
     for (; on != 0; on &= on - 1) {
         const auto i = static_cast<unsigned int>(std::countr_zero(on));
         RTreeNode& child = entries.Child(i);
-        if (!child.Remove(box, item, orphans)) continue;
-        if (child.GetNrOfBranches() >= fewestBranches) {
-            entries.SetBox(i, child.entries.Cover());
-            return true;
-        }
-        const std::unique_ptr<RTreeNode> emptied = entries.TakeChild(i);
-        for (Branch& branch : emptied->entries.TakeAll()) orphans.push_back({std::move(branch), emptied->level});
+        if (!child.Remove(box, item, unitSphereVolume)) continue;
+        if (!entries.GetBox(i).HoldsInside(box)) entries.SetBox(i, child.entries.Cover());
+        if (child.GetNrOfBranches() < fewestBranches) Refill(i, unitSphereVolume);
         return true;
     }
     return false;
+}
+
+void RTreeNode::Refill(unsigned int i, double unitSphereVolume) {
+    unsigned int nearest = i;
+    double leastGrowth = std::numeric_limits<double>::infinity();
+    for (unsigned int j = 0; j < GetNrOfBranches(); ++j) {
+        if (j == i) continue;
+        FlatBox both = entries.GetBox(j);
+        const double volume = SphereVolume(both, unitSphereVolume);
+        both.Cover(entries.GetBox(i));
+        const double growth = SphereVolume(both, unitSphereVolume) - volume;
+        if (nearest != i && !(growth < leastGrowth)) continue;
+        nearest = j;
+        leastGrowth = growth;
+    }
+    RTreeNode& from = entries.Child(i);
+    RTreeNode& to = entries.Child(nearest);
+    std::vector<Branch> all = to.entries.TakeAll();
+    for (Branch& branch : from.entries.TakeAll()) all.push_back(std::move(branch));
+    if (all.size() > mostBranches) {
+        to.Divide(all, from, unitSphereVolume);
+        entries.SetBox(i, from.entries.Cover());
+    } else {
+        for (Branch& branch : all) to.entries.Append(std::move(branch));
+    }
+    entries.SetBox(nearest, to.entries.Cover());
+    if (from.GetNrOfBranches() == 0) entries.TakeChild(i);
 }
 
 unsigned int RTreeNode::ChooseBranch(const FlatBox& box, double unitSphereVolume) const {
@@ -121,8 +185,8 @@ unsigned int RTreeNode::ChooseBranch(const FlatBox& box, double unitSphereVolume
     const detail::BoxPairs boxes = entries.Boxes();
     FlatBox added(boxes.GetDimension());
     added.Cover(box);
-    std::array<double, overflowing + 1> radii;  // squared, of the branches
-    std::array<double, overflowing + 1> grown;  // of the branches with the box
+    std::array<double, mostBranches> radii;  // squared, of the branches
+    std::array<double, mostBranches> grown;  // of the branches with the box
     for (unsigned int pair = 0; 2 * pair < n; ++pair) {
         Lanes radius = Lanes::Repeat(0.0);
         Lanes widened = radius;
@@ -154,62 +218,51 @@ unsigned int RTreeNode::ChooseBranch(const FlatBox& box, double unitSphereVolume
     return best;
 }
 
-std::unique_ptr<RTreeNode> RTreeNode::Split(double unitSphereVolume) {
+void RTreeNode::Divide(std::vector<Branch>& all, RTreeNode& sibling, double unitSphereVolume) {
+    const auto n = static_cast<unsigned int>(all.size());
     const unsigned int dimension = entries.Boxes().GetDimension();
-    std::vector<Branch> rest = entries.TakeAll();
-    auto sibling = std::make_unique<RTreeNode>(level, dimension);
-
-    // Seeds: the two branches that would waste most in one node.
-    std::size_t seeds[]{0, 1};
-    double mostWaste = -std::numeric_limits<double>::infinity();
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        for (std::size_t j = i + 1; j < rest.size(); ++j) {
-            const double waste = UnionVolume(rest[i].box, rest[j].box, unitSphereVolume) -
-                                 SphereVolume(rest[i].box, unitSphereVolume) -
-                                 SphereVolume(rest[j].box, unitSphereVolume);
-            if (!(waste > mostWaste)) continue;
-            mostWaste = waste;
-            seeds[0] = i;
-            seeds[1] = j;
+    Order best{};
+    unsigned int bestSize = 0;  // of the first group
+    double leastShared = 0.0;
+    double leastVolume = 0.0;
+    std::array<double, mostToDivide> lows{};
+    std::array<double, mostToDivide> highs{};
+    const auto read = [&](unsigned int axis) {
+        for (unsigned int i = 0; i < n; ++i) {
+            lows[i] = std::min(all[i].box.Low(axis), all[i].box.High(axis));
+            highs[i] = std::max(all[i].box.Low(axis), all[i].box.High(axis));
         }
-    }
-    RTreeNode* const nodes[]{this, sibling.get()};
-    FlatBox covers[]{FlatBox(dimension), FlatBox(dimension)};
-    const auto give = [&](std::size_t i, unsigned int group) {
-        covers[group].Cover(rest[i].box);
-        nodes[group]->entries.Append(std::move(rest[i]));
-        rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(i));
     };
-    give(seeds[1], 1);  // the later first: the other keeps its place
-    give(seeds[0], 0);
-
-    while (!rest.empty()) {
-        // Who needs all that is left to reach the fewest branches gets it.
-        for (const unsigned int group : {0U, 1U}) {
-            while (!rest.empty() && nodes[group]->GetNrOfBranches() + rest.size() <= fewestBranches) give(0, group);
-        }
-        if (rest.empty()) break;
-        // The branch that prefers one group most clearly goes there; ties to the smaller volume, then to fewer
-        // branches.
-        std::size_t next = 0;
-        double clearest = -1.0;
-        double difference = 0.0;
-        const double held[]{SphereVolume(covers[0], unitSphereVolume), SphereVolume(covers[1], unitSphereVolume)};
-        for (std::size_t i = 0; i < rest.size(); ++i) {
-            double growth[2];
-            for (const unsigned int group : {0U, 1U}) {
-                growth[group] = UnionVolume(covers[group], rest[i].box, unitSphereVolume) - held[group];
+    Order order{};
+    for (unsigned int axis = 0; axis < dimension; ++axis) {
+        for (const bool byLow : {true, false}) {
+            read(axis);
+            Sort(byLow ? lows : highs, n, order);
+            Cuts cuts;
+            cuts.shared.fill(1.0);
+            cuts.first.fill(0.0);
+            cuts.second.fill(0.0);
+            for (unsigned int other = 0; other < dimension; ++other) {
+                read(other);
+                cuts.Add(lows, highs, order, n);
             }
-            if (!(std::abs(growth[0] - growth[1]) > clearest)) continue;
-            next = i;
-            difference = growth[0] - growth[1];
-            clearest = std::abs(difference);
+            for (unsigned int size = fewestBranches; size + fewestBranches <= n; ++size) {
+                double volume = SphereVolume(cuts.first[size], dimension, unitSphereVolume) +
+                                SphereVolume(cuts.second[size], dimension, unitSphereVolume);
+                if (volume != volume) volume = std::numeric_limits<double>::infinity();  // bounds at infinity
+                const double shared = cuts.shared[size];
+                if (bestSize > 0 && !(shared < leastShared || (shared == leastShared && volume < leastVolume)))
+                    continue;
+                best = order;
+                bestSize = size;
+                leastShared = shared;
+                leastVolume = volume;
+            }
         }
-        if (difference == 0.0) difference = held[0] - held[1];
-        const bool isSecondSmaller = nodes[1]->GetNrOfBranches() < nodes[0]->GetNrOfBranches();
-        give(next, difference > 0.0 || (!(difference < 0.0) && isSecondSmaller) ? 1 : 0);
     }
-    return sibling;
+    for (unsigned int i = 0; i < n; ++i) {
+        (i < bestSize ? *this : sibling).entries.Append(std::move(all[best[i]]));
+    }
 }
 
 }  // namespace Kalvio::Math::SpatialIndexes

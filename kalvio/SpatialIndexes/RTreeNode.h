@@ -36,19 +36,17 @@ private:
     friend struct RTreeData;
     using Branch = detail::NodeEntry<RTreeNode>;
 
-    /// Branches of a node that fell below the fewest, with the level of that node.
-    struct Orphan {
-        Branch branch;
-        unsigned int level;
-    };
-
-    /// Puts a branch into a node of a level below; its box is given with the corners in order.
+    /// Puts an item somewhere below. Here and in `Remove` its box is given with the corners in order.
     /// @return the new sibling when this node was split, else null
-    std::unique_ptr<RTreeNode> Insert(Branch& branch, const detail::FlatBox& box, unsigned int branchLevel,
-                                      double unitSphereVolume);
-    bool Remove(const detail::FlatBox& box, const ISpatialIndexData* item, std::vector<Orphan>& orphans);
+    std::unique_ptr<RTreeNode> Insert(Branch& branch, const detail::FlatBox& box, double unitSphereVolume);
+    std::unique_ptr<RTreeNode> Add(Branch branch, double unitSphereVolume);
+    bool Remove(const detail::FlatBox& box, const ISpatialIndexData* item, double unitSphereVolume);
+    /// Puts a child that fell below the fewest branches together with the one that grows least by it.
+    void Refill(unsigned int i, double unitSphereVolume);
     unsigned int ChooseBranch(const detail::FlatBox& box, double unitSphereVolume) const;
-    std::unique_ptr<RTreeNode> Split(double unitSphereVolume);
+    /// Deals out branches to this node and a sibling, both empty. Of all cuts of an order along an axis, by lower or by
+    /// upper bounds, this is the one whose sides share least volume, and of equal ones that with the least spheres.
+    void Divide(std::vector<Branch>& all, RTreeNode& sibling, double unitSphereVolume);
 
     unsigned int level;
     detail::NodeEntries<RTreeNode> entries;

@@ -20,10 +20,10 @@ class ISpatialIndexData;
 
 namespace Kalvio::Math::SpatialIndexes::detail {
 
-/// What a search reads of a node of a box tree, in one piece of memory: the boxes of the entries, first rounded outward
-/// to single precision, then for each the block of the child or the item, then the boxes as they are. Searches read
-/// half as much that way: exact boxes only decide on the few entries within a rounding of a window's border. It owns
-/// nothing of what it points to.
+/// What a search reads of a node of a box tree, in one piece of memory: for each entry the block of the child or the
+/// item, then the boxes rounded outward to single precision, then the boxes as they are. Searches read half as much
+/// that way: exact boxes only decide on the few entries within a rounding of a window's border. It owns nothing of what
+/// it points to.
 class EntryBlock {
 public:
     union Target {
@@ -37,9 +37,10 @@ public:
 
     /// An empty block with room for at most 64 entries, and one more while a node overflows.
     static Owner Make(bool leafLevel, unsigned int dimension, unsigned int room) {
-        const std::size_t size = TargetsAt(room, dimension) + room * sizeof(Target);
+        static_assert(sizeof(EntryBlock) <= headSize);
         const std::size_t boxes = BoxPairs::GetSize(room, dimension);
-        void* const memory = ::operator new (AlignedUp(size) + boxes * sizeof(double), std::align_val_t{alignment});
+        const std::size_t size = NumbersAt(room, dimension) + boxes * sizeof(double);
+        void* const memory = ::operator new (size, std::align_val_t{alignment});
         Owner block(new (memory) EntryBlock(leafLevel, dimension, room));
         // Fours and pairs are read whole.
         std::uninitialized_fill_n(block->RoughNumbers(), RoughBoxes::GetSize(room, dimension), 0.0F);
@@ -90,6 +91,7 @@ public:
         if (leafLevel) {
             for (const Target* target = Targets(); target != end; ++target) found(target->item);
         } else {
+            for (unsigned int i = 0; i < count; ++i) PrefetchChild(i, true);
             for (const Target* target = Targets(); target != end; ++target) target->child->FindAll(found);
         }
     }
@@ -133,23 +135,22 @@ public:
 
 private:
     static constexpr std::size_t alignment = 64;  // a cache line; in plan each pair of boxes is one, too
-    static constexpr std::size_t headSize = 64;
-    static constexpr std::size_t prefetchedLines = 2;  // the processor follows by itself from there
+    static constexpr std::size_t headSize = 16;
+    static constexpr std::size_t prefetchedLines = 4;  // the processor follows by itself from there
 
     EntryBlock(bool holdsItems, unsigned int axes, unsigned int room)
         : dimension(axes), capacity(room), leafLevel(holdsItems) {}
 
-    static std::size_t AlignedUp(std::size_t size) { return (size + alignment - 1) / alignment * alignment; }
-    static std::size_t TargetsAt(unsigned int room, unsigned int dimension) {
-        return headSize + RoughBoxes::GetSize(room, dimension) * sizeof(float);
+    static std::size_t AlignedUp(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
+    static std::size_t RoughAt(unsigned int room) { return AlignedUp(headSize + room * sizeof(Target), 16); }
+    static std::size_t NumbersAt(unsigned int room, unsigned int dimension) {
+        return AlignedUp(RoughAt(room) + RoughBoxes::GetSize(room, dimension) * sizeof(float), alignment);
     }
     char* At(std::size_t offset) const { return reinterpret_cast<char*>(const_cast<EntryBlock*>(this)) + offset; }
-    float* RoughNumbers() const { return reinterpret_cast<float*>(At(headSize)); }
+    Target* Targets() const { return reinterpret_cast<Target*>(At(headSize)); }
+    float* RoughNumbers() const { return reinterpret_cast<float*>(At(RoughAt(capacity))); }
     RoughBoxes Rough() const { return {RoughNumbers(), dimension}; }
-    Target* Targets() const { return reinterpret_cast<Target*>(At(TargetsAt(capacity, dimension))); }
-    double* Numbers() const {
-        return reinterpret_cast<double*>(At(AlignedUp(TargetsAt(capacity, dimension) + capacity * sizeof(Target))));
-    }
+    double* Numbers() const { return reinterpret_cast<double*>(At(NumbersAt(capacity, dimension))); }
 
     template <bool isWindow, class ItemQuery, class Found>
     void SearchIn(const RoughWindow& window, const ItemQuery& itemQuery, Found& found) const {
@@ -196,9 +197,13 @@ private:
     /// All blocks of a tree are laid out alike: what a search will read of the child is known without looking at it.
     void PrefetchChild(unsigned int i, bool itemsOnly) const {
         const char* const child = reinterpret_cast<const char*>(Targets()[i].child);
-        const std::size_t first = itemsOnly ? TargetsAt(capacity, dimension) : headSize;
         Prefetch(child);
-        for (std::size_t line = 0; line < prefetchedLines; ++line) Prefetch(child + first + line * alignment);
+        if (itemsOnly) {
+            Prefetch(child + alignment);
+            return;
+        }
+        const std::size_t first = RoughAt(capacity) / alignment * alignment;
+        for (std::size_t line = 0; line < prefetchedLines - 1; ++line) Prefetch(child + first + line * alignment);
     }
 
     unsigned int count = 0;

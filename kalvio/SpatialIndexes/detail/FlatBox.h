@@ -62,6 +62,13 @@ public:
         }
         return true;
     }
+    /// The same, without touching the border.
+    bool HoldsInside(const FlatBox& other) const {
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            if (!(Low(axis) < other.Low(axis) && other.High(axis) < High(axis))) return false;
+        }
+        return true;
+    }
 
     /// Widens the box to hold both corners of another, in whatever order they are: what overlaps, or is inside, an
     /// inverted box also overlaps the cover of its corners, so covers may prune a search for boxes of every kind.

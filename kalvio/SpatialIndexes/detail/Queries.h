@@ -21,6 +21,13 @@ struct AxisInside {
     LaneMask operator()(Lanes boxLow, Lanes boxHigh) const { return (low <= boxLow) & (boxHigh <= high); }
 };
 
+/// One axis of the question: does the box hold all of the window? Closed.
+struct AxisCovers {
+    Lanes low;
+    Lanes high;
+    LaneMask operator()(Lanes boxLow, Lanes boxHigh) const { return (boxLow <= low) & (high <= boxHigh); }
+};
+
 /// One axis of the question: does the box, widened by the tolerance, hold the point? Closed.
 struct AxisHolds {
     Lanes point;
@@ -30,7 +37,7 @@ struct AxisHolds {
     }
 };
 
-/// Window search: boxes that overlap (or lie inside) a window.
+/// Window search: boxes that overlap (or lie inside, or cover) a window.
 template <class AxisTest>
 struct WindowQuery {
     static constexpr bool isWindow = true;
@@ -53,6 +60,7 @@ struct PointQuery {
 
 using OverlapQuery = WindowQuery<AxisOverlap>;
 using InsideQuery = WindowQuery<AxisInside>;
+using CoverQuery = WindowQuery<AxisCovers>;
 
 /// Hands the matching queries for the nodes on the way and for the items to `search`; nothing when the window has fewer
 /// axes than the index.
