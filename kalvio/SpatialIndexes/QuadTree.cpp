@@ -33,10 +33,10 @@ PlanBox Widened(PlanBox box, double extent) {
 }
 
 /// The box of an item that comes in; it may lower the minimum extent.
-PlanBox ReadNew(QuadTreeData& data, const ISpatialIndexData& item) {
+PlanBox ReadNew(QuadTreeData& data, const ISpatialIndexData& item, double& minimumExtent) {
     const PlanBox box(data.envelopes.Read(item));
     for (const double extent : {box.maxX - box.minX, box.maxY - box.minY}) {
-        if (extent > 0.0 && extent < data.minimumExtent) data.minimumExtent = extent;
+        if (extent > 0.0 && extent < minimumExtent) minimumExtent = extent;
     }
     return box;
 }
@@ -62,7 +62,7 @@ void QuadTree::SetDimension(int) {}
 
 bool QuadTree::Insert(const ISpatialIndexData* item) {
     if (item == nullptr) return false;
-    const PlanBox box = ReadNew(*data, *item);
+    const PlanBox box = ReadNew(*data, *item, data->minimumExtent);
     data->root->Insert(Widened(box, data->minimumExtent), box, const_cast<ISpatialIndexData*>(item));
     return true;
 }
@@ -72,10 +72,12 @@ bool QuadTree::Insert(std::span<const ISpatialIndexData* const> items) {
     detail::Arrivals arrivals{items, {}, {}};
     arrivals.boxes.reserve(items.size());
     arrivals.places.reserve(items.size());
+    double minimumExtent = data->minimumExtent;  // an item may throw when it is asked: nothing changes then
     for (unsigned int i = 0; i < items.size(); ++i) {
-        arrivals.boxes.push_back(ReadNew(*data, *items[i]));
-        arrivals.places.push_back({Widened(arrivals.boxes[i], data->minimumExtent), i});
+        arrivals.boxes.push_back(ReadNew(*data, *items[i], minimumExtent));
+        arrivals.places.push_back({Widened(arrivals.boxes[i], minimumExtent), i});
     }
+    data->minimumExtent = minimumExtent;
     data->root->Insert(arrivals);
     return true;
 }

@@ -216,7 +216,9 @@ void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail
     // 0: stays in this node; 1 ... 4: goes to a child.
     const auto slotOf = [&](const detail::Arrivals::Place& place) {
         if (isRoot && !(place.box.IsProper() && arrivals.boxes[place.item].IsProper())) return 0U;
-        return static_cast<unsigned int>(GetSubnodeIndex(place.box, centerX, centerY) + 1);
+        const int quadrant = GetSubnodeIndex(place.box, centerX, centerY);
+        const QuadTreeNode* const child = GetSubnode(quadrant);
+        return child == nullptr || child->square.Contains(place.box) ? static_cast<unsigned int>(quadrant + 1) : 0U;
     };
     std::array<std::size_t, 5> counts{};
     for (auto& place : places) {
@@ -297,7 +299,8 @@ QuadTreeNode* QuadTreeNode::Descend(const PlanBox& box, bool create) {
         if (quadrant < 0) return node;
         QuadTreeNode* child = node->children[static_cast<std::size_t>(quadrant)].get();
         if (child == nullptr && create) child = node->MakeChild(static_cast<std::size_t>(quadrant));
-        if (child == nullptr || (node->isRoot && !child->square.Contains(box))) return node;
+        // A square on less than the step of numbers is not just the quadrant.
+        if (child == nullptr || !child->square.Contains(box)) return node;
         node = child;
     }
 }

@@ -86,6 +86,10 @@ TEST(QuadTreeTest, TheMinimumExtentShrinksAndWidenedItemsAreStillRemoved) {
         << "20.0625 to 20.1875 crosses the grid of 1/8 and fits 1/4";
     for (const Item* item : {&early, &thin, &late}) EXPECT_TRUE(tree.Remove(item));
     EXPECT_TRUE(tree.GetRoot()->IsPrunable());
+    const double far = 0x1p53 + 8.0;  // numbers are 2 apart: squares are not what their level says
+    Item first(Box(far, far, far, far)), second(Box(far - 2, far, far - 2, far));
+    for (const Item* item : {&first, &second}) tree.Insert(item);
+    for (const Item* item : {&first, &second}) EXPECT_TRUE(tree.Remove(item));
 }
 
 TEST(QuadTreeTest, NodesCanBeBuiltByHand) {

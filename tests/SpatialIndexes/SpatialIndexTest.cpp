@@ -241,6 +241,12 @@ TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
         SCOPED_TRACE(n);
         Model<TypeParam> model(3, 2);
         model.InsertMany(n);
+        struct NoBox final : Item {
+            using Item::Item;
+            void GetEnvelope(BoundingBoxND&) const override { throw 0; }
+        } const noBox(Box(0, 0, 1, 1));
+        const Item small(Box(0, 0, 1e-300, 1));
+        EXPECT_ANY_THROW(model.tree.Insert(std::vector<const ISpatialIndexData*>{&small, &noBox}));
         if constexpr (!std::is_same_v<TypeParam, QuadTree>) {
             model.CheckStructureOf(model.tree);
         } else {

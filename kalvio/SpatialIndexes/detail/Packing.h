@@ -42,6 +42,11 @@ public:
         items.push_back(item);
     }
     bool IsEmpty() const { return items.empty(); }
+    /// Calls `take(box, item)`, in the order in which they came.
+    template <class Take>
+    void ForEach(const Take& take) {
+        for (unsigned int i = 0; i < items.size(); ++i) take(Boxes().Get(i), items[i]);
+    }
 
     /// The root over all items, one at least. The tree makes its nodes by `MakeNode(level)`, shows their entries by
     /// `EntriesOf(node)`, and is told by `Close(node)` that one has all of them.
@@ -236,27 +241,32 @@ private:
     std::vector<double> bounds;  // of the items, in pairs
 };
 
-/// Packs a tree anew when the items are more than it holds, else inserts them one by one.
+/// Packs a tree anew when the items are more than it holds, else inserts them one by one. All are asked for their boxes
+/// before anything changes: an item may throw.
 template <class Tree>
 void InsertTogether(Tree& tree, std::span<const ISpatialIndexData* const> items, const PackingRules& rules) {
     const bool isPacked = items.size() > tree.nrOfItems;
-    tree.nrOfItems += static_cast<unsigned int>(items.size());
     Packing packing(tree.dimension);
-    if (isPacked) {
-        packing.Reserve(tree.nrOfItems);
-        auto add = [&packing](const FlatBox& box, ISpatialIndexData* item) { packing.Add(box, item); };
-        if (tree.root != nullptr) tree.root->GetEntries().Block().ForEachItem(add);
-    }
+    std::vector<ISpatialIndexData*> unplaced;
+    packing.Reserve(items.size() + (isPacked ? tree.nrOfItems : 0));
+    auto add = [&packing](const FlatBox& box, ISpatialIndexData* item) { packing.Add(box, item); };
+    if (isPacked && tree.root != nullptr) tree.root->GetEntries().Block().ForEachItem(add);
     for (const ISpatialIndexData* const given : items) {
         const FlatBox box = tree.envelopes.Read(*given);
         auto* const item = const_cast<ISpatialIndexData*>(given);  // as searches hand them out
-        if (isPacked && !box.HasNaN()) {
-            packing.Add(box, item);
+        if (box.HasNaN()) {
+            unplaced.push_back(item);
         } else {
-            tree.Insert(box, item);
+            packing.Add(box, item);
         }
     }
-    if (!packing.IsEmpty()) tree.root = packing.Build(tree, rules);
+    if (!isPacked) {
+        packing.ForEach([&tree](const FlatBox& box, ISpatialIndexData* item) { tree.Insert(box, item); });
+    } else if (!packing.IsEmpty()) {
+        tree.root = packing.Build(tree, rules);
+    }
+    tree.unplaced.insert(tree.unplaced.end(), unplaced.begin(), unplaced.end());
+    tree.nrOfItems += static_cast<unsigned int>(items.size());
 }
 
 }  // namespace Kalvio::Math::SpatialIndexes::detail
