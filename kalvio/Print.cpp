@@ -518,6 +518,45 @@ std::string_view GetName(AngleUnit code) {
     return "?";
 }
 
+std::string_view GetName(BufferCreator::End code) {
+    using enum BufferCreator::End;
+    switch (code) {
+        case Round:
+            return "Round";
+        case Flat:
+            return "Flat";
+        case Square:
+            return "Square";
+    }
+    return "?";
+}
+
+std::string_view GetName(BufferCreator::Join code) {
+    using enum BufferCreator::Join;
+    switch (code) {
+        case Round:
+            return "Round";
+        case Mitred:
+            return "Mitred";
+        case Bevelled:
+            return "Bevelled";
+    }
+    return "?";
+}
+
+std::string_view GetName(BufferCreator::Side code) {
+    using enum BufferCreator::Side;
+    switch (code) {
+        case Both:
+            return "Both";
+        case Right:
+            return "Right";
+        case Left:
+            return "Left";
+    }
+    return "?";
+}
+
 std::string_view GetName(Cant::Pivot code) {
     using enum Cant::Pivot;
     switch (code) {

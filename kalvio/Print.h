@@ -6,6 +6,7 @@
 #include "kalvio/alignments/AlignmentDesign.h"
 #include "kalvio/alignments/Cant.h"
 #include "kalvio/alignments/Profile.h"
+#include "kalvio/areas/BufferCreator.h"
 #include "kalvio/areas/PolygonsBooleanOperation.h"
 #include "kalvio/core/Angle.h"
 #include "kalvio/core/IMathObject.h"
@@ -63,6 +64,9 @@ namespace Kalvio::Math {
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(AlignmentDesign::FaultKind code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(MathTypes code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(AngleUnit code);
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(BufferCreator::End code);
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(BufferCreator::Join code);
+[[nodiscard]] KALVIO_MATH_API std::string_view GetName(BufferCreator::Side code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(Cant::Pivot code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(ExperimentalVariogram::Shape code);
 [[nodiscard]] KALVIO_MATH_API std::string_view GetName(IndexedTriangleSet3D::ErrorMessage code);
