@@ -82,32 +82,26 @@ TEST(IntersectionPolylinesTest, AlignmentsCrossWhereTheirChordsDo) {
         const auto& line = dynamic_cast<const Line2D&>(b.GetElementAtIndex(0));
         const auto& clothoid = dynamic_cast<const Clothoid&>(b.GetElementAtIndex(1));
         const auto& arc = dynamic_cast<const Arc2D&>(b.GetElementAtIndex(2));
-        PolylinePoints found, counted;
-        ElementPoints onElement;
-        const auto check = [&](const IPolyline2DElement& element, int count) {
-            PolylinePoints expected, onOne;
-            I::PolylinePolyline(a, ChainOf(element), expected, onOne, kTolerances);
-            EXPECT_EQ(expected.size(), count);
+        const auto check = [&](const IPolyline2DElement& one, const auto& element, double ahead, const auto& meet) {
+            PolylinePoints expected, onOne, found, counted;
+            ElementPoints onElement;
+            I::PolylinePolyline(a, ChainOf(one), expected, onOne, kTolerances);
+            meet(a, element, found, onElement, kTolerances);
+            EXPECT_EQ(expected.size(), meet(a, element, counted, 1e-4));
             ASSERT_EQ(onElement.size(), found.size());
             ExpectNear(found, StationsOf(expected), 1e-8);
             for (std::size_t i = 0; i < found.size(); ++i) {
                 ExpectOn(a, found[i]);
-                EXPECT_NEAR(onElement[i].station, onOne[i].station, 1e-8);
+                EXPECT_NEAR(onElement[i].station + ahead, onOne[i].station, 1e-8);
                 EXPECT_THAT(onElement[i].tangent, IsNear(onOne[i].tangent, 1e-8));
             }
-            found.clear();
-            onElement.clear();
         };
-        I::PolylineLineSegment(a, line, found, onElement, kTolerances);
-        check(line, I::PolylineLineSegment(a, line, counted, 1e-4));
-        I::PolylineClothoid(a, clothoid, found, onElement, kTolerances);
-        check(clothoid, I::PolylineClothoid(a, clothoid, counted, 1e-4));
-        I::PolylineArc(a, arc, found, onElement, kTolerances);
-        check(arc, I::PolylineArc(a, arc, counted, 1e-4));
-        I::PolylineLine(a, line, found, onElement, kTolerances);
-        for (auto& point : onElement) point.station += 1e4;
         const Vec2D along = line.GetDirection() * 1e4;
-        check(Line2D(line.GetStart() - along, along * 2.0), I::PolylineLine(a, line, counted, 1e-4));
+        const Line2D far(line.GetStart() - along, along * 2.0);
+        check(line, line, 0.0, [](auto&&... with) { return I::PolylineLineSegment(with...); });
+        check(clothoid, clothoid, 0.0, [](auto&&... with) { return I::PolylineClothoid(with...); });
+        check(arc, arc, 0.0, [](auto&&... with) { return I::PolylineArc(with...); });
+        check(far, line, 1e4, [](auto&&... with) { return I::PolylineLine(with...); });
     }
     EXPECT_GT(total, 20U);
 }
