@@ -4,7 +4,6 @@
 #include "common/Progress.h"
 
 #include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/statistics/ExponentialVariogramModel.h"
 #include "kalvio/statistics/KrigingSystem.h"
 #include "kalvio/statistics/LocalKriging.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
@@ -41,16 +40,17 @@ double VarianceOf(const std::vector<Point3D>& samples) {
 
 }  // namespace
 
-Variability::Variability(const std::vector<Point3D>& samples, const std::optional<double>& sillValue,
-                         const std::optional<double>& rangeValue)
-    : sill(sillValue.value_or(0.0)), range(rangeValue.value_or(0.0)) {
+ExperimentalVariogram::Fit GuessModel(const std::vector<Point3D>& samples, const std::optional<double>& sill,
+                                      const std::optional<double>& range) {
     if (samples.empty()) throw InputError("no points to krige from");
-    if (!sillValue) sill = std::max(VarianceOf(samples), 1e-6);
-    if (!rangeValue) range = std::max(ExtentOf(samples).GetSize().Length() / 3.0, 1e-6);
+    ExperimentalVariogram::Fit model;
+    model.sill = sill.value_or(std::max(VarianceOf(samples), 1e-6));
+    model.range = range.value_or(std::max(ExtentOf(samples).GetSize().Length() / 3.0, 1e-6));
+    return model;
 }
 
-KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const Variability& variability) {
-    const OrdinaryKriging kriging(new ExponentialVariogramModel(variability.sill, variability.range));
+KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const ExperimentalVariogram::Fit& model) {
+    const OrdinaryKriging kriging(model.MakeModel());
     KrigingSystem system;
     LocalKriging local;
     const bool isLocal = samples.size() > mostSamples;

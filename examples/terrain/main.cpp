@@ -11,7 +11,9 @@
 #include "terrain/LongSection.h"
 #include "terrain/Measures.h"
 #include "terrain/Picture.h"
+#include "terrain/VariogramStudy.h"
 
+#include "kalvio/Print.h"
 #include "kalvio/core/Angle.h"
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/meshes/GridSurface.h"
@@ -36,7 +38,8 @@ constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
     "               [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
-    "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--nodes OUT.csv] [--svg OUT.svg]\n"
+    "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--fit FIT.svg] [--nodes OUT.csv] "
+    "[--svg OUT.svg]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
     "  --heights  writes the heights at the places of a table x,y\n"
@@ -53,6 +56,7 @@ constexpr const char* kUsage =
     "  --krige    kriges heights from the points of a table: x,y,height\n"
     "  --grid     distance of the kriged nodes (50); without --krige, of a grid with the heights of the surface\n"
     "  --sill, --range  of the exponential variogram (variance of the heights, a third of the extent's diagonal)\n"
+    "  --fit      fits variograms to the points, draws them with their lags as a picture and kriges with the best\n"
     "  --nodes    writes the nodes: x,y,height, kriged ones with their standard deviation\n"
     "  --svg      draws the shaded plan with the alignments, the long section and the kriged grid\n";
 
@@ -72,6 +76,7 @@ struct Options {
     std::optional<double> grid;
     std::optional<double> sill;
     std::optional<double> range;
+    std::string fit;
     std::string nodes;
     std::string svg;
 };
@@ -95,6 +100,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddPositive("--grid", options.grid);
     arguments.AddPositive("--sill", options.sill);
     arguments.AddPositive("--range", options.range);
+    arguments.AddText("--fit", options.fit);
     arguments.AddText("--nodes", options.nodes);
     arguments.AddText("--svg", options.svg);
     return arguments;
@@ -191,14 +197,41 @@ std::vector<Point3D> ReadSamples(const std::string& path) {
     return samples;
 }
 
-void Report(const KrigedGrid& grid, std::size_t samples, const Variability& variability, const std::string& unit) {
+void Report(const KrigedGrid& grid, std::size_t samples, const ExperimentalVariogram::Fit& model,
+            const std::string& unit) {
     const BoundingBox3D extent = grid.heights.GetBoundingBox3D();
     std::printf(
         "Kriged %zu x %zu nodes from %zu points (sill %.4g %s2, range %.4g %s): heights %.4f to %.4f, standard "
         "deviation up to %.4f %s\n",
-        grid.heights.GetColumns(), grid.heights.GetRows(), samples, variability.sill, unit.c_str(), variability.range,
-        unit.c_str(), extent.GetMinPoint().GetZ(), extent.GetMaxPoint().GetZ(),
+        grid.heights.GetColumns(), grid.heights.GetRows(), samples, model.sill, unit.c_str(), model.range, unit.c_str(),
+        extent.GetMinPoint().GetZ(), extent.GetMaxPoint().GetZ(),
         grid.deviations.GetBoundingBox3D().GetMaxPoint().GetZ(), unit.c_str());
+}
+
+void Report(const VariogramStudy& study, const std::string& unit) {
+    std::printf("Variogram: distance, semivariance, pairs\n");
+    for (const ExperimentalVariogram::Lag& lag : study.variogram.GetLags()) {
+        std::printf("  %12.3f %12.5g %8llu\n", lag.distance, lag.semivariance,
+                    static_cast<unsigned long long>(lag.pairs));
+    }
+    for (const ExperimentalVariogram::Fit& fit : study.fits) {
+        std::printf("  %-11s nugget %.4g %s2, sill %.4g %s2, range %.4g %s", std::string(GetName(fit.shape)).c_str(),
+                    fit.nugget, unit.c_str(), fit.sill, unit.c_str(), fit.range, unit.c_str());
+        if (fit.shape == ExperimentalVariogram::Shape::Power) std::printf(", exponent %.3f", fit.exponent);
+        std::printf(", misfit %.4g\n", fit.misfit);
+    }
+    double sum = 0.0;
+    double squares = 0.0;
+    double variances = 0.0;
+    const double count = static_cast<double>(std::max<std::size_t>(study.residuals.size(), 1));
+    for (const LocalKriging::Residual& residual : study.residuals) {
+        sum += residual.error / count;
+        squares += residual.error * residual.error / count;
+        variances += residual.variance / count;
+    }
+    std::printf("  %zu points left out one by one: mean error %.4f %s, standard deviation %.4f %s, expected %.4f %s\n",
+                study.residuals.size(), sum, unit.c_str(), std::sqrt(squares), unit.c_str(), std::sqrt(variances),
+                unit.c_str());
 }
 
 // Those with heights.
@@ -353,9 +386,18 @@ int Run(const Options& options) {
     if (!options.krige.empty()) {
         samples = ReadSamples(options.krige);
         std::fprintf(stderr, "kriging from %zu points\n", samples.size());
-        const Variability variability(samples, options.sill, options.range);
-        grid.emplace(samples, options.grid.value_or(50.0), variability);
-        Report(*grid, samples.size(), variability, unit);
+        ExperimentalVariogram::Fit model;
+        if (options.fit.empty()) {
+            model = GuessModel(samples, options.sill, options.range);
+        } else {
+            const VariogramStudy study(samples);
+            Report(study, unit);
+            if (!study.DrawPicture(options.fit, unit)) throw InputError(options.fit + ": cannot be written");
+            std::fprintf(stderr, "wrote %s\n", options.fit.c_str());
+            model = study.fits.front();
+        }
+        grid.emplace(samples, options.grid.value_or(50.0), model);
+        Report(*grid, samples.size(), model, unit);
         if (!options.nodes.empty()) {
             WriteFile(options.nodes, [&](std::ostream& out) { WriteNodes(out, grid->heights, &grid->deviations); });
         }

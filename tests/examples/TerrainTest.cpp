@@ -106,7 +106,7 @@ TEST(TerrainTest, AnAxisThatCrossesItselfKeepsItsStationsApart) {
 TEST(TerrainTest, KrigedGridHoldsItsSamplesAndReachesRoundThem) {
     std::vector<Point3D> samples{
         {385400, 6672300, 5}, {385410, 6672300, 8}, {385405, 6672315, 2}, {385398, 6672307, 4}};
-    const KrigedGrid grid(samples, 5.0, Variability(samples, std::nullopt, 40.0));
+    const KrigedGrid grid(samples, 5.0, GuessModel(samples, std::nullopt, 40.0));
     const BoundingBox2D extent = grid.heights.GetBoundingBox2D();
     for (int i = 0; i < 4; ++i) {
         const Point3D& sample = samples[static_cast<std::size_t>(i)];
@@ -120,10 +120,10 @@ TEST(TerrainTest, KrigedGridHoldsItsSamplesAndReachesRoundThem) {
         EXPECT_NEAR(deviation, 0.0, 1e-6);
     }
 
-    EXPECT_THROW(KrigedGrid(samples, 1e-6, Variability(samples, 1.0, 1.0)), InputError);
+    EXPECT_THROW(KrigedGrid(samples, 1e-6, GuessModel(samples, 1.0, 1.0)), InputError);
     samples.push_back(samples.front());
-    EXPECT_THROW(KrigedGrid(samples, 5.0, Variability(samples, 1.0, 1.0)), InputError);
-    EXPECT_THROW(Variability({}, 1.0, 1.0), InputError);
+    EXPECT_THROW(KrigedGrid(samples, 5.0, GuessModel(samples, 1.0, 1.0)), InputError);
+    EXPECT_THROW(GuessModel({}, 1.0, 1.0), InputError);
 }
 
 using RealTerrainTest = RealDataTest;
