@@ -22,8 +22,7 @@ TEST(CircleTest, TangentsOfTwoCircles) {
     for (const auto& [why, other, r1, r2, inner, outer] : rows) {
         for (const Point2D& origin : surveyOrigins) {
             SCOPED_TRACE(why);
-            const Circle2D first(origin, r1);
-            const Circle2D second(other + origin, r2);
+            const Circle2D first(origin, r1), second(other + origin, r2);
             for (const bool crossing : {true, false}) {
                 Line2D lines[2];
                 const int count = crossing ? first.GetCrossingTangents(second, lines[0], lines[1], 1e-8)
@@ -31,15 +30,15 @@ TEST(CircleTest, TangentsOfTwoCircles) {
                 ASSERT_EQ(count, crossing ? inner : outer);
                 EXPECT_TRUE(r1 != 0.0 || second.GetTangentsThroughPoint(origin, lines[0], lines[1]) == outer);
                 for (int i = 0; i < count; ++i) {
+                    const Point2D &from = lines[i].GetStart(), &to = lines[i].GetEnd(), &center = second.GetCenter();
                     const double sides =
-                        Distance::PointToLine(origin, lines[i]) * Distance::PointToLine(second.GetCenter(), lines[i]);
+                        Distance::PointToLine(origin, lines[i]) * Distance::PointToLine(center, lines[i]);
                     EXPECT_NEAR(sides, (crossing ? -1.0 : 1.0) * r1 * r2, 1e-7);
-                    EXPECT_NEAR(lines[i].GetStart().Distance(origin), r1, 1e-8);
+                    EXPECT_NEAR(from.Distance(origin), r1, 1e-8);
                     if (count < 2) continue;
-                    EXPECT_NEAR(lines[i].GetEnd().Distance(second.GetCenter()), r2, 1e-8);
+                    EXPECT_NEAR(to.Distance(center), r2, 1e-8);
                     if (crossing && r1 == 0.0) continue;
-                    const Point2D& touch = crossing ? lines[i].GetStart() : lines[i].GetEnd();
-                    EXPECT_EQ(Distance::PointToLine(touch, origin, second.GetCenter()) > 0.0, i == 1);
+                    EXPECT_EQ(Distance::PointToLine(crossing ? from : to, origin, center) > 0.0, i == 1);
                 }
             }
         }

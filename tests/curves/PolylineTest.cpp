@@ -300,7 +300,7 @@ TEST(PolylineTest, GapsAndJoints) {
     EXPECT_EQ(sample.elementIndex, 1U) << "a joint belongs to the element that starts there";
     EXPECT_FALSE(chain.MakePointAndTangentAt(15.001, sample));
 
-    chain.AppendElement(Line(10, 5.25, 0, 5.25).Clone());
+    chain.AppendElement(Line(10, 5.25, 0, 5.25));
     EXPECT_TRUE(chain.IsContinuous(0.26) && !chain.IsContinuous(0.25));
     EXPECT_EQ(chain.GetLength(), 25.0) << "lengths add up across gaps";
     // The nested chain sets its output to 0 when it does not hold the point; the sum must not lose its length.
@@ -327,17 +327,16 @@ TEST(PolylineTest, ShortLinesAreLinesToo) {
             ASSERT_TRUE(line.ComputeTangent(at, place.tangent, kTolerances));
             EXPECT_NEAR(place.tangent.Length(), 1.0, 1e-12);
             EXPECT_NEAR(Projection::NearestPointOnLineString(at, string, 1e-4).tangent.Length(), 1.0, 1e-12);
-            chain.AppendElement(i % 2 == 0 ? static_cast<IPolyline2DElement*>(line.Clone()) : string.Clone());
-            inSpace.AppendElement(new Line3D(Point3D(line.GetStart(), 1.0), Point3D(line.GetEnd(), 1.0)));
+            ASSERT_TRUE(i % 2 == 0 ? chain.AppendElement(line) : chain.AppendElement(string));
+            inSpace.AppendElement(Line3D(Point3D(line.GetStart(), 1.0), Point3D(line.GetEnd(), 1.0)));
         }
         const auto check = [](const auto& road) {
             auto samples = std::vector<std::decay_t<decltype(At(road, 0.0))>>();
             ASSERT_TRUE(road.MakePointsAndTangents(0.0, 1e9, samples, 0.7, 1e-6));
             ASSERT_TRUE(road.MakePointsAndTangentsUsingHeight(0.0, 1e9, samples, 0.01, 0.0));
-            for (unsigned int i = 0; i < 5; ++i) {
-                samples.emplace_back();
-                const double half = 0.5 * road.GetElementAtIndex(i).GetLength();
-                ASSERT_TRUE(road.MakePointAndTangentAt(static_cast<int>(i), half, samples.back()));
+            for (int i = 0; i < 5; ++i) {
+                const double half = 0.5 * road.GetElementAtIndex(static_cast<unsigned int>(i)).GetLength();
+                ASSERT_TRUE(road.MakePointAndTangentAt(i, half, samples.emplace_back()));
             }
             for (const auto& sample : samples) ASSERT_NEAR(sample.tangent.Length(), 1.0, 1e-12);
             EXPECT_THAT(road.GetMidPoint(), IsNear(At(road, 0.5 * road.GetLength()).point, 0.0));

@@ -74,18 +74,14 @@ private:
 std::unique_ptr<IPolyline2DElement> MakeElement(Random& random) {
     const Point2D start = random.Point(100.0);
     const Vec2D direction = random.Vector().Normalize();
-    const double length = random.In(10.0, 200.0);
-    const double radius = random.In(100.0, 400.0);
+    const double length = random.In(10.0, 200.0), radius = random.In(100.0, 400.0);
     const double other = random.Below(3) == 0 ? 0.0 : radius * random.In(2.0, 5.0);
     const std::size_t kind = random.Below(10);
     if (kind == 0) return std::make_unique<Line2D>(start, start + direction * length);
     if (kind == 1) return std::make_unique<Arc2D>(start, start + direction * radius, Angle(length / 60.0));
     if (kind == 2) {
-        const double slope = random.In(-0.5, 0.5);
-        const double a = 1.0 / radius;
-        const double b = slope - 2.0 * a * start.GetX();
-        const double c = start.GetY() - (a * start.GetX() + b) * start.GetX();
-        const double x = start.GetX() + length;
+        const double a = 1.0 / radius, b = random.In(-0.5, 0.5) - 2.0 * a * start.GetX();
+        const double c = start.GetY() - (a * start.GetX() + b) * start.GetX(), x = start.GetX() + length;
         return std::make_unique<Parabola>(start, Point2D(x, (a * x + b) * x + c), a, b, c);
     }
     if (kind == 3) return std::make_unique<Clothoid>(other, radius, std::sqrt(length * radius), start, direction);
@@ -123,8 +119,8 @@ void DigestNumbers(Random& random, Digest& digest) {
     digest.Add(turn.GetRadians(), turn.GetDegrees(), v.GetAngle().GetRadians());
     Matrix2D plane;
     Matrix3D space;
-    MatrixNM system(5, 5);
-    VecND right(5);
+    MatrixNM system(5, 5), inverse;
+    VecND right(5), x;
     for (unsigned int row = 0; row < 5; ++row) {
         for (unsigned int column = 0; column < 5; ++column) {
             const double value = random.In(-5.0, 5.0);
@@ -138,9 +134,7 @@ void DigestNumbers(Random& random, Digest& digest) {
     if (space.GetEigenValues(values)) digest.Add(values[0], values[1], values[2], values[3]);
     Matrix2D u, s, w;
     if (plane.SingularValueDecomposition(u, s, w)) digest.Add(Point2D(s.Get(0, 0), u.Get(1, 2) + w.Get(2, 1)));
-    VecND x;
     if (system.SolveLinearSystem(right, x, LUDecompositionMethod::Crout)) digest.Add(x[2]);
-    MatrixNM inverse;
     if (system.GetInverse(inverse)) digest.Add(inverse[3][1]);
     double determinant = 0.0;
     if (system.Determinant(determinant)) digest.Add(determinant);
