@@ -18,7 +18,8 @@ namespace {
 
 using detail::AreaOverlay;
 
-constexpr double ofCurves = 0.25;  // of the height: how far chords leave the arcs of the source
+constexpr double ofCurves = 0.25;   // of the height: how far chords leave the arcs of the source
+constexpr double ofParts = 0.0625;  // of the tolerance: that of buffers that are not the last one
 
 bool IsInRange(double value) { return std::abs(value) <= detail::largestCoordinate; }
 
@@ -71,25 +72,52 @@ struct BufferCreator::Work {
         return true;
     }
 
-    bool AddChains(detail::BufferOutline& outline) const {
+    // Chains and points, these as chains of one corner.
+    bool MakePaths(std::vector<detail::ChainPath>& paths) const {
         detail::ChainPath path;
+        const auto take = [&](bool isMade) {
+            if (isMade && distance > 0.0) paths.push_back(path);
+            return isMade;
+        };
         for (const Point2D& p : source.points) {
-            if (!IsInRange(p.GetX()) || !IsInRange(p.GetY())) return false;
-            if (distance > 0.0) outline.AddPoint({p.GetX(), p.GetY()});
+            path = {{{p.GetX(), p.GetY()}, 0, {}}};
+            if (!take(IsInRange(p.GetX()) && IsInRange(p.GetY()))) return false;
         }
         for (const LineString2D& chain : source.strings) {
-            if (chain.GetSize() == 0) continue;
-            if (!detail::MakePath(chain, path)) return false;
-            if (distance > 0.0) outline.AddChain(path);
+            if (chain.GetSize() > 0 && !take(detail::MakePath(chain, path))) return false;
         }
         for (const Polyline2D& chain : source.chains) {
             if (chain.GetNrOfElements() == 0) continue;
             const bool isMade = height > 0.0 ? detail::MakeChords(chain, ofCurves * height, path)
                                              : detail::MakePath(chain, tolerance, path);
-            if (!isMade) return false;
-            if (distance > 0.0) outline.AddChain(path);
+            if (!take(isMade)) return false;
         }
         return true;
+    }
+
+    // What discs make can be made by smaller discs one after the other. As long as the elements are short against the
+    // distance that takes less: each buffer is simpler than the one before.
+    double NextPart(const std::vector<AreaOverlay::Area>& areas, const std::vector<detail::ChainPath>& paths,
+                    double done) const {
+        constexpr double elements = 4.0;  // that a part of the distance spans
+        constexpr double fewest = 64.0;   // parts of the rest that are not worth another one
+        constexpr double mostOfRest = 0.5;
+        const double rest = std::abs(distance) - done;
+        const bool isRound =
+            shape.join == Join::Round && (paths.empty() || (shape.end == End::Round && shape.side == Side::Both));
+        if (!isRound) return rest;
+        double length = 0.0;
+        double count = 1.0;
+        const auto add = [&](const AreaOverlay::Ring& path) {
+            for (std::size_t i = 1; i < path.size(); ++i) {
+                length += std::hypot(path[i].at.x - path[i - 1].at.x, path[i].at.y - path[i - 1].at.y);
+            }
+            count += static_cast<double>(path.size());
+        };
+        for (const AreaOverlay::Area& area : areas) std::for_each(area.begin(), area.end(), add);
+        std::for_each(paths.begin(), paths.end(), add);
+        const double part = std::max({elements * length / count, done, rest / fewest});
+        return length > 0.0 && part < mostOfRest * rest ? part : rest;
     }
 
     template <class Polygon>
@@ -98,15 +126,24 @@ struct BufferCreator::Work {
             return false;
         }
         std::vector<AreaOverlay::Area> areas;
-        detail::BufferOutline outline({distance, height, tolerance, shape});
-        if (!Unite(areas) || !AddChains(outline)) return false;
-        if (distance != 0.0) {
+        std::vector<detail::ChainPath> paths;
+        if (!Unite(areas) || !MakePaths(paths)) return false;
+        for (double done = 0.0; done < std::abs(distance);) {
+            const double part = NextPart(areas, paths, done);
+            const bool isLast = !(done + part < std::abs(distance));
+            const double own = height * (part / std::abs(distance));
+            const double kept = isLast ? tolerance : ofParts * tolerance;
+            detail::BufferOutline outline({std::copysign(part, distance), own, kept, shape});
             for (AreaOverlay::Area& area : areas) {
                 for (AreaOverlay::Ring& ring : area) outline.AddRing(std::move(ring));
             }
-            AreaOverlay overlay(tolerance, AreaOverlay::Fill::Positive);
+            for (const detail::ChainPath& path : paths) outline.AddChain(path);
+            AreaOverlay overlay(kept, AreaOverlay::Fill::Positive);
             if (!overlay.Add(outline.GetLoops(), 0) || !overlay.Run()) return false;
+            overlay.CloseThinFaces(distance > 0.0);
             areas = overlay.Extract(IsIn);
+            paths.clear();
+            done = isLast ? std::abs(distance) : done + part;
         }
         result = detail::PolygonsOf<Polygon>(areas);
         return true;

@@ -41,6 +41,14 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
         Point2D where;
         for (const Polygon2D& area : *made) Require(area.Validate(where, true, tolerance));
     }
+    std::vector<Polyline2D> parallels;
+    const bool isParallel = Offset::TrimmedParallel(chain, distance, parallels, tolerances);
+    for (const Polyline2D& parallel : parallels) {
+        Polyline2D::PolylinePoint middle;
+        Require(isParallel && parallel.MakePointAndTangentAt(0.5 * parallel.GetLength(), middle));
+        const double away = chain.GetNearestPoint(middle.point, tolerances).Distance(middle.point);
+        Require(std::abs(away - std::abs(distance)) <= 3.0 * tolerance);
+    }
     const bool isOut = distance >= 0.0;
     Require(isOut ? Boolean::Difference(united, buffer, beyond, tolerances)
                   : Boolean::Difference(buffer, united, beyond, tolerances));

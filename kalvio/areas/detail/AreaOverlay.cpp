@@ -187,8 +187,7 @@ bool AreaOverlay::Run() {
     SortLoops();
     noding.emplace(vertices, std::move(border), sources, tolerance);
     if (!noding->Run()) return false;
-    std::vector<std::uint32_t> edgeOfPiece;
-    MergePieces(edgeOfPiece);
+    MergePieces();
     faces.emplace(*noding, edges, edgeOfPiece);
     windings.assign(rings.size(), 0);
     regionOf.assign(faces->GetFaceCount(), none);
@@ -198,7 +197,7 @@ bool AreaOverlay::Run() {
 }
 
 // Pieces between the same nodes become one edge with all their sources, unless these cancel out.
-void AreaOverlay::MergePieces(std::vector<std::uint32_t>& edgeOfPiece) {
+void AreaOverlay::MergePieces() {
     const std::vector<BorderPiece>& pieces = noding->GetPieces();
     struct Entry {
         std::uint32_t high;
@@ -325,9 +324,24 @@ void AreaOverlay::Turn(Member& member, bool wasInside) {
 std::vector<AreaOverlay::Area> AreaOverlay::Extract(bool (*keep)(bool, bool)) {
     std::vector<std::uint32_t> kept;
     WalkFaces([&](std::uint32_t face) {
-        if (keep(insideCount[0] > 0, insideCount[1] > 0)) kept.push_back(face);
+        if (IsKept(face, keep(insideCount[0] > 0, insideCount[1] > 0))) kept.push_back(face);
     });
     return BuildAreas(kept);
+}
+
+bool AreaOverlay::IsKept(std::uint32_t face, bool isKept) const {
+    const bool wanted = thin == Thin::Inside;
+    if (thin == Thin::AsIs || isKept == wanted || face == 0) return isKept;
+    const PlanePoint& origin = noding->GetNodes()[faces->Origin(faces->FirstOfFace(face))];
+    double doubleArea = 0.0;
+    double length = 0.0;
+    faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
+        const PlanePoint from = noding->GetNodes()[faces->Origin(half)] - origin;
+        const PlanePoint to = noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))] - origin;
+        doubleArea += detail::Cross(from, to);
+        length += std::sqrt(Square(to - from));
+    });
+    return 0.5 * doubleArea <= noding->GetTolerance() * length ? wanted : isKept;
 }
 
 std::vector<AreaOverlay::Common> AreaOverlay::ExtractCommon() {
@@ -358,6 +372,42 @@ std::vector<AreaOverlay::Common> AreaOverlay::ExtractCommon() {
         common.push_back({entries[from].first, entries[from].second, BuildAreas(kept)});
     }
     return common;
+}
+
+std::vector<AreaOverlay::Ring> AreaOverlay::ExtractStretches(std::uint32_t from, std::uint32_t end) {
+    WalkFaces([&](std::uint32_t face) { regionOf[face] = IsKept(face, insideCount[0] > 0) ? 0 : none; });
+    const std::vector<PlanePoint>& nodes = noding->GetNodes();
+    std::vector<Ring> stretches;
+    std::uint32_t lastNode = none;
+    std::uint32_t lastSource = none;
+    for (std::size_t k = 0; k < edgeOfPiece.size(); ++k) {
+        const BorderPiece& piece = noding->GetPieces()[k];
+        const std::uint32_t edge = edgeOfPiece[k];
+        if (piece.source < from || piece.source >= end || edge == none) continue;
+        const std::uint32_t half = edges[edge].low == piece.from ? 2 * edge : 2 * edge + 1;
+        if (isWalked[half] || !IsBorder(half)) continue;
+        isWalked[half] = 1;
+        const bool goesOn = piece.from == lastNode;
+        if (!goesOn) stretches.push_back({{nodes[piece.from], 0, {}}});
+        Ring& stretch = stretches.back();
+        if (goesOn && piece.source == lastSource) {
+            stretch.back().at = nodes[piece.to];
+        } else {
+            stretch.back().sense = sources[piece.source].sense;
+            stretch.back().center = sources[piece.source].center;
+            stretch.push_back({nodes[piece.to], 0, {}});
+        }
+        lastNode = piece.to;
+        lastSource = piece.source;
+    }
+    const auto isSame = [](const PlanePoint& a, const PlanePoint& b) { return a.x == b.x && a.y == b.y; };
+    if (stretches.size() > 1 && isSame(stretches.back().back().at, stretches.front().front().at)) {
+        stretches.back().pop_back();
+        stretches.back().insert(stretches.back().end(), stretches.front().begin(), stretches.front().end());
+        stretches.front() = std::move(stretches.back());
+        stretches.pop_back();
+    }
+    return stretches;
 }
 
 // The faces that hang together by more than nodes are a region, and a region is an area.

@@ -65,10 +65,18 @@ public:
     /// To be called once, after the last area.
     [[nodiscard]] bool Run();
 
+    /// From now on bounded faces no wider than two tolerances count as inside (outside), where snapping may have opened
+    /// them.
+    void CloseThinFaces(bool toInside) { thin = toInside ? Thin::Inside : Thin::Outside; }
+
     /// The areas where keep(in the first layer, in the second layer), in the order of their corners.
     std::vector<Area> Extract(bool (*keep)(bool, bool));
     /// All common areas, by first and second number.
     std::vector<Common> ExtractCommon();
+    /// Of the elements of the only member's loops, counted in the order in which they were taken, those from one up to
+    /// another: the stretches that have the inside on their left and the outside on their right, as chains in the order
+    /// of the elements. The last corner of a chain has no arc; one that starts where it ends is closed.
+    std::vector<Ring> ExtractStretches(std::uint32_t from, std::uint32_t end);
 
 private:
     static constexpr std::uint32_t none = BorderNoding::none;
@@ -103,11 +111,12 @@ private:
     bool GoAlong(const PlanePoint& start, const PlanePoint& center, double sweep);
     void EndLoop();
     void SortLoops();
-    void MergePieces(std::vector<std::uint32_t>& edgeOfPiece);
+    void MergePieces();
     bool IsIdle(std::size_t from, std::size_t to) const;
     template <class Visit>
     void WalkFaces(Visit&& visit);
     void Cross(std::uint32_t half);
+    bool IsKept(std::uint32_t face, bool isKept) const;
     void Turn(Member& member, bool wasInside);
 
     std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
@@ -121,7 +130,10 @@ private:
     void KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
                    std::vector<char>& isKept) const;
 
+    enum class Thin : std::uint32_t { AsIs, Inside, Outside };
+
     double tolerance;
+    Thin thin = Thin::AsIs;
     Fill fill;
     bool hasArcs = false;
     std::vector<PlanePoint> vertices;
@@ -134,6 +146,7 @@ private:
 
     std::optional<BorderNoding> noding;
     std::vector<PlanarFaces::Edge> edges;
+    std::vector<std::uint32_t> edgeOfPiece;
     std::vector<std::uint32_t> firstRun;  // of each edge, in `runs`
     std::vector<Passage> runs;
     std::optional<PlanarFaces> faces;

@@ -106,6 +106,23 @@ std::vector<Polygon> MakePolygons(const std::vector<AreaOverlay::Area>& areas) {
 
 }  // namespace
 
+Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance) {
+    Polyline2D chain;
+    Point2D start(path.front().at.x, path.front().at.y);
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        const Point2D end(path[i + 1].at.x, path[i + 1].at.y);
+        if (path[i].sense != 0) {
+            auto arc = std::make_unique<Arc2D>(ArcBetween(start, path[i], end));
+            start = Point2D(arc->GetEnd());
+            chain.AppendElement(std::move(arc));
+        } else if (start.Distance(end) > tolerance) {
+            chain.AppendElement(std::make_unique<Line2D>(start, end));
+            start = end;
+        }
+    }
+    return chain;
+}
+
 template <>
 std::vector<Polygon2D> PolygonsOf(const std::vector<AreaOverlay::Area>& areas) {
     return MakePolygons<Polygon2D>(areas);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/areas/detail/AreaOverlay.h"
+#include "kalvio/curves/Polyline2D.h"
 
 #include <vector>
 
@@ -13,5 +14,8 @@ template <>
 std::vector<Polygon2D> PolygonsOf(const std::vector<AreaOverlay::Area>& areas);
 template <>
 std::vector<PolygonCurve2D> PolygonsOf(const std::vector<AreaOverlay::Area>& areas);
+
+/// A chain of corners, the last without an arc, as lines and arcs. Lines no longer than the tolerance are left out.
+Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance);
 
 }  // namespace Kalvio::Math::detail

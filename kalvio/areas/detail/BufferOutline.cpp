@@ -1,5 +1,7 @@
 #include "kalvio/areas/detail/BufferOutline.h"
 
+#include "kalvio/areas/detail/ChainPath.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -10,21 +12,6 @@ namespace {
 constexpr double ofJoins = 0.5;       // of the height: what chords and mitres leave an arc about a corner by
 constexpr double ofCorners = 0.25;    // of the height: what corners that are left out stand out by
 constexpr double ofTolerance = 0.25;  // what a mitre stands out by that takes the place of an arc
-
-BufferOutline::Path Reversed(const BufferOutline::Path& path, bool isClosed) {
-    BufferOutline::Path reversed;
-    reversed.reserve(path.size());
-    for (std::size_t i = path.size(); i-- > 0;) {
-        AreaOverlay::Corner corner{path[i].at, 0, {}};
-        if (i > 0 || isClosed) {
-            const AreaOverlay::Corner& before = path[i > 0 ? i - 1 : path.size() - 1];
-            corner.sense = -before.sense;
-            corner.center = before.center;
-        }
-        reversed.push_back(corner);
-    }
-    return reversed;
-}
 
 }  // namespace
 
@@ -66,7 +53,7 @@ void BufferOutline::AddRing(Path ring) {
 void BufferOutline::AddChain(const Path& chain) {
     if (style.shape.side == BufferCreator::Side::Left) {
         style.shape.side = BufferCreator::Side::Right;
-        AddChain(Reversed(chain, false));
+        AddChain(Reversed(chain));
         style.shape.side = BufferCreator::Side::Left;
         return;
     }
@@ -75,7 +62,7 @@ void BufferOutline::AddChain(const Path& chain) {
         return corner.sense == 0 && Square(corner.at - chain.front().at) <= far;
     });
     if (isPoint) return AddPoint(chain.front().at);
-    const bool isClosed = Square(chain.back().at - chain.front().at) <= far;
+    const bool isClosed = IsClosed(chain);
     Path forth = chain;
     if (isClosed) forth.pop_back();
     Path back = Reversed(forth, isClosed);
@@ -99,6 +86,24 @@ void BufferOutline::AddChain(const Path& chain) {
     const std::size_t firstEnd = ways.size() - 1;
     ways.insert(ways.end(), waysBack.begin(), waysBack.end());
     Follow(ways, true, firstEnd);
+}
+
+bool BufferOutline::IsClosed(const Path& chain) const {
+    return Square(chain.back().at - chain.front().at) <= style.tolerance * style.tolerance;
+}
+
+BufferOutline::Path BufferOutline::ParallelOf(const Path& chain) {
+    isBare = true;
+    const bool isClosed = IsClosed(chain);
+    Path path = chain;
+    if (isClosed) path.pop_back();
+    Follow(WaysOf(path, isClosed), isClosed);
+    isBare = false;
+    if (loops.empty()) return {};
+    Path parallel = std::move(loops.back());
+    loops.pop_back();
+    if (isClosed) parallel.push_back({parallel.front().at, 0, {}});
+    return parallel;
 }
 
 // Leaves out corners that turn towards the strips, as long as the segment in their place has all of them within the
@@ -161,13 +166,13 @@ std::vector<BufferOutline::Way> BufferOutline::WaysOf(const Path& path, bool isC
 }
 
 void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const {
-    constexpr double mostOfWay = 3.0;  // radians
+    constexpr double mostOfWay = 6.0;  // radians: less than a turn
     const double sweep = AreaOverlay::SweepOf(corner, end);
     const double parts = std::ceil(std::abs(sweep) / mostOfWay);
     const PlanePoint arm = corner.at - corner.center;
     const double radius = std::sqrt(Square(arm));
     if (!(radius > 0.0)) return;
-    const bool isCollapsed = !(radius + corner.sense * style.distance > 0.0);
+    const bool isCollapsed = !isBare && !(radius + corner.sense * style.distance > 0.0);
     const auto directionAt = [&](const PlanePoint& p) {
         return RightOf(p - corner.center) * (-corner.sense / std::sqrt(Square(p - corner.center)));
     };
@@ -186,7 +191,7 @@ void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner&
 BufferOutline::Joint BufferOutline::JointOf(const Way& a, const Way& b, bool isLast) const {
     const PlanePoint from = Beside(a.to, a.endDirection);
     const PlanePoint to = Beside(b.from, b.direction);
-    if (!a.isCollapsed && !b.isCollapsed && Square(to - from) <= style.tolerance * style.tolerance) return {};
+    if (Square(to - from) <= style.tolerance * style.tolerance) return {};
     const double side = style.distance < 0.0 ? -1.0 : 1.0;
     const double cross = side * Cross(a.endDirection, b.direction);
     const double dot = Dot(a.endDirection, b.direction);
@@ -200,8 +205,8 @@ BufferOutline::Joint BufferOutline::JointOf(const Way& a, const Way& b, bool isL
         return {isMitred && areSegments ? Turn::Point : isMitred ? Turn::Mitre : Turn::Convex, meeting};
     }
     const double shorter = std::min(a.length, b.length);
-    const bool isHeld =
-        areSegments && !isLast && dot >= 0.0 && reach * -cross <= shorter && reach * -cross <= shorter * (1.0 + dot);
+    const bool isHeld = areSegments && (isBare || !isLast) && dot >= 0.0 && reach * -cross <= shorter &&
+                        reach * -cross <= shorter * (1.0 + dot);
     return {isHeld ? Turn::Point : Turn::Concave, meeting};
 }
 
@@ -220,11 +225,13 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
     for (std::size_t i = 0; i < count; ++i) {
         const Way& way = ways[i];
         const Way& next = ways[(i + 1) % count];
+        const Joint& before = joints[i > 0 ? i - 1 : count - 1];
         const Joint& joint = joints[i];
         if (way.isCollapsed) {
-            GoTo(way.from);
+            // From one element to the next along their common normal.
+            if (before.turn != Turn::Smooth || (i == 0 && !isClosed)) GoTo(way.from);
             GoTo(way.center);
-            GoTo(way.to);
+            if (joint.turn != Turn::Smooth || (i + 1 == count && !isClosed)) GoTo(way.to);
         } else if (way.sense != 0) {
             const PlanePoint from = Beside(way.from, way.direction);
             const PlanePoint to = Beside(way.to, way.endDirection);
@@ -232,7 +239,7 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
             loop.push_back({from, isArc ? way.sense : 0, way.center});
             GoTo(to);
         } else {
-            if (joints[i > 0 ? i - 1 : count - 1].turn != Turn::Point) GoTo(Beside(way.from, way.direction));
+            if (before.turn != Turn::Point) GoTo(Beside(way.from, way.direction));
             if (joint.turn != Turn::Point) GoTo(Beside(way.to, way.endDirection));
         }
         switch (joint.turn) {
@@ -242,14 +249,16 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
                 GoTo(joint.at);
                 break;
             case Turn::Concave:
-                GoTo(way.to);
+                if (!isBare) GoTo(way.to);
                 break;
             default:
+                if (i == firstEnd) rightCount = loop.size() - 1;
                 if (way.isCollapsed) GoTo(Beside(way.to, way.endDirection));
                 CloseCorner(way, next, joint);
                 if (next.isCollapsed) GoTo(Beside(next.from, next.direction));
         }
     }
+    if (isClosed && rightCount == 0) rightCount = loop.size();
 }
 
 // Between the ends of the strips on either side of a corner; the last corner of the loop is where the first one ends.

@@ -37,10 +37,16 @@ public:
     void AddChain(const Path& chain);
     void AddPoint(const PlanePoint& point);
 
+    /// The offsets of the elements of a chain, joined at the corners, and nothing else: on concave sides where they
+    /// meet, by a segment where they do not. Arcs whose centre lies within the distance come out on its far side.
+    Path ParallelOf(const Path& chain);
+    /// How many elements of the loops of the first chain are those on its right.
+    std::size_t GetRightCount() const { return rightCount; }
+
     const std::vector<AreaOverlay::Ring>& GetLoops() const { return loops; }
 
 private:
-    // An element, of at most half a turn.
+    // An element, of less than a turn.
     struct Way {
         PlanePoint from;
         PlanePoint to;
@@ -58,6 +64,8 @@ private:
     };
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
+    bool IsClosed(const Path& chain) const;
+
     void DropCorners(Path& path, bool isClosed) const;
     std::vector<Way> WaysOf(const Path& path, bool isClosed) const;
     void AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const;
@@ -72,6 +80,8 @@ private:
     void GoTo(const PlanePoint& p) { loops.back().push_back({p, 0, {}}); }
 
     Style style;
+    bool isBare = false;  // offsets alone
+    std::size_t rightCount = 0;
     double reach;                     // the distance without its sign
     double excess;                    // by which a mitre may stand for a sector
     bool isRound;                     // joins

@@ -34,11 +34,13 @@ bool AreInRange(const ChainPath& path) {
 void GoTo(const PlanePoint& p, ChainPath& path) { path.push_back({p, 0, {}}); }
 
 // The arc from the last corner, in the given direction there.
-void GoAround(const PlanePoint& direction, const PlanePoint& end, double flatness, ChainPath& path) {
+void GoAround(const PlanePoint& direction, const PlanePoint& end, ChainPath& path) {
+    constexpr double flattest = 1e-9;  // angle with the chord
+
     Corner& start = path.back();
     const PlanePoint chord = end - start.at;
     const double off = Cross(direction, chord);
-    if (std::abs(off) > flatness) {
+    if (std::abs(off) > flattest * std::sqrt(Square(chord))) {
         const double signedRadius = 0.5 * Square(chord) / off;
         start.center = start.at - RightOf(direction) * signedRadius;
         start.sense = off > 0.0 ? 1 : -1;
@@ -59,7 +61,7 @@ double OffArc(const Corner& corner, const PlanePoint& end, const PlanePoint& p) 
 }
 
 // Two arcs that join where the tangents from the ends, equally long, have the middle between them.
-void GoAlongBiarc(const ElementPoint& from, const ElementPoint& to, double flatness, ChainPath& path) {
+void GoAlongBiarc(const ElementPoint& from, const ElementPoint& to, ChainPath& path) {
     const PlanePoint start = Plain(from.point);
     const PlanePoint end = Plain(to.point);
     const PlanePoint u = Plain(from.tangent);
@@ -70,15 +72,14 @@ void GoAlongBiarc(const ElementPoint& from, const ElementPoint& to, double flatn
     const double reach = Square(chord) / (linear + std::sqrt(linear * linear + square * Square(chord)));
     if (!std::isfinite(reach)) return GoTo(end, path);
     const PlanePoint joint = (start + u * reach + end - w * reach) * 0.5;
-    GoAround(u, joint, flatness, path);
+    GoAround(u, joint, path);
     const PlanePoint middle = joint - start;
     const double length = std::sqrt(Square(middle));
     const PlanePoint along = middle * (1.0 / length);
-    GoAround(along * (2.0 * Dot(along, u)) - u, end, flatness, path);
+    GoAround(along * (2.0 * Dot(along, u)) - u, end, path);
 }
 
 bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
-    constexpr double flatness = 0.01;  // of the tolerance
     constexpr double reserve = 0.9;    // of the tolerance, as it is kept between the samples too
     constexpr std::size_t inside = 6;  // samples of a stretch
     constexpr double shortest = 1e-5;  // stretch, of the element
@@ -87,12 +88,15 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
     if (!(length > 0.0) || !std::isfinite(length) || !EvaluateElement(element, 0.0, from)) return false;
     GoTo(Plain(from.point), path);
     for (double span = length; from.station < length;) {
-        const double end = from.station + span < length ? from.station + span : length;
+        // In equal stretches, as a short rest has no sound directions.
+        const double rest = length - from.station;
+        const double stretches = std::ceil(rest / span);
+        const double end = stretches > 1.0 ? from.station + rest / stretches : length;
         ElementPoint to;
         if (!EvaluateElement(element, end, to)) return false;
         to.station = end;
         const std::size_t first = path.size() - 1;
-        GoAlongBiarc(from, to, flatness * tolerance, path);
+        GoAlongBiarc(from, to, path);
         double most = 0.0;
         for (std::size_t k = 1; k <= inside; ++k) {
             const double at = from.station + (end - from.station) * (static_cast<double>(k) / (inside + 1.0));
@@ -118,7 +122,7 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
 }
 
 bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
-    constexpr double mostOfArc = 3.0;  // radians: no more than half a turn
+    constexpr double mostOfArc = 6.0;  // radians: less than a turn
     switch (element.GetType()) {
         case MathTypes::Line2D:
             GoTo(Plain(element.GetStart()), path);
@@ -185,6 +189,21 @@ bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {
         GoTo(Plain(chain.GetStart()), path);
     }
     return Finish(true, path);
+}
+
+ChainPath Reversed(const ChainPath& path, bool isClosed) {
+    ChainPath reversed;
+    reversed.reserve(path.size());
+    for (std::size_t i = path.size(); i-- > 0;) {
+        Corner corner{path[i].at, 0, {}};
+        if (i > 0 || isClosed) {
+            const Corner& before = path[i > 0 ? i - 1 : path.size() - 1];
+            corner.sense = -before.sense;
+            corner.center = before.center;
+        }
+        reversed.push_back(corner);
+    }
+    return reversed;
 }
 
 }  // namespace Kalvio::Math::detail

@@ -13,7 +13,7 @@ class Polyline2D;
 
 namespace Kalvio::Math::detail {
 
-/// A chain as lines and arcs of at most half a turn; the last corner has no arc. Gaps between elements are closed.
+/// A chain as lines and arcs of less than a turn; the last corner has no arc. Gaps between elements are closed.
 using ChainPath = AreaOverlay::Ring;
 
 /// @return false, `path` emptied, for coordinates that are not finite or beyond 1e100, and for an empty chain
@@ -23,5 +23,8 @@ using ChainPath = AreaOverlay::Ring;
 [[nodiscard]] bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path);
 /// The same by chords, no finer than 1e-9 of the length.
 [[nodiscard]] bool MakeChords(const Polyline2D& chain, double height, ChainPath& path);
+
+/// @param isClosed  the last corner has an element, which leads to the first
+ChainPath Reversed(const ChainPath& path, bool isClosed = false);
 
 }  // namespace Kalvio::Math::detail

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "kalvio/Export.h"
+#include "kalvio/areas/BufferCreator.h"
+
+#include <vector>
+
+namespace Kalvio::Math {
+
+class LineString2D;
+class Polyline2D;
+class Tolerances;
+
+/// Parallels of chains in plan: chains at a distance from them, positive to the right of the direction of travel, that
+/// run in the same direction.
+///
+///       -----------> chain
+///       -----------> distance > 0
+///
+/// Lines and arcs have lines and arcs about the same centre; clothoids, spirals and parabolas are first replaced by
+/// arcs that join tangentially, within the user tolerance, and so do their parallels. Corners that turn away are closed
+/// by a join: an arc, a mitre, or a segment where it would reach farther than the limit, in distances. A chain that
+/// ends within the user tolerance of its start is closed, and so is its parallel.
+///
+///     Polyline2D edge;
+///     if (Offset::Parallel(plan, 3.5, edge, tolerances)) value = edge.GetLength();
+///
+/// All functions answer false, the result untouched, for coordinates and distances that are not finite (or beyond
+/// 1e100), chains no longer than the user tolerance, and a limit that is not positive.
+class KALVIO_MATH_API Offset {
+public:
+    using Join = BufferCreator::Join;
+
+    /// The raw parallel, one chain with its loops. On the inside of a corner two lines end where they meet, as long as
+    /// both reach that far; else a segment joins the elements. An arc of a radius smaller than the distance comes out
+    /// on the far side of its centre.
+    [[nodiscard]] static bool Parallel(const LineString2D& chain, double distance, Polyline2D& result,
+                                       const Tolerances& tolerances, Join join = Join::Round, double mitreLimit = 2.0);
+    [[nodiscard]] static bool Parallel(const Polyline2D& chain, double distance, Polyline2D& result,
+                                       const Tolerances& tolerances, Join join = Join::Round, double mitreLimit = 2.0);
+
+    /// The parallel without all that is nearer to the chain than the distance: the border of the chain's buffer (with
+    /// round ends) on that side, in stretches along the chain. There may be none. Decided as in `BufferCreator`:
+    /// corners within 1.42 user tolerances of each other become one.
+    [[nodiscard]] static bool TrimmedParallel(const LineString2D& chain, double distance,
+                                              std::vector<Polyline2D>& result, const Tolerances& tolerances,
+                                              Join join = Join::Round, double mitreLimit = 2.0);
+    [[nodiscard]] static bool TrimmedParallel(const Polyline2D& chain, double distance, std::vector<Polyline2D>& result,
+                                              const Tolerances& tolerances, Join join = Join::Round,
+                                              double mitreLimit = 2.0);
+};
+
+}  // namespace Kalvio::Math

@@ -1,0 +1,132 @@
+#include "kalvio/areas/Offset.h"
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Clothoid.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/Polyline2D.h"
+#include "kalvio/polygons/LineString2D.h"
+
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+namespace {
+
+using Join = Offset::Join;
+
+double LengthOf(const std::vector<Polyline2D>& parts) {
+    double length = 0.0;
+    for (const Polyline2D& part : parts) length += part.GetLength();
+    return length;
+}
+
+TEST(OffsetTest, CornersAreJoinedOnTheOutsideAndMeetOnTheInside) {
+    const LineString2D corner{Point2D(0, 0), Point2D(10, 0), Point2D(10, 10)};
+    const LineString2D closed{Point2D(0, 0), Point2D(10, 0), Point2D(10, 10), Point2D(0, 10), Point2D(0, 0)};
+    const LineString2D narrow{Point2D(0, 10), Point2D(0, 0), Point2D(2, 0), Point2D(2, 10)};
+    struct Row {
+        const char* why;
+        const LineString2D& chain;
+        double distance;
+        Join join;
+        double limit;
+        double raw;      // length
+        double trimmed;  // lengths together
+        std::size_t parts;
+    };
+    const Row rows[] = {
+        {"left is inside: the lines meet", corner, -2, Join::Round, 2, 16, 16, 1},
+        {"right is outside: an arc", corner, 2, Join::Round, 2, 20 + kPi, 20 + kPi, 1},
+        {"mitred", corner, 2, Join::Mitred, 2, 24, 24, 1},
+        {"beyond the limit", corner, 2, Join::Mitred, 1.4, 20 + std::sqrt(8.0), 20 + std::sqrt(8.0), 1},
+        {"bevelled", corner, 2, Join::Bevelled, 2, 20 + std::sqrt(8.0), 20 + std::sqrt(8.0), 1},
+        {"closed, outside", closed, 1, Join::Mitred, 2, 48, 48, 1},
+        {"closed, inside", closed, -1, Join::Round, 2, 32, 32, 1},
+        {"nothing is as far inside: lines meet beyond each other", closed, -6, Join::Round, 2, 8, 0, 0},
+        {"too narrow: the floor does not reach the meetings", narrow, -3, Join::Round, 2, 22 + std::sqrt(72.0), 0, 0},
+        {"none", corner, 0, Join::Round, 2, 20, 20, 1},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.why);
+        Polyline2D raw;
+        std::vector<Polyline2D> trimmed;
+        ASSERT_TRUE(Offset::Parallel(row.chain, row.distance, raw, kTolerances, row.join, row.limit));
+        ASSERT_TRUE(Offset::TrimmedParallel(row.chain, row.distance, trimmed, kTolerances, row.join, row.limit));
+        EXPECT_NEAR(raw.GetLength(), row.raw, 1e-9);
+        EXPECT_NEAR(LengthOf(trimmed), row.trimmed, 1e-9);
+        EXPECT_EQ(trimmed.size(), row.parts);
+    }
+}
+
+// A law of parallels: everything on a trimmed one is as far as the distance, on its side, and nothing is missing that
+// is on the raw one and not nearer.
+TEST(OffsetTest, TrimmedParallelsAreWhatTheDistanceLeaves) {
+    RandomNumbers random(20261123);
+    for (int i = 0; i < 300; ++i) {
+        SCOPED_TRACE(i);
+        Polyline2D chain;
+        Point2D at = surveyOrigins[i % 2];
+        double heading = random(0.0, 6.0);
+        const bool isSmooth = i % 3 != 0;
+        for (int k = 0; k < 2 + i % 5; ++k) {
+            if (!isSmooth) heading += random(-2.5, 2.5);
+            const Vec2D way = Point2D(Angle(heading), 1.0) - Point2D();
+            const double radius = (k % 2 == 0 ? 1.0 : -1.0) * random(1.0, 15.0);
+            const double turn = std::copysign(random(0.2, 3.0), radius);
+            if (k % 3 == 0) {
+                chain.AppendElement(new Line2D(at, at + way * std::abs(radius)));
+            } else if (k % 3 == 1) {
+                chain.AppendElement(new Arc2D(at, at + Vec2D(-way.GetY(), way.GetX()) * radius, Angle(turn)));
+                heading += turn;
+            } else {
+                chain.AppendElement(new Clothoid(0.0, radius, std::sqrt(std::abs(radius) * 6.0), at, way));
+                heading += std::copysign(3.0 / std::abs(radius), radius);
+            }
+            at = Point2D(chain.GetEnd());
+        }
+        const double distance = random(0.2, 6.0) * (i % 4 < 2 ? 1.0 : -1.0);
+        Polyline2D raw;
+        std::vector<Polyline2D> trimmed;
+        ASSERT_TRUE(Offset::Parallel(chain, distance, raw, kTolerances));
+        ASSERT_TRUE(Offset::TrimmedParallel(chain, distance, trimmed, kTolerances));
+        Polyline2D::PolylinePoint place, foot;
+        for (const Polyline2D& part : trimmed) {
+            EXPECT_TRUE(part.IsContinuous(1e-6));
+            for (double s = 0.0; s <= part.GetLength(); s += 0.37) {
+                ASSERT_TRUE(part.MakePointAndTangentAt(s, place) &&
+                            chain.GetNearestPoint(place.point, foot, kTolerances));
+                EXPECT_NEAR(foot.distance, std::abs(distance), 3.0 * kTolerances.UserTolerance());
+            }
+        }
+        for (double s = 0.0; s <= raw.GetLength(); s += 0.37) {
+            ASSERT_TRUE(raw.MakePointAndTangentAt(s, place) && chain.GetNearestPoint(place.point, foot, kTolerances));
+            if (foot.distance < std::abs(distance) - 1e-7) continue;
+            const bool isKept = std::any_of(trimmed.begin(), trimmed.end(), [&](const Polyline2D& part) {
+                Polyline2D::PolylinePoint nearest;
+                return part.GetNearestPoint(place.point, nearest, kTolerances) && nearest.distance < 0.002;
+            });
+            EXPECT_TRUE(isKept) << s;
+        }
+        for (std::size_t k = 1; isSmooth && k < raw.size(); ++k) {
+            if (raw[k].GetType() != MathTypes::Arc2D || raw[k - 1].GetType() != MathTypes::Arc2D) continue;
+            const Vec2D before = static_cast<const Arc2D&>(raw[k - 1]).GetEndTangent();
+            EXPECT_NEAR(before.PerpDotProduct(static_cast<const Arc2D&>(raw[k]).GetStartTangent()), 0.0, 1e-4);
+        }
+    }
+}
+
+TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
+    Polyline2D raw;
+    std::vector<Polyline2D> trimmed(2);
+    const LineString2D chain{Point2D(0, 0), Point2D(1, 0)};
+    for (const double bad : {kNan, kInfinity, 1e300}) {
+        EXPECT_FALSE(Offset::Parallel(chain, bad, raw, kTolerances));
+        EXPECT_FALSE(Offset::TrimmedParallel(LineString2D{Point2D(0, 0), Point2D(bad, 0)}, 1.0, trimmed, kTolerances));
+    }
+    EXPECT_FALSE(Offset::Parallel(LineString2D{Point2D(1, 1), Point2D(1, 1)}, 1.0, raw, kTolerances)) << "no direction";
+    EXPECT_FALSE(Offset::TrimmedParallel(Polyline2D(), 1.0, trimmed, kTolerances)) << "nothing";
+    EXPECT_FALSE(Offset::Parallel(chain, 1.0, raw, kTolerances, Join::Mitred, 0.0)) << "no limit";
+    EXPECT_EQ(raw.GetNrOfElements(), 0U);
+    EXPECT_EQ(trimmed.size(), 2U);
+}
+
+}  // namespace
+}  // namespace Kalvio::Math
