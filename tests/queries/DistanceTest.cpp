@@ -129,6 +129,17 @@ TEST(DistanceTest, TheNearestSegmentIsThatOfATrialOfAll) {
         };
         const auto inPlan = J::NearestPointOnLineString(p.GetPoint2D(), plan, tolerance);
         check(plan, p.GetPoint2D(), inPlan.point, inPlan.elementIndex);
+        std::map<double, std::uint64_t> firsts;  // those furthest to the left come first, once for each distance
+        for (unsigned int i = 0; i < plan.GetNrOfElements(); ++i) {
+            firsts.emplace(D::PointToLineSegment(plan.GetElementAtIndex(i), p.GetPoint2D(), tolerance), i);
+        }
+        std::vector<GeometryDistancePair<P>> listed(1);
+        ASSERT_EQ(J::NearestPointsOnLineString(p.GetPoint2D(), plan, listed, tolerance), firsts.size() + 1);
+        for (std::size_t at = 1; const auto& [distance, i] : firsts) {
+            const auto& line = plan.GetElementAtIndex(static_cast<unsigned int>(i));
+            EXPECT_TRUE(listed[at].index == i && listed[at].distance == distance) << "appended";
+            EXPECT_EQ(listed[at++].geometry, J::NearestPointOnLineSegment(p.GetPoint2D(), line, tolerance));
+        }
         unsigned int segment = 0;
         const Q inSpace = J::NearestPointOnLineString(p, space, segment, tolerance);
         check(space, p, inSpace, segment);
