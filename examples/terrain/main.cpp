@@ -36,13 +36,14 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
-    "               [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
+    "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--fit FIT.svg] [--nodes OUT.csv] "
     "[--svg OUT.svg]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
     "  --heights  writes the heights at the places of a table x,y\n"
+    "  --fill     closes the holes of the surface that are no larger\n"
     "  --thin     leaves out the points of the surface that change no height by more\n"
     "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
     "  --against  cut and fill from the surface to the first one of another file, where both are\n"
@@ -64,6 +65,7 @@ struct Options {
     std::string file;
     GroundTables ground;
     std::string heights;
+    std::optional<double> fill;
     std::optional<double> thin;
     std::optional<double> contours;
     std::string against;
@@ -88,6 +90,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--breaklines", options.ground.breaklines);
     arguments.AddText("--border", options.ground.border);
     arguments.AddText("--heights", options.heights);
+    arguments.AddPositive("--fill", options.fill);
     arguments.AddPositive("--thin", options.thin);
     arguments.AddPositive("--contours", options.contours);
     arguments.AddText("--against", options.against);
@@ -318,6 +321,16 @@ void Thin(TinSurfacePatch3D& surface, const std::string& name, double tolerance,
                 surface.GetTriangles().GetVerticesSize(), before);
 }
 
+// Fills and thins as the options ask.
+void Edit(TinSurfacePatch3D& surface, const std::string& name, const Options& options, const std::string& unit) {
+    std::size_t holes = 0;
+    if (options.fill) {
+        if (!surface.FillHoles(*options.fill, holes)) throw InputError("surface " + name + " lies over itself");
+        std::printf("Filled %zu hole(s) of %s\n", holes, name.c_str());
+    }
+    if (options.thin) Thin(surface, name, *options.thin, unit);
+}
+
 SurfaceFile ReadSurfaces(const Options& options) {
     SurfaceFile file;
     if (options.file.empty() && options.ground.IsEmpty()) throw InputError("a surface or its points are missing");
@@ -327,7 +340,7 @@ SurfaceFile ReadSurfaces(const Options& options) {
         Surface built;
         built.name = "Built";
         TinSurfacePatch3D surface = BuildGround(options.ground);
-        if (options.thin) Thin(surface, built.name, *options.thin, UnitText(file.linearUnit));
+        Edit(surface, built.name, options, UnitText(file.linearUnit));
         built.mesh = surface.GetTriangles();
         file.surfaces.insert(file.surfaces.begin(), std::move(built));
     }
@@ -339,9 +352,9 @@ int Run(const Options& options) {
     const std::string unit = UnitText(file.linearUnit);
     Surface& chosen = Chosen(file, options);
     const bool isBuilt = !options.ground.IsEmpty() && &chosen == &file.surfaces.front();
-    if (options.thin && !isBuilt) {
+    if ((options.fill || options.thin) && !isBuilt) {
         TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
-        Thin(surface, chosen.name, *options.thin, unit);
+        Edit(surface, chosen.name, options, unit);
         chosen.mesh = surface.GetTriangles();
     }
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);

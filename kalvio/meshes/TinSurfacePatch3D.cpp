@@ -95,6 +95,29 @@ bool TinSurfacePatch3D::Thin(double heightTolerance) {
     return true;
 }
 
+bool TinSurfacePatch3D::FillHoles(double largestArea, std::size_t& count) {
+    if (neighbors.empty() || !(largestArea >= 0.0)) return false;
+    std::size_t found = 0;
+    std::vector<unsigned int> corners;
+    if (!detail::SurfaceBuilder::FindHoles(*this, largestArea, corners, found)) return false;
+    IndexedTriangleSet3D set = triangles;
+    set.AppendIndexes(corners);
+    TinSurfacePatch3D filled;
+    if (!filled.SetTriangles(set) || filled.neighbors.size() != set.GetIndexes().size()) return false;
+    for (std::size_t edge = 0; edge < isOfChain.size(); ++edge) {
+        if (!isOfChain[edge]) continue;
+        filled.isOfChain[edge] = true;
+        for (std::size_t other = 3 * std::size_t{filled.neighbors[edge]}; filled.neighbors[edge] != none; ++other) {
+            if (filled.triangles.GetIndexes()[other] != triangles.GetIndexes()[detail::NextInTriangle(edge)]) continue;
+            filled.isOfChain[other] = true;
+            break;
+        }
+    }
+    *this = std::move(filled);
+    count = found;
+    return true;
+}
+
 bool TinSurfacePatch3D::TakeFrom(const detail::SurfaceBuilder& builder) {
     IndexedTriangleSet3D set;
     std::vector<unsigned int> beyond;

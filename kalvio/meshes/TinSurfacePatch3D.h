@@ -7,6 +7,7 @@
 #include "kalvio/meshes/detail/TriangleGrid.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -109,6 +110,13 @@ public:
     /// a
     ///         surface that lies over itself or has two heights at a place
     [[nodiscard]] bool Thin(double heightTolerance);
+    /// Closes holes by triangles between the vertices around them, Delaunay but for the border. Parts of the surface
+    /// that lie in a hole stay, and bays of the outer border are no holes.
+    /// @param largestArea  in plan, of the holes that are closed
+    /// @param count        receives their number
+    /// @return false, everything untouched, when there is no surface, for an area that is negative or NaN, and for a
+    ///         surface that lies over itself or has two vertices of its border at a place
+    [[nodiscard]] bool FillHoles(double largestArea, std::size_t& count);
 
     /// Counter-clockwise in plan.
     const IndexedTriangleSet3D& GetTriangles() const { return triangles; }

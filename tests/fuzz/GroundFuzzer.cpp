@@ -57,6 +57,12 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
         double z = 0.0;
         if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
     }
+    std::size_t holes = 0;
+    TinSurfacePatch3D whole3D = surface;
+    if (whole3D.FillHoles(1e9, holes)) {
+        Require(whole3D.GetTrianglesCount() >= surface.GetTrianglesCount() + holes);
+        if (tame) Require(whole3D.FillHoles(1e9, holes) && holes == 0);
+    }
     GridSurface grid;
     TinSurfacePatch3D ofGrid;
     if (grid.SetOver(surface.GetBoundingBox2D(), 64.0) && grid.GetColumns() * grid.GetRows() < 10000) {

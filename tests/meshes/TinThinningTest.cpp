@@ -79,6 +79,50 @@ TEST(TinThinningTest, LeavesTheFewestOnPlanesAndRefusesTwoHeights) {
     EXPECT_EQ(fan.GetTrianglesCount(), 15U);
 }
 
+// Against a flood of the squares that are missing: those that it does not reach from outside are closed.
+TEST(TinThinningTest, HolesAreFilledAndBaysAreNot) {
+    RandomNumbers random(20240614);
+    for (int round = 0; round < 60; ++round) {
+        constexpr int n = 14;
+        const std::uint64_t share = 2 + random() % 4;
+        std::array<std::array<int, n + 2>, n + 2> part{};  // 1: missing; 0: the surface; others: where floods were
+        for (auto& column : part) column.fill(1);
+        for (int i = 0; i < n * n; ++i) part[1 + i % n][1 + i / n] = random() % share == 0 ? 1 : 0;
+        part[5][5] = 0;
+        TinSurfacePatch3D surface;
+        ASSERT_TRUE(surface.SetTriangles(Grid(
+            {385000, 6672000}, n, [](double x, double y) { return x - 2.0 * y; },
+            [&part](int x, int y) { return part[1 + x][1 + y] == 0; })));
+        double area = surface.GetPlanArea();
+        const double limit = round % 2 == 0 ? 1e9 : 3.0;
+        std::size_t expected = 0, count = 99;
+        for (int start = 0; start < (n + 2) * (n + 2); ++start) {
+            std::vector<int> open = {start};
+            double size = 0.0;
+            for (std::size_t i = 0; i < open.size(); ++i) {
+                const int x = open[i] % (n + 2), y = open[i] / (n + 2);
+                if (x < 0 || part[x][y] != 1) continue;
+                part[x][y] = 2, size += 1.0;
+                if (x > 0) open.push_back(open[i] - 1);
+                if (x <= n) open.push_back(open[i] + 1);
+                if (y > 0) open.push_back(open[i] - n - 2);
+                if (y <= n) open.push_back(open[i] + n + 2);
+            }
+            if (start == 0 || size == 0.0 || size > limit) continue;  // the first one comes from outside
+            ++expected, area += size;
+        }
+        ASSERT_TRUE(surface.FillHoles(limit, count));
+        EXPECT_EQ(count, expected);
+        EXPECT_NEAR(surface.GetPlanArea(), area, 1e-7);
+        double z = kNan;
+        const Point2D p(385000 + random(0, n), 6672000 + random(0, n));
+        if (!surface.GetHeight(p, z)) z = p.GetX() - 385000 - 2.0 * (p.GetY() - 6672000);
+        EXPECT_NEAR(z, p.GetX() - 385000 - 2.0 * (p.GetY() - 6672000), 1e-6);
+        ASSERT_TRUE(surface.FillHoles(limit, count));
+        EXPECT_EQ(count, 0U) << "closed once";
+    }
+}
+
 // Where the plain determinant of a triangle is 0 or noise its corners still have their heights.
 TEST(TinSurfaceTest, CornersOfNeedlesHaveTheirHeights) {
     TinSurfacePatch3D::Ground ground;

@@ -30,6 +30,10 @@ bool Gather(const TinSurfacePatch3D::Ground& ground, std::vector<PlanePoint>& pl
     return areSound && places.size() <= ConstrainedTriangulation::most;
 }
 
+unsigned int NeighborOf(const TinSurfacePatch3D& surface, std::size_t edge) {
+    return surface.GetNeighbor(static_cast<unsigned int>(edge / 3), static_cast<unsigned int>(edge % 3));
+}
+
 // The edges of a surface that stay, in plan: those of chains, and the border from corner to corner.
 class FixedEdges {
 public:
@@ -87,10 +91,6 @@ private:
         unsigned int to;
         bool isBorder;
     };
-
-    static unsigned int NeighborOf(const TinSurfacePatch3D& surface, std::size_t edge) {
-        return surface.GetNeighbor(static_cast<unsigned int>(edge / 3), static_cast<unsigned int>(edge % 3));
-    }
 
     const std::vector<Point3D>& vertices;
     const std::vector<unsigned int>& indexes;
@@ -262,6 +262,78 @@ bool SurfaceBuilder::Thin(const TinSurfacePatch3D& surface, const std::vector<bo
     if (!triangulation->HasTriangles() || !fixed.RequireIn(*triangulation, placeOf)) return false;
     TakeHeights(given);
     return conflicts.empty() && GreedyInsertion(*triangulation, heights, left, heightTolerance).Run();
+}
+
+// What borders enclose without the surface: what no way leads to from outside but over them.
+bool SurfaceBuilder::FindHoles(const TinSurfacePatch3D& surface, double largestArea, std::vector<unsigned int>& corners,
+                               std::size_t& count) {
+    const IndexedTriangleSet3D& set = surface.GetTriangles();
+    const std::vector<unsigned int>& indexes = set.GetIndexes();
+    std::vector<std::size_t> border;
+    std::vector<unsigned int> placeOf(set.GetVertices().size(), noVertex);
+    std::vector<unsigned int> vertexAt;  // per place
+    std::vector<PlanePoint> places;
+    for (std::size_t edge = 0; edge < indexes.size(); ++edge) {
+        if (NeighborOf(surface, edge) != TinSurfacePatch3D::noTriangle) continue;
+        border.push_back(edge);
+        if (placeOf[indexes[edge]] != noVertex) continue;
+        placeOf[indexes[edge]] = static_cast<unsigned int>(places.size());
+        vertexAt.push_back(indexes[edge]);
+        places.push_back(InPlan(set.GetVertex(indexes[edge])));
+    }
+    if (places.size() > Triangulation::most) return false;
+    Triangulation made(places, 0.0);
+    if (!made.HasTriangles()) return false;
+    for (std::size_t place = 0; place < places.size(); ++place) {
+        if (made.GetPlaceOf(made.GetVertexOf(place)) != place) return false;
+    }
+    for (const std::size_t edge : border) {
+        if (!made.RequireEdge(made.GetVertexOf(placeOf[indexes[edge]]),
+                              made.GetVertexOf(placeOf[indexes[NextInTriangle(edge)]]), Triangulation::ofBorder,
+                              false)) {
+            return false;
+        }
+    }
+    const std::vector<Triangulation::Triangle>& all = made.GetTriangles();
+    std::vector<std::uint8_t> isDone = made.FindEnclosing();
+    std::vector<std::size_t> part;
+    const auto flood = [&](std::size_t first) {
+        part.assign(1, first);
+        isDone[first] = 1;
+        for (std::size_t i = 0; i < part.size(); ++i) {
+            const Triangulation::Triangle& triangle = all[part[i]];
+            for (std::size_t k = 0; k < 3; ++k) {
+                const std::size_t next = triangle.twin[k] >> 2U;
+                if ((triangle.marks[k] & Triangulation::required) != 0 || isDone[next] != 0) continue;
+                isDone[next] = 1;
+                part.push_back(next);
+            }
+        }
+    };
+    for (Triangulation::Index t = 0; t < all.size(); ++t) {
+        if (made.IsOutside(t) && isDone[t] == 0) flood(t);
+    }
+    for (std::size_t t = 0; t < all.size(); ++t) {
+        if (isDone[t] != 0) continue;
+        flood(t);
+        const std::size_t before = corners.size();
+        double doubled = 0.0;
+        for (const std::size_t hole : part) {
+            for (const Triangulation::Index corner : all[hole].corner) {
+                corners.push_back(vertexAt[made.GetPlaceOf(corner)]);
+            }
+            const unsigned int* const added = corners.data() + corners.size() - 3;
+            const Vec2D along = set.GetVertex(added[1]).GetPoint2D() - set.GetVertex(added[0]).GetPoint2D();
+            doubled +=
+                along.PerpDotProduct(set.GetVertex(added[2]).GetPoint2D() - set.GetVertex(added[0]).GetPoint2D());
+        }
+        if (0.5 * doubled <= largestArea) {
+            ++count;
+        } else {
+            corners.resize(before);
+        }
+    }
+    return true;
 }
 
 bool SurfaceBuilder::Triangulate(const TinSurfacePatch3D::Ground& ground, double userTolerance) {

@@ -35,6 +35,10 @@ public:
 
     /// The triangles inside, along the curve on which the vertices lie, with their neighbours and chains.
     bool Collect(IndexedTriangleSet3D& set, std::vector<unsigned int>& neighbors, std::vector<bool>& isOfChain) const;
+    /// The holes of a surface, those of no more than an area in plan: three of its vertices for each triangle in them.
+    /// @return false for a surface that lies over itself
+    static bool FindHoles(const TinSurfacePatch3D& surface, double largestArea, std::vector<unsigned int>& corners,
+                          std::size_t& count);
     const std::vector<HeightConflict>& GetConflicts() const { return conflicts; }
 
 private:
