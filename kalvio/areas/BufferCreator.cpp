@@ -131,8 +131,8 @@ struct BufferCreator::Work {
         for (double done = 0.0; done < std::abs(distance);) {
             const double part = NextPart(areas, paths, done);
             const bool isLast = !(done + part < std::abs(distance));
-            const double own = height * (part / std::abs(distance));
             const double kept = isLast ? tolerance : ofParts * tolerance;
+            const double own = height > 0.0 ? std::max(height * (part / std::abs(distance)), kept) : 0.0;
             detail::BufferOutline outline({std::copysign(part, distance), own, kept, shape});
             for (AreaOverlay::Area& area : areas) {
                 for (AreaOverlay::Ring& ring : area) outline.AddRing(std::move(ring));
@@ -162,7 +162,8 @@ bool BufferCreator::Create(const Source& source, double distance, std::vector<Po
 
 bool BufferCreator::Create(const Source& source, double distance, double height, std::vector<Polygon2D>& result,
                            const Tolerances& tolerances, const Shape& shape) {
-    return height > 0.0 && Work{source, distance, height, std::abs(tolerances.UserTolerance()), shape}.Run(result);
+    const double tolerance = std::abs(tolerances.UserTolerance());
+    return height > 0.0 && Work{source, distance, std::max(height, tolerance), tolerance, shape}.Run(result);
 }
 
 bool BufferCreator::Create(const Source& source, double distance, double height, std::vector<Polygon2D>& result,

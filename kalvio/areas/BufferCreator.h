@@ -95,8 +95,8 @@ public:
 
     /// Bounded by chords.
     /// @param height  how far the border may lie off the true one; arcs of the source, of corners and of ends are
-    ///                replaced by chords, and corners that do not show left out, to this end. A turn has no more than
-    ///                10,000 chords
+    ///                replaced by chords, and corners that do not show left out, to this end. No less than the user
+    ///                tolerance counts, and a turn has no more than 10,000 chords
     [[nodiscard]] static bool Create(const Source& source, double distance, double height,
                                      std::vector<Polygon2D>& result, const Tolerances& tolerances, const Shape& shape);
     [[nodiscard]] static bool Create(const Source& source, double distance, double height,
