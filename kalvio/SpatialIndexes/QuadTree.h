@@ -13,7 +13,7 @@ struct QuadTreeData;
 ///
 /// Items that cross the x or y axis, and items with a bound that is not finite, are kept in one list and looked at by
 /// every search: move coordinates that straddle the axes, or take an `RStarTree`. Depth grows with the ratio of the
-/// extent of all items to the smallest, and small items take some 260 bytes each. A copy shares the items and copies
+/// extent of all items to the smallest, and small items take some 190 bytes each. A copy shares the items and copies
 /// the nodes.
 class KALVIO_MATH_API QuadTree final : public ISpatialIndex {
 public:

@@ -40,6 +40,17 @@ double CenterOf(double low, double high, int level) {
     return std::isfinite(low) ? low + half : high - half;
 }
 
+/// All of a node: a search reads it once it is there.
+void Prefetch(const QuadTreeNode& node) {
+    for (std::size_t at = 0; at < sizeof(node); at += 64) detail::Prefetch(reinterpret_cast<const char*>(&node) + at);
+}
+
+/// What is read of a node inside a window.
+void PrefetchInside(const QuadTreeNode& node) {
+    detail::Prefetch(&node);
+    detail::Prefetch(reinterpret_cast<const char*>(&node) + 63);
+}
+
 /// Low and high end of the interval of a grid of 2^level that holds a coordinate.
 void ComputeKey(double coordinate, int level, double& low, double& high) {
     if (level >= QuadTreeNode::highestLevel) {
@@ -59,29 +70,28 @@ QuadTreeNode::QuadTreeNode() = default;
 QuadTreeNode::QuadTreeNode(BoundingBoxND* box, int squareLevel)
     : level(std::clamp(squareLevel, lowestLevel, highestLevel)), isRoot(box == nullptr) {
     if (isRoot) return;
-    envelope = box;
+    shown = new Shown{std::unique_ptr<const BoundingBoxND>(box), {}};
     square = InPlan(*box);
     centerX = 0.5 * square.minX + 0.5 * square.maxX;
     centerY = 0.5 * square.minY + 0.5 * square.maxY;
 }
 
 QuadTreeNode::QuadTreeNode(const PlanBox& nodeSquare, int squareLevel)
-    : centerX(CenterOf(nodeSquare.minX, nodeSquare.maxX, squareLevel)),
+    : level(squareLevel),
+      isRoot(false),
+      centerX(CenterOf(nodeSquare.minX, nodeSquare.maxX, squareLevel)),
       centerY(CenterOf(nodeSquare.minY, nodeSquare.maxY, squareLevel)),
-      square(nodeSquare),
-      level(squareLevel),
-      isRoot(false) {}
+      square(nodeSquare) {}
 
 QuadTreeNode::QuadTreeNode(const QuadTreeNode& other)
     : ISpatialIndexNode(other),
-      centerX(other.centerX),
-      centerY(other.centerY),
-      items(other.items),
-      boxes(other.boxes),
-      square(other.square),
       level(other.level),
       isRoot(other.isRoot),
-      hasStrays(other.hasStrays) {
+      hasStrays(other.hasStrays),
+      items(other.items),
+      centerX(other.centerX),
+      centerY(other.centerY),
+      square(other.square) {
     for (std::size_t i = 0; i < children.size(); ++i) {
         if (other.children[i] != nullptr) children[i] = std::make_unique<QuadTreeNode>(*other.children[i]);
     }
@@ -96,25 +106,27 @@ QuadTreeNode& QuadTreeNode::operator=(const QuadTreeNode& other) {
     level = copy.level;
     isRoot = copy.isRoot;
     hasStrays = copy.hasStrays;
-    items.swap(copy.items);
-    boxes.swap(copy.boxes);
+    items.Swap(copy.items);
     children.swap(copy.children);
-    delete envelope.exchange(nullptr);
+    delete shown.exchange(nullptr);
     return *this;
 }
 
-QuadTreeNode::~QuadTreeNode() { delete envelope.load(); }
+QuadTreeNode::~QuadTreeNode() { delete shown.load(); }
 
 SpatialIndexNodeTypes QuadTreeNode::GetType() const { return SpatialIndexNodeTypes::QuadTreeNode; }
 
-const BoundingBoxND* QuadTreeNode::GetEnvelope() const {
-    if (isRoot) return nullptr;
-    const BoundingBoxND* known = envelope.load(std::memory_order_acquire);
-    if (known != nullptr) return known;
-    auto made = std::make_unique<const BoundingBoxND>(square.GetFlatBox().ToBoundingBox());
+const BoundingBoxND* QuadTreeNode::GetEnvelope() const { return isRoot ? nullptr : Show().square.get(); }
+
+const QuadTreeNode::Shown& QuadTreeNode::Show() const {
+    Shown* known = shown.load(std::memory_order_acquire);
+    if (known != nullptr) return *known;
+    auto made = std::make_unique<Shown>();
+    made->square = std::make_unique<const BoundingBoxND>(square.GetFlatBox().ToBoundingBox());
+    made->items.assign(items.begin(), items.end());
     // Of several threads that made it one wins; the others take the winner's.
-    if (envelope.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel)) return made.release();
-    return known;
+    if (shown.compare_exchange_strong(known, made.get(), std::memory_order_acq_rel)) return *made.release();
+    return *known;
 }
 
 bool QuadTreeNode::HasChildren() const {
@@ -130,7 +142,7 @@ int QuadTreeNode::Depth() const {
 }
 
 int QuadTreeNode::Size() const {
-    int size = static_cast<int>(items.size());
+    int size = static_cast<int>(items.GetCount());
     for (const auto& child : children) {
         if (child != nullptr) size += child->Size();
     }
@@ -259,6 +271,7 @@ void QuadTreeNode::Adopt(std::unique_ptr<QuadTreeNode> node) {
         for (const ISpatialIndexData* item : *node->AddAllItems(&all)) Add(item);
         return;
     }
+    hasStrays = hasStrays || !square.Contains(node->square);
     std::unique_ptr<QuadTreeNode>& child = children[static_cast<std::size_t>(quadrant)];
     if (isRoot || node->level == level - 1) {
         child = std::move(node);
@@ -273,17 +286,21 @@ bool QuadTreeNode::Remove(const BoundingBoxND& box, const ISpatialIndexData* ite
 
 bool QuadTreeNode::Remove(const PlanBox& box, const ISpatialIndexData* item) {
     if (!isRoot && !square.Intersects(box)) return false;
-    for (std::unique_ptr<QuadTreeNode>& child : children) {
+    // Children that lie beyond the centre lines need not be looked at.
+    const std::array<bool, 2> reachesX{box.minX <= centerX, centerX <= box.maxX};
+    const std::array<bool, 2> reachesY{box.minY <= centerY, centerY <= box.maxY};
+    for (std::size_t quadrant = 0; quadrant < children.size(); ++quadrant) {
+        if (!(reachesX[quadrant % 2] && reachesY[quadrant / 2])) continue;
+        std::unique_ptr<QuadTreeNode>& child = children[quadrant];
         if (child == nullptr || !child->Remove(box, item)) continue;
         if (child->IsPrunable()) child = nullptr;
         return true;
     }
-    const auto place = std::find(items.begin(), items.end(), item);
+    const auto* const place = std::find(items.begin(), items.end(), item);
     if (place == items.end()) return false;
-    const detail::BoxPairs pairs(boxes.data(), planDimension);
-    pairs.Erase(static_cast<unsigned int>(place - items.begin()), static_cast<unsigned int>(items.size()));
-    items.erase(place);
-    boxes.resize(detail::BoxPairs::GetSize(static_cast<unsigned int>(items.size()), planDimension));
+    const auto at = place - items.begin();
+    items.Erase(static_cast<unsigned int>(at));
+    if (Shown* const known = shown.load()) known->items.erase(known->items.begin() + at);
     return true;
 }
 
@@ -317,10 +334,8 @@ QuadTreeNode* QuadTreeNode::MakeChild(std::size_t quadrant) {
 }
 
 void QuadTreeNode::Append(const PlanBox& box, ISpatialIndexData* item) {
-    const auto n = static_cast<unsigned int>(items.size());
-    boxes.resize(detail::BoxPairs::GetSize(n + 1, planDimension));
-    detail::BoxPairs(boxes.data(), planDimension).Set(n, box.GetFlatBox());
-    items.push_back(item);
+    items.Append(box, item);
+    if (Shown* const known = shown.load()) known->items.push_back(item);
     hasStrays = hasStrays || !square.Contains(box);
 }
 
@@ -329,13 +344,6 @@ bool QuadTreeNode::IsSearchMatch(const NodeQuery& query) const {
     if (isRoot) return true;
     const detail::LaneMask x = query.Axis(0)(Lanes::Repeat(square.minX), Lanes::Repeat(square.maxX));
     return (x & query.Axis(1)(Lanes::Repeat(square.minY), Lanes::Repeat(square.maxY))).Bits() != 0;
-}
-
-template <class ItemQuery, class Found>
-void QuadTreeNode::FindItems(const ItemQuery& itemQuery, Found& found) const {
-    if (items.empty()) return;
-    const detail::BoxPairs pairs(const_cast<double*>(boxes.data()), planDimension);  // only read
-    pairs.ForEachMatch(itemQuery, static_cast<unsigned int>(items.size()), [&](unsigned int i) { found(items[i]); });
 }
 
 template <class NodeQuery, class ItemQuery, class Found>
@@ -355,16 +363,9 @@ void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, 
     for (unsigned int quadrant = 0; quadrant < 4; ++quadrant) {
         if ((columns >> quadrant % 2 & rows >> quadrant / 2 & 1U) == 0) continue;
         next[quadrant] = children[quadrant].get();
-        if (next[quadrant] == nullptr) continue;
-        detail::Prefetch(next[quadrant]);
-        detail::Prefetch(reinterpret_cast<const char*>(next[quadrant]) + 64);
+        if (next[quadrant] != nullptr) Prefetch(*next[quadrant]);
     }
-    FindItems(itemQuery, found);
-    for (const QuadTreeNode* const child : next) {
-        if (child == nullptr) continue;
-        detail::Prefetch(child->items.data());
-        detail::Prefetch(child->boxes.data());
-    }
+    items.ForEachMatch(itemQuery, found);
     for (const QuadTreeNode* const child : next) {
         if (child == nullptr || (isRoot && !child->IsSearchMatch(nodeQuery))) continue;
         child->Walk(nodeQuery, itemQuery, found);
@@ -373,22 +374,21 @@ void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, 
 
 template <class NodeQuery, class ItemQuery, class Found>
 void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
+    // Two levels ahead: what is read next lies in nodes that are on their way already.
     for (const auto& child : children) {
         if (child == nullptr) continue;
-        detail::Prefetch(child.get());
-        detail::Prefetch(reinterpret_cast<const char*>(child.get()) + 64);
+        for (const auto& next : child->children) {
+            if (next != nullptr) PrefetchInside(*next);
+        }
     }
     if (hasStrays) {
-        FindItems(itemQuery, found);
+        items.ForEachMatch(itemQuery, found);
     } else {
         for (ISpatialIndexData* item : items) found(item);
     }
     for (const auto& child : children) {
-        if (child != nullptr) detail::Prefetch(child->items.data());
-    }
-    for (const auto& child : children) {
         if (child == nullptr) continue;
-        if (square.Contains(child->square)) {
+        if (!hasStrays || square.Contains(child->square)) {
             child->FindAll(nodeQuery, itemQuery, found);
         } else if (child->IsSearchMatch(nodeQuery)) {
             child->Walk(nodeQuery, itemQuery, found);
@@ -397,27 +397,33 @@ void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuer
 }
 
 void QuadTreeNode::SearchNearest(const FlatBox& from, detail::NearestItems& nearest) const {
-    const detail::BoxPairs pairs(const_cast<double*>(boxes.data()), planDimension);  // only read
-    for (unsigned int i = 0; i < items.size(); ++i) {
-        const FlatBox box = pairs.Get(i);
-        const double distance = PlanBox(box).SquaredDistance(from);
-        if (!(distance <= nearest.GetLimit()) || (isRoot && box.HasNaN())) continue;
-        nearest.Take(distance, pairs, i, items[i]);
-    }
     struct Way {
         double distance;
         const QuadTreeNode* node;
     };
     std::array<Way, 4> ways;
     std::size_t n = 0;
-    for (const auto& child : children) {
+    for (std::size_t quadrant = 0; quadrant < children.size(); ++quadrant) {
+        const QuadTreeNode* const child = children[quadrant].get();
         if (child == nullptr) continue;
-        const Way way{child->square.SquaredDistance(from), child.get()};
+        // Not the child's square: most children need not be read.
+        const PlanBox part = isRoot || hasStrays ? child->square : GetQuadrant(quadrant);
+        const Way way{part.SquaredDistance(from), child};
         std::size_t i = n++;
         for (; i > 0 && way.distance < ways[i - 1].distance; --i) ways[i] = ways[i - 1];
         ways[i] = way;
     }
-    for (std::size_t i = 0; i < n && ways[i].distance <= nearest.GetLimit(); ++i) {
+    // The nearest child first: few of the large boxes here are nearer than what lies there.
+    const bool startsBelow = n > 0 && ways[0].distance <= nearest.GetLimit();
+    if (startsBelow) ways[0].node->SearchNearest(from, nearest);
+    for (unsigned int i = 0; i < items.GetCount(); ++i) {
+        const PlanBox box = items.GetBox(i);
+        const double distance = box.SquaredDistance(from);
+        if (!(distance <= nearest.GetLimit()) || (isRoot && box.GetFlatBox().HasNaN())) continue;
+        nearest.Take(distance, items.GetBounds(i), items.begin()[i]);
+    }
+    if (!startsBelow) return;
+    for (std::size_t i = 1; i < n && ways[i].distance <= nearest.GetLimit(); ++i) {
         ways[i].node->SearchNearest(from, nearest);
     }
 }

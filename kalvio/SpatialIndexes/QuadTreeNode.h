@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndexNode.h"
-#include "kalvio/SpatialIndexes/detail/PlanBox.h"
+#include "kalvio/SpatialIndexes/detail/PlanItems.h"
 
 #include <array>
 #include <atomic>
@@ -64,9 +64,9 @@ public:
     /// The square; null for the root. Owned by the node.
     const BoundingBoxND* GetEnvelope() const;
     int GetLevel() const { return level; }
-    const std::vector<ISpatialIndexData*>& GetItems() const { return items; }
+    const std::vector<ISpatialIndexData*>& GetItems() const { return Show().items; }
     bool HasChildren() const;
-    bool HasItems() const { return !items.empty(); }
+    bool HasItems() const { return items.GetCount() > 0; }
     /// Neither children nor items.
     bool IsPrunable() const { return !HasChildren() && !HasItems(); }
     /// 1 + the greatest depth of the children.
@@ -123,7 +123,15 @@ private:
 
     using PlanBox = detail::PlanBox;
 
+    /// What a node keeps in a form of its own, as it is handed out; made when it is asked for.
+    struct Shown {
+        std::unique_ptr<const BoundingBoxND> square;
+        std::vector<ISpatialIndexData*> items;
+    };
+
     QuadTreeNode(const PlanBox& nodeSquare, int squareLevel);
+
+    const Shown& Show() const;
 
     static int ComputeQuadLevel(const PlanBox& box);
     static PlanBox ComputeQuadKey(int squareLevel, const PlanBox& box);
@@ -156,24 +164,20 @@ private:
     /// The same for a node whose square lies inside the window: all that lies inside the square is a match.
     template <class NodeQuery, class ItemQuery, class Found>
     void FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const;
-    /// Calls `found(item)` for the matches among the items of this node alone.
-    template <class ItemQuery, class Found>
-    void FindItems(const ItemQuery& itemQuery, Found& found) const;
     /// `where` is a point, or a box and the overlap flag.
     template <class... Where>
     int SearchInto(const detail::ItemSink& sink, const Where&... where) const;
 
-    // First what a search reads of every node on its way.
-    double centerX = 0.0;  // finite, for the outermost squares too
-    double centerY = 0.0;
-    std::array<std::unique_ptr<QuadTreeNode>, 4> children;
-    std::vector<ISpatialIndexData*> items;
-    std::vector<double> boxes;  // of the items, in pairs
-    PlanBox square;             // the outermost squares reach to infinity
+    // First what a search reads of every node inside its window.
     int level = 0;
     bool isRoot = true;
-    bool hasStrays = false;  // an item was added whose box reaches out of the square
-    mutable std::atomic<const BoundingBoxND*> envelope{nullptr};  // owned; made when it is asked for
+    bool hasStrays = false;  // an item or a child reaches out of the square
+    std::array<std::unique_ptr<QuadTreeNode>, 4> children;
+    detail::PlanItems items;
+    double centerX = 0.0;  // finite, for the outermost squares too
+    double centerY = 0.0;
+    PlanBox square;                              // the outermost squares reach to infinity
+    mutable std::atomic<Shown*> shown{nullptr};  // owned
 };
 
 }  // namespace Kalvio::Math::SpatialIndexes

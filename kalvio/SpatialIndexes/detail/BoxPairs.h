@@ -10,6 +10,15 @@
 
 namespace Kalvio::Math::SpatialIndexes::detail {
 
+/// Where the bounds of a box are in memory that stays.
+struct BoxBounds {
+    const double* first;
+    unsigned int step;  // from the lower bound of an axis to the upper, and on to the next axis
+    unsigned int dimension;
+    double Low(unsigned int axis) const { return first[std::size_t{2} * step * axis]; }
+    double High(unsigned int axis) const { return first[std::size_t{2} * step * axis + step]; }
+};
+
 /// View of the boxes of a node's entries, two by two: lower x of both, upper x of both, lower y of both, ... A pair in
 /// plan is one cache line, and a search tests both its boxes at once, front to back through memory.
 class BoxPairs {
@@ -27,6 +36,7 @@ public:
         for (unsigned int axis = 0; axis < dimension; ++axis) box.Set(axis, Low(axis, i), High(axis, i));
         return box;
     }
+    BoxBounds GetBounds(unsigned int i) const { return {At(0, i), 2, dimension}; }
     void Set(unsigned int i, const FlatBox& box) const {
         for (unsigned int axis = 0; axis < dimension; ++axis) {
             At(axis, i)[0] = box.Low(axis);

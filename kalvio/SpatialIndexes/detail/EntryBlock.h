@@ -109,7 +109,7 @@ public:
             for (; near != 0; near &= near - 1) {
                 const auto i = static_cast<unsigned int>(std::countr_zero(near));
                 const double distance = isExact ? distances[i] : Boxes().SquaredDistance(from, i);
-                if (distance <= nearest.GetLimit()) nearest.Take(distance, Boxes(), i, Targets()[i].item);
+                if (distance <= nearest.GetLimit()) nearest.Take(distance, Boxes().GetBounds(i), Targets()[i].item);
             }
             return;
         }

@@ -35,9 +35,9 @@ public:
     /// Whether there are as many as are wanted.
     bool IsFull() const { return hits.size() == most; }
 
-    /// Takes an item, not farther than the limit, with its box in a list of boxes that stays.
-    void Take(double squaredDistance, const BoxPairs& boxes, unsigned int i, ISpatialIndexData* item) {
-        const Hit hit{squaredDistance, boxes, i, item};
+    /// Takes an item, not farther than the limit, with its box.
+    void Take(double squaredDistance, const BoxBounds& box, ISpatialIndexData* item) {
+        const Hit hit{squaredDistance, box, item};
         if (most <= mostInOrder) {
             if (hits.size() < most) {
                 hits.push_back(hit);
@@ -72,21 +72,17 @@ public:
 private:
     struct Hit {
         double squaredDistance;
-        BoxPairs boxes;
-        unsigned int i;
+        BoxBounds box;
         ISpatialIndexData* item;
     };
 
     static bool IsBefore(const Hit& a, const Hit& b) {
         if (a.squaredDistance != b.squaredDistance) return a.squaredDistance < b.squaredDistance;
-        for (unsigned int axis = 0; axis < a.boxes.GetDimension(); ++axis) {
-            if (a.boxes.Low(axis, a.i) != b.boxes.Low(axis, b.i))
-                return a.boxes.Low(axis, a.i) < b.boxes.Low(axis, b.i);
+        for (unsigned int axis = 0; axis < a.box.dimension; ++axis) {
+            if (a.box.Low(axis) != b.box.Low(axis)) return a.box.Low(axis) < b.box.Low(axis);
         }
-        for (unsigned int axis = 0; axis < a.boxes.GetDimension(); ++axis) {
-            if (a.boxes.High(axis, a.i) != b.boxes.High(axis, b.i)) {
-                return a.boxes.High(axis, a.i) < b.boxes.High(axis, b.i);
-            }
+        for (unsigned int axis = 0; axis < a.box.dimension; ++axis) {
+            if (a.box.High(axis) != b.box.High(axis)) return a.box.High(axis) < b.box.High(axis);
         }
         return std::less<>()(a.item, b.item);
     }

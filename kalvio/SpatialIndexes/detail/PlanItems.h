@@ -1,0 +1,109 @@
+#pragma once
+
+#include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+#include "kalvio/SpatialIndexes/detail/PlanBox.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace Kalvio::Math::SpatialIndexes {
+class ISpatialIndexData;
+}
+
+namespace Kalvio::Math::SpatialIndexes::detail {
+
+/// The items of a node of a quadtree with their boxes, in the order in which they came. One alone, which is what most
+/// nodes hold, lies in place; more share one piece of memory.
+class PlanItems {
+public:
+    PlanItems() = default;
+    PlanItems(const PlanItems& other) {
+        if (other.count > 1) MakeRoom(other.count);
+        for (unsigned int i = 0; i < other.count; ++i) Append(other.GetBox(i), other.begin()[i]);
+    }
+    PlanItems& operator=(const PlanItems&) = delete;
+    ~PlanItems() {
+        if (capacity > 1) ::operator delete(data.memory);
+    }
+    void Swap(PlanItems& other) noexcept {
+        std::swap(count, other.count);
+        std::swap(capacity, other.capacity);
+        std::swap(data, other.data);
+        std::swap(bounds, other.bounds);
+    }
+
+    unsigned int GetCount() const { return count; }
+    ISpatialIndexData* const* begin() const { return Items(); }
+    ISpatialIndexData* const* end() const { return Items() + count; }
+    BoxBounds GetBounds(unsigned int i) const {
+        return capacity > 1 ? Boxes().GetBounds(i) : BoxBounds{bounds.data(), 1, planDimension};
+    }
+    PlanBox GetBox(unsigned int i) const {
+        const BoxBounds box = GetBounds(i);
+        return {box.Low(0), box.Low(1), box.High(0), box.High(1)};
+    }
+
+    void Append(const PlanBox& box, ISpatialIndexData* item) {
+        if (count == capacity) MakeRoom(2 * capacity);
+        if (capacity == 1) {
+            bounds = {box.minX, box.maxX, box.minY, box.maxY};
+        } else {
+            Boxes().Set(count, box.GetFlatBox());
+        }
+        Items()[count++] = item;
+    }
+    /// Later ones move up.
+    void Erase(unsigned int i) {
+        if (capacity > 1) Boxes().Erase(i, count);
+        std::copy(begin() + i + 1, end(), Items() + i);
+        --count;
+    }
+
+    /// Calls `found(item)` for each item whose box answers the query.
+    template <class Query, class Found>
+    void ForEachMatch(const Query& query, Found& found) const {
+        if (capacity > 1) {
+            Boxes().ForEachMatch(query, count, [&](unsigned int i) { found(Items()[i]); });
+            return;
+        }
+        if (count == 0) return;
+        const LaneMask x = query.Axis(0)(Lanes::Repeat(bounds[0]), Lanes::Repeat(bounds[1]));
+        const LaneMask both = x & query.Axis(1)(Lanes::Repeat(bounds[2]), Lanes::Repeat(bounds[3]));
+        if (both.Bits() != 0) found(data.item);
+    }
+
+private:
+    static constexpr unsigned int planDimension = 2;
+
+    static std::size_t GetBoxesSize(unsigned int n) { return BoxPairs::GetSize(n, planDimension) * sizeof(double); }
+
+    BoxPairs Boxes() const { return {reinterpret_cast<double*>(data.memory), planDimension}; }
+    ISpatialIndexData** Items() const {
+        if (capacity == 1) return const_cast<ISpatialIndexData**>(&data.item);
+        return reinterpret_cast<ISpatialIndexData**>(data.memory + GetBoxesSize(capacity));
+    }
+    void MakeRoom(unsigned int n) {
+        PlanItems more;
+        const unsigned int room = n + n % 2;
+        more.data.memory = static_cast<char*>(::operator new(GetBoxesSize(room) + room * sizeof(ISpatialIndexData*)));
+        more.capacity = room;
+        std::uninitialized_fill_n(reinterpret_cast<double*>(more.data.memory), BoxPairs::GetSize(room, planDimension),
+                                  0.0);  // pairs are read whole
+        for (unsigned int i = 0; i < count; ++i) more.Append(GetBox(i), begin()[i]);
+        Swap(more);
+    }
+
+    unsigned int count = 0;
+    unsigned int capacity = 1;  // 1: in place
+    union {
+        ISpatialIndexData* item;
+        char* memory;  // boxes in pairs, then the items
+    } data{nullptr};
+    std::array<double, 4> bounds{};  // low x, high x, low y, high y of one in place
+};
+
+}  // namespace Kalvio::Math::SpatialIndexes::detail
