@@ -18,8 +18,8 @@ namespace {
 
 using detail::AreaOverlay;
 
-constexpr double ofCurves = 0.25;   // of the height: how far chords leave the arcs of the source
-constexpr double ofParts = 0.0625;  // of the tolerance: that of buffers that are not the last one
+constexpr double ofCurves = 0.25;     // of the height: how far chords leave the arcs of the source
+constexpr double ofParts = 0.015625;  // of the tolerance: that of buffers that are not the last one
 
 bool IsInRange(double value) { return std::abs(value) <= detail::largestCoordinate; }
 
@@ -100,7 +100,7 @@ struct BufferCreator::Work {
     double NextPart(const std::vector<AreaOverlay::Area>& areas, const std::vector<detail::ChainPath>& paths,
                     double done) const {
         constexpr double elements = 4.0;  // that a part of the distance spans
-        constexpr double fewest = 64.0;   // parts of the rest that are not worth another one
+        constexpr double most = 1e6;      // of the rest to a part
         constexpr double mostOfRest = 0.5;
         const double rest = std::abs(distance) - done;
         const bool isRound =
@@ -116,7 +116,7 @@ struct BufferCreator::Work {
         };
         for (const AreaOverlay::Area& area : areas) std::for_each(area.begin(), area.end(), add);
         std::for_each(paths.begin(), paths.end(), add);
-        const double part = std::max({elements * length / count, done, rest / fewest});
+        const double part = std::max({elements * length / count, done, rest / most});
         return length > 0.0 && part < mostOfRest * rest ? part : rest;
     }
 

@@ -26,7 +26,8 @@ class Tolerances;
 ///     if (Offset::Parallel(plan, 3.5, edge, tolerances)) value = edge.GetLength();
 ///
 /// All functions answer false, the result untouched, for coordinates and distances that are not finite (or beyond
-/// 1e100), chains no longer than the user tolerance, and a limit that is not positive.
+/// 1e100), chains no longer than the user tolerance, transitions that no such arcs keep to, and a limit that is not
+/// positive.
 class KALVIO_MATH_API Offset {
 public:
     using Join = BufferCreator::Join;

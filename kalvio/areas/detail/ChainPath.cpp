@@ -13,6 +13,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 namespace Kalvio::Math::detail {
 
@@ -107,7 +108,8 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
             if (first + 2 < path.size()) off = std::min(off, OffArc(path[first + 1], path[first + 2].at, p));
             most = std::max(most, off);
         }
-        if (!(most <= reserve * tolerance) && end - from.station > shortest * length) {
+        if (!(most <= reserve * tolerance)) {
+            if (!(end - from.station > shortest * length)) return false;
             path.resize(first + 1);
             path.back().sense = 0;
             // What a stretch leaves free grows with its third power.
@@ -171,7 +173,11 @@ bool MakePath(const LineString2D& chain, ChainPath& path) {
 
 bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path) {
     path.clear();
-    return Finish(Append(chain, std::max(tolerance, numericalZero), path), path);
+    constexpr double roundings = 32.0 * std::numeric_limits<double>::epsilon();
+    const PlanePoint start = Plain(chain.GetStart());
+    const PlanePoint end = Plain(chain.GetEnd());
+    const double largest = std::max({std::abs(start.x), std::abs(start.y), std::abs(end.x), std::abs(end.y)});
+    return Finish(Append(chain, std::max({tolerance, numericalZero, roundings * largest}), path), path);
 }
 
 bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {

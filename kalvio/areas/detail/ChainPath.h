@@ -20,6 +20,7 @@ using ChainPath = AreaOverlay::Ring;
 [[nodiscard]] bool MakePath(const LineString2D& chain, ChainPath& path);
 /// The same. Lines and arcs stay as they are; other elements are replaced by arcs (lines where flat) that join
 /// tangentially, two for a stretch (K. M. Bolton, Biarc curves, 1975), each stretch as long as the tolerance allows.
+/// @return false also where no such arcs are found
 [[nodiscard]] bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path);
 /// The same by chords, no finer than 1e-9 of the length.
 [[nodiscard]] bool MakeChords(const Polyline2D& chain, double height, ChainPath& path);
