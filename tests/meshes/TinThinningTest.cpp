@@ -10,8 +10,8 @@ Vec2D Turned(double x, double y, double angle) {
     return {x * std::cos(angle) - y * std::sin(angle), x * std::sin(angle) + y * std::cos(angle)};
 }
 
-// Random places, grids in any direction and terraces, with chains and a border: no vertex left out is farther than the
-// tolerance, the border is the same in plan, chains keep their heights.
+// Random places, grids in any direction, whose needles have no plain determinant, and terraces, with chains and a
+// border: no vertex left out is farther than the tolerance, the border is the same in plan, chains keep their heights.
 TEST(TinThinningTest, KeepsToleranceBorderAndChains) {
     RandomNumbers random(20240610);
     for (int round = 0; round < 60; ++round) {
@@ -120,24 +120,6 @@ TEST(TinThinningTest, HolesAreFilledAndBaysAreNot) {
         EXPECT_NEAR(z, p.GetX() - 385000 - 2.0 * (p.GetY() - 6672000), 1e-6);
         ASSERT_TRUE(surface.FillHoles(limit, count));
         EXPECT_EQ(count, 0U) << "closed once";
-    }
-}
-
-// Where the plain determinant of a triangle is 0 or noise its corners still have their heights.
-TEST(TinSurfaceTest, CornersOfNeedlesHaveTheirHeights) {
-    TinSurfacePatch3D::Ground ground;
-    for (int i = 0; i < 400; ++i) ground.points.emplace_back(Point2D() + Turned(i % 20, i / 20, 0.37), i % 7);
-    TinSurfacePatch3D surface;
-    ASSERT_TRUE(surface.Build(ground, kTolerances));
-    for (std::uint64_t t = 0; t < surface.GetTrianglesCount(); ++t) {
-        Point3D a, b, c;
-        ASSERT_TRUE(surface.GetTriangles().GetTriangleAt(t, a, b, c));
-        for (const Point3D& p : {a, b, c}) {
-            auto hint = static_cast<unsigned int>(t);
-            double z = kNan;
-            ASSERT_TRUE(surface.GetHeight(p.GetPoint2D(), z, hint));
-            EXPECT_NEAR(z, p.GetZ(), 1e-9);
-        }
     }
 }
 
