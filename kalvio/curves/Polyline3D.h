@@ -52,7 +52,8 @@ public:
     /// @param length  set to 0 when no element holds the point (false)
     [[nodiscard]] bool GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const override;
     [[nodiscard]] bool GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const override;
-    /// The nearest point over all elements, the first of equals; the query point for an empty chain.
+    /// The nearest point over all elements, the first of equals; the query point for an empty chain, and for one that
+    /// holds a `LineString3D`, which answers so: ask `Projection::NearestPoint` of strings.
     Point3D GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const override;
 
     BoundingBox3D GetBoundingBox() const { return GetBoundingBox3D(); }
