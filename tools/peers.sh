@@ -1,6 +1,6 @@
 #!/bin/sh
 # Runs our benchmarks and those of the peers that are installed in turn, round after round, and writes the medians to
-# docs/benchmarks.md. Takes some minutes; the machine should do nothing else. Options go to cmake.
+# docs/benchmarks.md, some rows to README.md. Takes some minutes; the machine should do nothing else. Options go to cmake.
 set -eu
 cd "$(dirname "$0")/.."
 build=build/bench
@@ -16,8 +16,8 @@ convex hull, square|2|1000 10000 100000 1000000|peers/cgal_peers:BM_ConvexHull<S
 convex hull, coast|2|1000 10000 100000 1000000|peers/cgal_peers:BM_ConvexHull<ShoreRing>/points:%|peers/cgal_peers:BM_CgalConvexHull<ShoreRing>/points:%
 convex hull, circle|1|1000 10000 100000 1000000|peers/cgal_peers:BM_ConvexHull<Circle>/points:%|peers/cgal_peers:BM_CgalConvexHull<Circle>/points:%
 nearest point on a rough line string, asked again and again|1|1000 10000 100000 1000000|peers/nearest_peers:BM_Nearest<Rough>/segments:%|peers/nearest_peers:BM_BoostNearest<Rough>/segments:% peers/nearest_peers:BM_CgalNearest<Rough>/segments:%
-the same, on a coast|1|1000 10000 100000 1000000|peers/nearest_peers:BM_Nearest<Shore>/segments:%|peers/nearest_peers:BM_BoostNearest<Shore>/segments:% peers/nearest_peers:BM_CgalNearest<Shore>/segments:%
-the same, on a polyline of lines|1|1000 10000 100000 1000000|peers/nearest_peers:BM_NearestOnPolyline<Shore>/segments:%|peers/nearest_peers:BM_BoostNearest<Shore>/segments:% peers/nearest_peers:BM_CgalNearest<Shore>/segments:%
+nearest point on a coast|1|1000 10000 100000 1000000|peers/nearest_peers:BM_Nearest<Shore>/segments:%|peers/nearest_peers:BM_BoostNearest<Shore>/segments:% peers/nearest_peers:BM_CgalNearest<Shore>/segments:%
+nearest point on a polyline of lines|1|1000 10000 100000 1000000|peers/nearest_peers:BM_NearestOnPolyline<Shore>/segments:%|peers/nearest_peers:BM_BoostNearest<Shore>/segments:% peers/nearest_peers:BM_CgalNearest<Shore>/segments:%
 asked once, beside our own scan|0.83|1000 10000 100000 1000000|peers/nearest_peers:BM_NearestOnce<Shore>/segments:%|peers/nearest_peers:BM_NearestScan<Shore>/segments:%
 R-tree, window of 10|1|1000000|peers/spatial_index_peers:RTree/window/items:%/clustered:0/hits:10|peers/spatial_index_peers:BoostRStar16/window/items:%/clustered:0/hits:10 peers/spatial_index_peers:GeosStr/window/items:%/clustered:0/hits:10
 R-tree, window of 1000|1|1000000|peers/spatial_index_peers:RTree/window/items:%/clustered:0/hits:1000|peers/spatial_index_peers:BoostRStar16/window/items:%/clustered:0/hits:1000 peers/spatial_index_peers:GeosStr/window/items:%/clustered:0/hits:1000
@@ -53,6 +53,12 @@ crossings of the borders of two polygons|5|1000 10000 100000|queries/queries_ben
 area of a ring|1|100 1000|peers/boost_border_peers:BM_Area/vertices:%|peers/boost_border_peers:BM_BoostArea/vertices:%
 centroid of a ring|1|100 1000|peers/boost_border_peers:BM_Centroid/vertices:%|peers/boost_border_peers:BM_BoostCentroid/vertices:%
 clothoid, one of many samples; a hand-written loop|0.67|100|curves/curves_benchmarks:BM_ClothoidMakePointsAndTangents/samples:%*100|curves/curves_benchmarks:BM_HandWrittenSeries
+common area of two coasts|3|100 1000 10000 100000|areas/areas_benchmarks:BM_ShoresIntersection/vertices:%|peers/geos_chain_peers:BM_GeosShoresIntersection/vertices:%
+common area of two combs, teeth|3|30 300|areas/areas_benchmarks:BM_CombsIntersection/teeth:%|peers/geos_chain_peers:BM_GeosCombsIntersection/teeth:%
+union of parcels, to a side|3|10 100|areas/areas_benchmarks:BM_ParcelsUnion/side:%|peers/geos_chain_peers:BM_GeosParcelsUnion/side:%
+buffer of a coast, 20 m|3|1000 10000|areas/areas_benchmarks:BM_ShoreBuffer/vertices:%/distance:20|peers/geos_chain_peers:BM_GeosShoreBuffer/vertices:%/distance:20
+triangulation of spread points|1.3|10000 100000 1000000|peers/cgal_peers:BM_BuildSurface<false>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<false>/points:%
+the same with breaklines|1.3|10000 1000000|peers/cgal_peers:BM_BuildSurface<true>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<true>/points:%
 foot on a spiral; on our clothoid|0.5|1|queries/queries_benchmarks:BM_FootOnSpiral|queries/queries_benchmarks:BM_FootOnClothoid
 END
 
@@ -152,4 +158,31 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
         }' "$work/times" "$work/rows"
 } >"$work/benchmarks.md"
 mv "$work/benchmarks.md" docs/benchmarks.md
+
+# The README quotes some rows, winning and losing ones.
+cat >"$work/quoted" <<'END'
+convex hull, points of a disc|1000000
+nearest point on a coast|1000000
+R-tree, window of 1000|1000000
+R*-tree, window of 10|1000000
+quadtree filled one by one|10000
+inverse, more rows|64
+points in a polygon, beside the border|100000
+self-crossings of a coast|100000
+crossings of the borders of two polygons|100000
+area of a ring|100
+common area of two coasts|10000
+triangulation of spread points|1000000
+END
+awk -F' *[|] *' '
+    FILENAME == ARGV[1] { split($0, of, "|"); quoted[of[1] "|" of[2]] = 1; next }
+    FILENAME == ARGV[2] {
+        if ($2 != "" && $3 != "Size") work = $2
+        if ((work "|" $3) in quoted) rows = rows sprintf("| %s, %s | %s | %s | %s |\n", work, $3, $4, $5, $6)
+        next
+    }
+    /^\| Work/ { printf "| Work, size | Here | Best peer | Ratio |\n|---|---|---|---|\n%s", rows; isTable = 1; next }
+    isTable && /^\|/ { next }
+    { isTable = 0; print }' "$work/quoted" docs/benchmarks.md README.md >"$work/README.md"
+mv "$work/README.md" README.md
 echo "docs/benchmarks.md: $(grep -c '^| ' docs/benchmarks.md) rows, $(grep -c '\*\*' docs/benchmarks.md || true) less than asked"
