@@ -96,19 +96,25 @@ struct BufferCreator::Work {
     }
 
     // What discs make can be made by smaller discs one after the other. As long as the elements are short against the
-    // distance that takes less: each buffer is simpler than the one before.
+    // distance that takes less: each buffer is simpler than the one before. No part is so short that its buffer
+    // vanishes.
     double NextPart(const std::vector<AreaOverlay::Area>& areas, const std::vector<detail::ChainPath>& paths,
                     double done) const {
         constexpr double elements = 4.0;  // that a part of the distance spans
         constexpr double most = 1e6;      // of the rest to a part
         constexpr double mostOfRest = 0.5;
+        constexpr double finest = 1e-12;  // of the largest coordinate: well above what the overlay tells apart
         const double rest = std::abs(distance) - done;
         const bool isRound =
             shape.join == Join::Round && (paths.empty() || (shape.end == End::Round && shape.side == Side::Both));
         if (!isRound) return rest;
         double length = 0.0;
         double count = 1.0;
+        double largest = 0.0;
         const auto add = [&](const AreaOverlay::Ring& path) {
+            for (const AreaOverlay::Corner& corner : path) {
+                largest = std::max({largest, std::abs(corner.at.x), std::abs(corner.at.y)});
+            }
             for (std::size_t i = 1; i < path.size(); ++i) {
                 length += std::hypot(path[i].at.x - path[i - 1].at.x, path[i].at.y - path[i - 1].at.y);
             }
@@ -116,7 +122,7 @@ struct BufferCreator::Work {
         };
         for (const AreaOverlay::Area& area : areas) std::for_each(area.begin(), area.end(), add);
         std::for_each(paths.begin(), paths.end(), add);
-        const double part = std::max({elements * length / count, done, rest / most});
+        const double part = std::max({elements * length / count, done, rest / most, tolerance, finest * largest});
         return length > 0.0 && part < mostOfRest * rest ? part : rest;
     }
 

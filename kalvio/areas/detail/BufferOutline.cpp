@@ -53,7 +53,7 @@ void BufferOutline::AddRing(Path ring) {
 void BufferOutline::AddChain(const Path& chain) {
     if (style.shape.side == BufferCreator::Side::Left) {
         style.shape.side = BufferCreator::Side::Right;
-        AddChain(Reversed(chain));
+        AddChain(detail::Reversed(chain));
         style.shape.side = BufferCreator::Side::Left;
         return;
     }
@@ -65,19 +65,19 @@ void BufferOutline::AddChain(const Path& chain) {
     const bool isClosed = IsClosed(chain);
     Path forth = chain;
     if (isClosed) forth.pop_back();
-    Path back = Reversed(forth, isClosed);
-    DropCorners(forth, isClosed);
+    std::vector<Way> ways = WaysOf(forth, isClosed);
+    if (style.height > 0.0) ways = WaysOf(CornersOf(ways, isClosed), isClosed);  // without gaps
+    std::vector<Way> waysBack = Reversed(ways);
     if (style.shape.side == BufferCreator::Side::Right) {
-        const std::vector<Way> source = WaysOf(back, isClosed);
-        Follow(WaysOf(forth, isClosed), isClosed);
+        DropCorners(ways, isClosed);
+        Follow(ways, isClosed);
         if (isClosed) loops.emplace_back();
-        for (const Way& way : source) loops.back().push_back({way.from, way.sense, way.center});
-        if (!isClosed) GoTo(source.back().to);
+        for (const Way& way : waysBack) loops.back().push_back({way.from, way.sense, way.center});
+        if (!isClosed) GoTo(waysBack.back().to);
         return;
     }
-    DropCorners(back, isClosed);
-    std::vector<Way> ways = WaysOf(forth, isClosed);
-    const std::vector<Way> waysBack = WaysOf(back, isClosed);
+    DropCorners(ways, isClosed);
+    DropCorners(waysBack, isClosed);
     if (isClosed) {
         Follow(ways, true);
         Follow(waysBack, true);
@@ -104,6 +104,38 @@ BufferOutline::Path BufferOutline::ParallelOf(const Path& chain) {
     loops.pop_back();
     if (isClosed) parallel.push_back({parallel.front().at, 0, {}});
     return parallel;
+}
+
+// Reversed ways turn at the same corners by the same angles: where a chain comes straight back on itself, one of both
+// turns away.
+std::vector<BufferOutline::Way> BufferOutline::Reversed(const std::vector<Way>& ways) const {
+    std::vector<Way> reversed;
+    reversed.reserve(ways.size());
+    for (std::size_t i = ways.size(); i-- > 0;) {
+        const Way& way = ways[i];
+        reversed.push_back({way.to, way.from, way.endDirection * -1.0, way.direction * -1.0, way.center, -way.sense,
+                            IsCollapsed(way.from, way.center, -way.sense), way.length});
+    }
+    return reversed;
+}
+
+BufferOutline::Path BufferOutline::CornersOf(const std::vector<Way>& ways, bool isClosed) {
+    Path path;
+    path.reserve(ways.size() + 1);
+    for (const Way& way : ways) path.push_back({way.from, 0, {}});
+    if (!isClosed) path.push_back({ways.back().to, 0, {}});
+    return path;
+}
+
+bool BufferOutline::IsCollapsed(const PlanePoint& p, const PlanePoint& center, int sense) const {
+    return !isBare && sense != 0 && !(std::sqrt(Square(p - center)) + sense * style.distance > 0.0);
+}
+
+void BufferOutline::DropCorners(std::vector<Way>& ways, bool isClosed) const {
+    if (!(style.height > 0.0)) return;
+    Path path = CornersOf(ways, isClosed);
+    DropCorners(path, isClosed);
+    ways = WaysOf(path, isClosed);
 }
 
 // Leaves out corners that turn towards the strips, as long as the segment in their place has all of them within the
@@ -172,7 +204,7 @@ void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner&
     const PlanePoint arm = corner.at - corner.center;
     const double radius = std::sqrt(Square(arm));
     if (!(radius > 0.0)) return;
-    const bool isCollapsed = !isBare && !(radius + corner.sense * style.distance > 0.0);
+    const bool isCollapsed = IsCollapsed(corner.at, corner.center, corner.sense);
     const auto directionAt = [&](const PlanePoint& p) {
         return RightOf(p - corner.center) * (-corner.sense / std::sqrt(Square(p - corner.center)));
     };
@@ -199,9 +231,9 @@ BufferOutline::Joint BufferOutline::JointOf(const Way& a, const Way& b, bool isL
     const PlanePoint meeting = a.to + (RightOf(a.endDirection) + RightOf(b.direction)) * (style.distance / (1.0 + dot));
     if (cross > 0.0 || (cross == 0.0 && dot < 0.0)) {
         const double reached = std::sqrt(2.0 / std::max(1.0 + dot, 0.0));
-        const bool isMitred =
-            isRound ? reach * (reached - 1.0) <= excess
-                    : style.shape.join == BufferCreator::Join::Mitred && reached <= style.shape.mitreLimit;
+        const bool isMitred = isRound ? reach * (reached - 1.0) <= excess
+                                      : style.shape.join == BufferCreator::Join::Mitred &&
+                                            reach * (reached - style.shape.mitreLimit) <= ofTolerance * style.tolerance;
         return {isMitred && areSegments ? Turn::Point : isMitred ? Turn::Mitre : Turn::Convex, meeting};
     }
     const double shorter = std::min(a.length, b.length);

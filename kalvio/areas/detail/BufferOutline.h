@@ -67,6 +67,10 @@ private:
     bool IsClosed(const Path& chain) const;
 
     void DropCorners(Path& path, bool isClosed) const;
+    void DropCorners(std::vector<Way>& ways, bool isClosed) const;
+    std::vector<Way> Reversed(const std::vector<Way>& ways) const;
+    static Path CornersOf(const std::vector<Way>& ways, bool isClosed);
+    bool IsCollapsed(const PlanePoint& p, const PlanePoint& center, int sense) const;
     std::vector<Way> WaysOf(const Path& path, bool isClosed) const;
     void AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const;
     Joint JointOf(const Way& a, const Way& b, bool isLast) const;
