@@ -33,6 +33,12 @@ void Kalvio::Math::Fuzz(Bytes& bytes) {
             Require(p.Distance(Projection::NearestPointOnPolyline(p, curves, 0.0)) <= limit + 1e-6);
         }
     }
+    if (GeometryWeeder::WeedBySpacing(chain, limit, simple)) {
+        for (unsigned int i = 1; i + 1 < simple.GetSize(); ++i) {
+            Require(!(simple.GetPoints()[i].Distance(simple.GetPoints()[i - 1]) < limit));
+        }
+        Require(GeometryWeeder::WeedByAngle(chain, Angle(1.0), simple) && simple.GetSize() <= chain.GetSize());
+    }
     LineString3D inSpace(bytes.TakePoints3D());
     const unsigned int size = inSpace.GetSize();
     if (GeometrySimplifier::SimplifyByDistance(inSpace, limit, inSpace)) Require(inSpace.GetSize() <= size);
