@@ -3,6 +3,7 @@
 #include "common/Csv.h"
 #include "common/Svg.h"
 
+#include "kalvio/alignments/AlignmentFitting.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <map>
 #include <type_traits>
 #include <utility>
@@ -60,7 +62,7 @@ std::string MessageOf(const AlignmentDesign::Fault& fault) {
 }
 
 StatedElement StatedOf(const IPolyline2DElement& element, const std::string& transition) {
-    StatedElement stated{"Line", 0.0, 0.0, element.GetEnd(), 0};
+    StatedElement stated{"Line", 0.0, 0.0, element.GetEnd(), 0, {}};
     if (element.GetType() == MathTypes::Arc2D) {
         stated.type = "Arc";
         stated.startRadius = stated.endRadius = static_cast<const Arc2D&>(element).GetSignedRadius();
@@ -193,10 +195,32 @@ std::vector<Polyline2D> Join(const DesignWishes& wishes) {
                                          " by " + Fixed(std::abs(misfit), 4));
 }
 
+Alignment FitPoints(const DesignWishes& wishes) {
+    std::vector<std::size_t> lines;
+    std::vector<Point2D> points;
+    for (const std::vector<double>& row : ReadCsv(wishes.fit, 2, &lines)) points.emplace_back(row[0], row[1]);
+    std::vector<AlignmentDesign::Corner> corners;
+    if (!AlignmentFitting::Propose(points, wishes.scatter, LawOf(wishes.transition), corners))
+        throw InputError(wishes.fit + ": no straights and curves are seen along these points");
+    AlignmentFitting::Result fitted;
+    if (!AlignmentFitting::Fit(points, corners, fitted))
+        throw InputError(wishes.fit + ": no alignment is nearest to these points");
+    std::printf("Fit of %zu points: scatter %.6f, largest offset %.6f in line %zu%s\n", points.size(), fitted.scatter,
+                fitted.places[fitted.worst].offset, lines[fitted.worst],
+                fitted.isAtLimit ? "; curves touch, the points want more than fits" : "");
+    for (std::size_t i = 1; i + 1 < fitted.corners.size(); ++i) {
+        const AlignmentDesign::Corner& corner = fitted.corners[i];
+        std::printf("  corner %.6f,%.6f radius %.6f, transitions %.6f and %.6f\n", corner.point.GetX(),
+                    corner.point.GetY(), corner.radius, corner.lengthIn, corner.lengthOut);
+    }
+    return AlignmentOf("Fit", std::move(fitted.plan), wishes.transition);
+}
+
 }  // namespace
 
 std::vector<Alignment> Design(const DesignWishes& wishes) {
     std::vector<Alignment> alignments;
+    if (!wishes.fit.empty()) return {FitPoints(wishes)};
     if (wishes.table.empty()) {
         if (wishes.joins.size() != 2) throw InputError("joins are made from one line or circle to another");
         for (Polyline2D& plan : Join(wishes)) {

@@ -18,11 +18,14 @@ struct DesignWishes {
     std::vector<std::vector<double>> through;  ///< points; each moves the curve of the corner nearest to it
     /// From what to what: a line by two points (x, y, x, y) or a circle (x, y, signed radius).
     std::vector<std::vector<double>> joins;
+    std::string fit;               ///< table of points, x, y, in their order along an alignment; may be empty
+    double scatter = 0.0;          ///< standard deviation of the points
     std::optional<double> radius;  ///< of the arc that joins them, signed; without it they are joined by transitions
 };
 
 /// The alignment through the tangent points of a table: x, y, radius, length of the transition in and out; or the
-/// curves that join two lines or circles, each as an alignment.
+/// alignment nearest to surveyed points, with a word about their offsets on the standard output; or the curves that
+/// join two lines or circles, each as an alignment.
 /// @throws InputError for a table that cannot be read, and where the curves do not fit: which line and column of the
 ///         table, and what is missing
 std::vector<Alignment> Design(const DesignWishes& wishes);

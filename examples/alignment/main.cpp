@@ -7,8 +7,11 @@
 #include "common/Drawing.h"
 #include "common/InputError.h"
 #include "common/LandXml.h"
+#include "common/LandXmlWriter.h"
 #include "common/Svg.h"
 
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/Distance.h"
 #include "kalvio/queries/Projection.h"
 
@@ -32,7 +35,9 @@ constexpr const char* kUsage =
     "usage: alignment FILE.xml [--step METRES] [--svg OUT.svg] [--csv OUT.csv] [--locate X,Y[,Z] ...] [--cross "
     "OTHER.xml]\n"
     "       [--offsets POINTS.csv [--offsets-csv OUT.csv]] [--space OUT.csv] [--reach METRES]\n"
+    "       [--cross-lines OUT.csv [--width METRES]] [--xml OUT.xml]\n"
     "       alignment --design POINTS.csv [--transition NAME] [--without-arcs] [--through X,Y ...] [the same options]\n"
+    "       alignment --fit POINTS.csv [--scatter METRES] [--transition NAME] [the same options]\n"
     "       alignment --join FROM --join TO [--radius R | --transition NAME] [the same options]\n"
     "  --step    distance of the stations written to the table (20)\n"
     "  --svg     draws plan and profile\n"
@@ -44,12 +49,20 @@ constexpr const char* kUsage =
     "  --reach   how far those may be (100)\n"
     "  --design  instead of a file a table of tangent points: x,y,radius and the lengths of the transitions in and "
     "out\n"
+    "  --fit     instead of a file a table of surveyed points, x,y, in their order: straights, arcs and transitions\n"
+    "            nearest to them\n"
+    "  --scatter standard deviation of those points (0)\n"
     "  --without-arcs  transitions grow, in the ratio of the table, until they meet\n"
     "  --through point that the curve nearest to it is laid through by its radius; may be repeated\n"
     "  --join    a line X,Y,X,Y or a circle X,Y,R (right turn: R negative): all arcs of --radius, or the transitions,\n"
     "            from the first to the second\n"
     "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic or Cubic (Clothoid)\n"
     "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
+    "  --cross-lines  writes the lines across the axis every step and wherever it changes: ends and axis, on the "
+    "surface\n"
+    "            where there is a profile; the picture shows them\n"
+    "  --width   of those to either side (10)\n"
+    "  --xml     writes the alignments as LandXML\n"
     "  --cross   all common points with the alignments of another file, with the stations of both\n";
 
 struct Options {
@@ -60,6 +73,9 @@ struct Options {
     std::vector<std::vector<double>> points;
     double reach = 100.0;
     std::string space;
+    std::string crossLines;
+    double width = 10.0;
+    std::string xml;
     DesignWishes design;
     std::string cross;
     std::string offsets;
@@ -71,6 +87,8 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddOptionalWord(options.file);
     arguments.AddText("--design", options.design.table);
     arguments.AddText("--transition", options.design.transition);
+    arguments.AddText("--fit", options.design.fit);
+    arguments.AddPositive("--scatter", options.design.scatter);
     arguments.AddFlag("--without-arcs", options.design.hasNoArcs);
     arguments.AddNumbers("--through", 2, options.design.through);
     arguments.AddNumbers("--join", 3, options.design.joins, 4);
@@ -83,6 +101,9 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddNumbers("--locate", 2, options.points, 3);
     arguments.AddPositive("--reach", options.reach);
     arguments.AddText("--space", options.space);
+    arguments.AddText("--cross-lines", options.crossLines);
+    arguments.AddPositive("--width", options.width);
+    arguments.AddText("--xml", options.xml);
     arguments.AddText("--cross", options.cross);
     return arguments;
 }
@@ -239,18 +260,23 @@ void LocateInSpace(const std::vector<Alignment>& alignments, const Point3D& poin
     }
 }
 
-// The axis in space at every step and wherever it changes, with its frame. Without a profile there is none.
+// Every step and wherever the alignment changes.
+std::vector<double> StationsOf(const Math::Alignment& road, double step) {
+    std::vector<double> stations = road.GetStationsByStep(0.0, road.GetLength(), step);
+    const std::vector<double> changes = road.GetChanges(0.0, road.GetLength());
+    stations.insert(stations.end(), changes.begin(), changes.end());
+    std::sort(stations.begin(), stations.end());
+    stations.erase(std::unique(stations.begin(), stations.end()), stations.end());
+    return stations;
+}
+
+// The axis in space, with its frame. Without a profile there is none.
 void WriteSpace(std::ostream& out, const std::vector<Alignment>& alignments, double step) {
     out << "alignment,station,length,x,y,z,grade,curvature,profile_curvature,cross_slope_left,cross_slope_right,"
            "direction_x,direction_y,direction_z,up_x,up_y,up_z\n";
     for (const Alignment& alignment : alignments) {
         const Math::Alignment road = alignment.InSpace();
-        std::vector<double> stations = road.GetStationsByStep(0.0, road.GetLength(), step);
-        const std::vector<double> changes = road.GetChanges(0.0, road.GetLength());
-        stations.insert(stations.end(), changes.begin(), changes.end());
-        std::sort(stations.begin(), stations.end());
-        stations.erase(std::unique(stations.begin(), stations.end()), stations.end());
-        for (const double station : stations) {
+        for (const double station : StationsOf(road, step)) {
             Math::Alignment::Frame frame;
             if (!road.GetFrame(station, frame)) continue;
             out << CsvField(alignment.name) << ',' << road.GetStationing().GetText(station, 4) << ','
@@ -263,6 +289,39 @@ void WriteSpace(std::ostream& out, const std::vector<Alignment>& alignments, dou
                 out << ',' << Fixed(value, 9);
             out << '\n';
         }
+    }
+}
+
+// From the left to the right; in plan alone the heights stay empty.
+void WriteCrossLines(std::ostream& out, const std::vector<Alignment>& alignments, double step, double width) {
+    out << "alignment,station,length,offset,x,y,z\n";
+    for (const Alignment& alignment : alignments) {
+        const Math::Alignment road = alignment.InSpace();
+        for (const double station : StationsOf(road, step)) {
+            LineString3D line;
+            Line2D inPlan;
+            const bool isInSpace = road.GetCrossLine(station, -width, width, line);
+            if (!isInSpace) {
+                if (!road.GetCrossLine(station, -width, width, inPlan)) continue;
+                for (const Point2D& p : {inPlan.GetStart(), inPlan.GetEnd()}) line.AppendPoint(Point3D(p, 0.0));
+            }
+            double offset = -width;
+            for (const Point3D& point : line) {
+                out << CsvField(alignment.name) << ',' << road.GetStationing().GetText(station, 4) << ','
+                    << Fixed(station, 6) << ',' << Fixed(offset, 4) << ',' << Fixed(point.GetX(), 6) << ','
+                    << Fixed(point.GetY(), 6) << ',' << (isInSpace ? Fixed(point.GetZ(), 6) : "") << '\n';
+                offset += isInSpace ? width : 2.0 * width;
+            }
+        }
+    }
+}
+
+void DrawCrossLines(Svg& svg, const SvgPanel& panel, const Alignment& alignment, double step, double width) {
+    const Math::Alignment road = alignment.InSpace();
+    for (const double station : StationsOf(road, step)) {
+        Line2D line;
+        if (road.GetCrossLine(station, -width, width, line))
+            svg.Polyline(panel.ToPage(std::vector{line.GetStart(), line.GetEnd()}), {"#999999", 0.7, "", ""});
     }
 }
 
@@ -426,8 +485,8 @@ void DrawCurvature(Svg& svg, double left, double top, double width, double heigh
              "Curvature by station, left curves upward, smallest radius " + Fixed(1.0 / most, 3), 12, "#222222");
 }
 
-bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignments, const std::string& unit,
-                 bool hasCurvature) {
+bool DrawPicture(const Options& options, const std::vector<Alignment>& alignments, const std::string& unit) {
+    const bool hasCurvature = options.file.empty();
     constexpr double width = 1100.0;
     constexpr double margin = 60.0;
     constexpr double planHeight = 560.0;
@@ -442,6 +501,7 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
     for (const Alignment& alignment : alignments) longest = std::max(longest, alignment.plan.GetLength());
     std::map<std::string, bool> used;
     for (const Alignment& alignment : alignments) {
+        if (!options.crossLines.empty()) DrawCrossLines(svg, panel, alignment, options.step, options.width);
         DrawPlan(svg, panel, alignment, NiceStep(longest, 14));
         for (const StatedElement& element : alignment.elements) used[element.type] = true;
     }
@@ -460,13 +520,13 @@ bool DrawPicture(const std::string& path, const std::vector<Alignment>& alignmen
         DrawProfile(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, *withProfile, unit);
     if (hasCurvature)
         DrawCurvature(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, alignments.front());
-    return svg.Write(path);
+    return svg.Write(options.svg);
 }
 
 LandXmlFile Load(const Options& options) {
     const int inputs = (options.file.empty() ? 0 : 1) + (options.design.table.empty() ? 0 : 1) +
-                       (options.design.joins.empty() ? 0 : 1);
-    if (inputs != 1) throw InputError("one file, one table of tangent points, or one join");
+                       (options.design.fit.empty() ? 0 : 1) + (options.design.joins.empty() ? 0 : 1);
+    if (inputs != 1) throw InputError("one file, one table of tangent points or surveyed ones, or one join");
     if (!options.file.empty()) return LoadLandXml(options.file);
     LandXmlFile designed;
     designed.alignments = Design(options.design);
@@ -476,9 +536,9 @@ LandXmlFile Load(const Options& options) {
 int Run(const Options& options) {
     const LandXmlFile file = Load(options);
     const std::string unit = UnitText(file.linearUnit);
-    std::fprintf(stderr, "%s: %zu alignment(s)\n",
-                 options.design.joins.empty() ? (options.file + options.design.table).c_str() : "join",
-                 file.alignments.size());
+    std::string source = options.file + options.design.table + options.design.fit;
+    if (source.empty()) source = "join";
+    std::fprintf(stderr, "%s: %zu alignment(s)\n", source.c_str(), file.alignments.size());
     for (const Alignment& alignment : file.alignments) {
         Report(alignment, unit);
         WarnOfGaps(alignment);
@@ -497,17 +557,26 @@ int Run(const Options& options) {
             throw InputError(options.csv + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.csv.c_str());
     }
-    if (!options.space.empty()) {
-        CheckStep(file.alignments, options.step);
-        std::ofstream space(options.space, std::ios::binary);
-        WriteSpace(space, file.alignments, options.step);
-        space.close();
-        if (space.fail()) throw InputError(options.space + ": cannot be written");
-        std::fprintf(stderr, "wrote %s\n", options.space.c_str());
+    const auto write = [](const std::string& path, auto&& fill) {
+        std::ofstream out(path, std::ios::binary);
+        fill(out);
+        out.close();
+        if (out.fail()) throw InputError(path + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", path.c_str());
+    };
+    if (!options.space.empty() || !options.crossLines.empty()) CheckStep(file.alignments, options.step);
+    if (!options.space.empty())
+        write(options.space, [&](std::ostream& out) { WriteSpace(out, file.alignments, options.step); });
+    if (!options.crossLines.empty()) {
+        write(options.crossLines,
+              [&](std::ostream& out) { WriteCrossLines(out, file.alignments, options.step, options.width); });
+    }
+    if (!options.xml.empty()) {
+        WriteLandXml(options.xml, file.linearUnit, file.alignments, {});
+        std::fprintf(stderr, "wrote %s\n", options.xml.c_str());
     }
     if (!options.svg.empty()) {
-        if (!DrawPicture(options.svg, file.alignments, unit, options.file.empty()))
-            throw InputError(options.svg + ": cannot be written");
+        if (!DrawPicture(options, file.alignments, unit)) throw InputError(options.svg + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
     }
     return 0;

@@ -2,6 +2,7 @@
 
 #include "common/LandXmlDocument.h"
 
+#include "kalvio/alignments/AlignmentDesign.h"
 #include "kalvio/core/WindingValue.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
@@ -11,9 +12,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <iterator>
 #include <map>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -30,7 +31,8 @@ struct KnownSpiral {
     Spiral2D::Spiral2DType value;
 };
 
-const KnownSpiral* FindSpiral(std::string_view name) {
+// Of several names for one the first is written.
+std::span<const KnownSpiral> KnownSpirals() {
     using Type = Spiral2D::Spiral2DType;
     static constexpr KnownSpiral known[] = {{"clothoid", "Clothoid", Type::Clothoid},
                                             {"bloss", "Bloss", Type::Bloss},
@@ -39,10 +41,20 @@ const KnownSpiral* FindSpiral(std::string_view name) {
                                             {"biquadratic", "Biquadratic", Type::Biquadratic},
                                             {"biquadraticParabola", "Biquadratic", Type::Biquadratic},
                                             {"cubic", "Cubic", Type::Cubic},
-                                            {"cubicParabola", "Cubic", Type::Cubic}};
-    const auto* const found =
-        std::find_if(std::begin(known), std::end(known), [name](const KnownSpiral& k) { return k.name == name; });
-    return found == std::end(known) ? nullptr : found;
+                                            {"cubicParabola", "Cubic", Type::Cubic},
+                                            {"japaneseCubic", "Cubic", Type::Cubic}};
+    return known;
+}
+
+template <class Matches>
+const KnownSpiral* FindWhere(Matches&& matches) {
+    const std::span<const KnownSpiral> known = KnownSpirals();
+    const auto found = std::find_if(known.begin(), known.end(), matches);
+    return found == known.end() ? nullptr : &*found;
+}
+
+const KnownSpiral* FindSpiral(std::string_view name) {
+    return FindWhere([name](const KnownSpiral& k) { return k.name == name; });
 }
 
 class Reader : private LandXmlDocument {
@@ -169,7 +181,7 @@ private:
 
     void ReadLine(pugi::xml_node node, Alignment& alignment) const {
         Add(node, std::make_unique<Line2D>(ChildPoint(node, "Start"), ChildPoint(node, "End")),
-            {"Line", 0.0, 0.0, {}, 0}, alignment);
+            {"Line", 0.0, 0.0, {}, 0, {}}, alignment);
     }
 
     void ReadCurve(pugi::xml_node node, Alignment& alignment) const {
@@ -181,7 +193,7 @@ private:
             (start - center).GetAngle(end - center, left ? WindingValue::CounterClockwise : WindingValue::Clockwise);
         auto arc = std::make_unique<Arc2D>(start, center, left ? sweep : Angle(-sweep.GetRadians()));
         const double radius = arc->GetSignedRadius();
-        Add(node, std::move(arc), {"Arc", radius, radius, {}, 0}, alignment);
+        Add(node, std::move(arc), {"Arc", radius, radius, {}, 0, {}}, alignment);
     }
 
     void ReadSpiral(pugi::xml_node node, Alignment& alignment) const {
@@ -190,19 +202,33 @@ private:
         const double length = Number(node, "length");
         const Point2D start = ChildPoint(node, "Start");
         // The tangents meet in PI, so the way there is the direction at the start.
-        const Vec2D tangent = (ChildPoint(node, "PI") - start).Normalize();
+        const Point2D corner = ChildPoint(node, "PI");
+        const Vec2D tangent = (corner - start).Normalize();
         const std::string_view kind = node.attribute("spiType").as_string();
-        if (kind == "clothoid") {
-            const double parameter = Clothoid::ComputeParameter(r1, r2, length);
-            if (!(parameter > 0.0)) Fail(node, "<Spiral> of one radius only");
-            Add(node, std::make_unique<Clothoid>(r1, r2, parameter, start, tangent), {"Clothoid", r1, r2, {}, 0},
-                alignment);
-            return;
-        }
         const KnownSpiral* const found = FindSpiral(kind);
         if (found == nullptr) Fail(node, "spiType \"" + std::string(kind) + "\" is not known to this program");
-        Add(node, std::make_unique<Spiral2D>(found->value, r1, r2, length, start, tangent),
-            {found->type, r1, r2, {}, 0}, alignment);
+        std::unique_ptr<IPolyline2DElement> element;
+        if (found->value == Spiral2D::Spiral2DType::Clothoid) {
+            const double parameter = Clothoid::ComputeParameter(r1, r2, length);
+            if (!(parameter > 0.0)) Fail(node, "<Spiral> of one radius only");
+            element = std::make_unique<Clothoid>(r1, r2, parameter, start, tangent);
+        } else {
+            element = std::make_unique<Spiral2D>(found->value, r1, r2, length, start, tangent);
+        }
+        if (found->value == Spiral2D::Spiral2DType::Cubic) {
+            // Files do not say whether the radii are those of curvature: the end does.
+            const Point2D end = ChildPoint(node, "End");
+            for (const auto convert : {AlignmentDesign::FromSecondDerivatives, AlignmentDesign::FromClothoid}) {
+                double first = r1;
+                double last = r2;
+                if (!convert(length, first, last)) continue;
+                auto other = std::make_unique<Spiral2D>(found->value, first, last, length, start, tangent);
+                const bool isFirst = element->GetEnd() == start;  // there is no curve of those radii
+                if (isFirst || other->GetEnd().Distance(end) < element->GetEnd().Distance(end))
+                    element = std::move(other);
+            }
+        }
+        Add(node, std::move(element), {found->type, r1, r2, {}, 0, corner}, alignment);
     }
 
     void ReadProfile(pugi::xml_node design, Alignment& alignment) const {
@@ -286,6 +312,16 @@ private:
 };
 
 }  // namespace
+
+std::string SpiralName(const std::string& type) {
+    const KnownSpiral* const found = FindWhere([&type](const KnownSpiral& k) { return k.type == type; });
+    return found == nullptr ? type : found->name;
+}
+
+std::string SpiralName(Spiral2D::Spiral2DType law) {
+    const KnownSpiral* const found = FindWhere([law](const KnownSpiral& k) { return k.value == law; });
+    return found == nullptr ? "" : found->name;
+}
 
 LandXmlFile ReadLandXml(const std::string& path) { return Reader(path).Read(); }
 

@@ -5,7 +5,9 @@
 #include "kalvio/alignments/Alignment.h"
 #include "kalvio/core/Point2D.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/Spiral2D.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,8 +19,13 @@ struct StatedElement {
     double startRadius = 0.0;  // signed, positive to the left; 0 straight
     double endRadius = 0.0;
     Math::Point2D statedEnd;
-    int line = 0;  // of the file
+    int line = 0;                               // of the file
+    std::optional<Math::Point2D> statedCorner;  // of the tangents of a transition, where the file has it
 };
+
+/// What files call the law of an element type or of a cant.
+std::string SpiralName(const std::string& type);
+std::string SpiralName(Math::Spiral2D::Spiral2DType law);
 
 /// A horizontal alignment with its design profile, cant and station equations. x is the easting and y the northing.
 struct Alignment {
@@ -45,7 +52,8 @@ struct LandXmlFile {
     std::vector<std::string> warnings;  // what is left out and why, with the file and, where it can be, the line
 };
 
-/// Reads the alignments of a LandXML file: Line, Curve and Spiral of CoordGeom; PVI, ParaCurve, UnsymParaCurve and
+/// Reads the alignments of a LandXML file: Line, Curve and Spiral of CoordGeom (the radii of a cubic parabola as
+/// whichever statement of them leads nearest to the stated end); PVI, ParaCurve, UnsymParaCurve and
 /// CircCurve of the design profile; StaEquation; the applied cant of Cant, in millimetres or inches over the gauge in
 /// metres or feet. An alignment, profile, equation or cant that is at fault is left out with a warning.
 /// @throws InputError for a file that is missing, broken or foreign, or has no alignment that can be read

@@ -2,11 +2,14 @@
 
 #include "kalvio/alignments/detail/AlignmentCurves.h"
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/curves/Line2D.h"
+#include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/IntersectionExt.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace Kalvio::Math {
 
@@ -113,6 +116,29 @@ bool Alignment::GetFrame(double station, Frame& frame) const {
     frame.grade = vertical.grade;
     frame.curvature = GetCurves().GetCurves()[on.curve].curve.GetCurvature(on.along);
     frame.profileCurvature = vertical.curvature;
+    return true;
+}
+
+bool Alignment::GetCrossLine(double station, double from, double to, Line2D& line) const {
+    OnPlan on;
+    if (!std::isfinite(to - from) || from == to || !Find(station, on)) return false;
+    const Vec2D right = on.tangent.GetNormalVector(false);
+    line = Line2D(on.point + right * from, on.point + right * to);
+    return true;
+}
+
+bool Alignment::GetCrossLine(double station, double from, double to, LineString3D& line) const {
+    Line2D inPlan;
+    Point3D points[3];
+    if (!GetCrossLine(station, from, to, inPlan) || !GetPoint({station, from, 0.0}, points[0]) ||
+        !GetPoint({station, 0.0, 0.0}, points[1]) || !GetPoint({station, to, 0.0}, points[2])) {
+        return false;
+    }
+    LineString3D made;
+    for (const int i : {0, 1, 2}) {
+        if (i != 1 || from * to < 0.0) made.AppendPoint(points[i]);
+    }
+    line = std::move(made);
     return true;
 }
 

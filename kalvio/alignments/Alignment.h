@@ -16,6 +16,8 @@
 
 namespace Kalvio::Math {
 
+class LineString3D;
+
 namespace detail {
 class AlignmentCurves;
 }
@@ -92,6 +94,12 @@ public:
     /// Height of the surface. @return false out of the plan or of the profile
     [[nodiscard]] bool GetHeight(double station, double offset, double& height) const;
     [[nodiscard]] bool GetFrame(double station, Frame& frame) const;
+    /// The line across the plan from one offset to another, both positive to the right.
+    /// @return false out of the plan, and for offsets that are equal or not finite
+    [[nodiscard]] bool GetCrossLine(double station, double from, double to, Line2D& line) const;
+    /// The same on the surface, with a point on the axis where it crosses that.
+    /// @return false also out of the profile
+    [[nodiscard]] bool GetCrossLine(double station, double from, double to, LineString3D& line) const;
     /// Unit direction of travel in plan and signed curvature, positive turning left.
     [[nodiscard]] bool GetDirection(double station, Vec2D& direction, double& curvature) const;
     /// The same for many, without allocating; `points` (`frames`) holds as many as there are stations at least.

@@ -7,6 +7,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
+#include "kalvio/curves/detail/CubicParabola.h"
 
 #include <algorithm>
 #include <cmath>
@@ -257,6 +258,18 @@ bool TakeArcs(std::vector<Arc2D>& found, std::vector<Arc2D>& arcs) {
                      [](const Arc2D& a, const Arc2D& b) { return a.GetLength() < b.GetLength(); });
     arcs = std::move(found);
     return true;
+}
+
+double CurvatureOf(double radius) { return radius == 0.0 ? 0.0 : 1.0 / radius; }
+
+bool IsCubic(double length, double k1, double k2) {
+    return length > 0.0 && k1 != k2 && std::isfinite(length + k1 + k2);
+}
+
+// At the signed abscissa u of the unit parabola, y'' = u / m.
+double TrueRadius(double u, double m) {
+    const double secant = std::sqrt(1.0 + u * u * u * u);
+    return u == 0.0 ? 0.0 : m / u * secant * secant * secant;
 }
 
 }  // namespace
@@ -541,6 +554,40 @@ bool AlignmentDesign::TransitionsBetween(const Circle2D& from, const Circle2D& t
     made.Reverse();
     first = made;
     second = Spiral2D(law, 0.0, r2, product / std::abs(r2), middle, tangent);
+    return true;
+}
+
+// With m = sqrt(q / 2) for y'' = x / q the abscissa u of the unit parabola is m y'', and lengths are 2 m S(u).
+bool AlignmentDesign::FromSecondDerivatives(double length, double& startRadius, double& endRadius) {
+    const double k1 = CurvatureOf(startRadius);
+    const double k2 = CurvatureOf(endRadius);
+    if (!IsCubic(length, k1, k2)) return k1 == k2 && length > 0.0 && std::isfinite(length + k1);
+    const double side = k2 > k1 ? 1.0 : -1.0;
+    const double most = detail::culmination / std::max(std::abs(k1), std::abs(k2));
+    const auto excess = [&](double m) {
+        return 2.0 * m * side * (detail::ParabolaLength(k2 * m) - detail::ParabolaLength(k1 * m)) - length;
+    };
+    if (!(excess(most) >= 0.0)) return false;
+    const double m = detail::BracketedNewton(0.0, most, [&](double x) {
+        return detail::ValueAndSlope{excess(x), 0.0};
+    });
+    startRadius = TrueRadius(k1 * m, m);
+    endRadius = TrueRadius(k2 * m, m);
+    return true;
+}
+
+bool AlignmentDesign::FromClothoid(double length, double& startRadius, double& endRadius) {
+    const double k1 = CurvatureOf(startRadius);
+    const double k2 = CurvatureOf(endRadius);
+    if (!IsCubic(length, k1, k2)) return k1 == k2 && length > 0.0 && std::isfinite(length + k1);
+    const double side = k2 > k1 ? 1.0 : -1.0;
+    const double m = std::sqrt(0.5 * length / std::abs(k2 - k1));
+    const double first = side * k1 * m;
+    const double lengthToEnd = detail::ParabolaLength(first) + 0.5 * length / m;
+    if (!(std::abs(first) <= detail::culmination) || !(lengthToEnd <= detail::ParabolaLength(detail::culmination)))
+        return false;
+    startRadius = TrueRadius(side * first, m);
+    endRadius = TrueRadius(side * detail::AbscissaAtLength(lengthToEnd), m);
     return true;
 }
 

@@ -126,6 +126,16 @@ public:
     /// @param misfit  as above, for the distance of the centres
     [[nodiscard]] static bool TransitionsBetween(const Circle2D& from, const Circle2D& to, Law law, Spiral2D& first,
                                                  Spiral2D& second, double& misfit);
+
+    // Cubic parabolas y = c x^3 are stated by other radii than those of curvature, which `Spiral2D` has. These replace
+    // stated radii, signed and 0 where it is straight, by true ones. False, the radii untouched, for a length that is
+    // not positive, values not finite, and a parabola whose curvature culminates before its end.
+
+    /// Of radii 1 / y'': a whole one is y = x^3 / (6 R X), X its length along the tangent.
+    /// @param length  of the curve
+    [[nodiscard]] static bool FromSecondDerivatives(double length, double& startRadius, double& endRadius);
+    /// Of the radii of the clothoid with the same length: a whole one is y = x^3 / (6 R L), L the length of the curve.
+    [[nodiscard]] static bool FromClothoid(double length, double& startRadius, double& endRadius);
 };
 
 }  // namespace Kalvio::Math

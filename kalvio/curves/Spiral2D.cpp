@@ -4,6 +4,7 @@
 #include "kalvio/core/detail/BracketedNewton.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/detail/BreakElement.h"
+#include "kalvio/curves/detail/CubicParabola.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/curves/detail/TransitionCurve.h"
 #include "kalvio/curves/detail/TransitionLaw.h"
@@ -21,12 +22,11 @@ namespace {
 using detail::pi;
 using detail::twoPi;
 
-constexpr double turnPerPanel = 0.5;                 // [rad]; 14 terms are exact to rounding
-constexpr double leastPanels = 8.0;                  // over which the waves of the laws are short enough for that
-constexpr double extensionTurn = 2.0;                // [rad]; a clothoid is extended by no more
-constexpr double mostExtension = 1e3;                // in lengths; bounds the extension of a straight
-constexpr double mostTurn = 1000.0;                  // [rad]; more is no transition curve
-constexpr double culmination = 0.66874030497642202;  // 5^(-1/4): u at the largest curvature of the cubic parabola
+constexpr double turnPerPanel = 0.5;   // [rad]; 14 terms are exact to rounding
+constexpr double leastPanels = 8.0;    // over which the waves of the laws are short enough for that
+constexpr double extensionTurn = 2.0;  // [rad]; a clothoid is extended by no more
+constexpr double mostExtension = 1e3;  // in lengths; bounds the extension of a straight
+constexpr double mostTurn = 1000.0;    // [rad]; more is no transition curve
 constexpr double culminationCurvature = 1.0174559726346407;  // 2 u / (1 + u^4)^(3/2) there
 
 double CurvatureOf(double radius) { return std::abs(radius) <= detail::numericalZero ? 0.0 : 1.0 / radius; }
@@ -73,54 +73,9 @@ double SteepestShape(Spiral2D::Spiral2DType type) {
     return 1.0;
 }
 
-// The unit cubic parabola y = u^3 / 3: slope u^2, length S(u), curvature 2 u / (1 + u^4)^(3/2).
-
-// S(u) = integral of sqrt(1 + u^4), by the binomial series; 24 terms suffice for |u| up to the culmination.
-double ParabolaLength(double u) {
-    constexpr double vanishing = 1e-17;
-    const double fourth = u * u * u * u;
-    double term = 1.0;
-    double sum = 1.0;
-    for (double n = 1.0; n < 24.0 && std::abs(term) > vanishing; ++n) {
-        term *= fourth * (1.5 - n) / n;
-        sum += term / (4.0 * n + 1.0);
-    }
-    return u * sum;
-}
-
-// The inverse of S. u / s is a polynomial of s^4, interpolated in Chebyshev's nodes with 50 digits up to the
-// culmination: its error is 1e-18.
-double AbscissaAtLength(double s) {
-    constexpr double longest = 0.6818;  // a little beyond the culmination
-    constexpr double c[] = {1.0,
-                            -0.099999999999998398911,
-                            0.063888888888405646787,
-                            -0.059252136694489789157,
-                            0.064937747780167525223,
-                            -0.078281085890261211297,
-                            0.10036653703491045115,
-                            -0.13432016306804866474,
-                            0.18509303176850304382,
-                            -0.25759883063987626563,
-                            0.34617102249367036505,
-                            -0.40813364512448231591,
-                            0.35549967115470569048,
-                            -0.16217204755002571664};
-    s = std::clamp(s, -longest, longest);
-    const double q = s * s * s * s;
-    const double square = q * q;
-    double even = c[12];
-    double odd = c[13];
-    for (std::size_t i = 12; i >= 2; i -= 2) {
-        even = even * square + c[i - 2];
-        odd = odd * square + c[i - 1];
-    }
-    return s * (even + q * odd);
-}
-
 double AbscissaAtCurvature(double curvature) {
     const double wanted = std::abs(curvature);
-    const double u = detail::BracketedNewton(0.0, culmination, [wanted](double x) {
+    const double u = detail::BracketedNewton(0.0, detail::culmination, [wanted](double x) {
         const double q = 1.0 + x * x * x * x;
         const double root = std::sqrt(q);
         return detail::ValueAndSlope{2.0 * x / (q * root) - wanted, 2.0 * (1.0 - 5.0 * x * x * x * x) / (q * q * root)};
@@ -188,19 +143,19 @@ RateSeries ShapeSeries(Spiral2D::Spiral2DType type, double T, double d) {
 bool Spiral2D::Law::SolveCubic() {
     side = k2 > k1 ? 1.0 : -1.0;
     const auto excess = [this](double w) {
-        return w * length - (ParabolaLength(AbscissaAtCurvature(side * k2 / w)) -
-                             ParabolaLength(AbscissaAtCurvature(side * k1 / w)));
+        return w * length - (detail::ParabolaLength(AbscissaAtCurvature(side * k2 / w)) -
+                             detail::ParabolaLength(AbscissaAtCurvature(side * k1 / w)));
     };
     const double least = std::max(std::abs(k1), std::abs(k2)) / culminationCurvature;
     const double most = std::max(least, std::sqrt(std::abs(k2 - k1) / length));
     if (!(excess(least) <= 0.0)) return false;
     scale = detail::BracketedNewton(least, most, [&](double w) { return detail::ValueAndSlope{excess(w), 0.0}; });
     firstAbscissa = AbscissaAtCurvature(side * k1 / scale);
-    first = ParabolaLength(firstAbscissa);
+    first = detail::ParabolaLength(firstAbscissa);
     return true;
 }
 
-double Spiral2D::Law::GetAbscissa(double station) const { return AbscissaAtLength(first + scale * station); }
+double Spiral2D::Law::GetAbscissa(double station) const { return detail::AbscissaAtLength(first + scale * station); }
 
 double Spiral2D::Law::GetCurvatureAtAbscissa(double u) const {
     const double q = 1.0 + u * u * u * u;

@@ -249,5 +249,47 @@ TEST(AlignmentDesignTest, CurvesPassThroughPointsAndDoWithoutArcs) {
     }
 }
 
+// y = x^3 / (6 R X) and y = x^3 / (6 R L), their lengths summed over chords, against the spirals of the true radii.
+TEST(AlignmentDesignTest, StatedCubicParabolasGetTheirTrueRadii) {
+    for (const bool isByLength : {false, true}) {
+        for (const double radius : {150.0, -400.0}) {
+            constexpr double reach = 60.0;                  // X
+            const auto lengthTo = [](double denominator) {  // of y = x^3 / denominator, by Simpson's rule
+                constexpr int pieces = 2000;
+                double sum = 0.0;
+                for (int i = 0; i <= pieces; ++i) {
+                    const double x = reach * i / pieces;
+                    sum += (i == 0 || i == pieces ? 1.0
+                            : i % 2 == 1          ? 4.0
+                                                  : 2.0) *
+                           std::hypot(1.0, 3.0 * x * x / denominator);
+                }
+                return sum * reach / pieces / 3.0;
+            };
+            double length = lengthTo(6.0 * radius * reach);
+            for (int i = 0; isByLength && i < 50; ++i) length = lengthTo(6.0 * radius * length);
+            const double height = reach * reach * reach / (6.0 * radius * (isByLength ? length : reach));
+            double first = 0.0;
+            double last = radius;
+            ASSERT_TRUE(isByLength ? AlignmentDesign::FromClothoid(length, first, last)
+                                   : AlignmentDesign::FromSecondDerivatives(length, first, last));
+            EXPECT_EQ(first, 0.0);
+            const Spiral2D curve(Law::Cubic, first, last, length, Point2D(), Vec2D(1, 0));
+            EXPECT_THAT(curve.GetEnd(), IsNear(Point2D(reach, height), 1e-9));
+            // The other way round, and of a part: whatever is between has the radii of its ends.
+            double back = -radius;
+            double none = 0.0;
+            const auto convert = isByLength ? AlignmentDesign::FromClothoid : AlignmentDesign::FromSecondDerivatives;
+            ASSERT_TRUE(convert(length, back, none));
+            EXPECT_NEAR(back, -last, 1e-9);
+        }
+    }
+    double first = 0.0;
+    double last = 100.0;
+    EXPECT_FALSE(AlignmentDesign::FromSecondDerivatives(150.0, first, last));
+    EXPECT_FALSE(AlignmentDesign::FromClothoid(0.0, first, last));
+    EXPECT_EQ(last, 100.0);
+}
+
 }  // namespace
 }  // namespace Kalvio::Math

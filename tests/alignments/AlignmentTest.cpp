@@ -3,6 +3,7 @@
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Parabola.h"
+#include "kalvio/polygons/LineString3D.h"
 
 #include "support/Near.h"
 #include "support/Origins.h"
@@ -179,6 +180,28 @@ TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
     const Alignment copy = road;  // answers for itself once the other has gone
     road = Alignment();
     EXPECT_TRUE(copy.GetFrame(100.0, frame));
+}
+
+TEST(AlignmentTest, CrossLinesLieOnTheSurface) {
+    const Alignment road = MakeRoad(surveyOrigins[1]);
+    for (double station = 5.0; station < road.GetLength(); station += 31.0) {
+        LineString3D line;
+        ASSERT_TRUE(road.GetCrossLine(station, -8.0, 6.0, line));
+        ASSERT_EQ(line.size(), 3U);
+        const double offsets[] = {-8.0, 0.0, 6.0};
+        for (unsigned int i = 0; i < 3; ++i) {
+            Point3D point;
+            ASSERT_TRUE(road.GetPoint({station, offsets[i], 0.0}, point));
+            EXPECT_TRUE(line[i].IsEqualTo(point, 1e-12));
+        }
+        Line2D plan;
+        ASSERT_TRUE(road.GetCrossLine(station, 6.0, -8.0, plan));
+        EXPECT_THAT(plan.GetEnd(), IsNear(line[0].GetPoint2D(), 1e-12));
+        EXPECT_TRUE(road.GetCrossLine(station, 1.0, 6.0, line) && line.size() == 2);
+        EXPECT_FALSE(road.GetCrossLine(station, 6.0, 6.0, plan));
+    }
+    Line2D plan;
+    EXPECT_FALSE(road.GetCrossLine(road.GetLength() + 1.0, 0.0, 1.0, plan));
 }
 
 }  // namespace

@@ -1,10 +1,14 @@
 #include "common/LandXml.h"
 #include "common/LandXmlSurface.h"
+#include "common/LandXmlWriter.h"
 #include "examples/RealData.h"
+
+#include "kalvio/core/Geometry.h"
 
 #include "support/Testing.h"
 
 #include <fstream>
+#include <iterator>
 
 namespace Kalvio::Examples {
 namespace {
@@ -176,6 +180,70 @@ TEST_F(RealRoadTest, StatedEndsClose) {
     const LandXmlFile feet = ReadLandXml(data + "landxml/subdivision.xml");
     EXPECT_EQ(feet.alignments.size(), 6U);
     for (const Alignment& alignment : feet.alignments) CheckClosure(alignment, 1e-4);
+}
+
+std::string TextOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// Written, read and written again, a file is the same to the last digit, and what it held is read as it was.
+void CheckWriting(const std::string& path) {
+    SCOPED_TRACE(path);
+    const std::string copy = std::string(testing::UnitTest::GetInstance()->current_test_info()->name()) + "_copy.xml";
+    const LandXmlFile file = ReadLandXml(path);
+    WriteLandXml(copy, file.linearUnit, file.alignments, {});
+    const std::string first = TextOf(copy);
+    const LandXmlFile again = ReadLandXml(copy);
+    WriteLandXml(copy, again.linearUnit, again.alignments, {});
+    EXPECT_EQ(TextOf(copy), first);
+    std::filesystem::remove(copy);
+    ASSERT_EQ(again.alignments.size(), file.alignments.size());
+    for (std::size_t i = 0; i < file.alignments.size(); ++i) {
+        const Math::Alignment was = file.alignments[i].InSpace();
+        const Math::Alignment is = again.alignments[i].InSpace();
+        EXPECT_NEAR(is.GetLength(), was.GetLength(), 1e-9);
+        for (const double station : was.GetStationsByStep(0.0, was.GetLength(), 7.0)) {
+            Point2D points[2];
+            double heights[2] = {0.0, 0.0};
+            ASSERT_TRUE(was.GetPoint(station, 2.0, points[0]) && is.GetPoint(station, 2.0, points[1]));
+            EXPECT_THAT(points[1], IsNear(points[0], 2e-9));
+            EXPECT_EQ(was.GetHeight(station, 2.0, heights[0]), is.GetHeight(station, 2.0, heights[1]));
+            EXPECT_NEAR(heights[1], heights[0], 1e-9);
+            EXPECT_EQ(is.GetStationing().GetText(station, 6), was.GetStationing().GetText(station, 6));
+        }
+    }
+}
+
+TEST(LandXmlTest, WhatIsWrittenIsReadTheSame) {
+    CheckWriting(KALVIO_EXAMPLE_DATA "/alignment.xml");
+    // A cubic parabola by y = x^3 / (6 R X), R = 100 and X = 60, equations, unsymmetrical parabola and cant.
+    const std::string path = WriteInput(R"(<LandXML><Units><Metric linearUnit="meter"/></Units><Alignments>
+<Alignment name="A &amp; B" staStart="1000"><CoordGeom><Spiral rot="ccw" length="60.5373" radiusStart="INF"
+radiusEnd="100" spiType="cubicParabola"><Start>0 0</Start><PI>0 40</PI><End>6 60</End></Spiral></CoordGeom>
+<StaEquation staAhead="2000" staBack="1030" staInternal="1030"/><Profile><ProfAlign><PVI>1000 5</PVI>
+<UnsymParaCurve lengthIn="10" lengthOut="20">1030.1 6.3</UnsymParaCurve><CircCurve radius="90" length="3">1055 6
+</CircCurve><PVI>1061 6.7</PVI></ProfAlign></Profile><Cant gauge="1.5" rotationPoint="insideRail">
+<CantStation station="1010.7" appliedCant="0" curvature="cw" transitionType="bloss"/><CantStation station="1050.3"
+appliedCant="90.1" curvature="cw"/></Cant></Alignment></Alignments></LandXML>)");
+    const LandXmlFile file = ReadLandXml(path);
+    ASSERT_EQ(file.alignments.size(), 1U);
+    EXPECT_THAT(file.alignments[0].plan.GetEnd(), IsNear(Point2D(60, 6), 1e-4));  // 0.3 off by its true radius
+    CheckWriting(path);
+    const std::vector<Surface> surfaces = ReadLandXmlSurfaces(KALVIO_EXAMPLE_DATA "/terrain.xml").surfaces;
+    WriteLandXml(path, "", {}, surfaces);
+    const std::vector<Surface> again = ReadLandXmlSurfaces(path).surfaces;
+    std::filesystem::remove(path);
+    ASSERT_EQ(again.size(), surfaces.size());
+    for (std::size_t i = 0; i < surfaces.size(); ++i) {
+        EXPECT_EQ(again[i].name, surfaces[i].name);
+        EXPECT_TRUE(Geometry::AreEqual(again[i].mesh, surfaces[i].mesh, 1e-300));
+    }
+}
+
+TEST_F(RealRoadTest, WhatIsWrittenIsReadTheSame) {
+    for (const char* const name : {"M3.xml", "Y10.xml", "Y11.xml", "subdivision.xml"})
+        CheckWriting(data + "landxml/" + name);
 }
 
 }  // namespace

@@ -84,6 +84,8 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
     Alignment::Frame frame;
     Point3D on;
     Require(road.GetFrame(station, frame) == road.GetPoint({station, reach, 1.0}, on));
+    LineString3D across;
+    (void)road.GetCrossLine(station, p.GetX(), p.GetY(), across);
     (void)road.GetSpaceLength(station, p.GetX());
     (void)road.GetStationsByStep(station, p.GetX(), std::max(reach, road.GetLength() / 64.0));
     (void)road.GetStationsByHeight(station, p.GetX(), std::max(reach, 1.0));
@@ -103,6 +105,9 @@ void CheckDesign(Bytes& bytes) {
     const Circle2D first{bytes.TakePoint(), bytes.TakeDouble()}, second{bytes.TakePoint(), bytes.TakeDouble()};
     const Line2D line(first.GetCenter(), bytes.TakePoint());
     const auto law = bytes.TakeOne<AlignmentDesign::Law>(7);
+    double r1 = bytes.TakeDouble(), r2 = bytes.TakeDouble();
+    (void)AlignmentDesign::FromClothoid(bytes.TakeDouble(), r1, r2);
+    (void)AlignmentDesign::FromSecondDerivatives(bytes.TakeDouble(), r1, r2);
     Spiral2D transition;
     double misfit = 0.0;
     (void)AlignmentDesign::TransitionBetween(first, second, law, transition, misfit);
@@ -118,10 +123,25 @@ void CheckDesign(Bytes& bytes) {
     (void)AlignmentDesign::WithoutArc(line.GetStart(), line.GetEnd(), bytes.TakeDouble(), bytes.TakeDouble(), corner);
 }
 
+void CheckFit(Bytes& bytes) {
+    const std::vector<Point2D> points = bytes.TakePoints(24);
+    std::vector<AlignmentDesign::Corner> corners;
+    const double scatter = bytes.TakeDouble();
+    if (!AlignmentFitting::Propose(points, scatter, AlignmentDesign::Law::Clothoid, corners)) return;
+    AlignmentFitting::Result fitted;
+    if (!AlignmentFitting::Fit(points, corners, fitted)) return;
+    Require(fitted.places.size() == points.size() && fitted.plan.IsContinuous(1e-6));
+    if (!bytes.Tame()) return;
+    for (const Alignment::Place& place : fitted.places) {
+        Require(std::abs(place.offset) <= std::abs(fitted.places[fitted.worst].offset));
+    }
+}
+
 }  // namespace
 
 void Kalvio::Math::Fuzz(Bytes& bytes) {
     CheckDesign(bytes);
+    CheckFit(bytes);
     const Stationing stationing = CheckStationing(bytes);
     const Profile profile = CheckProfile(bytes);
     const Cant cant = TakeCant(bytes);
