@@ -5,6 +5,7 @@
 #include "common/InputError.h"
 #include "common/LandXml.h"
 #include "common/LandXmlSurface.h"
+#include "common/LandXmlWriter.h"
 #include "common/Svg.h"
 #include "terrain/BuiltGround.h"
 #include "terrain/KrigedGrid.h"
@@ -39,7 +40,7 @@ constexpr const char* kUsage =
     "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--fit FIT.svg] [--nodes OUT.csv] "
-    "[--svg OUT.svg]\n"
+    "[--svg OUT.svg] [--xml OUT.xml]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
     "  --heights  writes the heights at the places of a table x,y\n"
@@ -59,6 +60,7 @@ constexpr const char* kUsage =
     "  --sill, --range  of the exponential variogram (variance of the heights, a third of the extent's diagonal)\n"
     "  --fit      fits variograms to the points, draws them with their lags as a picture and kriges with the best\n"
     "  --nodes    writes the nodes: x,y,height, kriged ones with their standard deviation\n"
+    "  --xml      writes the surfaces, turned upward, and the alignments as LandXML\n"
     "  --svg      draws the shaded plan with the alignments, the long section and the kriged grid\n";
 
 struct Options {
@@ -81,6 +83,7 @@ struct Options {
     std::string fit;
     std::string nodes;
     std::string svg;
+    std::string xml;
 };
 
 Arguments ArgumentsOf(Options& options) {
@@ -106,6 +109,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--fit", options.fit);
     arguments.AddText("--nodes", options.nodes);
     arguments.AddText("--svg", options.svg);
+    arguments.AddText("--xml", options.xml);
     return arguments;
 }
 
@@ -392,6 +396,11 @@ int Run(const Options& options) {
         } else {
             WriteFile(options.csv, [&](std::ostream& out) { WriteTable(out, sections); });
         }
+    }
+
+    if (!options.xml.empty()) {
+        WriteLandXml(options.xml, file.linearUnit, alignments, file.surfaces);
+        std::fprintf(stderr, "wrote %s\n", options.xml.c_str());
     }
 
     std::optional<KrigedGrid> grid;
