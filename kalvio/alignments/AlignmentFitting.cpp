@@ -313,16 +313,21 @@ public:
         double side = 0.0;
     };
 
-    Diagram(const std::vector<Point2D>& chain, double scatter) : points(chain), stations(chain.size()) {
+    Diagram(const std::vector<Point2D>& chain, double scatter, double steps) : points(chain), stations(chain.size()) {
         for (std::size_t i = 1; i < points.size(); ++i)
             stations[i] = stations[i - 1] + points[i].Distance(points[i - 1]);
-        window = FindWindow(scatter);
+        const double spacing = stations.back() / static_cast<double>(points.size() - 1);
+        window = steps * spacing;
+        // Of n + 1 points over a length W the curvature has the standard deviation 2 sqrt(180 / n) scatter / W^2.
+        const double error = 2.0 * std::sqrt(180.0 / steps) * scatter / (window * window);
+        least = std::max(flattest, 4.0 * error);
         curvatures.resize(points.size());
         for (std::size_t i = 0; i < points.size(); ++i) curvatures[i] = CurvatureAt(i);
         FindCurves();
     }
 
-    const std::vector<Curve>& GetCurves() const { return curves; }
+    // Longer windows would not show more.
+    bool IsFine() const { return least <= flattest || 4.0 * window > stations.back(); }
 
     // The polygon of the straights between the curves, with radii and lengths as the diagram has them.
     bool MakeCorners(Law law, std::vector<Corner>& corners) const {
@@ -358,15 +363,6 @@ public:
     }
 
 private:
-    // Of equal steps d over a length W the curvature has the standard deviation 2 sqrt(180 / n) scatter / W^2.
-    double FindWindow(double scatter) const {
-        const double spacing = stations.back() / static_cast<double>(points.size() - 1);
-        double length = 4.0 * spacing;
-        const auto error = [&](double w) { return 2.0 * std::sqrt(180.0 * spacing / w) * scatter / (w * w); };
-        while (error(length) > 0.25 * flattest && length < 0.25 * stations.back()) length *= 1.1;
-        return length;
-    }
-
     std::pair<std::size_t, std::size_t> Around(std::size_t i, double half) const {
         const auto from = std::lower_bound(stations.begin(), stations.end(), stations[i] - half);
         const auto to = std::upper_bound(stations.begin(), stations.end(), stations[i] + half);
@@ -408,7 +404,7 @@ private:
 
     void FindCurves() {
         const auto sideOf = [this](std::size_t i) {
-            return std::abs(curvatures[i]) <= flattest ? 0.0 : std::copysign(1.0, curvatures[i]);
+            return std::abs(curvatures[i]) <= least ? 0.0 : std::copysign(1.0, curvatures[i]);
         };
         for (std::size_t i = 0; i < points.size();) {
             std::size_t end = i + 1;
@@ -477,10 +473,15 @@ private:
 
     const std::vector<Point2D>& points;
     std::vector<double> stations;
-    double window = 0.0;
+    double window = 0.0;  // a length: of the points that make a curvature
+    double least = 0.0;   // curvature of a curve, above chance
     std::vector<double> curvatures;
     std::vector<Curve> curves;
 };
+
+double TurnBetween(const Vec2D& from, const Vec2D& to) {
+    return std::atan2(from.PerpDotProduct(to), from.DotProduct(to));
+}
 
 // Sharper curves, until they fit.
 bool MakeFit(std::vector<Corner>& corners) {
@@ -550,37 +551,51 @@ bool AlignmentFitting::Propose(std::span<const Point2D> points, double scatter, 
     if (points.size() < fewest || !AreFinite(points) || !(scatter >= 0.0) || !std::isfinite(scatter)) return false;
     const Vec2D origin = points[points.size() / 2] - Point2D();
     const std::vector<Point2D> local = Shifted(points, -origin);
-    const Diagram diagram(local, scatter);
-    std::vector<Corner> found;
-    if (!diagram.MakeCorners(law, found)) return false;
     const auto count = static_cast<double>(points.size());
-    // With transitions first; then without those that the points do not need.
-    const auto fit = [&](std::vector<Corner>& polygon, double& sum) {
+    // The criterion of Schwarz, up to a constant; points without scatter are as if rounded.
+    constexpr double rounding = 1e-7;
+    const auto weigh = [&](const Descent& descent) {
+        const double variance = std::max(descent.GetSum() / count, rounding * rounding);
+        return count * std::log(variance) + static_cast<double>(descent.GetNrOfUnknowns()) * std::log(count);
+    };
+    double best = 0.0;
+    std::vector<Corner> chosen;
+    // @return false where it does not fit, or is no better than the chosen one
+    const auto choose = [&](std::vector<Corner> polygon) {
         if (!MakeFit(polygon)) return false;
         Descent descent(local, polygon);
         if (!descent.Run()) return false;
-        polygon = descent.GetCorners();
-        sum = descent.GetSum();
+        const double weight = weigh(descent);
+        if (!chosen.empty() && !(weight < best)) return false;
+        best = weight;
+        chosen = descent.GetCorners();
         return true;
     };
-    double sum = 0.0;
-    std::vector<Corner> best = found;
-    bool isFitted = fit(best, sum);
-    if (!isFitted) best = found;
-    constexpr double rounding = 1e-7;  // a length: points without scatter
-    for (std::size_t i = 1; i + 1 < found.size(); ++i) {
-        std::vector<Corner> plain = best;
-        plain[i].lengthIn = plain[i].lengthOut = 0.0;
-        double plainSum = 0.0;
-        if (!fit(plain, plainSum)) continue;
-        const double variance = std::max({scatter * scatter, sum / count, rounding * rounding});
-        if (isFitted && (plainSum - sum) / variance > 2.0 * std::log(count)) continue;
-        best = plain;
-        sum = plainSum;
-        isFitted = true;
+    for (double steps = 4.0; steps < count; steps *= 2.0) {
+        const Diagram diagram(local, scatter, steps);
+        std::vector<Corner> found;
+        if (diagram.MakeCorners(law, found)) {
+            // With all transitions and with none; then each curve the other way.
+            std::vector<Corner> plain = found;
+            for (Corner& corner : plain) corner.lengthIn = corner.lengthOut = 0.0;
+            const bool isChosen = choose(found);
+            if (choose(plain) || isChosen) {
+                for (std::size_t i = 1; i + 1 < chosen.size(); ++i) {
+                    std::vector<Corner> other = chosen;
+                    Corner& corner = other[i];
+                    const double turn =
+                        TurnBetween(corner.point - other[i - 1].point, other[i + 1].point - corner.point);
+                    const bool hasTransitions = corner.lengthIn > 0.0;
+                    corner.lengthIn = corner.lengthOut = hasTransitions ? 0.0 : 0.5 * std::abs(turn) * corner.radius;
+                    if (!hasTransitions) corner.radius *= 0.9;
+                    (void)choose(other);
+                }
+            }
+        }
+        if (diagram.IsFine()) break;
     }
-    if (!isFitted) return false;
-    corners = Shifted(best, origin);
+    if (chosen.empty()) return false;
+    corners = Shifted(chosen, origin);
     return true;
 }
 
