@@ -36,38 +36,39 @@ std::vector<Point2D> Survey(const Polyline2D& plan, double scatter) {
 }
 
 TEST(AlignmentFittingTest, SurveyedAlignmentsComeBackWithTheirKinds) {
-    for (const Point2D& origin : surveyOrigins) {
-        for (const Law law : {Law::Clothoid, Law::Bloss}) {
-            const std::vector<Corner> corners = MakeCorners(origin, law);
-            Polyline2D plan;
-            AlignmentDesign::Fault fault;
-            ASSERT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
-            for (const double scatter : {0.0, 0.01}) {
-                const std::vector<Point2D> points = Survey(plan, scatter);
-                std::vector<Corner> start;
-                ASSERT_TRUE(AlignmentFitting::Propose(points, scatter, law, start));
-                ASSERT_EQ(start.size(), corners.size());
-                AlignmentFitting::Result fitted;
-                ASSERT_TRUE(AlignmentFitting::Fit(points, start, fitted));
-                for (std::size_t i = 1; i + 1 < corners.size(); ++i) {
-                    EXPECT_EQ(fitted.corners[i].lengthIn > 0.0, corners[i].lengthIn > 0.0);
-                    if (scatter > 0.0) continue;
-                    EXPECT_THAT(fitted.corners[i].point, IsNear(corners[i].point, 1e-6));
-                    EXPECT_NEAR(fitted.corners[i].radius, corners[i].radius, 1e-6);
-                    EXPECT_NEAR(fitted.corners[i].lengthIn, corners[i].lengthIn, 1e-6);
-                    EXPECT_NEAR(fitted.corners[i].lengthOut, corners[i].lengthOut, 1e-6);
-                }
-                // The scatter is found, and the plan lies nearer to the true one than the points do.
-                EXPECT_NEAR(fitted.scatter, scatter, 0.15 * scatter + 1e-8);
-                EXPECT_FALSE(fitted.isAtLimit);
-                for (std::size_t i = 0; i < points.size(); ++i) {
-                    EXPECT_LE(std::abs(fitted.places[i].offset), std::abs(fitted.places[fitted.worst].offset));
-                    Point2D truth;
-                    ASSERT_TRUE(plan.GetPoint(5.0 * static_cast<double>(i), 0.0, truth));
-                    EXPECT_LT(fitted.plan.GetNearestPoint(truth, Tolerances::Standard()).Distance(truth),
-                              1.2 * scatter + 1e-7);
-                }
-            }
+    struct Row {
+        Point2D origin;
+        Law law;
+        double scatter;
+    };
+    const Row rows[] = {{surveyOrigins[0], Law::Clothoid, 0.01}, {surveyOrigins[1], Law::Bloss, 0.0}};
+    for (const auto& [origin, law, scatter] : rows) {
+        const std::vector<Corner> corners = MakeCorners(origin, law);
+        Polyline2D plan;
+        AlignmentDesign::Fault fault;
+        ASSERT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
+        const std::vector<Point2D> points = Survey(plan, scatter);
+        std::vector<Corner> start;
+        ASSERT_TRUE(AlignmentFitting::Propose(points, scatter, law, start));
+        ASSERT_EQ(start.size(), corners.size());
+        AlignmentFitting::Result fitted;
+        ASSERT_TRUE(AlignmentFitting::Fit(points, start, fitted));
+        for (std::size_t i = 1; i + 1 < corners.size(); ++i) {
+            EXPECT_EQ(fitted.corners[i].lengthIn > 0.0, corners[i].lengthIn > 0.0);
+            if (scatter > 0.0) continue;
+            EXPECT_THAT(fitted.corners[i].point, IsNear(corners[i].point, 1e-6));
+            EXPECT_NEAR(fitted.corners[i].radius, corners[i].radius, 1e-6);
+            EXPECT_NEAR(fitted.corners[i].lengthIn, corners[i].lengthIn, 1e-6);
+            EXPECT_NEAR(fitted.corners[i].lengthOut, corners[i].lengthOut, 1e-6);
+        }
+        // The scatter is found, and the plan lies nearer to the true one than the points do.
+        EXPECT_NEAR(fitted.scatter, scatter, 0.15 * scatter + 1e-8);
+        EXPECT_FALSE(fitted.isAtLimit);
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            EXPECT_LE(std::abs(fitted.places[i].offset), std::abs(fitted.places[fitted.worst].offset));
+            Point2D truth;
+            ASSERT_TRUE(plan.GetPoint(5.0 * static_cast<double>(i), 0.0, truth));
+            EXPECT_LT(fitted.plan.GetNearestPoint(truth, Tolerances::Standard()).Distance(truth), 1.2 * scatter + 1e-7);
         }
     }
 }
