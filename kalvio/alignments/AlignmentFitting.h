@@ -19,8 +19,8 @@ namespace Kalvio::Math {
 ///
 ///     std::vector<AlignmentFitting::Corner> corners;
 ///     AlignmentFitting::Result road;
-///     if (AlignmentFitting::Propose(points, 0.01, AlignmentFitting::Law::Clothoid, corners) &&
-///         AlignmentFitting::Fit(points, corners, road)) { ... road.plan, road.scatter ... }
+///     AlignmentFitting::Propose(survey, 0.01, AlignmentFitting::Law::Clothoid, corners);
+///     AlignmentFitting::Fit(survey, corners, road);     // road.plan, road.scatter
 class KALVIO_MATH_API AlignmentFitting {
 public:
     using Corner = AlignmentDesign::Corner;

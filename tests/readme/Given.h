@@ -13,7 +13,7 @@ inline const Point2D peg, p;
 inline const Clothoid transition;
 inline const Polygon2D polygon;
 inline const std::vector<Point3D> samples;
-inline const std::vector<Point2D> grid;
+inline const std::vector<Point2D> grid, survey;
 inline const Line2D border;
 inline Line2D kerb;
 inline double value = 0.0, variance = 0.0;
