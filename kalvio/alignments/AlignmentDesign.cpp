@@ -580,14 +580,11 @@ bool AlignmentDesign::FromClothoid(double length, double& startRadius, double& e
     const double k1 = CurvatureOf(startRadius);
     const double k2 = CurvatureOf(endRadius);
     if (!IsCubic(length, k1, k2)) return k1 == k2 && length > 0.0 && std::isfinite(length + k1);
-    const double side = k2 > k1 ? 1.0 : -1.0;
     const double m = std::sqrt(0.5 * length / std::abs(k2 - k1));
-    const double first = side * k1 * m;
-    const double lengthToEnd = detail::ParabolaLength(first) + 0.5 * length / m;
-    if (!(std::abs(first) <= detail::culmination) || !(lengthToEnd <= detail::ParabolaLength(detail::culmination)))
-        return false;
-    startRadius = TrueRadius(side * first, m);
-    endRadius = TrueRadius(side * detail::AbscissaAtLength(lengthToEnd), m);
+    const double longest = detail::ParabolaLength(detail::culmination);
+    if (!(m * std::max(std::abs(k1), std::abs(k2)) <= longest)) return false;
+    startRadius = TrueRadius(detail::AbscissaAtLength(k1 * m), m);
+    endRadius = TrueRadius(detail::AbscissaAtLength(k2 * m), m);
     return true;
 }
 

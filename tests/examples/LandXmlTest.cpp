@@ -219,7 +219,7 @@ TEST(LandXmlTest, WhatIsWrittenIsReadTheSame) {
     CheckWriting(KALVIO_EXAMPLE_DATA "/alignment.xml");
     // A cubic parabola by y = x^3 / (6 R X), R = 100 and X = 60, equations, unsymmetrical parabola and cant.
     const std::string path = WriteInput(R"(<LandXML><Units><Metric linearUnit="meter"/></Units><Alignments>
-<Alignment name="A &amp; B" staStart="1000"><CoordGeom><Spiral rot="ccw" length="60.5373" radiusStart="INF"
+<Alignment name="A &amp; B" staStart="1000"><CoordGeom><Spiral rot="ccw" length="60.53346" radiusStart="INF"
 radiusEnd="100" spiType="cubicParabola"><Start>0 0</Start><PI>0 40</PI><End>6 60</End></Spiral></CoordGeom>
 <StaEquation staAhead="2000" staBack="1030" staInternal="1030"/><Profile><ProfAlign><PVI>1000 5</PVI>
 <UnsymParaCurve lengthIn="10" lengthOut="20">1030.1 6.3</UnsymParaCurve><CircCurve radius="90" length="3">1055 6
