@@ -1,12 +1,8 @@
 #include "kalvio/areas/BufferCreator.h"
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
 #include "kalvio/curves/Line2D.h"
 
-#include "support/Rings.h"
-#include "support/Testing.h"
-
-#include <string>
+#include "areas/Areas.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -14,27 +10,6 @@ namespace {
 using End = BufferCreator::End;
 using Join = BufferCreator::Join;
 using Side = BufferCreator::Side;
-
-double AreaOf(const RingCurve2D& ring) {
-    std::vector<Point2D> corners;
-    double beside = 0.0;
-    for (const IPolyline2DElement& element : ring) {
-        corners.push_back(element.GetStart());
-        if (element.GetType() != MathTypes::Arc2D) continue;
-        const auto& arc = static_cast<const Arc2D&>(element);
-        beside += std::copysign(arc.GetArea(), arc.GetAngle().GetRadians());
-    }
-    return Polygon2D(corners).GetArea() + beside;
-}
-
-double AreaOf(const std::vector<PolygonCurve2D>& areas) {
-    double sum = 0.0;
-    for (const PolygonCurve2D& area : areas) {
-        sum += AreaOf(area.GetBoundary());
-        for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) sum += AreaOf(area.GetInnerRingAtIndex(i));
-    }
-    return sum;
-}
 
 TEST(BufferCreatorTest, AreasAreThoseOfStripsSectorsAndKites) {
     struct Row {
@@ -85,9 +60,7 @@ TEST(BufferCreatorTest, AreasAreThoseOfStripsSectorsAndKites) {
         ASSERT_TRUE(BufferCreator::Create(source, row.distance, arcs, kTolerances, row.shape));
         ASSERT_TRUE(BufferCreator::Create(source, row.distance, 1e-3, chords, kTolerances, row.shape));
         EXPECT_NEAR(AreaOf(arcs), row.area, 1e-9);
-        double area = 0.0;
-        for (const Polygon2D& part : chords) area += part.GetArea();
-        EXPECT_NEAR(area, row.area, 1e-3 * 45.0) << "chords";
+        EXPECT_NEAR(AreaOf(chords), row.area, 1e-3 * 45.0) << "chords";
     }
 }
 
@@ -150,10 +123,9 @@ TEST(BufferCreatorTest, CirclesStayCircles) {
     for (const double distance : {2.0, -2.0}) {
         ASSERT_TRUE(BufferCreator::Create(PolygonCurve2D(circle), distance, result, kTolerances));
         ASSERT_EQ(result.size(), 1U);
-        for (const IPolyline2DElement& element : result[0].GetBoundary()) {
-            ASSERT_EQ(element.GetType(), MathTypes::Arc2D);
-            EXPECT_NEAR(static_cast<const Arc2D&>(element).GetSignedRadius(), 5.0 + distance, 1e-12);
-        }
+        const std::vector<Arc2D> arcs = ArcsOf(result[0].GetBoundary());
+        EXPECT_EQ(arcs.size(), result[0].GetBoundary().GetSize());
+        for (const Arc2D& arc : arcs) EXPECT_NEAR(arc.GetSignedRadius(), 5.0 + distance, 1e-12);
     }
     ASSERT_TRUE(BufferCreator::Create(PolygonCurve2D(circle), -5.0, result, kTolerances));
     EXPECT_TRUE(result.empty());

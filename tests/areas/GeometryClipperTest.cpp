@@ -1,25 +1,11 @@
 #include "kalvio/areas/GeometryClipper.h"
 
+#include "areas/Areas.h"
 #include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Clothoid.h"
-#include "kalvio/polygons/PolygonCurve2D.h"
-#include "kalvio/queries/Distance.h"
-#include "support/Rings.h"
-#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
-
-double FromBorder(const Polygon2D& area, const Point2D& p) {
-    double least = kInfinity;
-    for (unsigned int i = 0; i <= area.GetNumHoleBoundaries(); ++i) {
-        LineString2D ring(i == 0 ? area.GetPoints() : area.GetHoleBoundary(i - 1).GetPoints());
-        ring.AppendPoint(Point2D(ring.GetStart()));
-        least = std::min(least, Distance::PointToLineString(ring, p, 0.0));
-    }
-    return least;
-}
 
 // Parts follow each other by turns, cover the chain, meet at the border, and have their points on their side.
 template <class ChainType>

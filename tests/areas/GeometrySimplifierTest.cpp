@@ -1,12 +1,10 @@
 #include "kalvio/areas/GeometrySimplifier.h"
 
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Polyline2D.h"
-#include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/Projection.h"
-#include "support/Rings.h"
-#include "support/Testing.h"
+
+#include "areas/Areas.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -24,15 +22,9 @@ void KeepFarthest(const std::vector<Point3D>& points, std::size_t from, std::siz
     std::size_t middle = from;
     for (std::size_t i = from + 1; i < to; ++i) {
         const double distance = FromSegment(points[i], points[from], points[to]);
-        if (distance > farthest) {
-            farthest = distance;
-            middle = i;
-        }
+        if (distance > farthest) std::tie(farthest, middle) = std::tuple(distance, i);
     }
-    if (middle == from) {
-        kept.push_back(points[to]);
-        return;
-    }
+    if (middle == from) return kept.push_back(points[to]);
     KeepFarthest(points, from, middle, tolerance, kept);
     KeepFarthest(points, middle, to, tolerance, kept);
 }
@@ -89,25 +81,22 @@ TEST(GeometrySimplifierTest, ChainsLoseTheirSmallestTriangles) {
 // A square cut into cells with ragged borders, each with an island in its middle that fills a hole; rings begin
 // anywhere and run either way.
 std::vector<Polygon2D> RaggedCells(RandomNumbers& random, const Point2D& origin, int cells, int pointsPerSide) {
-    const auto border = [&](const Point2D& from, const Point2D& to, bool isStraight) {
-        std::vector<Point2D> points;
-        const Vec2D along = to - from;
-        for (int i = 0; i < pointsPerSide; ++i) {
-            const double t = static_cast<double>(i) / pointsPerSide;
-            const double reach = isStraight ? 0.0 : 0.6 * std::min(t, 1.0 - t);
-            points.push_back(from + along * t + Vec2D(-along.GetY(), along.GetX()) * random(-reach, reach));
+    std::map<std::array<int, 4>, std::vector<Point2D>> sides;
+    const auto appendSide = [&](int i, int j, int k, int l, std::vector<Point2D>& ring) {
+        std::vector<Point2D>& side = sides[{i, j, k, l}];  // from the corner (i, j) to (k, l), without that
+        if (side.empty()) {
+            const Point2D from = origin + Vec2D(16.0 * i, 16.0 * j), to = origin + Vec2D(16.0 * k, 16.0 * l);
+            const bool isStraight = (i == k && i % cells == 0) || (j == l && j % cells == 0);
+            for (double t = 0.0; t < 1.0 - 1e-9; t += 1.0 / pointsPerSide) {
+                const double reach = isStraight ? 0.0 : 0.6 * std::min(t, 1.0 - t);
+                side.push_back(from + (to - from) * t + (to - from).GetNormalVector(true) * random(-reach, reach));
+            }
+            std::vector<Point2D>& back = sides[{k, l, i, j}];
+            back.assign(1, to);
+            back.insert(back.end(), side.rbegin(), side.rend() - 1);
         }
-        return points;
+        ring.insert(ring.end(), side.begin(), side.end());
     };
-    const auto corner = [&](int i, int j) { return origin + Vec2D(16.0 * i, 16.0 * j); };
-    std::map<std::tuple<int, int, int>, std::vector<Point2D>> sides;  // from (i, j) to the right (0) or upwards (1)
-    for (int i = 0; i <= cells; ++i) {
-        for (int j = 0; j <= cells; ++j) {
-            sides[{i, j, 0}] = border(corner(i, j), corner(i + 1, j), j == 0 || j == cells);
-            sides[{i, j, 1}] = border(corner(i, j), corner(i, j + 1), i == 0 || i == cells);
-        }
-    }
-    std::vector<Polygon2D> areas;
     const auto turned = [&](std::vector<Point2D> ring) {
         std::rotate(ring.begin(), ring.begin() + static_cast<int>(random(0.0, 1.0) * static_cast<double>(ring.size())),
                     ring.end());
@@ -115,21 +104,16 @@ std::vector<Polygon2D> RaggedCells(RandomNumbers& random, const Point2D& origin,
         if (random(-1.0, 1.0) < 0.0) ring.push_back(ring.front());
         return ring;
     };
+    std::vector<Polygon2D> areas;
     for (int i = 0; i < cells; ++i) {
         for (int j = 0; j < cells; ++j) {
-            std::vector<Point2D> ring = sides[{i, j, 0}];
-            const auto add = [&](std::vector<Point2D> side, const Point2D& end, bool isBackward) {
-                if (isBackward) {
-                    side.push_back(end);
-                    std::reverse(side.begin(), side.end());
-                    side.pop_back();
-                }
-                ring.insert(ring.end(), side.begin(), side.end());
-            };
-            add(sides[{i + 1, j, 1}], {}, false);
-            add(sides[{i, j + 1, 0}], corner(i + 1, j + 1), true);
-            add(sides[{i, j, 1}], corner(i, j + 1), true);
-            const std::vector<Point2D> island = RandomStar(random, corner(i, j) + Vec2D(8.0, 8.0), 1.5, pointsPerSide);
+            std::vector<Point2D> ring;
+            appendSide(i, j, i + 1, j, ring);
+            appendSide(i + 1, j, i + 1, j + 1, ring);
+            appendSide(i + 1, j + 1, i, j + 1, ring);
+            appendSide(i, j + 1, i, j, ring);
+            const Point2D middle = origin + Vec2D(16.0 * i + 8.0, 16.0 * j + 8.0);
+            const std::vector<Point2D> island = RandomStar(random, middle, 1.5, pointsPerSide);
             areas.emplace_back(turned(ring)).AppendHoleBoundary(LineString2D(turned(island)));
             areas.emplace_back(turned(island));
         }
@@ -160,25 +144,16 @@ TEST(GeometrySimplifierTest, AreasStillCoverTheSquareOnce) {
             before += areas[i].GetTotalSize();
             after += made[i].GetTotalSize();
             if (isByArea) continue;
-            LineString2D ring(made[i].GetPoints());
-            ring.AppendPoint(ring.GetPoint(0));
             for (const Point2D& p : areas[i].GetPoints()) {
-                double distance = 1e300;
-                for (unsigned int k = 1; k < ring.GetSize(); ++k) {
-                    const auto flat = [](const Point2D& q) { return Point3D(q.GetX(), q.GetY(), 0.0); };
-                    distance =
-                        std::min(distance, FromSegment(flat(p), flat(ring.GetPoint(k - 1)), flat(ring.GetPoint(k))));
-                }
-                ASSERT_LE(distance, limit * (1.0 + 1e-12));
+                ASSERT_LE(FromBorder(made[i].GetPoints(), p), limit * (1.0 + 1e-12));
             }
         }
         EXPECT_NEAR(sum, 256.0 * cells * cells, 1e-6);
         EXPECT_LT(after, before);
         for (int k = 0; k < 100; ++k) {
             const Point2D p = origin + Vec2D(random(0.0, 16.0 * cells), random(0.0, 16.0 * cells));
-            EXPECT_EQ(
-                std::count_if(made.begin(), made.end(), [&](const Polygon2D& a) { return a.IsPointInside(p, 0.0); }),
-                1);
+            const auto isIn = [&p](const Polygon2D& area) { return area.IsPointInside(p, 0.0); };
+            EXPECT_EQ(std::count_if(made.begin(), made.end(), isIn), 1);
         }
     }
 }
@@ -215,20 +190,17 @@ TEST(GeometrySimplifierTest, LinesAndArcsComeBackFromTheirPoints) {
         double direction = random(-3.0, 3.0);
         for (int element = 0; element < 6; ++element) {
             const double length = random(30.0, 90.0);
-            const double bulge = element % 3 == 0 ? 0.0 : std::copysign(random(0.1, 0.9), random(-1.0, 1.0));
+            bulges.push_back(element % 3 == 0 ? 0.0 : std::copysign(random(0.1, 0.9), random(-1.0, 1.0)));
             direction += random(0.6, 1.2);  // a corner
+            const Point2D from = points.back();
             const Vec2D way(length * std::cos(direction), length * std::sin(direction));
-            const Point2D from = points.back(), to = from + way;
-            const Arc2D arc(from, bulge, to);
+            const Arc2D arc(from, bulges.back(), from + way);
             for (int i = 1; i <= 200; ++i) {
                 IPolyline2DElement::PolylineElementPoint on;
-                on.point = from + way * (i / 200.0);
-                if (bulge != 0.0) {
-                    ASSERT_TRUE(arc.MakePointAndTangentAt(arc.GetLength() * i / 200.0, on));
-                }
-                points.push_back(on.point + Vec2D(random(-noise, noise), random(-noise, noise)));
+                const bool isArc = bulges.back() != 0.0 && arc.MakePointAndTangentAt(arc.GetLength() * i / 200.0, on);
+                const Vec2D off(random(-noise, noise), random(-noise, noise));
+                points.push_back((isArc ? on.point : from + way * (i / 200.0)) + off);
             }
-            bulges.push_back(bulge);
         }
         const LineString2D chain(points);
         Polyline2D made;
@@ -257,8 +229,7 @@ TEST(GeometrySimplifierTest, LinesAndArcsComeBackFromTheirPoints) {
 TEST(GeometrySimplifierTest, WhatCannotBeSimplifiedIsToldOrKept) {
     LineString2D chain, untouched{Point2D(7, 7)};
     Polygon2D polygon;
-    const double limits[] = {-1.0, kNan};
-    for (const double limit : limits) {
+    for (const double limit : {-1.0, kNan}) {
         EXPECT_FALSE(GeometrySimplifier::SimplifyByDistance(chain, limit, untouched));
         EXPECT_FALSE(GeometrySimplifier::SimplifyByArea(chain, limit, untouched, true));
     }

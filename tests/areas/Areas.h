@@ -1,0 +1,58 @@
+#pragma once
+
+#include "kalvio/curves/Arc2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
+#include "kalvio/queries/Distance.h"
+#include "support/Rings.h"
+#include "support/Testing.h"
+
+namespace Kalvio::Math {
+
+inline std::vector<std::vector<Point2D>> RingsOf(const Polygon2D& area) {
+    std::vector<std::vector<Point2D>> rings{area.GetPoints()};
+    for (unsigned int i = 0; i < area.GetNumHoleBoundaries(); ++i) rings.push_back(area.GetHoleBoundary(i).GetPoints());
+    return rings;
+}
+
+inline std::vector<RingCurve2D> RingsOf(const PolygonCurve2D& area) {
+    std::vector<RingCurve2D> rings{area.GetBoundary()};
+    for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) rings.push_back(area.GetInnerRingAtIndex(i));
+    return rings;
+}
+
+inline std::vector<Arc2D> ArcsOf(const RingCurve2D& ring) {
+    std::vector<Arc2D> arcs;
+    for (const IPolyline2DElement& element : ring) {
+        if (element.GetType() == MathTypes::Arc2D) arcs.push_back(static_cast<const Arc2D&>(element));
+    }
+    return arcs;
+}
+
+// Positive where the rings of the outside are counter-clockwise and those of the holes clockwise.
+inline double AreaOf(const Polygon2D& area) { return area.GetArea(); }
+inline double AreaOf(const PolygonCurve2D& area) {
+    double sum = 0.0;
+    for (const RingCurve2D& ring : RingsOf(area)) {
+        std::vector<Point2D> corners;
+        for (const IPolyline2DElement& element : ring) corners.push_back(element.GetStart());
+        sum += Polygon2D(corners).GetArea();
+        for (const Arc2D& arc : ArcsOf(ring)) sum += std::copysign(arc.GetArea(), arc.GetAngle().GetRadians());
+    }
+    return sum;
+}
+template <class Area>
+double AreaOf(const std::vector<Area>& areas) {
+    double sum = 0.0;
+    for (const Area& area : areas) sum += AreaOf(area);
+    return sum;
+}
+
+inline double FromBorder(const Polygon2D& area, const Point2D& p) {
+    double least = kInfinity;
+    for (const std::vector<Point2D>& ring : RingsOf(area)) {
+        least = std::min(least, std::abs(Distance::PointToPolygon(p, ring)));
+    }
+    return least;
+}
+
+}  // namespace Kalvio::Math
