@@ -5,12 +5,7 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/polygons/LineString3D.h"
 
-#include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <cmath>
-#include <random>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -48,14 +43,13 @@ Alignment MakeRoad(const Point2D& start) {
 }
 
 TEST(AlignmentTest, PointsComeBackToTheirStations) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
-    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    RandomNumbers random(20240601);
     for (const Point2D& origin : surveyOrigins) {
         const Alignment road = MakeRoad(origin);
         std::vector<double> stations = road.GetChanges(0.0, road.GetLength());
-        for (int i = 0; i < 500; ++i) stations.push_back(unit(random) * road.GetLength());
+        for (int i = 0; i < 500; ++i) stations.push_back(random(0, road.GetLength()));
         for (const double station : stations) {
-            const Alignment::Place place{station, 120.0 * unit(random) - 60.0, 10.0 * unit(random) - 5.0};
+            const Alignment::Place place{station, random(-60, 60), random(-5, 5)};
             Point3D point;
             Alignment::Frame frame;
             ASSERT_TRUE(road.GetPoint(place, point) && road.GetFrame(station, frame));
@@ -91,8 +85,7 @@ TEST(AlignmentTest, PointsComeBackToTheirStations) {
 }
 
 TEST(AlignmentTest, PlacesAreTheMinimaOfTheDistance) {
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
-    std::uniform_real_distribution<double> unit(-1.0, 1.0);
+    RandomNumbers random(20240601);
     const Alignment road = MakeRoad(Point2D());
     constexpr double step = 0.05;
     std::vector<Point2D> samples;
@@ -100,7 +93,7 @@ TEST(AlignmentTest, PlacesAreTheMinimaOfTheDistance) {
         ASSERT_TRUE(road.GetPoint(station, 0.0, samples.emplace_back()));
     }
     for (int i = 0; i < 100; ++i) {
-        const Point2D q(300.0 + 500.0 * unit(random), 200.0 + 500.0 * unit(random));
+        const Point2D q(random(-200, 800), random(-300, 700));
         const double reach = 400.0;
         std::vector<double> minima;
         for (std::size_t k = 1; k + 1 < samples.size(); ++k) {
@@ -124,11 +117,9 @@ TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {
     const Alignment axis(road.GetPlan(), road.GetProfile());
     for (const double height : {0.5, 0.01, 1e-4}) {
         const std::vector<double> stations = axis.GetStationsByHeight(0.0, axis.GetLength(), height);
-        double near = 0.0;
-        double chords = 0.0;
+        double near = 0.0, chords = 0.0;
         for (std::size_t i = 1; i < stations.size(); ++i) {
-            Point3D ends[2];
-            Point3D middle;
+            Point3D ends[2], middle;
             const Alignment::Place places[] = {{stations[i - 1]}, {stations[i]}};
             ASSERT_EQ(axis.GetPoints(places, ends), 2U);
             ASSERT_TRUE(axis.GetPoint({0.5 * (stations[i - 1] + stations[i])}, middle));
@@ -138,9 +129,8 @@ TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {
             near += away > 0.3 * height ? 1.0 : 0.0;
             chords += chord.Length();
         }
-        EXPECT_LE(static_cast<double>(stations.size()),
-                  1.1 * near + 2.0 * static_cast<double>(
-                                         axis.GetChanges(0.0, axis.GetLength()).size()));  // no more than it takes
+        const auto changes = static_cast<double>(axis.GetChanges(0.0, axis.GetLength()).size());
+        EXPECT_LE(static_cast<double>(stations.size()), 1.1 * near + 2.0 * changes) << "no more than it takes";
         EXPECT_GE(axis.GetSpaceLength(0.0, axis.GetLength()), chords);
         EXPECT_NEAR(axis.GetSpaceLength(0.0, axis.GetLength()), chords, 0.7 * height);
     }
@@ -149,9 +139,7 @@ TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {
 TEST(AlignmentTest, TheInnerEdgeKeepsTheProfile) {
     const Alignment road = MakeRoad(Point2D());
     for (const double station : {250.0, 420.0}) {
-        double profile = 0.0;
-        double inner = 0.0;
-        double outer = 0.0;
+        double profile = 0.0, inner = 0.0, outer = 0.0;
         const double side = station < 350.0 ? -3.5 : 3.5;  // of the centre
         ASSERT_TRUE(road.GetProfile().GetHeight(station, profile) && road.GetHeight(station, side, inner) &&
                     road.GetHeight(station, -side, outer));
@@ -162,10 +150,9 @@ TEST(AlignmentTest, TheInnerEdgeKeepsTheProfile) {
 }
 
 TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
-    Polyline2D sag;
+    Polyline2D sag, nowhere;
     sag.AppendElement(new Parabola(Point2D(0, 0), Point2D(10, 1), 0.01, 0.0, 0.0));
-    Polyline2D nowhere;
-    nowhere.AppendElement(new Line2D(Point2D(0, 0), Point2D(NAN, 0)));
+    nowhere.AppendElement(new Line2D(Point2D(0, 0), Point2D(kNan, 0)));
     for (const Alignment& road : {Alignment(), Alignment(sag), Alignment(nowhere)}) {
         Point2D point(7, 7);
         Alignment::Place place{7.0};
@@ -175,7 +162,7 @@ TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
     }
     Alignment road = MakeRoad(Point2D());
     Alignment::Frame frame;
-    EXPECT_FALSE(road.GetFrame(road.GetLength() + 1e-6, frame) || road.GetFrame(NAN, frame));
+    EXPECT_FALSE(road.GetFrame(road.GetLength() + 1e-6, frame) || road.GetFrame(kNan, frame));
     EXPECT_TRUE(road.GetStationsByStep(0.0, 100.0, 0.0).empty());
     const Alignment copy = road;  // answers for itself once the other has gone
     road = Alignment();

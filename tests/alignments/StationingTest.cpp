@@ -1,6 +1,6 @@
 #include "kalvio/alignments/Stationing.h"
 
-#include <gmock/gmock.h>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -10,22 +10,18 @@ TEST(StationingTest, TextsNameLengthsOverGapsAndRepeats) {
     ASSERT_TRUE(road.AppendEquation(12400.0, 12380.0));  // repeats 20 m
     ASSERT_TRUE(road.AppendEquation(12700.0, 13000.0));  // leaves 300 m out
     EXPECT_FALSE(road.AppendEquation(12999.0, 0.0));     // ends before it starts
-    struct Row {
-        double length;
-        const char* text;
-    };
-    const Row rows[] = {{-5.5, "11+994.500"},      {0.0, "12+000.000"},     {380.0, "12+380.000/0"},
-                        {399.999, "12+399.999/0"}, {400.0, "12+380.000/1"}, {420.5, "12+400.500"},
-                        {719.999, "12+699.999"},   {720.0, "13+000.000"},   {400.0 - 1e-7, "12+400.000/0"}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        EXPECT_EQ(road.GetText(row.length, 3), row.text);
-        Stationing::Place place;
-        ASSERT_TRUE(road.Parse(row.text, place));
-        EXPECT_NEAR(place.length, row.length, 1e-6);
-        EXPECT_EQ(place.zone, road.GetPlace(row.length).zone);
-    }
+    const std::pair<double, const char*> rows[] = {
+        {-5.5, "11+994.500"},      {0.0, "12+000.000"},     {380.0, "12+380.000/0"},
+        {399.999, "12+399.999/0"}, {400.0, "12+380.000/1"}, {420.5, "12+400.500"},
+        {719.999, "12+699.999"},   {720.0, "13+000.000"},   {400.0 - 1e-7, "12+400.000/0"}};
     Stationing::Place place;
+    for (const auto& [length, text] : rows) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(road.GetText(length, 3), text);
+        ASSERT_TRUE(road.Parse(text, place));
+        EXPECT_NEAR(place.length, length, 1e-6);
+        EXPECT_EQ(place.zone, road.GetPlace(length).zone);
+    }
     for (const char* const none : {"12+390.000", "12+800", "12+390/2", "12+39", "12+390.", "", "-", "+390", "1 2",
                                    "1e3", "12+390/", "12+390.0/0x", "1234567890123456789"}) {
         EXPECT_FALSE(road.Parse(none, place)) << none;
