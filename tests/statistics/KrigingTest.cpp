@@ -124,33 +124,58 @@ TEST(KrigingSystemTest, NoSillMakesItSingularAndAFailedBuildChangesNothing) {
     EXPECT_EQ(unit.variance, unit.value);
 }
 
-// Against a search of all samples and a system of those found, at places inside, far outside and on samples.
+// Against a search of all samples and the whole system of those found, at places inside, far outside, on samples, and
+// on samples left out.
 TEST(LocalKrigingTest, IsTheKrigingOfTheNearestSamples) {
     RandomNumbers random(20240606);
-    for (const unsigned int count : {1U, 2U, 7U, 16U, 40U, 900U}) {
+    const Point2D origin(385000, 6672000);
+    const LocalKriging::Neighborhood rows[] = {{1},    {2},         {7},         {40},        {900},
+                                               {5, 4}, {5, 4, 150}, {4, 7, 150}, {11, 1, 150}};
+    for (const auto& [count, sectors, radius] : rows) {
         for (const int shape : {0, 1, 2}) {
-            const Point2D origin(385000, 6672000);
+            SCOPED_TRACE(testing::Message() << count << " of " << sectors << " within " << radius << ", " << shape);
             Samples samples;
             for (const Point3D& p : Scattered(300, Point2D())) {  // a square, a strip, two crowds
                 const double y = shape == 1 ? 0.001 * p.GetY() : p.GetY();
                 const double x = shape == 2 && p.GetX() > 500.0 ? 1e5 + p.GetX() : p.GetX();
                 samples.emplace_back(origin + Vec2D(x, y), p.GetZ());
             }
-            const OrdinaryKriging kriging(Model(true, 4.0, 800.0));
+            const OrdinaryKriging kriging(
+                sectors == 1 ? Model(true, 4.0, 800.0)
+                             : new NuggetVariogramModel(0.3, new PowerVariogramModel(20.0, 300.0, 1.4)));
             LocalKriging local;
-            ASSERT_TRUE(local.Build(kriging, samples, count));
-            for (int i = 0; i < 12; ++i) {
-                const Point2D p = i < 4 ? samples[static_cast<std::size_t>(i)].GetPoint2D()
-                                        : origin + Vec2D(random(-900, 1900), random(-900, 1900));
-                Samples nearest = samples;
-                std::stable_sort(nearest.begin(), nearest.end(), [&p](const Point3D& a, const Point3D& b) {
-                    return a.GetPoint2D().Distance(p) < b.GetPoint2D().Distance(p);
-                });
-                nearest.resize(std::min<std::size_t>(count, nearest.size()));
+            ASSERT_TRUE(local.Build(kriging, samples, {count, sectors, radius}));
+            std::vector<LocalKriging::Residual> residuals;
+            ASSERT_TRUE(count > 1 && count < 100 ? local.Validate(residuals) : true);
+            for (std::size_t i = 0; i < 30; ++i) {
+                const bool isLeftOut = i % 3 == 0 && !residuals.empty();
+                const Point2D p =
+                    i % 3 < 2 ? samples[i].GetPoint2D() : origin + Vec2D(random(-900, 1900), random(-900, 1900));
+                std::vector<Samples> around(sectors);
+                for (std::size_t k = 0; k < samples.size(); ++k) {
+                    const Vec2D away = samples[k].GetPoint2D() - p;
+                    double turn = std::atan2(away.GetY(), away.GetX()) / (2.0 * kPi) * sectors;
+                    if (turn < 0.0) turn += sectors;
+                    if ((isLeftOut && k == i) || away.Length() > radius) continue;
+                    around[static_cast<std::size_t>(turn)].push_back(samples[k]);
+                }
+                Samples chosen;
+                for (Samples& in : around) {
+                    std::stable_sort(in.begin(), in.end(), [&p](const Point3D& a, const Point3D& b) {
+                        return a.GetPoint2D().Distance(p) < b.GetPoint2D().Distance(p);
+                    });
+                    in.resize(std::min<std::size_t>(in.size(), count));
+                    chosen.insert(chosen.end(), in.begin(), in.end());
+                }
                 KrigingSystem system;
                 Estimate expected, out;
-                ASSERT_TRUE(system.Build(kriging, nearest) && system.Interpolate(p, expected.value, expected.variance));
-                ASSERT_TRUE(local.Interpolate(p, out.value, out.variance));
+                if (isLeftOut) {
+                    out = {samples[i].GetZ() + residuals[i].error, residuals[i].variance};
+                } else {
+                    ASSERT_EQ(local.Interpolate(p, out.value, out.variance), !chosen.empty());
+                }
+                if (chosen.empty()) continue;
+                ASSERT_TRUE(system.Build(kriging, chosen) && system.Interpolate(p, expected.value, expected.variance));
                 EXPECT_NEAR(out.value, expected.value, 1e-8);
                 EXPECT_NEAR(out.variance, expected.variance, 1e-8);
             }
@@ -162,7 +187,8 @@ TEST(LocalKrigingTest, IsTheKrigingOfTheNearestSamples) {
     Estimate out;
     EXPECT_FALSE(local.Build(kriging, {}, 4) || local.Build(kriging, twins, 0) ||
                  local.Interpolate({}, out.value, out.variance) || local.Build(OrdinaryKriging(nullptr), twins, 2) ||
-                 local.Build(kriging, {{0, kNan, 0}}, 1));
+                 local.Build(kriging, {{0, kNan, 0}}, 1) || local.Build(kriging, twins, {4, 0, 9.0}) ||
+                 local.Build(kriging, twins, {4, 65, 9.0}) || local.Build(kriging, twins, {4, 2, kNan}));
     EXPECT_TRUE(local.Build(kriging, twins, 2) && local.Interpolate({85, 0}, out.value, out.variance));
     EXPECT_FALSE(local.Interpolate({9, 1}, out.value, out.variance) ||
                  local.Interpolate({kInfinity, 0}, out.value, out.variance));

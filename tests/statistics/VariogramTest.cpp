@@ -75,57 +75,6 @@ TEST(ExperimentalVariogramTest, GathersPairsAndFitsThemBest) {
     EXPECT_FALSE(none.FitModel(Shape::Gaussian, fit)) << "no differences";
 }
 
-// Against a search of all samples and the whole system of those found; left out, against a system without the sample.
-TEST(LocalKrigingTest, SectorsRadiusAndValidationAreThoseOfTheWholeSystem) {
-    RandomNumbers random(20240613);
-    const Samples samples = Field(random, 120);
-    const OrdinaryKriging kriging(new NuggetVariogramModel(0.3, new PowerVariogramModel(20.0, 300.0, 1.4)));
-    for (const unsigned int sectors : {1U, 4U, 7U}) {
-        for (const double radius : {kInfinity, 150.0}) {
-            LocalKriging local;
-            ASSERT_TRUE(local.Build(kriging, samples, {3 + 8 / sectors, sectors, radius}));
-            std::vector<LocalKriging::Residual> residuals;
-            ASSERT_TRUE(local.Validate(residuals));
-            for (std::size_t i = 0; i < samples.size(); ++i) {
-                const bool isLeftOut = i % 2 == 0;
-                const Point2D p = samples[i].GetPoint2D() + (isLeftOut ? Vec2D() : Vec2D(random(-9, 9), random(-9, 9)));
-                std::vector<Samples> around(sectors);
-                for (std::size_t k = 0; k < samples.size(); ++k) {
-                    const Vec2D away = samples[k].GetPoint2D() - p;
-                    double turn = std::atan2(away.GetY(), away.GetX()) / (2.0 * kPi) * sectors;
-                    if (turn < 0.0) turn += sectors;
-                    if ((isLeftOut && k == i) || away.Length() > radius) continue;
-                    around[static_cast<std::size_t>(turn)].push_back(samples[k]);
-                }
-                Samples chosen;
-                for (Samples& in : around) {
-                    std::sort(in.begin(), in.end(), [&p](const Point3D& a, const Point3D& b) {
-                        return a.GetPoint2D().Distance(p) < b.GetPoint2D().Distance(p);
-                    });
-                    in.resize(std::min<std::size_t>(in.size(), 3 + 8 / sectors));
-                    chosen.insert(chosen.end(), in.begin(), in.end());
-                }
-                KrigingSystem system;
-                double value = kNan, variance = kNan, z = kNan, deviation = kNan;
-                ASSERT_TRUE(system.Build(kriging, chosen) && system.Interpolate(p, value, variance));
-                if (isLeftOut) {
-                    z = samples[i].GetZ() + residuals[i].error, deviation = residuals[i].variance;
-                } else {
-                    ASSERT_TRUE(local.Interpolate(p, z, deviation));
-                }
-                EXPECT_NEAR(z, value, 1e-8);
-                EXPECT_NEAR(deviation, variance, 1e-8);
-            }
-        }
-    }
-    LocalKriging local;
-    double z = 0.0, variance = 0.0;
-    EXPECT_FALSE(local.Build(kriging, samples, {4, 0, 9.0}) || local.Build(kriging, samples, {4, 65, 9.0}) ||
-                 local.Build(kriging, samples, {4, 2, kNan}));
-    EXPECT_TRUE(local.Build(kriging, samples, {4, 2, 9.0}));
-    EXPECT_FALSE(local.Interpolate({0, 0}, z, variance)) << "none within the radius";
-}
-
 TEST(VariogramModelTest, MoreModelsFollowTheirFormulas) {
     EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(5.0), 0.44239843385719036);
     EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(1e-7), 2e-16) << "no digits lost near 0";
