@@ -178,6 +178,8 @@ TEST(AlignmentDesignTest, ArcsAndPairsOfTransitionsTouchWhatTheyJoin) {
                                              : AlignmentDesign::ArcBetween(from, to, radius, arcs, misfit);
             ASSERT_EQ(isFound, lacks[isLine] <= 0.0);
             EXPECT_NEAR(std::abs(misfit), std::max(lacks[isLine], 0.0), 1e-9);
+            EXPECT_TRUE(arcs.size() < 2 || arcs[0].GetCenter().Distance(arcs[1].GetCenter()) > 1e-9)
+                << "the same twice";
             for (const Arc2D& arc : arcs) {
                 ++joined;
                 EXPECT_NEAR(arc.GetSignedRadius(), radius, 1e-9);

@@ -29,16 +29,14 @@ Alignment MakeRoad(const Point2D& start) {
     plan.AppendElement(right.Clone());
     plan.AppendElement(new Line2D(plan.GetEnd(), plan.GetEnd() + right.GetEndTangent() * 60.0));
     plan.AppendElement(new Line2D(plan.GetEnd(), plan.GetEnd() + right.GetEndTangent().GetNormalVector(true) * 70.0));
+    using Vertex = Profile::Vertex;
+    const Vertex vertices[] = {Vertex::Corner(0.0, 300.0), Vertex::Arc(180.0, 312.0, 900.0),
+                               Vertex::Parabola(420.0, 301.0, 90.0, 40.0), Vertex::Corner(plan.GetLength(), 309.0)};
+    const Cant::Knot knots[] = {
+        {130, 0.025, -0.025}, {190.5, 0.06, 0.06, Law::Sine}, {310.5, 0.06, 0.06, Law::Bloss}, {400.5, -0.07, -0.07}};
     Profile profile;
-    EXPECT_TRUE(profile.Set(std::vector{Profile::Vertex::Corner(0.0, 300.0), Profile::Vertex::Arc(180.0, 312.0, 900.0),
-                                        Profile::Vertex::Parabola(420.0, 301.0, 90.0, 40.0),
-                                        Profile::Vertex::Corner(plan.GetLength(), 309.0)}));
     Cant cant;
-    EXPECT_TRUE(cant.Set(std::vector<Cant::Knot>{{130.0, 0.025, -0.025},
-                                                 {190.5, 0.06, 0.06, Law::Sine},
-                                                 {310.5, 0.06, 0.06, Law::Bloss},
-                                                 {400.5, -0.07, -0.07}},
-                         Cant::Pivot::Inner, 3.5));
+    EXPECT_TRUE(profile.Set(vertices) && cant.Set(knots, Cant::Pivot::Inner, 3.5));
     return Alignment(plan, profile, cant, Stationing(1000.0));
 }
 

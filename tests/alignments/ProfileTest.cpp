@@ -56,6 +56,8 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                     const long double rise = in * (beyond - half) + beyond * beyond * (out - in) / (4.0L * half);
                     EXPECT_NEAR(static_cast<double>(on.height - height - rise), 0.0, 5e-13);
                     EXPECT_NEAR(on.grade - g1, (g2 > g1 ? x - from : from - x) / radius, 1e-12);
+                    EXPECT_NEAR(on.curvature * std::pow(1.0 + on.grade * on.grade, 1.5) * radius, g2 > g1 ? 1 : -1,
+                                1e-12);
                 }
             }
             // A kink of the second derivative costs the quadrature digits.
