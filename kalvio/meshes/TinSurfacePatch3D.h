@@ -85,9 +85,10 @@ public:
     /// exactly. Where edges are on one circle, as in a grid, one of the triangulations is taken, always the same.
     ///
     /// Of points that the user tolerance parts in plan or less, one becomes a vertex, with the height of the first: the
-    /// order is points, breaklines, borders, holes. A vertex this near to a segment divides it and keeps its height.
-    /// Where segments cross there is a new vertex, with the height of the one that comes first. Heights there that
-    /// differ by more than the user tolerance are told.
+    /// order is points, breaklines, borders, holes. A vertex this near to a segment, and nearer to both of its ends
+    /// than these are to each other, divides it and keeps its height; the parts are segments from then on. Where
+    /// segments cross there is a new vertex, with the height of the one that comes first. Heights there that differ by
+    /// more than the user tolerance are told.
     /// @param conflicts  replaced by the places with two heights
     /// @return false, everything untouched, when all points lie on one line in plan, nothing is left inside, and for
     ///         coordinates that are not finite or above 1e70; with a tolerance of about the rounding of the

@@ -93,11 +93,13 @@ PlanePoint ConstrainedTriangulation::GetPosition(Index vertex) const {
     return {std::ldexp(points[vertex].x, exponent), std::ldexp(points[vertex].y, exponent)};
 }
 
-bool ConstrainedTriangulation::IsNear(Index a, Index b) const {
+double ConstrainedTriangulation::SquaredDistance(Index a, Index b) const {
     const double dx = points[a].x - points[b].x;
     const double dy = points[a].y - points[b].y;
-    return dx * dx + dy * dy <= tolerance * tolerance;
+    return dx * dx + dy * dy;
 }
+
+bool ConstrainedTriangulation::IsNear(Index a, Index b) const { return SquaredDistance(a, b) <= tolerance * tolerance; }
 
 // To the square [-1, 1] by a power of two, which rounds nothing. What is nothing beside the largest coordinate becomes
 // 0, so that no product of four differences underflows.
@@ -369,7 +371,8 @@ void ConstrainedTriangulation::RestoreCircles() {
     }
 }
 
-// Whether the point lies on the segment a -> b within the tolerance, between its ends.
+// Whether the point lies on the segment a -> b within the tolerance, nearer to both of its ends than these are to each
+// other: so every division makes edges shorter, and ends.
 bool ConstrainedTriangulation::IsBetween(Index point, Index a, Index b) const {
     if (point == outside) return false;
     const double dx = points[b].x - points[a].x;
@@ -378,7 +381,10 @@ bool ConstrainedTriangulation::IsBetween(Index point, Index a, Index b) const {
     const double py = points[point].y - points[a].y;
     const double along = px * dx + py * dy;
     const double squared = dx * dx + dy * dy;
-    if (!(along > 0.0 && along < squared)) return false;
+    if (!(along > 0.0 && along < squared && SquaredDistance(a, point) < squared &&
+          SquaredDistance(point, b) < squared)) {
+        return false;
+    }
     const double across = px * dy - py * dx;
     return across * across <= tolerance * tolerance * squared || Turn(a, b, point) == 0.0;
 }
@@ -410,16 +416,19 @@ Index ConstrainedTriangulation::FindEdge(Index a, Index b) const {
 }
 
 bool ConstrainedTriangulation::RequireEdge(Index from, Index to, std::uint8_t marks, bool mayCross) {
-    // Every division makes edges shorter; the limit is for tolerances that are not small.
-    std::size_t left = 64 + 4 * points.size();
+    // Every division makes edges shorter; the limit is for tolerances of about the rounding.
+    std::size_t left = 64 + 16 * points.size();
     std::vector<Required> open{{from, to, marks}};
+    brought.clear();
     while (!open.empty()) {
         const Required edge = open.back();
         open.pop_back();
-        if (edge.from == edge.to) continue;
-        if (left-- == 0 || !BringIn(edge, mayCross, open)) return false;
+        if (edge.from != edge.to && (left-- == 0 || !BringIn(edge, mayCross, open))) return false;
+        if (open.empty()) {
+            RestoreCircles();
+            DivideBrought(open);
+        }
     }
-    RestoreCircles();
     return true;
 }
 
@@ -446,6 +455,7 @@ bool ConstrainedTriangulation::BringIn(const Required& edge, bool mayCross, std:
                 divideAt(beyond);
             } else {
                 Mark(spoke, edge.marks);
+                brought.emplace_back(a, b);
             }
             return true;
         }
@@ -495,17 +505,25 @@ bool ConstrainedTriangulation::MeetRequired(const Required& edge, Index crossed,
         if (!std::isfinite(ratio)) return false;
         const double onIt = std::clamp(ratio, 0.0, 1.0);
         const PlanePoint place{points[c].x + onIt * vx, points[c].y + onIt * vy};
-        const auto isNear = [&](Index i) {
-            return std::hypot(points[i].x - place.x, points[i].y - place.y) <= tolerance;
-        };
-        for (const Index i : {a, b, c, d}) end = end == none && isNear(i) ? i : end;
+        // The nearest: from a farther one the way could lead back through it.
+        double nearest = tolerance;
+        for (const Index i : {a, b, c, d}) {
+            const double away = std::hypot(points[i].x - place.x, points[i].y - place.y);
+            if (!(away <= nearest) || (end != none && away == nearest)) continue;
+            nearest = away;
+            end = i;
+        }
         if (end == none) {
             Unmark(crossed);
             points.push_back(place);
             end = InsertLast(crossed >> 2U);
             const bool isNew = end + 1 == points.size();
             divisions.push_back({end, a, b, isNew ? c : none, isNew ? d : none});
-            if (!isNew) divisions.push_back({end, c, d, none, none});
+            if (isNew) {
+                DivideNear(end, open);
+            } else {
+                divisions.push_back({end, c, d, none, none});
+            }
             open.insert(open.end(), {{c, end, marks}, {end, d, marks}, {a, end, edge.marks}, {end, b, edge.marks}});
             return true;
         }
@@ -519,6 +537,68 @@ bool ConstrainedTriangulation::MeetRequired(const Required& edge, Index crossed,
         open.insert(open.end(), {{a, end, edge.marks}, {end, b, edge.marks}});
     }
     return true;
+}
+
+void ConstrainedTriangulation::DivideRequired(Index edge, Index vertex, std::vector<Required>& open) {
+    const Index from = CornerOf(edge);
+    const Index to = CornerOf(Next(edge));
+    const std::uint8_t marks = MarksOf(edge);
+    Unmark(edge);
+    divisions.push_back({vertex, from, to, none, none});
+    open.insert(open.end(), {{from, vertex, marks}, {vertex, to, marks}});
+}
+
+// Divides the required edges on which a new vertex lies within the tolerance, looking for them from triangle to
+// triangle through the edges this near.
+void ConstrainedTriangulation::DivideNear(Index vertex, std::vector<Required>& open) {
+    removed.clear();
+    scratch.clear();
+    ForEachSpoke(vertex, [this](Index spoke) { scratch.push_back(Next(spoke)); });
+    while (!scratch.empty()) {
+        const Index edge = scratch.back();
+        scratch.pop_back();
+        const Index twin = TwinOf(edge);
+        if (!IsBetween(vertex, CornerOf(edge), CornerOf(Next(edge))) ||
+            std::find(removed.begin(), removed.end(), twin >> 2U) != removed.end()) {
+            continue;
+        }
+        removed.push_back(twin >> 2U);
+        scratch.insert(scratch.end(), {Next(twin), Before(twin)});
+        if ((MarksOf(edge) & required) != 0) DivideRequired(edge, vertex, open);
+    }
+}
+
+// Divides the edges brought in at vertices that the way did not meet.
+void ConstrainedTriangulation::DivideBrought(std::vector<Required>& open) {
+    for (const auto& [a, b] : brought) {
+        const Index edge = FindEdge(a, b);
+        if (edge == none || (MarksOf(edge) & required) == 0) continue;
+        Index vertex = FindBeside(edge);
+        if (vertex == none) vertex = FindBeside(TwinOf(edge));
+        if (vertex != none) DivideRequired(edge, vertex, open);
+    }
+    brought.clear();
+}
+
+// A vertex left of an edge that lies on it within the tolerance; none if there is none. Where circles are empty, it is
+// the corner of the triangle, or hidden by vertices in the circle around the edge: then an edge leads to it from an
+// end.
+Index ConstrainedTriangulation::FindBeside(Index edge) const {
+    const Index a = CornerOf(edge);
+    const Index b = CornerOf(Next(edge));
+    const auto endOf = [this](Index spoke) { return CornerOf(Next(spoke)); };
+    const auto isAhead = [this](Index from, Index vertex, Index to) {
+        return vertex != outside && (points[vertex].x - points[from].x) * (points[to].x - points[from].x) +
+                                            (points[vertex].y - points[from].y) * (points[to].y - points[from].y) >
+                                        0.0;
+    };
+    for (Index spoke = TwinOf(Before(edge)); isAhead(a, endOf(spoke), b); spoke = TwinOf(Before(spoke))) {
+        if (IsBetween(endOf(spoke), a, b)) return endOf(spoke);
+    }
+    for (Index spoke = Next(edge); isAhead(b, endOf(spoke), a); spoke = Next(TwinOf(spoke))) {
+        if (IsBetween(endOf(spoke), a, b)) return endOf(spoke);
+    }
+    return none;
 }
 
 // Flips edges that cross a -> b, whenever their triangles form a convex quadrangle, until it is an edge.
@@ -547,6 +627,7 @@ bool ConstrainedTriangulation::FlipAway(Index a, Index b, std::deque<std::pair<I
     const Index edge = FindEdge(a, b);
     if (edge == none) return false;
     Mark(edge, marks);
+    brought.emplace_back(a, b);
     return true;
 }
 

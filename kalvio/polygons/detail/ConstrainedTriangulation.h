@@ -48,8 +48,8 @@ public:
     };
 
     /// @param places     finite, `most` of them at most
-    /// @param nearLimit  of places this near to each other one becomes a vertex; a vertex this near to a required edge
-    ///                   lies on it
+    /// @param nearLimit  of places this near to each other one becomes a vertex; a vertex this near to a required edge,
+    ///                   and nearer to both of its ends than these are to each other, lies on it
     ConstrainedTriangulation(std::span<const PlanePoint> places, double nearLimit);
 
     /// False when all places lie on one line; there are no triangles then.
@@ -105,6 +105,7 @@ private:
     Index TwinOf(Index edge) const { return triangles[edge >> 2U].twin[edge & 3U]; }
     std::uint8_t MarksOf(Index edge) const { return triangles[edge >> 2U].marks[edge & 3U]; }
     double Turn(Index a, Index b, Index c) const { return ExactTurn(points[a], points[b], points[c]); }
+    double SquaredDistance(Index a, Index b) const;
     bool IsNear(Index a, Index b) const;
     bool IsOutside(const Triangle& triangle) const {
         return triangle.corner[0] == outside || triangle.corner[1] == outside || triangle.corner[2] == outside;
@@ -129,6 +130,10 @@ private:
     Index FindEdge(Index a, Index b) const;
     bool BringIn(const Required& edge, bool mayCross, std::vector<Required>& open);
     bool MeetRequired(const Required& edge, Index crossed, bool mayCross, std::vector<Required>& open);
+    void DivideRequired(Index edge, Index vertex, std::vector<Required>& open);
+    void DivideBrought(std::vector<Required>& open);
+    Index FindBeside(Index edge) const;
+    void DivideNear(Index vertex, std::vector<Required>& open);
     bool FlipAway(Index a, Index b, std::deque<std::pair<Index, Index>>& crossed, std::uint8_t marks);
 
     std::vector<PlanePoint> points;  // in the square [-1, 1], along the curve; the one at `outside` is none
@@ -141,6 +146,7 @@ private:
     std::vector<Triangle> triangles;
     std::vector<Index> edgeAt;  // one of the edges from each vertex
     std::vector<Division> divisions;
+    std::vector<std::pair<Index, Index>> brought;   // edges by the one that is being required
     std::vector<std::pair<Index, Index>> loosened;  // edges whose circles may not be empty
 
     struct BoundaryEdge {
