@@ -23,7 +23,9 @@ namespace Kalvio::Math {
 ///     AlignmentFitting::Fit(survey, corners, road);     // road.plan, road.scatter
 class KALVIO_MATH_API AlignmentFitting {
 public:
+    /// Of a tangent polygon, with its curve.
     using Corner = AlignmentDesign::Corner;
+    /// Curvature law of a transition.
     using Law = AlignmentDesign::Law;
 
     /// An alignment through points.

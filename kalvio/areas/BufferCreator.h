@@ -53,9 +53,10 @@ public:
         Right = 1,  ///< no ends are put on
         Left = 2,   ///< the same
     };
+    /// How ends, corners and sides of a buffer look.
     struct Shape {
-        End end = End::Round;
-        Join join = Join::Round;
+        End end = End::Round;     ///< of chains
+        Join join = Join::Round;  ///< on the outside of corners
         Side side = Side::Both;   ///< of chains; areas and points have no sides
         double mitreLimit = 2.0;  ///< how far a mitre may reach, in distances
     };

@@ -30,6 +30,7 @@ class Tolerances;
 /// positive.
 class KALVIO_MATH_API Offset {
 public:
+    /// What closes the outside of a corner.
     using Join = BufferCreator::Join;
 
     /// The raw parallel, one chain with its loops. On the inside of a corner two lines end where they meet, as long as

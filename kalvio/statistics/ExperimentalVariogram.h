@@ -24,22 +24,22 @@ public:
     struct Lag {
         double distance = 0.0;      ///< mean of theirs
         double semivariance = 0.0;  ///< half the mean of their squared differences (G. Matheron, 1963)
-        std::uint64_t pairs = 0;
+        std::uint64_t pairs = 0;    ///< their number
     };
-
+    /// Models to fit.
     enum class Shape : std::uint32_t {
         Exponential = 0,  ///< `ExponentialVariogramModel`
         Gaussian = 1,     ///< `GaussianVariogramModel`
         Power = 2,        ///< `PowerVariogramModel`; its range is the distance of the last lag
         Linear = 3,       ///< the same with the exponent 1
     };
-
+    /// A model, and how well it fits.
     struct Fit {
-        Shape shape = Shape::Exponential;
-        double nugget = 0.0;
-        double sill = 0.0;  ///< without the nugget
-        double range = 0.0;
-        double exponent = 1.0;
+        Shape shape = Shape::Exponential;  ///< of the model
+        double nugget = 0.0;               ///< semivariance just beside a sample
+        double sill = 0.0;                 ///< without the nugget
+        double range = 0.0;                ///< of the model, in plan
+        double exponent = 1.0;             ///< of `Power`
         double misfit = 0.0;  ///< what was made least: the sum over lags of pairs (semivariance / model - 1)^2
 
         double Evaluate(double h) const;
