@@ -56,8 +56,8 @@ void Sort(const std::array<double, mostToDivide>& numbers, unsigned int n, Order
 
 /// What the two sides of each cut of an order are worth, by the size of the first; axis by axis.
 struct Cuts {
-    std::array<double, mostToDivide> shared;  // volume
-    std::array<double, mostToDivide> first;   // squared radius of the sphere around
+    std::array<double, mostToDivide> shared;  // squared radius of the sphere around; negative when they are apart
+    std::array<double, mostToDivide> first;   // the same of a side
     std::array<double, mostToDivide> second;
 
     void Add(const std::array<double, mostToDivide>& lows, const std::array<double, mostToDivide>& highs,
@@ -76,7 +76,7 @@ struct Cuts {
             low = std::min(low, lows[order[size - 1]]);
             high = std::max(high, highs[order[size - 1]]);
             const double length = std::min(high, highAfter[size]) - std::max(low, lowAfter[size]);
-            shared[size] = length > 0.0 && shared[size] > 0.0 ? shared[size] * length : 0.0;
+            shared[size] = length > 0.0 && shared[size] >= 0.0 ? shared[size] + 0.25 * length * length : -1.0;
             const double half = 0.5 * (high - low);
             const double halfAfter = 0.5 * (highAfter[size] - lowAfter[size]);
             first[size] += half * half;
@@ -239,7 +239,7 @@ void RTreeNode::Divide(std::vector<Branch>& all, RTreeNode& sibling, double unit
             read(axis);
             Sort(byLow ? lows : highs, n, order);
             Cuts cuts;
-            cuts.shared.fill(1.0);
+            cuts.shared.fill(0.0);
             cuts.first.fill(0.0);
             cuts.second.fill(0.0);
             for (unsigned int other = 0; other < dimension; ++other) {
@@ -250,7 +250,8 @@ void RTreeNode::Divide(std::vector<Branch>& all, RTreeNode& sibling, double unit
                 double volume = SphereVolume(cuts.first[size], dimension, unitSphereVolume) +
                                 SphereVolume(cuts.second[size], dimension, unitSphereVolume);
                 if (volume != volume) volume = std::numeric_limits<double>::infinity();  // bounds at infinity
-                const double shared = cuts.shared[size];
+                const double shared =
+                    cuts.shared[size] < 0.0 ? 0.0 : SphereVolume(cuts.shared[size], dimension, unitSphereVolume);
                 if (bestSize > 0 && !(shared < leastShared || (shared == leastShared && volume < leastVolume)))
                     continue;
                 best = order;

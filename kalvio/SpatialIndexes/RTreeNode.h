@@ -45,7 +45,8 @@ private:
     void Refill(unsigned int i, double unitSphereVolume);
     unsigned int ChooseBranch(const detail::FlatBox& box, double unitSphereVolume) const;
     /// Deals out branches to this node and a sibling, both empty. Of all cuts of an order along an axis, by lower or by
-    /// upper bounds, this is the one whose sides share least volume, and of equal ones that with the least spheres.
+    /// upper bounds, this is the one whose sides share the box with the least sphere, and of equal ones that with the
+    /// least spheres.
     void Divide(std::vector<Branch>& all, RTreeNode& sibling, double unitSphereVolume);
 
     unsigned int level;
