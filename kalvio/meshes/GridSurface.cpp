@@ -86,12 +86,13 @@ bool GridSurface::Set(const Point2D& first, double newStep, std::size_t columnCo
     const double reach = std::max(ReachOf(first.GetX(), first.GetX() + (width - 1.0) * newStep),
                                   ReachOf(first.GetY(), first.GetY() + (height - 1.0) * newStep));
     constexpr double leastSteps = 1e-12;  // of the largest coordinate, so that places in squares have some digits
-    if (!(reach <= detail::largestOfSurface) || !(newStep > leastSteps * reach)) return false;
+    constexpr double leastStep = 10.0 * detail::numericalZero;
+    if (!(reach <= detail::largestOfSurface) || !(newStep > std::max(leastStep, leastSteps * reach))) return false;
+    heights.assign(columnCount * rowCount, gap);  // first: a grid too large for the memory changes nothing
     origin = first;
     step = newStep;
     columns = columnCount;
     rows = rowCount;
-    heights.assign(columns * rows, gap);
     return true;
 }
 
@@ -118,7 +119,7 @@ void GridSurface::SetHeightOf(std::size_t column, std::size_t row, double height
 // coordinates.
 template <class Visit>
 bool GridSurface::FindCell(const Point2D& place, Visit&& visit) const {
-    if (columns == 0) return false;
+    if (columns == 0 || !std::isfinite(place.GetX()) || !std::isfinite(place.GetY())) return false;
     constexpr double perUnit = 4.0 * std::numeric_limits<double>::epsilon();
     const double rounding = std::max(detail::numericalZero, perUnit * ReachOf(place.GetX(), place.GetY())) / step;
     const auto find = [&](double value, double from, std::size_t count, std::size_t& index, double& share) {

@@ -42,8 +42,8 @@ public:
 
     /// Replaces all by gaps.
     /// @param first  the node of column 0 and row 0, of the least coordinates
-    /// @return false, everything untouched, for a step that is not positive, coordinates that are not finite or above
-    ///         1e70, nodes that the rounding of coordinates does not part, no nodes and more than 2^31 of them
+    /// @return false, everything untouched, for a step that is not above 1e-9, coordinates that are not finite or
+    ///         above 1e70, nodes that the rounding of coordinates does not part, no nodes and more than 2^31 of them
     [[nodiscard]] bool Set(const Point2D& first, double step, std::size_t columnCount, std::size_t rowCount);
     /// The same with the nodes at multiples of the step that enclose an extent.
     [[nodiscard]] bool SetOver(const BoundingBox2D& extent, double step);

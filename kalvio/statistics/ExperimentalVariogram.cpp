@@ -35,7 +35,9 @@ public:
     Fit Run() {
         const double farthest = lags.back().distance;
         Interval share{0.0, 1.0};
-        Interval bend{std::log(0.1 * lags.front().distance), std::log(10.0 * farthest)};
+        using Limits = std::numeric_limits<double>;
+        Interval bend{std::log(std::max(0.1 * lags.front().distance, Limits::denorm_min())),
+                      std::log(std::min(10.0 * farthest, Limits::max()))};
         if (best.shape == Shape::Power) bend = {0.05, 1.95};
         if (best.shape == Shape::Linear) bend = {1.0, 1.0};
         const Interval allShares = share;
@@ -178,7 +180,7 @@ bool ExperimentalVariogram::Build(const std::vector<Point3D>& samples, double st
     for (Lag& lag : found) {
         lag.distance /= static_cast<double>(lag.pairs);
         lag.semivariance /= 2.0 * static_cast<double>(lag.pairs);
-        if (!std::isfinite(lag.semivariance)) return false;
+        if (!std::isfinite(lag.distance + lag.semivariance)) return false;
     }
     lags = std::move(found);
     return true;
@@ -189,8 +191,17 @@ bool ExperimentalVariogram::FitModel(Shape shape, Fit& fit) const {
     std::erase_if(fitted, [](const Lag& lag) { return !(lag.distance > 0.0); });
     constexpr std::size_t fewest = 3;
     if (fitted.size() < fewest || shape > Shape::Linear) return false;
-    const Fit best = FitSearch(fitted, shape).Run();
-    if (!(best.sill + best.nugget > 0.0)) return false;
+    // By a power of two, so that squares of the semivariances stay numbers.
+    const double largest = std::max_element(fitted.begin(), fitted.end(), [](const Lag& a, const Lag& b) {
+                               return a.semivariance < b.semivariance;
+                           })->semivariance;
+    if (!(largest > 0.0)) return false;
+    const int exponent = std::ilogb(largest);
+    for (Lag& lag : fitted) lag.semivariance = std::ldexp(lag.semivariance, -exponent);
+    Fit best = FitSearch(fitted, shape).Run();
+    best.nugget = std::ldexp(best.nugget, exponent);
+    best.sill = std::ldexp(best.sill, exponent);
+    if (!(best.sill + best.nugget > 0.0) || !std::isfinite(best.sill + best.nugget)) return false;
     fit = best;
     return true;
 }

@@ -68,14 +68,14 @@ TEST(GridSurfaceTest, GapsAndBadInput) {
     grid.SetHeightOf(0, 0, kInfinity);
     EXPECT_TRUE(grid.GetHeight({15, 20}, z) && z == 4.0) << "alone, but no other node counts";
     EXPECT_FALSE(grid.GetHeight({15.1, 20}, z) || grid.GetHeight({kNan, 20}, z) || grid.GetHeight({1e308, 20}, z));
+    Angle fall;
+    GridSurface level;
+    ASSERT_TRUE(level.Set({0, 0}, 1.0, 2, 2));
+    level.Fill([](const Point2D&, double& height) { return height = 1.0, true; });
+    EXPECT_FALSE(level.GetSlope({kInfinity, 0}, z, fall) || level.GetSlope({0, -kInfinity}, z, fall));
     const std::tuple<Point2D, double, std::size_t, std::size_t> rows[] = {
-        {{0, 0}, 0.0, 2, 2},
-        {{0, 0}, kNan, 2, 2},
-        {{0, kNan}, 1.0, 2, 2},
-        {{0, 0}, 1.0, 0, 2},
-        {{1e200, 0}, 1.0, 2, 2},
-        {{6672000, 0}, 1e-6, 2, 2},
-        {{0, 0}, 1.0, 1U << 20U, 1U << 20U},
+        {{0, 0}, 0.0, 2, 2},  {{0, 0}, kNan, 2, 2},    {{0, 0}, 1e-10, 2, 2},      {{0, kNan}, 1.0, 2, 2},
+        {{0, 0}, 1.0, 0, 2},  {{1e200, 0}, 1.0, 2, 2}, {{6672000, 0}, 1e-6, 2, 2}, {{0, 0}, 1.0, 1U << 20U, 1U << 20U},
         {{0, 0}, 1e70, 9, 9},
     };
     for (const auto& [first, step, columns, count] : rows) EXPECT_FALSE(grid.Set(first, step, columns, count));

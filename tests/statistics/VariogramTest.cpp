@@ -73,6 +73,13 @@ TEST(ExperimentalVariogramTest, GathersPairsAndFitsThemBest) {
                  none.Build({{0, 0, 1}, {1, 0, kNan}}, 3.0, 2) || none.Build(Samples(5), kNan, 2));
     EXPECT_TRUE(none.Build({{0, 0, 1}, {1, 0, 1}, {3, 0, 1}, {7, 0, 1}}, 1.0, 9));
     EXPECT_FALSE(none.FitModel(Shape::Gaussian, fit)) << "no differences";
+    EXPECT_FALSE(none.Build({{0, 0, 1}, {5e307, 0, 1}, {1e308, 0, 2}, {1.5e308, 0, 2}}, 1.6e308, 1)) << "sum of lags";
+    ExperimentalVariogram::Fit small, large;
+    for (const auto& [scale, scaled] : {std::pair(0x1p-300, &small), std::pair(0x1p300, &large)}) {
+        ASSERT_TRUE(none.Build({{0, 0, 0}, {1, 0, scale}, {3, 0, 2 * scale}, {7, 0, 9 * scale}}, 1.0, 9));
+        ASSERT_TRUE(none.FitModel(Shape::Power, *scaled)) << "squares of semivariances are no numbers";
+    }
+    EXPECT_EQ(std::tuple(small.sill * 0x1p600, small.exponent), std::tuple(large.sill * 0x1p-600, large.exponent));
 }
 
 TEST(VariogramModelTest, MoreModelsFollowTheirFormulas) {
