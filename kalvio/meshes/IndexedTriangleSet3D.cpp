@@ -201,7 +201,7 @@ void IndexedTriangleSet3D::GetSections(const Line2D& line, std::vector<LineStrin
 }
 
 void IndexedTriangleSet3D::GetSections(const LineString2D& lineString, std::vector<LineString3D>& sections) const {
-    detail::AppendSection(vertices, indexes, lineString.GetPoints(), sections);
+    detail::AppendSection(vertices, indexes, lineString.GetPoints(), detail::Upright::Walls, sections);
 }
 
 void IndexedTriangleSet3D::GetSectionsLineSegment(const Line2D& segment, std::vector<LineString3D>& sections) const {

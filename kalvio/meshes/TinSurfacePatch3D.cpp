@@ -360,7 +360,7 @@ bool TinSurfacePatch3D::Drape(const LineString2D& chain, std::vector<LineString3
         index = static_cast<unsigned int>(std::lower_bound(names.begin(), names.end(), index) - names.begin());
     }
     const std::size_t before = draped.size();
-    detail::AppendSection(vertices, indexes, points, draped);
+    detail::AppendSection(vertices, indexes, points, detail::Upright::Slivers, draped);
     return draped.size() > before;
 }
 

@@ -147,7 +147,8 @@ public:
     [[nodiscard]] bool GetNearestPoint(Point3D& point) const;
     /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.
     /// What `IndexedTriangleSet3D::GetSections` answers, from the triangles near the chain alone: about the root of
-    /// their number. @return whether there are any
+    /// their number; but a triangle as thin as rounding is no wall here: along the chain the string runs over its
+    /// corners, and has no step at a bend. @return whether there are any
     bool Drape(const LineString2D& chain, std::vector<LineString3D>& draped) const;
 
     /// Appends the contours at the levels, by level: the fewest strings, each at the height of its level, with the

@@ -222,6 +222,22 @@ TEST(TinSurfaceTest, RandomChainsBecomeEdges) {
     }
 }
 
+TEST(TinSurfaceTest, ChainsRunOverTheCornersOfTrianglesThinAsRounding) {
+    // The first three are on one line but for 5e-15; the others are on either side of it.
+    const std::vector<Point3D> points = {
+        {0, 80, 0}, {40, 72, -0.3}, {200.0 / 3, 200.0 / 3, 8.2}, {9, 9, 1}, {90, 90, 1}};
+    for (const Indexes& indexes :
+         {Indexes{0, 1, 2}, {0, 1, 2, 0, 3, 1}, {0, 1, 2, 0, 2, 4}, {1, 2, 0, 3, 2, 1, 0, 2, 4}}) {
+        TinSurfacePatch3D surface;
+        ASSERT_TRUE(surface.SetTriangles(IndexedTriangleSet3D(points, indexes)));
+        std::vector<LineString3D> draped;
+        ASSERT_TRUE(surface.Drape(LineString2D{points[0].GetPoint2D(), points[1].GetPoint2D(), points[2].GetPoint2D()},
+                                  draped));
+        ASSERT_EQ(draped.size(), 1U);
+        EXPECT_THAT(draped[0].GetPoints(), testing::Pointwise(AreNear(1e-9), {points[0], points[1], points[2]}));
+    }
+}
+
 TEST(TinSurfaceTest, TrianglesWithTwoHeightsAreRefused) {
     const std::vector<Point3D> corners = {{0, 0, 0}, {4, 0, 0}, {4, 4, 1},   {0, 4, 1},
                                           {2, 0, 9}, {1, 3, 5}, {kNan, 0, 0}};

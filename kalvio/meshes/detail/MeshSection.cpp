@@ -52,8 +52,8 @@ double HeightOnTriangle(const std::array<CutCorner, 3>& corners, const Point2D& 
 // for noise where they take it from different ones.
 class PlanCut {
 public:
-    PlanCut(const Point2D& a, const Point2D& b, PlanReach planReach)
-        : start(a), end(b), direction(b - a), length(direction.Length()), reach(planReach) {
+    PlanCut(const Point2D& a, const Point2D& b, PlanReach planReach, Upright uprightTriangles)
+        : start(a), end(b), direction(b - a), length(direction.Length()), reach(planReach), upright(uprightTriangles) {
         direction /= length;
         noise = NoiseAt(a, b);
     }
@@ -91,6 +91,7 @@ public:
             if (!std::isfinite(corner.height) || !std::isfinite(corner.point.GetZ())) return;
         }
         const TriangleCut cut(corners);
+        if (cut.count == 3 && upright == Upright::Slivers) return edges.TakeSliver(corners);
         if (edges.Take(corners, cut) || cut.count != 2) return;
         const auto heightAt = [&](const Point2D& position) { return HeightOnTriangle(corners, position); };
         const Vec3D normal = (b - a).CrossProduct(c - a);
@@ -131,7 +132,7 @@ private:
     void AddClipped(PieceEnd from, PieceEnd to, double slope, HeightAt&& heightAt, SectionPieces& pieces) const {
         if (from.along > to.along) std::swap(from, to);
         if (reach == PlanReach::Segment) {
-            const bool isWall = to.along - from.along <= noise;
+            const bool isWall = upright == Upright::Walls && to.along - from.along <= noise;
             if (isWall ? to.along < -noise || from.along > length + noise ||
                              (leavesWallsAtEnd && from.along >= length - noise)
                        : to.along <= noise || from.along >= length - noise) {
@@ -165,6 +166,7 @@ private:
     Vec2D direction;
     double length;
     PlanReach reach;
+    Upright upright;
     double noise;
     double startStation = 0.0;
     std::size_t startBend = SectionPieces::noBend;
@@ -192,7 +194,7 @@ std::vector<Point2D> WithoutRepeats(const std::vector<Point2D>& chain) {
 
 void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes, const Point2D& a,
                    const Point2D& b, PlanReach reach, std::vector<LineString3D>& out) {
-    PlanCut cut(a, b, reach);
+    PlanCut cut(a, b, reach, Upright::Walls);
     if (!cut.IsSound()) return;
     std::vector<std::uint8_t> sides(vertices.size());
     for (std::size_t i = 0; i < vertices.size(); ++i) sides[i] = cut.SidesOf(vertices[i]);
@@ -206,7 +208,7 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
 }
 
 void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsigned int>& indexes,
-                   const std::vector<Point2D>& points, std::vector<LineString3D>& out) {
+                   const std::vector<Point2D>& points, Upright upright, std::vector<LineString3D>& out) {
     const std::vector<Point2D> chain = WithoutRepeats(points);
     std::vector<PlanCut> cuts;
     cuts.reserve(chain.size());
@@ -214,7 +216,7 @@ void AppendSection(const std::vector<Point3D>& vertices, const std::vector<unsig
     double station = 0.0;
     double noise = 0.0;
     for (std::size_t i = 1; i < chain.size(); ++i) {
-        const PlanCut& cut = cuts.emplace_back(chain[i - 1], chain[i], PlanReach::Segment);
+        const PlanCut& cut = cuts.emplace_back(chain[i - 1], chain[i], PlanReach::Segment, upright);
         if (!cut.IsSound()) continue;
         noise = std::max(noise, cut.GetNoise());
         box.Add(chain[i - 1]);

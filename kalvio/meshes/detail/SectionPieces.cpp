@@ -183,6 +183,21 @@ bool PlaneEdges::Take(const std::array<CutCorner, 3>& corners, const TriangleCut
     return true;
 }
 
+void PlaneEdges::TakeSliver(const std::array<CutCorner, 3>& corners) {
+    std::size_t longest = 0;
+    double length = 0.0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Point3D& a = corners[i].point;
+        const Point3D& b = corners[(i + 1) % 3].point;
+        Add(a, b, nullptr);
+        if (a.Distance2D(b) > length) {
+            length = a.Distance2D(b);
+            longest = i;
+        }
+    }
+    edges[edges.size() - 3 + longest].isLeftOut = true;
+}
+
 bool PlaneEdges::IsSame(const Edge& a, const Edge& b) {
     return detail::IsSame(a.from, b.from) && detail::IsSame(a.to, b.to);
 }
@@ -201,6 +216,9 @@ void PlaneEdges::Add(const Point3D& a, const Point3D& b, const Point3D* third) {
 }
 
 bool PlaneEdges::Counts(std::size_t first, std::size_t end) const {
+    const auto isLeftOut = [](const Edge& edge) { return edge.isLeftOut; };
+    const auto range = edges.begin() + static_cast<std::ptrdiff_t>(first);
+    if (std::any_of(range, range + static_cast<std::ptrdiff_t>(end - first), isLeftOut)) return false;
     // The area is on one side when all triangles are; where one has no area to tell, by their parity.
     bool isOneSided = true;
     bool isSliver = false;

@@ -42,6 +42,9 @@ class PlaneEdges {
 public:
     /// Takes the cut of a triangle. @return false when it has no edge in the plane
     bool Take(const std::array<CutCorner, 3>& corners, const TriangleCut& cut);
+    /// Takes a triangle of a surface that is in the plane by rounding alone. Its two edges shorter in plan count, so
+    /// that no corner is passed over, and the longest does not, whoever shares it.
+    void TakeSliver(const std::array<CutCorner, 3>& corners);
     bool IsEmpty() const { return edges.empty(); }
     /// Calls visit(from, to) for the edges that count, from the lesser end to the greater.
     template <class Visit>
@@ -61,6 +64,7 @@ private:
         Point3D to;
         bool isOfFlatTriangle;
         Vec3D rise;  // from the edge to the third corner of the triangle in the plane; zero where that is noise
+        bool isLeftOut = false;
     };
 
     static bool IsSame(const Edge& a, const Edge& b);
