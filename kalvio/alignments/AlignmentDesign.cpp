@@ -145,6 +145,7 @@ bool SolveLength(double longest, double wanted, Measure&& measure, double& lengt
     for (int cuts = 0; !measure(longest, high); longest *= 0.9) {
         if (++cuts > mostCuts) return false;
     }
+    if (!std::isfinite(low) || !std::isfinite(high)) return false;
     if (!(wanted > std::min(low, high) && wanted < std::max(low, high))) {
         const double least = std::min(low, high);
         misfit = wanted <= least ? wanted - least : wanted - std::max(low, high);
@@ -460,6 +461,7 @@ bool AlignmentDesign::TransitionBetween(const Line2D& from, const Circle2D& to, 
     if (!(way.Length() > detail::numericalZero) || !(std::abs(radius) > detail::numericalZero)) return false;
     const Vec2D along = way * (1.0 / way.Length());
     const Vec2D toCenter = to.GetCenter() - from.GetStart();
+    if (!std::isfinite(way.Length() + toCenter.Length() + radius)) return false;
     const double side = radius < 0.0 ? -1.0 : 1.0;
     // On the side to which the circle turns; more than the radius away.
     double length = 0.0;
@@ -498,6 +500,7 @@ bool AlignmentDesign::TransitionBetween(const Circle2D& from, const Circle2D& to
     misfit = 0.0;
     if (!(std::min(std::abs(r1), std::abs(r2)) > detail::numericalZero) || r1 == r2) return false;
     const Vec2D apart = to.GetCenter() - from.GetCenter();
+    if (!std::isfinite(apart.Length() + r1 + r2)) return false;
     // Either part of the way, up to and on from the point without curvature, turns at most a quarter circle.
     const double longest = 2.0 * mostTurn / (std::abs(1.0 / r1) + std::abs(1.0 / r2));
     double length = 0.0;
@@ -527,6 +530,7 @@ bool AlignmentDesign::TransitionsBetween(const Circle2D& from, const Circle2D& t
     misfit = 0.0;
     if (!(std::min(std::abs(r1), std::abs(r2)) > detail::numericalZero) || (r1 < 0.0) != (r2 < 0.0)) return false;
     const Vec2D apart = to.GetCenter() - from.GetCenter();
+    if (!std::isfinite(apart.Length() + r1 + r2)) return false;
     // From the point between them, backwards to the first circle and on to the second one, by the product of length and
     // radius.
     Centers back;

@@ -155,6 +155,9 @@ TEST(AlignmentDesignTest, TransitionsTouchLinesAndCircles) {
         EXPECT_FALSE(
             AlignmentDesign::TransitionBetween({Point2D(0, 0), 200}, {Point2D(240, 0), -50}, law, spiral, misfit));
         EXPECT_NEAR(misfit, -10.0, 1e-9);
+        EXPECT_FALSE(
+            AlignmentDesign::TransitionBetween({Point2D(0, 0), 200}, {Point2D(240, 0), kNan}, law, spiral, misfit));
+        EXPECT_EQ(misfit, 0.0) << "no values";
     }
 }
 
