@@ -122,6 +122,7 @@ bool GridSurface::FindCell(const Point2D& place, Visit&& visit) const {
     if (columns == 0 || !std::isfinite(place.GetX()) || !std::isfinite(place.GetY())) return false;
     constexpr double perUnit = 4.0 * std::numeric_limits<double>::epsilon();
     const double rounding = std::max(detail::numericalZero, perUnit * ReachOf(place.GetX(), place.GetY())) / step;
+    if (!(rounding < 0.5)) return false;  // farther away than any grid reaches
     const auto find = [&](double value, double from, std::size_t count, std::size_t& index, double& share) {
         const double steps = (value - from) / step;
         if (!(steps >= -rounding && steps <= static_cast<double>(count) - 1.0 + rounding)) return false;

@@ -34,6 +34,7 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
     const double height = std::max(0.01 * std::abs(distance), 1e-3);
     if (!BufferCreator::Create(areas, distance, height, buffer, tolerances, shape)) return Require(!tame);
     Require(BufferCreator::Create(areas, distance, curves, tolerances, shape));
+    if (areas.empty()) return;
     const LineString2D chain(areas.front().GetPoints());
     Require(BufferCreator::Create(chain, distance, height, beyond, tolerances, shape));
     if (!tame) return;

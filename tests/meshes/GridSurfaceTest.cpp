@@ -67,7 +67,8 @@ TEST(GridSurfaceTest, GapsAndBadInput) {
     grid.SetHeightOf(3, 0, 7.0);  // no such node
     grid.SetHeightOf(0, 0, kInfinity);
     EXPECT_TRUE(grid.GetHeight({15, 20}, z) && z == 4.0) << "alone, but no other node counts";
-    EXPECT_FALSE(grid.GetHeight({15.1, 20}, z) || grid.GetHeight({kNan, 20}, z) || grid.GetHeight({1e308, 20}, z));
+    EXPECT_FALSE(grid.GetHeight({15.1, 20}, z) || grid.GetHeight({kNan, 20}, z) || grid.GetHeight({1e308, 20}, z) ||
+                 grid.GetHeight({-7e98, 1e120}, z));
     Angle fall;
     GridSurface level;
     ASSERT_TRUE(level.Set({0, 0}, 1.0, 2, 2));
