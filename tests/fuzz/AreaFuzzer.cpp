@@ -47,7 +47,7 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
     for (const Polyline2D& parallel : parallels) {
         Polyline2D::PolylinePoint middle;
         Require(isParallel && parallel.MakePointAndTangentAt(0.5 * parallel.GetLength(), middle));
-        const double away = chain.GetNearestPoint(middle.point, tolerances).Distance(middle.point);
+        const double away = Distance::PointToLineString(chain, middle.point, tolerance);
         Require(std::abs(away - std::abs(distance)) <= 3.0 * tolerance);
     }
     const bool isOut = distance >= 0.0;
