@@ -5,11 +5,13 @@
 #include "kalvio/areas/detail/BufferOutline.h"
 #include "kalvio/areas/detail/ChainPath.h"
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/detail/Ring.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 namespace Kalvio::Math {
@@ -95,6 +97,22 @@ struct BufferCreator::Work {
         return true;
     }
 
+    // Whether so large a distance leaves the shape: in parts that of the last one, which is as long as the buffer is
+    // wide.
+    bool IsTold(const std::vector<AreaOverlay::Area>& areas, const std::vector<detail::ChainPath>& paths) const {
+        if (IsRound(paths)) {
+            const double rounding = std::numeric_limits<double>::epsilon() * std::abs(distance);
+            return rounding <= std::max(tolerance, detail::numericalZero);
+        }
+        std::vector<AreaOverlay::Ring> all = paths;
+        for (const AreaOverlay::Area& area : areas) all.insert(all.end(), area.begin(), area.end());
+        return detail::BufferOutline::IsTold(all, distance, tolerance);
+    }
+
+    bool IsRound(const std::vector<detail::ChainPath>& paths) const {
+        return shape.join == Join::Round && (paths.empty() || (shape.end == End::Round && shape.side == Side::Both));
+    }
+
     // What discs make can be made by smaller discs one after the other. As long as the elements are short against the
     // distance that takes less: each buffer is simpler than the one before. No part is so short that its buffer
     // vanishes.
@@ -105,9 +123,7 @@ struct BufferCreator::Work {
         constexpr double mostOfRest = 0.5;
         constexpr double finest = 1e-12;  // of the largest coordinate: well above what the overlay tells apart
         const double rest = std::abs(distance) - done;
-        const bool isRound =
-            shape.join == Join::Round && (paths.empty() || (shape.end == End::Round && shape.side == Side::Both));
-        if (!isRound) return rest;
+        if (!IsRound(paths)) return rest;
         double length = 0.0;
         double count = 1.0;
         double largest = 0.0;
@@ -133,7 +149,7 @@ struct BufferCreator::Work {
         }
         std::vector<AreaOverlay::Area> areas;
         std::vector<detail::ChainPath> paths;
-        if (!Unite(areas) || !MakePaths(paths)) return false;
+        if (!Unite(areas) || !MakePaths(paths) || !IsTold(areas, paths)) return false;
         for (double done = 0.0; done < std::abs(distance);) {
             const double part = NextPart(areas, paths, done);
             const bool isLast = !(done + part < std::abs(distance));

@@ -31,8 +31,12 @@ class Tolerances;
 /// is positive decides, after one exact noding. For n corners and k crossings of the strips' outlines about n log n + k
 /// steps.
 ///
+/// `PolygonCurve2D::IsPointInside` counts being beside several arcs once, as behind the arcs on both sides of a strip:
+/// ask points of a result by chords.
+///
 /// All functions answer false, the result untouched, for coordinates, distances and tolerances that are not finite (or
-/// beyond 1e100), and for a height or limit that is not positive.
+/// beyond 1e100), for a height or limit that is not positive, and for distances that rounding leaves no shape: round
+/// ones above 4.5e15 user tolerances, others above the root of 4.5e15 user tolerances times the extent.
 class KALVIO_MATH_API BufferCreator {
 public:
     /// What a chain ends with.

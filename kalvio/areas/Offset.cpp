@@ -51,6 +51,7 @@ template <class ChainType>
 bool MakeTrimmed(const ChainType& chain, detail::BufferOutline::Style style, std::vector<Polyline2D>& result) {
     detail::ChainPath path;
     if (!Prepare(chain, style, path)) return false;
+    if (!detail::BufferOutline::IsTold({&path, 1}, style.distance, style.tolerance)) return false;
     std::vector<Polyline2D> made;
     const bool isLeft = style.distance < 0.0;
     if (style.distance == 0.0) {

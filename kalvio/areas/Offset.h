@@ -18,16 +18,17 @@ class Tolerances;
 ///       -----------> distance > 0
 ///
 /// Lines and arcs have lines and arcs about the same centre; clothoids, spirals and parabolas are first replaced by
-/// arcs that join tangentially, within the user tolerance, and so do their parallels. Corners that turn away are closed
-/// by a join: an arc, a mitre, or a segment where it would reach farther than the limit, in distances. A chain that
-/// ends within the user tolerance of its start is closed, and so is its parallel.
+/// arcs that join tangentially, within the user tolerance, and so do their parallels, but at cusps: elements no longer
+/// than the user tolerance are left out, with all that they turn. Corners that turn away are closed by a join: an arc,
+/// a mitre, or a segment where it would reach farther than the limit, in distances. A chain that ends within the user
+/// tolerance of its start is closed, and so is its parallel.
 ///
 ///     Polyline2D edge;
 ///     if (Offset::Parallel(plan, 3.5, edge, tolerances)) value = edge.GetLength();
 ///
 /// All functions answer false, the result untouched, for coordinates and distances that are not finite (or beyond
-/// 1e100), chains no longer than the user tolerance, transitions that no such arcs keep to, and a limit that is not
-/// positive.
+/// 1e100), chains no longer than the user tolerance, transitions that no such arcs keep to, a limit that is not
+/// positive, and when trimmed for distances that rounding leaves no shape, as in `BufferCreator` (not round).
 class KALVIO_MATH_API Offset {
 public:
     /// What closes the outside of a corner.

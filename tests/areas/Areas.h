@@ -47,6 +47,19 @@ double AreaOf(const std::vector<Area>& areas) {
     return sum;
 }
 
+// `PolygonCurve2D::IsPointInside` counts several arcs beside a point once: chords tell more of areas with arcs.
+inline Polygon2D ChordsOf(const PolygonCurve2D& area, double height) {
+    Polygon2D chords;
+    for (const RingCurve2D& ring : RingsOf(area)) {
+        Polyline2D chain;
+        LineString2D points;
+        for (const IPolyline2DElement& element : ring) EXPECT_TRUE(chain.AppendElement(element));
+        EXPECT_TRUE(chain.MakeLineStringUsingHeight(0.0, chain.GetLength(), points, height, 1e-6));
+        chords.GetSize() == 0 ? void(chords = Polygon2D(points)) : chords.AppendHoleBoundary(points);
+    }
+    return chords;
+}
+
 inline double FromBorder(const Polygon2D& area, const Point2D& p) {
     double least = kInfinity;
     for (const std::vector<Point2D>& ring : RingsOf(area)) {

@@ -1,9 +1,12 @@
 #include "kalvio/areas/detail/BufferOutline.h"
 
 #include "kalvio/areas/detail/ChainPath.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
+#include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace Kalvio::Math::detail {
 
@@ -48,6 +51,16 @@ void BufferOutline::AddPoint(const PlanePoint& point) {
 void BufferOutline::AddRing(Path ring) {
     DropCorners(ring, true);
     Follow(WaysOf(ring, true), true);
+}
+
+bool BufferOutline::IsTold(std::span<const Path> paths, double distance, double tolerance) {
+    Extent extent;
+    for (const Path& path : paths) {
+        for (const AreaOverlay::Corner& corner : path) extent.Add(Point2D(corner.at.x, corner.at.y));
+    }
+    const double apart = std::hypot(extent.maxX - extent.minX, extent.maxY - extent.minY);
+    const double moved = std::numeric_limits<double>::epsilon() * distance * distance;
+    return !(apart > 0.0) || !std::isfinite(apart) || moved <= std::max(tolerance, numericalZero) * apart;
 }
 
 void BufferOutline::AddChain(const Path& chain) {

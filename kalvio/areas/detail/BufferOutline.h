@@ -5,6 +5,7 @@
 #include "kalvio/areas/detail/PlaneVectors.h"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -30,6 +31,11 @@ public:
     using Path = AreaOverlay::Ring;
 
     explicit BufferOutline(const Style& given);
+
+    /// Whether rounding leaves the outline of these paths its shape: it moves the crossing of two circles of a large
+    /// radius by some epsilon * radius^2 / distance of the centres, here no farther than the tolerance, taken as at
+    /// least 1e-10.
+    static bool IsTold(std::span<const Path> paths, double distance, double tolerance);
 
     /// The ring itself together with what lies beside it: on its right less than the distance away.
     void AddRing(Path ring);
