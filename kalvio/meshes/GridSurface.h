@@ -17,7 +17,7 @@ class TinSurfacePatch3D;
 ///
 ///     GridSurface grid;
 ///     if (!grid.SetOver(surface.GetBoundingBox2D(), 5.0)) return false;
-///     grid.Fill([&surface](const Point2D& place, double& z) { return surface.GetHeight(place, z); });
+///     grid.Fill([&](const Point2D& place, double& z) { return surface.GetHeight(place, z); });
 ///
 /// Filled so from a `LocalKriging`, value and deviation become two grids. Contours, sections and volumes are those of
 /// `MakeTin`. All questions are safe to ask from several threads.
