@@ -29,14 +29,15 @@ class Tolerances;
 /// The buffer is the union of the strips beside all elements and of the sectors (kites, triangles) at all corners.
 /// Their outlines are run through as one, which winds around every point as often as strips hold it; so a winding that
 /// is positive decides, after one exact noding. For n corners and k crossings of the strips' outlines about n log n + k
-/// steps.
+/// steps: where shapes are not round and the distance is long against the elements, k grows as n times their ratio.
 ///
 /// `PolygonCurve2D::IsPointInside` counts being beside several arcs once, as behind the arcs on both sides of a strip:
 /// ask points of a result by chords.
 ///
 /// All functions answer false, the result untouched, for coordinates, distances and tolerances that are not finite (or
 /// beyond 1e100), for a height or limit that is not positive, and for distances that rounding leaves no shape: round
-/// ones above 4.5e15 user tolerances, others above the root of 4.5e15 user tolerances times the extent.
+/// ones above 4.5e15 user tolerances, others above the root of 4.5e15 user tolerances times the extent, the tolerance
+/// taken as at least 1e-10.
 class KALVIO_MATH_API BufferCreator {
 public:
     /// What a chain ends with.
