@@ -96,9 +96,11 @@ private:
 
     void Search(unsigned int i, const Point2D& center, double radius, std::vector<Point3D>& points) const {
         const Cell& cell = cells[i];
-        // Differences of doubles are monotone, so the rounded test lets no point within the radius go.
-        const bool apart = cell.minX - center.GetX() > radius || center.GetX() - cell.maxX > radius ||
-                           cell.minY - center.GetY() > radius || center.GetY() - cell.maxY > radius;
+        // Differences of doubles are monotone, so the rounded test lets no point within the radius go. Of those below
+        // 2^-511 the squares are lost, and the distance with them.
+        const double reach = std::max(radius, 0x1p-511);
+        const bool apart = cell.minX - center.GetX() > reach || center.GetX() - cell.maxX > reach ||
+                           cell.minY - center.GetY() > reach || center.GetY() - cell.maxY > reach;
         if (apart) return;
         for (const Point3D& point : cell.points) {
             if (center.Distance({point.GetX(), point.GetY()}) <= radius) points.push_back(point);
