@@ -139,7 +139,7 @@ void CheckFit(Bytes& bytes) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzAlignment(Bytes& bytes) {
     CheckDesign(bytes);
     CheckFit(bytes);
     const Stationing stationing = CheckStationing(bytes);

@@ -58,7 +58,7 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzArea(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const auto rule = bytes.TakeOne<Boolean::FillRule>(2);
     const std::vector<Polygon2D> a = TakeAreas(bytes), b = TakeAreas(bytes);

@@ -2,9 +2,9 @@
 
 #include "kalvio/Math.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <iostream>
+#include <stdexcept>
+#include <string>
 
 namespace Kalvio::Math {
 
@@ -70,14 +70,31 @@ private:
     bool tame = false;
 };
 
-/// Ends the fuzzer's run when a law of the library is broken, and says which.
+/// Where a law of the library is broken.
+struct BrokenLaw : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Ends the run of a fuzzer's input, and a fuzzer's run with it, when a law of the library is broken.
 inline void Require(bool law, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    if (law) return;
-    std::cerr << "broken law: " << file << ":" << line << "\n";
-    std::abort();
+    if (!law) throw BrokenLaw("broken law: " + std::string(file) + ":" + std::to_string(line));
 }
 
-/// What a fuzzer calls and requires for one input.
-void Fuzz(Bytes& bytes);
+/// What each fuzzer calls and requires for one input.
+void FuzzAlignment(Bytes& bytes);
+void FuzzArea(Bytes& bytes);
+void FuzzCore(Bytes& bytes);
+void FuzzElement(Bytes& bytes);
+void FuzzGround(Bytes& bytes);
+void FuzzIndex(Bytes& bytes);
+void FuzzMatrix(Bytes& bytes);
+void FuzzMesh(Bytes& bytes);
+void FuzzPolygon(Bytes& bytes);
+void FuzzQuery(Bytes& bytes);
+void FuzzRing(Bytes& bytes);
+void FuzzSimplification(Bytes& bytes);
+void FuzzSpace(Bytes& bytes);
+void FuzzStatistics(Bytes& bytes);
+void FuzzWkt(Bytes& bytes);
 
 }  // namespace Kalvio::Math

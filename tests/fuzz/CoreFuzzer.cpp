@@ -49,7 +49,7 @@ void CheckVectors(const std::vector<double>& values, double tolerance) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzCore(Bytes& bytes) {
     CheckAngles(bytes.TakeDouble());
     const int n = bytes.Take<int>(), k = bytes.Take<int>();
     (void)Numbers::Combination(n, k);

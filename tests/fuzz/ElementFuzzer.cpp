@@ -28,7 +28,7 @@ void CheckEdits(const IPolyline2DElement& element, const Point2D& p, bool tame) 
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzElement(Bytes& bytes) {
     const Point2D p = bytes.TakePoint();
     const auto check = [&p](const IPolyline2DElement& element, bool tame) { CheckEdits(element, p, tame); };
     const auto [chain, tame] = TakeChain(bytes, 50, check);

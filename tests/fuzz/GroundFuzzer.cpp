@@ -2,7 +2,7 @@
 
 using namespace Kalvio::Math;
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzGround(Bytes& bytes) {
     const bool tame = bytes.Tame();
     TinSurfacePatch3D::Ground ground;
     const double tolerance = bytes.TakeCount(2) == 0 ? 1e-4 : 1e-2;

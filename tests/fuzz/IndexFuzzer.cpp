@@ -107,7 +107,7 @@ void CheckPoints(Bytes bytes) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzIndex(Bytes& bytes) {
     CheckIndex<QuadTree>(bytes);
     CheckIndex<RTree>(bytes);
     CheckIndex<RStarTree>(bytes);

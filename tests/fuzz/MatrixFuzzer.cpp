@@ -120,7 +120,7 @@ void CheckRoots(Bytes& bytes) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzMatrix(Bytes& bytes) {
     const bool tame = bytes.Tame();
     CheckRotations(bytes);
     CheckRoots(bytes);

@@ -89,7 +89,7 @@ void CheckPlan(const IndexedTriangleSet3D& set, bool tame) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzMesh(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const Line2D line{bytes.TakePoint(), bytes.TakePoint()};
     const double tolerance = bytes.TakeDouble() / 256.0;

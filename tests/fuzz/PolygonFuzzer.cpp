@@ -77,7 +77,7 @@ void CheckHull(const std::vector<Point2D>& points, bool tame) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzPolygon(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const double at = bytes.TakeDouble();
     const Polygon2D a = bytes.TakePolygon(3, 8), b = bytes.TakePolygon(3, 8);

@@ -67,7 +67,7 @@ void CheckCurve(const std::vector<Point2D>& points, bool isSimple) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzRing(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const std::vector<Point2D> ring = bytes.TakePoints(3 + bytes.TakeCount(12));
     const std::vector<Point2D> hole = bytes.TakePoints();

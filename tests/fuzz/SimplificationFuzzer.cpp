@@ -4,7 +4,7 @@ using namespace Kalvio::Math;
 
 // Valid areas stay valid and run as they did, simple chains stay simple, and lines and arcs keep
 // to the points that they stand for.
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzSimplification(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const bool byArea = bytes.TakeCount(2) == 0;
     const double limit = bytes.TakeDouble();

@@ -78,7 +78,7 @@ void CheckStrip(const std::vector<Point3D>& points, const Plane3D& plane, bool t
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzSpace(Bytes& bytes) {
     const bool tame = bytes.Tame();
     const Point3D p = bytes.TakePoint3D();
     const Plane3D plane(p, bytes.TakeVector3D());

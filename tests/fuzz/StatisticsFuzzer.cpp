@@ -47,7 +47,7 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzStatistics(Bytes& bytes) {
     const bool isSpherical = bytes.TakeCount(2) == 1;
     const double sill = bytes.TakeDouble(), range = bytes.TakeDouble(), mean = bytes.TakeDouble();
     const Point2D p = bytes.TakePoint();

@@ -26,7 +26,7 @@ std::string TakeText(Bytes& bytes) {
 
 }  // namespace
 
-void Kalvio::Math::Fuzz(Bytes& bytes) {
+void Kalvio::Math::FuzzWkt(Bytes& bytes) {
     const std::string text = TakeText(bytes);
     std::vector<std::unique_ptr<IGeometry>> geometries;
     Wkt::Error error;
