@@ -19,7 +19,9 @@ constexpr double samePlace = 1e-4;   // a length along the plan: minima this nea
 constexpr double sameChange = 1e-6;  // a length: changes this near are one
 constexpr double mostStations = 1e8;
 
-// The nearest of the places, of those at one joint the one that is no end.
+// A foot is at most this much further than its offset, squared: by the end tolerance along the plan.
+constexpr double squaredSlack = 2e-8;
+
 bool IsNearer(const Alignment::Place& a, const Alignment::Place& b) { return std::abs(a.offset) < std::abs(b.offset); }
 
 }  // namespace
@@ -190,10 +192,10 @@ bool Alignment::GetNearestPlace(const Point3D& point, double reach, Place& place
     Place nearest;
     all.ForEachFoot(q, squaredReach, [&](const detail::AlignmentCurves::Foot& foot) {
         const double station = all.GetStarts()[foot.curve] + foot.along;
-        const double squared = foot.offset * foot.offset;
-        if (isFound && !(squared < squaredReach)) return;
-        nearest = {station, foot.offset, 0.0, foot.isPerpendicular};
-        squaredReach = std::min(squaredReach, squared);
+        const Place here{station, foot.offset, 0.0, foot.isPerpendicular};
+        if (isFound && !IsNearer(here, nearest)) return;
+        nearest = here;
+        squaredReach = std::min(squaredReach, foot.offset * foot.offset + squaredSlack);
         isFound = true;
     });
     if (!isFound) return false;

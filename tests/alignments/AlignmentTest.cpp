@@ -91,7 +91,9 @@ TEST(AlignmentTest, PlacesAreTheMinimaOfTheDistance) {
         ASSERT_TRUE(road.GetPoint(station, 0.0, samples.emplace_back()));
     }
     for (int i = 0; i < 100; ++i) {
-        const Point2D q(random(-200, 800), random(-300, 700));
+        // First where rounding about a maximum in the transition once showed a minimum.
+        const Point2D q =
+            i == 0 ? Point2D(-43.47758982832076, 290.77728345615083) : Point2D(random(-200, 800), random(-300, 700));
         const double reach = 400.0;
         std::vector<double> minima;
         for (std::size_t k = 1; k + 1 < samples.size(); ++k) {
@@ -108,6 +110,11 @@ TEST(AlignmentTest, PlacesAreTheMinimaOfTheDistance) {
         EXPECT_THAT(stations, testing::Pointwise(testing::DoubleNear(2.0 * step), minima))
             << q.GetX() << ' ' << q.GetY();
     }
+    Point2D p;
+    std::vector<Alignment::Place> places;
+    ASSERT_TRUE(road.GetPoint(road.GetLength() - 5e-5, 2.0, p));
+    road.GetPlaces(Point3D(p, 0.0), 3.0, places);
+    EXPECT_EQ(places.size(), 1U) << "the foot and the end";
 }
 
 TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -123,10 +122,11 @@ void AlignmentCurves::SearchTransition(const Curve& c, const Vec2D& q, double a,
     const double away = middle.gap.Length() + half;
     if (!(std::abs(middle.g) <= half * (1.0 + most * away))) return;
     const double slack = half * most * away;
-    double bend = -std::numeric_limits<double>::infinity();  // the largest k n
-    for (const double k : {ka, kb}) bend = std::max({bend, k * (middle.normal - slack), k * (middle.normal + slack)});
-    const bool rises = bend < 1.0;
-    if (rises || ++halvings > mostHalvings) {
+    const double low = middle.normal - slack;
+    const double high = middle.normal + slack;
+    const auto [least, largest] = std::minmax({ka * low, ka * high, kb * low, kb * high});  // of k n
+    if (least > 1.0) return;  // g falls: a maximum at most, about which rounding would show minima
+    if (largest < 1.0 || ++halvings > mostHalvings) {
         if (!(atA.g < 0.0 && atB.g > 0.0)) return;
         const double along = BracketedNewton(a, b, [&](double p) {
             const PlanState at = c.curve.At(p);
