@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 #include <optional>
 
@@ -558,44 +559,43 @@ bool AlignmentFitting::Propose(std::span<const Point2D> points, double scatter, 
         const double variance = std::max(descent.GetSum() / count, rounding * rounding);
         return count * std::log(variance) + static_cast<double>(descent.GetNrOfUnknowns()) * std::log(count);
     };
-    double best = 0.0;
-    std::vector<Corner> chosen;
-    // @return false where it does not fit, or is no better than the chosen one
-    const auto choose = [&](std::vector<Corner> polygon) {
-        if (!MakeFit(polygon)) return false;
-        Descent descent(local, polygon);
-        if (!descent.Run()) return false;
-        const double weight = weigh(descent);
-        if (!chosen.empty() && !(weight < best)) return false;
-        best = weight;
-        chosen = descent.GetCorners();
-        return true;
+    struct Choice {
+        double weight = std::numeric_limits<double>::infinity();
+        std::vector<Corner> corners;
     };
+    const auto improve = [&](Choice& choice, std::vector<Corner> polygon) {
+        if (!MakeFit(polygon)) return;
+        Descent descent(local, polygon);
+        if (!descent.Run()) return;
+        const double weight = weigh(descent);
+        if (weight < choice.weight) choice = {weight, descent.GetCorners()};
+    };
+    Choice best;
     for (double steps = 4.0; steps < count; steps *= 2.0) {
         const Diagram diagram(local, scatter, steps);
         std::vector<Corner> found;
         if (diagram.MakeCorners(law, found)) {
-            // With all transitions and with none; then each curve the other way.
-            std::vector<Corner> plain = found;
-            for (Corner& corner : plain) corner.lengthIn = corner.lengthOut = 0.0;
-            const bool isChosen = choose(found);
-            if (choose(plain) || isChosen) {
-                for (std::size_t i = 1; i + 1 < chosen.size(); ++i) {
-                    std::vector<Corner> other = chosen;
-                    Corner& corner = other[i];
-                    const double turn =
-                        TurnBetween(corner.point - other[i - 1].point, other[i + 1].point - corner.point);
-                    const bool hasTransitions = corner.lengthIn > 0.0;
-                    corner.lengthIn = corner.lengthOut = hasTransitions ? 0.0 : 0.5 * std::abs(turn) * corner.radius;
-                    if (!hasTransitions) corner.radius *= 0.9;
-                    (void)choose(other);
-                }
+            // With all transitions and with none; then each curve the other way. What another window showed comes in at
+            // the end only: curves too many start nearer to the points than the right ones without their transitions.
+            Choice choice;
+            improve(choice, found);
+            for (Corner& corner : found) corner.lengthIn = corner.lengthOut = 0.0;
+            improve(choice, found);
+            for (std::size_t i = 1; i + 1 < choice.corners.size(); ++i) {
+                std::vector<Corner> other = choice.corners;
+                Corner& corner = other[i];
+                const double turn = TurnBetween(corner.point - other[i - 1].point, other[i + 1].point - corner.point);
+                const bool hasTransitions = corner.lengthIn > 0.0;
+                corner.lengthIn = corner.lengthOut = hasTransitions ? 0.0 : 0.5 * std::abs(turn) * corner.radius;
+                if (!hasTransitions) corner.radius *= 0.9;
+                improve(choice, std::move(other));
             }
+            if (choice.weight < best.weight) best = std::move(choice);
         }
         if (diagram.IsFine()) break;
     }
-    if (chosen.empty()) return false;
-    corners = Shifted(chosen, origin);
+    if (best.corners.empty()) return false;
+    corners = Shifted(best.corners, origin);
     return true;
 }
 
