@@ -202,7 +202,7 @@ TEST(AlignmentDesignTest, ArcsAndPairsOfTransitionsTouchWhatTheyJoin) {
         EXPECT_THAT(in.GetEndTangent(), IsNear(out.GetStartTangent(), 1e-12));
         EXPECT_EQ(std::abs(in.GetEndRadius()) + std::abs(out.GetStartRadius()), 0.0);
     }
-    EXPECT_GT(joined, 2000);
+    EXPECT_GT(joined, 1500);  // 2080 with a standard deviation of 70
 }
 
 TEST(AlignmentDesignTest, CurvesPassThroughPointsAndDoWithoutArcs) {

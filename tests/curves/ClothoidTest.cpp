@@ -86,7 +86,7 @@ TEST(ClothoidTest, NearestPointIsTheGlobalOneAndTheBoxTight) {
         const double parameter = 20.0 + 180.0 * random(0.0, 1.0);
         const double tau = 0.05 + 2.95 * random(0.0, 1.0);
         const double small = parameter / std::sqrt(2.0 * tau);
-        const double large = i % 3 == 0 ? 0.0 : small * (1.0 + std::pow(random(0.0, 1.0), 4.0));
+        const double large = i % 3 == 0 ? 0.0 : small * (1.0 + std::max(1e-8, std::pow(random(0.0, 1.0), 4.0)));
         const double side = i % 2 == 0 ? 1.0 : -1.0;
         const Vec2D direction(std::cos(0.1 * i), std::sin(0.1 * i));
         Clothoid clothoid(side * small, side * large, parameter, surveyOrigins[0], direction);

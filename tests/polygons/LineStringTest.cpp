@@ -126,6 +126,9 @@ auto CheckLengths(const String& string, double s, String& before, String& after)
         EXPECT_TRUE(string.GetPointOffsetFromStart(station, expected));
         EXPECT_THAT(points.front(), IsNear(expected, 1e-8));
         EXPECT_TRUE(string.GetTangentAtPoint(points.front(), tangent));
+        // Within the tolerance of a vertex the point is on both segments.
+        const auto isHere = [&](const auto& vertex) { return vertex.Distance(points.front()) < 2e-4; };
+        if (std::ranges::any_of(string.GetPoints(), isHere)) continue;
         EXPECT_THAT(tangents.front(), IsNear(tangent, 1e-9));
     }
     return p;

@@ -52,7 +52,7 @@ inline Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin)
         }
         case 3: {
             const auto type = static_cast<Spiral2D::Spiral2DType>(static_cast<std::uint32_t>(random(0, 5)));
-            const double other = random(-1, 1) < 0.0 ? 0.0 : random(-1, 1) * 200;
+            const double other = random(-1, 1) < 0.0 ? 0.0 : std::copysign(random(25, 200), random(-1, 1));
             return Spiral2D(type, other, radius, 1.5 * length, start, tangent);
         }
         default: {
