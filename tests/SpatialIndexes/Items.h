@@ -4,7 +4,12 @@
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
 #include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
 #include "kalvio/core/BoundingBoxND.h"
-#include "support/Testing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <list>
+#include <vector>
 
 namespace Kalvio::Math::SpatialIndexes {
 

@@ -8,6 +8,7 @@
 #include "kalvio/SpatialIndexes/RTreeNode.h"
 
 #include "SpatialIndexes/Items.h"
+#include "support/Testing.h"
 
 /// Checks what holds in every tree at any time: boxes contain what is below them, levels are even, nodes are filled.
 namespace Kalvio::Math::SpatialIndexes {

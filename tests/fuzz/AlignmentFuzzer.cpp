@@ -30,7 +30,7 @@ Profile CheckProfile(Bytes& bytes) {
     Require(!found || !stations.empty());
     for (const double at : stations) {
         Require(profile.GetPlace(at, place));
-        Require(std::abs(place.height - height) <= 1e-9 * (1.0 + std::abs(place.grade)) * 1e4);
+        RequireNear(place.height, height, 1e-9 * (1.0 + std::abs(place.grade)) * 1e4);
     }
     return profile;
 }
@@ -76,6 +76,7 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
     Require(road.GetNearestPlace(p, reach, nearest) == !places.empty());
     for (const Alignment::Place& place : places) {
         Point2D foot;
+        See({place.station, place.offset});
         Require(std::abs(place.offset) <= reach && road.GetPoint(place.station, 0.0, foot));
         if (IsAtGap(road.GetPlan(), place.station)) continue;
         Require(std::abs(foot.Distance(p.GetPoint2D()) - std::abs(place.offset)) <=
@@ -101,6 +102,7 @@ void CheckDesign(Bytes& bytes) {
     const bool isMade = AlignmentDesign::MakePlan(corners, plan, fault);
     Require(isMade == (fault.kind == AlignmentDesign::FaultKind::None));
     Require(isMade || plan.GetNrOfElements() == 0);
+    See(plan.GetEnd());
     if (bytes.Tame()) Require(plan.IsContinuous(1e-6));
     const Circle2D first{bytes.TakePoint(), bytes.TakeDouble()}, second{bytes.TakePoint(), bytes.TakeDouble()};
     const Line2D line(first.GetCenter(), bytes.TakePoint());
@@ -133,7 +135,7 @@ void CheckFit(Bytes& bytes) {
     Require(fitted.places.size() == points.size() && fitted.plan.IsContinuous(1e-6));
     if (!bytes.Tame()) return;
     for (const Alignment::Place& place : fitted.places) {
-        Require(std::abs(place.offset) <= std::abs(fitted.places[fitted.worst].offset));
+        RequireNear(place.offset, 0.0, std::abs(fitted.places[fitted.worst].offset));
     }
 }
 

@@ -40,7 +40,10 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
     if (!tame) return;
     for (const auto* made : {&buffer, &beyond}) {
         Point2D where;
-        for (const Polygon2D& area : *made) Require(area.Validate(where, true, tolerance));
+        for (const Polygon2D& area : *made) {
+            See(area.GetPoints());
+            Require(area.Validate(where, true, tolerance));
+        }
     }
     std::vector<Polyline2D> parallels;
     const bool isParallel = Offset::TrimmedParallel(chain, distance, parallels, tolerances);
@@ -48,7 +51,7 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
         Polyline2D::PolylinePoint middle;
         Require(isParallel && parallel.MakePointAndTangentAt(0.5 * parallel.GetLength(), middle));
         const double away = Distance::PointToLineString(chain, middle.point, tolerance);
-        Require(std::abs(away - std::abs(distance)) <= 3.0 * tolerance);
+        RequireNear(away, std::abs(distance), 3.0 * tolerance);
     }
     const bool isOut = distance >= 0.0;
     Require(isOut ? Boolean::Difference(united, buffer, beyond, tolerances)
@@ -81,11 +84,14 @@ void Kalvio::Math::FuzzArea(Bytes& bytes) {
     for (const auto* areas : {&united, &common, &less, &either}) {
         Require(Boolean::Union(*areas, first, tolerances) && AreSame(first, *areas));
         Point2D where;
-        for (const Polygon2D& area : *areas) Require(area.Validate(where, true, tolerance));
+        for (const Polygon2D& area : *areas) {
+            See(area.GetPoints());
+            Require(area.Validate(where, true, tolerance));
+        }
     }
     // Coordinates up to 2048 on borders of up to 100 edges.
     constexpr double slack = 4.0 * tolerance * 100 * 6000;
     Require(Boolean::Union(a, first, tolerances, rule));
-    Require(std::abs(AreaOf(united) - AreaOf(common) - AreaOf(either)) <= slack);
-    Require(std::abs(AreaOf(first) - AreaOf(common) - AreaOf(less)) <= slack);
+    RequireNear(AreaOf(united) - AreaOf(common), AreaOf(either), slack);
+    RequireNear(AreaOf(first) - AreaOf(common), AreaOf(less), slack);
 }

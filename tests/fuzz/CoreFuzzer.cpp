@@ -8,6 +8,7 @@ void CheckAngles(double value) {
     const double stored = Angle(value).GetRadians();
     const double signedHalf = Angle::NormalizeAnglePiMinusPi(value);
     const double positive = Angle::NormalizeZero2Pi(value);
+    See({stored, signedHalf, positive, Angle(value).GetDegrees()});
     if (!std::isfinite(value)) return;
     Require(stored > -detail::twoPi && stored <= detail::twoPi);
     Require(signedHalf > -detail::pi && signedHalf <= detail::pi);
@@ -26,7 +27,9 @@ void CheckBoxes(const Point2D& a, const Point2D& b, const Point2D& c, const Poin
         Require(overlap >= 0.0 && overlap == second.GetIntersectionArea(first));
         Require(touching == secondND.Intersects(firstND));
     }
-    (void)(OrientedBoundingBox2D(a, b - a, c - b, d - c) + OrientedBoundingBox2D(second)).GetBoundingBox2D();
+    See((OrientedBoundingBox2D(a, b - a, c - b, d - c) + OrientedBoundingBox2D(second))
+            .GetBoundingBox2D()
+            .GetMinPoint());
 }
 
 void CheckVectors(const std::vector<double>& values, double tolerance) {
@@ -59,6 +62,7 @@ void Kalvio::Math::FuzzCore(Bytes& bytes) {
     CheckBoxes(a, b, c, bytes.TakePoint());
     const Vec2D v = bytes.TakeVector();
     const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();
+    See({between});
     Require(!(between < 0.0 || between > detail::twoPi));
     CheckVectors(bytes.TakeDoubles(9), a.GetX());
 }

@@ -18,7 +18,7 @@ void CheckEdits(const IPolyline2DElement& element, const Point2D& p, bool tame) 
     double sum = 0.0;
     for (const std::unique_ptr<IGeometry>& piece : pieces) sum += piece->GetLength();
     Require(broken || pieces.empty());
-    if (tame && broken) Require(std::abs(sum - element.GetLength()) <= 0.01 + rounding * element.GetLength());
+    if (tame && broken) RequireNear(sum, element.GetLength(), 0.01 + rounding * element.GetLength());
     const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
     (void)reversed->ExtendEnd(p, tolerances);
     (void)reversed->ExtendStart(p, tolerances);
@@ -36,5 +36,6 @@ void Kalvio::Math::FuzzElement(Bytes& bytes) {
     std::vector<Polyline2D::PolylinePoint> samples;
     const double length = chain.GetLength();
     (void)chain.MakePointsAndTangents(0.0, length, samples, length / 16.0, tolerance);
+    for (const auto& sample : samples) See({sample.point.GetX(), sample.point.GetY(), sample.tangent.GetX()});
     (void)chain.MakePointsAndTangents(p.GetX(), p.GetY(), samples, std::max(p.GetY() / 16.0, length / 64.0), tolerance);
 }

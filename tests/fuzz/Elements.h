@@ -13,14 +13,16 @@ void CheckElement(const auto& element, const Point& p, const auto& box, double r
     const double length = element.GetLength();
     const Point nearest = element.GetNearestPoint(p, tolerances);
     const std::unique_ptr<IGeometry> reversed(element.CloneAsReverse());
+    See(std::vector{nearest, element.GetStart(), element.GetEnd(), Point(box.GetMinPoint()), Point(box.GetMaxPoint())});
     for (const Point& q : {p, nearest, element.GetStart(), element.GetEnd()}) {
         double station = -1.0;
         const bool found = element.GetLengthFromStartPoint(q, station, tolerance);
+        See({station});
         if (tame && found) Require(station >= -tolerance && station <= length + tolerance);
     }
     if (!tame) return;
     Require(std::isfinite(length) && length >= 0.0);
-    Require(std::abs(reversed->GetLength() - length) <= rounding * (1.0 + length));
+    RequireNear(reversed->GetLength(), length, rounding * (1.0 + length));
     for (const Point& end : {element.GetStart(), element.GetEnd()}) {
         Require(p.Distance(nearest) <= p.Distance(end) + rounding);
         for (int axis = 0; axis < (std::is_same_v<Point, Point2D> ? 2 : 3); ++axis) {

@@ -28,6 +28,7 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         Require(isInside == surface.GetHeight(place, hinted, triangle));
         if (!isInside) continue;
         if (tame) Require(std::abs(z) <= 2048.0 && std::abs(hinted - z) <= 1e-3 * (1.0 + std::abs(z)));
+        See({z});
         Vec3D normal;
         double slope = 0.0;
         Angle fall;
@@ -37,22 +38,27 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     }
     std::vector<LineString3D> contours;
     Require(surface.GetContours(std::vector{0.0, 1.0, 0.0625}, contours));
-    for (const LineString3D& contour : contours) Require(contour.GetSize() > 1);
+    for (const LineString3D& contour : contours) {
+        See(contour.GetPoints());
+        Require(contour.GetSize() > 1);
+    }
     TinSurfacePatch3D::Volumes whole, there, back;
     TinSurfacePatch3D design;
     TinSurfacePatch3D::Ground shifted{ground.points, {}, {}, {}, 0.0};
     for (Point3D& p : shifted.points) p = Point3D(p.GetY(), p.GetX(), -p.GetZ());
     const bool hasDesign = design.Build(shifted, Tolerances(tolerance));
     (void)surface.GetVolumes(1.0, Polygon2D(places), there);
-    if (surface.GetVolumes(0.0, whole) && tame) Require(std::abs(whole.area - surface.GetPlanArea()) <= 1e-3);
+    if (surface.GetVolumes(0.0, whole) && tame) RequireNear(whole.area, surface.GetPlanArea(), 1e-3);
     if (isBuilt && hasDesign) {
         Require(surface.GetVolumes(design, there) && design.GetVolumes(surface, back));
+        See({there.cut, there.fill, there.area});
         if (tame)
             Require(std::abs(there.cut - back.fill) <= 1e-6 * (1.0 + there.cut) && there.area <= whole.area + 1e-3);
     }
     TinSurfacePatch3D thin = surface;
     const bool isThin = thin.Thin(0.5);
     Require(isThin || !tame || !isBuilt || hasChains);
+    See(thin.GetTriangles().GetIndexes());
     for (const Point3D& v : surface.GetTriangles().GetVertices()) {
         double z = 0.0;
         if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
@@ -76,7 +82,7 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
             const bool isInside = grid.GetTriangleHeight(place, z);
             Require(!isInside || isTin);
             if (tame) Require(isInside == ofGrid.IsInside(place));
-            if (tame && grid.GetHeight(place, bilinear)) Require(std::abs(bilinear) <= 2048.0 + 1e-9);
+            if (tame && grid.GetHeight(place, bilinear)) RequireNear(bilinear, 0.0, 2048.0 + 1e-9);
             (void)grid.GetSlope(place, slope, fall);
         }
     }

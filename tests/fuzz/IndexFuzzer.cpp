@@ -29,7 +29,10 @@ void CheckSearch(const ISpatialIndex& index, const std::deque<Known>& items, con
         }
         Require(Search(index, box, overlap) == Sorted(expected));
     }
-    (void)Search(index, box.GetMinPoint());
+    std::list<ISpatialIndexData*> inOrder;
+    index.Search(box.GetMinPoint(), inOrder);
+    index.Search(box, true, inOrder);
+    for (const ISpatialIndexData* item : inOrder) See({static_cast<const Known*>(item)->box.GetMin(0)});
 }
 
 std::size_t CountBelow(const QuadTreeNode& node) { return static_cast<std::size_t>(node.Size()); }

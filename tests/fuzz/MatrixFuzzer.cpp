@@ -33,6 +33,7 @@ void CheckSquare(const MatrixNM& matrix, bool tame) {
     Require(matrix.Determinant(determinant) && matrix.GetTranspose().Determinant(ofTranspose));
     const bool hasAdjoint = matrix.Adjoint(adjoint), hasInverse = matrix.GetInverse(inverse);
     Require(matrix.GetTranspose().GetTranspose() == matrix || !tame);
+    See({determinant, hasInverse ? inverse[n - 1][0] : 0.0});
     MatrixNM identity(n, n);
     for (unsigned int i = 0; i < n; ++i) identity[i][static_cast<int>(i)] = 1.0;
     double bound = 1.0;  // of the determinant and all its terms
@@ -52,7 +53,7 @@ void CheckSquare(const MatrixNM& matrix, bool tame) {
         const double size = 1.0 + LargestOf(matrix) + n * LargestOf(lower) * LargestOf(upper);
         Require(LargestDifference(lower * upper, matrix) <= 1e-9 + 1e-12 * size);
         VecND solution;
-        (void)matrix.SolveLinearSystem(matrix[0], solution, method);
+        if (matrix.SolveLinearSystem(matrix[0], solution, method)) See(solution.GetCoordinates());
     }
 }
 
@@ -72,8 +73,12 @@ void CheckTransformation(const Matrix& matrix, bool tame) {
     const Polynomial characteristic = matrix.GetCharacteristicPolynomial();
     Require(characteristic.GetDegree() == n);
     std::complex<double> trace;
-    for (const auto& value : complexValues) trace += value;
-    Require(std::abs(trace + characteristic[n - 1]) <= 1e-6 * (1.0 + std::abs(characteristic[n - 1])) + 1e-3);
+    for (const auto& value : complexValues) {
+        See({value.real(), value.imag()});
+        trace += value;
+    }
+    See({s.Get(0, 0), u.Get(1, 2), v.Get(2, 1)});
+    RequireNear(std::abs(trace + characteristic[n - 1]), 0.0, 1e-6 * (1.0 + std::abs(characteristic[n - 1])) + 1e-3);
 }
 
 void CheckRotations(Bytes& bytes) {
@@ -88,7 +93,7 @@ void CheckRotations(Bytes& bytes) {
     turned *= turn;
     if (!tame) return;
     Require(found && std::abs(direction.Length() - 1.0) <= 1e-9 && angle.GetRadians() >= 0.0);
-    Require(std::abs(turned.Length() - v.Length()) <= 1e-9 * (1.0 + v.Length()));
+    RequireNear(turned.Length(), v.Length(), 1e-9 * (1.0 + v.Length()));
     Require((v.Transform(Matrix3D(turn)) - turned).Length() <= 1e-9 * (1.0 + v.Length()));
     turned *= turn.Invert();
     Require((turned - v).Length() <= 1e-9 * (1.0 + v.Length()));
@@ -104,13 +109,14 @@ void CheckRoots(Bytes& bytes) {
     for (int i = 0; i < count && bytes.Tame(); ++i) {
         const double x = std::abs(roots[i]);
         const double size = ((std::abs(a) * x + std::abs(b)) * x + std::abs(c)) * x + std::abs(d);
-        Require(std::abs(cubic.GetValue(roots[i])) <= 1e-5 * size + 1e-9);
+        RequireNear(cubic.GetValue(roots[i]), 0.0, 1e-5 * size + 1e-9);
         Require(i == 0 || roots[i] >= roots[i - 1]);
     }
     const Polynomial polynomial{d, c, b, a, bytes.TakeDouble(), bytes.TakeDouble()};
     Polynomial rest;
     std::vector<Polynomial> factors;
     if (polynomial.FindQuadraticFactors(rest, factors)) {
+        for (const Polynomial& factor : factors) See({factor[0], factor[1]});
         Require(rest.GetDegree() + 2 * factors.size() == polynomial.GetDegree());
     }
     double remainder = 0.0;

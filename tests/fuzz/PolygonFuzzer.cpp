@@ -19,16 +19,17 @@ void CheckPair(const Polygon2D& a, const Polygon2D& b, bool tame) {
     const bool collide = Intersection::Collides(a, b, tolerance);
     const double gap = Distance::PolygonToPolygon(a, b, tolerance);
     Require(gap >= 0.0 || std::isnan(gap) || !tame);
+    See(common);
     int hole = -1;
     (void)a.CheckPositionOf(b, hole, tolerance);
     const bool isInside = Polygon2D::IsPolygonInsideNotCrossing(a, b, tolerance);
     if (!tame) return;
     Require(meet == meetSwapped && common.empty() == swapped.empty());
     Require(meet == collide && collide == Intersection::Collides(b, a, tolerance));
-    Require(std::abs(gap - Distance::PolygonToPolygon(b, a, tolerance)) <= rounding);
+    RequireNear(gap, Distance::PolygonToPolygon(b, a, tolerance), rounding);
     Require(!meet || gap == 0.0);
     for (const Point2D& p : common) Require(IsOnBorder(a, p) && IsOnBorder(b, p));
-    if (isInside) Require(std::abs(a.GetArea()) <= std::abs(Polygon2D(b.GetPoints()).GetArea()) + 1.0);
+    if (isInside) RequireNear(a.GetArea(), 0.0, std::abs(Polygon2D(b.GetPoints()).GetArea()) + 1.0);
 }
 
 void CheckLines(const Polygon2D& polygon, const std::vector<Point2D>& chain, bool tame) {
@@ -40,6 +41,8 @@ void CheckLines(const Polygon2D& polygon, const std::vector<Point2D>& chain, boo
     std::vector<GeometryClipper::Part<LineString2D>> parts;
     const bool isClipped = GeometryClipper::Clip(line, polygon, parts, tolerances);
     Require(isClipped != parts.empty());
+    See(onLine);
+    See(onBox);
     if (!tame) return;
     Require(parts.empty() || (parts.front().from == 0.0 && std::abs(parts.back().to - line.GetLength()) <= rounding));
     for (std::size_t i = 1; i < parts.size(); ++i) {
@@ -61,15 +64,19 @@ void CheckStrips(const Polygon2D& polygon, double at, bool tame) {
         for (const auto& [low, high] : {std::pair(-4096.0, at), std::pair(at, 4096.0)}) {
             std::vector<Polygon2D> pieces;
             clip(polygon, pieces, low, high, 0.0);
-            for (const Polygon2D& piece : pieces) rest -= std::abs(piece.GetArea());
+            for (const Polygon2D& piece : pieces) {
+                See(piece.GetPoints());
+                rest -= std::abs(piece.GetArea());
+            }
         }
-        if (tame && isValid) Require(std::abs(rest) <= allowed);
+        if (tame && isValid) RequireNear(rest, 0.0, allowed);
     }
 }
 
 void CheckHull(const std::vector<Point2D>& points, bool tame) {
     Polygon2D hull;
     Geometry::ConvexHull(points, hull);
+    See(hull.GetPoints());
     if (!tame || hull.GetSize() < 3) return;
     for (const Point2D& p : points) Require(hull.IsPointInsideAndBorders(p, rounding, true));
     Require(hull.GetArea() >= -rounding);

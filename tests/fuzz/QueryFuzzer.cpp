@@ -12,6 +12,8 @@ void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bo
     Require(found.empty() == (result != IntersectionResult::Intersecting && result != IntersectionResult::Coincident));
     const auto isBefore = [](const auto& p, const auto& q) { return p.firstStation < q.firstStation; };
     Require(!tame || std::is_sorted(found.begin(), found.end(), isBefore));
+    for (const auto& place : found)
+        See({place.point.GetX(), place.point.GetY(), place.firstStation, place.secondStation});
     std::vector<IntersectionExt::UndershootPoint<Point2D>> gaps;
     IntersectionExt::GetUndershoots(a, b, gaps, tolerances);
     for (const auto& gap : gaps) Require(gap.distance >= 0.0);
@@ -32,6 +34,7 @@ void CheckFeet(const Polyline2D& chain, const Point2D& p, bool tame) {
     const bool found = Projection::NearestPointOnPolyline(p, chain, nearest, tolerance);
     const int status = Projection::NormalPointOnPolyline(p, chain, foot, tolerance);
     (void)Projection::NormalPointOnPolyline2(p, chain, foot, tolerance);
+    See(std::vector{nearest.point, foot.point});
     Require(found || status == 0 || !std::isfinite(chain.GetLength()));  // whose stations end nowhere
     if (!found || !tame) return;
     Require(Distance::PointToPolyline(p, chain) <= p.Distance(chain.GetStart()) + 1e-6);
@@ -50,7 +53,8 @@ void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tam
     const Circle2D second(c, a.Distance(b));
     std::vector<Point2D> common;
     (void)Intersection::CircleCircle(first, second, common, tolerances);
-    (void)Distance::CircleToCircle(first, second);
+    See({Distance::CircleToCircle(first, second)});
+    See(common);
     if (!tame || !found || first.GetRadius() > 1e5) return;
     for (const Point2D& p : {a, b, c}) Require(Distance::PointToCircle(p, first) <= 1e-3);
     for (const Point2D& p : common) {

@@ -11,6 +11,7 @@ void CheckString(const LineString2D& string, bool tame) {
     reversed.Reverse();
     std::vector<Point2D> crossings;
     const bool isCrossing = string.IsSelfCrossing(crossings, tolerance);
+    See(crossings);
     Require(isCrossing == string.IsSelfCrossing(tolerance) && isCrossing == !crossings.empty());
     if (tame) Require(isCrossing == reversed.IsSelfCrossing(tolerance));
     const double length = string.GetLength();
@@ -24,6 +25,7 @@ void CheckArea(const Polygon2D& polygon, bool isValid, bool tame) {
     std::vector<unsigned int> corners;
     const Polygon3D lifted(polygon, 0.0);
     const bool triangulated = lifted.TriangulateByProjection(ProjectionPlane::XY, corners, tolerance);
+    See(corners);
     if (!tame) return;
     if (isValid) Require(triangulated);
     double sum = 0.0;
@@ -31,7 +33,7 @@ void CheckArea(const Polygon2D& polygon, bool isValid, bool tame) {
         const auto corner = [&](std::size_t k) { return lifted.GetPointOfAll(corners[i + k]); };
         sum += Triangle3D(corner(0), corner(1), corner(2)).GetArea();
     }
-    if (isValid) Require(std::abs(sum - area) <= 1e-6 * (1.0 + area));
+    if (isValid) RequireNear(sum, area, 1e-6 * (1.0 + area));
 }
 
 // The polygon, its prepared form and its position test agree off the borders.
@@ -42,6 +44,7 @@ void CheckPosition(const Polygon2D& polygon, const PointInPolygon& prepared, con
     if (tame) Require(prepared.IsPointInsideAndBorders(p, tolerance, true) == inside);
     int hole = -1;
     const Polygon2D::PositionResult position = polygon.CheckPositionOf(p, hole, tolerance);
+    See({static_cast<double>(position)});
     if (tame && position == Polygon2D::PositionResult::OnOuterBorder) Require(inside);
 }
 
@@ -87,7 +90,7 @@ void Kalvio::Math::FuzzRing(Bytes& bytes) {
         Require(polygon.IsPointInsideAndBorders(inner, tolerance, false));
     }
     CheckCurve(ring, tame && hole.empty() && isValid);
-    (void)polygon.GetMaxWidth(tolerance);
-    (void)polygon.GetOrientedBoundingBox2D();
+    See({polygon.GetMaxWidth(tolerance)});
+    See(std::vector{inner, polygon.GetCentroid(), polygon.GetOrientedBoundingBox2D().GetCenter()});
     polygon.ReducePoints(tolerance);
 }

@@ -23,6 +23,7 @@ void CheckLines(const Line3D& a, const Line3D& b, const Plane3D& plane, bool tam
         }
     }
     const IntersectionResult result = Intersection::LineSegmentPlane(a, plane, point, tolerances);
+    See({point.GetX(), point.GetY(), point.GetZ(), shortest.GetLength()});
     if (!tame || result != IntersectionResult::Intersecting) return;
     Require(IsOn(plane, point) && Distance::PointToLineSegment(a, point, tolerance) <= tolerance + rounding);
 }
@@ -39,6 +40,7 @@ void CheckTriangles(const Triangle3D& a, const Triangle3D& b, const Plane3D& pla
     const bool collide = Intersection::Collides(a, b, tolerance);
     const BoundingBox3D box = b.GetBoundingBox3D();
     (void)Intersection::Collides(a, box, tolerance);
+    See(common);
     if (tame) Require(collide == Intersection::Collides(b, a, tolerance) && common.empty() == swapped.empty());
 }
 
@@ -55,6 +57,7 @@ void CheckAreas(const std::vector<Point3D>& points, const Plane3D& plane, const 
     (void)Projection::PolygonOnPlane(polygon, p - Point3D(), plane);
     const Polygon3D foot = Projection::NormalPolygonOnPlane(polygon, plane);
     if (!tame) return;
+    See(foot.GetPoints());
     const double reach = 1e-3;  // of planes of best fit, in which rings need not lie
     for (const Line3D& piece : pieces) {
         Require(piece.GetLength() >= 0.0 && Distance::PointToPlane(piece.GetStart(), plane) <= reach + 1e4 * tolerance);

@@ -35,13 +35,14 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
         Require(!(local.Build(kriging, samples, 3) && samples.empty()));
         CheckAnswer(local.Interpolate(p, near, variance), near);
     }
+    See({value, ofSystem, variance});
     if (isSound) Require(isBuilt);
     for (const Point3D& sample : samples) {
         double there = untouched;
         if (!isSound) break;
         Require(system.Interpolate(sample.GetPoint2D(), there, variance));
         Require(std::abs(there - sample.GetZ()) <= 1e-6 && std::abs(variance) <= 1e-6);
-        if (kriging.Interpolate(sample.GetPoint2D(), samples, there)) Require(std::abs(there - sample.GetZ()) <= 1e-3);
+        if (kriging.Interpolate(sample.GetPoint2D(), samples, there)) RequireNear(there, sample.GetZ(), 1e-3);
     }
 }
 
@@ -62,6 +63,7 @@ void Kalvio::Math::FuzzStatistics(Bytes& bytes) {
         ExperimentalVariogram variogram;
         ExperimentalVariogram::Fit fit;
         if (!variogram.Build(samples, range, 5, Angle(sill), Angle(mean)) || !variogram.FitModel(shape, fit)) return;
+        See({fit.nugget, fit.sill, fit.range});
         Require(fit.nugget >= 0.0 && fit.sill >= 0.0 && fit.nugget + fit.sill > 0.0 && fit.range > 0.0);
         LocalKriging local;
         std::vector<LocalKriging::Residual> residuals;

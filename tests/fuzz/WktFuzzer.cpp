@@ -1,25 +1,20 @@
 #include "fuzz/Bytes.h"
+#include "text/Texts.h"
 
 using namespace Kalvio::Math;
 
 namespace {
 
-// Tame bytes choose among these; others are the text themselves.
-const std::string words =
-    "POINT|LINESTRING|CIRCULARSTRING|COMPOUNDCURVE|POLYGON|CURVEPOLYGON|MULTIPOINT|MULTICURVE|MULTISURFACE|"
-    "GEOMETRYCOLLECTION|MULTIPOLYGON|MULTILINESTRING| Z | M|ZM| EMPTY|(|((|)|))|, | |\n|0 0|1 1|2 0|"
-    "0 0 1, 1 0 1, 1 1 1, 0 0 1|0 0, 1 0, 1 1, 0 0|0 0, 1 1, 2 0|1e308|-1e-320|6672000.123456789|";
-
+// Of tame bytes one that is written so, with some words of others instead of its own; others are the text themselves.
 std::string TakeText(Bytes& bytes) {
     std::string text;
-    while (!bytes.Empty()) {
-        if (!bytes.Tame()) {
-            text += bytes.Take<char>();
-            continue;
-        }
-        std::size_t from = 0;
-        for (unsigned int skipped = bytes.TakeCount(32); skipped > 0; --skipped) from = words.find('|', from) + 1;
-        text += words.substr(from, words.find('|', from) - from);
+    while (!bytes.Empty() && !bytes.Tame()) text += bytes.Take<char>();
+    if (!bytes.Tame()) return text;
+    text = texts[bytes.TakeCount(std::size(texts))];
+    for (unsigned int changes = bytes.TakeCount(4); changes > 0; --changes) {
+        const std::string& other = texts[bytes.TakeCount(std::size(texts))];
+        const std::size_t at = bytes.TakeCount(255) % (text.size() + 1), from = bytes.TakeCount(255) % other.size();
+        text.replace(at, bytes.TakeCount(8), other, from, bytes.TakeCount(12));
     }
     return text;
 }
@@ -40,6 +35,7 @@ void Kalvio::Math::FuzzWkt(Bytes& bytes) {
     if (!Wkt::Write(geometries, written)) return;
     const bool hasArcs = written.find("CIRCULAR") != std::string::npos;
     for (const std::unique_ptr<IGeometry>& geometry : geometries) Require(Wkt::Write(*geometry, again));
+    for (const char letter : written) See({static_cast<double>(letter)});
     std::vector<std::unique_ptr<IGeometry>> back;
     const bool isRead = Wkt::Read(written, back, error);
     Require(isRead || hasArcs);
