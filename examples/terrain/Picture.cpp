@@ -136,6 +136,37 @@ private:
     double stretch = 1.0;
 };
 
+// The triangles of a design in the colour of their depth under the ground or height over it, the deepest and the
+// highest the darkest.
+void DrawDepths(Svg& svg, const SvgPanel& panel, const PictureParts& parts) {
+    constexpr Rgb deepest{196, 98, 45};
+    constexpr Rgb highest{60, 120, 180};
+    const IndexedTriangleSet3D& set = parts.design->GetTriangles();
+    std::vector<std::optional<double>> depths(set.GetTrianglesCount());
+    double most = 1e-3;
+    Point3D a;
+    Point3D b;
+    Point3D c;
+    for (std::uint64_t t = 0; set.GetTriangleAt(t, a, b, c); ++t) {
+        const Point3D middle = a + ((b - a) + (c - a)) / 3.0;
+        double z = 0.0;
+        if (!parts.ground->GetHeight(middle.GetPoint2D(), z)) continue;
+        depths[t] = z - middle.GetZ();
+        most = std::max(most, std::abs(*depths[t]));
+    }
+    for (std::uint64_t t = 0; set.GetTriangleAt(t, a, b, c); ++t) {
+        if (!depths[t]) continue;
+        const double share = 0.15 + 0.85 * std::abs(*depths[t]) / most;
+        Rgb tint{};
+        for (std::size_t k = 0; k < 3; ++k)
+            tint[k] = 250.0 + ((*depths[t] > 0.0 ? deepest : highest)[k] - 250.0) * share;
+        const std::string color = ColorText(tint, 1.0);
+        svg.Area({panel.ToPage({a.GetPoint2D(), b.GetPoint2D(), c.GetPoint2D()})}, {color, 0.4, color, ""});
+    }
+    svg.Text(Point2D(margin, 68), "Cut orange, fill blue, darkest at " + Fixed(most, 2) + ' ' + parts.unit, 11,
+             textColor);
+}
+
 // The axis inside the extent, with its stations at the multiples of `step`; white below, so that it stands out from the
 // relief.
 void DrawAxis(Svg& svg, const SvgPanel& panel, const BoundingBox2D& extent, const Alignment& alignment, double step) {
@@ -299,6 +330,7 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
     const SvgPanel plan(margin, planTop, panelWidth, planHeight, extent, true);
     const Relief relief(*parts.surface, plan.GetScaleX(), parts.contourInterval);
     relief.Draw(svg, plan);
+    if (parts.design != nullptr) DrawDepths(svg, plan, parts);
     double longest = 0.0;
     for (const Alignment& alignment : *parts.alignments) longest = std::max(longest, alignment.plan.GetLength());
     for (const Alignment& alignment : *parts.alignments) {

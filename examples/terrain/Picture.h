@@ -6,6 +6,7 @@
 
 #include "kalvio/core/Point3D.h"
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/TinSurfacePatch3D.h"
 
 #include <optional>
 #include <string>
@@ -22,11 +23,13 @@ struct PictureParts {
     const LongSection* section = nullptr;  // left out when null
     const KrigedGrid* grid = nullptr;      // left out when null
     const std::vector<Math::Point3D>* samples = nullptr;
-    std::optional<double> contourInterval;  // one that suits the page when there is none
+    std::optional<double> contourInterval;            // one that suits the page when there is none
+    const Math::TinSurfacePatch3D* ground = nullptr;  // the surface, with `design`
+    const Math::TinSurfacePatch3D* design = nullptr;  // shades the plan by its depth; left out when null
 };
 
-/// Draws the hill-shaded plan with contours and axes, the long section with its cut and fill, and the kriged grid with
-/// its samples. @return false when the file cannot be written
+/// Draws the hill-shaded plan with contours, depths of a design and axes, the long section with its cut and fill, and
+/// the kriged grid with its samples. @return false when the file cannot be written
 bool DrawPicture(const std::string& path, const PictureParts& parts);
 
 }  // namespace Kalvio::Examples

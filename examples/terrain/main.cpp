@@ -8,6 +8,7 @@
 #include "common/LandXmlWriter.h"
 #include "common/Svg.h"
 #include "terrain/BuiltGround.h"
+#include "terrain/Earthwork.h"
 #include "terrain/KrigedGrid.h"
 #include "terrain/LongSection.h"
 #include "terrain/Measures.h"
@@ -38,6 +39,7 @@ namespace {
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
     "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
+    "               [--design NAME] [--sections LENGTH] [--width WIDTH] [--sheet SHEET.svg]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--fit FIT.svg] [--nodes OUT.csv] "
     "[--svg OUT.svg] [--xml OUT.xml]\n"
@@ -47,7 +49,12 @@ constexpr const char* kUsage =
     "  --fill     closes the holes of the surface that are no larger\n"
     "  --thin     leaves out the points of the surface that change no height by more\n"
     "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
-    "  --against  cut and fill from the surface to the first one of another file, where both are\n"
+    "  --against  cut and fill from the surface to one of another file, where both are; the picture is shaded by them\n"
+    "  --design   which one (the first)\n"
+    "  --sections cross-sections of both along the alignments, so far from each other, and the volumes and the mass\n"
+    "             curve that follow by mean end areas\n"
+    "  --width    how far the sections go to both sides (20)\n"
+    "  --sheet    draws the sections of the first alignment and its mass curve\n"
     "  --surface  the surface that is cut and drawn (Built, or the first of the file)\n"
     "  --over     height that volumes are taken over (that of the lowest vertex)\n"
     "  --along    cuts the surface along the alignments of a file\n"
@@ -71,6 +78,10 @@ struct Options {
     std::optional<double> thin;
     std::optional<double> contours;
     std::string against;
+    std::string design;
+    std::optional<double> sections;
+    double width = 20.0;
+    std::string sheet;
     std::string surface;
     std::optional<double> over;
     std::string along;
@@ -97,6 +108,10 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddPositive("--thin", options.thin);
     arguments.AddPositive("--contours", options.contours);
     arguments.AddText("--against", options.against);
+    arguments.AddText("--design", options.design);
+    arguments.AddPositive("--sections", options.sections);
+    arguments.AddPositive("--width", options.width);
+    arguments.AddText("--sheet", options.sheet);
     arguments.AddText("--surface", options.surface);
     arguments.AddNumber("--over", options.over);
     arguments.AddText("--along", options.along);
@@ -281,12 +296,13 @@ GridSurface MakeGrid(const TinSurfacePatch3D& surface, double step, const std::s
     return grid;
 }
 
-Surface& Chosen(SurfaceFile& file, const Options& options) {
-    if (options.surface.empty()) return file.surfaces.front();
+// @param name  none for the first
+Surface& Chosen(SurfaceFile& file, const std::string& path, const std::string& name) {
+    if (name.empty()) return file.surfaces.front();
     for (Surface& surface : file.surfaces) {
-        if (surface.name == options.surface) return surface;
+        if (surface.name == name) return surface;
     }
-    throw InputError(options.file + ": no surface named " + options.surface);
+    throw InputError(path + ": no surface named " + name);
 }
 
 void WriteHeights(const std::string& path, const TinSurfacePatch3D& surface) {
@@ -308,14 +324,40 @@ void ReportContours(double interval, const TinSurfacePatch3D& surface, const std
                 unit.c_str());
 }
 
-void ReportVolumes(const std::string& path, const TinSurfacePatch3D& surface, const std::string& unit) {
-    const SurfaceFile file = ReadLandXmlSurfaces(path);
-    if (UnitText(file.linearUnit) != unit) throw InputError(path + ": not in " + unit);
-    const Surface& design = file.surfaces.front();
+// The other surface that volumes are taken to.
+struct Design {
+    std::string name;
+    TinSurfacePatch3D surface;
+};
+
+Design ReadDesign(const Options& options, const std::string& unit) {
+    SurfaceFile file = ReadLandXmlSurfaces(options.against);
+    if (UnitText(file.linearUnit) != unit) throw InputError(options.against + ": not in " + unit);
+    const Surface& design = Chosen(file, options.against, options.design);
+    return {design.name, SurfaceOf(design.mesh, design.name)};
+}
+
+void ReportVolumes(const TinSurfacePatch3D& surface, const Design& design, const std::string& unit) {
     TinSurfacePatch3D::Volumes volumes;
-    if (!surface.GetVolumes(SurfaceOf(design.mesh, design.name), volumes)) throw InputError(path + ": no surface");
+    if (!surface.GetVolumes(design.surface, volumes)) throw InputError(design.name + ": no surface");
     std::printf("Against %s: cut %.4f %s3, fill %.4f %s3 on %.4f %s2\n", design.name.c_str(), volumes.cut, unit.c_str(),
                 volumes.fill, unit.c_str(), volumes.area, unit.c_str());
+}
+
+void Report(const Earthwork& work, double step, const std::string& unit) {
+    const CrossSections::Earth& sum = work.masses.back().volume;
+    std::printf("Sections of %s every %g %s: cut %.4f %s3, fill %.4f %s3 by mean end areas", work.name.c_str(), step,
+                unit.c_str(), sum.cut, unit.c_str(), sum.fill, unit.c_str());
+    if (work.exact) {
+        std::printf(", exactly %.4f and %.4f %s3", work.exact->cut, work.exact->fill, unit.c_str());
+    }
+    std::printf("\nstation,cut area,fill area,cut,fill,mass\n");
+    for (std::size_t i = 0; i < work.sections.size(); ++i) {
+        const CrossSections::Section& section = work.sections[i];
+        const CrossSections::Earth& volume = work.masses[i].volume;
+        std::printf("%.4f,%.4f,%.4f,%.4f,%.4f,%.4f\n", work.startStation + section.station, section.area.cut,
+                    section.area.fill, volume.cut, volume.fill, volume.cut - volume.fill);
+    }
 }
 
 void Thin(TinSurfacePatch3D& surface, const std::string& name, double tolerance, const std::string& unit) {
@@ -351,10 +393,22 @@ SurfaceFile ReadSurfaces(const Options& options) {
     return file;
 }
 
+void ReportSections(const std::vector<Alignment>& alignments, const TinSurfacePatch3D& ground, const Design& design,
+                    const Options& options, const std::string& unit) {
+    for (const Alignment& alignment : alignments) {
+        std::fprintf(stderr, "sections along %s\n", alignment.name.c_str());
+        const Earthwork work(alignment, ground, design.surface, *options.sections, options.width);
+        Report(work, *options.sections, unit);
+        if (options.sheet.empty() || &alignment != &alignments.front()) continue;
+        if (!DrawSheet(options.sheet, work, unit)) throw InputError(options.sheet + ": cannot be written");
+        std::fprintf(stderr, "wrote %s\n", options.sheet.c_str());
+    }
+}
+
 int Run(const Options& options) {
     SurfaceFile file = ReadSurfaces(options);
     const std::string unit = UnitText(file.linearUnit);
-    Surface& chosen = Chosen(file, options);
+    Surface& chosen = Chosen(file, options.file, options.surface);
     const bool isBuilt = !options.ground.IsEmpty() && &chosen == &file.surfaces.front();
     if ((options.fill || options.thin) && !isBuilt) {
         TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
@@ -363,11 +417,16 @@ int Run(const Options& options) {
     }
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
 
+    if (options.sections && (options.against.empty() || options.along.empty())) {
+        throw InputError("--sections needs --against and --along");
+    }
     const bool isGridOfSurface = options.grid && options.krige.empty();
+    TinSurfacePatch3D surface;
+    std::optional<Design> design;
     if (options.contours || !options.against.empty() || !options.heights.empty() || isGridOfSurface) {
-        const TinSurfacePatch3D surface = SurfaceOf(chosen.mesh, chosen.name);
+        surface = SurfaceOf(chosen.mesh, chosen.name);
         if (options.contours) ReportContours(*options.contours, surface, unit);
-        if (!options.against.empty()) ReportVolumes(options.against, surface, unit);
+        if (!options.against.empty()) ReportVolumes(surface, design.emplace(ReadDesign(options, unit)), unit);
         if (!options.heights.empty()) WriteHeights(options.heights, surface);
         if (isGridOfSurface) {
             const GridSurface grid = MakeGrid(surface, *options.grid, unit);
@@ -397,6 +456,7 @@ int Run(const Options& options) {
             WriteFile(options.csv, [&](std::ostream& out) { WriteTable(out, sections); });
         }
     }
+    if (options.sections) ReportSections(alignments, surface, *design, options, unit);
 
     if (!options.xml.empty()) {
         WriteLandXml(options.xml, file.linearUnit, alignments, file.surfaces);
@@ -433,6 +493,10 @@ int Run(const Options& options) {
                            options.contours};
         if (section != sections.end() && !section->GetRuns().empty()) parts.section = &*section;
         if (grid) parts.grid = &*grid;
+        if (design) {
+            parts.ground = &surface;
+            parts.design = &design->surface;
+        }
         if (!DrawPicture(options.svg, parts)) throw InputError(options.svg + ": cannot be written");
         std::fprintf(stderr, "wrote %s\n", options.svg.c_str());
     }

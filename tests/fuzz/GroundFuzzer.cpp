@@ -55,6 +55,19 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         if (tame)
             Require(std::abs(there.cut - back.fill) <= 1e-6 * (1.0 + there.cut) && there.area <= whole.area + 1e-3);
     }
+    Polyline2D plan;
+    for (std::size_t i = 1; i < places.size(); ++i) plan.AppendElement(new Line2D(places[i - 1], places[i]));
+    const Alignment axis(plan);
+    std::vector<CrossSections::Section> sections;
+    std::vector<CrossSections::Mass> masses;
+    const double half = 0.5 * axis.GetLength();
+    if (CrossSections::Make(axis, {0.0, half, 2.0 * half}, -3.0, 5.0, surface, design, sections)) {
+        Require(CrossSections::GetMasses(sections, masses) && masses.size() == 3);
+        for (const CrossSections::Section& section : sections) {
+            Require(!(section.area.cut < 0.0 || section.area.fill < 0.0));
+            if (tame) Require(section.area.cut + section.area.fill <= 8.0 * 4096.0 + 1e-3);
+        }
+    }
     TinSurfacePatch3D thin = surface;
     const bool isThin = thin.Thin(0.5);
     Require(isThin || !tame || !isBuilt || hasChains);
