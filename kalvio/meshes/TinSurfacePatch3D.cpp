@@ -10,6 +10,7 @@
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/meshes/detail/MeshSection.h"
 #include "kalvio/meshes/detail/SurfaceBuilder.h"
+#include "kalvio/meshes/detail/SurfaceEditor.h"
 #include "kalvio/meshes/detail/TriangleEdges.h"
 #include "kalvio/meshes/detail/TriangleHeight.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -79,6 +80,46 @@ bool TinSurfacePatch3D::Build(const Ground& ground, const Tolerances& tolerances
     detail::SurfaceBuilder builder;
     if (!builder.Triangulate(ground, tolerances.UserTolerance()) || !TakeFrom(builder)) return false;
     conflicts = builder.GetConflicts();
+    return true;
+}
+
+bool TinSurfacePatch3D::AddPoints(const std::vector<Point3D>& points, const Tolerances& tolerances,
+                                  std::vector<unsigned int>& vertices) {
+    if (neighbors.empty() || !std::all_of(points.begin(), points.end(), detail::IsOfSurface)) return false;
+    IndexedTriangleSet3D set = triangles;
+    std::vector<unsigned int> beyond = neighbors;
+    std::vector<bool> ofChain = isOfChain;
+    detail::SurfaceEditor editor({set.GetVertices(), set.GetIndexes(), beyond, ofChain},
+                                 std::max(tolerances.UserTolerance(), noise));
+    std::vector<unsigned int> added;
+    for (const Point3D& point : points) {
+        unsigned int start = none;
+        added.push_back(FindTriangle(point.GetPoint2D(), start) ? editor.Insert(point, start) : noVertex);
+    }
+    Take(std::move(set), std::move(beyond), std::move(ofChain));
+    vertices = std::move(added);
+    return true;
+}
+
+bool TinSurfacePatch3D::RemoveVertices(const std::vector<unsigned int>& vertices, std::vector<unsigned int>& stayed) {
+    const std::size_t count = triangles.GetVertices().size();
+    if (!std::all_of(vertices.begin(), vertices.end(), [count](unsigned int v) { return v < count; })) return false;
+    IndexedTriangleSet3D set = triangles;
+    std::vector<unsigned int> beyond = neighbors;
+    std::vector<bool> ofChain = isOfChain;
+    detail::SurfaceEditor editor({set.GetVertices(), set.GetIndexes(), beyond, ofChain}, noise);
+    const std::vector<bool> isFree = editor.FindFree(vertices);
+    std::vector<bool> isRemoved(count, false);
+    std::vector<unsigned int> left;
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        if (!isFree[i]) left.push_back(vertices[i]);
+        if (!isFree[i] || isRemoved[vertices[i]]) continue;
+        isRemoved[vertices[i]] = true;
+        editor.Remove(vertices[i]);
+    }
+    editor.Compact();
+    Take(std::move(set), std::move(beyond), std::move(ofChain));
+    stayed = std::move(left);
     return true;
 }
 

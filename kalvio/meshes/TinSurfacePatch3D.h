@@ -27,8 +27,8 @@ class SurfaceBuilder;
 /// A triangulated surface with one height at each place: terrain, or a design surface. Built from points, breaklines
 /// and borders, or from triangles; asked for heights, slopes, sections and the nearest point.
 ///
-/// It never changes but as a whole, and all questions are safe to ask from several threads. The first one prepares the
-/// search for places: about 150 bytes per triangle.
+/// All questions are safe to ask from several threads. The first one, also after a change, prepares the search for
+/// places: about 150 bytes per triangle.
 ///
 ///     TinSurfacePatch3D::Ground ground;
 ///     ground.points = {{0.0, 0.0, 10.0}, {40.0, 0.0, 12.0}, {0.0, 40.0, 14.0}, {40.0, 40.0, 11.0}};
@@ -38,8 +38,9 @@ class SurfaceBuilder;
 ///     if (surface.Build(ground, Tolerances::Standard())) surface.GetHeight({20.0, 20.0}, z);   // 10.5
 class KALVIO_MATH_API TinSurfacePatch3D final : public IGeometry {
 public:
-    /// The number of no triangle.
+    /// The numbers of no triangle and no vertex.
     static constexpr unsigned int noTriangle = (std::numeric_limits<unsigned int>::max)();
+    static constexpr unsigned int noVertex = noTriangle;
 
     /// What a surface is built from. All vertices count as points.
     struct Ground {
@@ -102,6 +103,26 @@ public:
     ///         on the same side of a shared edge, and for coordinates that are not finite or above 1e70. Whether
     ///         triangles overlap that share no edge is not looked at: at such a place the surface is one of them.
     [[nodiscard]] bool SetTriangles(const IndexedTriangleSet3D& set);
+    /// Adds points as vertices: edges change around them alone, and a surface that was built without them is then what
+    /// it would be with them, but for edges on one circle and its rim. Turns and circles are decided exactly. Each
+    /// takes about as long as the search for its place, all together some copies of the surface: many at once are
+    /// cheaper.
+    ///
+    /// A point within the tolerance (the user tolerance, or the rounding of the coordinates) of a vertex adds nothing:
+    /// the vertex keeps its height. One this near to a segment of a chain or of the border, and nearer to both of its
+    /// ends than these are to each other, divides it and keeps its place and height; one on another edge divides that.
+    /// @param vertices  replaced by the vertex at each point: a new one, or the one that was there; `noVertex` for
+    ///                  those outside, and those near to two segments or so far beside one that a triangle would turn
+    ///                  over, which are left out
+    /// @return false, everything untouched, when there is no surface, and for coordinates that are not finite or above
+    ///         1e70
+    [[nodiscard]] bool AddPoints(const std::vector<Point3D>& points, const Tolerances& tolerances,
+                                 std::vector<unsigned int>& vertices);
+    /// Removes vertices, and closes the surface around them by triangles whose circles are empty, as `AddPoints`. Those
+    /// on the border or on a chain stay. The numbers of later vertices move up, those of triangles change.
+    /// @param stayed  replaced by those that stay, by the numbers that they had, in the order given
+    /// @return false, everything untouched, when a vertex does not exist
+    [[nodiscard]] bool RemoveVertices(const std::vector<unsigned int>& vertices, std::vector<unsigned int>& stayed);
     /// Leaves out vertices: those stay that greedy insertion needs, so that none left out is farther in height from the
     /// surface than the tolerance. The chains that it was built from stay as they are, and so does the border in plan:
     /// of its vertices only those on straight stretches may go. About n log n. Source: Garland, Heckbert, Fast

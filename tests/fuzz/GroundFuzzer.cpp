@@ -68,6 +68,14 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
             if (tame) Require(section.area.cut + section.area.fill <= 8.0 * 4096.0 + 1e-3);
         }
     }
+    TinSurfacePatch3D edited = surface;
+    std::vector<unsigned int> numbers, stayed;
+    Require(edited.AddPoints(shifted.points, Tolerances(tolerance), numbers) || !tame || !isBuilt);
+    std::erase(numbers, TinSurfacePatch3D::noVertex);
+    if (!isBuilt) numbers.clear();
+    Require(edited.RemoveVertices(numbers, stayed));
+    // A division moves the border by the tolerance at most.
+    if (tame) Require(std::abs(edited.GetPlanArea() - surface.GetPlanArea()) <= tolerance * 12 * 6000.0);
     TinSurfacePatch3D thin = surface;
     const bool isThin = thin.Thin(0.5);
     Require(isThin || !tame || !isBuilt || hasChains);

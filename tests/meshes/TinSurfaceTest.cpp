@@ -222,6 +222,60 @@ TEST(TinSurfaceTest, RandomChainsBecomeEdges) {
     }
 }
 
+TEST(TinSurfaceTest, PointsAreAddedAndRemovedLater) {
+    const Ground square{{}, {{{0, 0, 0}, {8, 8, 8}}}, {{{0, 0, 0}, {8, 0, 0}, {8, 8, 8}, {0, 8, 0}}}, {}, 0.0};
+    enum { Old, New, None };
+    const std::tuple<const char*, Point3D, int, std::uint64_t> rows[] = {
+        {"on a vertex, higher", {8, 8, 99}, Old, 2},
+        {"near a vertex", {8, 7.99995, 99}, Old, 2},
+        {"inside", {6, 2, 1}, New, 4},
+        {"beside the breakline", {4, 4.00005, 5}, New, 4},
+        {"on the border", {8, 4, 1}, New, 3},
+        {"beside the border, outside", {8.00005, 4, 1}, None, 2},
+        {"beside border and breakline", {2e-4, 0.9e-4, 1}, None, 2},
+    };
+    std::vector<unsigned int> added(7), stayed(7);
+    for (const auto& [why, point, kind, count] : rows) {
+        SCOPED_TRACE(why);
+        TinSurfacePatch3D surface;
+        double z = 0.0;
+        ASSERT_TRUE(surface.Build(square, kTolerances) && surface.AddPoints({point}, kTolerances, added));
+        EXPECT_EQ(added[0], kind == New ? 4U : kind == Old ? 2U : TinSurfacePatch3D::noVertex);
+        EXPECT_EQ(surface.GetTrianglesCount(), count);
+        EXPECT_TRUE(kind != New || (surface.GetHeight(point.GetPoint2D(), z) && z == point.GetZ()));
+        ASSERT_TRUE(surface.RemoveVertices({0, surface.GetTriangles().GetVerticesSize() - 1}, stayed));
+        EXPECT_EQ(surface.GetTrianglesCount(), count == 4 && point.GetX() == 6 ? 2 : count);
+        EXPECT_FALSE(surface.AddPoints({{kNan, 1, 1}}, kTolerances, added) || surface.RemoveVertices({9}, stayed));
+    }
+    RandomNumbers random(20240609);
+    for (int round = 0; round < 40; ++round) {
+        const auto place = [&, origin = surveyOrigins[round % 2]] {
+            return Point3D(Place(random, origin, 100, false), random(0, 20));
+        };
+        Ground ground{{}, {{place(), place()}}, {}, {}, 0.0};
+        for (int x : {-50, 147}) {
+            for (int y : {-53, 150}) ground.points.emplace_back(surveyOrigins[round % 2] + Vec2D(x, y), 0);
+        }
+        TinSurfacePatch3D before, edited, built;
+        ASSERT_TRUE(before.Build(ground, kTolerances));
+        std::vector<Point3D> more;
+        for (int i = 0; i < 3 * round + 1; ++i) more.push_back(place());
+        edited = before;
+        ground.points.insert(ground.points.end(), more.begin(), more.end());
+        ASSERT_TRUE(edited.AddPoints(more, kTolerances, added) && built.Build(ground, kTolerances));
+        for (const TinSurfacePatch3D* const expected : {&built, &before}) {
+            EXPECT_EQ(edited.GetTrianglesCount(), expected->GetTrianglesCount());
+            for (int k = 0; k < 50; ++k) {
+                double z = 0.0, there = 1.0;
+                const Point2D p = place().GetPoint2D();
+                ASSERT_TRUE(edited.GetHeight(p, z) && expected->GetHeight(p, there));
+                EXPECT_NEAR(z, there, 1e-6);
+            }
+            ASSERT_TRUE(edited.RemoveVertices(expected == &built ? added : stayed, stayed) && stayed.empty());
+        }
+    }
+}
+
 TEST(TinSurfaceTest, ChainsRunOverTheCornersOfTrianglesThinAsRounding) {
     // The first three are on one line but for 5e-15; the others are on either side of it.
     const std::vector<Point3D> points = {

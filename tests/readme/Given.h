@@ -19,7 +19,9 @@ inline Line2D kerb;
 inline double value = 0.0, variance = 0.0;
 inline const Polyline2D plan;
 inline const Profile profile;
-inline const TinSurfacePatch3D surface;
+inline const TinSurfacePatch3D surface, ground, design;
+inline const Alignment road;
+inline CrossSections::Mass total;
 inline const std::vector<Polygon2D> parcels;
 inline void Draw(const std::vector<Polygon2D>&) {}
 inline const struct Pipe : ISpatialIndexData {
