@@ -1,11 +1,13 @@
 #include "kalvio/SpatialIndexes/RStarTreeNode.h"
 
 #include "kalvio/SpatialIndexes/detail/Queries.h"
+#include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <limits>
+#include <utility>
 
 // Beckmann, Kriegel, Schneider, Seeger: The R*-tree, an efficient and robust access method for points and rectangles,
 // 1990: choice of the subtree, forced reinsertion ("close": nearest first) and the split.
@@ -39,36 +41,63 @@ struct Rank {
 /// NaN, the difference of infinite areas, ranks last: it would break the order.
 double Ranked(double value) { return value == value ? value : std::numeric_limits<double>::infinity(); }
 
-using Order = std::array<unsigned int, overflowing>;
+/// Entries of a full node and of one that fell below the fewest.
+constexpr unsigned int mostToSplit = RStarTreeNode::mostEntries + RStarTreeNode::fewestEntries - 1;
 
-/// The n entries in the order of one bound along one axis; ties by the other bound, then by position.
-Order Sorted(const detail::BoxPairs& boxes, unsigned int n, unsigned int axis, bool byLow) {
-    struct Key {
-        double first;
-        double second;
-        unsigned int entry;
-    };
-    std::array<Key, overflowing> keys;
-    for (unsigned int i = 0; i < n; ++i) {
-        keys[i] = {boxes.Low(axis, i), boxes.High(axis, i), i};
-        if (!byLow) std::swap(keys[i].first, keys[i].second);
+/// One bound of an entry along one axis; ties go by the other bound, then by position.
+struct Key {
+    double first;
+    double second;
+    unsigned int entry;
+
+    bool operator<(const Key& other) const {
+        if (first != other.first) return first < other.first;
+        if (second != other.second) return second < other.second;
+        return entry < other.entry;
     }
-    std::sort(keys.begin(), keys.begin() + n, [](const Key& a, const Key& b) {
-        if (a.first != b.first) return a.first < b.first;
-        if (a.second != b.second) return a.second < b.second;
-        return a.entry < b.entry;
-    });
-    Order order{};
-    for (unsigned int i = 0; i < n; ++i) order[i] = keys[i].entry;
-    return order;
+};
+using Keys = std::array<Key, mostToSplit>;
+
+// Covers that grow box by box are kept as the lower bound of each axis beside the negative upper one: a minimum widens
+// both.
+
+Lanes BoundsOf(double low, double high) { return Lanes::Of(std::min(low, high), -std::max(low, high)); }
+
+double LengthOf(Lanes bounds) {
+    double both[2];
+    Store(bounds, both);
+    return -both[1] - both[0];
 }
 
-/// Cover of the entries at the places first ... last - 1 of an order.
-FlatBox CoverOf(const detail::BoxPairs& boxes, const Order& order, unsigned int first, unsigned int last) {
-    FlatBox cover(boxes.GetDimension());
-    for (unsigned int i = first; i < last; ++i) cover.Cover(boxes.Get(order[i]));
-    return cover;
+void Widen(Lanes* cover, const Lanes* added, unsigned int dimension) {
+    for (unsigned int axis = 0; axis < dimension; ++axis) cover[axis] = Min(cover[axis], added[axis]);
 }
+
+/// What two covers are worth as the groups of a split.
+struct Worth {
+    double edges = 0.0;
+    double overlap = 1.0;
+    double area;
+
+    Worth(const Lanes* first, const Lanes* second, unsigned int dimension) {
+        double edgesOfSecond = 0.0;
+        double areaOfFirst = 1.0;
+        double areaOfSecond = 1.0;
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            const double length = LengthOf(first[axis]);
+            const double lengthOfSecond = LengthOf(second[axis]);
+            const double common = LengthOf(Max(first[axis], second[axis]));
+            edges += length;
+            edgesOfSecond += lengthOfSecond;
+            areaOfFirst *= length;
+            areaOfSecond *= lengthOfSecond;
+            overlap = common > 0.0 && overlap > 0.0 ? overlap * common : 0.0;
+        }
+        edges += edgesOfSecond;
+        area = Ranked(areaOfFirst + areaOfSecond);
+        overlap = Ranked(overlap);
+    }
+};
 
 /// Volume that a box has in common with entry i; 0 when they are disjoint.
 double OverlapArea(const FlatBox& box, const detail::BoxPairs& boxes, unsigned int i) {
@@ -136,14 +165,18 @@ std::unique_ptr<RStarTreeNode> RStarTreeNode::Insert(const FlatBox& itemBox, ISp
         insertion.removed = TakeFarthest();
         return nullptr;
     }
-    return Split();
+    return Split(entries.TakeAll());
 }
 
 bool RStarTreeNode::Remove(Removal& removal) {
     bool changed = false;
+    bool isSmaller = false;  // something has left that lay at the border
     if (HoldsLeaves()) {
         for (unsigned int i = GetNrOfEntries(); i-- > 0;) {
             if (entries.Item(i) != removal.item) continue;
+            FlatBox kept(box.GetDimension());
+            kept.Cover(entries.GetBox(i));
+            isSmaller = isSmaller || !box.HoldsInside(kept);
             entries.Erase(i);
             ++removal.nrOfLeaves;
             changed = true;
@@ -155,20 +188,48 @@ bool RStarTreeNode::Remove(Removal& removal) {
             const unsigned int i = static_cast<unsigned int>(std::bit_width(on)) - 1;
             on ^= std::uint64_t{1} << i;
             RStarTreeNode& child = entries.Child(i);
+            isSmaller = isSmaller || !box.HoldsInside(child.box);
             if (!child.Remove(removal)) continue;
             changed = true;
             if (child.GetNrOfEntries() >= fewestEntries) {
                 entries.SetBox(i, child.box);
                 continue;
             }
-            auto collect = [&removal](const FlatBox& leafBox, ISpatialIndexData* leaf) {
-                removal.orphans.push_back({leafBox, nullptr, leaf});
-            };
-            entries.TakeChild(i)->entries.Block().ForEachItem(collect);
+            removal.orphans.push_back(entries.TakeChild(i));
         }
     }
-    if (changed) UpdateBox();
+    if (changed && isSmaller) UpdateBox();
     return changed;
+}
+
+std::unique_ptr<RStarTreeNode> RStarTreeNode::InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels) {
+    if (nrOfLevels > 0) {
+        box.Cover(orphan.box);
+        const unsigned int i = ChooseSubtree(orphan.box);
+        RStarTreeNode& child = entries.Child(i);
+        std::unique_ptr<RStarTreeNode> sibling = child.InsertAll(orphan, nrOfLevels - 1);
+        entries.SetBox(i, child.box);
+        if (sibling != nullptr) {
+            const FlatBox siblingBox = sibling->box;
+            entries.Append({siblingBox, std::move(sibling), nullptr});
+        }
+        return GetNrOfEntries() <= mostEntries ? nullptr : Split(entries.TakeAll());
+    }
+    std::vector<Entry> added = orphan.entries.TakeAll();
+    if (GetNrOfEntries() + added.size() > mostEntries) {
+        std::vector<Entry> all = entries.TakeAll();
+        for (Entry& entry : added) all.push_back(std::move(entry));
+        return Split(std::move(all));
+    }
+    for (Entry& entry : added) entries.Append(std::move(entry));
+    box.Cover(orphan.box);
+    return nullptr;
+}
+
+unsigned int RStarTreeNode::GetHeight() const {
+    unsigned int height = 0;
+    for (const RStarTreeNode* node = this; !node->HoldsLeaves(); node = &node->entries.Child(0)) ++height;
+    return height;
 }
 
 unsigned int RStarTreeNode::ChooseSubtree(const FlatBox& itemBox) const {
@@ -246,31 +307,60 @@ double RStarTreeNode::OverlapGrowth(unsigned int i, const FlatBox& itemBox, doub
     return Ranked(growth);
 }
 
-std::unique_ptr<RStarTreeNode> RStarTreeNode::Split() {
-    const unsigned int n = GetNrOfEntries();
-    const detail::BoxPairs boxes = entries.Boxes();
+std::unique_ptr<RStarTreeNode> RStarTreeNode::Split(std::vector<Entry> all) {
+    const auto n = static_cast<unsigned int>(all.size());
+    const unsigned int dimension = box.GetDimension();
+    Keys keys;
+    const auto read = [&](unsigned int axis, bool byLow) {
+        for (unsigned int i = 0; i < n; ++i) {
+            keys[i] = {all[i].box.Low(axis), all[i].box.High(axis), i};
+            if (!byLow) std::swap(keys[i].first, keys[i].second);
+        }
+    };
     struct Distribution {
-        Order order;
+        unsigned int axis;
+        bool byLow;
         unsigned int size;  // of the first group
         double overlap;
         double area;
     };
     Distribution best{};
     double leastEdges = 0.0;
-    for (unsigned int axis = 0; axis < boxes.GetDimension(); ++axis) {
+    std::vector<Lanes> corners(std::size_t{n} * dimension);
+    for (unsigned int i = 0; i < n; ++i) {
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            corners[i * dimension + axis] = BoundsOf(all[i].box.Low(axis), all[i].box.High(axis));
+        }
+    }
+    const auto cornersOf = [&](const Key& key) { return &corners[key.entry * dimension]; };
+    const Lanes nothing = Lanes::Repeat(Math::detail::largestDouble);
+    std::vector<Lanes> cover(dimension);
+    std::vector<Lanes> seconds(corners.size());  // covers of the second groups, by the size of the first
+    const unsigned int largest = n - fewestEntries;
+    for (unsigned int axis = 0; axis < dimension; ++axis) {
         double edges = 0.0;
         Distribution bestOfAxis{};
         for (const bool byLow : {true, false}) {
-            const Order order = Sorted(boxes, n, axis, byLow);
-            for (unsigned int k = fewestEntries; k <= n - fewestEntries; ++k) {
-                const FlatBox first = CoverOf(boxes, order, 0, k);
-                const FlatBox second = CoverOf(boxes, order, k, n);
-                edges += first.EdgesLengthSum() + second.EdgesLengthSum();
-                const double overlap = Ranked(detail::OverlapArea(first, second));
-                const double area = Ranked(first.Area() + second.Area());
-                if (bestOfAxis.size == 0 || overlap < bestOfAxis.overlap ||
-                    (overlap == bestOfAxis.overlap && area < bestOfAxis.area)) {
-                    bestOfAxis = {order, k, overlap, area};
+            read(axis, byLow);
+            // Whatever the cut, the entries before the first and behind the last need no order.
+            const auto first = keys.begin() + fewestEntries;
+            const auto last = keys.begin() + largest;
+            std::nth_element(keys.begin(), first, keys.begin() + n);
+            std::nth_element(first, last, keys.begin() + n);
+            std::sort(first, last);
+            std::fill(cover.begin(), cover.end(), nothing);
+            for (unsigned int k = n; k-- > fewestEntries;) {
+                Widen(cover.data(), cornersOf(keys[k]), dimension);
+                std::copy(cover.begin(), cover.end(), &seconds[k * dimension]);
+            }
+            std::fill(cover.begin(), cover.end(), nothing);
+            for (unsigned int k = 0; k <= largest; Widen(cover.data(), cornersOf(keys[k++]), dimension)) {
+                if (k < fewestEntries) continue;
+                const Worth worth(cover.data(), &seconds[k * dimension], dimension);
+                edges += worth.edges;
+                if (bestOfAxis.size == 0 || worth.overlap < bestOfAxis.overlap ||
+                    (worth.overlap == bestOfAxis.overlap && worth.area < bestOfAxis.area)) {
+                    bestOfAxis = {axis, byLow, k, worth.overlap, worth.area};
                 }
             }
         }
@@ -281,10 +371,11 @@ std::unique_ptr<RStarTreeNode> RStarTreeNode::Split() {
         }
     }
 
-    std::vector<Entry> all = entries.TakeAll();
-    auto sibling = std::make_unique<RStarTreeNode>(HoldsLeaves(), boxes.GetDimension(), deletes);
+    read(best.axis, best.byLow);
+    std::sort(keys.begin(), keys.begin() + n);
+    auto sibling = std::make_unique<RStarTreeNode>(HoldsLeaves(), dimension, deletes);
     for (unsigned int i = 0; i < n; ++i) {
-        (i < best.size ? *this : *sibling).entries.Append(std::move(all[best.order[i]]));
+        (i < best.size ? *this : *sibling).entries.Append(std::move(all[keys[i].entry]));
     }
     UpdateBox();
     sibling->UpdateBox();

@@ -48,8 +48,8 @@ private:
     struct Removal {
         const ISpatialIndexData* item;
         const detail::FlatBox& itemBox;
-        unsigned int nrOfLeaves = 0;  // taken out
-        std::vector<Entry> orphans;   // of nodes that fell below the fewest entries
+        unsigned int nrOfLeaves = 0;                          // taken out
+        std::vector<std::unique_ptr<RStarTreeNode>> orphans;  // nodes that fell below the fewest entries
     };
 
     /// @return the new sibling when this node was split, else null
@@ -57,11 +57,17 @@ private:
                                           Insertion& insertion);
     /// @return whether anything below has changed
     bool Remove(Removal& removal);
+    /// Puts what an orphan of a removal holds into one node below, so many levels down: that to which its box is added.
+    /// @return the new sibling when this node was split, else null
+    std::unique_ptr<RStarTreeNode> InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels);
+    /// Levels above those that hold leaves, for a node with entries.
+    unsigned int GetHeight() const;
     unsigned int ChooseSubtree(const detail::FlatBox& itemBox) const;
     /// Growth of the overlap of child i with its siblings when it is widened to hold the box; adding up ends when it
     /// passes the limit.
     double OverlapGrowth(unsigned int i, const detail::FlatBox& itemBox, double limit) const;
-    std::unique_ptr<RStarTreeNode> Split();
+    /// Deals out entries to this node, which is empty, and a new sibling.
+    std::unique_ptr<RStarTreeNode> Split(std::vector<Entry> all);
     std::vector<Entry> TakeFarthest();
     void UpdateBox() { box = entries.Cover(); }
 
