@@ -754,6 +754,8 @@ std::string_view GetName(Profile::Curve code) {
             return "Parabola";
         case Arc:
             return "Arc";
+        case Clothoids:
+            return "Clothoids";
     }
     return "?";
 }
@@ -771,6 +773,8 @@ std::string_view GetName(Profile::FaultKind code) {
             return "CurveAtEnd";
         case Overlap:
             return "Overlap";
+        case TooLong:
+            return "TooLong";
     }
     return "?";
 }

@@ -84,6 +84,7 @@ void WriteProfile(pugi::xml_node node, const Alignment& alignment) {
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const Profile::Vertex& vertex = vertices[i];
         const std::string place = Text(alignment.GetStartStation() + vertex.station) + ' ' + Text(vertex.height);
+        if (vertex.curve == Profile::Curve::Clothoids) throw InputError("clothoids of a profile cannot be written");
         if (vertex.curve == Profile::Curve::Corner) {
             Append(design, "PVI", place);
             continue;

@@ -10,10 +10,11 @@
 namespace Kalvio::Math {
 
 /// Heights of an alignment by station: a polygon of vertices (points of vertical intersection) whose corners parabolas
-/// or circular arcs round.
+/// or circular arcs round, the arcs with or without clothoids.
 ///
-/// Everything is in closed form: nothing is searched along a curve, and a query takes log n. Every piece is measured
-/// from its own vertex, so that survey heights and long stations lose nothing. Where two pieces meet, both have the
+/// Everything is in closed form, but for the length of a clothoid up to a station, which Newton's method finds to
+/// rounding; a query takes log n. Every piece is measured from its own vertex, so that survey heights and long stations
+/// lose nothing. Where two pieces meet, both have the
 /// same height within rounding; grade and curvature there are those of the piece that starts. A station is any
 /// abscissa; a profile that belongs to an `Alignment` is measured along its plan from the start.
 ///
@@ -26,9 +27,11 @@ class KALVIO_MATH_API Profile final {
 public:
     /// What rounds a vertex.
     enum class Curve : std::uint32_t {
-        Corner = 0,    ///< nothing
-        Parabola = 1,  ///< two tangent lengths; unequal ones make two parabolas that share their tangent at the vertex
-        Arc = 2,       ///< a circular arc in the plane of stations and heights
+        Corner = 0,     ///< nothing
+        Parabola = 1,   ///< two tangent lengths; unequal ones make two parabolas that share their tangent at the vertex
+        Arc = 2,        ///< a circular arc in the plane of stations and heights
+        Clothoids = 3,  ///< such an arc between clothoids of that plane: the curvature 1 / radius grows with the length
+                        ///< of the curve itself, from 0 on the tangent to that of the arc
     };
 
     /// A vertex; at the first and the last one there is nothing to round.
@@ -36,9 +39,10 @@ public:
         double station = 0.0;         ///< along the alignment
         double height = 0.0;          ///< of the vertex, where the tangents meet
         Curve curve = Curve::Corner;  ///< what rounds it
-        double lengthIn = 0.0;        ///< parabola: horizontal, from the start of the curve to the vertex
-        double lengthOut = 0.0;       ///< parabola: horizontal, from the vertex to the end of the curve
-        double radius = 0.0;          ///< of the arc, or of the parabola where both its lengths are 0; without sign
+        double lengthIn = 0.0;   ///< parabola: horizontal, from the start of the curve to the vertex; clothoid before
+                                 ///< the arc: along the curve, 0 for none
+        double lengthOut = 0.0;  ///< parabola: horizontal, from the vertex to the end of the curve; clothoid behind
+        double radius = 0.0;     ///< of the arc, or of the parabola where both its lengths are 0; without sign
 
         static Vertex Corner(double station, double height) { return {station, height}; }
         /// @param length  horizontal, of the whole curve, the vertex in its middle
@@ -55,6 +59,9 @@ public:
         static Vertex Arc(double station, double height, double radius) {
             return {station, height, Curve::Arc, 0.0, 0.0, radius};
         }
+        static Vertex Clothoids(double station, double height, double radius, double lengthIn, double lengthOut) {
+            return {station, height, Curve::Clothoids, lengthIn, lengthOut, radius};
+        }
     };
 
     /// What is wrong with a vertex.
@@ -64,12 +71,14 @@ public:
         NotACurve = 2,     ///< a length or radius is negative or 0, just one of both lengths 0 included
         CurveAtEnd = 3,    ///< a curve at the first or the last vertex, which has one grade only
         Overlap = 4,       ///< the curve (the vertex) starts before the curve (the vertex) before it ends
+        TooLong = 5,       ///< the clothoids alone turn by more than the grades do
     };
     /// A fault, and where it is.
     struct Fault {
         FaultKind kind = FaultKind::NotFinite;  ///< what is wrong
         std::size_t vertex = 0;                 ///< its index
-        double amount = 0.0;   ///< by which stations descend, or curves overlap; the faulty length or radius; else 0
+        double amount = 0.0;   ///< by which stations descend, curves overlap, or clothoids are too long; the faulty
+                               ///< length or radius; else 0
         double station = 0.0;  ///< of the vertex; of an overlap where it starts
     };
 
@@ -113,7 +122,8 @@ public:
     /// inside an overlap of curves, its ends not included.
     [[nodiscard]] bool GetHeight(double station, double& height) const;
     [[nodiscard]] bool GetPlace(double station, Place& place) const;
-    /// The largest |d2y/dx2| between two stations, from < to, but at corners; 0 where there is no height.
+    /// The largest |d2y/dx2| between two stations, from < to, but at corners; of clothoids the largest curvature times
+    /// the largest (1 + grade^2)^(3/2), which may be a little more; 0 where there is no height.
     double GetMostSecondDerivative(double from, double to) const;
 
     /// Length along the slope between two stations, which are clipped to the profile; overlaps count as level. Negative
@@ -126,16 +136,28 @@ public:
     void GetStationsOfHeight(double height, std::vector<double>& stations) const;
 
 private:
-    enum class Form : std::uint32_t { None, Line, Parabola, Arc };
+    enum class Form : std::uint32_t { None, Line, Parabola, Arc, Clothoid };
+
+    // A clothoid at a length from where it touches the line, seen from there.
+    struct OnClothoid {
+        double run;    // along the stations
+        double above;  // the line
+        double sine;   // of the slope angle
+        double cosine;
+    };
 
     // A piece relative to its vertex: dx = x - station, u = dx - tangent.
     struct Piece {
         double GetRise(double u) const;  // of an arc above its start
         double GetSine(double u) const;  // of the slope angle of an arc
+        OnClothoid At(double along) const;
+        double GetLengthOfClothoid(double u) const;  // from where it touches the line
+        double GetLevelLength() const;               // where a clothoid is level, 0 when nowhere
         double GetHeight(double x) const;
         double GetGrade(double x) const;
         double GetCurvature(double x) const;
-        double GetSecondDerivative(double x) const;
+        Place GetPlace(double x) const;
+        double GetMostSecondDerivative(double from, double to) const;
         double GetSlopeLength(double from, double to) const;
         /// Where the grade is 0; NaN for a line.
         double GetLevelStation() const;
@@ -147,9 +169,11 @@ private:
         double height = 0.0;
         double grade = 0.0;
         double tangent = 0.0;  // dx where the curve touches the line of this grade
-        double bend = 0.0;     // parabola: y''/2; arc: 1 / signed radius
+        double bend = 0.0;     // parabola: y''/2; arc: 1 / signed radius; clothoid: curvature per length
+        double touch = 0.0;    // arc: height of that point above this height
         double sine = 0.0;     // of the grade's angle
         double cosine = 1.0;
+        double length = 0.0;  // clothoid: from where it touches the line, negative against the stations
     };
 
     // A stretch of one piece over which the height rises, falls or stays.

@@ -14,9 +14,11 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
         const double station = round % 2 == 0 ? 0.0 : 6e5, height = round % 2 == 0 ? 0.0 : 2000.0;
         const double g1 = random(-0.15, 0.15), g2 = random(-0.15, 0.15);
         const double radius = random(100, 500) / std::abs(g2 - g1), lengthOut = random(10, 100);
+        const double bothSides = round % 3 == 0 ? 0.0 : random(5, 80);
         for (const Vertex& vertex :
              {Vertex::Arc(station, height, radius), Vertex::ParabolaOfRadius(station, height, radius),
-              Vertex::Parabola(station, height, 40.0, lengthOut)}) {
+              Vertex::Parabola(station, height, 40.0, lengthOut),
+              Vertex::Clothoids(station, height, radius, bothSides, lengthOut)}) {
             Profile profile;
             ASSERT_TRUE(profile.Set(std::vector{Vertex::Corner(station - 700.0, height - 700.0 * g1), vertex,
                                                 Vertex::Corner(station + 700.0, height + 700.0 * g2)}));
@@ -29,14 +31,17 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                     EXPECT_NEAR(on.grade, at.grade, 1e-8);
                 }
             }
-            double length = 0.0;  // by Gauss' two-point rule
+            double length = 0.0, risen = 0.0;  // by Gauss' two-point rule
             const double from = joints[1], to = joints[joints.size() - 2];
-            const int parts = 200;
-            for (int k = 0; k < 2 * parts; ++k) {
+            const int parts = 70;
+            for (std::size_t k = 0; k < 2 * parts * (joints.size() - 3); ++k) {
+                const std::size_t piece = 1 + k / (2 * parts), part = k / 2 % parts;
+                const double step = (joints[piece + 1] - joints[piece]) / parts;
                 const double gauss = (k % 2 == 0 ? -0.5 : 0.5) / std::sqrt(3.0);
-                const double x = from + (to - from) * (k / 2 + 0.5 + gauss) / parts;
+                const double x = joints[piece] + step * (static_cast<double>(part) + 0.5 + gauss);
                 ASSERT_TRUE(profile.GetPlace(x, on));
-                length += (to - from) / (2 * parts) * std::hypot(1.0, on.grade);
+                length += 0.5 * step * std::hypot(1.0, on.grade);
+                risen += 0.5 * step * on.grade;
                 std::vector<double> found;
                 profile.GetStationsOfHeight(on.height, found);
                 EXPECT_THAT(found, testing::Contains(testing::DoubleNear(x, 1e-9 + 2e-12 / std::abs(on.grade))));
@@ -48,6 +53,17 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                                     std::hypot(1.0, start.grade) / std::hypot(1.0, on.grade) - 1.0,
                                 0.0, 1e-11);
                     EXPECT_NEAR(std::abs(on.curvature), 1.0 / radius, 1e-15);
+                } else if (vertex.curve == Profile::Curve::Clothoids) {
+                    // The curvature grows with the length of the curve, and turns the grade.
+                    const double side = g2 > g1 ? 1.0 : -1.0;
+                    const double along = profile.GetSlopeLength(from, x), back = profile.GetSlopeLength(x, to);
+                    const double most = side / radius;
+                    const bool isIn = along < bothSides, isOut = back < lengthOut;
+                    const double bend = isIn ? most * along / bothSides : isOut ? most * back / lengthOut : most;
+                    EXPECT_NEAR(on.curvature, bend, 3e-11 / radius);
+                    const double turned = isIn ? 0.5 * bend * along : most * (along - 0.5 * bothSides);
+                    EXPECT_NEAR(isOut ? std::atan(g2) - 0.5 * bend * back : std::atan(g1) + turned, std::atan(on.grade),
+                                1e-12);
                 } else if (vertex.lengthIn == 0.0) {
                     const long double in = (height - static_cast<long double>(height - 700.0 * g1)) / 700.0L;
                     const long double out = (static_cast<long double>(height + 700.0 * g2) - height) / 700.0L;
@@ -60,13 +76,14 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                                 1e-12);
                 }
             }
-            // A kink of the second derivative costs the quadrature digits.
-            EXPECT_NEAR(profile.GetSlopeLength(from, to), length, joints.size() == 4 ? 1e-9 : 1e-5);
+            EXPECT_NEAR(profile.GetSlopeLength(from, to), length, 1e-9);
+            ASSERT_TRUE(profile.GetPlace(from, at) && profile.GetPlace(to, on));
+            EXPECT_NEAR(on.height - at.height, risen, 1e-9);
             EXPECT_NEAR(profile.GetSlopeLength(joints.front(), joints.back()),
                         profile.GetSlopeLength(from, to) + (from - joints.front()) * std::hypot(1.0, g1) +
                             (joints.back() - to) * std::hypot(1.0, g2),
                         1e-9);
-            if (vertex.lengthIn == 0.0) continue;
+            if (vertex.curve != Profile::Curve::Parabola || vertex.lengthIn == 0.0) continue;
             // The two parabolas share the grade of the tangent between the middles of the legs, and their heights
             // above it.
             ASSERT_TRUE(profile.GetPlace(station, at));
@@ -89,6 +106,12 @@ TEST(ProfileTest, FaultsNameTheVertexAndTheAmount) {
         {"descending", {{0, 1}, {50, 1}, {48, 2}, {60, 2}}, Kind::NotAscending, 2, 2.0},
         {"just one tangent length", {{0, 0}, {50, 1, Profile::Curve::Parabola, 5, 0}, {90, 0}}, Kind::NotACurve, 1, 0},
         {"negative radius", {{0, 0}, Vertex::Arc(50, 1, -9), {90, 0}}, Kind::NotACurve, 1, -9.0},
+        {"no length of a clothoid", {{0, 0}, Vertex::Clothoids(50, 1, 9, -2, 3), {90, 0}}, Kind::NotACurve, 1, -2.0},
+        {"clothoids of 60 and 50 turn for 100",
+         {{0, 0}, Vertex::Clothoids(50, 0, 50 / std::atan(0.75), 60, 50), {90, 30}},
+         Kind::TooLong,
+         1,
+         10.0},
         {"a curve with one grade", {{0, 0}, Vertex::Parabola(50, 1, 9)}, Kind::CurveAtEnd, 1, 0.0},
         {"not a number", {{0, 0}, {50, kNan}}, Kind::NotFinite, 1, 0.0},
         {"curves overlap by 5",

@@ -7,7 +7,7 @@ namespace {
 Profile CheckProfile(Bytes& bytes) {
     double last = bytes.TakeDouble();
     const auto vertices = bytes.TakeSome(8, [&] {
-        Profile::Vertex vertex{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Profile::Curve>(4),
+        Profile::Vertex vertex{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Profile::Curve>(5),
                                bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble()};
         if (bytes.Tame()) vertex.station = last += 1.0 + std::abs(vertex.station);
         return vertex;
