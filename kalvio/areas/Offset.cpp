@@ -57,15 +57,14 @@ bool MakeTrimmed(const ChainType& chain, detail::BufferOutline::Style style, std
     if (style.distance == 0.0) {
         made.push_back(detail::ChainOf(path, style.tolerance));
     } else {
-        if (isLeft) path = detail::Reversed(path);
         style.distance = std::abs(style.distance);
         detail::BufferOutline outline(style);
         outline.AddChain(path);
         AreaOverlay overlay(style.tolerance, AreaOverlay::Fill::Positive);
         if (!overlay.Add(outline.GetLoops(), 0) || !overlay.Run()) return false;
         overlay.CloseThinFaces(true);
-        std::vector<AreaOverlay::Ring> stretches =
-            overlay.ExtractStretches(0, static_cast<std::uint32_t>(outline.GetRightCount()));
+        const auto& [from, end] = isLeft ? outline.GetLeft() : outline.GetRight();
+        std::vector<AreaOverlay::Ring> stretches = overlay.ExtractStretches(from, end);
         if (isLeft) {
             std::reverse(stretches.begin(), stretches.end());
             for (AreaOverlay::Ring& stretch : stretches) stretch = detail::Reversed(stretch);

@@ -54,6 +54,13 @@ TEST(OffsetTest, CornersAreJoinedOnTheOutsideAndMeetOnTheInside) {
         EXPECT_NEAR(LengthOf(trimmed), row.trimmed, 1e-9);
         EXPECT_EQ(trimmed.size(), row.parts);
     }
+    // Straight back, by way of next to nothing: the half disc there is on one of both sides.
+    const LineString2D hairpin{Point2D(0, 0),          Point2D(-2, 0),  Point2D(-2 - 1e-9, -1e-9),
+                               Point2D(-2 - 1e-9, -1), Point2D(-2, -1), Point2D(-2, 2)};
+    std::vector<Polyline2D> right, left;
+    ASSERT_TRUE(Offset::TrimmedParallel(hairpin, 1, right, kTolerances));
+    ASSERT_TRUE(Offset::TrimmedParallel(hairpin, -1, left, kTolerances));
+    EXPECT_NEAR(LengthOf(right) + LengthOf(left), 7 + kPi, 1e-6);
 }
 
 // A law of parallels: everything on a trimmed one is as far as the distance, on its side, and nothing is missing that
@@ -127,6 +134,9 @@ TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
     EXPECT_FALSE(Offset::TrimmedParallel(Polyline2D(), 1.0, trimmed, kTolerances)) << "nothing";
     EXPECT_FALSE(Offset::TrimmedParallel(chain, 1e9, trimmed, kTolerances)) << "no shape is left";
     EXPECT_FALSE(Offset::Parallel(chain, 1.0, raw, kTolerances, Join::Mitred, 0.0)) << "no limit";
+    Polyline2D beyond;  // the series of the clothoid: a tangent of 10 radians
+    beyond.AppendElement(new Clothoid(0.0, 4.95, 22.6, Point2D(), Vec2D(1.0, 0.0)));
+    EXPECT_FALSE(Offset::TrimmedParallel(beyond, 140.0, trimmed, Tolerances(7.0)));
     EXPECT_EQ(raw.GetNrOfElements(), 0U);
     EXPECT_EQ(trimmed.size(), 2U);
 }

@@ -16,6 +16,12 @@ constexpr double ofJoins = 0.5;       // of the height: what chords and mitres l
 constexpr double ofCorners = 0.25;    // of the height: what corners that are left out stand out by
 constexpr double ofTolerance = 0.25;  // what a mitre stands out by that takes the place of an arc
 
+// On the circle of the arc that begins at the corner, after an angle.
+PlanePoint PointAt(const AreaOverlay::Corner& corner, double angle) {
+    const PlanePoint arm = corner.at - corner.center;
+    return corner.center + (arm * std::cos(angle) - RightOf(arm) * std::sin(angle));
+}
+
 }  // namespace
 
 BufferOutline::BufferOutline(const Style& given)
@@ -56,7 +62,14 @@ void BufferOutline::AddRing(Path ring) {
 bool BufferOutline::IsTold(std::span<const Path> paths, double distance, double tolerance) {
     Extent extent;
     for (const Path& path : paths) {
-        for (const AreaOverlay::Corner& corner : path) extent.Add(Point2D(corner.at.x, corner.at.y));
+        for (std::size_t i = 0; i < path.size(); ++i) {
+            const AreaOverlay::Corner& corner = path[i];
+            extent.Add(Point2D(corner.at.x, corner.at.y));
+            if (corner.sense == 0) continue;
+            const double half = 0.5 * AreaOverlay::SweepOf(corner, path[(i + 1) % path.size()].at);
+            const PlanePoint middle = PointAt(corner, half);
+            extent.Add(Point2D(middle.x, middle.y));
+        }
     }
     const double apart = std::hypot(extent.maxX - extent.minX, extent.maxY - extent.minY);
     const double moved = std::numeric_limits<double>::epsilon() * distance * distance;
@@ -64,12 +77,6 @@ bool BufferOutline::IsTold(std::span<const Path> paths, double distance, double 
 }
 
 void BufferOutline::AddChain(const Path& chain) {
-    if (style.shape.side == BufferCreator::Side::Left) {
-        style.shape.side = BufferCreator::Side::Right;
-        AddChain(detail::Reversed(chain));
-        style.shape.side = BufferCreator::Side::Left;
-        return;
-    }
     const double far = style.tolerance * style.tolerance;
     const bool isPoint = std::all_of(chain.begin(), chain.end(), [&](const AreaOverlay::Corner& corner) {
         return corner.sense == 0 && Square(corner.at - chain.front().at) <= far;
@@ -81,7 +88,8 @@ void BufferOutline::AddChain(const Path& chain) {
     std::vector<Way> ways = WaysOf(forth, isClosed);
     if (style.height > 0.0) ways = WaysOf(CornersOf(ways, isClosed), isClosed);  // without gaps
     std::vector<Way> waysBack = Reversed(ways);
-    if (style.shape.side == BufferCreator::Side::Right) {
+    if (style.shape.side == BufferCreator::Side::Left) std::swap(ways, waysBack);
+    if (style.shape.side != BufferCreator::Side::Both) {
         DropCorners(ways, isClosed);
         Follow(ways, isClosed);
         if (isClosed) loops.emplace_back();
@@ -93,7 +101,9 @@ void BufferOutline::AddChain(const Path& chain) {
     DropCorners(waysBack, isClosed);
     if (isClosed) {
         Follow(ways, true);
+        right.end = static_cast<std::uint32_t>(loops.back().size());
         Follow(waysBack, true);
+        left = {right.end, static_cast<std::uint32_t>(right.end + loops.back().size())};
         return;
     }
     const std::size_t firstEnd = ways.size() - 1;
@@ -214,18 +224,14 @@ void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner&
     constexpr double mostOfWay = 6.0;  // radians: less than a turn
     const double sweep = AreaOverlay::SweepOf(corner, end);
     const double parts = std::ceil(std::abs(sweep) / mostOfWay);
-    const PlanePoint arm = corner.at - corner.center;
-    const double radius = std::sqrt(Square(arm));
-    if (!(radius > 0.0)) return;
+    if (!(Square(corner.at - corner.center) > 0.0)) return;
     const bool isCollapsed = IsCollapsed(corner.at, corner.center, corner.sense);
     const auto directionAt = [&](const PlanePoint& p) {
         return RightOf(p - corner.center) * (-corner.sense / std::sqrt(Square(p - corner.center)));
     };
     PlanePoint from = corner.at;
     for (double k = 1.0; k <= parts; k += 1.0) {
-        const double angle = sweep * (k / parts);
-        const PlanePoint turned = arm * std::cos(angle) - RightOf(arm) * std::sin(angle);
-        const PlanePoint to = k < parts ? corner.center + turned : end;
+        const PlanePoint to = k < parts ? PointAt(corner, sweep * (k / parts)) : end;
         ways.push_back({from, to, directionAt(from), directionAt(to), corner.center, corner.sense, isCollapsed, 0.0});
         from = to;
     }
@@ -297,13 +303,15 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
                 if (!isBare) GoTo(way.to);
                 break;
             default:
-                if (i == firstEnd) rightCount = loop.size() - 1;
+                if (joint.turn == Turn::End) {
+                    (i == firstEnd ? right : left).end = static_cast<std::uint32_t>(loop.size() - 1);
+                }
                 if (way.isCollapsed) GoTo(Beside(way.to, way.endDirection));
                 CloseCorner(way, next, joint);
+                if (i == firstEnd) left.from = static_cast<std::uint32_t>(loop.size());
                 if (next.isCollapsed) GoTo(Beside(next.from, next.direction));
         }
     }
-    if (isClosed && rightCount == 0) rightCount = loop.size();
 }
 
 // Between the ends of the strips on either side of a corner; the last corner of the loop is where the first one ends.

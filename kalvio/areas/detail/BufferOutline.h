@@ -5,6 +5,7 @@
 #include "kalvio/areas/detail/PlaneVectors.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -46,8 +47,14 @@ public:
     /// The offsets of the elements of a chain, joined at the corners, and nothing else: on concave sides where they
     /// meet, by a segment where they do not. Arcs whose centre lies within the distance come out on its far side.
     Path ParallelOf(const Path& chain);
-    /// How many elements of the loops of the first chain are those on its right.
-    std::size_t GetRightCount() const { return rightCount; }
+    /// Elements of the loops, one loop after the other: from a number up to another.
+    struct Elements {
+        std::uint32_t from = 0;
+        std::uint32_t end = 0;
+    };
+    /// Those on the right of the first chain, and those on its left, which run back.
+    const Elements& GetRight() const { return right; }
+    const Elements& GetLeft() const { return left; }
 
     const std::vector<AreaOverlay::Ring>& GetLoops() const { return loops; }
 
@@ -91,7 +98,8 @@ private:
 
     Style style;
     bool isBare = false;  // offsets alone
-    std::size_t rightCount = 0;
+    Elements right;
+    Elements left;
     double reach;                     // the distance without its sign
     double excess;                    // by which a mitre may stand for a sector
     bool isRound;                     // joins

@@ -80,6 +80,28 @@ void GoAlongBiarc(const ElementPoint& from, const ElementPoint& to, ChainPath& p
     GoAround(along * (2.0 * Dot(along, u)) - u, end, path);
 }
 
+// Whether a stretch is no longer than its stations and leads where its tangents say (Simpson's rule), as far as it is
+// short and flat enough to tell. Not so a series beyond its range: arcs keep to that by zigzags alone.
+bool IsAlongTangents(const IPolyline2DElement& element, const ElementPoint& from, const ElementPoint& to,
+                     double tolerance) {
+    constexpr double slack = 1.001;
+    constexpr double longest = 0.0156;  // stretch, of the element
+    constexpr double flat = 0.9995;     // cosine of the turn
+    constexpr double most = 4.0;        // tolerances aside: about half of what arcs do not keep to
+    const double length = to.station - from.station;
+    const PlanePoint chord = Plain(to.point) - Plain(from.point);
+    if (!(std::sqrt(Square(chord)) <= slack * length + tolerance)) return false;
+    if (length > longest * element.GetLength()) return true;
+    ElementPoint middle;
+    if (!EvaluateElement(element, from.station + 0.5 * length, middle)) return false;
+    const PlanePoint u = Plain(from.tangent);
+    const PlanePoint v = Plain(middle.tangent);
+    const PlanePoint w = Plain(to.tangent);
+    if (Dot(u, v) < flat || Dot(v, w) < flat) return true;
+    const PlanePoint sum = u + v * 4.0 + w;
+    return std::abs(Cross(sum, chord)) <= most * tolerance * std::sqrt(Square(sum));
+}
+
 bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
     constexpr double reserve = 0.9;    // of the tolerance, as it is kept between the samples too
     constexpr std::size_t inside = 6;  // samples of a stretch
@@ -109,7 +131,9 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
             most = std::max(most, off);
         }
         if (!(most <= reserve * tolerance)) {
-            if (!(end - from.station > shortest * length)) return false;
+            if (!(end - from.station > shortest * length) || !IsAlongTangents(element, from, to, tolerance)) {
+                return false;
+            }
             path.resize(first + 1);
             path.back().sense = 0;
             // What a stretch leaves free grows with its third power.
