@@ -64,7 +64,7 @@ struct BufferCreator::Work {
         const auto addCurve = [&](const PolygonCurve2D& area) {
             Polygon2D chords;
             if (!(height > 0.0)) return overlay.Add(area, 0);
-            return MakeChords(area, ofCurves * height, chords) && overlay.Add(chords, 0);
+            return MakeChords(area, distance != 0.0 ? ofCurves * height : height, chords) && overlay.Add(chords, 0);
         };
         if (!std::all_of(source.polygons.begin(), source.polygons.end(), add)) return false;
         if (!std::all_of(source.curves.begin(), source.curves.end(), addCurve)) return false;
@@ -142,11 +142,20 @@ struct BufferCreator::Work {
         return length > 0.0 && part < mostOfRest * rest ? part : rest;
     }
 
+    // Chords would fill the cusps between borders that touch, and so move what lies within the distance of these.
+    template <class Polygon>
+    bool RunByArcs(std::vector<Polygon>& result) const {
+        std::vector<PolygonCurve2D> curved;
+        if (!Work{source, distance, 0.0, tolerance, shape}.Run(curved)) return false;
+        return Work{curved, 0.0, height, tolerance, shape}.Run(result);
+    }
+
     template <class Polygon>
     bool Run(std::vector<Polygon>& result) const {
         if (!IsInRange(distance) || !IsInRange(tolerance) || !IsInRange(height) || !(shape.mitreLimit > 0.0)) {
             return false;
         }
+        if (height > 0.0 && distance < 0.0 && !source.curves.empty()) return RunByArcs(result);
         std::vector<AreaOverlay::Area> areas;
         std::vector<detail::ChainPath> paths;
         if (!Unite(areas) || !MakePaths(paths) || !IsTold(areas, paths)) return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/areas/detail/Kept.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -8,6 +9,7 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -66,7 +68,7 @@ public:
         double mitreLimit = 2.0;  ///< how far a mitre may reach, in distances
     };
 
-    /// Points, chains or areas, one or many; refers to them and owns nothing.
+    /// Points, chains or areas, one or many; refers to them, but takes over temporaries.
     class Source {
     public:
         Source(const Point2D& point) : points(&point, 1) {}
@@ -79,10 +81,21 @@ public:
         Source(const std::vector<Polyline2D>& members) : chains(members) {}
         Source(const std::vector<Polygon2D>& members) : polygons(members) {}
         Source(const std::vector<PolygonCurve2D>& members) : curves(members) {}
+        Source(Point2D&& point) : points(kept.TakeOne(std::move(point))) {}
+        Source(LineString2D&& chain) : strings(kept.TakeOne(std::move(chain))) {}
+        Source(Polyline2D&& chain) : chains(kept.TakeOne(std::move(chain))) {}
+        Source(Polygon2D&& area) : polygons(kept.TakeOne(std::move(area))) {}
+        Source(PolygonCurve2D&& area) : curves(kept.TakeOne(std::move(area))) {}
+        Source(std::vector<Point2D>&& members) : points(kept.TakeAll(std::move(members))) {}
+        Source(std::vector<LineString2D>&& members) : strings(kept.TakeAll(std::move(members))) {}
+        Source(std::vector<Polyline2D>&& members) : chains(kept.TakeAll(std::move(members))) {}
+        Source(std::vector<Polygon2D>&& members) : polygons(kept.TakeAll(std::move(members))) {}
+        Source(std::vector<PolygonCurve2D>&& members) : curves(kept.TakeAll(std::move(members))) {}
 
     private:
         friend class BufferCreator;
 
+        detail::Kept kept;
         std::span<const Point2D> points;
         std::span<const LineString2D> strings;
         std::span<const Polyline2D> chains;

@@ -184,6 +184,8 @@ bool Cut(const Cutter& cutter, const Polygon2D& straight, const PolygonCurve2D* 
 
 }  // namespace
 
+GeometryClipper::Area::Area(PolygonCurve2D&& polygon) : curved(kept.TakeOne(std::move(polygon)).data()) {}
+
 GeometryClipper::Area::Area(const BoundingBox2D& box) {
     const Point2D low = box.GetMinPoint();
     const Point2D high = box.GetMaxPoint();

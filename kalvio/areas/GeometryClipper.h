@@ -1,11 +1,13 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/areas/detail/Kept.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
 
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -22,11 +24,13 @@ class Tolerances;
 ///     parts[1].isInside;  // true: from station 10 to station 50
 class KALVIO_MATH_API GeometryClipper {
 public:
-    /// An area in plan, borders and holes included; refers to it and owns nothing but the corners of a box.
+    /// An area in plan, borders and holes included; refers to it, but takes over temporaries.
     class Area {
     public:
         Area(const Polygon2D& polygon) : straight(&polygon) {}
         Area(const PolygonCurve2D& polygon) : curved(&polygon) {}
+        Area(Polygon2D&& polygon) : corners(std::move(polygon)) {}
+        Area(PolygonCurve2D&& polygon);
         Area(const BoundingBox2D& box);
 
     private:
@@ -34,7 +38,8 @@ public:
 
         const Polygon2D& GetStraight() const { return straight != nullptr ? *straight : corners; }
 
-        Polygon2D corners;
+        detail::Kept kept;
+        Polygon2D corners;  // of a box or taken over
         const Polygon2D* straight = nullptr;
         const PolygonCurve2D* curved = nullptr;
     };

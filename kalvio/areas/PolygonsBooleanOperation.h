@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/areas/detail/Kept.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/polygons/Polygon2D.h"
 #include "kalvio/polygons/PolygonCurve2D.h"
@@ -8,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -46,13 +48,18 @@ public:
         EvenOdd = 1,  ///< what it winds around an odd number of times
     };
 
-    /// One area or many, those with segments before those with arcs; refers to them and owns nothing.
+    /// One area or many, those with segments before those with arcs; refers to them, but takes over temporaries that
+    /// are not given as spans.
     class Operand {
     public:
         Operand(const Polygon2D& area) : polygons(&area, 1) {}
         Operand(const PolygonCurve2D& area) : curves(&area, 1) {}
         Operand(const std::vector<Polygon2D>& members) : polygons(members) {}
         Operand(const std::vector<PolygonCurve2D>& members) : curves(members) {}
+        Operand(Polygon2D&& area) : polygons(kept.TakeOne(std::move(area))) {}
+        Operand(PolygonCurve2D&& area) : curves(kept.TakeOne(std::move(area))) {}
+        Operand(std::vector<Polygon2D>&& members) : polygons(kept.TakeAll(std::move(members))) {}
+        Operand(std::vector<PolygonCurve2D>&& members) : curves(kept.TakeAll(std::move(members))) {}
         Operand(std::span<const Polygon2D> straight, std::span<const PolygonCurve2D> curved = {})
             : polygons(straight), curves(curved) {}
 
@@ -60,6 +67,7 @@ public:
         std::span<const PolygonCurve2D> GetCurves() const { return curves; }
 
     private:
+        detail::Kept kept;
         std::span<const Polygon2D> polygons;
         std::span<const PolygonCurve2D> curves;
     };

@@ -54,7 +54,7 @@ TEST(BufferCreatorTest, AreasAreThoseOfStripsSectorsAndKites) {
         const std::string text = row.source;
         const Polygon2D polygon = MakePolygon(text[0] == '|' ? text.substr(1) : text);
         const LineString2D chain(polygon.GetPoints());
-        const BufferCreator::Source source = text[0] == '|' ? BufferCreator::Source(chain) : polygon;
+        const BufferCreator::Source source = text[0] == '|' ? BufferCreator::Source(chain) : Polygon2D(polygon);
         std::vector<PolygonCurve2D> arcs;
         std::vector<Polygon2D> chords;
         ASSERT_TRUE(BufferCreator::Create(source, row.distance, arcs, kTolerances, row.shape));
@@ -132,6 +132,32 @@ TEST(BufferCreatorTest, CirclesStayCircles) {
     }
     ASSERT_TRUE(BufferCreator::Create(PolygonCurve2D(circle), -5.0, result, kTolerances));
     EXPECT_TRUE(result.empty());
+    RingCurve2D open;  // by 0.5 mm
+    open.AppendElement(new Arc2D(Point2D(5, 0), Point2D(), Angle(2.0 * kPi - 1e-4)));
+    EXPECT_TRUE(BufferCreator::Create(PolygonCurve2D(open), 3e4, result, kTolerances, {.join = Join::Mitred}));
+}
+
+// The hole reaches to where the disc touches it, however thin it is there.
+TEST(BufferCreatorTest, ChordsLeaveCusps) {
+    RingCurve2D outer, hole, disc;
+    outer.AppendElement(new Arc2D(Point2D(160, 0), Point2D(), Angle(2.0 * kPi)));
+    hole.AppendElement(new Arc2D(Point2D(0, 80), Point2D(), Angle(2.0 * kPi)));
+    disc.AppendElement(new Arc2D(Point2D(80, 0), Point2D(58, 0), Angle(2.0 * kPi)));
+    PolygonCurve2D around(outer);
+    around.AppendInnerRing(hole);
+    std::vector<Polygon2D> result;
+    ASSERT_TRUE(BufferCreator::Create(std::vector{around, PolygonCurve2D(disc)}, -0.1, 0.01, result, Tolerances(1e-6)));
+    EXPECT_EQ(result.size(), 2U);
+    for (const Polygon2D& part : result) {
+        for (const std::vector<Point2D>& ring : RingsOf(part)) {
+            for (const Point2D& p : ring) {
+                const double radius = p.Distance(Point2D());
+                EXPECT_LT(std::min({std::abs(radius - 80.1), std::abs(radius - 159.9),
+                                    std::abs(p.Distance(Point2D(58, 0)) - 21.9)}),
+                          0.0101);
+            }
+        }
+    }
 }
 
 TEST(BufferCreatorTest, WhatCannotBeBufferedTouchesNothing) {

@@ -83,7 +83,7 @@ TEST(GeometryClipperTest, PartsCoverTheChainAndKeepToTheirSide) {
 
 TEST(GeometryClipperTest, BordersTouchesAndEndsAreDecided) {
     const Polygon2D square = MakePolygon("0 0 10 0 10 10 0 10 / 4 4 4 6 6 6 6 4");
-    const Polygon2D nothing, infinite{Point2D(0, 0), Point2D(1, 0), Point2D(1, kInfinity)};
+    const Polygon2D infinite{Point2D(0, 0), Point2D(1, 0), Point2D(1, kInfinity)};
     PolygonCurve2D disc;
     disc.GetBoundary().AppendElement(new Arc2D(Point2D(10, 5), Point2D(5, 5), Angle(2 * kPi)));
     const BoundingBox2D box(Point2D(0, 0), Point2D(10, 10));
@@ -101,8 +101,8 @@ TEST(GeometryClipperTest, BordersTouchesAndEndsAreDecided) {
         {"shorter than the tolerance", square, "1 1 1.00001 1", {0.00001}},
         {"a box has no hole", box, "-1 5 11 5", {-1, 10, -1}},
         {"a disc", disc, "-1 5 11 5", {-1, 10, -1}},
-        {"touches a disc", disc, "10 0 10 10", {-10}},
-        {"nowhere", nothing, "0 0 1 0", {-1}},
+        {"touches a disc", PolygonCurve2D(disc), "10 0 10 10", {-10}},
+        {"nowhere", Polygon2D(), "0 0 1 0", {-1}},
     };
     for (const auto& [why, area, points, lengths] : rows) {
         SCOPED_TRACE(why);
