@@ -34,12 +34,7 @@ BorderNoding::BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<
                      roundings * std::numeric_limits<double>::epsilon() * LargestCoordinate(vertices)})),
       reach(reachOverTolerance * kept),
       distinct(distinctOverTolerance * kept) {
-    std::vector<Spot> spots;
-    spots.reserve(vertices.size());
-    for (std::size_t i = 0; i < vertices.size(); ++i) {
-        spots.push_back(SpotOf(vertices[i], static_cast<std::uint32_t>(i)));
-    }
-    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(spots);
+    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(vertices);
     pieces = std::move(border);
     for (BorderPiece& piece : pieces) {
         piece.from = nodeOf[piece.from];
@@ -60,10 +55,82 @@ bool BorderNoding::IsBefore(const Spot& a, const Spot& b) {
     return a.at.y < b.at.y || (a.at.y == b.at.y && a.at.x < b.at.x);
 }
 
-// The nearest node within reach of each spot, by its index; where there is none the spot becomes one.
-std::vector<std::uint32_t> BorderNoding::FindOrAddNodes(std::vector<Spot>& spots) {
+// The nearest node within reach of each point, by its number; where there is none the point becomes one. Points that no
+// other one is near need no order among them.
+std::vector<std::uint32_t> BorderNoding::FindOrAddNodes(const std::vector<PlanePoint>& points) {
+    const auto known = static_cast<std::uint32_t>(nodes.size());
+    PointGrid pointGrid(points, distinct);
+    std::vector<Spot> crowded;
+    std::vector<std::uint32_t> nodeOf(points.size(), none);
+    for (std::uint32_t i = 0; i < points.size(); ++i) {
+        bool isCrowded = pointGrid.IsUneven();
+        if (!isCrowded) {
+            pointGrid.ForEachNear(points[i], [&](std::uint32_t other) {
+                isCrowded = isCrowded || (other != i && IsNear(points[i], points[other]));
+            });
+        }
+        if (isCrowded) {
+            crowded.push_back(SpotOf(points[i], i));
+        } else {
+            const std::uint32_t node = FindNode(points[i]);
+            nodeOf[i] = node == none ? known + i : node;
+        }
+    }
+    SortOut(crowded, known, nodeOf);
+
+    // New nodes are in the order of the points.
+    std::vector<std::uint32_t> numberOf(points.size(), none);
+    for (std::uint32_t i = 0; i < points.size(); ++i) {
+        if (nodeOf[i] != known + i) continue;
+        numberOf[i] = static_cast<std::uint32_t>(nodes.size());
+        nodes.push_back(points[i]);
+    }
+    for (std::uint32_t& node : nodeOf) node = node < known ? node : numberOf[node - known];
+    batches.push_back(static_cast<std::uint32_t>(nodes.size()));
+    if (known == 0 && !pointGrid.IsUneven()) {
+        grid = nodes.size() < points.size() ? PointGrid(nodes, distinct) : std::move(pointGrid);
+    } else {
+        const auto middle = static_cast<std::ptrdiff_t>(placed.size());
+        for (std::uint32_t node = known; node < nodes.size(); ++node) placed.push_back(SpotOf(nodes[node], node));
+        std::sort(placed.begin() + middle, placed.end(), IsBefore);
+        std::inplace_merge(placed.begin(), placed.begin() + middle, placed.end(), IsBefore);
+    }
+    return nodeOf;
+}
+
+bool BorderNoding::IsNear(const PlanePoint& a, const PlanePoint& b) const {
+    return Square(a - b) <= distinct * distinct;
+}
+
+// The nearest node within reach, of those as near the first one in the order of coordinates.
+std::uint32_t BorderNoding::FindNode(const PlanePoint& p) const {
+    double nearest = distinct * distinct;
+    std::uint32_t found = none;
+    const auto offer = [&](std::uint32_t node) {
+        const double squared = Square(nodes[node] - p);
+        const bool isTied = squared == nearest && (found == none || Precedes(nodes[node], nodes[found]));
+        if (!(squared < nearest) && !isTied) return;
+        nearest = squared;
+        found = node;
+    };
+    grid.ForEachNear(p, offer);
+    if (placed.empty()) return found;
+    const double strip = std::floor(p.x / distinct);
+    for (const double column : {strip - 1.0, strip, strip + 1.0}) {
+        auto candidate = std::lower_bound(
+            placed.begin(), placed.end(), Spot{column, {p.x, p.y - distinct}, 0},
+            [](const Spot& a, const Spot& b) { return a.strip < b.strip || (a.strip == b.strip && a.at.y < b.at.y); });
+        for (; candidate != placed.end() && candidate->strip == column && candidate->at.y <= p.y + distinct;
+             ++candidate) {
+            offer(candidate->index);
+        }
+    }
+    return found;
+}
+
+// Of spots that lie near others: each in turn is led to a node, or to one before it, which it counts from `known` on.
+void BorderNoding::SortOut(std::vector<Spot>& spots, std::uint32_t known, std::vector<std::uint32_t>& nodeOf) const {
     std::sort(spots.begin(), spots.end(), IsBefore);
-    std::vector<std::uint32_t> nodeOf(spots.size());
     std::vector<Spot> added;
     std::size_t before = 0;   // the first added spot of the strip before that is not too low
     std::size_t current = 0;  // the first added spot of this strip
@@ -76,40 +143,49 @@ std::vector<std::uint32_t> BorderNoding::FindOrAddNodes(std::vector<Spot>& spots
         }
         const double low = spot.at.y - distinct;
         const double high = spot.at.y + distinct;
-        double nearest = distinct * distinct;
-        std::uint32_t node = none;
+        std::uint32_t node = FindNode(spot.at);
+        double nearest = node == none ? distinct * distinct : Square(nodes[node] - spot.at);
         const auto offer = [&](const Spot& candidate) {
             const double squared = Square(candidate.at - spot.at);
             if (!(squared < nearest) && !(squared == nearest && node == none)) return;
             nearest = squared;
-            node = candidate.index;
+            node = known + candidate.index;
         };
-        if (!placed.empty()) {
-            for (const double column : {strip - 1.0, strip, strip + 1.0}) {
-                auto candidate = std::lower_bound(
-                    placed.begin(), placed.end(), Spot{column, {spot.at.x, low}, 0}, [](const Spot& a, const Spot& b) {
-                        return a.strip < b.strip || (a.strip == b.strip && a.at.y < b.at.y);
-                    });
-                for (; candidate != placed.end() && candidate->strip == column && candidate->at.y <= high;
-                     ++candidate) {
-                    offer(*candidate);
-                }
-            }
-        }
         while (before < current && added[before].at.y < low) ++before;
         for (std::size_t k = before; k < current && added[k].at.y <= high; ++k) offer(added[k]);
         for (std::size_t k = added.size(); k > current && added[k - 1].at.y >= low; --k) offer(added[k - 1]);
         if (node == none) {
-            node = static_cast<std::uint32_t>(nodes.size());
-            nodes.push_back(spot.at);
-            added.push_back({strip, spot.at, node});
+            node = known + spot.index;
+            added.push_back(spot);
         }
         nodeOf[spot.index] = node;
     }
-    const auto middle = static_cast<std::ptrdiff_t>(placed.size());
-    placed.insert(placed.end(), added.begin(), added.end());
-    std::inplace_merge(placed.begin(), placed.begin() + middle, placed.end(), IsBefore);
-    return nodeOf;
+}
+
+// The order of coordinates.
+inline bool BorderNoding::Precedes(const PlanePoint& a, const PlanePoint& b) const {
+    if (std::abs(a.x - b.x) > 2.0 * distinct) return a.x < b.x;
+    return IsBefore(SpotOf(a, 0), SpotOf(b, 0));
+}
+
+// Nodes of earlier rounds before later ones, then by coordinates: an order that does not hang on that of the pieces.
+bool BorderNoding::IsLower(std::uint32_t a, std::uint32_t b) const {
+    if (std::max(a, b) >= batches.front()) {
+        const auto batchOf = [this](std::uint32_t node) {
+            return std::upper_bound(batches.begin(), batches.end(), node);
+        };
+        if (batchOf(a) != batchOf(b)) return a < b;
+    }
+    return Precedes(nodes[a], nodes[b]);
+}
+
+std::pair<std::uint32_t, std::uint32_t> BorderNoding::EndsOf(const BorderPiece& piece) const {
+    return IsLower(piece.to, piece.from) ? std::pair(piece.to, piece.from) : std::pair(piece.from, piece.to);
+}
+
+bool BorderNoding::IsLower(const std::pair<std::uint32_t, std::uint32_t>& a,
+                           const std::pair<std::uint32_t, std::uint32_t>& b) const {
+    return a.first == b.first ? IsLower(a.second, b.second) : IsLower(a.first, b.first);
 }
 
 Extent BorderNoding::ExtentOf(const BorderPiece& piece) const {
@@ -176,6 +252,7 @@ void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     const bool hasFrom = a.from == b.from || a.from == b.to;
     const bool hasTo = a.to == b.from || a.to == b.to;
     if (hasFrom && hasTo) return;
+    if (AreClear(a, b)) return;
     bool isCut = false;
     for (const std::uint32_t node : {b.from, b.to}) {
         if (node != a.from && node != a.to) isCut = CutNear(i, node) || isCut;
@@ -183,6 +260,16 @@ void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     if (!hasFrom) isCut = CutNear(j, a.from) || isCut;
     if (!hasTo) isCut = CutNear(j, a.to) || isCut;
     if (!isCut && !hasFrom && !hasTo) FindCrossing(i, j);
+}
+
+// Whether one lies so far to one side of the other's line that no rounding could bring them within reach.
+bool BorderNoding::AreClear(const BorderPiece& piece, const BorderPiece& other) const {
+    const PlanePoint& a = nodes[piece.from];
+    const PlanePoint chord = nodes[piece.to] - a;
+    const double from = Cross(chord, nodes[other.from] - a);
+    const double to = Cross(chord, nodes[other.to] - a);
+    const double far = 4.0 * reach * reach * Square(chord);
+    return (from > 0.0) == (to > 0.0) && from * from > far && to * to > far;
 }
 
 bool BorderNoding::CutNear(std::uint32_t piece, std::uint32_t node) {
@@ -208,30 +295,35 @@ bool BorderNoding::AddCut(std::uint32_t piece, std::uint32_t node) {
 }
 
 void BorderNoding::FindCrossing(std::uint32_t i, std::uint32_t j) {
+    const auto areOpposite = [this](std::uint32_t piece, std::uint32_t other) {
+        const PlanePoint& a = nodes[pieces[piece].from];
+        const PlanePoint& b = nodes[pieces[piece].to];
+        const double u = ExactTurn(a, b, nodes[pieces[other].from]);
+        const double v = ExactTurn(a, b, nodes[pieces[other].to]);
+        return (u < 0.0 && v > 0.0) || (u > 0.0 && v < 0.0);
+    };
+    if (!areOpposite(i, j) || !areOpposite(j, i)) return;
     // In the order of the nodes, so that the point does not hang on that of the pieces.
-    std::pair<std::uint32_t, std::uint32_t> first = std::minmax(pieces[i].from, pieces[i].to);
-    std::pair<std::uint32_t, std::uint32_t> second = std::minmax(pieces[j].from, pieces[j].to);
-    if (second < first) std::swap(first, second);
-    const PlanePoint a1 = nodes[first.first];
-    const PlanePoint a2 = nodes[first.second];
-    const PlanePoint b1 = nodes[second.first];
-    const PlanePoint b2 = nodes[second.second];
-    const auto areOpposite = [](double u, double v) { return (u < 0.0 && v > 0.0) || (u > 0.0 && v < 0.0); };
-    if (!areOpposite(ExactTurn(a1, a2, b1), ExactTurn(a1, a2, b2))) return;
-    const double startSide = ExactTurn(b1, b2, a1);
-    const double endSide = ExactTurn(b1, b2, a2);
-    if (!areOpposite(startSide, endSide)) return;
+    std::pair<std::uint32_t, std::uint32_t> first = EndsOf(pieces[i]);
+    std::pair<std::uint32_t, std::uint32_t> second = EndsOf(pieces[j]);
+    if (IsLower(second, first)) std::swap(first, second);
+    const PlanePoint& from = nodes[first.first];
+    const PlanePoint& to = nodes[first.second];
+    const double startSide = ExactTurn(nodes[second.first], nodes[second.second], from);
+    const double endSide = ExactTurn(nodes[second.first], nodes[second.second], to);
     const double along = startSide / (startSide - endSide);
-    crossings.push_back({i, j, {a1.x + (a2.x - a1.x) * along, a1.y + (a2.y - a1.y) * along}});
+    crossings.push_back({i, j, {from.x + (to.x - from.x) * along, from.y + (to.y - from.y) * along}});
+}
+
+std::vector<PlanePoint> BorderNoding::PlacesOf(const std::vector<Crossing>& found) {
+    std::vector<PlanePoint> places;
+    places.reserve(found.size());
+    for (const Crossing& crossing : found) places.push_back(crossing.at);
+    return places;
 }
 
 bool BorderNoding::CutCrossings() {
-    std::vector<Spot> spots;
-    spots.reserve(crossings.size());
-    for (std::size_t k = 0; k < crossings.size(); ++k) {
-        spots.push_back(SpotOf(crossings[k].at, static_cast<std::uint32_t>(k)));
-    }
-    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(spots);
+    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(PlacesOf(crossings));
     for (std::size_t k = 0; k < crossings.size(); ++k) {
         bool isCut = false;
         for (const std::uint32_t i : {crossings[k].first, crossings[k].second}) {
@@ -248,12 +340,7 @@ bool BorderNoding::CutCrossings() {
 }
 
 void BorderNoding::CutHalves() {
-    std::vector<Spot> spots;
-    spots.reserve(halves.size());
-    for (std::size_t k = 0; k < halves.size(); ++k) {
-        spots.push_back(SpotOf(halves[k].at, static_cast<std::uint32_t>(k)));
-    }
-    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(spots);
+    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(PlacesOf(halves));
     for (std::size_t k = 0; k < halves.size(); ++k) (void)AddCut(halves[k].first, nodeOf[k]);
     halves.clear();
 }
@@ -261,8 +348,9 @@ void BorderNoding::CutHalves() {
 // Computed from the lower node, so that it does not hang on the direction of the piece.
 BorderNoding::Bow BorderNoding::BowOf(const BorderPiece& piece) const {
     Bow bow;
-    bow.start = nodes[std::min(piece.from, piece.to)];
-    bow.end = nodes[std::max(piece.from, piece.to)];
+    const std::pair<std::uint32_t, std::uint32_t> ends = EndsOf(piece);
+    bow.start = nodes[ends.first];
+    bow.end = nodes[ends.second];
     const BorderSource& source = sources[piece.source];
     if (source.sense == 0) return bow;
     const PlanePoint chord = bow.end - bow.start;
@@ -271,7 +359,7 @@ BorderNoding::Bow BorderNoding::BowOf(const BorderPiece& piece) const {
     const double side = Cross(chord, source.center - bow.start) / length;
     const double half = 0.5 * length;
     // A quarter turn has its centre half a chord away; nearer, or on the other side, it is by the motion of nodes.
-    const bool isLeft = (source.sense > 0) == (piece.from < piece.to);
+    const bool isLeft = (source.sense > 0) == (piece.from == ends.first);
     if (!(isLeft ? side > 0.5 * half : side < -0.5 * half)) return bow;
     bow.radius = std::hypot(side, half);
     const double sagitta = half * half / (bow.radius + std::abs(side));
@@ -288,9 +376,7 @@ BorderNoding::Bow BorderNoding::BowOf(const BorderPiece& piece) const {
     return bow;
 }
 
-bool BorderNoding::IsNode(const PlanePoint& p, std::uint32_t node) const {
-    return Square(p - nodes[node]) <= distinct * distinct;
-}
+bool BorderNoding::IsNode(const PlanePoint& p, std::uint32_t node) const { return IsNear(p, nodes[node]); }
 
 // Of a point of the circle (of the line): whether it lies on the piece.
 bool BorderNoding::IsBetweenEnds(const Bow& bow, const PlanePoint& p) {
@@ -349,8 +435,7 @@ bool BorderNoding::CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t
 // radical line. All is taken from the start of the arc, not from its centre, which may be far away.
 bool BorderNoding::FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b) {
     // In the order of the nodes, as for segments.
-    const auto endsOf = [this](std::uint32_t k) { return std::pair(std::minmax(pieces[k].from, pieces[k].to)); };
-    const bool isFirstArc = a.isCurved && (!b.isCurved || !(endsOf(j) < endsOf(i)));
+    const bool isFirstArc = a.isCurved && (!b.isCurved || !IsLower(EndsOf(pieces[j]), EndsOf(pieces[i])));
     const Bow& arc = isFirstArc ? a : b;
     const Bow& other = isFirstArc ? b : a;
     PlanePoint from = other.start - arc.start;
@@ -429,9 +514,9 @@ bool BorderNoding::ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& 
 }
 
 void BorderNoding::ApplyCuts() {
-    std::sort(cuts.begin(), cuts.end(), [](const Cut& a, const Cut& b) {
+    std::sort(cuts.begin(), cuts.end(), [this](const Cut& a, const Cut& b) {
         if (a.piece != b.piece) return a.piece < b.piece;
-        return a.along < b.along || (a.along == b.along && a.node < b.node);
+        return a.along < b.along || (a.along == b.along && a.node != b.node && IsLower(a.node, b.node));
     });
     std::vector<BorderPiece> parts;
     std::vector<char> areFresh;
@@ -461,7 +546,7 @@ void BorderNoding::ApplyCuts() {
         for (; cut != cuts.end() && cut->piece == i; ++cut) {
             if (cut->node == chain.back()) continue;
             const double off = std::abs(Cross(chord, nodes[cut->node] - a));
-            if (off < least || (off == least && cut->node < nearest)) {
+            if (off < least || (off == least && IsLower(cut->node, nearest))) {
                 least = off;
                 nearest = cut->node;
             }

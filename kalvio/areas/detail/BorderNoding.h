@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kalvio/areas/detail/PointGrid.h"
 #include "kalvio/core/detail/BoxHierarchy.h"
 #include "kalvio/polygons/detail/ExactPredicates.h"
 
@@ -7,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -100,7 +102,16 @@ private:
 
     Spot SpotOf(const PlanePoint& p, std::uint32_t index) const;
     static bool IsBefore(const Spot& a, const Spot& b);
-    std::vector<std::uint32_t> FindOrAddNodes(std::vector<Spot>& spots);
+    std::vector<std::uint32_t> FindOrAddNodes(const std::vector<PlanePoint>& points);
+    bool IsNear(const PlanePoint& a, const PlanePoint& b) const;
+    std::uint32_t FindNode(const PlanePoint& p) const;
+    void SortOut(std::vector<Spot>& spots, std::uint32_t known, std::vector<std::uint32_t>& nodeOf) const;
+    bool Precedes(const PlanePoint& a, const PlanePoint& b) const;
+    bool IsLower(std::uint32_t a, std::uint32_t b) const;
+    bool IsLower(const std::pair<std::uint32_t, std::uint32_t>& a,
+                 const std::pair<std::uint32_t, std::uint32_t>& b) const;
+    std::pair<std::uint32_t, std::uint32_t> EndsOf(const BorderPiece& piece) const;
+    static std::vector<PlanePoint> PlacesOf(const std::vector<Crossing>& found);
     Extent ExtentOf(const BorderPiece& piece) const;
     void BuildBoxes();
     void FindMeetings();
@@ -114,6 +125,7 @@ private:
     bool FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
     void Halve(std::uint32_t piece, const Bow& bow);
     bool IsNode(const PlanePoint& p, std::uint32_t node) const;
+    bool AreClear(const BorderPiece& piece, const BorderPiece& other) const;
     bool CutNear(std::uint32_t piece, std::uint32_t node);
     bool AddCut(std::uint32_t piece, std::uint32_t node);
     void FindCrossing(std::uint32_t i, std::uint32_t j);
@@ -126,7 +138,9 @@ private:
     double reach;     // of rule 2
     double distinct;  // of rule 1
     std::vector<PlanePoint> nodes;
-    std::vector<Spot> placed;  // the nodes in order
+    std::vector<std::uint32_t> batches;  // where the nodes end that were added together
+    PointGrid grid;                      // over those of the first batch
+    std::vector<Spot> placed;            // the others in order; all where the first lie too unevenly
     std::vector<BorderPiece> pieces;
     std::vector<char> isFresh;  // pieces that have not been compared with all others
     std::size_t freshCount = 0;
