@@ -49,13 +49,20 @@ ExperimentalVariogram::Fit GuessModel(const std::vector<Point3D>& samples, const
     return model;
 }
 
-KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const ExperimentalVariogram::Fit& model) {
+KrigedGrid::KrigedGrid(const std::vector<Point3D>& samples, double spacing, const ExperimentalVariogram::Fit& model,
+                       bool hasLinearTrend) {
     const OrdinaryKriging kriging(model.MakeModel());
     KrigingSystem system;
     LocalKriging local;
     const bool isLocal = samples.size() > mostSamples;
-    if (!(isLocal ? local.Build(kriging, samples, neighbors) : system.Build(kriging, samples))) {
-        throw InputError("the points cannot be kriged: none, or two of them at one place");
+    LocalKriging::Neighborhood nearest;
+    nearest.count = neighbors;
+    nearest.hasLinearTrend = hasLinearTrend;
+    if (!(isLocal          ? local.Build(kriging, samples, nearest)
+          : hasLinearTrend ? system.BuildWithLinearTrend(kriging, samples)
+                           : system.Build(kriging, samples))) {
+        throw InputError(
+            "the points cannot be kriged: none, two of them at one place, or all on one line with --trend");
     }
     if (!heights.SetOver(ExtentOf(samples), spacing) ||
         !(static_cast<double>(heights.GetColumns()) * static_cast<double>(heights.GetRows()) <= mostNodes)) {

@@ -18,9 +18,11 @@ Math::ExperimentalVariogram::Fit GuessModel(const std::vector<Math::Point3D>& sa
 /// errors.
 struct KrigedGrid {
     /// @param spacing  of the nodes, which lie at its multiples and enclose the samples
-    /// @throws InputError for no samples, two of them at one place, or a grid of too many nodes
-    KrigedGrid(const std::vector<Math::Point3D>& samples, double spacing,
-               const Math::ExperimentalVariogram::Fit& model);
+    /// @param hasLinearTrend  whether the mean is any plane, not any height
+    /// @throws InputError for no samples, two of them at one place, all on one line with a trend, or a grid of too many
+    /// nodes
+    KrigedGrid(const std::vector<Math::Point3D>& samples, double spacing, const Math::ExperimentalVariogram::Fit& model,
+               bool hasLinearTrend = false);
 
     Math::GridSurface heights;
     Math::GridSurface deviations;

@@ -41,7 +41,8 @@ constexpr const char* kUsage =
     "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
     "               [--design NAME] [--sections LENGTH] [--width WIDTH] [--sheet SHEET.svg]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
-    "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--fit FIT.svg] [--nodes OUT.csv] "
+    "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--trend] [--fit FIT.svg] [--nodes "
+    "OUT.csv] "
     "[--svg OUT.svg] [--xml OUT.xml]\n"
     "  --points, --breaklines, --border  build a surface named Built: tables of x,y,height, of chain,x,y,height, and\n"
     "             of x,y,height around it\n"
@@ -65,6 +66,7 @@ constexpr const char* kUsage =
     "  --krige    kriges heights from the points of a table: x,y,height\n"
     "  --grid     distance of the kriged nodes (50); without --krige, of a grid with the heights of the surface\n"
     "  --sill, --range  of the exponential variogram (variance of the heights, a third of the extent's diagonal)\n"
+    "  --trend    kriges with a plane as the mean, for points on a slope\n"
     "  --fit      fits variograms to the points, draws them with their lags as a picture and kriges with the best\n"
     "  --nodes    writes the nodes: x,y,height, kriged ones with their standard deviation\n"
     "  --xml      writes the surfaces, turned upward, and the alignments as LandXML\n"
@@ -91,6 +93,7 @@ struct Options {
     std::optional<double> grid;
     std::optional<double> sill;
     std::optional<double> range;
+    bool trend = false;
     std::string fit;
     std::string nodes;
     std::string svg;
@@ -121,6 +124,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddPositive("--grid", options.grid);
     arguments.AddPositive("--sill", options.sill);
     arguments.AddPositive("--range", options.range);
+    arguments.AddFlag("--trend", options.trend);
     arguments.AddText("--fit", options.fit);
     arguments.AddText("--nodes", options.nodes);
     arguments.AddText("--svg", options.svg);
@@ -478,7 +482,7 @@ int Run(const Options& options) {
             std::fprintf(stderr, "wrote %s\n", options.fit.c_str());
             model = study.fits.front();
         }
-        grid.emplace(samples, options.grid.value_or(50.0), model);
+        grid.emplace(samples, options.grid.value_or(50.0), model, options.trend);
         Report(*grid, samples.size(), model, unit);
         if (!options.nodes.empty()) {
             WriteFile(options.nodes, [&](std::ostream& out) { WriteNodes(out, grid->heights, &grid->deviations); });

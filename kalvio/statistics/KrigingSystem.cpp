@@ -25,24 +25,30 @@ double MeanHeight(const std::vector<Point3D>& samples) {
 }  // namespace
 
 bool KrigingSystem::Build(const SimpleKriging& kriging, const std::vector<Point3D>& samples) {
-    return Build(kriging.GetModel(), samples, kriging.GetMean(), false);
+    return Build(kriging.GetModel(), samples, kriging.GetMean(), 0);
 }
 
 bool KrigingSystem::Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples) {
-    return Build(kriging.GetModel(), samples, MeanHeight(samples), true);
+    return Build(kriging.GetModel(), samples, MeanHeight(samples), 1);
+}
+
+bool KrigingSystem::BuildWithLinearTrend(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples) {
+    return Build(kriging.GetModel(), samples, MeanHeight(samples), 3);
 }
 
 bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& sharedModel,
-                          const std::vector<Point3D>& samples, double valueOrigin, bool isOrdinary) {
+                          const std::vector<Point3D>& samples, double valueOrigin, std::size_t ofMean) {
     if (sharedModel == nullptr || samples.empty()) return false;
-    const std::size_t size = samples.size() + (isOrdinary ? 1 : 0);
+    const std::size_t size = samples.size() + ofMean;
     detail::Elimination elimination(size, 1);
     detail::FillCovariances(*sharedModel, samples, elimination);
 
     KrigingSystem built;
     built.scale = detail::Normalize(elimination, samples.size());
     if (built.scale == 0.0) return false;
-    if (isOrdinary) detail::FillSumOfWeights(samples.size(), elimination);
+    if (ofMean > 0) detail::FillSumOfWeights(samples.size(), elimination);
+    const detail::LinearTrend plane(samples, samples.front().GetPoint2D());
+    if (ofMean == 3) plane.Fill(samples, elimination);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         built.places.push_back(samples[i].GetX());
         elimination.Row(i)[size] = samples[i].GetZ() - valueOrigin;
@@ -67,7 +73,9 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
     built.model = sharedModel;
     built.origin = valueOrigin;
     built.atZero = sharedModel->Evaluate(0.0) * built.scale;
-    built.ordinary = isOrdinary;
+    built.meanRows = ofMean;
+    built.trendCenter = plane.center;
+    built.trendScale = plane.scale;
     *this = std::move(built);
     return true;
 }
@@ -82,7 +90,11 @@ void KrigingSystem::FillRightSide(const Point2D& p, double* b) const {
         b[i] = std::sqrt(dx * dx + dy * dy);
     }
     for (std::size_t i = 0; i < n; ++i) b[i] = model->Evaluate(b[i]) * scale;
-    if (ordinary) b[n] = 1.0;
+    if (meanRows > 0) b[n] = 1.0;
+    if (meanRows == 3) {
+        b[n + 1] = (p.GetX() - trendCenter.GetX()) * trendScale;
+        b[n + 2] = (p.GetY() - trendCenter.GetY()) * trendScale;
+    }
 }
 
 // b^T M^-1 b = (U^-T b)^T D^-1 (L^-1 P b): both triangles are solved forward in one pass. Unlike a product with the
@@ -135,7 +147,7 @@ bool KrigingSystem::Interpolate(const Point2D& p, double& value, double& varianc
     FillRightSide(p, b);
     const double estimate = Estimate(b);
     const double covarianceForm = (atZero - Quadratic(b, b + size, b + 2 * size)) / scale;
-    const double estimationVariance = ordinary && atZero == 0.0 ? -covarianceForm : covarianceForm;
+    const double estimationVariance = meanRows > 0 && atZero == 0.0 ? -covarianceForm : covarianceForm;
     if (!std::isfinite(estimate) || !std::isfinite(estimationVariance)) return false;
     value = estimate;
     variance = estimationVariance;

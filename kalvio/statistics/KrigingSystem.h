@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/core/Point2D.h"
 
 #include <cstddef>
 #include <memory>
@@ -9,7 +10,6 @@
 namespace Kalvio::Math {
 
 class OrdinaryKriging;
-class Point2D;
 class Point3D;
 class SimpleKriging;
 class VariogramModelBase;
@@ -38,6 +38,11 @@ public:
     [[nodiscard]] bool Build(const SimpleKriging& kriging, const std::vector<Point3D>& samples);
     [[nodiscard]] bool Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples);
 
+    /// Universal kriging: the mean is any plane over the samples, not any constant; the model is that of the residuals.
+    /// @return false also for samples on one line. Source: Cressie, Statistics for Spatial Data, rev. ed. 1993,
+    ///         section 3.4
+    [[nodiscard]] bool BuildWithLinearTrend(const OrdinaryKriging& kriging, const std::vector<Point3D>& samples);
+
     unsigned int GetNrOfSamples() const { return static_cast<unsigned int>(places.size() / 2); }
 
     /// @param value  estimate at p; untouched on failure
@@ -51,21 +56,23 @@ public:
 
 private:
     bool Build(const std::shared_ptr<const VariogramModelBase>& sharedModel, const std::vector<Point3D>& samples,
-               double valueOrigin, bool isOrdinary);
+               double valueOrigin, std::size_t ofMean);
     void FillRightSide(const Point2D& p, double* b) const;
     double Estimate(const double* b) const;
     double Quadratic(const double* b, double* y, double* t) const;
 
     std::shared_ptr<const VariogramModelBase> model;
     std::vector<double> places;      // x of all samples, then y of all
-    std::vector<double> weights;     // M^-1 z, z relative to `origin`; for ordinary kriging the multiplier is the last
+    std::vector<double> weights;     // M^-1 z, z relative to `origin`; the multipliers of the mean are the last
     std::vector<double> pivots;      // D of P M = L D U, both triangles with unit diagonals
     std::vector<double> factors;     // for each k the rest of column k of L, then the rest of row k of U
     std::vector<std::size_t> order;  // the row of M that came to place k
     double scale = 1.0;              // a power of two that brings the largest model value near 1
     double origin = 0.0;             // values are kriged relative to this
     double atZero = 0.0;             // scaled model value at distance 0
-    bool ordinary = false;
+    std::size_t meanRows = 0;        // 0 for a mean that is known, 1 for one that is not, 3 for a plane
+    Point2D trendCenter;
+    double trendScale = 1.0;
 };
 
 }  // namespace Kalvio::Math

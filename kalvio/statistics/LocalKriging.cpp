@@ -51,6 +51,7 @@ bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point
     built.count = std::min<std::size_t>(neighborhood.count, all.size());
     built.sectors = neighborhood.sectors;
     built.radius = neighborhood.radius;
+    built.hasLinearTrend = neighborhood.hasLinearTrend;
     const auto [minX, maxX] = std::minmax_element(
         all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
     const auto [minY, maxY] = std::minmax_element(
@@ -166,18 +167,21 @@ bool LocalKriging::Estimate(const Point2D& p, std::size_t leftOut, double& value
     if (model == nullptr || !std::isfinite(p.GetX()) || !std::isfinite(p.GetY())) return false;
     const std::vector<Point3D> nearest = FindNearest(p, leftOut);
     if (nearest.empty()) return false;
-    const std::size_t size = nearest.size() + 1;
+    const std::size_t last = nearest.size();
+    const std::size_t size = last + (hasLinearTrend ? 3 : 1);
     detail::Elimination elimination(size, 1);
     detail::FillCovariances(*model, nearest, elimination);
-    const double scale = detail::Normalize(elimination, nearest.size());
+    const double scale = detail::Normalize(elimination, last);
     if (scale == 0.0) return false;
-    detail::FillSumOfWeights(nearest.size(), elimination);
+    detail::FillSumOfWeights(last, elimination);
+    if (hasLinearTrend) detail::LinearTrend(nearest, p).Fill(nearest, elimination);
     detail::Workspace<double, 20> rightSide(size);
     detail::Workspace<double, 20> lambda(size);
     double* const b = rightSide.Get();
     detail::FillCovariances(*model, p, nearest, b);
-    for (std::size_t i = 0; i + 1 < size; ++i) b[i] *= scale;
-    b[size - 1] = 1.0;
+    for (std::size_t i = 0; i < last; ++i) b[i] *= scale;
+    b[last] = 1.0;
+    std::fill(b + last + 1, b + size, 0.0);
     for (std::size_t i = 0; i < size; ++i) elimination.Row(i)[size] = b[i];
     elimination.Run();
     if (detail::IsSingular(elimination, size)) return false;
@@ -186,7 +190,7 @@ bool LocalKriging::Estimate(const Point2D& p, std::size_t leftOut, double& value
     double estimate = 0.0;
     double sum = 0.0;
     for (std::size_t i = 0; i < size; ++i) {
-        if (i + 1 < size) estimate += lambda.Get()[i] * (nearest[i].GetZ() - base);
+        if (i < last) estimate += lambda.Get()[i] * (nearest[i].GetZ() - base);
         sum += lambda.Get()[i] * b[i];
     }
     const double atZero = model->Evaluate(0.0);

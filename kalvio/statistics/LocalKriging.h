@@ -16,7 +16,7 @@ class VariogramModelBase;
 
 /// Ordinary kriging of each place from the few samples nearest to it: for thousands of samples, whose full matrix a
 /// `KrigingSystem` could not factor, and grids of many nodes. A place costs the search of its neighbours and a system
-/// of their number, on the stack up to 17. Where the neighbours change the estimates have small steps.
+/// of their number, on the stack up to 17, with a trend 15. Where the neighbours change the estimates have small steps.
 ///
 ///     const OrdinaryKriging kriging(new ExponentialVariogramModel(500.0, 1000.0));
 ///     LocalKriging local;
@@ -34,6 +34,10 @@ public:
         unsigned int sectors = 1;
         /// None beyond this distance. Without it a place searches all samples for as long as a sector is not full.
         double radius = std::numeric_limits<double>::infinity();
+        /// Universal kriging: the mean is any plane over the neighbours, not any constant. For heights on a slope; the
+        /// model is that of the residuals. It takes three neighbours that are not on one line. Source: Cressie,
+        /// section 3.4.
+        bool hasLinearTrend = false;
     };
 
     /// What is found at a sample that is left out.
@@ -59,7 +63,8 @@ public:
     /// @param value     estimate at p; untouched on failure
     /// @param variance  of its error, as `KrigingSystem` gives it; untouched on failure
     /// @return false for an object that was not built, a place that is not finite or has no sample within the radius,
-    ///         two neighbours at one place and another singular system
+    ///         two neighbours at one place and another singular system,
+    ///         for a linear trend also neighbours on one line
     [[nodiscard]] bool Interpolate(const Point2D& p, double& value, double& variance) const;
 
     /// Estimates each sample from the others around it: how good the model is. Errors have a mean near 0 and a mean
@@ -86,6 +91,7 @@ private:
     std::size_t count = 0;  // of neighbours, in each sector
     std::size_t sectors = 1;
     double radius = 0.0;
+    bool hasLinearTrend = false;
 };
 
 }  // namespace Kalvio::Math

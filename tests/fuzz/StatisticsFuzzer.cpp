@@ -34,6 +34,13 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
         double near = untouched;
         Require(!(local.Build(kriging, samples, 3) && samples.empty()));
         CheckAnswer(local.Interpolate(p, near, variance), near);
+        Require(!(local.Build(kriging, samples, {6, 1, 1e9, true}) && samples.empty()));
+        near = untouched;
+        CheckAnswer(local.Interpolate(p, near, variance), near);
+        KrigingSystem withTrend;
+        Require(!withTrend.BuildWithLinearTrend(kriging, samples) || samples.size() > 2);
+        near = untouched;
+        CheckAnswer(withTrend.Interpolate(p, near), near);
     }
     See({value, ofSystem, variance});
     if (isSound) Require(isBuilt);

@@ -40,6 +40,27 @@ inline void FillSumOfWeights(std::size_t last, Elimination& m) {
     m.Row(last)[last] = 0.0;
 }
 
+/// Planes over the samples, with the sum of weights before: what is left of a linear trend. Coordinates are relative to
+/// a center, where the trend is 1, 0, 0, and of the size of the model values.
+struct LinearTrend {
+    LinearTrend(const std::vector<Point3D>& samples, const Point2D& middle) : center(middle) {
+        double reach = 0.0;
+        for (const Point3D& sample : samples) reach = std::max(reach, sample.Distance2D(Point3D(center, 0.0)));
+        if (reach > 0.0) scale = 1.0 / reach;
+    }
+    /// Into the two rows and columns after that of the sum.
+    void Fill(const std::vector<Point3D>& samples, Elimination& m) const {
+        const std::size_t last = samples.size();
+        for (std::size_t i = 0; i < last; ++i) {
+            m.Row(i)[last + 1] = m.Row(last + 1)[i] = (samples[i].GetX() - center.GetX()) * scale;
+            m.Row(i)[last + 2] = m.Row(last + 2)[i] = (samples[i].GetY() - center.GetY()) * scale;
+        }
+    }
+
+    Point2D center;
+    double scale = 1.0;
+};
+
 /// Multiplies m by the power of two that brings its largest element into [1, 2), and returns that power: without any
 /// rounding, so that the scale of the sill decides nothing. 0 when an element is not finite.
 inline double Normalize(Elimination& m, std::size_t size) {
