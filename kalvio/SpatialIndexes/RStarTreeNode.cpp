@@ -1,5 +1,6 @@
 #include "kalvio/SpatialIndexes/RStarTreeNode.h"
 
+#include "kalvio/SpatialIndexes/detail/OverlapGrowth.h"
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 #include "kalvio/core/detail/Constants.h"
 
@@ -16,6 +17,8 @@ namespace Kalvio::Math::SpatialIndexes {
 
 using detail::FlatBox;
 using detail::Lanes;
+using detail::OverlapGrowth;
+using detail::Ranked;
 
 namespace {
 
@@ -37,9 +40,6 @@ struct Rank {
         return child < other.child;
     }
 };
-
-/// NaN, the difference of infinite areas, ranks last: it would break the order.
-double Ranked(double value) { return value == value ? value : std::numeric_limits<double>::infinity(); }
 
 /// Entries of a full node and of one that fell below the fewest.
 constexpr unsigned int mostToSplit = RStarTreeNode::mostEntries + RStarTreeNode::fewestEntries - 1;
@@ -98,18 +98,6 @@ struct Worth {
         overlap = Ranked(overlap);
     }
 };
-
-/// Volume that a box has in common with entry i; 0 when they are disjoint.
-double OverlapArea(const FlatBox& box, const detail::BoxPairs& boxes, unsigned int i) {
-    double area = 1.0;
-    for (unsigned int axis = 0; axis < boxes.GetDimension(); ++axis) {
-        const double low = std::max(box.Low(axis), boxes.Low(axis, i));
-        const double high = std::min(box.High(axis), boxes.High(axis, i));
-        if (!(low < high)) return 0.0;
-        area *= high - low;
-    }
-    return area;
-}
 
 }  // namespace
 
@@ -275,7 +263,7 @@ unsigned int RStarTreeNode::ChooseSubtree(const FlatBox& itemBox) const {
     if (!entries.Child(0).HoldsLeaves()) return best.child;
 
     // The least growth of overlap wins, and none at all cannot be beaten: mostly the first candidate settles it.
-    double least = OverlapGrowth(best.child, itemBox, std::numeric_limits<double>::infinity());
+    double least = OverlapGrowth(boxes, n, best.child, itemBox, std::numeric_limits<double>::infinity());
     if (least == 0.0) return best.child;
     std::array<Rank, overflowing> candidates;
     for (unsigned int i = 0; i < n; ++i) candidates[i] = rankOf(i);
@@ -284,27 +272,12 @@ unsigned int RStarTreeNode::ChooseSubtree(const FlatBox& itemBox) const {
     }
     for (unsigned int i = 0; i < std::min(n, largestCandidateCount); ++i) {
         if (candidates[i].child == best.child || (least == 0.0 && best < candidates[i])) continue;
-        const double growth = OverlapGrowth(candidates[i].child, itemBox, least);
+        const double growth = OverlapGrowth(boxes, n, candidates[i].child, itemBox, least);
         if (!(growth < least || (growth == least && candidates[i] < best))) continue;
         least = growth;
         best = candidates[i];
     }
     return best.child;
-}
-
-double RStarTreeNode::OverlapGrowth(unsigned int i, const FlatBox& itemBox, double limit) const {
-    const FlatBox before = entries.GetBox(i);
-    FlatBox after = before;
-    after.Cover(itemBox);
-    if (before.Contains(after)) return 0.0;
-    double growth = 0.0;
-    const detail::BoxPairs boxes = entries.Boxes();
-    std::uint64_t others = boxes.Match(detail::OverlapQuery{after}, 0, GetNrOfEntries()) & ~(std::uint64_t{1} << i);
-    for (; others != 0 && growth <= limit; others &= others - 1) {
-        const auto other = static_cast<unsigned int>(std::countr_zero(others));
-        growth += OverlapArea(after, boxes, other) - OverlapArea(before, boxes, other);
-    }
-    return Ranked(growth);
 }
 
 std::unique_ptr<RStarTreeNode> RStarTreeNode::Split(std::vector<Entry> all) {

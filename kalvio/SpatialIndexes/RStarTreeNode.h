@@ -63,9 +63,6 @@ private:
     /// Levels above those that hold leaves, for a node with entries.
     unsigned int GetHeight() const;
     unsigned int ChooseSubtree(const detail::FlatBox& itemBox) const;
-    /// Growth of the overlap of child i with its siblings when it is widened to hold the box; adding up ends when it
-    /// passes the limit.
-    double OverlapGrowth(unsigned int i, const detail::FlatBox& itemBox, double limit) const;
     /// Deals out entries to this node, which is empty, and a new sibling.
     std::unique_ptr<RStarTreeNode> Split(std::vector<Entry> all);
     std::vector<Entry> TakeFarthest();

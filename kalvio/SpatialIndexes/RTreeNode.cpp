@@ -1,5 +1,6 @@
 #include "kalvio/SpatialIndexes/RTreeNode.h"
 
+#include "kalvio/SpatialIndexes/detail/OverlapGrowth.h"
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 
 #include <algorithm>
@@ -203,17 +204,31 @@ unsigned int RTreeNode::ChooseBranch(const FlatBox& box, double unitSphereVolume
         Store(radius, radii.data() + std::size_t{2} * pair);
         Store(widened, grown.data() + std::size_t{2} * pair);
     }
-    unsigned int best = 0;
-    double leastGrowth = std::numeric_limits<double>::infinity();
-    double leastVolume = leastGrowth;
+    // The least growth of overlap wins, of equal ones the least growth, then the smallest. No growth of overlap cannot
+    // be beaten: mostly the branch that grows least settles it.
+    struct Rank {
+        double growth;
+        double volume;
+        bool operator<(const Rank& other) const {
+            return growth < other.growth || (growth == other.growth && volume < other.volume);
+        }
+    };
+    std::array<Rank, mostBranches> ranks;
     for (unsigned int i = 0; i < n; ++i) {
         const double volume = SphereVolume(radii[i], boxes.GetDimension(), unitSphereVolume);
-        const double growth = SphereVolume(grown[i], boxes.GetDimension(), unitSphereVolume) - volume;
-        if (growth < leastGrowth || (growth == leastGrowth && volume < leastVolume)) {
-            best = i;
-            leastGrowth = growth;
-            leastVolume = volume;
-        }
+        const double widened = SphereVolume(grown[i], boxes.GetDimension(), unitSphereVolume);
+        ranks[i] = {detail::Ranked(widened - volume), volume};
+    }
+    auto best = static_cast<unsigned int>(std::min_element(ranks.begin(), ranks.begin() + n) - ranks.begin());
+    double least = detail::OverlapGrowth(boxes, n, best, added, std::numeric_limits<double>::infinity());
+    if (least == 0.0) return best;
+    const unsigned int first = best;
+    for (unsigned int i = 0; i < n; ++i) {
+        if (i == first || (least == 0.0 && ranks[best] < ranks[i])) continue;
+        const double growth = detail::OverlapGrowth(boxes, n, i, added, least);
+        if (!(growth < least || (growth == least && ranks[i] < ranks[best]))) continue;
+        best = i;
+        least = growth;
     }
     return best;
 }
