@@ -61,7 +61,9 @@ class Relief {
 public:
     /// @param scale  page units per world unit
     /// @param interval  of the contours
-    Relief(const IndexedTriangleSet3D& source, double scale, const std::optional<double>& interval) : surface(source) {
+    /// @param cuts  how often their corners are cut
+    Relief(const IndexedTriangleSet3D& source, double scale, const std::optional<double>& interval, unsigned int cuts)
+        : surface(source), contourCuts(cuts) {
         const BoundingBox3D box = surface.GetBoundingBox();
         lowest = box.GetMinPoint().GetZ();
         range = std::max(box.GetSize().GetZ(), 1e-3);
@@ -120,7 +122,7 @@ private:
     void DrawContours(Svg& svg, const SvgPanel& panel) const {
         TinSurfacePatch3D ground;
         std::vector<LineString3D> contours;
-        if (!ground.SetTriangles(surface) || !ground.GetContours(contourStep, contours)) return;
+        if (!ground.SetTriangles(surface) || !ground.GetContours(contourStep, contours, contourCuts)) return;
         for (const LineString3D& contour : contours) {
             const double level = contour.GetStart().GetZ();
             const bool isMain = std::abs(std::remainder(level, 5.0 * contourStep)) < 0.1 * contourStep;
@@ -133,6 +135,7 @@ private:
     double lowest;
     double range;
     double contourStep = 1.0;
+    unsigned int contourCuts;
     double stretch = 1.0;
 };
 
@@ -328,7 +331,7 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
                                                      : planTop + planHeight + 30.0;
     Svg svg(pageWidth, height);
     const SvgPanel plan(margin, planTop, panelWidth, planHeight, extent, true);
-    const Relief relief(*parts.surface, plan.GetScaleX(), parts.contourInterval);
+    const Relief relief(*parts.surface, plan.GetScaleX(), parts.contourInterval, parts.contourCuts);
     relief.Draw(svg, plan);
     if (parts.design != nullptr) DrawDepths(svg, plan, parts);
     double longest = 0.0;
@@ -343,7 +346,7 @@ bool DrawPicture(const std::string& path, const PictureParts& parts) {
     if (parts.section != nullptr) DrawSection(svg, sectionTop, *parts.section, parts.unit);
     if (parts.grid != nullptr) {
         const SvgPanel panel(margin, gridTop, panelWidth, gridHeight, kriged.GetBoundingBox2D(), true);
-        const Relief shaded(kriged, panel.GetScaleX(), std::nullopt);
+        const Relief shaded(kriged, panel.GetScaleX(), std::nullopt, parts.contourCuts);
         shaded.Draw(svg, panel);
         for (const Point3D& sample : *parts.samples) {
             svg.Circle(panel.ToPage(sample.GetPoint2D()), 2.2, {textColor, 0.8, "white", ""});

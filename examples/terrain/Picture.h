@@ -24,6 +24,7 @@ struct PictureParts {
     const KrigedGrid* grid = nullptr;      // left out when null
     const std::vector<Math::Point3D>* samples = nullptr;
     std::optional<double> contourInterval;            // one that suits the page when there is none
+    unsigned int contourCuts = 0;                     // smooths them
     const Math::TinSurfacePatch3D* ground = nullptr;  // the surface, with `design`
     const Math::TinSurfacePatch3D* design = nullptr;  // shades the plan by its depth; left out when null
 };

@@ -38,7 +38,7 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
-    "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--against SURFACE2.xml]\n"
+    "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--smooth CUTS] [--against SURFACE2.xml]\n"
     "               [--design NAME] [--sections LENGTH] [--width WIDTH] [--sheet SHEET.svg]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--trend] [--fit FIT.svg] [--nodes "
@@ -50,6 +50,7 @@ constexpr const char* kUsage =
     "  --fill     closes the holes of the surface that are no larger\n"
     "  --thin     leaves out the points of the surface that change no height by more\n"
     "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
+    "  --smooth   how often their corners are cut, 8 times at most\n"
     "  --against  cut and fill from the surface to one of another file, where both are; the picture is shaded by them\n"
     "  --design   which one (the first)\n"
     "  --sections cross-sections of both along the alignments, so far from each other, and the volumes and the mass\n"
@@ -79,6 +80,7 @@ struct Options {
     std::optional<double> fill;
     std::optional<double> thin;
     std::optional<double> contours;
+    std::optional<double> smooth;
     std::string against;
     std::string design;
     std::optional<double> sections;
@@ -110,6 +112,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddPositive("--fill", options.fill);
     arguments.AddPositive("--thin", options.thin);
     arguments.AddPositive("--contours", options.contours);
+    arguments.AddPositive("--smooth", options.smooth, 8.0);
     arguments.AddText("--against", options.against);
     arguments.AddText("--design", options.design);
     arguments.AddPositive("--sections", options.sections);
@@ -319,9 +322,9 @@ void WriteHeights(const std::string& path, const TinSurfacePatch3D& surface) {
     }
 }
 
-void ReportContours(double interval, const TinSurfacePatch3D& surface, const std::string& unit) {
+void ReportContours(double interval, unsigned int cuts, const TinSurfacePatch3D& surface, const std::string& unit) {
     std::vector<LineString3D> contours;
-    if (!surface.GetContours(interval, contours)) throw InputError("too many contours");
+    if (!surface.GetContours(interval, contours, cuts)) throw InputError("too many contours");
     double length = 0.0;
     for (const LineString3D& contour : contours) length += contour.GetLength2D();
     std::printf("Contours every %g %s: %zu lines, %.4f %s long\n", interval, unit.c_str(), contours.size(), length,
@@ -424,12 +427,13 @@ int Run(const Options& options) {
     if (options.sections && (options.against.empty() || options.along.empty())) {
         throw InputError("--sections needs --against and --along");
     }
+    const auto cuts = static_cast<unsigned int>(options.smooth.value_or(0.0));
     const bool isGridOfSurface = options.grid && options.krige.empty();
     TinSurfacePatch3D surface;
     std::optional<Design> design;
     if (options.contours || !options.against.empty() || !options.heights.empty() || isGridOfSurface) {
         surface = SurfaceOf(chosen.mesh, chosen.name);
-        if (options.contours) ReportContours(*options.contours, surface, unit);
+        if (options.contours) ReportContours(*options.contours, cuts, surface, unit);
         if (!options.against.empty()) ReportVolumes(surface, design.emplace(ReadDesign(options, unit)), unit);
         if (!options.heights.empty()) WriteHeights(options.heights, surface);
         if (isGridOfSurface) {
@@ -496,6 +500,7 @@ int Run(const Options& options) {
         PictureParts parts{"Surface " + chosen.name, unit, &chosen.mesh, &alignments, nullptr, nullptr, &samples,
                            options.contours};
         if (section != sections.end() && !section->GetRuns().empty()) parts.section = &*section;
+        parts.contourCuts = cuts;
         if (grid) parts.grid = &*grid;
         if (design) {
             parts.ground = &surface;

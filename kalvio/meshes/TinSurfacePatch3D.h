@@ -178,10 +178,15 @@ public:
     /// A vertex on a level counts as above it. So contours neither branch nor cross; where saddles or flats lie on the
     /// level they meet at vertices. A flat on the level has a contour where it falls off, none where it rises, and a
     /// ridge on it one on either side. One pass over the triangles, and what there is to be found.
-    /// @return false, nothing appended, for levels that are not finite and more than 1e6 of them
-    bool GetContours(const std::vector<double>& levels, std::vector<LineString3D>& contours) const;
+    /// @param cuts  smooths the contours: so many times each corner is cut off and becomes two of about half the angle.
+    ///              They still never cross each other, end where they ended, lie in the same triangles, and keep their
+    ///              corners where they cross chains and pass vertices. Source: Chaikin, 1974, cut by chords of convex
+    ///              cells
+    /// @return false, nothing appended, for levels that are not finite, more than 1e6 of them and more than 8 cuts
+    bool GetContours(const std::vector<double>& levels, std::vector<LineString3D>& contours,
+                     unsigned int cuts = 0) const;
     /// The same at all multiples of an interval. @return false also for one that is not positive
-    bool GetContours(double interval, std::vector<LineString3D>& contours) const;
+    bool GetContours(double interval, std::vector<LineString3D>& contours, unsigned int cuts = 0) const;
 
     /// Cut and fill between this surface, the ground, and another one, the design, where both are: the sums of the
     /// prisms between the common parts of their triangles, exact but for rounding. Where a surface lies over itself

@@ -4,6 +4,7 @@
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/queries/Distance.h"
 #include "meshes/Meshes.h"
 #include "support/Concurrently.h"
 
@@ -379,13 +380,35 @@ TEST(TinSurfaceTest, ContoursAreTheCutsOfTheTrianglesInFewestStrings) {
         }
         EXPECT_TRUE(cuts.empty());
         for (const auto& [level, left] : borders) EXPECT_TRUE(hasFlats || left == 0) << "the fewest";
+        // With corners cut none crosses another one.
+        std::vector<LineString3D> smooth;
+        ASSERT_TRUE(surface.GetContours(1.0, smooth, 2) && smooth.size() == contours.size());
+        std::vector<Line2D> segments;
+        for (std::size_t i = 0; i < smooth.size() && round < 8; ++i) {
+            EXPECT_TRUE(smooth[i].GetStart().Distance(smooth[i].GetEnd()) == 0.0 ||
+                        smooth[i].GetStart().Distance(contours[i].GetStart()) == 0.0);
+            for (unsigned int k = 1; k < smooth[i].GetSize(); ++k) {
+                segments.emplace_back(smooth[i][k - 1].GetPoint2D(), smooth[i][k].GetPoint2D());
+            }
+        }
+        for (std::size_t i = 0; i < segments.size(); ++i) {
+            const auto parts = [](const Line2D& line, const Line2D& other) {
+                const double from = Distance::PointToLine(other.GetStart(), line);
+                const double to = Distance::PointToLine(other.GetEnd(), line);
+                return std::min(from, to) < -1e-8 && std::max(from, to) > 1e-8;
+            };
+            for (std::size_t k = 0; k < i; ++k) {
+                ASSERT_FALSE(parts(segments[i], segments[k]) && parts(segments[k], segments[i])) << i << ", " << k;
+            }
+        }
     }
     TinSurfacePatch3D hill;
     std::vector<LineString3D> contours;
     ASSERT_TRUE(hill.SetTriangles(Grid({0, 0}, 4, [](double x, double y) { return x == 2 && y == 2 ? 2.0 : 0.0; })));
     EXPECT_TRUE(hill.GetContours(std::vector{2.0, 1.0, 1.0}, contours) && contours.size() == 1) << "none at the top";
     EXPECT_FALSE(hill.GetContours(0.0, contours) || hill.GetContours(kNan, contours) ||
-                 hill.GetContours(1e-9, contours) || hill.GetContours({kNan}, contours));
+                 hill.GetContours(1e-9, contours) || hill.GetContours({kNan}, contours) ||
+                 hill.GetContours(1.0, contours, 9));
 }
 
 TEST(TinSurfaceTest, VolumesAreThoseOfBodiesAndAddUp) {
