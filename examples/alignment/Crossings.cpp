@@ -1,7 +1,6 @@
 #include "alignment/Crossings.h"
 
 #include "kalvio/core/Tolerances.h"
-#include "kalvio/queries/Intersection.h"
 
 #include <cmath>
 #include <numbers>
@@ -11,16 +10,19 @@ namespace Kalvio::Examples {
 using namespace Math;
 
 std::vector<Crossing> FindCrossings(const Alignment& first, const Alignment& other) {
-    std::vector<Polyline2D::PolylinePoint> onFirst;
-    std::vector<Polyline2D::PolylinePoint> onOther;
-    Intersection::PolylinePolyline(first.plan, other.plan, onFirst, onOther, Tolerances(1e-4, 1e-10));
+    const Math::Alignment here = first.InSpace();
+    const Math::Alignment there = other.InSpace();
     std::vector<Crossing> crossings;
-    for (std::size_t i = 0; i < onFirst.size(); ++i) {
-        const Vec2D& from = onFirst[i].tangent;
-        const Vec2D& to = onOther[i].tangent;
+    for (const Math::Alignment::Crossing& found : here.GetCrossings(there, Tolerances(1e-4, 1e-10))) {
+        Vec2D from;
+        Vec2D to;
+        double curvature = 0.0;
+        (void)here.GetDirection(found.station, from, curvature);
+        (void)there.GetDirection(found.otherStation, to, curvature);
         const double turn = std::atan2(from.PerpDotProduct(to), from.DotProduct(to));
-        crossings.push_back({onFirst[i].point, first.GetStartStation() + onFirst[i].station,
-                             other.GetStartStation() + onOther[i].station, turn * 180.0 / std::numbers::pi});
+        crossings.push_back({found.point, first.GetStartStation() + found.station,
+                             other.GetStartStation() + found.otherStation, turn * 180.0 / std::numbers::pi,
+                             found.clearance, found.hasClearance});
     }
     return crossings;
 }

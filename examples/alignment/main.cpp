@@ -63,7 +63,8 @@ constexpr const char* kUsage =
     "            where there is a profile; the picture shows them\n"
     "  --width   of those to either side (10)\n"
     "  --xml     writes the alignments as LandXML\n"
-    "  --cross   all common points with the alignments of another file, with the stations of both\n";
+    "  --cross   all common points with the alignments of another file, with the stations of both and the height\n"
+    "            between them, and where they come nearest in space\n";
 
 struct Options {
     std::string file;
@@ -357,8 +358,16 @@ void Cross(const std::vector<Alignment>& alignments, const std::vector<Alignment
             std::printf("%s with %s: %zu common point(s)\n", alignment.name.c_str(), other.name.c_str(),
                         crossings.size());
             for (const Crossing& crossing : crossings) {
-                std::printf("  station %.4f, other %.4f, at %.4f, %.4f, under %.4f degrees\n", crossing.station,
+                std::printf("  station %.4f, other %.4f, at %.4f, %.4f, under %.4f degrees", crossing.station,
                             crossing.otherStation, crossing.point.GetX(), crossing.point.GetY(), crossing.angle);
+                if (crossing.hasClearance) std::printf(", the other %.4f above", crossing.clearance);
+                std::printf("\n");
+            }
+            Math::Alignment::Approach nearest;
+            if (alignment.InSpace().GetNearestApproach(other.InSpace(), 1e-4, nearest)) {
+                std::printf("  nearest in space: station %.4f, other %.4f, %.4f apart\n",
+                            alignment.GetStartStation() + nearest.station,
+                            other.GetStartStation() + nearest.otherStation, nearest.distance);
             }
         }
     }

@@ -70,6 +70,15 @@ public:
         bool hasClearance = false;  ///< whether both have a height there
     };
 
+    /// Of two alignments in space.
+    struct Approach {
+        double station = 0.0;       ///< along this one
+        double otherStation = 0.0;  ///< along the other one
+        Point3D point;              ///< on this one
+        Point3D otherPoint;         ///< on the other one
+        double distance = 0.0;      ///< of these points
+    };
+
     Alignment() = default;
     explicit Alignment(const Polyline2D& horizontal, const Profile& vertical = {}, const Cant& crossSlopes = {},
                        const Stationing& numbers = {});
@@ -133,6 +142,13 @@ public:
 
     /// Where the plans meet, in the order of the stations here, with the heights between the axes.
     std::vector<Crossing> GetCrossings(const Alignment& other, const Tolerances& tolerances) const;
+    /// Where the axes come nearest to each other in space, at the heights of their profiles (without lift by the cant):
+    /// a minimum of the distance, to rounding, that no other place undercuts by more than the tolerance, of at least
+    /// 1e-9. Where curves keep their distance for long, a tenth of the tolerance takes three times as long: 0.1 s for
+    /// 1 km of radius 300 and 1e-6.
+    /// @return false, `approach` untouched, where one of them has no heights, for a tolerance that is not positive, and
+    ///         where it would take more than 2e7 pairs of pieces
+    [[nodiscard]] bool GetNearestApproach(const Alignment& other, double tolerance, Approach& approach) const;
 
 private:
     struct OnPlan;

@@ -143,6 +143,62 @@ TEST(AlignmentTest, StationsByHeightKeepTheirChordsNearTheAxis) {
     }
 }
 
+TEST(AlignmentTest, ApproachesAreTheNearestOfAllPairs) {
+    RandomNumbers random(20240601);
+    for (int i = 0; i < 40; ++i) {
+        const Alignment road = MakeRoad(surveyOrigins[i % 2]);
+        Alignment other = MakeRoad(surveyOrigins[i % 2] + Vec2D(random(-300, 300), random(-300, 300)));
+        Polyline2D turned = other.GetPlan();
+        if (i % 3 == 0) turned.Reverse();
+        // Of some the profile ends early; of some the roads meet, or one lies over the other.
+        if (i % 5 == 0) turned = road.GetPlan();
+        Profile profile;
+        ASSERT_TRUE(profile.Set(std::vector{Profile::Vertex::Corner(-1.0, 290.0 + random(0, 10)),
+                                            Profile::Vertex::Clothoids(random(150, 200), 305.0, 2000.0, 1.0, 2.0),
+                                            Profile::Vertex::Corner(turned.GetLength() - random(0, 200), 310.0)}));
+        other = Alignment(turned, profile);
+        std::vector<Point3D> samples[2];
+        for (const int k : {0, 1}) {
+            const Alignment& sampled = k == 0 ? road : other;
+            for (const double station : sampled.GetStationsByStep(0.0, sampled.GetLength(), 2.0)) {
+                Point2D point;
+                double height = 0.0;
+                if (sampled.GetPoint(station, 0.0, point) && sampled.GetProfile().GetHeight(station, height))
+                    samples[k].emplace_back(point, height);
+            }
+        }
+        double least = kInfinity;
+        for (const Point3D& p : samples[0]) {
+            for (const Point3D& q : samples[1]) least = std::min(least, p.Distance(q));
+        }
+        Alignment::Approach approach, back;
+        ASSERT_TRUE(road.GetNearestApproach(other, 1e-6, approach) && other.GetNearestApproach(road, 1e-6, back));
+        EXPECT_LE(approach.distance, least + 1e-6);
+        EXPECT_GE(approach.distance, least - 3.0) << "a step of either";
+        EXPECT_NEAR(approach.distance, back.distance, 1e-6);
+        Point2D here, there;
+        double low = 0.0, high = 0.0;
+        ASSERT_TRUE(road.GetPoint(approach.station, 0.0, here) && other.GetPoint(approach.otherStation, 0.0, there) &&
+                    road.GetProfile().GetHeight(approach.station, low) &&
+                    other.GetProfile().GetHeight(approach.otherStation, high));
+        EXPECT_TRUE(approach.point.IsEqualTo(Point3D(here, low), 3e-9));
+        EXPECT_NEAR(approach.distance, std::hypot(here.Distance(there), high - low), 3e-9);
+        for (const Alignment::Crossing& crossing : road.GetCrossings(other, kTolerances)) {
+            EXPECT_TRUE(road.GetPoint(crossing.station, 0.0, here) && here.IsEqualTo(crossing.point, 1e-4));
+            EXPECT_TRUE(other.GetPoint(crossing.otherStation, 0.0, there) && there.IsEqualTo(crossing.point, 1e-4));
+            if (!crossing.hasClearance) continue;
+            ASSERT_TRUE(road.GetHeight(crossing.station, 0.0, low) &&
+                        other.GetHeight(crossing.otherStation, 0.0, high));
+            EXPECT_EQ(crossing.clearance, high - low);
+        }
+    }
+    Alignment::Approach approach;
+    const Alignment road = MakeRoad(Point2D());
+    EXPECT_FALSE(road.GetNearestApproach(Alignment(road.GetPlan()), 1e-6, approach));
+    EXPECT_FALSE(road.GetNearestApproach(road, 0.0, approach));
+    EXPECT_TRUE(road.GetNearestApproach(road, 1e-9, approach) && approach.distance == 0.0);
+}
+
 TEST(AlignmentTest, TheInnerEdgeKeepsTheProfile) {
     const Alignment road = MakeRoad(Point2D());
     for (const double station : {250.0, 420.0}) {

@@ -87,6 +87,9 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
     Require(road.GetFrame(station, frame) == road.GetPoint({station, reach, 1.0}, on));
     LineString3D across;
     (void)road.GetCrossLine(station, p.GetX(), p.GetY(), across);
+    Alignment::Approach approach;
+    const double allowed = std::max(1.0, road.GetLength() / 64.0);
+    if (road.GetNearestApproach(road, allowed, approach)) Require(approach.distance <= allowed);
     (void)road.GetSpaceLength(station, p.GetX());
     (void)road.GetStationsByStep(station, p.GetX(), std::max(reach, road.GetLength() / 64.0));
     (void)road.GetStationsByHeight(station, p.GetX(), std::max(reach, 1.0));
