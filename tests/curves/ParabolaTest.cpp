@@ -146,13 +146,14 @@ TEST(ParabolaTest, NearestPointIsTheGlobalOne) {
         // Where the evolute has its cusp, all three feet fall together.
         if (run % 7 == 0 && parabola.GetSummit(query)) query += Vec2D(0.0, 0.5 / a);
         const double found = parabola.GetNearestPoint(query, kTolerances).Distance(query);
-        double least = kInfinity;
+        double least = kInfinity, widest = 0.0;
         std::vector<Point2D> points;
         const double from = parabola.GetStart().GetX(), to = parabola.GetEnd().GetX();
         ASSERT_TRUE(parabola.MakePoints(from, to, std::abs(to - from) / 3000.0, points, true));
         for (const Point2D& p : points) least = std::min(least, query.Distance(p));
+        for (std::size_t i = 1; i < points.size(); ++i) widest = std::max(widest, points[i].Distance(points[i - 1]));
         ASSERT_LE(found, least + 1e-13) << "run " << run;
-        ASSERT_GE(found, least - 1e-3) << "run " << run;
+        ASSERT_GE(found, least - 0.6 * widest) << "run " << run;  // the foot is about half of it from a sample at most
     }
     // Two feet equally near: the first in the direction of travel.
     Parabola sag = Between(-2.0, 2.0, 1.0, 0.0, 0.0);
