@@ -251,22 +251,11 @@ bool Polygon2D::SetWinding(WindingValue winding) {
 Point2D Polygon2D::GetCentroid() const {
     if (points.empty()) return {};
     const Point2D& origin = points.front();
-    double area = 0.0;
-    double magnitude = 0.0;
-    Vec2D moment;
-    Vec2D previous = points.back() - origin;
-    for (const Point2D& point : points) {
-        const Vec2D current = point - origin;
-        const double cross = previous.PerpDotProduct(current);
-        area += cross;
-        magnitude += std::abs(cross);
-        moment += (previous + current) * cross;
-        previous = current;
-    }
+    detail::AreaSum areas(origin);
+    for (const Point2D& point : points) areas.AddEdgeTo(point);
     const std::size_t size = detail::OpenRingSize(points);
-    const double noise = magnitude * std::numeric_limits<double>::epsilon() * static_cast<double>(size);
-    const Point2D centroid = origin + moment / (3.0 * area);
-    if (std::abs(area) > noise && std::isfinite(centroid.GetX()) && std::isfinite(centroid.GetY())) return centroid;
+    Point2D centroid;
+    if (areas.GetCentroid(size, centroid)) return centroid;
     Vec2D sum;
     for (std::size_t i = 0; i < size; ++i) sum += (points[i] - origin) / static_cast<double>(size);
     return origin + sum;

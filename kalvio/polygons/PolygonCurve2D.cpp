@@ -3,6 +3,7 @@
 #include "kalvio/core/BoundingBox3D.h"
 #include "kalvio/core/Geometry.h"
 
+#include <cmath>
 #include <memory>
 
 namespace Kalvio::Math {
@@ -25,6 +26,13 @@ bool PolygonCurve2D::IsEqualTo(const PolygonCurve2D& other, double tolerance) co
 PolygonCurve2D* PolygonCurve2D::Clone() const { return new PolygonCurve2D(*this); }
 
 void PolygonCurve2D::Reverse() { boundary.Reverse(); }
+
+double PolygonCurve2D::GetArea() const {
+    const double area = boundary.GetArea();
+    double removed = 0.0;
+    for (std::size_t i = 0; i < innerRings.Size(); ++i) removed += std::abs(innerRings[i].GetArea());
+    return area >= 0.0 ? area - removed : area + removed;
+}
 
 bool PolygonCurve2D::AppendInnerRing(RingCurve2D* ring) {
     if (ring == nullptr) return false;

@@ -33,6 +33,11 @@ public:
     void Reverse() override;
     /// Length of the boundary.
     double GetLength() const override { return boundary.GetLength(); }
+    /// Signed area, as for `Polygon2D`: that of the boundary, positive counter-clockwise, its magnitude less the
+    /// magnitudes of the inner rings, whatever their direction. Arcs count exactly.
+    double GetArea() const;
+    /// Centroid of the boundary; inner rings play no part, as for `Polygon2D`.
+    Point2D GetCentroid() const { return boundary.GetCentroid(); }
 
     const RingCurve2D& GetBoundary() const& { return boundary; }
     RingCurve2D& GetBoundary() & { return boundary; }

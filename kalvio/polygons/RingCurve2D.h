@@ -67,6 +67,13 @@ public:
     double GetLength() const { return chain.GetLength(); }
     /// The union of the elements' boxes; the point box at the origin for an empty ring.
     BoundingBox2D GetBoundingBox() const { return chain.GetBoundingBox(); }
+    /// Signed area, positive counter-clockwise, as for `Polygon2D`: exact for arcs (the area over the chords, and the
+    /// segments between arcs and chords). Gaps, also from the end to the start, are closed by lines; 0 for an empty
+    /// ring.
+    double GetArea() const;
+    /// Centroid of that area. A ring without area (less than the rounding of its sum) gives the mean of the starts of
+    /// its elements, an empty one the origin.
+    Point2D GetCentroid() const;
     /// The first element starts where the last one ends, strictly within 1e-10 per coordinate; false for an empty ring.
     bool IsClosed() const;
     /// Every element starts where the one before it ends, strictly within the tolerance per coordinate.

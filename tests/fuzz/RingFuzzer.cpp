@@ -58,6 +58,10 @@ void CheckCurve(const std::vector<Point2D>& points, bool isSimple) {
     }
     const PolygonCurve2D area(arcs);
     const Polygon2D polygon(points);
+    const double doubt = 1e-9 * (1.0 + lines.GetLength() * lines.GetLength());
+    if (isSimple) Require(std::abs(lines.GetArea() - polygon.GetArea()) <= doubt);
+    arcs.Reverse();
+    if (isSimple) Require(std::abs(arcs.GetArea() + area.GetArea()) <= doubt);
     for (const Point2D& p : points) {
         const Point2D q = p + (polygon.GetCentroid() - p) * 0.3;
         (void)area.IsPointInside(q, tolerance);

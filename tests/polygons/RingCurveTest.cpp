@@ -95,6 +95,9 @@ TEST(RingCurveTest, InsideIsWhatTheFlattenedRingEnclosesInPlanAndInSpace) {
             EXPECT_TRUE(ring.IsContinuous(1e-6) && spatial.IsContinuous(1e-6));
             EXPECT_NEAR(spatial.GetLength(), ring.GetLength(), 1e-6);
             if (form % 2 != 0) ring.Reverse();
+            EXPECT_NEAR(ring.GetArea(), form % 2 != 0 ? -flat.GetArea() : flat.GetArea(), 2e-5);
+            EXPECT_THAT(ring.GetCentroid(),
+                        IsNear(flat.GetCentroid() + (surveyOrigins[form / 2 % 2] - Point2D()), 1e-5));
             if (form % 2 != 0) spatial.Reverse();
             int insideCount = 0, hole = -1;
             for (int k = 0; k < 200; ++k) {
@@ -191,6 +194,8 @@ TEST(RingCurveTest, PolygonsOfCurvesCutInnerRingsOutAndCopyDeeply) {
     EXPECT_TRUE(spatial.AppendInnerRing(hole.spatial));
     EXPECT_FALSE(polygon.AppendInnerRing(nullptr) || spatial.AppendInnerRing(std::unique_ptr<RingCurve3D>()));
     EXPECT_NEAR(polygon.GetLength(), 24.0 + 2 * kPi, 1e-9);
+    EXPECT_NEAR(polygon.GetArea(), 40.0 + kPi, 1e-13);
+    EXPECT_NEAR(polygon.GetCentroid().GetX(), (200.0 + 20.0 * kPi + 16.0 / 3.0) / (40.0 + 2.0 * kPi), 1e-14);
     EXPECT_THAT(polygon.GetBoundingBox().GetMaxPoint(), IsNear(Point2D(12, 4), 1e-9));
     EXPECT_THAT(spatial.GetBoundingBox().GetMaxPoint(), IsNear(Point3D(12, 4, 9), 1e-9));
     EXPECT_TRUE(polygon.IsContinuous(1e-9) && spatial.IsContinuous(1e-9));

@@ -5,7 +5,9 @@
 #include "kalvio/curves/detail/Chain.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 /// What the rings of polygons share. The edges of a ring join each point to the next and the last to the first; a ring
@@ -71,6 +73,42 @@ inline double DoubledArea(const std::vector<Point2D>& ring, const Point2D& origi
     }
     return sum;
 }
+
+/// Area and centroid of a ring, edge by edge from its first point on.
+class AreaSum {
+public:
+    explicit AreaSum(const Point2D& first) : origin(first) {}
+
+    void AddEdgeTo(const Point2D& point) {
+        const Vec2D current = point - origin;
+        const double cross = previous.PerpDotProduct(current);
+        Add(cross, (previous + current) * cross);
+        previous = current;
+    }
+    /// An area beside the edges: twice itself, and six times its moment about the first point.
+    void Add(double doubledArea, const Vec2D& sixfoldMoment) {
+        area += doubledArea;
+        magnitude += std::abs(doubledArea);
+        moment += sixfoldMoment;
+    }
+
+    double GetArea() const { return 0.5 * area; }
+    /// @return false, `centroid` untouched, for an area less than the rounding of the sum of so many parts
+    bool GetCentroid(std::size_t parts, Point2D& centroid) const {
+        const double noise = magnitude * std::numeric_limits<double>::epsilon() * static_cast<double>(parts);
+        const Point2D found = origin + moment / (3.0 * area);
+        const bool isFound = std::abs(area) > noise && std::isfinite(found.GetX()) && std::isfinite(found.GetY());
+        if (isFound) centroid = found;
+        return isFound;
+    }
+
+private:
+    Point2D origin;
+    Vec2D previous;  // relative to the origin
+    double area = 0.0;
+    double magnitude = 0.0;
+    Vec2D moment;
+};
 
 /// Length of the ring, its closing edge included.
 template <class PointType>
