@@ -16,10 +16,13 @@
 #include "terrain/VariogramStudy.h"
 
 #include "kalvio/Print.h"
+#include "kalvio/areas/GeometryClipper.h"
 #include "kalvio/core/Angle.h"
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/core/Tolerances.h"
 #include "kalvio/meshes/GridSurface.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/Polygon2D.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +31,7 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Kalvio::Examples {
@@ -38,8 +42,8 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: terrain [SURFACE.xml] [--points P.csv] [--breaklines B.csv] [--border R.csv] [--heights Q.csv]\n"
-    "               [--fill AREA] [--thin TOLERANCE] [--contours INTERVAL] [--smooth CUTS] [--against SURFACE2.xml]\n"
-    "               [--design NAME] [--sections LENGTH] [--width WIDTH] [--sheet SHEET.svg]\n"
+    "               [--fill AREA] [--thin TOLERANCE] [--clip C.csv] [--contours INTERVAL] [--smooth CUTS]\n"
+    "               [--against SURFACE2.xml] [--design NAME] [--sections LENGTH] [--width WIDTH] [--sheet SHEET.svg]\n"
     "               [--surface NAME] [--over HEIGHT] [--along ALIGNMENT.xml] [--step LENGTH] [--csv OUT.csv]\n"
     "               [--krige POINTS.csv] [--grid SPACING] [--sill S] [--range R] [--trend] [--fit FIT.svg] [--nodes "
     "OUT.csv] "
@@ -49,6 +53,7 @@ constexpr const char* kUsage =
     "  --heights  writes the heights at the places of a table x,y\n"
     "  --fill     closes the holes of the surface that are no larger\n"
     "  --thin     leaves out the points of the surface that change no height by more\n"
+    "  --clip     leaves what lies inside a ring of corners x,y\n"
     "  --contours counts the contours at the multiples of an interval, which the picture shows\n"
     "  --smooth   how often their corners are cut, 8 times at most\n"
     "  --against  cut and fill from the surface to one of another file, where both are; the picture is shaded by them\n"
@@ -79,6 +84,7 @@ struct Options {
     std::string heights;
     std::optional<double> fill;
     std::optional<double> thin;
+    std::string clip;
     std::optional<double> contours;
     std::optional<double> smooth;
     std::string against;
@@ -111,6 +117,7 @@ Arguments ArgumentsOf(Options& options) {
     arguments.AddText("--heights", options.heights);
     arguments.AddPositive("--fill", options.fill);
     arguments.AddPositive("--thin", options.thin);
+    arguments.AddText("--clip", options.clip);
     arguments.AddPositive("--contours", options.contours);
     arguments.AddPositive("--smooth", options.smooth, 8.0);
     arguments.AddText("--against", options.against);
@@ -384,6 +391,20 @@ void Edit(TinSurfacePatch3D& surface, const std::string& name, const Options& op
     if (options.thin) Thin(surface, name, *options.thin, unit);
 }
 
+void Clip(Surface& surface, const std::string& path) {
+    constexpr double userTolerance = 0.001;
+    std::vector<Point2D> corners;
+    for (const std::vector<double>& row : ReadCsv(path, 2)) corners.emplace_back(row[0], row[1]);
+    IndexedTriangleSet3D inside;
+    if (!GeometryClipper::Clip(surface.mesh, Polygon2D(corners), inside, Tolerances(userTolerance))) {
+        throw InputError(path + ": cannot clip surface " + surface.name);
+    }
+    std::printf("Clipped %s: %zu triangles, %zu before\n", surface.name.c_str(), inside.size(), surface.mesh.size());
+    surface.mesh = std::move(inside);
+    surface.statedPlanArea.reset();
+    surface.statedSurfaceArea.reset();
+}
+
 SurfaceFile ReadSurfaces(const Options& options) {
     SurfaceFile file;
     if (options.file.empty() && options.ground.IsEmpty()) throw InputError("a surface or its points are missing");
@@ -422,6 +443,7 @@ int Run(const Options& options) {
         Edit(surface, chosen.name, options, unit);
         chosen.mesh = surface.GetTriangles();
     }
+    if (!options.clip.empty()) Clip(chosen, options.clip);
     for (Surface& surface : file.surfaces) ReportAndTurn(surface, unit, options.over);
 
     if (options.sections && (options.against.empty() || options.along.empty())) {

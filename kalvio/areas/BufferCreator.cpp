@@ -27,27 +27,6 @@ bool IsInRange(double value) { return std::abs(value) <= detail::largestCoordina
 
 bool IsIn(bool first, bool) { return first; }
 
-bool MakeChords(const RingCurve2D& ring, double height, std::vector<Point2D>& points) {
-    Polyline2D chain;
-    for (const IPolyline2DElement& element : ring) chain.AppendElement(element);
-    detail::ChainPath path;
-    points.clear();
-    if (chain.GetNrOfElements() > 0 && !detail::MakeChords(chain, height, path)) return false;
-    for (const AreaOverlay::Corner& corner : path) points.emplace_back(corner.at.x, corner.at.y);
-    return true;
-}
-
-bool MakeChords(const PolygonCurve2D& area, double height, Polygon2D& polygon) {
-    std::vector<Point2D> points;
-    if (!MakeChords(area.GetBoundary(), height, points)) return false;
-    polygon = Polygon2D(points);
-    for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) {
-        if (!MakeChords(area.GetInnerRingAtIndex(i), height, points)) return false;
-        polygon.AppendHoleBoundary(LineString2D(points));
-    }
-    return true;
-}
-
 }  // namespace
 
 struct BufferCreator::Work {
@@ -64,7 +43,8 @@ struct BufferCreator::Work {
         const auto addCurve = [&](const PolygonCurve2D& area) {
             Polygon2D chords;
             if (!(height > 0.0)) return overlay.Add(area, 0);
-            return MakeChords(area, distance != 0.0 ? ofCurves * height : height, chords) && overlay.Add(chords, 0);
+            return detail::MakeChords(area, distance != 0.0 ? ofCurves * height : height, chords) &&
+                   overlay.Add(chords, 0);
         };
         if (!std::all_of(source.polygons.begin(), source.polygons.end(), add)) return false;
         if (!std::all_of(source.curves.begin(), source.curves.end(), addCurve)) return false;

@@ -1,7 +1,11 @@
 #include "kalvio/areas/GeometryClipper.h"
 
+#include "kalvio/areas/detail/ChainPath.h"
+#include "kalvio/areas/detail/MeshCut.h"
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/core/Tolerances.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/meshes/detail/Triangles.h"
 #include "kalvio/polygons/PointInPolygon.h"
 #include "kalvio/polygons/PolygonCurve2D.h"
 #include "kalvio/queries/IntersectionExt.h"
@@ -18,8 +22,13 @@ namespace Kalvio::Math {
 namespace {
 
 bool IsFinite(const Point2D& p) { return std::isfinite(p.GetX()) && std::isfinite(p.GetY()); }
+bool IsFinite(const Point3D& p) {
+    return std::isfinite(p.GetX()) && std::isfinite(p.GetY()) && std::isfinite(p.GetZ());
+}
 
-bool AreFinite(const std::vector<Point2D>& points) { return std::all_of(points.begin(), points.end(), IsFinite); }
+bool AreFinite(const std::vector<Point2D>& points) {
+    return std::all_of(points.begin(), points.end(), [](const Point2D& p) { return IsFinite(p); });
+}
 
 Point2D InPlan(const Point2D& p) { return p; }
 Point2D InPlan(const Point3D& p) { return {p.GetX(), p.GetY()}; }
@@ -208,6 +217,33 @@ bool GeometryClipper::Clip(const Polyline2D& chain, const Area& area, std::vecto
                            const Tolerances& tolerances) {
     if (chain.GetNrOfElements() == 0) return false;
     return Cut(ChainParts(chain), area.GetStraight(), area.curved, parts, tolerances);
+}
+
+bool GeometryClipper::Clip(const IndexedTriangleSet3D& mesh, const Area& area, IndexedTriangleSet3D& inside,
+                           const Tolerances& tolerances) {
+    Polygon2D chords;
+    if (area.curved != nullptr && !detail::MakeChords(*area.curved, tolerances.UserTolerance(), chords)) return false;
+    const Polygon2D& straight = area.curved != nullptr ? chords : area.GetStraight();
+    std::vector<Polyline2D> borders;
+    if (!MakeBorders(straight, nullptr, borders)) return false;
+
+    IndexedTriangleSet3D made = mesh;
+    std::vector<unsigned int> indexes;
+    bool isFinite = true;
+    detail::ForEachTriangle(mesh.GetIndexes(), mesh.GetVertices().size(),
+                            [&](const unsigned int* corners, std::size_t) {
+                                indexes.insert(indexes.end(), corners, corners + 3);
+                                for (std::size_t k = 0; k < 3; ++k)
+                                    isFinite = isFinite && IsFinite(mesh.GetVertices()[corners[k]]);
+                            });
+    if (indexes.empty() || !isFinite) return false;
+    const Inside isInside(straight, nullptr, 0.0, indexes.size() / 3);
+    const auto holds = [&isInside](const Point2D& p) { return isInside.Holds(p); };
+    if (!detail::CutMesh(made.GetVertices(), indexes, straight, holds)) return false;
+    made.GetIndexes() = std::move(indexes);
+    made.RemoveUnusedVertices();
+    inside = std::move(made);
+    return true;
 }
 
 }  // namespace Kalvio::Math

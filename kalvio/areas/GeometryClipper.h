@@ -13,10 +13,12 @@
 namespace Kalvio::Math {
 
 class BoundingBox2D;
+class IndexedTriangleSet3D;
 class PolygonCurve2D;
 class Tolerances;
 
-/// Static functions that cut chains at the border of an area and tell the parts inside from those outside.
+/// Static functions that cut chains at the border of an area and tell the parts inside from those outside, and cut out
+/// the part of a mesh inside.
 ///
 ///     const Polygon2D parcel{Point2D(0, 0), Point2D(40, 0), Point2D(40, 30), Point2D(0, 30)};
 ///     std::vector<GeometryClipper::Part<LineString2D>> parts;
@@ -64,6 +66,18 @@ public:
     [[nodiscard]] static bool Clip(const LineString3D& chain, const Area& area, std::vector<Part<LineString3D>>& parts,
                                    const Tolerances& tolerances);
     [[nodiscard]] static bool Clip(const Polyline2D& chain, const Area& area, std::vector<Part<Polyline2D>>& parts,
+                                   const Tolerances& tolerances);
+
+    /// The part of a mesh inside an area in plan, as a terrain that ends at the border of a site; walls are cut too.
+    /// Vertices keep their numbers' order, those at the border follow; heights are those of the triangles, which keep
+    /// their winding. A side that two triangles share is cut once: the part is as tight as the mesh, wherever its
+    /// vertices and the corners of the border lie farther apart than some 128 roundings of the largest coordinate (1e-7
+    /// at 6,000,000).
+    ///
+    /// Near n log n for n triangles and corners of the border. Arcs are replaced by chords within the user tolerance.
+    /// @return false, `inside` untouched, for a mesh without a triangle, and where mesh or border are not finite (or
+    ///         beyond 1e100)
+    [[nodiscard]] static bool Clip(const IndexedTriangleSet3D& mesh, const Area& area, IndexedTriangleSet3D& inside,
                                    const Tolerances& tolerances);
 };
 

@@ -3,6 +3,7 @@
 #include "areas/Areas.h"
 #include "kalvio/core/BoundingBox2D.h"
 #include "kalvio/curves/Clothoid.h"
+#include "kalvio/meshes/IndexedTriangleSet3D.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -117,6 +118,61 @@ TEST(GeometryClipperTest, BordersTouchesAndEndsAreDecided) {
     EXPECT_FALSE(GeometryClipper::Clip({Point2D(0, kNan), Point2D(1, 1)}, square, untouched, kTolerances));
     EXPECT_FALSE(GeometryClipper::Clip({Point2D(0, 0), Point2D(1, 1)}, infinite, untouched, kTolerances));
     EXPECT_EQ(untouched.size(), 3u);
+}
+
+// What covers an area ends at its border, in one ring: no side of a triangle is cut twice.
+TEST(GeometryClipperTest, MeshesAreCutOnceAtTheBorder) {
+    RandomNumbers random(20261129);
+    constexpr unsigned int across = 9;
+    for (int round = 0; round < 30; ++round) {
+        SCOPED_TRACE(round);
+        const Point2D& origin = surveyOrigins[round % 2];
+        const auto heightAt = [&](double x, double y) { return x - origin.GetX() + 2.0 * (y - origin.GetY()); };
+        IndexedTriangleSet3D mesh;
+        for (unsigned int i = 0; i < across * across; ++i) {
+            const double x = origin.GetX() + 10.0 * (i % across) + (round < 10 ? 0.0 : random(-3.0, 3.0));
+            const double y = origin.GetY() + 10.0 * (i / across) + (round < 10 ? 0.0 : random(-3.0, 3.0));
+            mesh.AppendVertex(Point3D(x, y, heightAt(x, y)));
+            if (i % across == 0 || i < across) continue;
+            for (const unsigned int back : {across + 1, across, 0U, across + 1, 0U, 1U}) {
+                mesh.GetIndexes().push_back(i - back);
+            }
+        }
+        std::vector<Point2D> border = RandomStar(random, origin + Vec2D(40.0, 40.0), 36.0, 4 + round);
+        if (round < 10) {  // along sides, from vertices, and through them
+            border = {origin + Vec2D(20, 20), origin + Vec2D(60, 20), origin + Vec2D(60, 50),
+                      origin + Vec2D(10 + round, 40)};
+        }
+        border.push_back(border.front());
+        const Polygon2D area(border);
+        IndexedTriangleSet3D inside;
+        ASSERT_TRUE(GeometryClipper::Clip(mesh, area, inside, kTolerances));
+        EXPECT_NEAR(inside.GetVolume(0.0) - inside.GetVolume(1.0), area.GetArea(), 1e-5);
+        for (const Point3D& p : inside.GetVertices()) EXPECT_NEAR(p.GetZ(), heightAt(p.GetX(), p.GetY()), 1e-7);
+        std::vector<LineString3D> rings;
+        ASSERT_TRUE(inside.GetBoundaries(rings));
+        ASSERT_EQ(rings.size(), 1U);
+        EXPECT_NEAR(rings.front().GetLength2D(), LineString2D(border).GetLength(), 1e-5);
+    }
+}
+
+TEST(GeometryClipperTest, WallsAreCutToo) {
+    const std::vector<Point3D> corners{{0, -5, 0}, {10, -5, 0}, {0, 0, 0}, {10, 0, 0},
+                                       {0, 0, 3},  {10, 0, 3},  {0, 5, 3}, {10, 5, 3}};
+    const IndexedTriangleSet3D step(corners, {0, 1, 3, 0, 3, 2, 2, 3, 5, 2, 5, 4, 4, 5, 7, 4, 7, 6});
+    IndexedTriangleSet3D inside;
+    const BoundingBox2D box(Point2D(2, -9), Point2D(6, 9));
+    ASSERT_TRUE(GeometryClipper::Clip(step, box, inside, kTolerances));
+    std::vector<LineString3D> rings;
+    ASSERT_TRUE(inside.GetBoundaries(rings));
+    ASSERT_EQ(rings.size(), 1U);
+    EXPECT_NEAR(rings.front().GetLength(), 2 * (4 + 5 + 3 + 5), 1e-9);
+    EXPECT_TRUE(inside.IsTriangleNeighborWindingCoherent());
+
+    const IndexedTriangleSet3D bad({{0, 0, 0}, {1, 0, kNan}, {0, 1, 0}}, {0, 1, 2});
+    EXPECT_FALSE(GeometryClipper::Clip(IndexedTriangleSet3D(), box, inside, kTolerances));
+    EXPECT_FALSE(GeometryClipper::Clip(bad, box, inside, kTolerances));
+    EXPECT_GT(inside.size(), 6U);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/polygons/LineString2D.h"
+#include "kalvio/polygons/Polygon2D.h"
+#include "kalvio/polygons/PolygonCurve2D.h"
 #include "kalvio/polygons/detail/Ring.h"
 
 #include <algorithm>
@@ -219,6 +221,31 @@ bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {
         GoTo(Plain(chain.GetStart()), path);
     }
     return Finish(true, path);
+}
+
+namespace {
+
+bool MakeRingChords(const RingCurve2D& ring, double height, std::vector<Point2D>& points) {
+    Polyline2D chain;
+    for (const IPolyline2DElement& element : ring) chain.AppendElement(element);
+    ChainPath path;
+    points.clear();
+    if (chain.GetNrOfElements() > 0 && !MakeChords(chain, height, path)) return false;
+    for (const Corner& corner : path) points.emplace_back(corner.at.x, corner.at.y);
+    return true;
+}
+
+}  // namespace
+
+bool MakeChords(const PolygonCurve2D& area, double height, Polygon2D& polygon) {
+    std::vector<Point2D> points;
+    if (!MakeRingChords(area.GetBoundary(), height, points)) return false;
+    polygon = Polygon2D(points);
+    for (unsigned int i = 0; i < area.GetNumInnerRings(); ++i) {
+        if (!MakeRingChords(area.GetInnerRingAtIndex(i), height, points)) return false;
+        polygon.AppendHoleBoundary(LineString2D(points));
+    }
+    return true;
 }
 
 ChainPath Reversed(const ChainPath& path, bool isClosed) {

@@ -7,6 +7,8 @@
 namespace Kalvio::Math {
 
 class LineString2D;
+class Polygon2D;
+class PolygonCurve2D;
 class Polyline2D;
 
 }  // namespace Kalvio::Math
@@ -24,6 +26,7 @@ using ChainPath = AreaOverlay::Ring;
 [[nodiscard]] bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path);
 /// The same by chords, no finer than 1e-9 of the length.
 [[nodiscard]] bool MakeChords(const Polyline2D& chain, double height, ChainPath& path);
+[[nodiscard]] bool MakeChords(const PolygonCurve2D& area, double height, Polygon2D& polygon);
 
 /// @param isClosed  the last corner has an element, which leads to the first
 ChainPath Reversed(const ChainPath& path, bool isClosed = false);
