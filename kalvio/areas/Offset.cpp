@@ -17,6 +17,8 @@ namespace {
 
 using detail::AreaOverlay;
 
+bool IsInRange(double value) { return std::abs(value) <= detail::largestCoordinate; }
+
 bool TakePath(const LineString2D& chain, double, detail::ChainPath& path) { return detail::MakePath(chain, path); }
 bool TakePath(const Polyline2D& chain, double tolerance, detail::ChainPath& path) {
     return detail::MakePath(chain, tolerance, path);
@@ -24,8 +26,7 @@ bool TakePath(const Polyline2D& chain, double tolerance, detail::ChainPath& path
 
 template <class ChainType>
 bool Prepare(const ChainType& chain, const detail::BufferOutline::Style& style, detail::ChainPath& path) {
-    const auto isInRange = [](double value) { return std::abs(value) <= detail::largestCoordinate; };
-    if (!isInRange(style.distance) || !isInRange(style.tolerance) || !(style.shape.mitreLimit > 0.0)) return false;
+    if (!IsInRange(style.distance) || !IsInRange(style.tolerance) || !(style.shape.mitreLimit > 0.0)) return false;
     if (!TakePath(chain, style.tolerance, path)) return false;
     return std::any_of(path.begin(), path.end(), [&](const AreaOverlay::Corner& corner) {
         return corner.sense != 0 ||
@@ -86,6 +87,29 @@ bool Offset::Parallel(const LineString2D& chain, double distance, Polyline2D& re
 bool Offset::Parallel(const Polyline2D& chain, double distance, Polyline2D& result, const Tolerances& tolerances,
                       Join join, double mitreLimit) {
     return MakeParallel(chain, StyleOf(distance, tolerances, join, mitreLimit), result);
+}
+
+bool Offset::Parallel(const LineString2D& chain, const std::vector<Width>& widths, Polyline2D& result,
+                      const Tolerances& tolerances) {
+    Polyline2D whole;
+    return whole.AppendElement(chain) && Parallel(whole, widths, result, tolerances);
+}
+
+bool Offset::Parallel(const Polyline2D& chain, const std::vector<Width>& widths, Polyline2D& result,
+                      const Tolerances& tolerances) {
+    const double tolerance = std::abs(tolerances.UserTolerance());
+    const auto isUsable = [](const Width& width) { return IsInRange(width.station) && IsInRange(width.distance); };
+    const auto isBefore = [](const Width& a, const Width& b) { return a.station < b.station; };
+    detail::ChainPath path;
+    if (widths.empty() || !IsInRange(tolerance) || !std::all_of(widths.begin(), widths.end(), isUsable) ||
+        !std::is_sorted(widths.begin(), widths.end(), isBefore) ||
+        !detail::MakeWidened(chain, widths, tolerance, path)) {
+        return false;
+    }
+    Polyline2D made = detail::ChainOf(path, tolerance);
+    if (made.GetNrOfElements() == 0) return false;
+    result = std::move(made);
+    return true;
 }
 
 bool Offset::TrimmedParallel(const LineString2D& chain, double distance, std::vector<Polyline2D>& result,

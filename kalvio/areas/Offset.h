@@ -42,6 +42,23 @@ public:
     [[nodiscard]] static bool Parallel(const Polyline2D& chain, double distance, Polyline2D& result,
                                        const Tolerances& tolerances, Join join = Join::Round, double mitreLimit = 2.0);
 
+    /// A distance at a station along the chain.
+    struct Width {
+        double station = 0.0;   ///< in plan, ascending
+        double distance = 0.0;  ///< positive to the right
+    };
+    /// The line at a distance that changes, linearly between the given stations, which ascend (two at one station are a
+    /// step); before the first and after the last it is theirs. Lines stay lines, arcs at one distance arcs; all else
+    /// becomes arcs that join tangentially, within the user tolerance. Q = P + d n goes along (1 + d k) t + d' n (t, n:
+    /// tangent and normal to the right, k: curvature, positive to the left). Corners are closed as by `Parallel`, round
+    /// outside; a chain that ends where it starts is not closed.
+    /// @return false, the result untouched, also where the line folds (1 + d k <= 0), without a width, and where
+    ///         stations descend or numbers are not finite
+    [[nodiscard]] static bool Parallel(const LineString2D& chain, const std::vector<Width>& widths, Polyline2D& result,
+                                       const Tolerances& tolerances);
+    [[nodiscard]] static bool Parallel(const Polyline2D& chain, const std::vector<Width>& widths, Polyline2D& result,
+                                       const Tolerances& tolerances);
+
     /// The parallel without all that is nearer to the chain than the distance: the border of the chain's buffer (with
     /// round ends) on that side, in stretches along the chain. There may be none. Decided as in `BufferCreator`:
     /// corners within 1.42 user tolerances of each other become one.

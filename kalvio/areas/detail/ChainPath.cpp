@@ -4,6 +4,7 @@
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/curves/Arc2D.h"
+#include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/PlanElements.h"
 #include "kalvio/polygons/LineString2D.h"
@@ -16,12 +17,15 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <span>
 
 namespace Kalvio::Math::detail {
 
 namespace {
 
 using Corner = AreaOverlay::Corner;
+
+constexpr double mostOfArc = 6.0;  // radians: less than a turn
 
 PlanePoint Plain(const Point2D& p) { return {p.GetX(), p.GetY()}; }
 PlanePoint Plain(const Vec2D& v) { return {v.GetX(), v.GetY()}; }
@@ -104,21 +108,33 @@ bool IsAlongTangents(const IPolyline2DElement& element, const ElementPoint& from
     return std::abs(Cross(sum, chord)) <= most * tolerance * std::sqrt(Square(sum));
 }
 
-bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
+struct ElementCurve {
+    const IPolyline2DElement& element;
+
+    bool At(double station, ElementPoint& at) const { return EvaluateElement(element, station, at); }
+    bool IsSound(const ElementPoint& from, const ElementPoint& to, double tolerance) const {
+        return IsAlongTangents(element, from, to, tolerance);
+    }
+};
+
+// Along a curve from one station to another.
+template <class Curve>
+bool GoAlong(const Curve& curve, double begin, double length, double tolerance, ChainPath& path) {
     constexpr double reserve = 0.9;    // of the tolerance, as it is kept between the samples too
     constexpr std::size_t inside = 6;  // samples of a stretch
-    constexpr double shortest = 1e-5;  // stretch, of the element
-    const double length = element.GetLength();
+    constexpr double shortest = 1e-5;  // stretch, of the whole
+    const double last = begin + length;
     ElementPoint from;
-    if (!(length > 0.0) || !std::isfinite(length) || !EvaluateElement(element, 0.0, from)) return false;
+    if (!(length > 0.0) || !std::isfinite(length) || !curve.At(begin, from)) return false;
+    from.station = begin;
     GoTo(Plain(from.point), path);
-    for (double span = length; from.station < length;) {
+    for (double span = length; from.station < last;) {
         // In equal stretches, as a short rest has no sound directions.
-        const double rest = length - from.station;
+        const double rest = last - from.station;
         const double stretches = std::ceil(rest / span);
-        const double end = stretches > 1.0 ? from.station + rest / stretches : length;
+        const double end = stretches > 1.0 ? from.station + rest / stretches : last;
         ElementPoint to;
-        if (!EvaluateElement(element, end, to)) return false;
+        if (!curve.At(end, to)) return false;
         to.station = end;
         const std::size_t first = path.size() - 1;
         GoAlongBiarc(from, to, path);
@@ -126,14 +142,14 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
         for (std::size_t k = 1; k <= inside; ++k) {
             const double at = from.station + (end - from.station) * (static_cast<double>(k) / (inside + 1.0));
             ElementPoint sample;
-            if (!EvaluateElement(element, at, sample)) return false;
+            if (!curve.At(at, sample)) return false;
             const PlanePoint p = Plain(sample.point);
             double off = OffArc(path[first], path[first + 1].at, p);
             if (first + 2 < path.size()) off = std::min(off, OffArc(path[first + 1], path[first + 2].at, p));
             most = std::max(most, off);
         }
         if (!(most <= reserve * tolerance)) {
-            if (!(end - from.station > shortest * length) || !IsAlongTangents(element, from, to, tolerance)) {
+            if (!(end - from.station > shortest * length) || !curve.IsSound(from, to, tolerance)) {
                 return false;
             }
             path.resize(first + 1);
@@ -150,7 +166,6 @@ bool GoAlong(const IPolyline2DElement& element, double tolerance, ChainPath& pat
 }
 
 bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
-    constexpr double mostOfArc = 6.0;  // radians: less than a turn
     switch (element.GetType()) {
         case MathTypes::Line2D:
             GoTo(Plain(element.GetStart()), path);
@@ -178,8 +193,162 @@ bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path
             return true;
         }
         default:
-            return GoAlong(element, tolerance, path);
+            return GoAlong(ElementCurve{element}, 0.0, element.GetLength(), tolerance, path);
     }
+}
+
+// The offset of an element whose distance is linear in the station.
+struct OffsetCurve {
+    const IPolyline2DElement& element;
+    double start;     // a station,
+    double distance;  // the distance there,
+    double slope;     // and what it grows by
+
+    // Q = P + d n has Q' = (1 + d k) t + d' n; it folds where it does not go forward.
+    bool At(double station, ElementPoint& at) const {
+        const double length = element.GetLength();
+        double curvature = 0.0;
+        if (!EvaluateElement(element, std::min(station, length), at) ||
+            !CurvatureOfElement(element, std::min(station, length), curvature)) {
+            return false;
+        }
+        const double d = distance + slope * (station - start);
+        const double forward = 1.0 + d * curvature;
+        if (!(forward > 0.0)) return false;
+        const Vec2D normal(at.tangent.GetY(), -at.tangent.GetX());
+        at.point = at.point + normal * d;
+        const Vec2D direction = at.tangent * forward + normal * slope;
+        at.tangent = direction / direction.Length();
+        return true;
+    }
+    static bool IsSound(const ElementPoint&, const ElementPoint&, double) { return true; }
+};
+
+/// Lays the offset of a chain with a distance that changes, element by element.
+class Widening {
+public:
+    Widening(std::span<const Offset::Width> distances, double userTolerance, ChainPath& result)
+        : widths(distances), tolerance(userTolerance), path(result) {}
+
+    bool Add(const Polyline2D& chain) {
+        return std::all_of(chain.begin(), chain.end(), [&](const IPolyline2DElement& element) {
+            if (element.GetType() == MathTypes::Polyline2D) return Add(static_cast<const Polyline2D&>(element));
+            if (element.GetType() != MathTypes::LineString2D) return Add(element);
+            const std::vector<Point2D>& points = static_cast<const LineString2D&>(element).GetPoints();
+            for (std::size_t i = 1; i < points.size(); ++i) {
+                if (!Add(Line2D(points[i - 1], points[i]))) return false;
+            }
+            return true;
+        });
+    }
+
+private:
+    // The widths around a station that stretches run between: before the first and after the last it is theirs.
+    double DistanceAt(double station) const {
+        if (next == 0) return widths.front().distance;
+        if (next == widths.size()) return widths.back().distance;
+        const Offset::Width& a = widths[next - 1];
+        const Offset::Width& b = widths[next];
+        return a.distance + (b.distance - a.distance) * ((station - a.station) / (b.station - a.station));
+    }
+
+    bool Add(const IPolyline2DElement& element) {
+        const double length = element.GetLength();
+        if (!std::isfinite(length)) return false;
+        if (!(length > tolerance)) {
+            done += length;
+            return true;
+        }
+        isFirstOfElement = true;
+        for (double from = 0.0; from < length;) {
+            while (next < widths.size() && widths[next].station - done <= from + shortest * length) ++next;
+            double to = length;
+            if (next < widths.size()) to = std::min(to, widths[next].station - done);
+            if (length - to < shortest * length) to = length;
+            if (!AddStretch(element, from, to)) return false;
+            from = to;
+        }
+        done += length;
+        return true;
+    }
+
+    bool AddStretch(const IPolyline2DElement& element, double from, double to) {
+        const double distance = DistanceAt(done + from);
+        const double slope = (DistanceAt(done + to) - distance) / (to - from);
+        ElementPoint start, end;
+        if (!EvaluateElement(element, from, start) || !EvaluateElement(element, to, end)) return false;
+        const OffsetCurve curve{element, from, distance, slope};
+        ChainPath made;
+        double curvature = 0.0;
+        if (element.GetType() == MathTypes::Arc2D && slope == 0.0) {
+            ElementPoint at;
+            if (!curve.At(from, at) || !CurvatureOfElement(element, from, curvature)) return false;
+            const PlanePoint center = Plain(static_cast<const Arc2D&>(element).GetCenter());
+            const double parts = std::ceil((to - from) * std::abs(curvature) / mostOfArc);
+            for (double k = 0.0; k < parts; k += 1.0) {
+                if (!curve.At(from + (to - from) * (k / parts), at)) return false;
+                made.push_back({Plain(at.point), curvature < 0.0 ? -1 : 1, center});
+            }
+            if (!curve.At(to, at)) return false;
+            GoTo(Plain(at.point), made);
+        } else if (element.GetType() == MathTypes::Line2D) {
+            for (const double station : {from, to}) {
+                ElementPoint at;
+                if (!curve.At(station, at)) return false;
+                GoTo(Plain(at.point), made);
+            }
+        } else if (!GoAlong(curve, from, to - from, tolerance, made)) {
+            return false;
+        }
+        Join(start, distance, made);
+        path.insert(path.end(), made.begin(), made.end());
+        before = end;
+        distanceBefore = distance + slope * (to - from);
+        isFirstOfElement = false;
+        return true;
+    }
+
+    // Around the corner outside, to where two lines meet inside; steps of the distance need nothing but a segment.
+    void Join(const ElementPoint& start, double distance, ChainPath& made) {
+        if (path.empty() || !isFirstOfElement || std::abs(distance - distanceBefore) > tolerance) return;
+        const PlanePoint u = Plain(before.tangent);
+        const PlanePoint w = Plain(start.tangent);
+        const PlanePoint gap = made.front().at - path.back().at;
+        if (Square(gap) <= tolerance * tolerance) return;
+        const double turn = Cross(u, w);
+        if (turn * distance > 0.0 || (turn == 0.0 && Dot(u, w) < 0.0)) {
+            path.back().sense = distance > 0.0 ? 1 : -1;
+            path.back().center = Plain(start.point);
+            return;
+        }
+        if (path.size() < 2 || path[path.size() - 2].sense != 0 || made.front().sense != 0) return;
+        const PlanePoint back = path[path.size() - 2].at - path.back().at;
+        const PlanePoint ahead = made[1].at - made.front().at;
+        const double cross = Cross(back, ahead);
+        const double onBack = Cross(gap, ahead) / cross;
+        const double onAhead = Cross(gap, back) / cross;
+        if (!(onBack >= 0.0 && onBack <= 1.0 && onAhead >= 0.0 && onAhead <= 1.0)) return;
+        path.back().at = path.back().at + back * onBack;
+        made.front().at = path.back().at;
+    }
+
+    static constexpr double shortest = 1e-9;  // stretch, of an element
+    std::span<const Offset::Width> widths;
+    double tolerance;
+    ChainPath& path;
+    double done = 0.0;     // length of the elements before
+    std::size_t next = 0;  // the first width that is ahead
+    bool isFirstOfElement = true;
+    ElementPoint before;
+    double distanceBefore = 0.0;
+};
+
+double AtLeastRounding(double tolerance, const Polyline2D& chain) {
+    constexpr double roundings = 32.0 * std::numeric_limits<double>::epsilon();
+    const PlanePoint start = Plain(chain.GetStart());
+    const PlanePoint end = Plain(chain.GetEnd());
+    const double largest = std::max({std::abs(start.x), std::abs(start.y), std::abs(end.x), std::abs(end.y)});
+    return std::max({tolerance, numericalZero, roundings * largest});
 }
 
 bool Finish(bool isMade, ChainPath& path) {
@@ -199,11 +368,13 @@ bool MakePath(const LineString2D& chain, ChainPath& path) {
 
 bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path) {
     path.clear();
-    constexpr double roundings = 32.0 * std::numeric_limits<double>::epsilon();
-    const PlanePoint start = Plain(chain.GetStart());
-    const PlanePoint end = Plain(chain.GetEnd());
-    const double largest = std::max({std::abs(start.x), std::abs(start.y), std::abs(end.x), std::abs(end.y)});
-    return Finish(Append(chain, std::max({tolerance, numericalZero, roundings * largest}), path), path);
+    return Finish(Append(chain, AtLeastRounding(tolerance, chain), path), path);
+}
+
+bool MakeWidened(const Polyline2D& chain, std::span<const Offset::Width> widths, double tolerance, ChainPath& path) {
+    const bool isSound = MakePath(chain, tolerance, path);  // as the offset of what leads elsewhere is none
+    path.clear();
+    return isSound && Finish(Widening(widths, AtLeastRounding(tolerance, chain), path).Add(chain), path);
 }
 
 bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "kalvio/areas/Offset.h"
 #include "kalvio/areas/detail/AreaOverlay.h"
 
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -24,7 +26,10 @@ using ChainPath = AreaOverlay::Ring;
 /// tangentially, two for a stretch (K. M. Bolton, Biarc curves, 1975), each stretch as long as the tolerance allows.
 /// @return false also where no such arcs are found
 [[nodiscard]] bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path);
-/// The same by chords, no finer than 1e-9 of the length.
+/// The offset of the chain by distances that are linear between stations, see `Offset::Parallel`. Stations ascend.
+[[nodiscard]] bool MakeWidened(const Polyline2D& chain, std::span<const Offset::Width> widths, double tolerance,
+                               ChainPath& path);
+/// `MakePath` by chords, no finer than 1e-9 of the length.
 [[nodiscard]] bool MakeChords(const Polyline2D& chain, double height, ChainPath& path);
 [[nodiscard]] bool MakeChords(const PolygonCurve2D& area, double height, Polygon2D& polygon);
 
