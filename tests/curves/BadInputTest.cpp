@@ -46,7 +46,21 @@ void CheckElement(const Element& element, double u, double v) {
         Polyline2D part;
         const bool isPart = element.ExtractPolyline(u, v, part);
         EXPECT_EQ(isPart, part.GetSize() > 0);
-    } else if constexpr (!requires { element.GetPoints(); }) {
+    } else if constexpr (requires { element.GetPoints(); }) {
+        ExpectTold<Vec2D>("tangent", [&](Vec2D& d) { return std::isnan(u) && element.GetTangentAtLength(u, d, v); });
+        ExpectTold<Point2D>("offset", [&](Point2D& q) { return element.GetPointOffsetFromStart(u, q); });
+        ExpectTold<Point2D>("IsSelfCrossing", [&](Point2D& q) { return element.IsSelfCrossing(q, v); });
+        Element part, changed(element);
+        std::list<Point2D> points;
+        std::list<Vec2D> tangents;
+        const bool isPart = element.ExtractLineString(u, v, part);
+        const bool isSampled = element.MakePointsAndTangents(u, v, 1.0, points, tangents);
+        EXPECT_TRUE(isPart == (part.GetSize() > 0) && isSampled != points.empty());
+        EXPECT_FALSE(element.MakePointsAndTangents(0.0, 1.0, -v * v, points, tangents));
+        (void)element.GetOrientedBoundingBox2D();
+        (void)(changed.InsertAtLength(u, p) && changed.Extend(element, true, v, true, u, Angle(1.0)));
+        changed.ReducePoints(v);
+    } else {
         ExpectTold<double>("from the start", [&](double& l) { return element.GetLengthFromStartPoint(p, l, v); });
         ExpectTold<double>("from the end", [&](double& l) { return element.GetLengthFromEndPoint(p, l, v); });
         ExpectTold<Sample>("MakePointAndTangentAt", [&](Sample& s) { return element.MakePointAndTangentAt(u, s); });
@@ -84,7 +98,7 @@ TEST(BadInputTest, PlanElementsTellWhatTheyCannotAnswer) {
         };
         check(Line2D(from, p), Arc2D(Point2D(1, 0), p, Angle(a)), Clothoid(0.0, a, b, from, Vec2D(1, 0)),
               Spiral2D(Spiral2D::Spiral2DType::Bloss, a, 0.0, b, from, Vec2D(1, 0)), Parabola(from, p, a, b, 0.0),
-              LineString2D{from, Point2D(3, 0), p});
+              LineString2D{from, Point2D(3, 0), p}, LineString2D{p, p}, LineString2D());
     }
 }
 

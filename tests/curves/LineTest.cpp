@@ -152,23 +152,6 @@ TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
     }
 }
 
-TEST(LineTest, LawsOnRandomLines) {
-    RandomNumbers random(20261);
-    const auto any = [&] { return Vec2D(random(-500.0, 500.0), random(-500.0, 500.0)); };
-    for (int i = 0; i < 200; ++i) {
-        const Line2D line(surveyOrigins[i % 2] + any(), surveyOrigins[i % 2] + any());
-        for (const double share : {0.0, random(0.01, 0.99), 1.0}) CheckStation(line, share * line.GetLength(), 1e-8);
-        CheckPieces(line, false, 4e-9, 1e-9);
-        std::vector<std::unique_ptr<IGeometry>> pieces;
-        const Point2D middle = line.GetMiddlePoint();
-        ASSERT_TRUE(line.BreakAt({middle, middle + Vec2D(1000, 3000)}, pieces, kTolerances) && pieces.size() == 2);
-        EXPECT_NEAR(pieces[0]->GetLength(), pieces[1]->GetLength(), 1e-8);
-        const std::unique_ptr<IGeometry> back(line.CloneAsReverse());
-        EXPECT_TRUE(back->IsEqualTo(Line2D(line.GetEnd(), line.GetStart()), 1e-300));
-        EXPECT_FALSE(line.IsEqualTo(*back, 1e-4));
-    }
-}
-
 TEST(Line3DTest, HeightsOverThePlan) {
     const Line3D line(Point3D(0, 0, 0), Point3D(3, 0, 4));
     // The foot in space of (3, 0, 0) lies 9/5 along the line of length 5.

@@ -1,11 +1,9 @@
 #include "kalvio/Math.h"
-#include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "support/ElementChecks.h"
 #include "support/RandomCurves.h"
 #include "support/Rings.h"
 
 #include <functional>
-#include <set>
 
 namespace Kalvio::Math {
 namespace {
@@ -360,44 +358,10 @@ TEST(LineStringTest, AppendAndEqualityByTheOthersType) {
     EXPECT_FALSE(Along({0, 1, 2}).IsEqualTo(Line2D(Point2D(0, 0), Point2D(1, 0)), 1e-9));
 }
 
-TEST(LineStringTest, BadInputGivesTheDocumentedFailure) {
-    const Point2D one(1, 1), endless(kInfinity, 0), none(kNan, 0);
-    const std::vector<Point2D> rows[] = {{},
-                                         {one},
-                                         {one, one},
-                                         {Point2D(), Point2D(1e300, 1), Point2D(-1e300, 2)},
-                                         {none, none, none},
-                                         {Point2D(), endless},
-                                         {endless, Point2D(-kInfinity, 1)},
-                                         {Point2D(), none, Point2D(4, 0), Point2D(2, 2), Point2D(2, -2)}};
-    for (const std::vector<Point2D>& points : rows) {
-        for (const double value : {kNan, kInfinity, -kInfinity, -1.0, 1e300}) {
-            LineString2D string(points);
-            Point2D p(7, 7);
-            Vec2D tangent(7, 7);
-            std::list<Point2D> samples;
-            std::list<Vec2D> tangents;
-            std::vector<std::pair<Point2D, double>> crossings;
-            LineString2D out = Along({7});
-            unsigned int index = 7;
-            double length = 7.0;
-            EXPECT_FALSE(string.GetTangentAtLength(kNan, tangent, value) || string.GetPointOffsetFromStart(kNan, p));
-            EXPECT_FALSE(string.MakePointsAndTangents(0.0, 1.0, kNan, samples, tangents));
-            EXPECT_FALSE(string.MakePointsAndTangents(value, -2.0, 1.0, samples, tangents));
-            EXPECT_FALSE(string.ExtractLineString(kNan, value, out) || string.InsertAtLength(kNan, p));
-            EXPECT_FALSE(string.GetClosestSegment(Point2D(kNan, value), index));
-            EXPECT_FALSE(string.GetLengthFromStartPoint(none, length, 1.0) || string.IsSelfCrossing(value));
-            EXPECT_FALSE(string.IsSelfCrossing(p, 1e-4) || string.IsSelfCrossing(crossings, 1e-4));
-            EXPECT_TRUE(p == Point2D(7, 7) && tangent.IsEqualTo(Vec2D(7, 7), 1e-9) && index == 7 && length == 0.0);
-            EXPECT_TRUE(samples.empty() && tangents.empty() && out.GetSize() == 1);
-            string.GetOrientedBoundingBox2D();
-            string.Extend(string, true, value, true, value, Angle(1.0));
-            string.ReducePoints(value);
-        }
-    }
+TEST(LineStringTest, WhatIsEmptyOrEndlessHasNoPlaces) {
     LineString2D part = Along({7});
     Point2D point(9, 9);
-    const LineString2D toInfinity{Point2D(), endless}, standing = Along({0, 10, 10});
+    const LineString2D toInfinity{Point2D(), Point2D(kInfinity, 0)}, standing = Along({0, 10, 10});
     EXPECT_FALSE(toInfinity.GetPointOffsetFromStart(5.0, point) || toInfinity.ExtractLineString(0.0, 5.0, part));
     EXPECT_FALSE(toInfinity.MakeLineString(0.0, 5.0, part, 1.0) || standing.GetPointOffsetFromStart(-kInfinity, point));
     EXPECT_TRUE(part.GetSize() == 1 && point == Point2D(9, 9));
@@ -497,39 +461,6 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
         for (const Point2D& e : expected) EXPECT_THAT(found, testing::Contains(IsNear(e, 1e-6)).Times(1));
     }
     EXPECT_TRUE(crossed > 100 && crossed < 390) << crossed;
-}
-
-TEST(SegmentBoxesTest, FindsThePairsAndNeighboursThatAllBoxesGive) {
-    using detail::SegmentBoxes;
-    RandomNumbers random(20263);
-    const auto step = [&](double most) { return Vec2D(random(-most, most), random(-most, most)); };
-    for (const std::size_t size : {0, 1, 2, 3, 6, 7, 25, 150, 600}) {
-        std::vector<Point2D> chain(size, surveyOrigins[1]), ring(size / 2, surveyOrigins[1]),
-            place(2, surveyOrigins[1]);
-        for (std::size_t i = 1; i < size; ++i) chain[i] = chain[i - 1] + step(3.0);
-        for (Point2D& point : ring) point += step(30.0);
-        const SegmentBoxes boxes(chain), rings(ring, SegmentBoxes::Closing::Ring), near(place);
-        ASSERT_EQ(rings.GetCount(), size / 2 < 2 ? 0 : size / 2);
-        std::set<std::array<std::size_t, 3>> found, expected;
-        const auto visit = [&found](std::size_t kind) {
-            return [&found, kind](std::size_t i, std::size_t j) { return !found.insert({kind, i, j}).second; };
-        };
-        EXPECT_FALSE(boxes.ForEachPair(0.25, visit(0)) || boxes.ForEachPair(rings, 0.25, visit(1))) << "none twice";
-        boxes.ForEachNear(near.GetExtent(0), 0.25, [&visit](std::size_t i) { return visit(2)(i, 0); });
-        for (std::size_t i = 0; i < boxes.GetCount(); ++i) {
-            for (std::size_t kind = 0; kind < 3; ++kind) {
-                const SegmentBoxes& others = kind == 0 ? boxes : kind == 1 ? rings : near;
-                for (std::size_t j = kind == 0 ? i + 1 : 0; j < others.GetCount(); ++j) {
-                    const bool meets = boxes.GetExtent(i).Widened(0.25).Meets(others.GetExtent(j));
-                    if (meets) expected.insert({kind, i, j});
-                }
-            }
-        }
-        EXPECT_EQ(found, expected) << "of " << size;
-        int calls = 0;
-        EXPECT_EQ(boxes.ForEachPair(0.25, [&](std::size_t, std::size_t) { return ++calls > 0; }), size > 2);
-        EXPECT_EQ(calls, size > 2 ? 1 : 0) << "true ends the search";
-    }
 }
 
 }  // namespace

@@ -6,27 +6,6 @@ namespace {
 using PolylinePoints = std::vector<Polyline2D::PolylinePoint>;
 using ElementPoints = std::vector<IPolyline2DElement::PolylineElementPoint>;
 
-// Lines, clothoids and arcs that join smoothly, with a line string now and then.
-Polyline2D Alignment(RandomNumbers& random, P start, int count) {
-    Polyline2D alignment;
-    const double heading = random(0.0, 2.0 * kPi);
-    Vec2D along(std::cos(heading), std::sin(heading));
-    for (int i = 0; i < count; ++i) {
-        const double radius = (random(0, 1) < 0.5 ? -1.0 : 1.0) * random(30.0, 200.0);
-        const Vec2D left = along.GetNormalVector(true);
-        const P ahead = start + along * random(10, 60);
-        const Angle sweep(std::copysign(random(0.2, 4.0), radius));
-        if (i % 4 == 0) alignment.AppendElement(new Line2D(start, ahead));
-        if (i % 4 == 1) alignment.AppendElement(new Clothoid(0.0, radius, std::abs(radius) * 0.6, start, along));
-        if (i % 4 == 2) alignment.AppendElement(new Arc2D(start, start + left * radius, sweep));
-        if (i % 4 == 3) alignment.AppendElement(new LineString2D{start, ahead, ahead + along * 10 + left * 7});
-        const auto end = At(alignment, alignment.GetLength());
-        start = end.point;
-        along = end.tangent;
-    }
-    return alignment;
-}
-
 LineString2D Chords(const Polyline2D& polyline) {
     LineString2D chords;
     EXPECT_TRUE(polyline.MakeLineStringUsingHeight(0.0, polyline.GetLength(), chords, 1e-5, 1e-10));
@@ -56,8 +35,8 @@ TEST(IntersectionPolylinesTest, AlignmentsCrossWhereTheirChordsDo) {
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE(round);
         const P origin = surveyOrigins[round % 2];
-        const Polyline2D a = Alignment(random, origin, 12);
-        const Polyline2D b = Alignment(random, origin + Vec2D(random(-40, 40), random(-40, 40)), 15);
+        const Polyline2D a = RandomRoad(random, 12, origin);
+        const Polyline2D b = RandomRoad(random, 15, origin + Vec2D(random(-40, 40), random(-40, 40)));
         PolylinePoints onA, onB, alone, swapped;
         const R result = I::PolylinePolyline(a, b, onA, onB, kTolerances);
         EXPECT_EQ(result, onA.empty() ? R::NoIntersection : R::Intersecting);
@@ -111,7 +90,7 @@ TEST(IntersectionPolylinesTest, JointsRunsAndNests) {
     RandomNumbers random(603);
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
-        const Polyline2D road = Alignment(random, surveyOrigins[round % 2], 12);
+        const Polyline2D road = RandomRoad(random, 12, surveyOrigins[round % 2]);
         Polyline2D nested = ChainOf(Polyline2D()), part;
         double joint = 0.0, joints[12];
         for (unsigned int i = 0; i < 12; ++i) {

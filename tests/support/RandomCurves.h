@@ -6,6 +6,7 @@
 #include "kalvio/curves/Parabola.h"
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/Spiral2D.h"
+#include "kalvio/polygons/LineString2D.h"
 #include "support/Testing.h"
 
 #include <variant>
@@ -25,9 +26,9 @@ inline bool IsMade(const IPolyline2DElement& element) {
 }
 
 /// A chain of copies of the elements.
-template <class... Elements>
-Polyline2D ChainOf(const Elements&... elements) {
-    Polyline2D chain;
+template <class Chain = Polyline2D, class... Elements>
+Chain ChainOf(const Elements&... elements) {
+    Chain chain;
     (chain.AppendElement(elements), ...);
     return chain;
 }
@@ -62,6 +63,28 @@ inline Curve RandomCurve(RandomNumbers& random, int kind, const Point2D& origin)
             return Parabola(at(from), at(to), a, b, c).Translate(Vec2D(0, start.GetY()));
         }
     }
+}
+
+/// A chain of lines, clothoids, arcs and line strings in turn, each of which goes on in the direction of the one
+/// before.
+inline Polyline2D RandomRoad(RandomNumbers& random, int count, Point2D at) {
+    Polyline2D road;
+    Vec2D along = Point2D(Angle(random(-kPi, kPi)), 1.0) - Point2D();
+    for (int i = 0; i < count; ++i) {
+        const double radius = std::copysign(random(30, 200), random(-1, 1)),
+                     sweep = random(0.2, i % 10 < 5 ? 4.0 : 1.0);
+        const Vec2D left = along.GetNormalVector(true);
+        const Point2D ahead = at + along * random(10, 60);
+        if (i % 5 == 0) road.AppendElement(Line2D(at, ahead));
+        if (i % 5 == 1) road.AppendElement(Clothoid(0.0, radius, std::abs(radius) * 0.6, at, along));
+        if (i % 5 == 2) road.AppendElement(Arc2D(at, at + left * radius, Angle(std::copysign(sweep, radius))));
+        if (i % 5 == 3) road.AppendElement(LineString2D{at, ahead, ahead + along * 10 + left * 7});
+        if (i % 5 == 4) road.AppendElement(Clothoid(radius, 0.0, std::abs(radius) * 0.6, at, along));
+        at = road.GetEnd();
+        Polyline2D::PolylinePoint end;
+        if (road.MakePointAndTangentAt(road.GetLength(), end)) along = end.tangent;
+    }
+    return road;
 }
 
 }  // namespace Kalvio::Math
