@@ -32,9 +32,9 @@ class AlignmentCurves;
 ///
 ///     const Alignment road(plan, profile);
 ///     Point3D peg;
-///     road.GetPoint({260.0, 5.5, 0.0}, peg);             // 5.5 m to the right, on the surface
+///     if (!road.GetPoint({260.0, 5.5, 0.0}, peg)) return false;         // 5.5 m to the right, on the surface
 ///     Alignment::Place place;
-///     road.GetNearestPlace(peg, 20.0, place);            // true: station 260, offset 5.5, above 0
+///     if (road.GetNearestPlace(peg, 20.0, place)) Show(place.offset);   // station 260, offset 5.5, above 0
 ///
 /// The curves of the plan are prepared by the first question. A plan that holds a parabola, an element that is no curve
 /// or values that are not finite has no stations.

@@ -26,7 +26,7 @@ class Polyline2D;
 ///     const Corner corners[] = {{Point2D(0, 0)}, {Point2D(300, 0), 200.0, 60.0, 80.0}, {Point2D(500, 250)}};
 ///     Polyline2D plan;
 ///     AlignmentDesign::Fault fault;
-///     AlignmentDesign::MakePlan(corners, plan, fault);  // true: line, clothoid, arc, clothoid, line
+///     if (!AlignmentDesign::MakePlan(corners, plan, fault)) return false;  // line, clothoid, arc, clothoid, line
 class KALVIO_MATH_API AlignmentDesign {
 public:
     /// Curvature law of a transition.

@@ -19,8 +19,8 @@ namespace Kalvio::Math {
 ///
 ///     std::vector<AlignmentFitting::Corner> corners;
 ///     AlignmentFitting::Result road;
-///     AlignmentFitting::Propose(survey, 0.01, AlignmentFitting::Law::Clothoid, corners);
-///     AlignmentFitting::Fit(survey, corners, road);     // road.plan, road.scatter
+///     if (!AlignmentFitting::Propose(survey, 0.01, AlignmentFitting::Law::Clothoid, corners)) return false;
+///     if (AlignmentFitting::Fit(survey, corners, road)) Show(road.scatter);  // along road.plan
 class KALVIO_MATH_API AlignmentFitting {
 public:
     /// Of a tangent polygon, with its curve.

@@ -17,9 +17,9 @@ namespace Kalvio::Math {
 /// slopes change by one of the laws of `Spiral2D`, so that they keep pace with the curvature; before the first and
 /// behind the last they stay.
 ///
-///     Cant rails;                                           // 90 mm over 1500 mm, along a Bloss transition of 70 m
-///     rails.Set(std::vector<Cant::Knot>{{1025.5, 0.0, 0.0, Spiral2D::Spiral2DType::Bloss}, {1095.5, -0.06, -0.06}},
-///               Cant::Pivot::Inner, 0.75);
+///     Cant rails;  // 90 mm over 1500 mm, along a Bloss transition of 70 m
+///     const Cant::Knot knots[] = {{1025.5, 0.0, 0.0, Spiral2D::Spiral2DType::Bloss}, {1095.5, -0.06, -0.06}};
+///     if (!rails.Set(knots, Cant::Pivot::Inner, 0.75)) return false;
 class KALVIO_MATH_API Cant final {
 public:
     /// How slopes change between two knots.

@@ -19,10 +19,10 @@ namespace Kalvio::Math {
 /// abscissa; a profile that belongs to an `Alignment` is measured along its plan from the start.
 ///
 ///     Profile road;
-///     road.Set(std::vector{Profile::Vertex::Corner(0.0, 41.2), Profile::Vertex::Parabola(260.0, 49.0, 160.0),
-///                          Profile::Vertex::Arc(560.0, 43.0, 2500.0), Profile::Vertex::Corner(1375.5, 45.0)});
-///     double height = 0.0;
-///     road.GetHeight(260.0, height);  // true, 48.0
+///     using At = Profile::Vertex;
+///     const At vertices[] = {At::Corner(0.0, 41.2), At::Parabola(260.0, 49.0, 160.0), At::Arc(560.0, 43.0, 2500.0),
+///                            At::Corner(1375.5, 45.0)};
+///     if (road.Set(vertices) && road.GetHeight(260.0, value)) Show(value);  // 48.0
 class KALVIO_MATH_API Profile final {
 public:
     /// What rounds a vertex.

@@ -16,7 +16,7 @@ namespace Kalvio::Math {
 /// behind it lies the next zone. So numbers may be left out (ahead above back) and may occur once in several zones.
 ///
 ///     Stationing road(12000.0);
-///     road.AppendEquation(12400.0, 12380.0);           // 400 m on: 12+380 to 12+400 occur twice
+///     if (!road.AppendEquation(12400.0, 12380.0)) return false;  // 400 m on: 12+380 to 12+400 occur twice
 ///     road.GetText(410.0, 3);                          // "12+390.000/1": behind one equation
 ///     std::vector<Stationing::Place> places;
 ///     road.GetPlaces(12390.0, places);                 // lengths 390 in zone 0, 410 in zone 1

@@ -22,7 +22,7 @@ class Tolerances;
 ///
 ///     const Polygon2D parcel{Point2D(0, 0), Point2D(40, 0), Point2D(40, 30), Point2D(0, 30)};
 ///     std::vector<GeometryClipper::Part<LineString2D>> parts;
-///     GeometryClipper::Clip({Point2D(-10, 10), Point2D(60, 10)}, parcel, parts, Tolerances(0.001, 1e-10));
+///     if (!GeometryClipper::Clip({Point2D(-10, 10), Point2D(60, 10)}, parcel, parts, Tolerances(0.001))) return false;
 ///     parts[1].isInside;  // true: from station 10 to station 50
 class KALVIO_MATH_API GeometryClipper {
 public:

@@ -27,7 +27,7 @@ class LineString2D;
 ///     road.AppendElement(new Line2D(Point2D(0, 0), Point2D(100, 0)));
 ///     road.AppendElement(new Clothoid(0.0, 300.0, 150.0, Point2D(100, 0), Vec2D(1, 0)));
 ///     double station = 0.0;
-///     road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4);  // true, 40
+///     if (!road.GetLengthFromStartPoint(Point2D(40, 0), station, 1e-4)) return false;  // 40
 ///
 /// The first three searches for a place ask every element. Later ones reject elements by their boxes, and runs of
 /// elements by the boxes over those, built in linear time, 40 bytes an element: an element must lie inside its

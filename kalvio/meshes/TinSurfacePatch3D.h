@@ -35,7 +35,7 @@ class SurfaceBuilder;
 ///     ground.breaklines.push_back({{0.0, 0.0, 10.0}, {40.0, 40.0, 11.0}});
 ///     TinSurfacePatch3D surface;
 ///     double z = 0.0;
-///     if (surface.Build(ground, Tolerances::Standard())) surface.GetHeight({20.0, 20.0}, z);   // 10.5
+///     if (surface.Build(ground, Tolerances::Standard()) && surface.GetHeight({20.0, 20.0}, z)) Show(z);  // 10.5
 class KALVIO_MATH_API TinSurfacePatch3D final : public IGeometry {
 public:
     /// The numbers of no triangle and no vertex.

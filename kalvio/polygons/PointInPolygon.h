@@ -21,7 +21,7 @@ namespace Kalvio::Math {
 /// the polygon itself; so does everything without a grid. Any number of threads may query one tester at once.
 ///
 ///     const PointInPolygon tester(polygon, 500, 1e-4);
-///     tester.IsPointInside(Point2D(385010.0, 6672020.0), 1e-4);
+///     const bool isInside = tester.IsPointInside(Point2D(385010.0, 6672020.0), 1e-4);
 class KALVIO_MATH_API PointInPolygon {
 public:
     /// State of a cell, and answer of the grid.

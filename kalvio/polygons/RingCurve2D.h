@@ -17,10 +17,10 @@ namespace Kalvio::Math {
 ///
 /// Nothing closes the ring by itself: `IsClosed` and `IsContinuous` tell whether its elements meet.
 ///
-///     RingCurve2D ring;                                                          // a half disc
-///     ring.AppendElement(new Line2D(Point2D(-1, 0), Point2D(1, 0)));
-///     ring.AppendElement(new Arc2D(Point2D(1, 0), Point2D(0, 0), Angle(3.14159265358979)));
-///     ring.IsPointInside(Point2D(0, 0.9), 1e-4);                                 // true
+///     RingCurve2D ring;                                    // a half disc
+///     ring.AppendElement(Line2D(Point2D(-1, 0), Point2D(1, 0)));
+///     ring.AppendElement(Arc2D(Point2D(1, 0), Point2D(0, 0), Angle(3.14159265358979)));
+///     const bool isInside = ring.IsPointInside(Point2D(0, 0.9), 1e-4);  // true
 class KALVIO_MATH_API RingCurve2D final : public IMathObject, public IComplexGeometry {
 public:
     RingCurve2D() = default;

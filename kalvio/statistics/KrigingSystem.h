@@ -23,7 +23,7 @@ class VariogramModelBase;
 ///     const OrdinaryKriging kriging(new ExponentialVariogramModel(500.0, 1000.0));
 ///     KrigingSystem system;
 ///     if (!system.Build(kriging, samples)) return false;            // two samples at one place, for example
-///     for (const Point2D& p : grid) system.Interpolate(p, value, variance);
+///     for (const Point2D& p : grid) if (!system.Interpolate(p, value, variance)) return false;
 ///
 /// Any number of threads may interpolate at once; `Build` is a change.
 class KALVIO_MATH_API KrigingSystem final {

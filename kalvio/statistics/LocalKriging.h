@@ -21,7 +21,7 @@ class VariogramModelBase;
 ///     const OrdinaryKriging kriging(new ExponentialVariogramModel(500.0, 1000.0));
 ///     LocalKriging local;
 ///     if (!local.Build(kriging, samples, 16)) return false;
-///     for (const Point2D& p : grid) local.Interpolate(p, value, variance);
+///     for (const Point2D& p : grid) if (!local.Interpolate(p, value, variance)) return false;
 ///
 /// Any number of threads may interpolate at once; `Build` is a change.
 class KALVIO_MATH_API LocalKriging final {

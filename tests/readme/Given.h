@@ -24,6 +24,7 @@ inline const Alignment road;
 inline CrossSections::Mass total;
 inline const std::vector<Polygon2D> parcels;
 inline void Draw(const std::vector<Polygon2D>&) {}
+inline void Show(double) {}
 inline const struct Pipe : ISpatialIndexData {
     void GetEnvelope(BoundingBoxND& box) const override { box = BoundingBoxND(2); }
 } pipe;
