@@ -199,7 +199,7 @@ bool MatrixNM::CoFactor(MatrixNM& cofactors) const {
         elimination.Run();
     }
     if (elimination.FirstZeroPivot() < last) {
-        for (VecND& row : cofactors.rows) row = VecND(numCols);
+        for (VecND& row : cofactors.rows) row = VecND(GetNumCols());
         return true;
     }
     detail::ScaledProduct factor = elimination.PivotProduct(last);

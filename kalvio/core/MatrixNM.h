@@ -2,6 +2,7 @@
 
 #include "kalvio/core/IMathObject.h"
 #include "kalvio/core/VecND.h"
+#include "kalvio/core/detail/MovedNumber.h"
 
 #include <cstdint>
 #include <string>
@@ -81,8 +82,8 @@ private:
     bool IsWellFormed() const;
     bool IsUsable() const;
 
-    std::uint32_t numRows = 0;
-    std::uint32_t numCols = 0;
+    detail::MovedNumber<std::uint32_t> numRows;
+    detail::MovedNumber<std::uint32_t> numCols;
     std::vector<VecND> rows;
 };
 

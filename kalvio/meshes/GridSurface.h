@@ -3,6 +3,7 @@
 #include "kalvio/core/Geometry.h"
 #include "kalvio/core/IGeometry.h"
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/detail/MovedNumber.h"
 
 #include <cstddef>
 #include <limits>
@@ -94,8 +95,8 @@ private:
 
     Point2D origin;
     double step = 0.0;
-    std::size_t columns = 0;
-    std::size_t rows = 0;
+    detail::MovedNumber<std::size_t> columns;
+    detail::MovedNumber<std::size_t> rows;
     std::vector<double> heights;  // row by row
 };
 

@@ -139,6 +139,9 @@ TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
     }
     double determinant = 7.0;
     EXPECT_FALSE(MatrixNM(2, 3).Determinant(determinant) || MatrixNM().Determinant(determinant));
+    MatrixNM from(2, 3);
+    EXPECT_EQ(MatrixNM(std::move(from)).GetNumRows(), 2U);
+    EXPECT_EQ(from.GetNumRows() + from.GetNumCols(), 0U) << "moved from";  // NOLINT(bugprone-use-after-move)
     MatrixNM cofactors;
     ASSERT_TRUE(Diagonal({0.0}).CoFactor(cofactors) && cofactors[0][0] == 1.0);
     MatrixNM jagged(3, 3);

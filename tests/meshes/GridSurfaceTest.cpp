@@ -60,6 +60,9 @@ TEST(GridSurfaceTest, GapsAndBadInput) {
     ASSERT_TRUE(grid.SetOver(BoundingBox2D(Point2D(11, 21), Point2D(19, 24)), 5.0));
     EXPECT_EQ(std::tuple(grid.GetColumns(), grid.GetRows(), grid.GetPlace(0, 0).GetX()), std::tuple(3U, 2U, 10.0));
     const GridSurface gaps = grid;
+    GridSurface from = grid;
+    EXPECT_EQ(GridSurface(std::move(from)).GetRows(), 2U);
+    EXPECT_TRUE(std::isnan(from.GetHeightOf(0, 0)));  // NOLINT(bugprone-use-after-move)
     double z = -1.0;
     TinSurfacePatch3D tin;
     EXPECT_FALSE(grid.GetHeight({15, 20}, z) || grid.MakeTin(tin) || grid.GetTriangleHeight({15, 20}, z));
