@@ -4,35 +4,6 @@
 namespace Kalvio::Math {
 namespace {
 
-TEST(LineTest, PointTestsAgreeOnWhatIsOnTheLine) {
-    const std::tuple<const char*, Point2D, double, bool, bool, double> rows[] = {
-        {"inside", Point2D(2, 0), 0.25, true, true, 0.0},
-        {"exactly tol to the left is on it", Point2D(2, 0.25), 0.25, true, true, -0.25},
-        {"to the right, sign of tol ignored", Point2D(2, -0.25), -0.25, true, true, 0.25},
-        {"beyond tol", Point2D(2, 0.5), 0.25, false, false, -0.5},
-        {"exactly tol beyond the end", Point2D(4.25, 0), 0.25, true, true, 0.0},
-        {"further beyond the end", Point2D(4.5, 0), 0.25, true, false, 0.0},
-        {"before the start", Point2D(-0.5, 0), 0.25, true, false, 0.0},
-        {"NaN", Point2D(kNan, 0), 0.25, false, false, kNan},
-    };
-    for (const auto& [why, local, tol, onLine, onSegment, signedDistance] : rows) {
-        for (const Vec2D& origin : {Vec2D(0, 0), Vec2D(524288, 6291456)}) {  // sums with the rows stay exact
-            SCOPED_TRACE(why);
-            const Line2D line(Point2D(0, 0) + origin, Point2D(4, 0) + origin);
-            const Point2D p = local + origin;
-            EXPECT_EQ(Intersection::PointOnLine(p, line, tol), onLine);
-            EXPECT_EQ(line.IsPointOnInfiniteLine(p, tol), onLine);
-            EXPECT_EQ(Intersection::PointOnLineSegment(p, line, tol), onSegment);
-            EXPECT_EQ(line.IsPointOnGeometry(p, Tolerances(std::abs(tol), 1e-10)), onSegment);
-            const Line3D lifted(Point3D(line.GetStart(), 7.0), Point3D(line.GetEnd(), 9.0));
-            EXPECT_EQ(Intersection::PointOnLineSegment(p, lifted, tol), onSegment);
-            if (std::isnan(signedDistance)) continue;
-            EXPECT_EQ(Distance::PointToLine(p, line), signedDistance);
-            EXPECT_EQ(Distance::PointToLine(p, line.GetEnd(), line.GetStart()), -signedDistance);
-        }
-    }
-}
-
 TEST(LineTest, ZeroLengthIsHarmless) {
     const Point2D at(3, 4), away(7, 7);
     const Line2D dot(at, at);
@@ -125,31 +96,19 @@ TEST(LineTest, SamplesDoNotDriftAndCloseAtTheEnd) {
 }
 
 TEST(LineTest, BreakSkipsNearCutsAndKeepsTheTail) {
-    const std::tuple<const char*, std::vector<double>, bool, std::vector<double>> rows[] = {
-        {"one cut", {14.0}, false, {4.0, 10.0}},
-        {"one cut, in place", {14.0}, true, {4.0, 10.0}},
-        {"cuts outside", {9.0, 20.0, 25.0}, false, {}},
-        {"exactly tol from the start is skipped", {10.25}, false, {}},
-        {"exactly tol after a cut is skipped", {14.0, 14.25, 15.0}, false, {4.0, 5.0, 10.0}},
-        {"a short tail is left out", {14.0, 19.875}, false, {4.0, 9.875}},
-        {"but not when it is the only new piece", {19.875}, true, {9.875, 10.0}},
-        {"left out in place too when another piece is there", {14.0, 19.875}, true, {4.0, 9.875}},
+    using Values = std::vector<double>;
+    const std::tuple<const char*, Values, bool, std::vector<Values>> rows[] = {
+        {"one cut", {4}, false, {{0, 4}, {4, 10}}},
+        {"one cut, in place", {4}, true, {{0, 4}, {4, 10}}},
+        {"cuts outside", {-1, 10, 15}, false, {}},
+        {"exactly tol from the start is skipped", {0.25}, false, {}},
+        {"exactly tol after a cut is skipped", {4, 4.25, 5}, false, {{0, 4}, {4, 5}, {5, 10}}},
+        {"a short tail is left out", {4, 9.875}, false, {{0, 4}, {4, 9.875}}},
+        {"but not when it is the only new piece", {9.875}, true, {{0, 9.875}, {9.875, 10}}},
+        {"left out in place too when another piece is there", {4, 9.875}, true, {{0, 4}, {4, 9.875}}},
     };
-    for (const auto& [why, cuts, modifyThis, ends] : rows) {
-        SCOPED_TRACE(why);
-        Line2D line(Point2D(0, 5), Point2D(10, 5));
-        std::map<double, const Point2D> breaks;
-        for (const double cut : cuts) breaks.emplace(cut, Point2D(cut - 10.0, 5));
-        std::vector<std::unique_ptr<IGeometry>> pieces;
-        EXPECT_EQ(line.BreakAtPreSorted(breaks, 10.0, pieces, modifyThis, Tolerances(0.25, 1e-10)), !ends.empty());
-        EXPECT_TRUE(modifyThis || line.IsEqualTo(Line2D(Point2D(0, 5), Point2D(10, 5)), 1e-12));
-        if (modifyThis) pieces.emplace(pieces.begin(), line.Clone());
-        ASSERT_EQ(pieces.size(), ends.size());
-        double from = 0.0;
-        for (std::size_t i = 0; i < ends.size(); from = ends[i++]) {
-            EXPECT_TRUE(pieces[i]->IsEqualTo(Line2D(Point2D(from, 5), Point2D(ends[i], 5)), 1e-300));
-        }
-    }
+    for (const auto& [why, cuts, modifyThis, expected] : rows)
+        CheckBreaks(why, Line2D(Point2D(0, 0), Point2D(10, 0)), cuts, modifyThis, expected);
 }
 
 TEST(Line3DTest, HeightsOverThePlan) {

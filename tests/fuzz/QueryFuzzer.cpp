@@ -12,8 +12,10 @@ void CheckCrossings(const IPolyline2DElement& a, const IPolyline2DElement& b, bo
     Require(found.empty() == (result != IntersectionResult::Intersecting && result != IntersectionResult::Coincident));
     const auto isBefore = [](const auto& p, const auto& q) { return p.firstStation < q.firstStation; };
     Require(!tame || std::is_sorted(found.begin(), found.end(), isBefore));
-    for (const auto& place : found)
+    for (const auto& place : found) {
         See({place.point.GetX(), place.point.GetY(), place.firstStation, place.secondStation});
+        Require(std::isfinite(place.point.GetX()) && std::isfinite(place.point.GetY()));
+    }
     std::vector<IntersectionExt::UndershootPoint<Point2D>> gaps;
     IntersectionExt::GetUndershoots(a, b, gaps, tolerances);
     for (const auto& gap : gaps) Require(gap.distance >= 0.0);

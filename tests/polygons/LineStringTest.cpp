@@ -159,6 +159,10 @@ TEST(LineStringTest, StationsExtractionsBreaksAndSamplesAgreeAlongRandomChains) 
             return Vec3D(random(0.5, 9.0), random(-6.0, 6.0), random(-6.0, 6.0));
         });
         LineString3D first, last, planFirst, planLast;
+        if (round < 3) {
+            CheckConcurrently(string, total);
+            CheckConcurrently(spatial, spatial.GetLength());
+        }
         const Point3D q = CheckLengths<Vec3D>(spatial, random(0.0, 1.0) * spatial.GetLength(), first, last);
         double z = 0.0;
         EXPECT_FALSE(spatial.IsPointOnGeometry(q + Vec3D(0, 0, 20), kTolerances)) << "above it";
@@ -308,17 +312,8 @@ TEST(LineStringTest, BreaksKeepTheVerticesAndGiveWayToCutsNearThem) {
         {"beside vertices", false, {9.875, 20.125}, {{0, 9.875}, {9.875, 20.125}, {20.125, 30}}},
         {"at the ends, and outside", false, {-1, 0.125, 30, 31}, {}},
     };
-    for (const auto& [why, modifyThis, cuts, expected] : rows) {
-        LineString2D string = Along({0, 10, 20, 30});
-        std::map<double, const Point2D> breaks;
-        for (const double cut : cuts) breaks.emplace(100.0 + cut, Point2D(cut, 0.0));
-        std::vector<IGeometry*> out;
-        EXPECT_EQ(string.BreakAtPreSorted(breaks, 100.0, out, modifyThis, Tolerances(0.25, 1e-10)), !expected.empty());
-        std::vector<Values> pieces;
-        if (modifyThis) out.insert(out.begin(), string.Clone());
-        for (const auto& piece : Owned(out)) pieces.push_back(Abscissae(static_cast<const LineString2D&>(*piece)));
-        EXPECT_EQ(pieces, expected) << why;
-    }
+    for (const auto& [why, modifyThis, cuts, expected] : rows)
+        CheckBreaks(why, Along({0, 10, 20, 30}), cuts, modifyThis, expected);
 }
 
 TEST(LineStringTest, ExtendMeetsTheTargetStraightOnOrAtTheNearestPoint) {
@@ -367,18 +362,6 @@ TEST(LineStringTest, WhatIsEmptyOrEndlessHasNoPlaces) {
     EXPECT_TRUE(part.GetSize() == 1 && point == Point2D(9, 9));
     EXPECT_FALSE(LineString2D().ExtendStart(Point2D(1, 1), kTolerances) || LineString2D().IsClosed(1.0));
     EXPECT_TRUE(Along({1}).IsClosed(1.0));
-}
-
-TEST(LineStringTest, ConstCallsFromManyThreadsSeeOneString) {
-    const LineString2D string(Chain("0 0  4 0  4 3  2 3  2 -1"));
-    const LineString3D spatial(string, 5.0);
-    Concurrently(8, [&](unsigned int i) {
-        EXPECT_EQ(string.GetBoundingBox().GetSize().GetX() + string.GetElementAtIndex(i % 2).GetLength(), 8.0 - i % 2);
-        EXPECT_EQ(spatial.GetElementAtIndex(3).GetLength(), 4.0);
-        EXPECT_TRUE(string.IsSelfCrossing(1e-4));
-        double length = 0.0;
-        EXPECT_TRUE(string.GetLengthFromEndPoint(Point2D(2.0, 1.0), length, 1e-4) && length == 2.0);
-    });
 }
 
 TEST(LineStringTest, CrossingsComeInOrderOnceEachWithTheirFirstPassage) {

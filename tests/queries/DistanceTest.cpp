@@ -3,22 +3,36 @@
 namespace Kalvio::Math {
 namespace {
 
-TEST(DistanceTest, PointToLineSegmentHasTheSideOfTheLineAndTheNearestPointOfTheSegment) {
-    const double tolerance = 0.25;
-    const std::tuple<const char*, P, double, bool, P> rows[] = {
-        {"left", P(1, 1), -1.0, true, P(1, 0)},
-        {"right", P(1, -1), 1.0, true, P(1, 0)},
-        {"beyond the end, left", P(3, 1), -std::sqrt(2.0), false, P(2, 0)},
-        {"beyond the start, right", P(-1, -1), std::sqrt(2.0), false, P(0, 0)},
-        {"exactly the tolerance beyond the end", P(2.25, -1), 1.0, true, P(2, 0)},
-        {"beyond the end by more", P(2.375, 0), 0.375, false, P(2, 0)},
+TEST(DistanceTest, PointsBesideASegment) {
+    const std::tuple<const char*, P, double, bool, bool, double, P> rows[] = {
+        // on the line, on the segment; the distance from the line, and the nearest point of the segment
+        {"on it", P(1, 0), 0.25, true, true, 0.0, P(1, 0)},
+        {"exactly the tolerance to the left", P(1, 0.25), 0.25, true, true, -0.25, P(1, 0)},
+        {"to the right, the sign of the tolerance ignored", P(1, -0.25), -0.25, true, true, 0.25, P(1, 0)},
+        {"left", P(1, 1), 0.25, false, false, -1.0, P(1, 0)},
+        {"right", P(1, -1), 0.25, false, false, 1.0, P(1, 0)},
+        {"beyond the end, left", P(3, 1), 0.25, false, false, -1.0, P(2, 0)},
+        {"beyond the start, right", P(-1, -1), 0.25, false, false, 1.0, P(0, 0)},
+        {"before the start", P(-0.5, 0), 0.25, true, false, 0.0, P(0, 0)},
+        {"exactly the tolerance beyond the end", P(2.25, 0), 0.25, true, true, 0.0, P(2, 0)},
+        {"the same, off it", P(2.25, -1), 0.25, false, false, 1.0, P(2, 0)},
+        {"beyond the end by more", P(2.375, 0), 0.25, true, false, 0.0, P(2, 0)},
     };
-    for (const Vec2D& shift : {Vec2D(), surveyOrigins[1] - P()}) {
+    for (const Vec2D& shift : {Vec2D(), Vec2D(524288, 6291456)}) {  // sums with the rows stay exact
         const Line2D line(P(0, 0) + shift, P(2, 0) + shift);
         const Line3D level(Q(line.GetStart(), 1.0), Q(line.GetEnd(), 1.0));
-        for (const auto& [why, place, distance, isFoot, nearest] : rows) {
+        for (const auto& [why, place, tolerance, onLine, onSegment, fromLine, nearest] : rows) {
             SCOPED_TRACE(why);
             const P p = place + shift;
+            EXPECT_EQ(I::PointOnLine(p, line, tolerance), onLine);
+            EXPECT_EQ(line.IsPointOnInfiniteLine(p, tolerance), onLine);
+            EXPECT_EQ(I::PointOnLineSegment(p, line, tolerance), onSegment);
+            EXPECT_EQ(line.IsPointOnGeometry(p, Tolerances(std::abs(tolerance), 1e-10)), onSegment);
+            EXPECT_EQ(I::PointOnLineSegment(p, level, tolerance), onSegment);
+            EXPECT_EQ(D::PointToLine(p, line), fromLine);
+            EXPECT_EQ(D::PointToLine(p, line.GetEnd(), line.GetStart()), -fromLine);
+            const bool isFoot = place.GetX() >= -0.25 && place.GetX() <= 2.25;
+            const double distance = isFoot ? fromLine : std::copysign(place.Distance(nearest), fromLine);
             EXPECT_NEAR(D::PointToLineSegment(line, p, tolerance), distance, 1e-12);
             const Q high(p, 5.0);
             EXPECT_NEAR(D::PointToLineSegment(level, high, tolerance), std::hypot(distance, 4.0), 1e-12);
@@ -31,6 +45,7 @@ TEST(DistanceTest, PointToLineSegmentHasTheSideOfTheLineAndTheNearestPointOfTheS
             EXPECT_THAT(always, IsNear(P(place.GetX(), 0) + shift, 1e-9));
             EXPECT_THAT(foot, IsNear(isFoot ? always : P(7, 7), 1e-9));
         }
+        EXPECT_FALSE(I::PointOnLine(P(kNan, 0), line, 0.25) || I::PointOnLineSegment(P(kNan, 0), line, 0.25));
     }
     EXPECT_EQ(D::PointToLineSegment(Line2D(P(1, 1), Vec2D()), P(4, 5), 1.0), 5.0);
     const LineString2D ray{P(1, 0), P(kInfinity, 0)};

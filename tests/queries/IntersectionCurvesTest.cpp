@@ -371,27 +371,5 @@ TEST(IntersectionCurvesTest, TouchingCirclesMeetOnceAndSunkOnesTwice) {
     }
 }
 
-TEST(IntersectionCurvesTest, InputWithoutMeaningEndsWithoutPointsThatAreNoNumbers) {
-    RandomNumbers random(20260803);
-    const double values[] = {0.0, 1e-300, 1e-5, 1.0, -3.0, 1e8, 1e155, 1e300, kInfinity, -kInfinity, kNan};
-    const auto any = [&] { return values[random() % std::size(values)]; };
-    for (int i = 0; i < 4000; ++i) {
-        const P p(any(), any()), q(any(), any());
-        const Vec2D v(any(), any());
-        const auto type = static_cast<Spiral2D::Spiral2DType>(random() % 7);
-        const Curve curves[] = {Line2D(p, q),
-                                Arc2D(p, q, Angle(random(-7, 7))),
-                                Clothoid(any(), any(), any(), p, v),
-                                Spiral2D(type, any(), any(), any(), p, v),
-                                Parabola(p, q, any(), any(), any()),
-                                RandomCurve(random, i % kKinds, P())};
-        Points points;
-        const Tolerances tolerances(random() % 2 == 0 ? 1e-4 : any(), 1e-10);
-        Meet(curves[random() % 6], curves[random() % 6], points, tolerances);
-        I::LineCircle(Line2D(p, v), Circle2D(q, any()), points, tolerances);
-        for (const P& point : points) EXPECT_TRUE(std::isfinite(point.GetX()) && std::isfinite(point.GetY()));
-    }
-}
-
 }  // namespace
 }  // namespace Kalvio::Math

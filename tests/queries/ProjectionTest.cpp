@@ -146,11 +146,11 @@ TEST(ProjectionTest, FeetAreThoseOfEveryChangeOfSign) {
                 if (!IsMade(curve)) return;
                 const double rounding = isCoil ? 2e-6 : isFar ? 4e-9 : 1e-9;
                 for (int i = 0; i < 4; ++i) CheckFoot(curve, query(), rounding);
-                if constexpr (requires { curve.GetCurvature(0.0); }) {  // where feet run together
-                    const auto on = At(curve, random(0.0, curve.GetLength()));
-                    const double radius = 1.0 / curve.GetCurvature(on.station);
-                    if (std::abs(radius) < 1e4) CheckFoot(curve, on.point + Sideways(on.tangent) * radius, rounding);
-                }
+                const auto on = At(curve, random(0.0, curve.GetLength()));
+                double curvature = 0.0;
+                ASSERT_TRUE(ChainOf(curve).GetCurvature(on.station, curvature));
+                if (std::abs(curvature) > 1e-4 && kind > 1)  // where feet run together
+                    CheckFoot(curve, on.point + Sideways(on.tangent) * (1.0 / curvature), rounding);
                 const P p = query(), foot = FootOf(p, curve, 1e-9).point;
                 curve.Reverse();
                 EXPECT_THAT(FootOf(p, curve, 1e-9).point, IsNear(foot, 2e-7)) << "a double foot lies loosely";

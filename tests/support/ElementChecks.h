@@ -194,6 +194,28 @@ void CheckPieces(const Curve& curve, bool growsBack, double rounding = 4e-9, dou
     }
 }
 
+// Breaks a curve along the x axis at abscissae, in place or not, into pieces given by those of their vertices.
+template <class Curve>
+void CheckBreaks(const char* why, Curve curve, const std::vector<double>& cuts, bool modifyThis,
+                 const std::vector<std::vector<double>>& expected) {
+    SCOPED_TRACE(why);
+    const Curve before(curve);
+    std::map<double, const Point2D> breaks;
+    for (const double cut : cuts) breaks.emplace(100.0 + cut, Point2D(cut, 0.0));
+    std::vector<std::unique_ptr<IGeometry>> out;
+    EXPECT_EQ(curve.BreakAtPreSorted(breaks, 100.0, out, modifyThis, Tolerances(0.25, 1e-10)), !expected.empty());
+    EXPECT_TRUE(modifyThis || curve.IsEqualTo(before, 1e-300));
+    if (modifyThis) out.emplace(out.begin(), curve.Clone());
+    std::vector<std::vector<double>> pieces;
+    for (const auto& piece : out) {
+        std::vector<Point3D> vertices;
+        EXPECT_TRUE(Geometry::GetVertices(*piece, vertices));
+        pieces.emplace_back();
+        for (const Point3D& vertex : vertices) pieces.back().push_back(vertex.GetX());
+    }
+    EXPECT_EQ(pieces, expected);
+}
+
 // No sample lies outside the box, and some lie on each of its sides.
 template <class Curve>
 void CheckBox(const Curve& curve) {
@@ -270,7 +292,8 @@ void CheckConcurrently(const Curve& curve, double length) {
     std::vector<double> stations(8, -1.0);
     Concurrently(8, [&](unsigned int i) {
         (void)shared.GetBoundingBox2D();
-        (void)shared.GetNearestPoint(Point2D(), kTolerances);
+        (void)shared.GetNearestPoint(curve.GetStart(), kTolerances);
+        if constexpr (requires { shared.GetElementAtIndex(0); }) (void)shared.GetElementAtIndex(i % 2).GetLength();
         (void)shared.GetLengthFromStartPoint(shared.GetEnd(), stations[i], 1e-6);
     });
     for (const double station : stations) EXPECT_NEAR(station, length, 1e-6);
