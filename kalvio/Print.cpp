@@ -837,6 +837,8 @@ std::string_view GetName(Spiral2D::Spiral2DType code) {
             return "Biquadratic";
         case Cubic:
             return "Cubic";
+        case Viennese:
+            return "Viennese";
     }
     return "?";
 }

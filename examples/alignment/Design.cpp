@@ -25,7 +25,8 @@ namespace {
 const std::map<std::string, Spiral2D::Spiral2DType> kLaws = {
     {"Clothoid", Spiral2D::Spiral2DType::Clothoid}, {"Bloss", Spiral2D::Spiral2DType::Bloss},
     {"Sine", Spiral2D::Spiral2DType::Sine},         {"Cosine", Spiral2D::Spiral2DType::Cosine},
-    {"Cubic", Spiral2D::Spiral2DType::Cubic},       {"Biquadratic", Spiral2D::Spiral2DType::Biquadratic}};
+    {"Cubic", Spiral2D::Spiral2DType::Cubic},       {"Biquadratic", Spiral2D::Spiral2DType::Biquadratic},
+    {"Viennese", Spiral2D::Spiral2DType::Viennese}};
 
 // The column of the table that a fault comes from.
 int ColumnOf(const AlignmentDesign::Fault& fault, const AlignmentDesign::Corner& corner) {

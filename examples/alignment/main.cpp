@@ -56,7 +56,7 @@ constexpr const char* kUsage =
     "  --through point that the curve nearest to it is laid through by its radius; may be repeated\n"
     "  --join    a line X,Y,X,Y or a circle X,Y,R (right turn: R negative): all arcs of --radius, or the transitions,\n"
     "            from the first to the second\n"
-    "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic or Cubic (Clothoid)\n"
+    "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic, Viennese or Cubic (Clothoid)\n"
     "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
     "  --cross-lines  writes the lines across the axis every step and wherever it changes: ends and axis, on the "
     "surface\n"
@@ -374,8 +374,9 @@ void Cross(const std::vector<Alignment>& alignments, const std::vector<Alignment
 }
 
 const std::map<std::string, std::string> kColors = {
-    {"Line", "#3b6ea5"}, {"Arc", "#d1495b"},    {"Clothoid", "#2e8b57"}, {"Bloss", "#8a5fbf"},
-    {"Sine", "#c77d1e"}, {"Cosine", "#b0a01a"}, {"Cubic", "#1c9aa0"},    {"Biquadratic", "#a0522d"}};
+    {"Line", "#3b6ea5"},  {"Arc", "#d1495b"},         {"Clothoid", "#2e8b57"},
+    {"Bloss", "#8a5fbf"}, {"Sine", "#c77d1e"},        {"Cosine", "#b0a01a"},
+    {"Cubic", "#1c9aa0"}, {"Biquadratic", "#a0522d"}, {"Viennese", "#c2407e"}};
 
 const std::string& ColorOf(const std::string& type) {
     static const std::string black = "#000000";

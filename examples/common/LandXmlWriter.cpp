@@ -55,6 +55,7 @@ void WriteElement(pugi::xml_node geometry, const Polyline2D& plan, int index, co
     const bool isArc = element.GetType() == MathTypes::Arc2D;
     pugi::xml_node node = Append(geometry, isLine ? "Line" : isArc ? "Curve" : "Spiral");
     Set(node, "length", element.GetLength());
+    if (stated.type == "Viennese") throw InputError("a Viennese bend cannot be written");
     if (!isLine) {
         if (stated.startRadius * stated.endRadius < 0.0)
             throw InputError("a transition that changes sides cannot be written");

@@ -48,6 +48,8 @@ double ShapeIntegral(Spiral2D::Spiral2DType type, double t) {
             return 0.5 * t - std::sin(pi * t) / twoPi;
         case Type::Biquadratic:
             return t < 0.5 ? 2.0 / 3.0 * t * t * t : t - 0.5 + 2.0 / 3.0 * (1.0 - t) * (1.0 - t) * (1.0 - t);
+        case Type::Viennese:
+            return t * t * t * t * t * (7.0 - t * (14.0 - t * (10.0 - 2.5 * t)));
         case Type::Clothoid:
         case Type::Cubic:
             break;
@@ -66,12 +68,28 @@ double SteepestShape(Spiral2D::Spiral2DType type) {
         case Type::Sine:
         case Type::Biquadratic:
             return 2.0;
+        case Type::Viennese:
+            return 2.1875;
         case Type::Clothoid:
         case Type::Cubic:
             break;
     }
     return 1.0;
 }
+
+// Derivatives of f of the law `Viennese`.
+double VienneseSlope(double t) {
+    const double q = t * (1.0 - t);
+    return 140.0 * q * q * q;
+}
+
+double VienneseBend(double t) {
+    const double q = t * (1.0 - t);
+    return 420.0 * q * q * (1.0 - 2.0 * t);
+}
+
+constexpr double mostVienneseBend = 7.52;   // bounds of the second derivative
+constexpr double mostVienneseTwist = 52.5;  // and of the third
 
 double AbscissaAtCurvature(double curvature) {
     const double wanted = std::abs(curvature);
@@ -108,6 +126,18 @@ RateSeries ShapeSeries(Spiral2D::Spiral2DType type, double T, double d) {
             f.terms[2] = (T < 0.5 ? 2.0 : -2.0) * d * d;
             f.size = 3;
             return f;
+        case Type::Viennese: {
+            // The coefficients by powers of t about T: divided by (t - T) again and again.
+            f.terms = {0.0, 0.0, 0.0, 0.0, 35.0, -84.0, 70.0, -20.0};
+            f.size = 8;
+            double power = 1.0;
+            for (std::size_t n = 0; n < f.size; ++n) {
+                for (std::size_t i = f.size - 1; i-- > n;) f.terms[i] += T * f.terms[i + 1];
+                f.terms[n] *= power;
+                power *= d;
+            }
+            return f;
+        }
         case Type::Sine:
         case Type::Cosine: {
             // - sin(2 pi T + phase t) / (2 pi) or - cos(pi T + phase t) / 2: every derivative is one of four values.
@@ -165,19 +195,42 @@ double Spiral2D::Law::GetCurvatureAtAbscissa(double u) const {
 double Spiral2D::Law::GetCurvature(double station) const {
     if (!(length > 0.0)) return k1;
     if (IsParabola()) return GetCurvatureAtAbscissa(GetAbscissa(station));
-    return k1 + (k2 - k1) * detail::TransitionShape(type, station / length);
+    const double k = k1 + (k2 - k1) * detail::TransitionShape(type, station / length);
+    return shift == 0.0 ? k : k - shift / length / length * VienneseBend(station / length);
 }
 
 double Spiral2D::Law::GetTurn(double station) const {
     if (!(length > 0.0)) return 0.0;
-    if (!IsParabola()) return k1 * station + (k2 - k1) * length * ShapeIntegral(type, station / length);
+    if (!IsParabola()) {
+        const double turn = k1 * station + (k2 - k1) * length * ShapeIntegral(type, station / length);
+        return shift == 0.0 ? turn : turn - shift / length * VienneseSlope(station / length);
+    }
     const double u = GetAbscissa(station);
     return side * (std::atan(u * u) - std::atan(firstAbscissa * firstAbscissa));
 }
 
 double Spiral2D::Law::GetLargestRate() const {
     if (IsParabola()) return 2.0 * scale * scale;
-    return length > 0.0 ? SteepestShape(type) * std::abs(k2 - k1) / length : 0.0;
+    if (!(length > 0.0)) return 0.0;
+    const double rate = SteepestShape(type) * std::abs(k2 - k1) / length;
+    return shift == 0.0 ? rate : rate + mostVienneseTwist * std::abs(shift) / length / length / length;
+}
+
+// With q = t (1 - t) the first derivative of f is 140 q^3, the third 840 q (1 - 5 q): the curvature turns back where
+// d q^2 + 30 shift q = 6 shift, d = (k2 - k1) length^2.
+std::vector<double> Spiral2D::Law::GetTurningPoints() const {
+    std::vector<double> stations;
+    if (shift == 0.0 || !(length > 0.0)) return stations;
+    const double d = (k2 - k1) * length * length;
+    const double sum = 15.0 * shift + std::copysign(std::sqrt(225.0 * shift * shift + 6.0 * shift * d), shift);
+    for (const double q : {6.0 * shift / sum, -sum / d}) {  // both without cancellation; NaN for none
+        if (!(q > 0.0 && q < 0.25)) continue;
+        const double away = 0.5 * std::sqrt(1.0 - 4.0 * q);
+        stations.push_back(length * (q / (0.5 + away)));
+        stations.push_back(length * (0.5 + away));
+    }
+    std::sort(stations.begin(), stations.end());
+    return stations;
 }
 
 // Evaluates stations relative to the start point, in world directions.
@@ -236,6 +289,24 @@ Spiral2D::Spiral2D(Spiral2DType spiralType, double startRadiusValue, double endR
     MakeWhole();
 }
 
+std::vector<Spiral2D> Spiral2D::MakeVienneseBend(double startRadiusValue, double endRadiusValue, double bendLength,
+                                                 double lever, double rollChange, const Point2D& from,
+                                                 const Vec2D& tangent) {
+    Spiral2D whole(Spiral2DType::Viennese, startRadiusValue, endRadiusValue, bendLength, from, tangent);
+    whole.law.shift = lever * rollChange;
+    whole.Update();
+    std::vector<Spiral2D> parts;
+    if (!whole.usable || !(bendLength > 0.0)) return parts;
+    std::vector<double> ends = whole.law.GetTurningPoints();
+    ends.push_back(bendLength);
+    double start = 0.0;
+    for (const double end : ends) {
+        if (end > start) parts.push_back(whole.GetPart(start, end));
+        start = end;
+    }
+    return parts;
+}
+
 Spiral2D::Spiral2D(const Spiral2D& other) : IPolyline2DElement(other) { CopyData(other); }
 
 Spiral2D& Spiral2D::operator=(const Spiral2D& other) {
@@ -285,8 +356,9 @@ void Spiral2D::MakeWhole() {
 }
 
 bool Spiral2D::IsUsable() const {
-    const bool known = type <= Spiral2DType::Cubic;
-    const double turn = std::max(std::abs(law.k1), std::abs(law.k2)) * law.length;
+    const bool known = type <= Spiral2DType::Viennese;
+    double turn = std::max(std::abs(law.k1), std::abs(law.k2)) * law.length;
+    if (law.shift != 0.0) turn += mostVienneseBend * std::abs(law.shift) / law.length;
     return known && length >= 0.0 && law.length <= detail::largestDouble && turn <= mostTurn && std::isfinite(law.k1) &&
            std::isfinite(law.k2) && std::isfinite(startTangent.NormSquared()) && std::isfinite(start.GetX()) &&
            std::isfinite(start.GetY());
@@ -366,6 +438,12 @@ void Spiral2D::AppendPanels(double from, double to, double longest) {
         RateSeries rate = ShapeSeries(law.type, inLaw / law.length, half / law.length);
         for (double& term : rate.terms) term *= half * (law.k2 - law.k1);
         rate.terms[0] += half * law.k1;
+        if (law.shift != 0.0) {
+            const RateSeries f = ShapeSeries(law.type, inLaw / law.length, half / law.length);
+            for (std::size_t n = 2; n < f.size; ++n) {
+                rate.terms[n - 2] -= law.shift / half * static_cast<double>(n * (n - 1)) * f.terms[n];
+            }
+        }
         const double direction = law.GetTurn(inLaw) - startTurn;
         std::array<Position, Panel::terms> w;
         w[0] = {std::cos(direction), std::sin(direction)};
@@ -414,7 +492,7 @@ bool Spiral2D::IsEqualTo(const Spiral2D& other, double tolerance) const {
     return type == other.type && start.IsEqualTo(other.start, tolerance) &&
            startTangent.IsEqualTo(other.startTangent, tolerance) && equal(startRadius, other.startRadius) &&
            equal(endRadius, other.endRadius) && equal(length, other.length) && equal(lawStart, other.lawStart) &&
-           equal(law.length, other.law.length);
+           equal(law.length, other.law.length) && equal(law.shift, other.law.shift);
 }
 
 Spiral2D* Spiral2D::Clone() const { return new Spiral2D(*this); }
@@ -467,8 +545,12 @@ bool Spiral2D::ExtendEnd(const Point2D& point, const Tolerances& tolerances) {
         longest =
             Spiral2D(type, startRadius, RadiusOf(law.k2 + rate * extension), length + extension, start, startTangent);
     } else {
-        longest.length = law.length - lawStart;
-        longest.endRadius = RadiusOf(law.k2);
+        double whole = law.length;
+        for (const double turning : law.GetTurningPoints()) {
+            if (turning >= lawStart + length * (1.0 - 1e-12)) whole = std::min(whole, turning);
+        }
+        longest.length = whole - lawStart;
+        longest.endRadius = RadiusOf(whole < law.length ? law.GetCurvature(whole) : law.k2);
         longest.Update();
     }
     PolylineElementPoint foot;

@@ -42,6 +42,7 @@ public:
         Cosine = 3,       ///< f = (1 - cos(pi t)) / 2: half a wave
         Biquadratic = 4,  ///< f = 2 t^2 up to the middle, then 1 - 2 (1 - t)^2 (Helmert 1872, Schramm)
         Cubic = 5,        ///< a part of a cubic parabola, see above
+        Viennese = 6,     ///< f = 35 t^4 - 84 t^5 + 70 t^6 - 20 t^7, see `MakeVienneseBend`
     };
 
     /// A clothoid of length 0 at the origin.
@@ -55,6 +56,19 @@ public:
     /// The other becomes a spiral of length 0.
     Spiral2D(Spiral2D&& other) noexcept;
     Spiral2D& operator=(Spiral2D&& other) noexcept;
+
+    /// The axis of a Viennese bend (Hasslinger 2005), along which not the axis but the centre of gravity of a vehicle,
+    /// at a height (the lever) above it, turns by the law `Viennese`, while the track rolls by that law too: with psi
+    /// the change of roll from the start to the end [rad], positive where the right side rises, the curvature is
+    ///
+    ///     k(t) = k1 + (k2 - k1) f(t) - lever psi f''(t) / length^2,   f'' = 420 t^2 (1 - t)^2 (1 - 2 t).
+    ///
+    /// It swings out beyond both ends, so it comes in parts over each of which it only grows or falls, as searches
+    /// along curves need it: three as a rule, one for a lever or roll of 0, at most five.
+    /// @return none where the values make no curve
+    [[nodiscard]] static std::vector<Spiral2D> MakeVienneseBend(double startRadiusValue, double endRadiusValue,
+                                                                double bendLength, double lever, double rollChange,
+                                                                const Point2D& from, const Vec2D& tangent);
 
     MathTypes GetType() const override;
     /// The box of the ends and of every point whose tangent is parallel to an axis.
@@ -81,7 +95,8 @@ public:
     /// Distance from the curve strictly below the user tolerance.
     bool IsPointOnGeometry(const Point2D& point, const Tolerances& tolerances) const override;
     /// The start (end) moves along the curve to the foot of the point: back into it; out along a clothoid by up to 2
-    /// rad of turn; out along a piece of another type until its whole is restored. The other end stays.
+    /// rad of turn; out along a piece of another type until its whole (of a Viennese bend, that part) is restored. The
+    /// other end stays.
     /// @return false, nothing changed, for a point without a foot there, or one within the user tolerance of the other
     /// end
     bool ExtendStart(const Point2D& point, const Tolerances& tolerances) override;
@@ -154,6 +169,7 @@ private:
         double firstAbscissa = 0.0;
         double first = 0.0;
         double side = 1.0;
+        double shift = 0.0;  // of a Viennese bend: lever times change of roll
 
         bool SolveCubic();
         bool IsParabola() const { return type == Spiral2DType::Cubic && k1 != k2 && length > 0.0; }
@@ -162,6 +178,7 @@ private:
         double GetCurvature(double station) const;
         double GetTurn(double station) const;  // integral of the curvature from 0
         double GetLargestRate() const;
+        std::vector<double> GetTurningPoints() const;  // stations where the curvature of a Viennese bend turns back
     };
     // From the start, x along the start tangent; of a cubic parabola along its inflection tangent.
     struct Position {

@@ -27,6 +27,9 @@ const Reference kReferences[] = {
     {Type::Cosine, 500, 499.9999, 200, 194.709170425479914, 39.4695052571614592, 0.400000040000008},
     {Type::Biquadratic, 0, 40, 240, 114.42325910439303, 104.551866681916035, 3.0},
     {Type::Biquadratic, 300, -200, 120, 119.615803291447242, 6.48903584546680548, -0.1},
+    {Type::Viennese, 0, 300, 75, 74.8984840605614045, 2.60105721767929631, 0.125},
+    {Type::Viennese, 300, -200, 120, 119.533050441101626, 7.3178203754610268, -0.1},
+    {Type::Viennese, 20, -15, 500, -3.50807747454853568, 123.379803098009311, -4.16666666666666667},
     {Type::Cubic, 0, 300, 75, 74.8778463593190297, 3.19153443795628656, 0.127179481889868884},
     {Type::Cubic, -600, -300, 60, 59.8032348296316675, -4.06280687990885637, -0.152488970632387613},
     {Type::Cubic, 300, -200, 120, 119.797109559483621, 3.44190419131833722, -0.112621861380591979},
@@ -42,6 +45,36 @@ TEST(Spiral2DTest, EndsMatchTheQuadratureToTenDigitsOfAMetre) {
         const bool extended = Spiral2D(spiral).ExtendEnd(spiral.GetEnd() + spiral.GetEndTangent(), kTolerances);
         EXPECT_TRUE(extended == (r.type == Type::Clothoid) || r.length > 400.0) << "longer ones coil";
     });
+}
+
+TEST(Spiral2DTest, VienneseBendsComeInPartsThatTurnOneWay) {
+    const std::tuple<Reference, double, std::size_t> rows[] = {
+        {{Type::Viennese, 0, 300, 75, 74.9024131301178493, 2.42114522524329855, 0.125}, 0.1, 3},
+        {{Type::Viennese, 0, -300, 75, 74.8938503575034582, -2.78095421046591373, -0.125}, 0.1, 1},
+        {{Type::Viennese, 300, -200, 120, 119.551655304292947, 7.13888782609587162, -0.1}, 0.1, 1},
+        {{Type::Viennese, 500, 500, 60, 59.8664552462572093, 3.41601629418374089, 0.12}, 0.1, 3},
+        {{Type::Viennese, 0, 300, 75, 74.8984840605614045, 2.60105721767929631, 0.125}, 0.0, 1},
+    };
+    for (const auto& [r, roll, count] : rows) {
+        for (const Point2D& origin : surveyOrigins) {
+            const auto parts =
+                Spiral2D::MakeVienneseBend(r.startRadius, r.endRadius, r.length, 1.8, roll, origin, Vec2D(1, 0));
+            ASSERT_EQ(parts.size(), count);
+            EXPECT_THAT(parts.back().GetEnd(), IsNear(origin + Vec2D(r.x, r.y), 2e-9));
+            EXPECT_NEAR(parts.back().GetEndTangent().PerpDotProduct(Vec2D(std::cos(r.turn), std::sin(r.turn))), 0,
+                        1e-13);
+            for (std::size_t i = 0; i < count; ++i) {
+                CheckMotion(parts[i], 2e-9);
+                CheckStation(parts[i], 0.4 * parts[i].GetLength(), 1e-7);
+                CheckPieces(parts[i], true);
+                CheckBox(parts[i]);
+                const double joined =
+                    i > 0 ? parts[i - 1].GetCurvature(parts[i - 1].GetLength()) : parts[0].GetCurvature(0);
+                EXPECT_NEAR(parts[i].GetCurvature(0), joined, 1e-15);
+            }
+        }
+    }
+    EXPECT_TRUE(Spiral2D::MakeVienneseBend(0, 300, 75, kInfinity, 0.1, Point2D(), Vec2D(1, 0)).empty());
 }
 
 TEST(Spiral2DTest, WhatIsNoCurveAnswersFalse) {

@@ -49,7 +49,7 @@ Stationing CheckStationing(Bytes& bytes) {
 
 Cant TakeCant(Bytes& bytes) {
     const auto knots = bytes.TakeSome(4, [&] {
-        return Cant::Knot{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Cant::Law>(7)};
+        return Cant::Knot{bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeOne<Cant::Law>(8)};
     });
     Cant cant;
     const auto pivot = bytes.TakeOne<Cant::Pivot>(6);
@@ -98,7 +98,7 @@ void CheckAlignment(const Alignment& road, const Point3D& p, double station, dou
 void CheckDesign(Bytes& bytes) {
     const auto corners = bytes.TakeSome(6, [&] {
         return AlignmentDesign::Corner{bytes.TakePoint(), bytes.TakeDouble(), bytes.TakeDouble(), bytes.TakeDouble(),
-                                       bytes.TakeOne<AlignmentDesign::Law>(7)};
+                                       bytes.TakeOne<AlignmentDesign::Law>(8)};
     });
     Polyline2D plan;
     AlignmentDesign::Fault fault;
@@ -109,7 +109,7 @@ void CheckDesign(Bytes& bytes) {
     if (bytes.Tame()) Require(plan.IsContinuous(1e-6));
     const Circle2D first{bytes.TakePoint(), bytes.TakeDouble()}, second{bytes.TakePoint(), bytes.TakeDouble()};
     const Line2D line(first.GetCenter(), bytes.TakePoint());
-    const auto law = bytes.TakeOne<AlignmentDesign::Law>(7);
+    const auto law = bytes.TakeOne<AlignmentDesign::Law>(8);
     double r1 = bytes.TakeDouble(), r2 = bytes.TakeDouble();
     (void)AlignmentDesign::FromClothoid(bytes.TakeDouble(), r1, r2);
     (void)AlignmentDesign::FromSecondDerivatives(bytes.TakeDouble(), r1, r2);

@@ -48,7 +48,7 @@ inline std::unique_ptr<IPolyline2DElement> TakeElement(Bytes& bytes) {
             return std::make_unique<Clothoid>(first, second, b.GetX(), a, tangent);
         case 4:
         case 5:
-            return std::make_unique<Spiral2D>(bytes.TakeOne<Spiral2D::Spiral2DType>(7), first, second, b.GetX(), a,
+            return std::make_unique<Spiral2D>(bytes.TakeOne<Spiral2D::Spiral2DType>(8), first, second, b.GetX(), a,
                                               tangent);
         case 6: {
             const double slope = second - (a.GetX() + b.GetX()) * first / 64.0;

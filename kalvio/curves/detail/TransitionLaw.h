@@ -19,6 +19,8 @@ inline double TransitionShape(Spiral2D::Spiral2DType type, double t) {
             return 0.5 * (1.0 - std::cos(pi * t));
         case Type::Biquadratic:
             return t < 0.5 ? 2.0 * t * t : 1.0 - 2.0 * (1.0 - t) * (1.0 - t);
+        case Type::Viennese:
+            return t * t * t * t * (35.0 - t * (84.0 - t * (70.0 - 20.0 * t)));
         case Type::Clothoid:
         case Type::Cubic:
             break;
