@@ -40,7 +40,7 @@ constexpr const char* kUsage =
     "       alignment --fit POINTS.csv [--scatter METRES] [--transition NAME] [the same options]\n"
     "       alignment --join FROM --join TO [--radius R | --transition NAME] [the same options]\n"
     "  --step    distance of the stations written to the table (20)\n"
-    "  --svg     draws plan and profile\n"
+    "  --svg     draws plan, profile and cross slopes, of a design the curvature\n"
     "  --csv     writes station, x, y, height, bearing and curvature\n"
     "  --offsets table of points, x,y: station and offset of each, in the order of the table\n"
     "  --offsets-csv  where they go (standard output)\n"
@@ -465,34 +465,75 @@ void DrawProfile(Svg& svg, double left, double top, double width, double height,
              12, "#222222");
 }
 
-// Curvature by station, to the left upward, over a box of the page.
-void DrawCurvature(Svg& svg, double left, double top, double width, double height, const Alignment& alignment) {
-    const double length = alignment.plan.GetLength();
+// What valueAt(station, value) tells, on both sides of every change and between them.
+template <class ValueAt>
+std::vector<Point2D> BandOf(const Alignment& alignment, ValueAt&& valueAt) {
     std::vector<Point2D> band{Point2D(0.0, 0.0)};
-    double most = 0.0;
+    const double length = alignment.plan.GetLength();
     constexpr double beside = 1e-9;  // both sides of a joint
     for (const double change : alignment.InSpace().GetChanges(0.0, length)) {
         for (const double station : {change - beside, change + beside}) {
-            double curvature = 0.0;
-            if (!alignment.plan.GetCurvature(station, curvature)) continue;
+            double value = 0.0;
+            if (!valueAt(station, value)) continue;
             if (const double from = band.back().GetX(); station - from > 1.0) {
                 for (int k = 1; k < 24; ++k) {
                     double between = 0.0;
                     const double at = from + (station - from) * k / 24;
-                    if (alignment.plan.GetCurvature(at, between)) band.emplace_back(at, between);
+                    if (valueAt(at, between)) band.emplace_back(at, between);
                 }
             }
-            band.emplace_back(station, curvature);
-            most = std::max(most, std::abs(curvature));
+            band.emplace_back(station, value);
         }
     }
     band.emplace_back(length, 0.0);
+    return band;
+}
+
+double MostOf(const std::vector<Point2D>& band) {
+    double most = 0.0;
+    for (const Point2D& p : band) most = std::max(most, std::abs(p.GetY()));
+    return most;
+}
+
+SvgPanel BandPanel(double left, double top, double width, double height, double length, double most) {
+    return {left, top, width, height, BoundingBox2D(Point2D(0.0, -most), Point2D(length, most)), false};
+}
+
+// Curvature by station, to the left upward, over a box of the page.
+void DrawCurvature(Svg& svg, double left, double top, double width, double height, const Alignment& alignment) {
+    const double length = alignment.plan.GetLength();
+    const std::vector<Point2D> band = BandOf(
+        alignment, [&](double station, double& curvature) { return alignment.plan.GetCurvature(station, curvature); });
+    const double most = MostOf(band);
     if (most == 0.0) return;
-    const SvgPanel panel(left, top, width, height, BoundingBox2D(Point2D(0.0, -most), Point2D(length, most)), false);
+    const SvgPanel panel = BandPanel(left, top, width, height, length, most);
     svg.Area({panel.ToPage(band)}, {"#d1495b", 1.4, "#f3d3d7", ""});
     svg.Polyline(panel.ToPage(std::vector{Point2D(0.0, 0.0), Point2D(length, 0.0)}), {"#333333", 0.8, "", ""});
     svg.Text(Point2D(left, top - 10),
              "Curvature by station, left curves upward, smallest radius " + Fixed(1.0 / most, 3), 12, "#222222");
+}
+
+// Cross slopes by station, upward where the right side is higher.
+void DrawCant(Svg& svg, double left, double top, double width, double height, const Alignment& alignment) {
+    const double length = alignment.plan.GetLength();
+    std::vector<Point2D> bands[2];
+    for (const bool isRight : {false, true}) {
+        bands[isRight ? 1 : 0] = BandOf(alignment, [&](double station, double& slope) {
+            const Cant::Place place = alignment.cant.GetPlace(station);
+            slope = isRight ? place.right : place.left;
+            return true;
+        });
+    }
+    const double most = std::max(MostOf(bands[0]), MostOf(bands[1]));
+    if (most == 0.0) return;
+    const SvgPanel panel = BandPanel(left, top, width, height, length, most);
+    svg.Area({panel.ToPage(bands[1])}, {"#2e8b57", 1.4, "#d5e8dd", ""});
+    svg.Polyline(panel.ToPage(bands[0]), {"#c77d1e", 1.4, "", ""});
+    svg.Polyline(panel.ToPage(std::vector{Point2D(0.0, 0.0), Point2D(length, 0.0)}), {"#333333", 0.8, "", ""});
+    svg.Text(Point2D(left, top - 10),
+             "Cross slopes of " + alignment.name + ", left (line) and right (area) of the axis, at most " +
+                 Fixed(100.0 * most, 2) + " %",
+             12, "#222222");
 }
 
 bool DrawPicture(const Options& options, const std::vector<Alignment>& alignments, const std::string& unit) {
@@ -504,7 +545,11 @@ bool DrawPicture(const Options& options, const std::vector<Alignment>& alignment
     const auto withProfile =
         std::find_if(alignments.begin(), alignments.end(), [](const Alignment& a) { return !a.profile.IsEmpty(); });
     const bool hasProfile = withProfile != alignments.end();
-    const double height = margin + planHeight + margin + (hasProfile || hasCurvature ? profileHeight + margin : 0.0);
+    const auto withCant = std::find_if(alignments.begin(), alignments.end(),
+                                       [](const Alignment& a) { return !a.cant.GetKnots().empty(); });
+    const bool hasCant = withCant != alignments.end();
+    const int bands = (hasProfile ? 1 : 0) + (hasCurvature ? 1 : 0) + (hasCant ? 1 : 0);
+    const double height = margin + planHeight + margin + bands * (profileHeight + margin);
     Svg svg(width, height);
     const SvgPanel panel(margin, margin, width - 2.0 * margin, planHeight, BoxOfPlans(alignments), true);
     double longest = 0.0;
@@ -526,10 +571,16 @@ bool DrawPicture(const Options& options, const std::vector<Alignment>& alignment
     }
     DrawScaleBar(svg, width - margin - 260.0, 50.0, panel.GetScaleX(), unit);
     DrawNorthArrow(svg, width - 40.0, 62.0);
-    if (hasProfile)
-        DrawProfile(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, *withProfile, unit);
-    if (hasCurvature)
-        DrawCurvature(svg, margin, 2.0 * margin + planHeight, width - 2.0 * margin, profileHeight, alignments.front());
+    double top = 2.0 * margin + planHeight;
+    const auto draw = [&](bool isWanted, auto&& drawBand) {
+        if (!isWanted) return;
+        drawBand();
+        top += profileHeight + margin;
+    };
+    const double inner = width - 2.0 * margin;
+    draw(hasProfile, [&] { DrawProfile(svg, margin, top, inner, profileHeight, *withProfile, unit); });
+    draw(hasCurvature, [&] { DrawCurvature(svg, margin, top, inner, profileHeight, alignments.front()); });
+    draw(hasCant, [&] { DrawCant(svg, margin, top, inner, profileHeight, *withCant); });
     return svg.Write(options.svg);
 }
 
