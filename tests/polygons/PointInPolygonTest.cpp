@@ -276,7 +276,8 @@ TEST(PointInPolygonTest, StripsMeetVerticesSidesAndHoles) {
         }
     }
     pieces.clear();
-    PointInPolygon::PolygonClipHoriStrip(Polygon2D{Point2D(0, 0), Point2D(1, kNan), Point2D(1, 1)}, pieces, 0, 1, 0);
+    for (const Point2D& unsound : {Point2D(1, kNan), Point2D(kNan, 1), Point2D(1e101, 1), Point2D(1, -1e101)})
+        PointInPolygon::PolygonClipHoriStrip(Polygon2D{Point2D(0, 0), unsound, Point2D(1, 1)}, pieces, 0, 1, 0);
     PointInPolygon::PolygonClipHoriStrip(Polygon2D(), pieces, 0, 1, 0);
     EXPECT_TRUE(pieces.empty());
 }

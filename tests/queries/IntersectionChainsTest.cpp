@@ -290,6 +290,9 @@ TEST(IntersectionChainsTest, Boxes) {
     EXPECT_FALSE(I::IsBoundingBoxInsideBoundingBox(tall, box, 0.25) ||
                  I::IsBoundingBoxInsideBoundingBox(high, low, 0.5));
     EXPECT_FALSE(I::PointOnLineString(P(0, 0), LineString2D{P(0, 0)}, 0.5)) << "no segment";
+    EXPECT_TRUE(I::PointOnLine(P(9, 0.25), P(0, 0), P(2, 0), 0.25) &&
+                I::PointOnLine(P(9, 0.25), Line2D(P(0, 0), P(2, 0)), 0.25) &&
+                I::PointOnLine(P(9, 0.25), Line3D(Point3D(0, 0, 0), Point3D(2, 0, 5)), 0.25));
     const LineString3D edge{Point3D(0, 0, 0), Point3D(2, 0, 0)};
     EXPECT_TRUE(I::PointOnLineString(Point3D(1, 0, 0.25), edge, 0.25));
     EXPECT_FALSE(I::PointOnLineString(Point3D(1, 0, 0.5), edge, 0.25));

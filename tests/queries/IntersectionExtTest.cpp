@@ -76,6 +76,7 @@ TEST(IntersectionExtTest, LocationsInSpace) {
         {"above", {Q(1, -1, 2e-4), Q(1, 2, 2e-4)}, R::NoIntersection, {}},
         {"at the end", {Q(4, 0, 3), Q(4, 0, 0)}, R::Intersecting, {4}},
         {"along", {Q(6, 0, 0), Q(3, 0, 0)}, R::Intersecting, {3, 4}},
+        {"along, the same way", {Q(3, 0, 0), Q(6, 0, 0)}, R::Intersecting, {3, 4}},
         {"the same", {Q(4, 0, 0), Q(0, 0, 0)}, R::Coincident, {0, 4}},
         {"no length", {Q(1, 0, 0), Q(1, 0, 0)}, R::Degenerate, {}},
     };
