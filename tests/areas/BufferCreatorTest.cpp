@@ -147,17 +147,9 @@ TEST(BufferCreatorTest, ChordsLeaveCusps) {
     around.AppendInnerRing(hole);
     std::vector<Polygon2D> result;
     ASSERT_TRUE(BufferCreator::Create(std::vector{around, PolygonCurve2D(disc)}, -0.1, 0.01, result, Tolerances(1e-6)));
-    EXPECT_EQ(result.size(), 2U);
-    for (const Polygon2D& part : result) {
-        for (const std::vector<Point2D>& ring : RingsOf(part)) {
-            for (const Point2D& p : ring) {
-                const double radius = p.Distance(Point2D());
-                EXPECT_LT(std::min({std::abs(radius - 80.1), std::abs(radius - 159.9),
-                                    std::abs(p.Distance(Point2D(58, 0)) - 21.9)}),
-                          0.0101);
-            }
-        }
-    }
+    ASSERT_EQ(result.size(), 2U);
+    for (const Point2D& p : result[0].GetHoleBoundary(0).GetPoints()) EXPECT_NEAR(p.Distance(Point2D()), 80.1, 0.0101);
+    for (const Point2D& p : result[1].GetPoints()) EXPECT_NEAR(p.Distance(Point2D(58, 0)), 21.9, 0.0101);
 }
 
 TEST(BufferCreatorTest, WhatCannotBeBufferedTouchesNothing) {
