@@ -37,9 +37,9 @@ class Tolerances;
 /// ask points of a result by chords.
 ///
 /// All functions answer false, the result untouched, for coordinates, distances and tolerances that are not finite (or
-/// beyond 1e100), for a height or limit that is not positive, and for distances that rounding leaves no shape: round
-/// ones above 4.5e15 user tolerances, others above the root of 4.5e15 user tolerances times the extent, the tolerance
-/// taken as at least 1e-10.
+/// beyond 1e100, with arcs 1e70), for a height or limit that is not positive, and for distances that rounding leaves no
+/// shape: round ones above 4.5e15 user tolerances, others above the root of 4.5e15 user tolerances times the extent,
+/// the tolerance taken as at least 1e-10.
 class KALVIO_MATH_API BufferCreator {
 public:
     /// What a chain ends with.

@@ -35,8 +35,8 @@ namespace Kalvio::Math {
 /// largest coordinate cannot be told apart; a smaller user tolerance counts as that.
 ///
 /// For n corners and k crossings about n log n + k steps, whatever the number of areas. All functions answer false, and
-/// leave the result as it was, for coordinates that are not finite (or beyond 1e100), and should the cutting of borders
-/// not end.
+/// leave the result as it was, for coordinates that are not finite (or beyond 1e100, with arcs 1e70), and should the
+/// cutting of borders not end.
 ///
 /// Source: data normalisation (V. J. Milenkovic, 1988) with exact turns, then winding numbers of the faces; see
 /// `detail/BorderNoding.h`.

@@ -234,6 +234,10 @@ TEST(PolygonsBooleanOperationTest, OverlayNamesBothSources) {
         EXPECT_TRUE(AreSame(untouched, {parcels[0]}));
         EXPECT_EQ(pieces.size(), 4U);
     }
+    RingCurve2D vast;  // no numbers for its crossings
+    vast.AppendElement(Arc2D(Point2D(0, 1.3e91), 1.0, Point2D(-7e78, 0)));
+    std::vector<PolygonCurve2D> curves;
+    EXPECT_FALSE(Boolean::Union(PolygonCurve2D(vast), curves, kTolerances));
 }
 
 // A ring from its corners and the bulge of the element from each to the next; 0 is a line.

@@ -97,7 +97,7 @@ void CheckBuffers(const std::vector<Polygon2D>& areas, const std::vector<Polygon
     std::vector<PolygonCurve2D> curves;
     const double height = std::max(0.01 * std::abs(distance), 1e-3);
     if (!BufferCreator::Create(areas, distance, height, buffer, tolerances, shape)) return Require(!tame);
-    Require(BufferCreator::Create(areas, distance, curves, tolerances, shape));
+    Require(BufferCreator::Create(areas, distance, curves, tolerances, shape) || !tame);
     if (areas.empty()) return;
     const LineString2D chain(areas.front().GetPoints());
     Require(BufferCreator::Create(chain, distance, height, beyond, tolerances, shape));

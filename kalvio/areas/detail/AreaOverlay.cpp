@@ -183,7 +183,14 @@ void AreaOverlay::SortLoops() {
 }
 
 bool AreaOverlay::Run() {
+    constexpr double largestWithArcs = 1e70;  // up to here fourth powers stay finite
+    const auto isUsable = [](const PlanePoint& p) { return std::max(std::abs(p.x), std::abs(p.y)) <= largestWithArcs; };
     if (vertices.size() >= none / 2) return false;
+    if (hasArcs && (!std::all_of(vertices.begin(), vertices.end(), isUsable) ||
+                    !std::all_of(sources.begin(), sources.end(),
+                                 [&](const BorderSource& source) { return isUsable(source.center); }))) {
+        return false;
+    }
     SortLoops();
     noding.emplace(vertices, std::move(border), sources, tolerance);
     if (!noding->Run()) return false;

@@ -62,7 +62,7 @@ public:
     [[nodiscard]] bool Add(const std::vector<Ring>& outlines, std::uint32_t layer);
     bool HasArcs() const { return hasArcs; }
 
-    /// To be called once, after the last area.
+    /// To be called once, after the last area. @return false also where there are arcs and a coordinate beyond 1e70
     [[nodiscard]] bool Run();
 
     /// From now on bounded faces no wider than two tolerances count as inside (outside), where snapping may have opened
