@@ -14,9 +14,12 @@ namespace {
 constexpr double reachOverTolerance = 1.01;     // what is left apart is so by more than the tolerance
 constexpr double distinctOverTolerance = 1.42;  // more than sqrt(2), and than 2 / sqrt(3) times the reach
 constexpr double roundings = 32.0;              // of the largest coordinate that a tolerance spans at least
+constexpr double manyRoundings = 1024.0;        // the same for a tolerance beside which crossings lie on their pieces
+constexpr double clearance = 1.1;               // of the reach: farther off stays so where pieces move by roundings
 constexpr double flatness = 0.25;               // of the tolerance: a piece that leaves its chord by less is its chord
 constexpr double shortness = 4.0;               // of the distance of nodes: the same for a piece no longer
 constexpr std::size_t mostRounds = 10000;       // far more than ever seen
+constexpr std::size_t fewPoints = 16;           // sorted sooner than put in cells
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
 
 double LargestCoordinate(const std::vector<PlanePoint>& points) {
@@ -41,6 +44,7 @@ BorderNoding::BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<
         piece.to = nodeOf[piece.to];
     }
     std::erase_if(pieces, [](const BorderPiece& piece) { return piece.from == piece.to; });
+    isCoarse = kept >= manyRoundings * std::numeric_limits<double>::epsilon() * LargestCoordinate(vertices);
     hasArcs = std::any_of(sources.begin(), sources.end(), [](const BorderSource& source) { return source.sense != 0; });
     isFresh.assign(pieces.size(), 1);
     freshCount = pieces.size();
@@ -55,25 +59,34 @@ bool BorderNoding::IsBefore(const Spot& a, const Spot& b) {
     return a.at.y < b.at.y || (a.at.y == b.at.y && a.at.x < b.at.x);
 }
 
-// The nearest node within reach of each point, by its number; where there is none the point becomes one. Points that no
-// other one is near need no order among them.
+// The nearest node within reach of each point, by its number; where there is none the point becomes one. Only among
+// points that lie near each other, and are not the same, does it take an order to tell which.
 std::vector<std::uint32_t> BorderNoding::FindOrAddNodes(const std::vector<PlanePoint>& points) {
+    IndexNodes();
     const auto known = static_cast<std::uint32_t>(nodes.size());
-    PointGrid pointGrid(points, distinct);
+    const bool areFew = points.size() < fewPoints;
+    PointGrid pointGrid;
+    if (!areFew) pointGrid = PointGrid(points, distinct);
+    const bool areCrowded = areFew || pointGrid.IsUneven();
     std::vector<Spot> crowded;
     std::vector<std::uint32_t> nodeOf(points.size(), none);
     for (std::uint32_t i = 0; i < points.size(); ++i) {
-        bool isCrowded = pointGrid.IsUneven();
+        bool isCrowded = areCrowded;
+        std::uint32_t first = i;
         if (!isCrowded) {
             pointGrid.ForEachNear(points[i], [&](std::uint32_t other) {
-                isCrowded = isCrowded || (other != i && IsNear(points[i], points[other]));
+                if (points[other].x == points[i].x && points[other].y == points[i].y) {
+                    first = std::min(first, other);
+                } else {
+                    isCrowded = isCrowded || IsNear(points[i], points[other]);
+                }
             });
         }
         if (isCrowded) {
             crowded.push_back(SpotOf(points[i], i));
         } else {
             const std::uint32_t node = FindNode(points[i]);
-            nodeOf[i] = node == none ? known + i : node;
+            nodeOf[i] = node == none ? known + first : node;
         }
     }
     SortOut(crowded, known, nodeOf);
@@ -87,15 +100,31 @@ std::vector<std::uint32_t> BorderNoding::FindOrAddNodes(const std::vector<PlaneP
     }
     for (std::uint32_t& node : nodeOf) node = node < known ? node : numberOf[node - known];
     batches.push_back(static_cast<std::uint32_t>(nodes.size()));
-    if (known == 0 && !pointGrid.IsUneven()) {
-        grid = nodes.size() < points.size() ? PointGrid(nodes, distinct) : std::move(pointGrid);
-    } else {
-        const auto middle = static_cast<std::ptrdiff_t>(placed.size());
-        for (std::uint32_t node = known; node < nodes.size(); ++node) placed.push_back(SpotOf(nodes[node], node));
-        std::sort(placed.begin() + middle, placed.end(), IsBefore);
-        std::inplace_merge(placed.begin(), placed.begin() + middle, placed.end(), IsBefore);
+    if (known == 0 && !areCrowded && nodes.size() == points.size()) {
+        grid = std::move(pointGrid);
+        inGrid = nodes.size();
     }
     return nodeOf;
+}
+
+// Nodes that are few beside those in the grid are kept in order, so that it is not laid anew for them.
+void BorderNoding::IndexNodes() {
+    const std::size_t indexed = inGrid + placed.size();
+    if (nodes.size() == indexed) return;
+    if (nodes.size() > inGrid + inGrid / 4 && nodes.size() >= fewPoints) {
+        grid = PointGrid(nodes, distinct);
+        inGrid = nodes.size();
+        placed.clear();
+        if (!grid.IsUneven()) return;
+        grid = PointGrid();
+        inGrid = 0;
+    }
+    const auto middle = static_cast<std::ptrdiff_t>(placed.size());
+    for (std::size_t node = inGrid + placed.size(); node < nodes.size(); ++node) {
+        placed.push_back(SpotOf(nodes[node], static_cast<std::uint32_t>(node)));
+    }
+    std::sort(placed.begin() + middle, placed.end(), IsBefore);
+    std::inplace_merge(placed.begin(), placed.begin() + middle, placed.end(), IsBefore);
 }
 
 bool BorderNoding::IsNear(const PlanePoint& a, const PlanePoint& b) const {
@@ -168,9 +197,12 @@ inline bool BorderNoding::Precedes(const PlanePoint& a, const PlanePoint& b) con
     return IsBefore(SpotOf(a, 0), SpotOf(b, 0));
 }
 
-// Nodes of earlier rounds before later ones, then by coordinates: an order that does not hang on that of the pieces.
-bool BorderNoding::IsLower(std::uint32_t a, std::uint32_t b) const {
-    if (std::max(a, b) >= batches.front()) {
+// Nodes that were added earlier before later ones, then by coordinates: an order that does not hang on that of the
+// pieces.
+inline bool BorderNoding::IsLower(std::uint32_t a, std::uint32_t b) const {
+    const std::uint32_t first = batches.front();
+    if ((a < first) != (b < first)) return a < b;
+    if (a >= first && batches.size() > 2) {
         const auto batchOf = [this](std::uint32_t node) {
             return std::upper_bound(batches.begin(), batches.end(), node);
         };
@@ -214,17 +246,38 @@ bool BorderNoding::Run() {
         BuildBoxes();
         FindMeetings();
         if (cuts.empty() && crossings.empty() && halves.empty()) return true;
+        const bool mayBeLast = round == 0 && isCoarse && !hasArcs && cuts.empty() && !isAnyClose;
+        const std::vector<Crossing> found =
+            mayBeLast && crossings.size() < pieces.size() ? crossings : std::vector<Crossing>();
         if (!CutCrossings()) return false;
+        const bool isLast = !found.empty() && AreClear(found);
+        const std::size_t parts = pieces.size() + 2 * found.size();
         CutHalves();
         ApplyCuts();
+        if (!isLast || pieces.size() != parts) continue;
+        boxes.reset();
+        return true;
     }
     return false;
+}
+
+// Whether each crossing in the list has become a node of its own, far enough from all pieces but its two. Then the next
+// round has nothing to find: parts of pieces that did not come close lie where these did.
+bool BorderNoding::AreClear(const std::vector<Crossing>& found) const {
+    if (nodes.size() - batches.front() != found.size()) return false;
+    return std::none_of(found.begin(), found.end(), [this](const Crossing& crossing) {
+        Extent place;
+        place.Add(Point2D(crossing.at.x, crossing.at.y));
+        return boxes->ForEachNear(place, clearance * reach, [&](std::size_t i) {
+            return i != crossing.first && i != crossing.second && IsBeside(pieces[i], crossing.at, clearance * reach);
+        });
+    });
 }
 
 void BorderNoding::FindMeetings() {
     const auto count = static_cast<std::uint32_t>(pieces.size());
     if (freshCount * fewFresh > count) {
-        boxes->ForEachPair(reach, [&](std::size_t i, std::size_t j) {
+        boxes->ForEachPair(clearance * reach, [&](std::size_t i, std::size_t j) {
             if (isFresh[i] || isFresh[j]) Compare(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(j));
             return false;
         });
@@ -252,7 +305,6 @@ void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     const bool hasFrom = a.from == b.from || a.from == b.to;
     const bool hasTo = a.to == b.from || a.to == b.to;
     if (hasFrom && hasTo) return;
-    if (AreClear(a, b)) return;
     bool isCut = false;
     for (const std::uint32_t node : {b.from, b.to}) {
         if (node != a.from && node != a.to) isCut = CutNear(i, node) || isCut;
@@ -262,25 +314,22 @@ void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     if (!isCut && !hasFrom && !hasTo) FindCrossing(i, j);
 }
 
-// Whether one lies so far to one side of the other's line that no rounding could bring them within reach.
-bool BorderNoding::AreClear(const BorderPiece& piece, const BorderPiece& other) const {
+// Whether the point lies between the ends of the piece, within the distance of its chord.
+bool BorderNoding::IsBeside(const BorderPiece& piece, const PlanePoint& p, double distance) const {
     const PlanePoint& a = nodes[piece.from];
     const PlanePoint chord = nodes[piece.to] - a;
-    const double from = Cross(chord, nodes[other.from] - a);
-    const double to = Cross(chord, nodes[other.to] - a);
-    const double far = 4.0 * reach * reach * Square(chord);
-    return (from > 0.0) == (to > 0.0) && from * from > far && to * to > far;
-}
-
-bool BorderNoding::CutNear(std::uint32_t piece, std::uint32_t node) {
-    const PlanePoint& a = nodes[pieces[piece].from];
-    const PlanePoint chord = nodes[pieces[piece].to] - a;
-    const PlanePoint arm = nodes[node] - a;
+    const PlanePoint arm = p - a;
     const double along = Dot(chord, arm);
     const double square = Square(chord);
     if (!(along > 0.0 && along < square)) return false;
     const double off = Cross(chord, arm);
-    return off * off <= reach * reach * square && AddCut(piece, node);
+    return off * off <= distance * distance * square;
+}
+
+bool BorderNoding::CutNear(std::uint32_t piece, std::uint32_t node) {
+    if (!IsBeside(pieces[piece], nodes[node], clearance * reach)) return false;
+    isAnyClose = true;
+    return IsBeside(pieces[piece], nodes[node], reach) && AddCut(piece, node);
 }
 
 // Cuts only make pieces shorter.

@@ -66,7 +66,10 @@ public:
     const std::vector<PlanePoint>& GetNodes() const { return nodes; }
     const std::vector<BorderPiece>& GetPieces() const { return pieces; }
     /// Boxes over the pieces, after a run.
-    const ExtentBoxes& GetBoxes() const { return *boxes; }
+    const ExtentBoxes& GetBoxes() {
+        if (!boxes) BuildBoxes();
+        return *boxes;
+    }
     /// The tolerance that was kept.
     double GetTolerance() const { return kept; }
 
@@ -103,6 +106,7 @@ private:
     Spot SpotOf(const PlanePoint& p, std::uint32_t index) const;
     static bool IsBefore(const Spot& a, const Spot& b);
     std::vector<std::uint32_t> FindOrAddNodes(const std::vector<PlanePoint>& points);
+    void IndexNodes();
     bool IsNear(const PlanePoint& a, const PlanePoint& b) const;
     std::uint32_t FindNode(const PlanePoint& p) const;
     void SortOut(std::vector<Spot>& spots, std::uint32_t known, std::vector<std::uint32_t>& nodeOf) const;
@@ -115,6 +119,7 @@ private:
     Extent ExtentOf(const BorderPiece& piece) const;
     void BuildBoxes();
     void FindMeetings();
+    bool AreClear(const std::vector<Crossing>& found) const;
     void Compare(std::uint32_t i, std::uint32_t j);
     void CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
     Bow BowOf(const BorderPiece& piece) const;
@@ -125,7 +130,7 @@ private:
     bool FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
     void Halve(std::uint32_t piece, const Bow& bow);
     bool IsNode(const PlanePoint& p, std::uint32_t node) const;
-    bool AreClear(const BorderPiece& piece, const BorderPiece& other) const;
+    bool IsBeside(const BorderPiece& piece, const PlanePoint& p, double distance) const;
     bool CutNear(std::uint32_t piece, std::uint32_t node);
     bool AddCut(std::uint32_t piece, std::uint32_t node);
     void FindCrossing(std::uint32_t i, std::uint32_t j);
@@ -139,8 +144,9 @@ private:
     double distinct;  // of rule 1
     std::vector<PlanePoint> nodes;
     std::vector<std::uint32_t> batches;  // where the nodes end that were added together
-    PointGrid grid;                      // over those of the first batch
-    std::vector<Spot> placed;            // the others in order; all where the first lie too unevenly
+    PointGrid grid;                      // over the first nodes
+    std::size_t inGrid = 0;
+    std::vector<Spot> placed;  // the others in order, but for those of the last batch
     std::vector<BorderPiece> pieces;
     std::vector<char> isFresh;  // pieces that have not been compared with all others
     std::size_t freshCount = 0;
@@ -148,6 +154,8 @@ private:
     std::vector<Crossing> crossings;
     std::vector<Crossing> halves;  // of pieces with themselves, at their middles
     bool hasArcs = false;
+    bool isCoarse = false;    // many roundings of the coordinates fit into the tolerance
+    bool isAnyClose = false;  // a node came close to a piece that it does not end
     std::optional<ExtentBoxes> boxes;
 };
 

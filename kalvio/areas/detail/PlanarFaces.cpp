@@ -11,7 +11,7 @@ bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x ||
 
 }  // namespace
 
-PlanarFaces::PlanarFaces(const BorderNoding& noding, const std::vector<Edge>& graphEdges,
+PlanarFaces::PlanarFaces(BorderNoding& noding, const std::vector<Edge>& graphEdges,
                          const std::vector<std::uint32_t>& edgeOfPiece)
     : nodes(noding.GetNodes()), edges(graphEdges) {
     LinkHalfEdges();
@@ -71,7 +71,7 @@ std::uint32_t PlanarFaces::OuterHalfEdge(std::uint32_t leftmost) const {
     return outer;
 }
 
-void PlanarFaces::NestComponents(const BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece) {
+void PlanarFaces::NestComponents(BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece) {
     // Cycles with an edge in common are of one component.
     std::vector<std::uint32_t> parent(start.size());
     for (std::uint32_t cycle = 0; cycle < parent.size(); ++cycle) parent[cycle] = cycle;
@@ -111,7 +111,7 @@ void PlanarFaces::NestComponents(const BorderNoding& noding, const std::vector<s
 }
 
 // The half-edge with the node in its face that is the nearest one to the left, a little above the level of the node.
-std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, const BorderNoding& noding,
+std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, BorderNoding& noding,
                                       const std::vector<std::uint32_t>& edgeOfPiece) const {
     const PlanePoint& p = nodes[node];
     std::uint32_t nearest = none;

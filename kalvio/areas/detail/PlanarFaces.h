@@ -22,7 +22,7 @@ public:
     };
 
     /// @param edgeOfPiece  of each piece of the noding, whose boxes serve to find what lies left of a component
-    PlanarFaces(const BorderNoding& noding, const std::vector<Edge>& graphEdges,
+    PlanarFaces(BorderNoding& noding, const std::vector<Edge>& graphEdges,
                 const std::vector<std::uint32_t>& edgeOfPiece);
 
     std::uint32_t GetHalfEdgeCount() const { return static_cast<std::uint32_t>(2 * edges.size()); }
@@ -60,8 +60,8 @@ public:
 private:
     void LinkHalfEdges();
     void FindCycles();
-    void NestComponents(const BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece);
-    std::uint32_t FindLeftOf(std::uint32_t node, const BorderNoding& noding,
+    void NestComponents(BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece);
+    std::uint32_t FindLeftOf(std::uint32_t node, BorderNoding& noding,
                              const std::vector<std::uint32_t>& edgeOfPiece) const;
     std::uint32_t OuterHalfEdge(std::uint32_t leftmost) const;
 
