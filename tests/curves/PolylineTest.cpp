@@ -226,7 +226,7 @@ TEST_P(PolylineLawTest, SamplesStandAtTheirStations) {
     std::vector<Polyline2D::PolylinePoint> samples, chords;
     ASSERT_TRUE(road.MakePointsAndTangents(from, to, samples, 1.7, 1e-6));
     EXPECT_EQ(samples.size(), static_cast<std::size_t>((to - from) / 1.7) + 2);
-    EXPECT_EQ(samples.back().station, to);
+    EXPECT_DOUBLE_EQ(samples.back().station, to);
     ASSERT_TRUE(road.MakePointsAndTangentsUsingHeight(from, to, chords, 0.01, 1e-6));
     EXPECT_NEAR(chords.front().station, from, 1e-9);
     EXPECT_NEAR(chords.back().station, to, 1e-9);
