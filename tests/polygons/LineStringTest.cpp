@@ -1,9 +1,11 @@
 #include "kalvio/Math.h"
+#include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "support/ElementChecks.h"
 #include "support/RandomCurves.h"
 #include "support/Rings.h"
 
 #include <functional>
+#include <set>
 
 namespace Kalvio::Math {
 namespace {
@@ -444,6 +446,39 @@ TEST(LineStringTest, CrossingsAreThoseOfAllPairsOfSegments) {
         for (const Point2D& e : expected) EXPECT_THAT(found, testing::Contains(IsNear(e, 1e-6)).Times(1));
     }
     EXPECT_TRUE(crossed > 100 && crossed < 390) << crossed;
+}
+
+TEST(SegmentBoxesTest, FindsThePairsAndNeighboursThatAllBoxesGive) {
+    using detail::SegmentBoxes;
+    RandomNumbers random(20263);
+    const auto step = [&](double most) { return Vec2D(random(-most, most), random(-most, most)); };
+    for (const std::size_t size : {0, 1, 2, 3, 6, 7, 25, 150, 600}) {
+        std::vector<Point2D> chain(size, surveyOrigins[1]), ring(size / 2, surveyOrigins[1]),
+            place(2, surveyOrigins[1]);
+        for (std::size_t i = 1; i < size; ++i) chain[i] = chain[i - 1] + step(3.0);
+        for (Point2D& point : ring) point += step(30.0);
+        const SegmentBoxes boxes(chain), rings(ring, SegmentBoxes::Closing::Ring), near(place);
+        ASSERT_EQ(rings.GetCount(), size / 2 < 2 ? 0 : size / 2);
+        std::set<std::array<std::size_t, 3>> found, expected;
+        const auto visit = [&found](std::size_t kind) {
+            return [&found, kind](std::size_t i, std::size_t j) { return !found.insert({kind, i, j}).second; };
+        };
+        EXPECT_FALSE(boxes.ForEachPair(0.25, visit(0)) || boxes.ForEachPair(rings, 0.25, visit(1))) << "none twice";
+        boxes.ForEachNear(near.GetExtent(0), 0.25, [&visit](std::size_t i) { return visit(2)(i, 0); });
+        for (std::size_t i = 0; i < boxes.GetCount(); ++i) {
+            for (std::size_t kind = 0; kind < 3; ++kind) {
+                const SegmentBoxes& others = kind == 0 ? boxes : kind == 1 ? rings : near;
+                for (std::size_t j = kind == 0 ? i + 1 : 0; j < others.GetCount(); ++j) {
+                    const bool meets = boxes.GetExtent(i).Widened(0.25).Meets(others.GetExtent(j));
+                    if (meets) expected.insert({kind, i, j});
+                }
+            }
+        }
+        EXPECT_EQ(found, expected) << "of " << size;
+        int calls = 0;
+        EXPECT_EQ(boxes.ForEachPair(0.25, [&](std::size_t, std::size_t) { return ++calls > 0; }), size > 2);
+        EXPECT_EQ(calls, size > 2 ? 1 : 0) << "true ends the search";
+    }
 }
 
 }  // namespace
