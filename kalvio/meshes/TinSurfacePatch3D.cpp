@@ -30,6 +30,8 @@ using detail::InPlan;
 
 constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
 
+constexpr double steepest = 100.0;  // slope of a surface; what is steeper is a wall
+
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
 
 // The point of a triangle nearest to p.
@@ -402,6 +404,16 @@ bool TinSurfacePatch3D::Drape(const LineString2D& chain, std::vector<LineString3
     }
     const std::size_t before = draped.size();
     detail::AppendSection(vertices, indexes, points, detail::Upright::Slivers, draped);
+    // What the rounding of a place changes at the steepest slope that is not a wall; in steeper triangles it decides the
+    // height, which is then that of the place as it is.
+    const double heightNoise = 4.0 * noise * (1.0 + steepest);
+    unsigned int triangle = none;
+    for (std::size_t i = before; i < draped.size(); ++i) {
+        for (Point3D& point : draped[i].GetPoints()) {
+            double z = 0.0;
+            if (GetHeight(point.GetPoint2D(), z, triangle) && std::abs(z - point.GetZ()) > heightNoise) point.SetZ(z);
+        }
+    }
     return draped.size() > before;
 }
 

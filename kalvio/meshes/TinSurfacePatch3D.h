@@ -169,7 +169,8 @@ public:
     /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.
     /// What `IndexedTriangleSet3D::GetSections` answers, from the triangles near the chain alone: about the root of
     /// their number; but a triangle as thin as rounding is no wall here: along the chain the string runs over its
-    /// corners, and has no step at a bend. @return whether there are any
+    /// corners, and has no step at a bend. The heights are those that `GetHeight` gives there. @return whether there
+    /// are any
     bool Drape(const LineString2D& chain, std::vector<LineString3D>& draped) const;
 
     /// Appends the contours at the levels, by level: the fewest strings, each at the height of its level, with the

@@ -291,6 +291,29 @@ TEST(TinSurfaceTest, ChainsRunOverTheCornersOfTrianglesThinAsRounding) {
         ASSERT_EQ(draped.size(), 1U);
         EXPECT_THAT(draped[0].GetPoints(), testing::Pointwise(AreNear(1e-9), {points[0], points[1], points[2]}));
     }
+    // Beside lines of points, where the rounding of a place decides its height.
+    RandomNumbers random(20240612);
+    for (int round = 0; round < 400; ++round) {
+        const Point2D origin = surveyOrigins[1];
+        const Point2D from = Place(random, origin, 100, false), to = Place(random, origin, 100, false);
+        const double width = std::pow(10.0, random(-14, -5));
+        Ground ground;
+        for (int i = 0; i < 14; ++i) {
+            const Point2D on = from + (to - from) * random(0, 1) + Vec2D(random(-width, width), random(-width, width));
+            ground.points.emplace_back(i < 8 ? on : Place(random, origin, 100, false), random(0, 10));
+        }
+        TinSurfacePatch3D surface;
+        if (!surface.Build(ground, Tolerances(1e-12))) continue;
+        std::vector<LineString3D> draped;
+        (void)surface.Drape(LineString2D{ground.points[0].GetPoint2D(), to, from, ground.points[9].GetPoint2D()},
+                            draped);
+        for (const LineString3D& line : draped) {
+            for (const Point3D& p : line.GetPoints()) {
+                double z = kNan;
+                EXPECT_TRUE(surface.GetHeight(p.GetPoint2D(), z) && std::abs(z - p.GetZ()) < 1e-5) << p << ", " << z;
+            }
+        }
+    }
 }
 
 TEST(TinSurfaceTest, TrianglesWithTwoHeightsAreRefused) {
