@@ -57,23 +57,19 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     }
     Polyline2D plan;
     for (std::size_t i = 1; i < places.size(); ++i) plan.AppendElement(new Line2D(places[i - 1], places[i]));
-    const Alignment axis(plan);
     std::vector<CrossSections::Section> sections;
     std::vector<CrossSections::Mass> masses;
-    const double half = 0.5 * axis.GetLength();
-    if (CrossSections::Make(axis, {0.0, half, 2.0 * half}, -3.0, 5.0, surface, design, sections)) {
-        Require(CrossSections::GetMasses(sections, masses) && masses.size() == 3);
-        for (const CrossSections::Section& section : sections) {
-            Require(!(section.area.cut < 0.0 || section.area.fill < 0.0));
-            if (tame) Require(section.area.cut + section.area.fill <= 8.0 * 4096.0 + 1e-3);
-        }
+    const bool isCut = CrossSections::Make(Alignment(plan), {0.0, 9.0}, -3.0, 5.0, surface, design, sections);
+    Require(isCut == CrossSections::GetMasses(sections, masses));
+    for (const CrossSections::Section& section : sections) {
+        Require(!(section.area.cut < 0.0 || section.area.fill < 0.0));
+        if (tame) Require(section.area.cut + section.area.fill <= 8.0 * 4096.0 + 1e-3);
     }
     TinSurfacePatch3D edited = surface;
     std::vector<unsigned int> numbers, stayed;
-    Require(edited.AddPoints(shifted.points, Tolerances(tolerance), numbers) || !tame || !isBuilt);
+    const bool isEdited = edited.AddPoints(shifted.points, Tolerances(tolerance), numbers);
     std::erase(numbers, TinSurfacePatch3D::noVertex);
-    if (!isBuilt) numbers.clear();
-    Require(edited.RemoveVertices(numbers, stayed));
+    Require((isEdited || !tame || !isBuilt) && edited.RemoveVertices(numbers, stayed));
     // A division moves the border by the tolerance at most.
     if (tame) Require(std::abs(edited.GetPlanArea() - surface.GetPlanArea()) <= tolerance * 12 * 6000.0);
     TinSurfacePatch3D thin = surface;
