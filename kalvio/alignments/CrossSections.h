@@ -25,16 +25,16 @@ public:
 
     /// What is cut and what is filled, each not negative.
     struct Earth {
-        double cut = 0.0;
-        double fill = 0.0;
+        double cut = 0.0;   ///< where the ground is the higher one
+        double fill = 0.0;  ///< where it is the lower one
     };
 
     /// The surfaces across the axis at a station.
     struct Section {
-        double station = 0.0;
-        std::vector<Line> ground;  ///< empty where the axis leaves the surface
-        std::vector<Line> design;
-        Earth area;  ///< between the two, where both are
+        double station = 0.0;      ///< along the plan
+        std::vector<Line> ground;  ///< empty where the section leaves the surface
+        std::vector<Line> design;  ///< the same
+        Earth area;                ///< between the two, where both are
         /// Of volume along the axis: the areas, each part of them times 1 + curvature * offset, the way that it makes
         /// along the curve for a unit of the axis. Source: Pappus of Alexandria, about 320.
         Earth rate;
@@ -42,8 +42,8 @@ public:
 
     /// The volumes from the first section to a station. The mass curve is their cut less their fill.
     struct Mass {
-        double station = 0.0;
-        Earth volume;
+        double station = 0.0;  ///< along the plan
+        Earth volume;          ///< up to there
     };
 
     /// Replaces `sections` by those at the stations, between two offsets. The root of the number of triangles each.

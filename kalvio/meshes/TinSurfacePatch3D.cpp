@@ -404,8 +404,8 @@ bool TinSurfacePatch3D::Drape(const LineString2D& chain, std::vector<LineString3
     }
     const std::size_t before = draped.size();
     detail::AppendSection(vertices, indexes, points, detail::Upright::Slivers, draped);
-    // What the rounding of a place changes at the steepest slope that is not a wall; in steeper triangles it decides the
-    // height, which is then that of the place as it is.
+    // What the rounding of a place changes at the steepest slope that is not a wall; in steeper triangles it decides
+    // the height, which is then that of the place as it is.
     const double heightNoise = 4.0 * noise * (1.0 + steepest);
     unsigned int triangle = none;
     for (std::size_t i = before; i < draped.size(); ++i) {

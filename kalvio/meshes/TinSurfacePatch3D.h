@@ -38,8 +38,9 @@ class SurfaceBuilder;
 ///     if (surface.Build(ground, Tolerances::Standard()) && surface.GetHeight({20.0, 20.0}, z)) Show(z);  // 10.5
 class KALVIO_MATH_API TinSurfacePatch3D final : public IGeometry {
 public:
-    /// The numbers of no triangle and no vertex.
+    /// The number of no triangle.
     static constexpr unsigned int noTriangle = (std::numeric_limits<unsigned int>::max)();
+    /// The number of no vertex.
     static constexpr unsigned int noVertex = noTriangle;
 
     /// What a surface is built from. All vertices count as points.
