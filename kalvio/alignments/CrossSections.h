@@ -23,7 +23,7 @@ public:
     /// Heights across the axis without a gap: x the offset, positive to the right and ascending, y the height.
     using Line = std::vector<Point2D>;
 
-    /// What is cut and what is filled, each not negative.
+    /// What is cut and what is filled.
     struct Earth {
         double cut = 0.0;   ///< where the ground is the higher one
         double fill = 0.0;  ///< where it is the lower one
@@ -36,7 +36,8 @@ public:
         std::vector<Line> design;  ///< the same
         Earth area;                ///< between the two, where both are
         /// Of volume along the axis: the areas, each part of them times 1 + curvature * offset, the way that it makes
-        /// along the curve for a unit of the axis. Source: Pappus of Alexandria, about 320.
+        /// along the curve for a unit of the axis; beyond the center of the curve that is negative. Source: Pappus of
+        /// Alexandria, about 320.
         Earth rate;
     };
 
