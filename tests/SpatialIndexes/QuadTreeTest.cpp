@@ -1,4 +1,5 @@
 #include "SpatialIndexes/Structure.h"
+#include "support/Testing.h"
 
 namespace Kalvio::Math::SpatialIndexes {
 namespace {

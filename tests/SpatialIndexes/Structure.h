@@ -8,7 +8,7 @@
 #include "kalvio/SpatialIndexes/RTreeNode.h"
 
 #include "SpatialIndexes/Items.h"
-#include "support/Testing.h"
+#include "fuzz/Bytes.h"
 
 /// Checks what holds in every tree at any time: boxes contain what is below them, levels are even, nodes are filled.
 namespace Kalvio::Math::SpatialIndexes {
@@ -27,16 +27,17 @@ inline bool Same(const BoundingBoxND& a, const BoundingBoxND& b) { return a.Cont
 /// @return number of items below
 inline std::size_t CheckNode(const RStarTreeNode& node, bool isRoot, int& depth) {
     const unsigned int n = node.GetNrOfEntries();
-    EXPECT_LE(n, RStarTreeNode::mostEntries);
-    EXPECT_GE(n, !isRoot ? RStarTreeNode::fewestEntries : node.HoldsLeaves() ? 0U : 2U);
-    BoundingBoxND cover(node.GetBox().GetDimension());
+    Require(n <= RStarTreeNode::mostEntries);
+    Require(n >= (!isRoot ? RStarTreeNode::fewestEntries : node.HoldsLeaves() ? 0U : 2U));
+    const BoundedItem& bounds = node;
+    BoundingBoxND cover(bounds.GetBox().GetDimension());
     cover.Reset();
     std::size_t items = 0;
     depth = 0;
     for (unsigned int i = 0; i < n; ++i) {
         if (node.HoldsLeaves()) {
             const RStarLeaf leaf = node.GetLeaf(i);
-            EXPECT_NE(leaf.GetItem(), nullptr);
+            Require(leaf.GetItem() != nullptr);
             cover += Ordered(leaf.GetBox());
             ++items;
             continue;
@@ -45,20 +46,18 @@ inline std::size_t CheckNode(const RStarTreeNode& node, bool isRoot, int& depth)
         const RStarTreeNode& child = *node.GetChild(i);
         items += CheckNode(child, false, childDepth);
         cover += child.GetBox();
-        EXPECT_TRUE(Same(node.GetEntries().GetBox(i).ToBoundingBox(), child.GetBox()));
-        if (i > 0) {
-            EXPECT_EQ(depth, childDepth + 1) << "uneven levels";
-        }
+        Require(Same(node.GetEntries().GetBox(i).ToBoundingBox(), child.GetBox()));
+        Require(i == 0 || depth == childDepth + 1);  // even levels
         depth = childDepth + 1;
     }
-    EXPECT_TRUE(n == 0 || Same(node.GetBox(), cover)) << "not the cover of the entries";
+    Require(n == 0 || Same(bounds.GetBox(), cover));  // the cover of the entries
     return items;
 }
 
 inline std::size_t CheckNode(const RTreeNode& node, bool isRoot, BoundingBoxND& cover) {
     const unsigned int n = node.GetNrOfBranches();
-    EXPECT_LE(n, RTreeNode::mostBranches);
-    EXPECT_GE(n, !isRoot ? RTreeNode::fewestBranches : node.GetLevel() == 0 ? 0U : 2U);
+    Require(n <= RTreeNode::mostBranches);
+    Require(n >= (!isRoot ? RTreeNode::fewestBranches : node.GetLevel() == 0 ? 0U : 2U));
     std::size_t items = 0;
     for (unsigned int i = 0; i < n; ++i) {
         const BoundingBoxND box = node.GetBranchBox(i);
@@ -69,10 +68,10 @@ inline std::size_t CheckNode(const RTreeNode& node, bool isRoot, BoundingBoxND& 
             continue;
         }
         const RTreeNode& child = *node.GetChild(i);
-        EXPECT_EQ(child.GetLevel() + 1, node.GetLevel());
+        Require(child.GetLevel() + 1 == node.GetLevel());
         BoundingBoxND below;
         items += CheckNode(child, false, below);
-        EXPECT_TRUE(Same(box, below)) << "not the cover of the branches";
+        Require(Same(box, below));  // the cover of the branches
     }
     return items;
 }
@@ -80,22 +79,22 @@ inline std::size_t CheckNode(const RTreeNode& node, bool isRoot, BoundingBoxND& 
 inline std::size_t CheckNode(const QuadTreeNode& node, bool isRoot) {
     std::size_t items = node.GetItems().size();
     const BoundingBoxND* const square = node.GetEnvelope();
-    EXPECT_EQ(square == nullptr, isRoot);
+    Require((square == nullptr) == isRoot);
     for (ISpatialIndexData* item : node.GetItems()) {
-        EXPECT_TRUE(isRoot || square->Contains(static_cast<Item*>(item)->box));
+        Require(isRoot || square->Contains(static_cast<Item*>(item)->box));
     }
     for (int quadrant = 0; quadrant < 4; ++quadrant) {
         const QuadTreeNode* const child = node.GetSubnode(quadrant);
         if (child == nullptr) continue;
         if (isRoot) {
-            EXPECT_EQ(QuadTreeNode::GetSubnodeIndex(*child->GetEnvelope(), PointND(2U)), quadrant);
+            Require(QuadTreeNode::GetSubnodeIndex(*child->GetEnvelope(), PointND(2U)) == quadrant);
         } else {
-            EXPECT_EQ(child->GetLevel() + 1, node.GetLevel());
-            EXPECT_TRUE(square->Contains(*child->GetEnvelope()));
+            Require(child->GetLevel() + 1 == node.GetLevel());
+            Require(square->Contains(*child->GetEnvelope()));
         }
         const double side = std::ldexp(1.0, child->GetLevel());  // unless lost in the rounding of the place
         if (std::isfinite(side) && side > std::ldexp(std::abs(child->GetEnvelope()->GetCenter()[0]), -51)) {
-            EXPECT_EQ(child->GetEnvelope()->GetSize()[0], side);
+            Require(child->GetEnvelope()->GetSize()[0] == side);
         }
         items += CheckNode(*child, false);
     }
@@ -103,23 +102,23 @@ inline std::size_t CheckNode(const QuadTreeNode& node, bool isRoot) {
 }
 
 inline void CheckStructure(const RStarTree& tree, std::size_t nrOfUnplaced, std::size_t nrOfItems) {
-    EXPECT_EQ(tree.GetNrOfItems(), nrOfItems);
+    Require(tree.GetNrOfItems() == nrOfItems);
     int depth = 0;
     if (tree.GetRoot() != nullptr) {
-        EXPECT_EQ(CheckNode(*tree.GetRoot(), true, depth) + nrOfUnplaced, nrOfItems);
+        Require(CheckNode(*tree.GetRoot(), true, depth) + nrOfUnplaced == nrOfItems);
     }
 }
 
 inline void CheckStructure(const RTree& tree, std::size_t nrOfUnplaced, std::size_t nrOfItems) {
     BoundingBoxND cover;
     if (tree.GetRoot() != nullptr) {
-        EXPECT_EQ(CheckNode(*tree.GetRoot(), true, cover) + nrOfUnplaced, nrOfItems);
+        Require(CheckNode(*tree.GetRoot(), true, cover) + nrOfUnplaced == nrOfItems);
     }
 }
 
 inline void CheckStructure(const QuadTree& tree, std::size_t, std::size_t nrOfItems) {
-    EXPECT_EQ(CheckNode(*tree.GetRoot(), true), nrOfItems);
-    EXPECT_EQ(static_cast<std::size_t>(tree.GetRoot()->Size()), nrOfItems);
+    Require(CheckNode(*tree.GetRoot(), true) == nrOfItems);
+    Require(static_cast<std::size_t>(tree.GetRoot()->Size()) == nrOfItems);
 }
 
 }  // namespace Kalvio::Math::SpatialIndexes

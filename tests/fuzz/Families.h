@@ -20,7 +20,7 @@ inline constexpr Family families[] = {
     {"Core", FuzzCore, 20000},
     {"Element", FuzzElement, 2000},
     {"Ground", FuzzGround, 500},
-    {"Index", FuzzIndex, 800},
+    {"Index", FuzzIndex, 400},
     {"Matrix", FuzzMatrix, 4000},
     {"Mesh", FuzzMesh, 5000},
     {"Polygon", FuzzPolygon, 4000},
