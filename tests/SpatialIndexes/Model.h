@@ -110,7 +110,7 @@ private:
         Require(tree.SearchAndVisit(where..., visitor) == count && Sorted(visitor.found) == Sorted(expected));
         Require(tree.Search(where..., [&called](ISpatialIndexData* item) { called.push_back(item); }) == count);
         Require(called == visitor.found);
-        for (const ISpatialIndexData* item : called) See({static_cast<const Item*>(item)->box.GetMin(0)});
+        for (const ISpatialIndexData* item : called) See(static_cast<const Item*>(item)->box.GetMin(0));
     }
     void CheckNearest(const auto& where, const BoundingBoxND& from, std::uint64_t most, double within) const {
         std::vector<std::tuple<double, std::vector<double>, std::vector<double>, const ISpatialIndexData*>> expected;

@@ -42,70 +42,12 @@ bool AreNear(const MatrixNM& a, const MatrixNM& b, double tolerance) {
 
 MatrixNM Identity(unsigned int n) { return Diagonal(std::vector<double>(n, 1.0)); }
 
-MatrixNM Without(const MatrixNM& m, unsigned int row, int column) {
-    const unsigned int n = m.GetNumRows();
-    MatrixNM rest(n - 1, n - 1);
-    for (unsigned int i = 0; i < n - 1; ++i) {
-        const VecND& from = m[i < row ? i : i + 1];
-        for (int j = 0; j < static_cast<int>(n) - 1; ++j) rest[i][j] = from[j < column ? j : j + 1];
-    }
-    return rest;
-}
-
-double DeterminantOf(const MatrixNM& m) {
-    double determinant = kNan;
-    EXPECT_TRUE(m.Determinant(determinant));
-    return determinant;
-}
-
-TEST_F(MatrixNMTest, DeterminantAndCofactorsAgreeWithTheExpansion) {
-    EXPECT_EQ(DeterminantOf(Diagonal({-3.0})), -3.0);
-    for (const unsigned int n : {2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 12U}) {
-        const double tolerance = n <= 8 ? 0.0 : 1e-11;  // expanded, to the last bit; the others are eliminated
-        for (int run = 0; run < 12; ++run) {
-            const unsigned int lost = run % 3 == 0 ? 0 : run % 3 == 1 ? 1 : 2;  // full rank, rank n - 1, rank n - 2
-            MatrixNM m = lost == 0 ? Random(n, n) : Random(n, n - lost) * Random(n - lost, n);
-            const int zeroed = run / 3;  // exact zero columns and rows as well, the last ones included
-            for (unsigned int i = 0; zeroed == 1 && i < n; ++i) m[i][static_cast<int>(n) / 2] = 0.0;
-            if (zeroed == 2) m[n - 1] = VecND(n);
-            for (unsigned int i = 0; zeroed == 3 && i < n; ++i) m[i][0] = m[i][static_cast<int>(n) - 1] = 0.0;
-            MatrixNM cofactors(m), adjoint(m);  // an output may be the input
-            ASSERT_TRUE(cofactors.CoFactor(cofactors) && adjoint.Adjoint(adjoint));
-            EXPECT_TRUE(adjoint == cofactors.GetTranspose());
-            double sum = 0.0;
-            for (unsigned int i = 0; i < n; ++i) {
-                for (int j = 0; j < static_cast<int>(n); ++j) {
-                    const double sign = (static_cast<int>(i) + j) % 2 == 0 ? 1.0 : -1.0;
-                    EXPECT_NEAR(cofactors[i][j], sign * DeterminantOf(Without(m, i, j)), tolerance)
-                        << n << " rows, run " << run;
-                    if (i == 0) sum += m[0][j] * cofactors[0][j];
-                }
-            }
-            EXPECT_NEAR(DeterminantOf(m), sum, tolerance);
-        }
-    }
-}
-
-TEST_F(MatrixNMTest, InverseUndoesEverySize) {
-    for (unsigned int n = 1; n <= 70; n += n < 12 ? 1 : 7) {
-        MatrixNM m = Random(n, n);
+TEST_F(MatrixNMTest, InverseUndoesLargeSizes) {
+    for (unsigned int n = 13; n <= 70; n += 19) {
+        MatrixNM m = Random(n, n), inverse;
         for (unsigned int i = 0; i < n; ++i) m[i][static_cast<int>((i * 3 + 1) % n)] += 4.0;  // pivots off the diagonal
-        MatrixNM inverse(m);
-        ASSERT_EQ(inverse.GetInverse(inverse), std::abs(DeterminantOf(m)) >= 1e-10) << n;
+        ASSERT_TRUE(m.GetInverse(inverse)) << n;
         EXPECT_TRUE(AreNear(m * inverse, Identity(n), 1e-11)) << n;
-        for (int run = 0; run < 5 && n > 1; ++run) {
-            m = Random(n, n);
-            m[n - 1 - static_cast<unsigned int>(run) % (n / 2)] = m[static_cast<unsigned int>(run) % (n / 2)];
-            EXPECT_EQ(DeterminantOf(m), 0.0) << "two equal rows of " << n;
-        }
-    }
-    for (int run = 0; run < 200; ++run) {  // integers, exact by expansion: the last row is the sum of the first two
-        const unsigned int n = 5 + static_cast<unsigned int>(run) % 4;
-        MatrixNM m(n, n);
-        for (unsigned int k = 0; k < n * n; ++k) m[k / n][static_cast<int>(k % n)] = std::round(random(-9.0, 9.0));
-        m[n - 1] = m[0] + m[1];
-        MatrixNM inverse;
-        EXPECT_TRUE(DeterminantOf(m) == 0.0 && !m.GetInverse(inverse)) << "run " << run;
     }
 }
 
@@ -152,27 +94,7 @@ TEST_F(MatrixNMTest, InverseFailsByTheDeterminant) {
     EXPECT_EQ(determinant, 7.0) << "untouched by the failures";
 }
 
-TEST_F(MatrixNMTest, DecompositionsRebuildAndSolve) {
-    for (const unsigned int n : {1U, 2U, 5U, 20U}) {
-        const MatrixNM root = Random(n, n);
-        MatrixNM m = root * root.GetTranspose();
-        for (unsigned int i = 0; i < n; ++i) m[i][static_cast<int>(i)] += 1.0;
-        const VecND expected = Random(1, n)[0];
-        const VecND b = m * expected;
-        for (const Method method : {Method::Crout, Method::Doolittle, Method::Cholesky}) {
-            MatrixNM l, u;
-            ASSERT_TRUE(m.LUDecomposition(l, u, method));
-            EXPECT_TRUE(AreNear(l * u, m, 1e-13));
-            for (unsigned int i = 0; i < n; ++i) {
-                const int d = static_cast<int>(i);
-                EXPECT_EQ(method == Method::Crout ? u[i][d] : method == Method::Doolittle ? l[i][d] : 1.0, 1.0);
-                for (int j = 0; j < static_cast<int>(n); ++j) EXPECT_EQ(j > d ? l[i][j] : j < d ? u[i][j] : 0.0, 0.0);
-            }
-            VecND x;
-            ASSERT_TRUE(m.SolveLinearSystem(b, x, method));
-            EXPECT_TRUE(x.IsEqualTo(expected, 1e-12));
-        }
-    }
+TEST_F(MatrixNMTest, DecompositionsFailByTheirPivots) {
     const std::tuple<const char*, MatrixNM, Method, bool, bool> rows[] = {
         {"no such method", Diagonal({1, 1}), static_cast<Method>(3), false, false},
         {"no pivoting", From({{0, 1}, {1, 0}}), Method::Doolittle, false, false},

@@ -1,7 +1,6 @@
+#include "core/Decompositions.h"
 #include "kalvio/Math.h"
 #include "support/Testing.h"
-
-#include <functional>
 
 namespace Kalvio::Math {
 namespace {
@@ -199,67 +198,6 @@ TEST(Matrix3DTest, InverseUndoesAffineAndProjectiveMatrices) {
         EXPECT_EQ(m.GetInverse().GetColumn(3), (Matrix3D::Row{0.0, 0.0, 0.0, 1.0}));
     }
     for (const double y : {0.0, kNan}) EXPECT_TRUE(Matrix3D().Scale(1.0, y, 1.0).Invert().IsUndefined());
-}
-
-// Residuals of every decomposition, relative to the size of the matrix.
-void CheckDecompositions(const Matrix3D& m, double size, bool hasVectors) {
-    Matrix3D u, s, v;
-    ASSERT_TRUE(m.SingularValueDecomposition(u, s, v));
-    EXPECT_TRUE(((Matrix3D(u) *= s) *= v.GetTranspose()).Equal(m, 1e-14 * size));
-    EXPECT_TRUE((u.GetTranspose() *= u).Equal(Matrix3D::identity, 1e-14));
-    EXPECT_TRUE((v.GetTranspose() *= v).Equal(Matrix3D::identity, 1e-14));
-    for (int i = 0; i < 4; ++i) EXPECT_GE(s.Get(i, i), i < 3 ? s.Get(i + 1, i + 1) : 0.0);
-
-    const Polynomial characteristic = m.GetCharacteristicPolynomial();
-    std::array<std::complex<double>, 4> values;
-    ASSERT_TRUE(m.GetEigenValues(values));
-    for (const double x : {-2.0 * size, 0.0, size}) {
-        const std::complex<double> product = (x - values[0]) * (x - values[1]) * (x - values[2]) * (x - values[3]);
-        const Matrix3D shifted = (Matrix3D() *= -x) += m;  // of even size: the sign does not matter
-        EXPECT_NEAR(product.real(), shifted.Determinant(), 1e-12 * std::pow(size, 4.0));
-        EXPECT_NEAR(product.imag(), 0.0, 1e-12 * std::pow(size, 4.0));
-        EXPECT_NEAR(characteristic.Evaluate(x), shifted.Determinant(), 1e-13 * std::pow(size, 4.0));
-    }
-    std::array<double, 4> real{};
-    Matrix3D vectors;
-    const bool found = m.GetEigenVectors(real, vectors);
-    EXPECT_TRUE(found || !hasVectors);
-    if (!found) return;
-    Matrix3D scaled(vectors);
-    for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j) scaled.Set(i, j, vectors.Get(i, j) * real[static_cast<std::size_t>(i)]);
-    }
-    EXPECT_TRUE(!(m == m.GetTranspose()) || (vectors.GetTranspose() *= vectors).Equal(Matrix3D::identity, 1e-14));
-    EXPECT_TRUE((vectors *= m).Equal(scaled, 1e-13 * size)) << "v M = lambda v";
-}
-
-TEST(Matrix3DTest, DecompositionsReconstructTheMatrix) {
-    RandomNumbers random(20240604);
-    const std::tuple<const char*, bool, std::function<double(int, int)>> kinds[] = {
-        {"general", false, [&](int, int) { return random(-1.0, 1.0); }},
-        {"many equal and zero eigenvalues", false, [&](int, int) { return std::floor(random(-2.0, 3.0)); }},
-        {"triangular", true, [&](int i, int j) { return i <= j ? random(-1.0, 1.0) : 0.0; }},
-        {"badly scaled", false, [&](int i, int j) { return random(-1.0, 1.0) * std::pow(1e4, i - j); }},
-        {"columns that are nothing beside the others", false,
-         [&](int, int j) {
-             return random(-1.0, 1.0) * (j == 1 ? 1e-160 : j == 3 ? 1e-300 : 1.0);
-         }},
-        {"rank 1", true, [&](int i, int j) { return (i % 2 == 0 ? 1.0 : 0.3 * i) * (j + 1.0); }},
-    };
-    for (const auto& [why, hasVectors, element] : kinds) {
-        SCOPED_TRACE(why);
-        for (int run = 0; run < 200 && !testing::Test::HasFailure(); ++run) {
-            Matrix3D m;
-            double size = 1.0;
-            for (int k = 0; k < 16; ++k) {
-                m.Set(k / 4, k % 4, element(k / 4, k % 4));
-                size = std::max(size, std::abs(m.Get(k / 4, k % 4)));
-            }
-            CheckDecompositions(m, size, hasVectors);
-            m += m.GetTranspose();
-            CheckDecompositions(m, 2.0 * size, true);
-        }
-    }
 }
 
 TEST(Matrix3DTest, KnownEigenValues) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/Math.h"
+#include "kalvio/Print.h"
 
 #include <bit>
 #include <cmath>
@@ -81,7 +82,7 @@ struct BrokenLaw : std::runtime_error {
 
 /// Ends the run of a fuzzer's input, and a fuzzer's run with it, when a law of the library is broken.
 inline void Require(bool law, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    if (!law) throw BrokenLaw("broken law: " + std::string(file) + ":" + std::to_string(line));
+    if (!law) throw BrokenLaw("broken law: " + std::string(file) + ':' + std::to_string(line));
 }
 
 /// What was computed so far, by file and line: a digest of all bits (FNV-1a), the same from every compiler.
@@ -89,35 +90,36 @@ inline std::map<std::pair<std::string_view, int>, std::uint64_t>& Digests() {
     static std::map<std::pair<std::string_view, int>, std::uint64_t> digests;
     return digests;
 }
+/// Of numbers, points, shapes of points, and lists of them.
+template <class T>
+void See(const T& seen, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
+    if constexpr (std::is_arithmetic_v<T>) {
+        const auto number = static_cast<double>(seen);
+        std::uint64_t& digest = Digests()[{std::string_view(file).substr(std::string_view(file).rfind('/') + 1), line}];
+        digest = (digest ^ (std::isnan(number) ? 1 : std::bit_cast<std::uint64_t>(number))) * 0x100000001b3U;
+    } else if constexpr (requires { seen.GetPoints(); }) {
+        See(seen.GetPoints(), file, line);
+    } else if constexpr (requires { seen.begin(); }) {
+        for (const auto& one : seen) See(one, file, line);
+    } else {
+        for (int axis = 0; axis < (
+                                      requires { seen.GetZ(); } ? 3 : 2);
+             ++axis)
+            See(seen[axis], file, line);
+    }
+}
 inline void See(std::initializer_list<double> numbers, const char* file = __builtin_FILE(),
                 int line = __builtin_LINE()) {
-    const std::string_view path(file);
-    std::uint64_t& digest = Digests()[{path.substr(path.rfind('/') + 1), line}];
-    for (const double number : numbers) {
-        digest = (digest ^ (std::isnan(number) ? 1 : std::bit_cast<std::uint64_t>(number))) * 0x100000001b3U;
-    }
-}
-inline void See(const Point2D& p, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    See({p.GetX(), p.GetY()}, file, line);
-}
-inline void See(const Point3D& p, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    See({p.GetX(), p.GetY(), p.GetZ()}, file, line);
-}
-template <class T>
-void See(const std::vector<T>& all, const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
-    for (const T& one : all) {
-        if constexpr (std::is_arithmetic_v<T>)
-            See({static_cast<double>(one)}, file, line);
-        else
-            See(one, file, line);
-    }
+    See<std::initializer_list<double>>(numbers, file, line);
 }
 
 /// The law that the number is the expected one, to the tolerance; sees the number.
 inline void RequireNear(double number, double expected, double tolerance, const char* file = __builtin_FILE(),
                         int line = __builtin_LINE()) {
-    See({number}, file, line);
-    Require(std::abs(number - expected) <= tolerance, file, line);
+    See(number, file, line);
+    if (std::abs(number - expected) <= tolerance) return;
+    throw BrokenLaw("broken law: " + std::string(file) + ':' + std::to_string(line) + " of " +
+                    ToString(VecND({number, expected, tolerance})));
 }
 
 /// What each fuzzer calls and requires for one input.

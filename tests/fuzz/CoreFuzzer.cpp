@@ -62,7 +62,7 @@ void Kalvio::Math::FuzzCore(Bytes& bytes) {
     CheckBoxes(a, b, c, bytes.TakePoint());
     const Vec2D v = bytes.TakeVector();
     const double between = v.GetAngle(bytes.TakeVector(), WindingValue::CounterClockwise).GetRadians();
-    See({between});
+    See(between);
     Require(!(between < 0.0 || between > detail::twoPi));
     CheckVectors(bytes.TakeDoubles(9), a.GetX());
 }

@@ -17,7 +17,7 @@ void CheckElement(const auto& element, const Point& p, const auto& box, double r
     for (const Point& q : {p, nearest, element.GetStart(), element.GetEnd()}) {
         double station = -1.0;
         const bool found = element.GetLengthFromStartPoint(q, station, tolerance);
-        See({station});
+        See(station);
         if (tame && found) Require(station >= -tolerance && station <= length + tolerance);
     }
     if (!tame) return;

@@ -28,7 +28,7 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         Require(isInside == surface.GetHeight(place, hinted, triangle));
         if (!isInside) continue;
         if (tame) Require(std::abs(z) <= 2048.0 && std::abs(hinted - z) <= 1e-3 * (1.0 + std::abs(z)));
-        See({z});
+        See(z);
         Vec3D normal;
         double slope = 0.0;
         Angle fall;
@@ -38,10 +38,8 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     }
     std::vector<LineString3D> contours;
     Require(surface.GetContours(std::vector{0.0, 1.0, 0.0625}, contours));
-    for (const LineString3D& contour : contours) {
-        See(contour.GetPoints());
-        Require(contour.GetSize() > 1);
-    }
+    See(contours);
+    for (const LineString3D& contour : contours) Require(contour.GetSize() > 1);
     TinSurfacePatch3D::Volumes whole, there, back;
     TinSurfacePatch3D design;
     TinSurfacePatch3D::Ground shifted{ground.points, {}, {}, {}, 0.0};

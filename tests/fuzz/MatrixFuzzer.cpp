@@ -1,7 +1,4 @@
-#include "fuzz/Bytes.h"
-
-#include <array>
-#include <complex>
+#include "core/Decompositions.h"
 
 using namespace Kalvio::Math;
 
@@ -25,36 +22,83 @@ double LargestDifference(const MatrixNM& a, const MatrixNM& b) {
 
 double LargestOf(const MatrixNM& a) { return LargestDifference(a, MatrixNM(a.GetNumRows(), a.GetNumCols())); }
 
-// A square matrix times its adjoint, its inverse, and the product of its triangles.
-void CheckSquare(const MatrixNM& matrix, bool tame) {
+MatrixNM Without(const MatrixNM& matrix, unsigned int row, int column) {
     const unsigned int n = matrix.GetNumRows();
-    double determinant = 0.0, ofTranspose = 0.0;
-    MatrixNM adjoint, inverse;
-    Require(matrix.Determinant(determinant) && matrix.GetTranspose().Determinant(ofTranspose));
-    const bool hasAdjoint = matrix.Adjoint(adjoint), hasInverse = matrix.GetInverse(inverse);
-    Require(matrix.GetTranspose().GetTranspose() == matrix || !tame);
-    See({determinant, hasInverse ? inverse[n - 1][0] : 0.0});
+    MatrixNM rest(n - 1, n - 1);
+    for (unsigned int i = 0; i < n - 1; ++i) {
+        const VecND& from = matrix[i < row ? i : i + 1];
+        for (int j = 0; j < static_cast<int>(n) - 1; ++j) rest[i][j] = from[j < column ? j : j + 1];
+    }
+    return rest;
+}
+
+double DeterminantOf(const MatrixNM& matrix) {
+    double determinant = 0.0;
+    Require(matrix.Determinant(determinant));
+    return determinant;
+}
+
+MatrixNM Identity(unsigned int n) {
     MatrixNM identity(n, n);
     for (unsigned int i = 0; i < n; ++i) identity[i][static_cast<int>(i)] = 1.0;
-    double bound = 1.0;  // of the determinant and all its terms
-    for (unsigned int i = 0; i < n; ++i) bound *= n * std::max(1.0, LargestOf(matrix));
-    if (tame) {
-        Require(hasAdjoint && std::abs(determinant - ofTranspose) <= 1e-12 * bound);
-        Require(LargestDifference(matrix * adjoint, MatrixNM(identity) *= determinant) <= 1e-12 * n * bound);
-        if (hasInverse) {
-            const double condition = n * LargestOf(matrix) * LargestOf(inverse);
-            Require(LargestDifference(matrix * inverse, identity) <= 1e-12 * (1.0 + condition) * condition);
+    return identity;
+}
+
+// Of a tame matrix of elements up to 1: the cofactors are minors.
+void CheckCofactors(const MatrixNM& matrix) {
+    const unsigned int n = matrix.GetNumRows();
+    MatrixNM cofactors(matrix), adjoint(matrix), inverse(matrix);  // an output may be the input
+    Require(cofactors.CoFactor(cofactors) && adjoint.Adjoint(adjoint) && adjoint == cofactors.GetTranspose());
+    double sum = 0.0;
+    for (unsigned int i = 0; i < n && n > 1; ++i) {
+        for (int j = 0; j < static_cast<int>(n); ++j) {
+            const double minor = DeterminantOf(Without(matrix, i, j));
+            RequireNear(cofactors[i][j], (static_cast<int>(i) + j) % 2 == 0 ? minor : -minor, 1e-11);
+            if (i == 0) sum += matrix[0][j] * cofactors[0][j];
         }
     }
+    const double determinant = DeterminantOf(matrix);
+    if (n > 1) RequireNear(determinant, sum, 1e-11);
+    Require(inverse.GetInverse(inverse) == (std::abs(determinant) >= 1e-10));
+    if (std::abs(determinant) < 1e-10) return;
+    const double condition = n * LargestOf(matrix) * LargestOf(inverse);
+    RequireNear(LargestDifference(matrix * inverse, Identity(n)), 0.0, 1e-12 * (1.0 + condition) * condition);
+}
+
+// What is decomposed is a square and more, so that its pivots are as large as 1.
+void CheckTriangles(const MatrixNM& root) {
+    const unsigned int n = root.GetNumRows();
+    MatrixNM matrix = root * root.GetTranspose();
+    for (unsigned int i = 0; i < n; ++i) matrix[i][static_cast<int>(i)] += 1.0;
     for (const auto method :
          {LUDecompositionMethod::Crout, LUDecompositionMethod::Doolittle, LUDecompositionMethod::Cholesky}) {
         MatrixNM lower, upper;
-        if (!matrix.LUDecomposition(lower, upper, method) || !tame) continue;
-        const double size = 1.0 + LargestOf(matrix) + n * LargestOf(lower) * LargestOf(upper);
-        Require(LargestDifference(lower * upper, matrix) <= 1e-9 + 1e-12 * size);
         VecND solution;
-        if (matrix.SolveLinearSystem(matrix[0], solution, method)) See(solution.GetCoordinates());
+        Require(matrix.LUDecomposition(lower, upper, method));
+        Require(LargestDifference(lower * upper, matrix) <= 1e-13 * n);
+        for (int i = 0; i < static_cast<int>(n); ++i) {
+            const auto row = static_cast<unsigned int>(i);
+            Require(method == LUDecompositionMethod::Cholesky ||
+                    (method == LUDecompositionMethod::Crout ? upper : lower)[row][i] == 1.0);
+            for (int j = 0; j < i; ++j) Require(upper[row][j] == 0.0 && lower[static_cast<unsigned int>(j)][i] == 0.0);
+        }
+        Require(matrix.SolveLinearSystem(matrix * root[0], solution, method));
+        See(solution.GetCoordinates());
+        Require(solution.IsEqualTo(root[0], 1e-12 * n));
     }
+}
+
+// Of any: what fails leaves its output.
+void CheckSquare(const MatrixNM& matrix) {
+    MatrixNM lower, upper;
+    VecND solution(99U);
+    double determinant = 0.0;
+    Require(matrix.Determinant(determinant));
+    (void)matrix.Adjoint(lower);
+    (void)matrix.GetInverse(lower);
+    (void)matrix.LUDecomposition(lower, upper, LUDecompositionMethod::Doolittle);
+    const bool isSolved = matrix.SolveLinearSystem(matrix[0], solution, LUDecompositionMethod::Crout);
+    Require(isSolved == (solution.GetDimension() != 99));
 }
 
 template <class Matrix, std::size_t n>
@@ -134,8 +178,34 @@ void Kalvio::Math::FuzzMatrix(Bytes& bytes) {
     for (double& element : elements) element = bytes.TakeDouble();
     CheckTransformation<Matrix2D, 3>(Matrix2D(elements), tame);
     CheckTransformation<Matrix3D, 4>(Matrix3D(elements), tame);
-    const unsigned int n = 1 + bytes.TakeCount(9);
-    CheckSquare(TakeMatrix(bytes, n, n), tame);
+    if (tame) {
+        double size = 1.0;
+        const unsigned int kind = bytes.TakeCount(6);
+        Matrix3D matrix;
+        for (int k = 0; k < 16; ++k) {
+            const int i = k / 4, j = k % 4;
+            double element = elements[k];
+            if (kind == 1 && i > j) element = 0.0;
+            if (kind == 2) element *= std::pow(1e4, i - j);
+            if (kind == 3) element *= j == 1 ? 1e-160 : j == 3 ? 1e-300 : 1.0;
+            if (kind == 4) element = elements[i] * elements[4 + j];  // rank 1
+            matrix.Set(i, j, element);
+            size = std::max(size, std::abs(element));
+        }
+        CheckDecompositions(matrix, size, false);
+        CheckDecompositions(matrix += matrix.GetTranspose(), 2.0 * size, true);
+    }
+    const unsigned int n = 1 + bytes.TakeCount(12);
+    MatrixNM square = TakeMatrix(bytes, n, n);
+    CheckSquare(square);
+    if (tame) {
+        square *= 0x1p-11;
+        CheckTriangles(square);
+        CheckCofactors(square);
+        if (n > 1) square[n - 1] = square[0];
+        Require(n == 1 || DeterminantOf(square) == 0.0);
+        CheckCofactors(square);
+    }
     const unsigned int m = bytes.TakeCount(5);
     const MatrixNM wide = TakeMatrix(bytes, n, m);
     Require((wide * wide.GetTranspose()).GetNumRows() == n || m == 0);

@@ -15,7 +15,7 @@ IndexedTriangleSet3D TakeSet(Bytes& bytes) {
 
 void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
     const double volume = set.GetVolume(0.0);
-    See({volume});
+    See(volume);
     set.InvertAllTriangles();
     if (tame) RequireNear(set.GetVolume(0.0) + volume, 0.0, 1e-6 * (1.0 + std::abs(volume)));
     (void)set.FlipEdge(0, 1);
@@ -46,12 +46,12 @@ void CheckQueries(const IndexedTriangleSet3D& set) {
     std::vector<Vec3D> normals;
     set.ComputeNormals(true, normals);
     set.ComputeNormals(true, normals, Angle(0.5));
-    for (const Vec3D& normal : normals) See(Point3D() + normal);
+    See(normals);
     std::vector<LineString3D> borders;
     Require(set.GetBoundaries(borders) == !borders.empty());
     for (const LineString3D& border : borders) {
         const Vec3D closing = border.GetEnd() - border.GetStart();
-        See(border.GetPoints());
+        See(border);
         Require(border.GetSize() > 3 && !(closing.NormSquared() > 0.0));
     }
 }
@@ -66,7 +66,7 @@ void CheckSections(const IndexedTriangleSet3D& set, const Line2D& line, bool tam
     Point3D low, high;
     set.GetBoundingBox().GetMinMaxPoints(low, high);
     for (const LineString3D& section : sections) {
-        See(section.GetPoints());
+        See(section);
         Require(section.GetSize() > 1);
         for (const Point3D& p : section.GetPoints()) {
             for (int axis = 0; axis < 3; ++axis) Require(p[axis] >= low[axis] - 1e-6 && p[axis] <= high[axis] + 1e-6);

@@ -64,10 +64,8 @@ void CheckStrips(const Polygon2D& polygon, double at, bool tame) {
         for (const auto& [low, high] : {std::pair(-4096.0, at), std::pair(at, 4096.0)}) {
             std::vector<Polygon2D> pieces;
             clip(polygon, pieces, low, high, 0.0);
-            for (const Polygon2D& piece : pieces) {
-                See(piece.GetPoints());
-                rest -= std::abs(piece.GetArea());
-            }
+            See(pieces);
+            for (const Polygon2D& piece : pieces) rest -= std::abs(piece.GetArea());
         }
         if (tame && isValid) RequireNear(rest, 0.0, allowed);
     }
@@ -76,7 +74,7 @@ void CheckStrips(const Polygon2D& polygon, double at, bool tame) {
 void CheckHull(const std::vector<Point2D>& points, bool tame) {
     Polygon2D hull;
     Geometry::ConvexHull(points, hull);
-    See(hull.GetPoints());
+    See(hull);
     if (!tame || hull.GetSize() < 3) return;
     for (const Point2D& p : points) Require(hull.IsPointInsideAndBorders(p, rounding, true));
     Require(hull.GetArea() >= -rounding);

@@ -55,7 +55,7 @@ void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tam
     const Circle2D second(c, a.Distance(b));
     std::vector<Point2D> common;
     (void)Intersection::CircleCircle(first, second, common, tolerances);
-    See({Distance::CircleToCircle(first, second)});
+    See(Distance::CircleToCircle(first, second));
     See(common);
     if (!tame || !found || first.GetRadius() > 1e5) return;
     for (const Point2D& p : {a, b, c}) Require(Distance::PointToCircle(p, first) <= 1e-3);

@@ -44,7 +44,7 @@ void CheckPosition(const Polygon2D& polygon, const PointInPolygon& prepared, con
     if (tame) Require(prepared.IsPointInsideAndBorders(p, tolerance, true) == inside);
     int hole = -1;
     const Polygon2D::PositionResult position = polygon.CheckPositionOf(p, hole, tolerance);
-    See({static_cast<double>(position)});
+    See(static_cast<int>(position));
     if (tame && position == Polygon2D::PositionResult::OnOuterBorder) Require(inside);
 }
 
@@ -94,7 +94,7 @@ void Kalvio::Math::FuzzRing(Bytes& bytes) {
         Require(polygon.IsPointInsideAndBorders(inner, tolerance, false));
     }
     CheckCurve(ring, tame && hole.empty() && isValid);
-    See({polygon.GetMaxWidth(tolerance)});
+    See(polygon.GetMaxWidth(tolerance));
     See(std::vector{inner, polygon.GetCentroid(), polygon.GetOrientedBoundingBox2D().GetCenter()});
     polygon.ReducePoints(tolerance);
 }

@@ -12,11 +12,11 @@ void Kalvio::Math::FuzzSimplification(Bytes& bytes) {
     std::vector<Polygon2D> made;
     const bool isMade = byArea ? GeometrySimplifier::SimplifyByArea(areas, limit, made)
                                : GeometrySimplifier::SimplifyByDistance(areas, limit, made);
+    See(made);
     Require(isMade ? made.size() == areas.size() : made.empty());
     Require(isMade == (limit >= 0.0) || !tame);
     for (std::size_t i = 0; isMade && i < areas.size(); ++i) {
         Point2D where;
-        See(made[i].GetPoints());
         Require(made[i].GetTotalSize() <= areas[i].GetTotalSize());
         if (!tame || !areas[i].Validate(where, true, 0.0)) continue;
         Require(made[i].Validate(where, true, 0.0));
@@ -29,7 +29,7 @@ void Kalvio::Math::FuzzSimplification(Bytes& bytes) {
     if (isSimple && tame && !chain.IsSelfCrossing(0.0)) Require(!simple.IsSelfCrossing(0.0));
     Polyline2D curves;
     if (GeometrySimplifier::ToLinesAndArcs(chain, limit, curves) && tame) {
-        See({curves.GetLength()});
+        See(curves.GetLength());
         Require(curves.GetNrOfElements() < chain.GetSize() && curves.IsContinuous(1e-6));
         for (const Point2D& p : chain.GetPoints()) {
             Require(p.Distance(Projection::NearestPointOnPolyline(p, curves, 0.0)) <= limit + 1e-6);

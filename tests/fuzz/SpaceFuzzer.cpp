@@ -57,7 +57,7 @@ void CheckAreas(const std::vector<Point3D>& points, const Plane3D& plane, const 
     (void)Projection::PolygonOnPlane(polygon, p - Point3D(), plane);
     const Polygon3D foot = Projection::NormalPolygonOnPlane(polygon, plane);
     if (!tame) return;
-    See(foot.GetPoints());
+    See(foot);
     const double reach = 1e-3;  // of planes of best fit, in which rings need not lie
     for (const Line3D& piece : pieces) {
         Require(piece.GetLength() >= 0.0 && Distance::PointToPlane(piece.GetStart(), plane) <= reach + 1e4 * tolerance);

@@ -35,7 +35,7 @@ void Kalvio::Math::FuzzWkt(Bytes& bytes) {
     if (!Wkt::Write(geometries, written)) return;
     const bool hasArcs = written.find("CIRCULAR") != std::string::npos;
     for (const std::unique_ptr<IGeometry>& geometry : geometries) Require(Wkt::Write(*geometry, again));
-    for (const char letter : written) See({static_cast<double>(letter)});
+    See(written);
     std::vector<std::unique_ptr<IGeometry>> back;
     const bool isRead = Wkt::Read(written, back, error);
     Require(isRead || hasArcs);
