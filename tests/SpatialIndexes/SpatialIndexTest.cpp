@@ -17,38 +17,9 @@ Bytes RandomBytes(std::uint64_t seed) {
 }
 
 template <class Tree>
-void RunModel(unsigned int dimension, int nrOfSteps) {
-    Model<Tree> model(RandomBytes(20240601), dimension);
-    // It grows, shrinks to nothing, and grows again.
-    for (const int chanceOfInsertion : {80, 25, 70}) {
-        for (int step = 0; step < nrOfSteps; ++step) {
-            const bool insert = model.Integer(0, 99) < chanceOfInsertion;
-            if (insert) model.Insert(step % 3 == 0);
-            if (!insert) model.Remove();
-            if (step % 1000 == 0) model.InsertMany(model.Integer(0, step == 0 ? 600 : 200));
-            if (step % 5 == 0) model.CheckSearches();
-            if (step % 100 == 0) model.CheckStructureOf(model.tree);
-        }
-    }
-    while (!model.inside.empty()) model.Remove();
-    model.CheckStructureOf(model.tree);
-    EXPECT_TRUE(Search(model.tree, Box(-kInfinity, -kInfinity, kInfinity, kInfinity), true).empty());
-}
-
-template <class Tree>
 class SpatialIndexTest : public testing::Test {};
 using Trees = testing::Types<RTree, RStarTree, QuadTree>;
 TYPED_TEST_SUITE(SpatialIndexTest, Trees);
-
-TYPED_TEST(SpatialIndexTest, AnswersEqualALinearScanThroughAnyHistory) { RunModel<TypeParam>(2, 5000); }
-
-TEST(SpatialIndexDimensionTest, AnswersEqualALinearScanInOtherDimensions) {
-    for (const unsigned int dimension : {1U, 3U, 5U}) {
-        SCOPED_TRACE(dimension);
-        RunModel<RTree>(dimension, 1000);
-        RunModel<RStarTree>(dimension, 1500);
-    }
-}
 
 TEST(SpatialIndexDimensionTest, ItemsMoveToANewDimensionAndQueriesNeedItsAxes) {
     Item flat(Box(0, 0, 1, 1)), high(BoundingBoxND(PointOf({0, 0, 5}), PointOf({1, 1, 6})));

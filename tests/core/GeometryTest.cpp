@@ -74,32 +74,6 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
     }
 }
 
-TEST(GeometryTest, HullIsConvexAndHoldsEveryPoint) {
-    RandomNumbers random(3);
-    for (int round = 0; round < 60; ++round) {
-        const Point2D origin = surveyOrigins[round % 2];
-        // Small integers bring equal, collinear and axis-parallel points.
-        const double size = round < 30 ? 7 : 1001;
-        std::vector<Point2DM> measured;
-        std::vector<Point2D> points;
-        for (int i = 0; i < 5 + 4 * round; ++i) {
-            points.push_back(origin + Vec2D(std::floor(random(0, size)), std::floor(random(0, size))));
-            measured.emplace_back(points.back().GetX(), points.back().GetY(), i);
-        }
-        Polygon2D ring, ofMeasured;
-        Geometry::ConvexHull(points, ring);
-        Geometry::ConvexHull(measured, ofMeasured);
-        const std::vector<Point2D>& hull = ring.GetPoints();
-        EXPECT_EQ(ofMeasured.GetPoints(), hull);
-        for (std::size_t i = 0; i < hull.size() && hull.size() > 2; ++i) {
-            const Point2D &a = hull[i], &b = hull[(i + 1) % hull.size()];
-            EXPECT_GT((b - a).PerpDotProduct(hull[(i + 2) % hull.size()] - b), 0.5);
-            for (const Point2D& p : points) EXPECT_GE((b - a).PerpDotProduct(p - a), 0.0);
-        }
-        for (std::size_t i = 0; i < measured.size(); ++i) EXPECT_EQ(measured[i].GetM(), static_cast<double>(i));
-    }
-}
-
 TEST(GeometryTest, RandomPointsStayInTheirBox) {
     std::list<Point2D> points{Point2D(-1, -1)};
     Geometry::RandomPoints(Point2D(100, 200), Point2D(111, 221), 2000, points);

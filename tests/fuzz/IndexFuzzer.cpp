@@ -27,12 +27,16 @@ void CheckPoints(Bytes bytes) {
     const Point2D low = bytes.TakePoint(), center = bytes.TakePoint();
     const double radius = bytes.TakeDouble();
     const auto index = IQuadTreeForPoints::Create(capacity, BoundingBox2D(low, center));
-    std::uint64_t expected = 0;
+    std::vector<Point3D> found(1), expected(1);  // a search appends
+    std::uint64_t count = 0;
     for (const Point3D& p : bytes.TakePoints3D()) {
-        if (index->Insert(p) && p.GetPoint2D().Distance(center) <= radius) ++expected;
+        if (!index->Insert(p)) continue;
+        ++count;
+        if (p.GetPoint2D().Distance(center) <= radius) expected.push_back(p);
     }
-    std::vector<Point3D> found;
-    Require(index->Search(center, radius, found) == expected && found.size() == expected);
+    Require(index->GetNrOfPoints() == count && index->Search(center, radius, found) == expected.size() - 1);
+    const auto isSame = [](const Point3D& p, const Point3D& q) { return std::memcmp(&p, &q, sizeof p) == 0; };
+    Require(std::ranges::is_permutation(found, expected, isSame));
 }
 
 }  // namespace

@@ -38,15 +38,38 @@ void CheckEdits(IndexedTriangleSet3D set, double tolerance, bool tame) {
     (void)set.AdjustVerticesToClosest({Point3D(1, 2, 3), Point3D(-4, 5, -6)});
 }
 
+// Against the sums over all indexes that name the same vertex.
+void CheckNormals(const IndexedTriangleSet3D& set, double crease, bool tame) {
+    const std::vector<unsigned int>& indexes = set.GetIndexes();
+    std::vector<Vec3D> faces(1), vertices(1), corners(1);
+    set.ComputeNormals(false, faces);
+    set.ComputeNormals(true, vertices);
+    set.ComputeNormals(true, corners, Angle(crease));
+    See(corners);
+    Require(faces.size() == indexes.size() / 3 && vertices.size() == set.GetVertices().size());
+    Require(corners.size() == indexes.size() / 3 * 3);
+    for (std::size_t k = 0; k < corners.size() && tame; ++k) {
+        Point3D a, b, c;
+        if (!set.GetTriangleAt(k / 3, a, b, c)) continue;
+        const Vec3D normal = (b - a).CrossProduct(c - a).Normalize();
+        Require((faces[k / 3] - (set.IsCCW() ? normal : -normal)).Length() <= 1e-14);
+        Vec3D sum, within;
+        for (std::size_t i = 0; i < corners.size(); ++i) {
+            if (indexes[i] != indexes[k]) continue;
+            const bool isNear = i / 3 == k / 3 || faces[i / 3].DotProduct(faces[k / 3]) > std::cos(crease) - 1e-12;
+            sum += faces[i / 3];
+            within += isNear ? faces[i / 3] : Vec3D();
+        }
+        if (sum.Length() > 1e-2) Require((vertices[indexes[k]] - sum.Normalize()).Length() <= 1e-12);
+        if (within.Length() > 1e-2) Require((corners[k] - within.Normalize()).Length() <= 1e-12);
+    }
+}
+
 void CheckQueries(const IndexedTriangleSet3D& set) {
     unsigned int windings[3] = {};
     set.GetTotalWindings2D(windings[0], windings[1], windings[2]);
     Require(windings[0] + windings[1] + windings[2] <= set.GetTrianglesCount());
     (void)set.IsOneClosedVolume();
-    std::vector<Vec3D> normals;
-    set.ComputeNormals(true, normals);
-    set.ComputeNormals(true, normals, Angle(0.5));
-    See(normals);
     std::vector<LineString3D> borders;
     Require(set.GetBoundaries(borders) == !borders.empty());
     for (const LineString3D& border : borders) {
@@ -99,6 +122,7 @@ void Kalvio::Math::FuzzMesh(Bytes& bytes) {
     const Line2D line{bytes.TakePoint(), bytes.TakePoint()};
     const double tolerance = bytes.TakeDouble() / 256.0;
     const IndexedTriangleSet3D set = TakeSet(bytes);
+    for (const double crease : {0.0, 0.5, 2.0}) CheckNormals(set, crease, tame);
     CheckQueries(set);
     CheckSections(set, line, tame);
     CheckPlan(set, tame);

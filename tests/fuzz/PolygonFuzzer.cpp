@@ -71,13 +71,23 @@ void CheckStrips(const Polygon2D& polygon, double at, bool tame) {
     }
 }
 
+// Tame points lie on a grid on which products are exact.
 void CheckHull(const std::vector<Point2D>& points, bool tame) {
-    Polygon2D hull;
-    Geometry::ConvexHull(points, hull);
+    Polygon2D ring, ofMeasured;
+    std::vector<Point2DM> measured;
+    for (const Point2D& p : points) measured.emplace_back(p.GetX(), p.GetY(), static_cast<double>(measured.size()));
+    Geometry::ConvexHull(points, ring);
+    Geometry::ConvexHull(measured, ofMeasured);
+    const std::vector<Point2D>& hull = ring.GetPoints();
     See(hull);
-    if (!tame || hull.GetSize() < 3) return;
-    for (const Point2D& p : points) Require(hull.IsPointInsideAndBorders(p, rounding, true));
-    Require(hull.GetArea() >= -rounding);
+    if (!tame) return;
+    Require(ofMeasured.GetPoints() == hull);
+    for (std::size_t i = 0; i < hull.size() && hull.size() > 2; ++i) {
+        const Point2D &a = hull[i], &b = hull[(i + 1) % hull.size()];
+        Require((b - a).PerpDotProduct(hull[(i + 2) % hull.size()] - b) > 0.0);
+        for (const Point2D& p : points) Require((b - a).PerpDotProduct(p - a) >= 0.0);
+    }
+    for (std::size_t i = 0; i < measured.size(); ++i) Require(measured[i].GetM() == static_cast<double>(i));
 }
 
 }  // namespace
@@ -93,4 +103,5 @@ void Kalvio::Math::FuzzPolygon(Bytes& bytes) {
     CheckLines(a, chain, tame && areValid);
     CheckStrips(a, at, tame);
     CheckHull(a.GetPoints(), tame);
+    CheckHull(chain, tame);
 }

@@ -131,43 +131,6 @@ TEST(TriangleSetTest, WindingsByAxisAndInPlan) {
     }
 }
 
-// Against the sums over all indexes that name the same vertex.
-void CheckNormals(const IndexedTriangleSet3D& set, double crease) {
-    const Indexes& indexes = set.GetIndexes();
-    std::vector<Vec3D> faces(1, Vec3D(1, 2, 3)), vertices = faces, corners = faces;
-    set.ComputeNormals(false, faces);
-    set.ComputeNormals(true, vertices);
-    set.ComputeNormals(true, corners, Angle(crease));
-    ASSERT_EQ((std::array{faces.size(), vertices.size(), corners.size()}),
-              (std::array{indexes.size() / 3, set.GetVertices().size(), indexes.size()}));
-    for (std::size_t k = 0; k < indexes.size(); ++k) {
-        Point3D a, b, c;
-        if (!set.GetTriangleAt(k / 3, a, b, c)) continue;
-        const Vec3D normal = (b - a).CrossProduct(c - a).Normalize();
-        EXPECT_THAT(faces[k / 3], IsNear(set.IsCCW() ? normal : -normal, 1e-14));
-        Vec3D sum, within;
-        for (std::size_t i = 0; i < indexes.size(); ++i) {
-            if (indexes[i] != indexes[k]) continue;
-            const bool isNear = i / 3 == k / 3 || faces[i / 3].DotProduct(faces[k / 3]) > std::cos(crease) - 1e-9;
-            sum += faces[i / 3];
-            within += isNear ? faces[i / 3] : Vec3D();
-        }
-        EXPECT_THAT(vertices[indexes[k]], IsNear(sum.Normalize(), 1e-14));
-        EXPECT_THAT(corners[k], IsNear(within.Normalize(), 1e-14));
-    }
-}
-
-TEST(TriangleSetTest, NormalsOfFacesVerticesAndCorners) {
-    IndexedTriangleSet3D block = Block({385000.0, 6672000.0, 0.0}, {2, 2, 2}), torus = Torus({}, 0.0, 8.0, 2.0, 9);
-    block.AppendIndexes({0, 0, 1, 2, 3, 99});
-    for (const double crease : {0.0, kPi / 6, kPi / 2, 0.99 * kPi}) {
-        for (IndexedTriangleSet3D* const set : {&block, &torus, &block, &torus}) {
-            CheckNormals(*set, crease);
-            set->SetCCW(!set->IsCCW());
-        }
-    }
-}
-
 TEST(TriangleSetTest, AStripIsTheSetOfItsTriangles) {
     // A roof that rises and falls at 45 degrees, clockwise from above, then a quad of no area.
     TriangleStrip3D roof{Point3D(0, 0, 0), Point3D(0, 5, 0), Point3D(2, 0, 2), Point3D(2, 5, 2),
