@@ -54,6 +54,9 @@ void CheckCircles(const Point2D& a, const Point2D& b, const Point2D& c, bool tam
     Require(found == GeometryCreator::ArcFrom3Points(a, b, c, arc, tolerance));
     const Circle2D second(c, a.Distance(b));
     std::vector<Point2D> common;
+    (void)Intersection::LineCircle(Line2D(a, b), second, common, tolerances);
+    for (const Point2D& p : common) Require(std::isfinite(p.GetX()) && std::isfinite(p.GetY()));
+    common.clear();
     (void)Intersection::CircleCircle(first, second, common, tolerances);
     See(Distance::CircleToCircle(first, second));
     See(common);
