@@ -12,7 +12,8 @@ VariogramModelBase* MakeModel(bool isSpherical, double sill, double range) {
 }
 
 // A failure touches nothing, an answer is finite.
-void CheckAnswer(bool found, double value) { Require(found ? std::isfinite(value) : value == untouched); }
+// By reference: the value is read when the answer is there.
+void CheckAnswer(bool found, const double& value) { Require(found ? std::isfinite(value) : value == untouched); }
 
 // The estimators and the system agree at the samples: there the estimate is the sample. Samples a sixteenth of their
 // extent apart or more keep the matrix of an exponential model well conditioned.
