@@ -401,28 +401,32 @@ void QuadTreeNode::SearchNearest(const FlatBox& from, detail::NearestItems& near
         double distance;
         const QuadTreeNode* node;
     };
+    // Not by the children's squares, where they need not be read: most are too far away.
+    const auto gaps = [&from](unsigned int axis, double low, double center, double high, double* both) {
+        Store(detail::SquaredGap(Lanes::Of(low, center), Lanes::Of(center, high), Lanes::Repeat(from.Low(axis)),
+                                 Lanes::Repeat(from.High(axis))),
+              both);
+    };
+    std::array<double, 2> columns;
+    std::array<double, 2> rows;
+    gaps(0, square.minX, centerX, square.maxX, columns.data());
+    gaps(1, square.minY, centerY, square.maxY, rows.data());
     std::array<Way, 4> ways;
     std::size_t n = 0;
     for (std::size_t quadrant = 0; quadrant < children.size(); ++quadrant) {
         const QuadTreeNode* const child = children[quadrant].get();
         if (child == nullptr) continue;
-        // Not the child's square: most children need not be read.
-        const PlanBox part = isRoot || hasStrays ? child->square : GetQuadrant(quadrant);
-        const Way way{part.SquaredDistance(from), child};
+        const double distance =
+            isRoot || hasStrays ? child->square.SquaredDistance(from) : columns[quadrant % 2] + rows[quadrant / 2];
+        if (!(distance <= nearest.GetLimit())) continue;
+        Prefetch(*child);
         std::size_t i = n++;
-        for (; i > 0 && way.distance < ways[i - 1].distance; --i) ways[i] = ways[i - 1];
-        ways[i] = way;
+        for (; i > 0 && distance < ways[i - 1].distance; --i) ways[i] = ways[i - 1];
+        ways[i] = {distance, child};
     }
     // The nearest child first: few of the large boxes here are nearer than what lies there.
-    const bool startsBelow = n > 0 && ways[0].distance <= nearest.GetLimit();
-    if (startsBelow) ways[0].node->SearchNearest(from, nearest);
-    for (unsigned int i = 0; i < items.GetCount(); ++i) {
-        const PlanBox box = items.GetBox(i);
-        const double distance = box.SquaredDistance(from);
-        if (!(distance <= nearest.GetLimit()) || (isRoot && box.GetFlatBox().HasNaN())) continue;
-        nearest.Take(distance, items.GetBounds(i), items.begin()[i]);
-    }
-    if (!startsBelow) return;
+    if (n > 0) ways[0].node->SearchNearest(from, nearest);
+    items.SearchNearest(from, nearest);
     for (std::size_t i = 1; i < n && ways[i].distance <= nearest.GetLimit(); ++i) {
         ways[i].node->SearchNearest(from, nearest);
     }

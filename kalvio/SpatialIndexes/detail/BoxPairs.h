@@ -36,6 +36,8 @@ public:
         for (unsigned int axis = 0; axis < dimension; ++axis) box.Set(axis, Low(axis, i), High(axis, i));
         return box;
     }
+    /// The boxes from number `first`, which is even, on.
+    BoxPairs From(unsigned int first) const { return {At(0, first), dimension}; }
     BoxBounds GetBounds(unsigned int i) const { return {At(0, i), 2, dimension}; }
     void Set(unsigned int i, const FlatBox& box) const {
         for (unsigned int axis = 0; axis < dimension; ++axis) {
@@ -108,7 +110,7 @@ public:
     /// That of box i.
     double SquaredDistance(const FlatBox& from, unsigned int i) const {
         double both[2];
-        BoxPairs(At(0, i - i % 2), dimension).SquaredDistances(from, 2, both);
+        From(i - i % 2).SquaredDistances(from, 2, both);
         return both[i % 2];
     }
 

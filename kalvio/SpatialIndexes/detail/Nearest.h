@@ -3,7 +3,9 @@
 #include "kalvio/SpatialIndexes/detail/BoxPairs.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <limits>
@@ -20,7 +22,6 @@ class NearestItems {
 public:
     /// @param within  a distance, closed
     NearestItems(std::uint64_t nrOfItems, double within) : most(nrOfItems), limit(within * within) {
-        hits.reserve((std::min)(most, mostInOrder));
         limit = (std::min)(limit, (std::numeric_limits<double>::max)());
         while (std::sqrt(limit) > within) limit = std::nextafter(limit, 0.0);
         for (double next = limit; std::sqrt(next) <= within && next <= (std::numeric_limits<double>::max)();) {
@@ -33,40 +34,41 @@ public:
     double GetLimit() const { return limit; }
 
     /// Whether there are as many as are wanted.
-    bool IsFull() const { return hits.size() == most; }
+    bool IsFull() const { return count == most; }
 
     /// Takes an item, not farther than the limit, with its box.
     void Take(double squaredDistance, const BoxBounds& box, ISpatialIndexData* item) {
         const Hit hit{squaredDistance, box, item};
         if (most <= mostInOrder) {
-            if (hits.size() < most) {
-                hits.push_back(hit);
-            } else if (!IsBefore(hit, hits.back())) {
-                return;
-            }
-            std::size_t at = hits.size() - 1;
-            for (; at > 0 && IsBefore(hit, hits[at - 1]); --at) hits[at] = hits[at - 1];
-            hits[at] = hit;
-            if (hits.size() == most) limit = hits.back().squaredDistance;
+            if (IsFull() && !IsBefore(hit, inOrder[count - 1])) return;
+            if (!IsFull()) ++count;
+            std::size_t at = count - 1;
+            for (; at > 0 && IsBefore(hit, inOrder[at - 1]); --at) inOrder[at] = inOrder[at - 1];
+            inOrder[at] = hit;
+            if (IsFull()) limit = inOrder[count - 1].squaredDistance;
             return;
         }
-        if (hits.size() == most) {
-            if (!IsBefore(hit, hits.front())) return;
-            std::pop_heap(hits.begin(), hits.end(), IsBefore);
-            hits.back() = hit;
+        if (IsFull()) {
+            if (!IsBefore(hit, heap.front())) return;
+            std::pop_heap(heap.begin(), heap.end(), IsBefore);
+            heap.back() = hit;
         } else {
-            hits.push_back(hit);
+            heap.push_back(hit);
+            ++count;
         }
-        std::push_heap(hits.begin(), hits.end(), IsBefore);
-        if (hits.size() == most) limit = hits.front().squaredDistance;
+        std::push_heap(heap.begin(), heap.end(), IsBefore);
+        if (IsFull()) limit = heap.front().squaredDistance;
     }
 
     /// Appends the items, nearest first.
     /// @return their number
     std::uint64_t AppendTo(std::vector<ISpatialIndexData*>& items) {
-        if (most > mostInOrder) std::sort_heap(hits.begin(), hits.end(), IsBefore);
-        for (const Hit& hit : hits) items.push_back(hit.item);
-        return hits.size();
+        std::sort_heap(heap.begin(), heap.end(), IsBefore);
+        const Hit* const first = most > mostInOrder ? heap.data() : inOrder.data();
+        const std::size_t before = items.size();
+        items.resize(before + count);
+        for (std::size_t i = 0; i < count; ++i) items[before + i] = first[i].item;
+        return count;
     }
 
 private:
@@ -87,11 +89,13 @@ private:
         return std::less<>()(a.item, b.item);
     }
 
-    static constexpr std::uint64_t mostInOrder = 32;
+    static constexpr std::size_t mostInOrder = 32;
 
     std::uint64_t most;
     double limit;
-    std::vector<Hit> hits;  // in order, or a heap with the last on top when many are wanted
+    std::size_t count = 0;
+    std::array<Hit, mostInOrder> inOrder;  // without an allocation while few are wanted
+    std::vector<Hit> heap;                 // with the last on top, when many are
 };
 
 /// The nearest items below a node, which may be null, to a point or box.

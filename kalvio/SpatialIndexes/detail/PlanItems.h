@@ -1,11 +1,14 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+#include "kalvio/SpatialIndexes/detail/Nearest.h"
 #include "kalvio/SpatialIndexes/detail/PlanBox.h"
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <utility>
@@ -74,6 +77,28 @@ public:
         const LaneMask x = query.Axis(0)(Lanes::Repeat(bounds[0]), Lanes::Repeat(bounds[1]));
         const LaneMask both = x & query.Axis(1)(Lanes::Repeat(bounds[2]), Lanes::Repeat(bounds[3]));
         if (both.Bits() != 0) found(data.item);
+    }
+
+    /// Offers the items that are near enough, but for those with a NaN bound.
+    void SearchNearest(const FlatBox& from, NearestItems& nearest) const {
+        const auto offer = [&](unsigned int i, double distance) {
+            if (!(distance <= nearest.GetLimit()) || GetBox(i).GetFlatBox().HasNaN()) return;
+            nearest.Take(distance, GetBounds(i), Items()[i]);
+        };
+        if (capacity == 1) {
+            if (count == 1) offer(0, GetBox(0).SquaredDistance(from));
+            return;
+        }
+        std::array<double, 64> distances;
+        for (unsigned int first = 0; first < count; first += 64) {
+            const unsigned int n = (std::min)(count - first, 64U);
+            Boxes().From(first).SquaredDistances(from, n, distances.data());
+            std::uint64_t near = NotAbove(distances.data(), n, nearest.GetLimit());
+            for (; near != 0; near &= near - 1) {
+                const auto i = static_cast<unsigned int>(std::countr_zero(near));
+                offer(first + i, distances[i]);
+            }
+        }
     }
 
 private:
