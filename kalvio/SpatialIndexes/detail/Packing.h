@@ -161,8 +161,17 @@ private:
         grid = before;
     }
 
+    struct Range {
+        static constexpr std::size_t nrOfBuckets = 256;
+        unsigned int axis;
+        std::uint32_t low;
+        std::uint32_t nrOfSteps;
+        unsigned int shift;  // of a distance from the low end, to the number of its bucket
+    };
+
     /// The first `nrOfLow` seeds become those that lie lowest along the longest axis. Many are told apart by the
-    /// buckets of a histogram first: no comparison of two seeds then depends on what they hold.
+    /// buckets of a histogram first, few by a bound between them: no comparison of two seeds then depends on what they
+    /// hold.
     void Part(std::span<Seed> seeds, std::size_t nrOfLow) {
         Range range = LongestRange(seeds);
         if (range.nrOfSteps < fewestSteps) {
@@ -172,7 +181,9 @@ private:
         const auto bucketOf = [&](const Seed& seed) { return (seed.center[range.axis] - range.low) >> range.shift; };
         std::size_t first = 0;
         std::size_t last = seeds.size();
-        if (seeds.size() > fewForBuckets) {
+        if (seeds.size() <= fewForBuckets) {
+            if (PartFew(seeds, nrOfLow, range)) return;
+        } else {
             std::array<std::uint32_t, Range::nrOfBuckets> counts{};
             for (const Seed& seed : seeds) ++counts[bucketOf(seed)];
             std::uint32_t bucket = 0;
@@ -194,6 +205,34 @@ private:
                          });
     }
 
+    /// Halves the range until as many as are wanted lie below the bound. False when equal centres leave none.
+    bool PartFew(std::span<Seed> seeds, std::size_t nrOfLow, const Range& range) {
+        std::array<std::int32_t, fewForBuckets> centers;  // signed ones are compared four at once
+        const auto asSigned = [](std::uint32_t step) { return static_cast<std::int32_t>(step ^ (1U << 31U)); };
+        const std::size_t n = seeds.size();
+        for (std::size_t i = 0; i < n; ++i) centers[i] = asSigned(seeds[i].center[range.axis] - range.low);
+        std::uint32_t least = 0;
+        std::uint32_t most = range.nrOfSteps;
+        while (least < most) {
+            const std::uint32_t middle = least + (most - least) / 2 + 1;
+            const std::int32_t bound = asSigned(middle);
+            std::uint32_t nrBelow = 0;
+            for (std::size_t i = 0; i < n; ++i) nrBelow += centers[i] < bound ? 1 : 0;
+            if (nrBelow == nrOfLow) {
+                std::array<Seed*, 2> next{room.data(), room.data() + nrOfLow};
+                for (std::size_t i = 0; i < n; ++i) *next[centers[i] < bound ? 0 : 1]++ = seeds[i];
+                std::copy_n(room.data(), n, seeds.data());
+                return true;
+            }
+            if (nrBelow < nrOfLow) {
+                least = middle;
+            } else {
+                most = middle - 1;
+            }
+        }
+        return false;
+    }
+
     /// By exact centres within one step of the grid, which an item far away makes coarse; infinite ones are lowest.
     bool IsBefore(unsigned int axis, const Seed& a, const Seed& b) {
         const auto placeOf = [&](const Seed& seed) {
@@ -202,14 +241,6 @@ private:
         };
         return placeOf(a) < placeOf(b);
     }
-
-    struct Range {
-        static constexpr std::size_t nrOfBuckets = 256;
-        unsigned int axis;
-        std::uint32_t low;
-        std::uint32_t nrOfSteps;
-        unsigned int shift;  // of a distance from the low end, to the number of its bucket
-    };
 
     Range LongestRange(std::span<const Seed> seeds) const {
         Range longest{};
