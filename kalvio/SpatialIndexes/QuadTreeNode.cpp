@@ -40,6 +40,16 @@ double CenterOf(double low, double high, int level) {
     return std::isfinite(low) ? low + half : high - half;
 }
 
+/// The quadrant around a centre that holds the whole box; -1 when none does.
+int QuadrantOf(const PlanBox& box, double centerX, double centerY) {
+    // Without branches: where boxes go is hard to foresee.
+    const bool isLowX = centerX >= box.maxX;
+    const bool isLowY = centerY >= box.maxY;
+    const bool fits = (isLowX | (box.minX >= centerX)) & (isLowY | (box.minY >= centerY));
+    const int quadrant = (isLowX ? 0 : 1) + (isLowY ? 0 : 2);
+    return fits ? quadrant : -1;
+}
+
 /// All of a node: a search reads it once it is there.
 void Prefetch(const QuadTreeNode& node) {
     for (std::size_t at = 0; at < sizeof(node); at += 64) detail::Prefetch(reinterpret_cast<const char*>(&node) + at);
@@ -190,7 +200,7 @@ void QuadTreeNode::Insert(const PlanBox& place, const PlanBox& box, ISpatialInde
 }
 
 QuadTreeNode* QuadTreeNode::MakeChildOfRoot(const PlanBox& place, const PlanBox& box) {
-    const int quadrant = place.IsProper() && box.IsProper() ? GetSubnodeIndex(place, 0.0, 0.0) : -1;
+    const int quadrant = place.IsProper() && box.IsProper() ? QuadrantOf(place, 0.0, 0.0) : -1;
     if (quadrant < 0) return nullptr;
     std::unique_ptr<QuadTreeNode>& child = children[static_cast<std::size_t>(quadrant)];
     if (child == nullptr || !child->square.Contains(place)) child = CreateExpanded(std::move(child), place);
@@ -228,8 +238,9 @@ void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail
     // 0: stays in this node; 1 ... 4: goes to a child.
     const auto slotOf = [&](const detail::Arrivals::Place& place) {
         if (isRoot && !(place.box.IsProper() && arrivals.boxes[place.item].IsProper())) return 0U;
-        const int quadrant = GetSubnodeIndex(place.box, centerX, centerY);
-        const QuadTreeNode* const child = GetSubnode(quadrant);
+        const int quadrant = QuadrantOf(place.box, centerX, centerY);
+        if (quadrant < 0) return 0U;
+        const QuadTreeNode* const child = children[static_cast<std::size_t>(quadrant)].get();
         return child == nullptr || child->square.Contains(place.box) ? static_cast<unsigned int>(quadrant + 1) : 0U;
     };
     std::array<std::size_t, 5> counts{};
@@ -265,7 +276,7 @@ void QuadTreeNode::InsertNode(QuadTreeNode* node) {
 }
 
 void QuadTreeNode::Adopt(std::unique_ptr<QuadTreeNode> node) {
-    const int quadrant = node->isRoot ? -1 : GetSubnodeIndex(node->square, centerX, centerY);
+    const int quadrant = node->isRoot ? -1 : QuadrantOf(node->square, centerX, centerY);
     if (quadrant < 0 || (!isRoot && node->level >= level)) {
         std::vector<ISpatialIndexData*> all;
         for (const ISpatialIndexData* item : *node->AddAllItems(&all)) Add(item);
@@ -312,7 +323,7 @@ QuadTreeNode* QuadTreeNode::Descend(const PlanBox& box, bool create) {
     QuadTreeNode* node = this;
     if (!box.IsProper()) return node;
     for (;;) {
-        const int quadrant = GetSubnodeIndex(box, node->centerX, node->centerY);
+        const int quadrant = QuadrantOf(box, node->centerX, node->centerY);
         if (quadrant < 0) return node;
         QuadTreeNode* child = node->children[static_cast<std::size_t>(quadrant)].get();
         if (child == nullptr && create) child = node->MakeChild(static_cast<std::size_t>(quadrant));
@@ -467,16 +478,7 @@ void QuadTreeNode::AddAllItemsFromOverlapping(const PointND& point, std::list<IS
 
 int QuadTreeNode::GetSubnodeIndex(const BoundingBoxND& box, const PointND& center) {
     const PlanBox middle = InPlan(center.GetBoundingBoxND());
-    return GetSubnodeIndex(InPlan(box), middle.minX, middle.minY);
-}
-
-int QuadTreeNode::GetSubnodeIndex(const PlanBox& box, double centerX, double centerY) {
-    // Without branches: where boxes go is hard to foresee.
-    const bool isLowX = centerX >= box.maxX;
-    const bool isLowY = centerY >= box.maxY;
-    const bool fits = (isLowX | (box.minX >= centerX)) & (isLowY | (box.minY >= centerY));
-    const int quadrant = (isLowX ? 0 : 1) + (isLowY ? 0 : 2);
-    return fits ? quadrant : -1;
+    return QuadrantOf(InPlan(box), middle.minX, middle.minY);
 }
 
 PlanBox QuadTreeNode::GetQuadrant(std::size_t quadrant) const {

@@ -137,7 +137,6 @@ private:
     static PlanBox ComputeQuadKey(int squareLevel, const PlanBox& box);
     static std::unique_ptr<QuadTreeNode> CreateNode(const PlanBox& box);
     static std::unique_ptr<QuadTreeNode> CreateExpanded(std::unique_ptr<QuadTreeNode> existing, const PlanBox& box);
-    static int GetSubnodeIndex(const PlanBox& box, double centerX, double centerY);
 
     PlanBox GetQuadrant(std::size_t quadrant) const;
     void Append(const PlanBox& box, ISpatialIndexData* item);

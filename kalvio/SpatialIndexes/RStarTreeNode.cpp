@@ -193,7 +193,8 @@ bool RStarTreeNode::Remove(Removal& removal) {
 std::unique_ptr<RStarTreeNode> RStarTreeNode::InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels) {
     if (nrOfLevels > 0) {
         box.Cover(orphan.box);
-        const unsigned int i = ChooseSubtree(orphan.box);
+        unsigned int i = ChooseSubtree(orphan.box);
+        if (nrOfLevels == 1 && !entries.Child(i).HasRoomFor(orphan)) i = ChooseRoomy(orphan, i);
         RStarTreeNode& child = entries.Child(i);
         std::unique_ptr<RStarTreeNode> sibling = child.InsertAll(orphan, nrOfLevels - 1);
         entries.SetBox(i, child.box);
@@ -203,8 +204,9 @@ std::unique_ptr<RStarTreeNode> RStarTreeNode::InsertAll(RStarTreeNode& orphan, u
         }
         return GetNrOfEntries() <= mostEntries ? nullptr : Split(entries.TakeAll());
     }
+    const bool overflows = !HasRoomFor(orphan);
     std::vector<Entry> added = orphan.entries.TakeAll();
-    if (GetNrOfEntries() + added.size() > mostEntries) {
+    if (overflows) {
         std::vector<Entry> all = entries.TakeAll();
         for (Entry& entry : added) all.push_back(std::move(entry));
         return Split(std::move(all));
@@ -212,6 +214,25 @@ std::unique_ptr<RStarTreeNode> RStarTreeNode::InsertAll(RStarTreeNode& orphan, u
     for (Entry& entry : added) entries.Append(std::move(entry));
     box.Cover(orphan.box);
     return nullptr;
+}
+
+unsigned int RStarTreeNode::ChooseRoomy(const RStarTreeNode& orphan, unsigned int instead) const {
+    constexpr double mostGrowth = 3.0;  // more costs searches what it saves removals
+    const auto growthOf = [&](unsigned int i) {
+        FlatBox grown = entries.GetBox(i);
+        const double area = grown.Area();
+        grown.Cover(orphan.box);
+        return grown.Area() - area;
+    };
+    unsigned int best = instead;
+    double limit = mostGrowth * growthOf(instead);
+    for (unsigned int i = 0; i < GetNrOfEntries(); ++i) {
+        const double growth = growthOf(i);
+        if (!(growth < limit) || !entries.Child(i).HasRoomFor(orphan)) continue;
+        limit = growth;
+        best = i;
+    }
+    return best;
 }
 
 unsigned int RStarTreeNode::GetHeight() const {

@@ -60,6 +60,12 @@ private:
     /// Puts what an orphan of a removal holds into one node below, so many levels down: that to which its box is added.
     /// @return the new sibling when this node was split, else null
     std::unique_ptr<RStarTreeNode> InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels);
+    /// The child that has room for what an orphan holds and grows least by its box, when it grows at most three times
+    /// as much as the one to take instead.
+    unsigned int ChooseRoomy(const RStarTreeNode& orphan, unsigned int instead) const;
+    bool HasRoomFor(const RStarTreeNode& orphan) const {
+        return GetNrOfEntries() + orphan.GetNrOfEntries() <= mostEntries;
+    }
     /// Levels above those that hold leaves, for a node with entries.
     unsigned int GetHeight() const;
     unsigned int ChooseSubtree(const detail::FlatBox& itemBox) const;
