@@ -82,7 +82,8 @@ public:
     /// answer `nodeQuery` are passed by, and those inside a window are not looked at box by box.
     template <class NodeQuery, class ItemQuery, class Found>
     void Search(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
-        SearchIn<NodeQuery::isWindow>(RoughTests<NodeQuery>::WindowOf(nodeQuery), itemQuery, found);
+        const Step top{this, false};
+        SearchLevel<NodeQuery::isWindow>(&top, 1, RoughTests<NodeQuery>::WindowOf(nodeQuery), itemQuery, found);
     }
     /// Calls `found(item)` for every item below, left to right.
     template <class Found>
@@ -91,7 +92,6 @@ public:
         if (leafLevel) {
             for (const Target* target = Targets(); target != end; ++target) found(target->item);
         } else {
-            for (unsigned int i = 0; i < count; ++i) PrefetchChild(i, true);
             for (const Target* target = Targets(); target != end; ++target) target->child->FindAll(found);
         }
     }
@@ -152,32 +152,55 @@ private:
     RoughBoxes Rough() const { return {RoughNumbers(), dimension}; }
     double* Numbers() const { return reinterpret_cast<double*>(At(NumbersAt(capacity, dimension))); }
 
+    /// A node on the way of a search; one inside a window is not looked at box by box.
+    struct Step {
+        const EntryBlock* block;
+        bool isInside;
+    };
+    static constexpr std::size_t mostStepsAhead = 16;
+
+    /// Searches nodes of one level, left to right: all of them before those below, which are on their way to the
+    /// processor meanwhile.
     template <bool isWindow, class ItemQuery, class Found>
-    void SearchIn(const RoughWindow& window, const ItemQuery& itemQuery, Found& found) const {
-        const RoughBoxes rough = Rough();
-        const Target* const targets = Targets();
-        if (leafLevel) {
-            for (std::uint64_t rest = Matches(window, itemQuery); rest != 0; rest &= rest - 1) {
-                found(targets[std::countr_zero(rest)].item);
+    static void SearchLevel(const Step* steps, std::size_t n, const RoughWindow& window, const ItemQuery& itemQuery,
+                            Found& found) {
+        const Step* const end = steps + n;
+        if (steps->block->leafLevel) {
+            for (; steps != end; ++steps) {
+                const Target* const targets = steps->block->Targets();
+                std::uint64_t on = steps->isInside ? steps->block->All() : steps->block->Matches(window, itemQuery);
+                for (; on != 0; on &= on - 1) found(targets[std::countr_zero(on)].item);
             }
             return;
         }
-        const auto on = rough.template Match<RoughWindow::MayOverlap>(window, count);
-        std::uint64_t inside = 0;
-        if constexpr (isWindow) inside = rough.template Match<RoughWindow::IsInside>(window, count);
-        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
-            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
-            PrefetchChild(i, (inside >> i & 1U) != 0);
-        }
-        for (std::uint64_t rest = on; rest != 0; rest &= rest - 1) {
-            const auto i = static_cast<unsigned int>(std::countr_zero(rest));
-            if ((inside >> i & 1U) != 0) {
-                targets[i].child->FindAll(found);
-            } else {
-                targets[i].child->template SearchIn<isWindow>(window, itemQuery, found);
+        std::array<Step, mostStepsAhead> below;
+        std::size_t nrBelow = 0;
+        for (; steps != end; ++steps) {
+            const EntryBlock& block = *steps->block;
+            std::uint64_t on = block.All();
+            std::uint64_t inside = on;
+            if (!steps->isInside) {
+                on = block.Rough().template Match<RoughWindow::MayOverlap>(window, block.count);
+                inside = 0;
+                if constexpr (isWindow) {
+                    inside = block.Rough().template Match<RoughWindow::IsInside>(window, block.count);
+                }
+            }
+            for (; on != 0; on &= on - 1) {
+                const auto i = static_cast<unsigned int>(std::countr_zero(on));
+                const bool isInside = (inside >> i & 1U) != 0;
+                block.PrefetchChild(i, isInside);
+                if (nrBelow == below.size()) {
+                    SearchLevel<isWindow>(below.data(), nrBelow, window, itemQuery, found);
+                    nrBelow = 0;
+                }
+                below[nrBelow++] = {block.Targets()[i].child, isInside};
             }
         }
+        if (nrBelow > 0) SearchLevel<isWindow>(below.data(), nrBelow, window, itemQuery, found);
     }
+    /// A bit for each entry.
+    std::uint64_t All() const { return count < 64 ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0}; }
     /// Bit i: the box of entry i answers the query.
     template <class Query>
     std::uint64_t Matches(const RoughWindow& window, const Query& query) const {
