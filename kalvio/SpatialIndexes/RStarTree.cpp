@@ -84,11 +84,7 @@ struct RStarTreeData {
     }
 
     void InsertFromRoot(const detail::FlatBox& box, ISpatialIndexData* item, RStarTreeNode::Insertion& insertion) {
-        Grow(root->Insert(box, item, true, insertion));
-    }
-
-    /// Puts the root and its new sibling, if there is one, under a new root.
-    void Grow(std::unique_ptr<RStarTreeNode> sibling) {
+        std::unique_ptr<RStarTreeNode> sibling = root->Insert(box, item, true, insertion);
         if (sibling == nullptr) return;
         auto above = std::make_unique<RStarTreeNode>(false, dimension, deletes);
         for (std::unique_ptr<RStarTreeNode>* half : {&root, &sibling}) {
@@ -97,17 +93,6 @@ struct RStarTreeData {
         }
         above->UpdateBox();
         root = std::move(above);
-    }
-
-    /// Leaves that have lost their node come back: as they lay together, one node takes them all, and is split when it
-    /// overflows. Subtrees come back whole in the same way.
-    void InsertOrphan(RStarTreeNode& orphan) {
-        if (orphan.GetNrOfEntries() == 0) return;
-        const unsigned int height = orphan.GetHeight();
-        const unsigned int rootHeight = root->GetHeight();
-        if (height <= rootHeight) return Grow(root->InsertAll(orphan, rootHeight - height));
-        auto insert = [this](const detail::FlatBox& box, ISpatialIndexData* item) { Insert(box, item); };
-        orphan.entries.Block().ForEachItem(insert);
     }
 };
 
@@ -184,7 +169,7 @@ bool RStarTree::Remove(const ISpatialIndexData* item) {
     if (data->root->GetNrOfEntries() == 0) {
         data->root = std::make_unique<RStarTreeNode>(true, data->dimension, data->deletes);
     }
-    for (const std::unique_ptr<RStarTreeNode>& orphan : removal.orphans) data->InsertOrphan(*orphan);
+    for (const RStarTreeNode::Entry& orphan : removal.orphans) data->Insert(orphan.box, orphan.item);
     return true;
 }
 

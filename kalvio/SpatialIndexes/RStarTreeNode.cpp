@@ -41,9 +41,6 @@ struct Rank {
     }
 };
 
-/// Entries of a full node and of one that fell below the fewest.
-constexpr unsigned int mostToSplit = RStarTreeNode::mostEntries + RStarTreeNode::fewestEntries - 1;
-
 /// One bound of an entry along one axis; ties go by the other bound, then by position.
 struct Key {
     double first;
@@ -56,7 +53,7 @@ struct Key {
         return entry < other.entry;
     }
 };
-using Keys = std::array<Key, mostToSplit>;
+using Keys = std::array<Key, overflowing>;
 
 // Covers that grow box by box are kept as the lower bound of each axis beside the negative upper one: a minimum widens
 // both.
@@ -153,7 +150,7 @@ std::unique_ptr<RStarTreeNode> RStarTreeNode::Insert(const FlatBox& itemBox, ISp
         insertion.removed = TakeFarthest();
         return nullptr;
     }
-    return Split(entries.TakeAll());
+    return Split();
 }
 
 bool RStarTreeNode::Remove(Removal& removal) {
@@ -183,62 +180,14 @@ bool RStarTreeNode::Remove(Removal& removal) {
                 entries.SetBox(i, child.box);
                 continue;
             }
-            removal.orphans.push_back(entries.TakeChild(i));
+            auto collect = [&removal](const FlatBox& leafBox, ISpatialIndexData* leaf) {
+                removal.orphans.push_back({leafBox, nullptr, leaf});
+            };
+            entries.TakeChild(i)->entries.Block().ForEachItem(collect);
         }
     }
     if (changed && isSmaller) UpdateBox();
     return changed;
-}
-
-std::unique_ptr<RStarTreeNode> RStarTreeNode::InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels) {
-    if (nrOfLevels > 0) {
-        box.Cover(orphan.box);
-        unsigned int i = ChooseSubtree(orphan.box);
-        if (nrOfLevels == 1 && !entries.Child(i).HasRoomFor(orphan)) i = ChooseRoomy(orphan, i);
-        RStarTreeNode& child = entries.Child(i);
-        std::unique_ptr<RStarTreeNode> sibling = child.InsertAll(orphan, nrOfLevels - 1);
-        entries.SetBox(i, child.box);
-        if (sibling != nullptr) {
-            const FlatBox siblingBox = sibling->box;
-            entries.Append({siblingBox, std::move(sibling), nullptr});
-        }
-        return GetNrOfEntries() <= mostEntries ? nullptr : Split(entries.TakeAll());
-    }
-    const bool overflows = !HasRoomFor(orphan);
-    std::vector<Entry> added = orphan.entries.TakeAll();
-    if (overflows) {
-        std::vector<Entry> all = entries.TakeAll();
-        for (Entry& entry : added) all.push_back(std::move(entry));
-        return Split(std::move(all));
-    }
-    for (Entry& entry : added) entries.Append(std::move(entry));
-    box.Cover(orphan.box);
-    return nullptr;
-}
-
-unsigned int RStarTreeNode::ChooseRoomy(const RStarTreeNode& orphan, unsigned int instead) const {
-    constexpr double mostGrowth = 3.0;  // more costs searches what it saves removals
-    const auto growthOf = [&](unsigned int i) {
-        FlatBox grown = entries.GetBox(i);
-        const double area = grown.Area();
-        grown.Cover(orphan.box);
-        return grown.Area() - area;
-    };
-    unsigned int best = instead;
-    double limit = mostGrowth * growthOf(instead);
-    for (unsigned int i = 0; i < GetNrOfEntries(); ++i) {
-        const double growth = growthOf(i);
-        if (!(growth < limit) || !entries.Child(i).HasRoomFor(orphan)) continue;
-        limit = growth;
-        best = i;
-    }
-    return best;
-}
-
-unsigned int RStarTreeNode::GetHeight() const {
-    unsigned int height = 0;
-    for (const RStarTreeNode* node = this; !node->HoldsLeaves(); node = &node->entries.Child(0)) ++height;
-    return height;
 }
 
 unsigned int RStarTreeNode::ChooseSubtree(const FlatBox& itemBox) const {
@@ -301,7 +250,8 @@ unsigned int RStarTreeNode::ChooseSubtree(const FlatBox& itemBox) const {
     return best.child;
 }
 
-std::unique_ptr<RStarTreeNode> RStarTreeNode::Split(std::vector<Entry> all) {
+std::unique_ptr<RStarTreeNode> RStarTreeNode::Split() {
+    std::vector<Entry> all = entries.TakeAll();
     const auto n = static_cast<unsigned int>(all.size());
     const unsigned int dimension = box.GetDimension();
     Keys keys;

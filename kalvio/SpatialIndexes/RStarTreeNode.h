@@ -48,8 +48,8 @@ private:
     struct Removal {
         const ISpatialIndexData* item;
         const detail::FlatBox& itemBox;
-        unsigned int nrOfLeaves = 0;                          // taken out
-        std::vector<std::unique_ptr<RStarTreeNode>> orphans;  // nodes that fell below the fewest entries
+        unsigned int nrOfLeaves = 0;  // taken out
+        std::vector<Entry> orphans;   // of nodes that fell below the fewest entries
     };
 
     /// @return the new sibling when this node was split, else null
@@ -57,20 +57,8 @@ private:
                                           Insertion& insertion);
     /// @return whether anything below has changed
     bool Remove(Removal& removal);
-    /// Puts what an orphan of a removal holds into one node below, so many levels down: that to which its box is added.
-    /// @return the new sibling when this node was split, else null
-    std::unique_ptr<RStarTreeNode> InsertAll(RStarTreeNode& orphan, unsigned int nrOfLevels);
-    /// The child that has room for what an orphan holds and grows least by its box, when it grows at most three times
-    /// as much as the one to take instead.
-    unsigned int ChooseRoomy(const RStarTreeNode& orphan, unsigned int instead) const;
-    bool HasRoomFor(const RStarTreeNode& orphan) const {
-        return GetNrOfEntries() + orphan.GetNrOfEntries() <= mostEntries;
-    }
-    /// Levels above those that hold leaves, for a node with entries.
-    unsigned int GetHeight() const;
     unsigned int ChooseSubtree(const detail::FlatBox& itemBox) const;
-    /// Deals out entries to this node, which is empty, and a new sibling.
-    std::unique_ptr<RStarTreeNode> Split(std::vector<Entry> all);
+    std::unique_ptr<RStarTreeNode> Split();
     std::vector<Entry> TakeFarthest();
     void UpdateBox() { box = entries.Cover(); }
 
