@@ -320,6 +320,7 @@ bool LineString2D::GetTangentAtLength(double length, Vec2D& tangent, double tole
         if (!(length + tolerance < end) && i < last) direction += directionOf(i + 1);
         return true;
     });
+    if (!std::isfinite(direction.Length())) return false;
     tangent = direction.SetLength(1.0);
     return true;
 }

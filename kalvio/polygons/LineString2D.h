@@ -168,7 +168,8 @@ public:
     [[nodiscard]] bool GetTangentAtPoint(const Point2D& point, Vec2D& tangent) const;
     /// Unit direction at a length from the start: of the segment there or, within the tolerance of the end of a
     /// segment, the mean of its direction and the next one's (of length 0 where the string turns back on itself).
-    /// @return false, `tangent` untouched, for fewer than two points and beyond either end by more than the tolerance
+    /// @return false, `tangent` untouched, for fewer than two points, beyond either end by more than the tolerance, and
+    ///         where a point is not finite
     [[nodiscard]] bool GetTangentAtLength(double length, Vec2D& tangent, double tolerance) const;
 
     /// Inserts the point before the end point of the first segment that reaches the length: at length 0 it becomes the
