@@ -245,6 +245,13 @@ TEST(TinSurfaceTest, PointsAreAddedAndRemovedLater) {
         EXPECT_EQ(stayed.size(), point.GetX() == 6 ? 1U : 2U) << why;
         EXPECT_FALSE(surface.AddPoints({{kNan, 1, 1}}, kTolerances, added) || surface.RemoveVertices({9}, stayed));
     }
+    // The chain moves out of the circle of a triangle far away.
+    Ground wide{{{4, -100, 0}, {4, 100, 0}}, {{{0, 0, 0}, {8, 0, 0}}}, {}, {}, 0.0};
+    TinSurfacePatch3D moved, whole;
+    ASSERT_TRUE(moved.Build(wide, Tolerances(0.6)) && moved.AddPoints({{4, 0.5, 1}}, Tolerances(0.6), added));
+    wide.points.emplace_back(4, 0.5, 1);
+    ASSERT_TRUE(whole.Build(wide, Tolerances(0.6)) && whole.GetHeight({4, 0.25}, there));
+    EXPECT_TRUE(there == 0.5 && moved.GetHeight({4, 0.25}, z) && z == there);
     RandomNumbers random(20240609);
     for (int round = 0; round < 40; ++round) {
         const Point2D origin = surveyOrigins[round % 2];

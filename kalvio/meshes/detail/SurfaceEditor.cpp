@@ -216,7 +216,7 @@ void SurfaceEditor::SplitTriangle(unsigned int triangle, unsigned int vertex) {
     loosened.assign({{triangle, a, b}, {second, b, c}, {third, c, a}});
 }
 
-// The halves of the edge are of its chain.
+// The halves of the edge are of its chain. Beside the edge, circles through the vertex may hold its ends.
 // @return false, nothing changed, where the vertex is so far beside the edge that a triangle would turn over
 bool SurfaceEditor::SplitEdge(unsigned int triangle, unsigned int corner, unsigned int vertex) {
     const unsigned int a = CornerOf(triangle, corner);
@@ -231,7 +231,7 @@ bool SurfaceEditor::SplitEdge(unsigned int triangle, unsigned int corner, unsign
         const unsigned int second = Append();
         Set(triangle, a, {vertex, none, ab.isOfChain}, {c, second, false}, ca);
         Set(second, vertex, {b, none, ab.isOfChain}, bc, {vertex, triangle, false});
-        loosened.assign({{triangle, c, a}, {second, b, c}});
+        loosened.assign({{triangle, c, a}, {second, b, c}, {triangle, vertex, c}});
         return true;
     }
     const unsigned int corner2 = Find(other, b);
@@ -245,7 +245,8 @@ bool SurfaceEditor::SplitEdge(unsigned int triangle, unsigned int corner, unsign
     Set(second, vertex, {b, third, ab.isOfChain}, bc, {vertex, triangle, false});
     Set(other, vertex, {a, triangle, ab.isOfChain}, ad, {vertex, third, false});
     Set(third, b, {vertex, second, ab.isOfChain}, {d, other, false}, db);
-    loosened.assign({{triangle, c, a}, {second, b, c}, {other, a, d}, {third, d, b}});
+    loosened.assign(
+        {{triangle, c, a}, {second, b, c}, {other, a, d}, {third, d, b}, {triangle, vertex, c}, {third, vertex, d}});
     return true;
 }
 
