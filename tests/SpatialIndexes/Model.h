@@ -35,7 +35,8 @@ public:
         removed.push_back(item);
     }
     void CheckSearches() {
-        const BoundingBoxND window = Integer(0, 1) == 0 ? Next() : Next() + Next();
+        BoundingBoxND window = Next();
+        if (Integer(0, 1) > 0) window += Next();
         Check([&](const BoundingBoxND& box) { return box.Intersects(window); }, window, true);
         Check([&](const BoundingBoxND& box) { return window.Contains(box); }, window, false);
         PointND point = Next().GetMinPoint();
@@ -86,7 +87,7 @@ private:
             if (kind == 7 && axis == 0) (Integer(0, 1) == 0 ? from : to) = NAN;
             if (kind == 8) std::swap(from, to);
             if (kind == 9) from = to = 1e17 + fine;  // half a minimum extent is lost beside it
-            if (kind == 10) to = std::nextafter(from = Integer(6672000, 6672002), Integer(0, 1) * 1e7);
+            if (kind == 10) from = Integer(6672000, 6672002), to = std::nextafter(from, Integer(0, 1) * 1e7);
             if (kind == 11) from = bytes.TakeDouble(), to = bytes.TakeDouble();  // any, of wild bytes
             if (kind > 14) to = (from = fine) + 0.01 * Integer(0, 99);
             low.SetCoordinate(axis, from);

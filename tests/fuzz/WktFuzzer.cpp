@@ -14,7 +14,8 @@ std::string TakeText(Bytes& bytes) {
     for (unsigned int changes = bytes.TakeCount(4); changes > 0; --changes) {
         const std::string& other = texts[bytes.TakeCount(std::size(texts))];
         const std::size_t at = bytes.TakeCount(255) % (text.size() + 1), from = bytes.TakeCount(255) % other.size();
-        text.replace(at, bytes.TakeCount(8), other, from, bytes.TakeCount(12));
+        const std::size_t gone = bytes.TakeCount(8);  // a statement of its own: arguments come in any order
+        text.replace(at, gone, other, from, bytes.TakeCount(12));
     }
     return text;
 }
