@@ -106,12 +106,12 @@ double Profile::Piece::GetRise(double u) const {
 // A clothoid against the stations is one along them in the mirror.
 Profile::OnClothoid Profile::Piece::At(double along) const {
     const double tau = 0.5 * std::abs(bend) * along * along;
-    const AlongAndAcross end = EndOfClothoid(tau);
-    const double across = std::copysign(along * end.across, bend);
+    const AlongAndAcross local = EndOfClothoid(tau);
+    const double across = std::copysign(along * local.across, bend);
     const double slope = std::copysign(1.0, length) * sine;
     const double turnSine = std::copysign(std::sin(tau), bend);
     const double turnCosine = std::cos(tau);
-    return {along * end.along * cosine - across * slope, across / cosine, slope * turnCosine + cosine * turnSine,
+    return {along * local.along * cosine - across * slope, across / cosine, slope * turnCosine + cosine * turnSine,
             cosine * turnCosine - slope * turnSine};
 }
 
