@@ -194,7 +194,13 @@ void Kalvio::Math::FuzzMatrix(Bytes& bytes) {
             matrix.Set(i, j, element);
             size = std::max(size, std::abs(element));
         }
-        CheckDecompositions(matrix, size, false);
+        double trace = 0.0;
+        bool isApart = kind == 1;  // triangular, the eigenvalues stand on the diagonal
+        for (int i = 0; i < 4; ++i) {
+            trace += matrix.Get(i, i);
+            for (int j = 0; j < i; ++j) isApart &= std::abs(matrix.Get(i, i) - matrix.Get(j, j)) > 0.01 * size;
+        }
+        CheckDecompositions(matrix, size, isApart || (kind == 4 && std::abs(trace) > 0.1 * size));
         CheckDecompositions(matrix += matrix.GetTranspose(), 2.0 * size, true);
     }
     const unsigned int n = 1 + bytes.TakeCount(12);
@@ -207,6 +213,11 @@ void Kalvio::Math::FuzzMatrix(Bytes& bytes) {
         if (n > 1) square[n - 1] = square[0];
         Require(n == 1 || DeterminantOf(square) == 0.0);
         CheckCofactors(square);
+    }
+    if (n > 2 && n <= 8) {  // whole numbers are expanded exactly
+        for (unsigned int k = 0; k < n * n; ++k) square[k / n][static_cast<int>(k % n)] = bytes.TakeCount(18) - 9.0;
+        square[n - 1] = square[0] + square[1];
+        Require(DeterminantOf(square) == 0.0 && !MatrixNM(square).GetInverse(square));
     }
     const unsigned int m = bytes.TakeCount(5);
     const MatrixNM wide = TakeMatrix(bytes, n, m);
