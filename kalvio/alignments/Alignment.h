@@ -70,7 +70,8 @@ public:
         bool hasClearance = false;  ///< whether both have a height there
     };
 
-    /// Of two alignments in space.
+    /// Of two alignments in space. The end before a gap of the plan has the station of the start behind it: the points
+    /// tell which it is.
     struct Approach {
         double station = 0.0;       ///< along this one
         double otherStation = 0.0;  ///< along the other one
@@ -146,7 +147,8 @@ public:
     /// a minimum of the distance, to rounding, that no other place undercuts by more than the tolerance, of at least
     /// 1e-9. Where curves keep their distance for long, a tenth of the tolerance takes three times as long: 0.1 s for
     /// 1 km of radius 300 and 1e-6.
-    /// @return false, `approach` untouched, where one of them has no heights, for a tolerance that is not positive, and
+    /// @return false, `approach` untouched, where one of them has no heights, for a tolerance not positive and finite,
+    /// and
     ///         where it would take more than 2e7 pairs of pieces
     [[nodiscard]] bool GetNearestApproach(const Alignment& other, double tolerance, Approach& approach) const;
 

@@ -79,8 +79,18 @@ public:
         return Vec3D((c.origin - origin.GetPoint2D()) + c.curve.At(AlongOf(piece, station)).position,
                      height - origin.GetZ());
     }
-    State At(double station) const {
-        const auto next = std::upper_bound(pieces.begin() + 1, pieces.end(), station,
+    /// Pieces that join without a gap. At a gap a station stands for both its sides, but in a run for one of them.
+    struct Run {
+        std::size_t first;
+        std::size_t last;
+        double from;
+        double to;
+    };
+
+    State At(const Run& run, double station) const {
+        const auto start = pieces.begin() + static_cast<std::ptrdiff_t>(run.first);
+        const auto end = pieces.begin() + static_cast<std::ptrdiff_t>(run.last) + 1;
+        const auto next = std::upper_bound(start + 1, end, station,
                                            [](double s, const Piece& piece) { return s < piece.whole.from; });
         const auto piece = static_cast<std::size_t>(next - pieces.begin()) - 1;
         const detail::PlanCurve& curve = plan.GetCurves()[pieces[piece].curve].curve;
@@ -95,13 +105,12 @@ public:
     Stretch Between(std::size_t piece, double from, double to, const Vec3D& start, const Vec3D& end) const {
         return {piece, from, to, start, end, pieces[piece].bend * (to - from) * (to - from) / 8.0};
     }
-    /// The stations to both sides that a piece joins without a gap.
-    std::pair<double, double> GetRun(std::size_t piece) const {
+    Run GetRun(std::size_t piece) const {
         std::size_t first = piece;
         std::size_t last = piece;
         while (first > 0 && FollowsOn(first)) --first;
         while (last + 1 < pieces.size() && FollowsOn(last + 1)) ++last;
-        return {pieces[first].whole.from, pieces[last].whole.to};
+        return {first, last, pieces[first].whole.from, pieces[last].whole.to};
     }
 
 private:
@@ -207,8 +216,12 @@ public:
     double best = std::numeric_limits<double>::infinity();
     double firstStation = 0.0;
     double secondStation = 0.0;
+    Vec3D firstPosition;
+    Vec3D secondPosition;
 
 private:
+    void Descend(const Axis::Run& run, const Axis::Run& otherRun);
+
     struct Node {
         Node GetHalf(bool isSecond) const {
             const std::size_t middle = from + (to - from) / 2;
@@ -283,15 +296,21 @@ private:
     int pairs = 0;
 };
 
-// Newton's method on half the squared distance, kept where the axes have no gaps.
 void Search::Refine() {
+    const Axis::Run run = first.GetRun(firstPiece);
+    const Axis::Run otherRun = second.GetRun(secondPiece);
+    Descend(run, otherRun);
+    firstPosition = first.At(run, firstStation).position;
+    secondPosition = second.At(otherRun, secondStation).position;
+}
+
+// Newton's method on half the squared distance, kept where the axes have no gaps.
+void Search::Descend(const Axis::Run& run, const Axis::Run& otherRun) {
     constexpr int mostSteps = 50;
     constexpr double negligible = 1e-11;  // a length along the plan
-    const auto [from, to] = first.GetRun(firstPiece);
-    const auto [otherFrom, otherTo] = second.GetRun(secondPiece);
     for (int k = 0; k < mostSteps; ++k) {
-        const State p = first.At(firstStation);
-        const State q = second.At(secondStation);
+        const State p = first.At(run, firstStation);
+        const State q = second.At(otherRun, secondStation);
         const Vec3D gap = p.position - q.position;
         const double gs = gap.DotProduct(p.first);
         const double gt = -gap.DotProduct(q.first);
@@ -309,18 +328,18 @@ void Search::Refine() {
             dt = -gt / q.first.NormSquared();
         }
         // An end holds one of them; the other goes on by itself.
-        const double s = std::clamp(firstStation + ds, from, to);
+        const double s = std::clamp(firstStation + ds, run.from, run.to);
         if (s != firstStation + ds && tt > 0.0) dt = -(gt + st * (s - firstStation)) / tt;
-        const double t = std::clamp(secondStation + dt, otherFrom, otherTo);
+        const double t = std::clamp(secondStation + dt, otherRun.from, otherRun.to);
         if (t != secondStation + dt && ss > 0.0) ds = -(gs + st * (t - secondStation)) / ss;
-        ds = std::clamp(firstStation + ds, from, to) - firstStation;
+        ds = std::clamp(firstStation + ds, run.from, run.to) - firstStation;
         dt = t - secondStation;
         if (!(std::abs(ds) + std::abs(dt) > negligible) && (determinant > 0.0 || k % 2 == 1)) return;
         double share = 1.0;
         for (; share > 1e-6; share *= 0.5) {
-            const double reached =
-                (first.At(firstStation + share * ds).position - second.At(secondStation + share * dt).position)
-                    .Length();
+            const double reached = (first.At(run, firstStation + share * ds).position -
+                                    second.At(otherRun, secondStation + share * dt).position)
+                                       .Length();
             if (reached <= best) {
                 best = reached;
                 break;
@@ -347,8 +366,8 @@ bool Alignment::GetNearestApproach(const Alignment& other, double tolerance, App
     Search search(axis, otherAxis, tolerance);
     if (!search.Find()) return false;
     search.Refine();
-    approach = {search.firstStation, search.secondStation, origin + axis.At(search.firstStation).position,
-                origin + otherAxis.At(search.secondStation).position, search.best};
+    approach = {search.firstStation, search.secondStation, origin + search.firstPosition,
+                origin + search.secondPosition, search.best};
     return true;
 }
 

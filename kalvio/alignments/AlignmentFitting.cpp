@@ -150,7 +150,10 @@ private:
     }
 
     bool Measure(const std::vector<Corner>& polygon, std::vector<Alignment::Place>& found, double& squares) const {
-        const std::optional<Alignment> plan = PlanOf(polygon);
+        const bool isNear = std::all_of(polygon.begin(), polygon.end(), [](const Corner& corner) {
+            return (corner.point - Point2D()).Length() <= farthestCorner;
+        });
+        const std::optional<Alignment> plan = isNear ? PlanOf(polygon) : std::nullopt;
         if (!plan) return false;
         found.resize(points.size());
         squares = 0.0;
@@ -243,9 +246,10 @@ private:
     }
 
     static constexpr double farAway = 1e9;
-    static constexpr double slack = 0.05;    // of the length of a tangent, beyond the last foot
-    static constexpr double still = 1e-8;    // a length: where the descent ends
-    static constexpr double nothing = 1e-7;  // of the sum of squares
+    static constexpr double farthestCorner = 1e8;  // elements still join within 1e-7
+    static constexpr double slack = 0.05;          // of the length of a tangent, beyond the last foot
+    static constexpr double still = 1e-8;          // a length: where the descent ends
+    static constexpr double nothing = 1e-7;        // of the sum of squares
     static constexpr int mostIdle = 5;
     static constexpr double leastDamping = 1e-12;
     static constexpr double mostDamping = 1e12;

@@ -78,8 +78,9 @@ std::vector<CrossSections::Line> Cut(const TinSurfacePatch3D& surface, const Poi
 bool CrossSections::Make(const Alignment& axis, const std::vector<double>& stations, double from, double to,
                          const TinSurfacePatch3D& ground, const TinSurfacePatch3D& design,
                          std::vector<Section>& sections) {
-    if (!(from < to) || !std::isfinite(to - from) || ground.GetTrianglesCount() == 0 ||
-        design.GetTrianglesCount() == 0) {
+    constexpr double farthest = 1e70;  // as for the coordinates of a surface
+    if (!(from < to) || !(std::abs(from) <= farthest) || !(std::abs(to) <= farthest) ||
+        ground.GetTrianglesCount() == 0 || design.GetTrianglesCount() == 0) {
         return false;
     }
     std::vector<Section> made(stations.size());
@@ -105,7 +106,7 @@ bool CrossSections::Make(const Alignment& axis, const std::vector<double>& stati
 }
 
 bool CrossSections::GetMasses(const std::vector<Section>& sections, std::vector<Mass>& masses) {
-    if (sections.empty()) return false;
+    if (sections.empty() || !std::isfinite(sections[0].station)) return false;
     std::vector<Mass> sums(sections.size());
     sums[0].station = sections[0].station;
     for (std::size_t i = 1; i < sections.size(); ++i) {

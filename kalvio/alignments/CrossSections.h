@@ -49,13 +49,13 @@ public:
 
     /// Replaces `sections` by those at the stations, between two offsets. The root of the number of triangles each.
     /// @param from, to  offsets, positive to the right
-    /// @return false, `sections` untouched, for a station out of the plan, offsets that do not ascend or are not
-    ///         finite, and when one of the surfaces is empty
+    /// @return false, `sections` untouched, for a station out of the plan, offsets that do not ascend or lie
+    ///         beyond 1e70, and when one of the surfaces is empty
     [[nodiscard]] static bool Make(const Alignment& axis, const std::vector<double>& stations, double from, double to,
                                    const TinSurfacePatch3D& ground, const TinSurfacePatch3D& design,
                                    std::vector<Section>& sections);
     /// Replaces `masses` by the volumes up to each section: the mean of two rates times the way between them.
-    /// @return false, `masses` untouched, when there are no sections and when stations descend or are not numbers
+    /// @return false, `masses` untouched, when there are no sections and when stations descend or are not finite
     [[nodiscard]] static bool GetMasses(const std::vector<Section>& sections, std::vector<Mass>& masses);
 };
 

@@ -76,7 +76,11 @@ Reach ReachOfClothoids(const Profile::Vertex& vertex, double turn) {
 }
 
 Reach ReachOf(const Profile::Vertex& vertex, double before, double behind) {
-    if (vertex.curve == Profile::Curve::Corner || before == behind) return {};
+    if (vertex.curve == Profile::Curve::Corner) return {};
+    if (before == behind) {
+        const bool isTooLong = vertex.curve == Profile::Curve::Clothoids;
+        return {0.0, 0.0, 0.0, 0.0, isTooLong ? vertex.lengthIn + vertex.lengthOut : 0.0};
+    }
     const double turn = std::abs(std::atan(behind) - std::atan(before));
     if (vertex.curve == Profile::Curve::Clothoids) {
         Reach reach = ReachOfClothoids(vertex, turn);

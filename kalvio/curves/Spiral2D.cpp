@@ -359,9 +359,9 @@ bool Spiral2D::IsUsable() const {
     const bool known = type <= Spiral2DType::Viennese;
     double turn = std::max(std::abs(law.k1), std::abs(law.k2)) * law.length;
     if (law.shift != 0.0) turn += mostVienneseBend * std::abs(law.shift) / law.length;
-    return known && length >= 0.0 && law.length <= detail::largestDouble && turn <= mostTurn && std::isfinite(law.k1) &&
-           std::isfinite(law.k2) && std::isfinite(startTangent.NormSquared()) && std::isfinite(start.GetX()) &&
-           std::isfinite(start.GetY());
+    return known && length >= 0.0 && (law.shift == 0.0 || std::isfinite(law.GetLargestRate())) &&
+           law.length <= detail::largestDouble && turn <= mostTurn && std::isfinite(law.k1) && std::isfinite(law.k2) &&
+           std::isfinite(startTangent.NormSquared()) && std::isfinite(start.GetX()) && std::isfinite(start.GetY());
 }
 
 void Spiral2D::Update() {
@@ -392,7 +392,9 @@ void Spiral2D::Update() {
             });
         }
         if (!law.IsParabola()) {
-            const double turn = std::max(std::abs(first), std::abs(last)) * length;
+            double turn = std::max(std::abs(first), std::abs(last)) * length;
+            // A bend before it comes in parts is sharpest inside.
+            if (law.shift != 0.0) turn += mostVienneseBend * std::abs(law.shift) / law.length * (length / law.length);
             const double longest = length / std::max(leastPanels, turn / turnPerPanel);
             const double middle = 0.5 * law.length - lawStart;
             if (type == Spiral2DType::Biquadratic && middle > 0.0 && middle < length) kink = middle;

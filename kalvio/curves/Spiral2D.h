@@ -63,8 +63,8 @@ public:
     ///
     ///     k(t) = k1 + (k2 - k1) f(t) - lever psi f''(t) / length^2,   f'' = 420 t^2 (1 - t)^2 (1 - 2 t).
     ///
-    /// It swings out beyond both ends, so it comes in parts over each of which it only grows or falls, as searches
-    /// along curves need it: three as a rule, one for a lever or roll of 0, at most five.
+    /// It may swing out beyond both ends, so it comes in parts over each of which it only grows or falls, as searches
+    /// along curves need it: three, or one where it does not swing out.
     /// @return none where the values make no curve
     [[nodiscard]] static std::vector<Spiral2D> MakeVienneseBend(double startRadiusValue, double endRadiusValue,
                                                                 double bendLength, double lever, double rollChange,

@@ -197,6 +197,16 @@ TEST(AlignmentTest, ApproachesAreTheNearestOfAllPairs) {
     EXPECT_FALSE(road.GetNearestApproach(Alignment(road.GetPlan()), 1e-6, approach));
     EXPECT_FALSE(road.GetNearestApproach(road, 0.0, approach));
     EXPECT_TRUE(road.GetNearestApproach(road, 1e-9, approach) && approach.distance == 0.0);
+    // Nearest at the end before a gap, whose station is that of the start behind it too.
+    Polyline2D torn, across;
+    for (const double y : {0.0, 50.0}) torn.AppendElement(Line2D(Point2D(y, y), Vec2D(50, 0)));
+    across.AppendElement(Line2D(Point2D(53, -9), Vec2D(0, 18)));
+    Profile level, above;
+    ASSERT_TRUE(level.Set(std::vector<Profile::Vertex>{{0, 1}, {100, 1}}) &&
+                above.Set(std::vector<Profile::Vertex>{{0, 5}, {18, 5}}));
+    ASSERT_TRUE(Alignment(torn, level).GetNearestApproach(Alignment(across, above), 1e-6, approach));
+    EXPECT_EQ(approach.point.Distance(approach.otherPoint), 5.0);
+    EXPECT_EQ(approach.distance, 5.0);
 }
 
 TEST(AlignmentTest, TheInnerEdgeKeepsTheProfile) {
@@ -278,7 +288,11 @@ TEST(AlignmentTest, EarthworkOfNearSectionsIsWhatLiesBetweenSurfaces) {
     EXPECT_NEAR(masses.back().volume.cut, exact.cut, 1e-4 * exact.cut);
     EXPECT_NEAR(masses.back().volume.fill, exact.fill, 1e-4 * exact.fill);
     EXPECT_FALSE(CrossSections::Make(road, {200}, -8, 12, ground, design, sections) ||
-                 CrossSections::Make(road, {1}, 8, -12, ground, design, sections));
+                 CrossSections::Make(road, {1}, 8, -12, ground, design, sections) ||
+                 CrossSections::Make(road, {1}, -1e71, 12, ground, design, sections));
+    sections.resize(1);
+    sections[0].station = kNan;
+    EXPECT_FALSE(CrossSections::GetMasses(sections, masses));
 }
 
 }  // namespace

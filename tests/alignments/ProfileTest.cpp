@@ -112,6 +112,7 @@ TEST(ProfileTest, FaultsNameTheVertexAndTheAmount) {
          Kind::TooLong,
          1,
          10.0},
+        {"clothoids where nothing turns", {{0, 0}, Vertex::Clothoids(5, 5, 9, 2, 4), {10, 10}}, Kind::TooLong, 1, 6.0},
         {"a curve with one grade", {{0, 0}, Vertex::Parabola(50, 1, 9)}, Kind::CurveAtEnd, 1, 0.0},
         {"not a number", {{0, 0}, {50, kNan}}, Kind::NotFinite, 1, 0.0},
         {"curves overlap by 5",

@@ -75,6 +75,11 @@ TEST(Spiral2DTest, VienneseBendsComeInPartsThatTurnOneWay) {
         }
     }
     EXPECT_TRUE(Spiral2D::MakeVienneseBend(0, 300, 75, kInfinity, 0.1, Point2D(), Vec2D(1, 0)).empty());
+    EXPECT_TRUE(Spiral2D::MakeVienneseBend(0, 0, 1e-200, 1e-200, 0.1, Point2D(), Vec2D(1, 0)).empty());
+    // Turns of many radians inside, next to none at the ends.
+    const auto coils = Spiral2D::MakeVienneseBend(0, 300, 75, 3000, 0.5, Point2D(), Vec2D(1, 0));
+    for (std::size_t i = 1; i < coils.size(); ++i)
+        EXPECT_THAT(coils[i].GetStart(), IsNear(coils[i - 1].GetEnd(), 1e-10));
 }
 
 TEST(Spiral2DTest, WhatIsNoCurveAnswersFalse) {
