@@ -137,6 +137,7 @@ void WriteCant(pugi::xml_node node, const Alignment& alignment, bool isMetric) {
         Set(child, "station", alignment.GetStartStation() + knot.station);
         Set(child, "appliedCant", std::abs(knot.left) * gauge * unit);
         Set(child, "curvature", std::signbit(knot.left) ? "cw" : "ccw");
+        if (knot.law == Cant::Law::Viennese) throw InputError("a cant along a Viennese bend cannot be written");
         if (knot.law != Cant::Law::Clothoid) Set(child, "transitionType", SpiralName(knot.law));
     }
 }

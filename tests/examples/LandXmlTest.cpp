@@ -230,6 +230,10 @@ appliedCant="90.1" curvature="cw"/></Cant></Alignment></Alignments></LandXML>)")
     ASSERT_EQ(file.alignments.size(), 1U);
     EXPECT_THAT(file.alignments[0].plan.GetEnd(), IsNear(Point2D(60, 6), 1e-4));  // 0.3 off by its true radius
     CheckWriting(path);
+    Alignment unknown = file.alignments[0];
+    const Cant::Knot knots[] = {{0, 0, 0, Cant::Law::Viennese}, {20, 0.05, 0.05}};
+    ASSERT_TRUE(unknown.cant.Set(knots, Cant::Pivot::Axis, 0.75));
+    EXPECT_THROW(WriteLandXml(path, "", {&unknown, 1}, {}), InputError);
     const std::vector<Surface> surfaces = ReadLandXmlSurfaces(KALVIO_EXAMPLE_DATA "/terrain.xml").surfaces;
     WriteLandXml(path, "", {}, surfaces);
     const std::vector<Surface> again = ReadLandXmlSurfaces(path).surfaces;
