@@ -12,7 +12,7 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     }
     if (bytes.TakeCount(2) == 0) ground.longestRimEdge = bytes.TakeDouble();
     const std::vector<Point2D> places = bytes.TakePoints();
-    TinSurfacePatch3D surface;
+    TinSurfacePatch3D surface, design, ofGrid;
     std::vector<TinSurfacePatch3D::HeightConflict> conflicts;
     const bool isBuilt = surface.Build(ground, Tolerances(tolerance), conflicts);
     Require(isBuilt == (surface.GetTrianglesCount() > 0));
@@ -41,7 +41,6 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     See(contours);
     for (const LineString3D& contour : contours) Require(contour.GetSize() > 1);
     TinSurfacePatch3D::Volumes whole, there, back;
-    TinSurfacePatch3D design;
     TinSurfacePatch3D::Ground shifted{ground.points, {}, {}, {}, 0.0};
     for (Point3D& p : shifted.points) p = Point3D(p.GetY(), p.GetX(), -p.GetZ());
     const bool hasDesign = design.Build(shifted, Tolerances(tolerance));
@@ -63,14 +62,13 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         Require(!(section.area.cut < 0.0 || section.area.fill < 0.0));
         if (tame) Require(section.area.cut + section.area.fill <= 8.0 * 4096.0 + 1e-3);
     }
-    TinSurfacePatch3D edited = surface;
+    TinSurfacePatch3D edited = surface, thin = surface, whole3D = surface;
     std::vector<unsigned int> numbers, stayed;
     const bool isEdited = edited.AddPoints(shifted.points, Tolerances(tolerance), numbers);
     std::erase(numbers, TinSurfacePatch3D::noVertex);
     Require((isEdited || !tame || !isBuilt) && edited.RemoveVertices(numbers, stayed));
     // A division moves the border by the tolerance at most.
     if (tame) Require(std::abs(edited.GetPlanArea() - surface.GetPlanArea()) <= tolerance * 12 * 6000.0);
-    TinSurfacePatch3D thin = surface;
     const bool isThin = thin.Thin(0.5);
     Require(isThin || !tame || !isBuilt || hasChains);
     See(thin.GetTriangles().GetIndexes());
@@ -79,20 +77,16 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
     }
     std::size_t holes = 0;
-    TinSurfacePatch3D whole3D = surface;
     if (whole3D.FillHoles(1e9, holes)) {
         Require(whole3D.GetTrianglesCount() >= surface.GetTrianglesCount() + holes);
         if (tame) Require(whole3D.FillHoles(1e9, holes) && holes == 0);
     }
     GridSurface grid;
-    TinSurfacePatch3D ofGrid;
     if (grid.SetOver(surface.GetBoundingBox2D(), 64.0) && grid.GetColumns() * grid.GetRows() < 10000) {
         grid.Fill([&surface](const Point2D& place, double& z) { return surface.GetHeight(place, z); });
         const bool isTin = grid.MakeTin(ofGrid);
         for (const Point2D& place : places) {
-            double z = 0.0;
-            double bilinear = 0.0;
-            double slope = 0.0;
+            double z = 0.0, bilinear = 0.0, slope = 0.0;
             Angle fall;
             const bool isInside = grid.GetTriangleHeight(place, z);
             Require(!isInside || isTin);

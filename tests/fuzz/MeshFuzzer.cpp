@@ -79,20 +79,21 @@ void CheckQueries(const IndexedTriangleSet3D& set) {
     }
 }
 
-// Sections keep to the line and to the extent.
+// Sections keep to the extent, and what cannot be cut takes no part in them.
 void CheckSections(const IndexedTriangleSet3D& set, const Line2D& line, bool tame) {
     std::vector<LineString3D> sections;
     set.GetSections(line, sections);
     set.GetSectionsLineSegment(line, sections);
     set.GetSections(LineString2D{line.GetStart(), line.GetEnd(), Point2D(0.0, 0.0), line.GetStart()}, sections);
-    if (!tame) return;
     Point3D low, high;
     set.GetBoundingBox().GetMinMaxPoints(low, high);
     for (const LineString3D& section : sections) {
         See(section);
         Require(section.GetSize() > 1);
         for (const Point3D& p : section.GetPoints()) {
-            for (int axis = 0; axis < 3; ++axis) Require(p[axis] >= low[axis] - 1e-6 && p[axis] <= high[axis] + 1e-6);
+            Require(std::isfinite(p.GetX() + p.GetY() + p.GetZ()));
+            for (int axis = 0; axis < 3 && tame; ++axis)
+                Require(p[axis] >= low[axis] - 1e-6 && p[axis] <= high[axis] + 1e-6);
         }
     }
 }

@@ -33,15 +33,13 @@ void CheckKriging(const Kriging& kriging, const std::vector<Point3D>& samples, c
     if constexpr (std::is_same_v<Kriging, OrdinaryKriging>) {
         LocalKriging local;
         double near = untouched;
-        Require(!(local.Build(kriging, samples, 3) && samples.empty()));
-        CheckAnswer(local.Interpolate(p, near, variance), near);
-        Require(!(local.Build(kriging, samples, {6, 1, 1e9, true}) && samples.empty()));
-        near = untouched;
-        CheckAnswer(local.Interpolate(p, near, variance), near);
+        for (const LocalKriging::Neighborhood& neighborhood : {LocalKriging::Neighborhood{3}, {6, 1, 1e9, true}}) {
+            Require(!(local.Build(kriging, samples, neighborhood) && samples.empty()));
+            CheckAnswer(local.Interpolate(p, near = untouched, variance), near);
+        }
         KrigingSystem withTrend;
         Require(!withTrend.BuildWithLinearTrend(kriging, samples) || samples.size() > 2);
-        near = untouched;
-        CheckAnswer(withTrend.Interpolate(p, near), near);
+        CheckAnswer(withTrend.Interpolate(p, near = untouched), near);
     }
     See({value, ofSystem, variance});
     if (isSound) Require(isBuilt);

@@ -3,6 +3,8 @@
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
 #include "support/Testing.h"
 
+#include <set>
+
 namespace Kalvio::Math {
 
 using Indexes = std::vector<unsigned int>;
@@ -21,18 +23,26 @@ inline IndexedTriangleSet3D Block(const Point3D& corner, const Vec3D& size) {
     return set;
 }
 
-/// Ring of n x n quads: one edge loop of radius `tube` around a circle of radius `radius` at the height z.
-inline IndexedTriangleSet3D Torus(const Point2D& center, double z, double radius, double tube, unsigned int n) {
-    IndexedTriangleSet3D set;
-    for (unsigned int i = 0; i < n * n; ++i) {
-        const Angle around(2.0 * kPi * (i / n) / n), along(2.0 * kPi * (i % n) / n);
-        const Point2D section(along, tube);
-        set.AppendVertex({center + (Point2D(around, radius + section.GetX()) - Point2D()), z + section.GetY()});
-        const unsigned int row = i / n * n, next = (row + n) % (n * n), a = i % n, b = (a + 1) % n;
-        set.AppendIndexes({row + a, next + a, next + b, row + a, next + b, row + b});
+using Field = std::pair<int, int>;
+using Fields = std::set<Field>;
+
+inline std::array<Field, 4> Beside(const Field& field) {
+    const auto& [x, y] = field;
+    return {Field(x + 1, y), Field(x - 1, y), Field(x, y + 1), Field(x, y - 1)};
+}
+
+/// What a flood over the sides of the fields reaches from the first of them, then from the first of the others.
+inline std::vector<std::vector<Field>> PartsOf(Fields fields) {
+    std::vector<std::vector<Field>> parts;
+    while (!fields.empty()) {
+        std::vector<Field>& flood = parts.emplace_back(1, fields.extract(fields.begin()).value());
+        for (std::size_t k = 0; k < flood.size(); ++k) {
+            for (const Field& beside : Beside(flood[k])) {
+                if (fields.erase(beside) > 0) flood.push_back(beside);
+            }
+        }
     }
-    set.SetCCW(true);
-    return set;
+    return parts;
 }
 
 inline constexpr auto kFlat = [](double, double) { return 1.0; };

@@ -131,18 +131,6 @@ TEST(SectionTest, WallsBordersAndGaps) {
             EXPECT_FALSE(strings.empty()) << last.GetX();
         }
     }
-    // What cannot be cut takes no part.
-    IndexedTriangleSet3D wild = grid;
-    wild.AppendVertices({{1, 1, kNan}, {kInfinity, 1, 1}, {1e300, -1e300, 1}, {-1e300, 1e300, 1e300}});
-    const unsigned int n = wild.GetVerticesSize();
-    wild.AppendIndexes({0, 8, n - 4, 0, 8, n - 3, 0, n - 2, n - 1, 0, 1, n, 4});
-    Strings strings;
-    wild.GetSections(Line2D(Point2D(-1e6, 2), Point2D(1e6, 2.001)), strings);
-    wild.GetSections(LineString2D{Point2D(-1e6, 2), Point2D(kNan, 1), Point2D(9, 1), Point2D(-9, 1.5)}, strings);
-    ASSERT_GE(strings.size(), 3u);
-    for (const LineString3D& string : strings) {
-        for (const Point3D& p : string.GetPoints()) EXPECT_TRUE(std::isfinite(p.GetX() + p.GetY() + p.GetZ()));
-    }
 }
 
 }  // namespace

@@ -85,31 +85,24 @@ TEST(TinThinningTest, HolesAreFilledAndBaysAreNot) {
     for (int round = 0; round < 60; ++round) {
         constexpr int n = 14;
         const std::uint64_t share = 2 + random() % 4;
-        std::array<std::array<int, n + 2>, n + 2> part{};  // 1: missing; 0: the surface; others: where floods were
-        for (auto& column : part) column.fill(1);
-        for (int i = 0; i < n * n; ++i) part[1 + i % n][1 + i / n] = random() % share == 0 ? 1 : 0;
-        part[5][5] = 0;
+        Fields missing;
+        for (int x = -1; x <= n; ++x) {
+            for (int y = -1; y <= n; ++y) {
+                const bool isRound = x < 0 || y < 0 || x == n || y == n;
+                if (isRound || (random() % share == 0 && Field(x, y) != Field(4, 4))) missing.emplace(x, y);
+            }
+        }
         TinSurfacePatch3D surface;
         ASSERT_TRUE(surface.SetTriangles(Grid(
             {385000, 6672000}, n, [](double x, double y) { return x - 2.0 * y; },
-            [&part](int x, int y) { return part[1 + x][1 + y] == 0; })));
+            [&missing](int x, int y) { return !missing.contains(Field(x, y)); })));
         double area = surface.GetPlanArea();
         const double limit = round % 2 == 0 ? 1e9 : 3.0;
         std::size_t expected = 0, count = 99;
-        for (int start = 0; start < (n + 2) * (n + 2); ++start) {
-            std::vector<int> open = {start};
-            double size = 0.0;
-            for (std::size_t i = 0; i < open.size(); ++i) {
-                const int x = open[i] % (n + 2), y = open[i] / (n + 2);
-                if (x < 0 || part[x][y] != 1) continue;
-                part[x][y] = 2, size += 1.0;
-                if (x > 0) open.push_back(open[i] - 1);
-                if (x <= n) open.push_back(open[i] + 1);
-                if (y > 0) open.push_back(open[i] - n - 2);
-                if (y <= n) open.push_back(open[i] + n + 2);
-            }
-            if (start == 0 || size == 0.0 || size > limit) continue;  // the first one comes from outside
-            ++expected, area += size;
+        auto parts = PartsOf(missing);
+        for (auto part = parts.begin() + 1; part != parts.end(); ++part) {  // the first one comes from outside
+            const auto size = static_cast<double>(part->size());
+            if (size <= limit) ++expected, area += size;
         }
         ASSERT_TRUE(surface.FillHoles(limit, count));
         EXPECT_EQ(count, expected);

@@ -82,7 +82,11 @@ TEST(ExperimentalVariogramTest, GathersPairsAndFitsThemBest) {
     EXPECT_EQ(std::tuple(small.sill * 0x1p600, small.exponent), std::tuple(large.sill * 0x1p-600, large.exponent));
 }
 
-TEST(VariogramModelTest, MoreModelsFollowTheirFormulas) {
+TEST(VariogramModelTest, ModelsFollowTheirFormulas) {
+    EXPECT_DOUBLE_EQ(ExponentialVariogramModel(2.0, 10.0).Evaluate(10.0), 1.2642411176571153);
+    EXPECT_DOUBLE_EQ(ExponentialVariogramModel(2.0, 10.0).Evaluate(1e-7), 1.99999999000000003e-8) << "no digits lost";
+    EXPECT_EQ(SphericalVariogramModel(2.0, 10.0).Evaluate(10.0), 0.0);
+    EXPECT_EQ(SphericalVariogramModel(2.0, 10.0).Evaluate(20.0), 4.0) << "grows again beyond the range";
     EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(5.0), 0.44239843385719036);
     EXPECT_DOUBLE_EQ(GaussianVariogramModel(2.0, 10.0).Evaluate(1e-7), 2e-16) << "no digits lost near 0";
     EXPECT_DOUBLE_EQ(PowerVariogramModel(2.0, 9.0, 1.5).Evaluate(4.0), 16.0 / 27.0);

@@ -2,7 +2,8 @@
 #include "support/Testing.h"
 #include "text/Texts.h"
 
-#include <string>
+#include <regex>
+#include <sstream>
 
 namespace Kalvio::Math {
 namespace {
@@ -23,17 +24,12 @@ std::string Again(const std::string& text) {
     const bool isOne = !text.starts_with("MULTI") && !text.starts_with("GEOMETRYC") && geometries.size() == 1;
     EXPECT_TRUE(isOne ? Wkt::Write(*geometries[0], written) : Wkt::Write(geometries, written)) << text;
     if (text.find("CIRC") == std::string::npos) return written;
-    std::string rounded;
-    for (std::size_t i = 0, used = 1; i < written.size(); i += used) {
-        const bool isNumber = written[i] == '-' || (written[i] >= '0' && written[i] <= '9');
-        used = 1;
-        rounded += isNumber
-                       ? ToString(VecND(std::vector{std::round(std::stod(written.substr(i), &used) * 1e9) / 1e9 + 0.0}))
-                             .substr(6)
-                       : written.substr(i, 1);
-        if (isNumber) rounded.pop_back();
+    std::ostringstream rounded;
+    const std::regex number("-?[0-9][-+.0-9e]*");
+    for (std::smatch at; std::regex_search(written, at, number); written = at.suffix()) {
+        rounded << at.prefix() << std::round(std::stod(at.str()) * 1e9) / 1e9 + 0.0;
     }
-    return rounded;
+    return rounded.str() + written;
 }
 
 TEST(WktTest, TextComesBackAsItWasAndNoBeginningOfOneIsTakenForTheWhole) {
