@@ -22,8 +22,10 @@ std::vector<Corner> MakeCorners(const Point2D& origin, Law law) {
             {origin + Vec2D(1300, -520)}};
 }
 
-// Points every 5 m beside the plan.
-std::vector<Point2D> Survey(const Polyline2D& plan, double scatter) {
+// The plan by its corners, and points every 5 m beside it.
+std::vector<Point2D> Survey(const std::vector<Corner>& corners, double scatter, Polyline2D& plan) {
+    AlignmentDesign::Fault fault;
+    EXPECT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
     std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
     std::normal_distribution<double> offset(0.0, 1.0);
     std::vector<Point2D> points;
@@ -36,18 +38,11 @@ std::vector<Point2D> Survey(const Polyline2D& plan, double scatter) {
 }
 
 TEST(AlignmentFittingTest, SurveyedAlignmentsComeBackWithTheirKinds) {
-    struct Row {
-        Point2D origin;
-        Law law;
-        double scatter;
-    };
-    const Row rows[] = {{surveyOrigins[0], Law::Clothoid, 0.01}, {surveyOrigins[1], Law::Bloss, 0.0}};
-    for (const auto& [origin, law, scatter] : rows) {
+    for (const auto& [origin, law, scatter] :
+         {std::tuple(surveyOrigins[0], Law::Clothoid, 0.01), {surveyOrigins[1], Law::Bloss, 0.0}}) {
         const std::vector<Corner> corners = MakeCorners(origin, law);
         Polyline2D plan;
-        AlignmentDesign::Fault fault;
-        ASSERT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
-        const std::vector<Point2D> points = Survey(plan, scatter);
+        const std::vector<Point2D> points = Survey(corners, scatter, plan);
         std::vector<Corner> start;
         ASSERT_TRUE(AlignmentFitting::Propose(points, scatter, law, start));
         ASSERT_EQ(start.size(), corners.size());
@@ -76,9 +71,7 @@ TEST(AlignmentFittingTest, SurveyedAlignmentsComeBackWithTheirKinds) {
 TEST(AlignmentFittingTest, WhatCannotBeFittedIsRefused) {
     std::vector<Corner> corners = MakeCorners(Point2D(), Law::Clothoid);
     Polyline2D plan;
-    AlignmentDesign::Fault fault;
-    ASSERT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
-    std::vector<Point2D> points = Survey(plan, 0.0);
+    std::vector<Point2D> points = Survey(corners, 0.0, plan);
     AlignmentFitting::Result fitted;
     EXPECT_FALSE(AlignmentFitting::Fit(std::span(points).first(14), corners, fitted));  // for 15 unknowns
     EXPECT_FALSE(AlignmentFitting::Fit(points, std::span(corners).first(1), fitted));

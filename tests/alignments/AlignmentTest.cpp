@@ -61,21 +61,20 @@ TEST(AlignmentTest, PointsComeBackToTheirStations) {
             Alignment::Frame next;
             const double step = 1e-4;
             if (road.GetFrame(station + step, next) && station > 0.0 && station < road.GetLength() - 71.0) {
-                EXPECT_NEAR(
-                    frame.right.DotProduct(next.direction) / std::sqrt(1.0 - std::pow(next.direction.GetZ(), 2)),
-                    -frame.curvature * step, 1e-9);
+                const double inPlan = std::hypot(next.direction.GetX(), next.direction.GetY());
+                EXPECT_NEAR(frame.right.DotProduct(next.direction) / inPlan, -frame.curvature * step, 1e-9);
                 EXPECT_NEAR(next.grade - frame.grade,
                             frame.profileCurvature * std::pow(1.0 + frame.grade * frame.grade, 1.5) * step, 1e-8);
             }
             std::vector<Alignment::Place> found;
             road.GetPlaces(point, std::abs(place.offset) + 1e-6, found);
-            const auto same = std::find_if(found.begin(), found.end(), [&](const Alignment::Place& p) {
+            const auto isSame = [&](const Alignment::Place& p) {
                 return std::abs(p.station - station) < 1e-8 && std::abs(p.offset - place.offset) < 1e-8 &&
                        std::abs(p.above - place.above) < 1e-8;
-            });
+            };
             // Abeam of the corner, to its inside, the way back is nearer.
             const bool isCorner = std::abs(station - (road.GetLength() - 70.0)) < 1e-9;
-            EXPECT_TRUE(isCorner || same != found.end()) << "station " << station << ", offset " << place.offset;
+            EXPECT_TRUE(isCorner || std::ranges::any_of(found, isSame)) << "station " << station;
             Alignment::Place nearest;
             if (found.empty()) continue;
             ASSERT_TRUE(road.GetNearestPlace(point, 61.0, nearest));
@@ -157,14 +156,13 @@ TEST(AlignmentTest, ApproachesAreTheNearestOfAllPairs) {
                                             Profile::Vertex::Clothoids(random(150, 200), 305.0, 2000.0, 1.0, 2.0),
                                             Profile::Vertex::Corner(turned.GetLength() - random(0, 200), 310.0)}));
         other = Alignment(turned, profile);
+        const Alignment axis(road.GetPlan(), road.GetProfile());
         std::vector<Point3D> samples[2];
         for (const int k : {0, 1}) {
-            const Alignment& sampled = k == 0 ? road : other;
+            const Alignment& sampled = k == 0 ? axis : other;
             for (const double station : sampled.GetStationsByStep(0.0, sampled.GetLength(), 2.0)) {
-                Point2D point;
-                double height = 0.0;
-                if (sampled.GetPoint(station, 0.0, point) && sampled.GetProfile().GetHeight(station, height))
-                    samples[k].emplace_back(point, height);
+                Point3D point;
+                if (sampled.GetPoint({station}, point)) samples[k].push_back(point);
             }
         }
         double least = kInfinity;
@@ -176,14 +174,13 @@ TEST(AlignmentTest, ApproachesAreTheNearestOfAllPairs) {
         EXPECT_LE(approach.distance, least + 1e-6);
         EXPECT_GE(approach.distance, least - 3.0) << "a step of either";
         EXPECT_NEAR(approach.distance, back.distance, 1e-6);
-        Point2D here, there;
-        double low = 0.0, high = 0.0;
-        ASSERT_TRUE(road.GetPoint(approach.station, 0.0, here) && other.GetPoint(approach.otherStation, 0.0, there) &&
-                    road.GetProfile().GetHeight(approach.station, low) &&
-                    other.GetProfile().GetHeight(approach.otherStation, high));
-        EXPECT_TRUE(approach.point.IsEqualTo(Point3D(here, low), 3e-9));
-        EXPECT_NEAR(approach.distance, std::hypot(here.Distance(there), high - low), 3e-9);
+        Point3D from, to;
+        ASSERT_TRUE(axis.GetPoint({approach.station}, from) && other.GetPoint({approach.otherStation}, to));
+        EXPECT_THAT(approach.point, IsNear(from, 3e-9));
+        EXPECT_NEAR(approach.distance, from.Distance(to), 3e-9);
         for (const Alignment::Crossing& crossing : road.GetCrossings(other, kTolerances)) {
+            Point2D here, there;
+            double low = 0.0, high = 0.0;
             EXPECT_TRUE(road.GetPoint(crossing.station, 0.0, here) && here.IsEqualTo(crossing.point, 1e-4));
             EXPECT_TRUE(other.GetPoint(crossing.otherStation, 0.0, there) && there.IsEqualTo(crossing.point, 1e-4));
             if (!crossing.hasClearance) continue;
@@ -244,23 +241,18 @@ TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
 
 TEST(AlignmentTest, CrossLinesLieOnTheSurface) {
     const Alignment road = MakeRoad(surveyOrigins[1]);
+    Line2D plan;
     for (double station = 5.0; station < road.GetLength(); station += 31.0) {
         LineString3D line;
-        ASSERT_TRUE(road.GetCrossLine(station, -8.0, 6.0, line));
-        ASSERT_EQ(line.size(), 3U);
-        const double offsets[] = {-8.0, 0.0, 6.0};
-        for (unsigned int i = 0; i < 3; ++i) {
-            Point3D point;
-            ASSERT_TRUE(road.GetPoint({station, offsets[i], 0.0}, point));
-            EXPECT_TRUE(line[i].IsEqualTo(point, 1e-12));
-        }
-        Line2D plan;
+        const Alignment::Place places[] = {{station, -8.0}, {station}, {station, 6.0}};
+        Point3D points[3];
+        ASSERT_TRUE(road.GetCrossLine(station, -8.0, 6.0, line) && road.GetPoints(places, points) == 3);
+        EXPECT_THAT(line.GetPoints(), testing::Pointwise(AreNear(1e-12), points));
         ASSERT_TRUE(road.GetCrossLine(station, 6.0, -8.0, plan));
         EXPECT_THAT(plan.GetEnd(), IsNear(line[0].GetPoint2D(), 1e-12));
         EXPECT_TRUE(road.GetCrossLine(station, 1.0, 6.0, line) && line.size() == 2);
         EXPECT_FALSE(road.GetCrossLine(station, 6.0, 6.0, plan));
     }
-    Line2D plan;
     EXPECT_FALSE(road.GetCrossLine(road.GetLength() + 1.0, 0.0, 1.0, plan));
 }
 

@@ -47,11 +47,9 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
                 EXPECT_THAT(found, testing::Contains(testing::DoubleNear(x, 1e-9 + 2e-12 / std::abs(on.grade))));
                 if (vertex.curve == Profile::Curve::Arc) {
                     // The centre, from here and from the start of the arc.
-                    Profile::Place start;
-                    ASSERT_TRUE(profile.GetPlace(from, start));
-                    EXPECT_NEAR(std::hypot(1.0, start.grade) * (on.height - start.height) * on.curvature +
-                                    std::hypot(1.0, start.grade) / std::hypot(1.0, on.grade) - 1.0,
-                                0.0, 1e-11);
+                    ASSERT_TRUE(profile.GetPlace(from, at));
+                    const double rise = (on.height - at.height) * on.curvature + 1.0 / std::hypot(1.0, on.grade);
+                    EXPECT_NEAR(std::hypot(1.0, at.grade) * rise, 1.0, 1e-11);
                     EXPECT_NEAR(std::abs(on.curvature), 1.0 / radius, 1e-15);
                 } else if (vertex.curve == Profile::Curve::Clothoids) {
                     // The curvature grows with the length of the curve, and turns the grade.
@@ -79,10 +77,8 @@ TEST(ProfileTest, CurvesTouchTheirTangentsAndKeepTheirLaw) {
             EXPECT_NEAR(profile.GetSlopeLength(from, to), length, 1e-9);
             ASSERT_TRUE(profile.GetPlace(from, at) && profile.GetPlace(to, on));
             EXPECT_NEAR(on.height - at.height, risen, 1e-9);
-            EXPECT_NEAR(profile.GetSlopeLength(joints.front(), joints.back()),
-                        profile.GetSlopeLength(from, to) + (from - joints.front()) * std::hypot(1.0, g1) +
-                            (joints.back() - to) * std::hypot(1.0, g2),
-                        1e-9);
+            length += (from - joints.front()) * std::hypot(1.0, g1) + (joints.back() - to) * std::hypot(1.0, g2);
+            EXPECT_NEAR(profile.GetSlopeLength(joints.front(), joints.back()), length, 1e-9);
             if (vertex.curve != Profile::Curve::Parabola || vertex.lengthIn == 0.0) continue;
             // The two parabolas share the grade of the tangent between the middles of the legs, and their heights
             // above it.
@@ -101,25 +97,19 @@ TEST(ProfileTest, FaultsNameTheVertexAndTheAmount) {
         std::size_t vertex;
         double amount;
     };
+    const Vertex first = Vertex::Parabola(50, 5, 50);
+    const double turning = 50 / std::atan(0.75);  // the radius for which the clothoids are 100 long together
     const Row rows[] = {
         {"equal stations", {{0, 1}, {50, 1}, {50, 2}}, Kind::NotAscending, 2, 0.0},
         {"descending", {{0, 1}, {50, 1}, {48, 2}, {60, 2}}, Kind::NotAscending, 2, 2.0},
         {"just one tangent length", {{0, 0}, {50, 1, Profile::Curve::Parabola, 5, 0}, {90, 0}}, Kind::NotACurve, 1, 0},
         {"negative radius", {{0, 0}, Vertex::Arc(50, 1, -9), {90, 0}}, Kind::NotACurve, 1, -9.0},
         {"no length of a clothoid", {{0, 0}, Vertex::Clothoids(50, 1, 9, -2, 3), {90, 0}}, Kind::NotACurve, 1, -2.0},
-        {"clothoids of 60 and 50 turn for 100",
-         {{0, 0}, Vertex::Clothoids(50, 0, 50 / std::atan(0.75), 60, 50), {90, 30}},
-         Kind::TooLong,
-         1,
-         10.0},
+        {"60 and 50 for 100", {{0, 0}, Vertex::Clothoids(50, 0, turning, 60, 50), {90, 30}}, Kind::TooLong, 1, 10.0},
         {"clothoids where nothing turns", {{0, 0}, Vertex::Clothoids(5, 5, 9, 2, 4), {10, 10}}, Kind::TooLong, 1, 6.0},
         {"a curve with one grade", {{0, 0}, Vertex::Parabola(50, 1, 9)}, Kind::CurveAtEnd, 1, 0.0},
         {"not a number", {{0, 0}, {50, kNan}}, Kind::NotFinite, 1, 0.0},
-        {"curves overlap by 5",
-         {{0, 0}, Vertex::Parabola(50, 5, 50), Vertex::Parabola(90, 1, 40), {200, 1}},
-         Kind::Overlap,
-         2,
-         5.0},
+        {"overlap by 5", {{0, 0}, first, Vertex::Parabola(90, 1, 40), {200, 1}}, Kind::Overlap, 2, 5.0},
         {"a curve reaches beyond the end", {{0, 0}, Vertex::Parabola(50, 5, 64), {80, 1}}, Kind::Overlap, 2, 2.0},
     };
     for (const Row& row : rows) {

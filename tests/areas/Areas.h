@@ -1,10 +1,9 @@
 #pragma once
 
-#include "kalvio/curves/Arc2D.h"
 #include "kalvio/polygons/PolygonCurve2D.h"
 #include "kalvio/queries/Distance.h"
+#include "support/RandomCurves.h"
 #include "support/Rings.h"
-#include "support/Testing.h"
 
 namespace Kalvio::Math {
 

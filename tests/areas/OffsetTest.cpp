@@ -1,11 +1,6 @@
 #include "kalvio/areas/Offset.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/polygons/LineString2D.h"
 
-#include "support/Testing.h"
+#include "areas/Areas.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -19,12 +14,12 @@ double LengthOf(const std::vector<Polyline2D>& parts) {
 }
 
 TEST(OffsetTest, CornersAreJoinedOnTheOutsideAndMeetOnTheInside) {
-    const LineString2D corner{Point2D(0, 0), Point2D(10, 0), Point2D(10, 10)};
-    const LineString2D closed{Point2D(0, 0), Point2D(10, 0), Point2D(10, 10), Point2D(0, 10), Point2D(0, 0)};
-    const LineString2D narrow{Point2D(0, 10), Point2D(0, 0), Point2D(2, 0), Point2D(2, 10)};
+    const char* const corner = "0 0 10 0 10 10";
+    const char* const closed = "0 0 10 0 10 10 0 10 0 0";
+    const char* const narrow = "0 10 0 0 2 0 2 10";
     struct Row {
         const char* why;
-        const LineString2D& chain;
+        const char* points;
         double distance;
         Join join;
         double limit;
@@ -46,17 +41,18 @@ TEST(OffsetTest, CornersAreJoinedOnTheOutsideAndMeetOnTheInside) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.why);
+        const LineString2D chain(MakePolygon(row.points).GetPoints());
         Polyline2D raw;
         std::vector<Polyline2D> trimmed;
-        ASSERT_TRUE(Offset::Parallel(row.chain, row.distance, raw, kTolerances, row.join, row.limit));
-        ASSERT_TRUE(Offset::TrimmedParallel(row.chain, row.distance, trimmed, kTolerances, row.join, row.limit));
+        ASSERT_TRUE(Offset::Parallel(chain, row.distance, raw, kTolerances, row.join, row.limit));
+        ASSERT_TRUE(Offset::TrimmedParallel(chain, row.distance, trimmed, kTolerances, row.join, row.limit));
         EXPECT_NEAR(raw.GetLength(), row.raw, 1e-9);
         EXPECT_NEAR(LengthOf(trimmed), row.trimmed, 1e-9);
         EXPECT_EQ(trimmed.size(), row.parts);
     }
     // Straight back, by way of next to nothing: the half disc there is on one of both sides.
-    const LineString2D hairpin{Point2D(0, 0),          Point2D(-2, 0),  Point2D(-2 - 1e-9, -1e-9),
-                               Point2D(-2 - 1e-9, -1), Point2D(-2, -1), Point2D(-2, 2)};
+    const LineString2D hairpin(
+        MakePolygon("0 0 -2 0 -2.000000001 -0.000000001 -2.000000001 -1 -2 -1 -2 2").GetPoints());
     std::vector<Polyline2D> right, left;
     ASSERT_TRUE(Offset::TrimmedParallel(hairpin, 1, right, kTolerances));
     ASSERT_TRUE(Offset::TrimmedParallel(hairpin, -1, left, kTolerances));

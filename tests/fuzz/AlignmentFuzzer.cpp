@@ -103,8 +103,7 @@ void CheckDesign(Bytes& bytes) {
     Polyline2D plan;
     AlignmentDesign::Fault fault;
     const bool isMade = AlignmentDesign::MakePlan(corners, plan, fault);
-    Require(isMade == (fault.kind == AlignmentDesign::FaultKind::None));
-    Require(isMade || plan.GetNrOfElements() == 0);
+    Require(isMade == (fault.kind == AlignmentDesign::FaultKind::None) && (isMade || plan.GetNrOfElements() == 0));
     See(plan.GetEnd());
     if (bytes.Tame()) Require(plan.IsContinuous(1e-6));
     const Circle2D first{bytes.TakePoint(), bytes.TakeDouble()}, second{bytes.TakePoint(), bytes.TakeDouble()};
@@ -131,10 +130,10 @@ void CheckDesign(Bytes& bytes) {
 void CheckFit(Bytes& bytes) {
     const std::vector<Point2D> points = bytes.TakePoints(24);
     std::vector<AlignmentDesign::Corner> corners;
-    const double scatter = bytes.TakeDouble();
-    if (!AlignmentFitting::Propose(points, scatter, AlignmentDesign::Law::Clothoid, corners)) return;
     AlignmentFitting::Result fitted;
-    if (!AlignmentFitting::Fit(points, corners, fitted)) return;
+    if (!AlignmentFitting::Propose(points, bytes.TakeDouble(), AlignmentDesign::Law::Clothoid, corners) ||
+        !AlignmentFitting::Fit(points, corners, fitted))
+        return;
     Require(fitted.places.size() == points.size() && fitted.plan.IsContinuous(1e-6));
     if (!bytes.Tame()) return;
     for (const Alignment::Place& place : fitted.places) {
