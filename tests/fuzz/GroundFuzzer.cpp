@@ -17,20 +17,15 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     const bool isBuilt = surface.Build(ground, Tolerances(tolerance), conflicts);
     Require(isBuilt == (surface.GetTrianglesCount() > 0));
     const bool hasChains = !ground.breaklines.empty() || !ground.borders.empty() || !ground.holes.empty();
-    if (tame && isBuilt && !hasChains && ground.longestRimEdge == 0.0) {
-        TinSurfacePatch3D again;
-        Require(again.SetTriangles(surface.GetTriangles()) && again.IsEqualTo(surface, 1e-9));
-    }
     unsigned int triangle = 0;
     for (const Point2D& place : places) {
-        double z = 0.0, hinted = 0.0;
+        double z = 0.0, hinted = 0.0, slope = 0.0;
         const bool isInside = surface.GetHeight(place, z);
         Require(isInside == surface.GetHeight(place, hinted, triangle));
         if (!isInside) continue;
         if (tame) Require(std::abs(z) <= 2048.0 && std::abs(hinted - z) <= 1e-3 * (1.0 + std::abs(z)));
         See(z);
         Vec3D normal;
-        double slope = 0.0;
         Angle fall;
         Require(surface.GetNormal(place, normal) && surface.GetSlope(place, slope, fall));
         Point3D nearest(place, z + 1.0);
@@ -72,10 +67,6 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     const bool isThin = thin.Thin(0.5);
     Require(isThin || !tame || !isBuilt || hasChains);
     See(thin.GetTriangles().GetIndexes());
-    for (const Point3D& v : surface.GetTriangles().GetVertices()) {
-        double z = 0.0;
-        if (isThin && tame) Require(thin.GetHeight(v.GetPoint2D(), z) && std::abs(z - v.GetZ()) <= 0.5 + 1e-6);
-    }
     std::size_t holes = 0;
     if (whole3D.FillHoles(1e9, holes)) {
         Require(whole3D.GetTrianglesCount() >= surface.GetTrianglesCount() + holes);

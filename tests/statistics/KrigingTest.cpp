@@ -56,43 +56,30 @@ void CheckEstimates(const Kriging& kriging, const Samples& samples, const Point2
 }
 
 TEST(KrigingTest, EstimatesAreThoseOfSixtyDigitsAndThoseOfTheSamples) {
-    // The values and variances of simple and ordinary kriging and with a linear trend: the matrices solved with 60
-    // digits; the variances summed from their definition.
-    const std::tuple<bool, int, Vec2D, std::array<double, 6>> rows[] = {
-        {false, 1, {420, 370}, {92.257043786578613, 349.52382422506016, 90, 451.40875731572265, -1, -1}},
-        {true, 1, {420, 370}, {-1, -1, 90, 267.25847536989548, -1, -1}},
-        {true,
-         2,
-         {420, 370},
-         {93.924835181113366, -127.37411229907843, 94.120586480460066, 125.63397627510704, -1, -1}},
-        {true,
-         4,
-         {420, 370},
-         {97.98726373039782, -75.824023893597983, 97.900039352042888, 75.084615778547472, 97.443464707642306,
-          75.41661938735917}},
-        {false,
-         5,
-         {420, 370},
-         {99.019844352731184, 109.94912093214634, 99.095266246974901, 111.43943576487244, 99.078743175356247,
-          111.47622924434341}},
-        {false,
-         32,
-         {1100, -50},
-         {96.613610645904824, 225.3317586630514, 97.294882084572171, 252.28449374398395, 94.664733700207034,
-          352.13956224744125}},
-        {true,
-         32,
-         {1100, -50},
-         {97.707949016557883, -168.83813051015792, 97.111105555266517, 154.90526260221713, 94.756288096690039,
-          210.27126428093949}},
-        {false, 180, {0, 0}, {90, 0, 90, 0, 90, 0}},
+    // Exponential or spherical, samples, place; value and variance of simple and of ordinary kriging and of that with a
+    // linear trend, -1 where there is none: the matrices solved with 60 digits, the variances summed from their
+    // definition.
+    const std::array<double, 10> rows[] = {
+        {0, 1, 420, 370, 92.257043786578613, 349.52382422506016, 90, 451.40875731572265, -1, -1},
+        {1, 1, 420, 370, -1, -1, 90, 267.25847536989548, -1, -1},
+        {1, 2, 420, 370, 93.924835181113366, -127.37411229907843, 94.120586480460066, 125.63397627510704, -1, -1},
+        {1, 4, 420, 370, 97.98726373039782, -75.824023893597983, 97.900039352042888, 75.084615778547472,
+         97.443464707642306, 75.41661938735917},
+        {0, 5, 420, 370, 99.019844352731184, 109.94912093214634, 99.095266246974901, 111.43943576487244,
+         99.078743175356247, 111.47622924434341},
+        {0, 32, 1100, -50, 96.613610645904824, 225.3317586630514, 97.294882084572171, 252.28449374398395,
+         94.664733700207034, 352.13956224744125},
+        {1, 32, 1100, -50, 97.707949016557883, -168.83813051015792, 97.111105555266517, 154.90526260221713,
+         94.756288096690039, 210.27126428093949},
+        {0, 180, 0, 0, 90, 0, 90, 0, 90, 0},
     };
     for (const Point2D& origin : surveyOrigins) {
-        for (const auto& [exponential, n, place, all] : rows) {
-            SCOPED_TRACE(testing::Message() << n << (exponential ? " exponential" : " spherical"));
-            const Samples samples = Scattered(n, origin);
-            const Point2D p = origin + place;
-            const Estimate simple{all[0], all[1]}, ordinary{all[2], all[3]}, linear{all[4], all[5]};
+        for (const auto& row : rows) {
+            const bool exponential = row[0] > 0.0;
+            SCOPED_TRACE(testing::Message() << row[1] << (exponential ? " exponential" : " spherical"));
+            const Samples samples = Scattered(static_cast<int>(row[1]), origin);
+            const Point2D p = origin + Vec2D(row[2], row[3]);
+            const Estimate simple{row[4], row[5]}, ordinary{row[6], row[7]}, linear{row[8], row[9]};
             const double rounding = origin.GetX() == 0.0 ? 1e-12 : 2e-10;  // there that of the places counts
             CheckEstimates(SimpleKriging(Model(exponential, 500.0, 1800.0), 95.0), samples, p, simple, rounding);
             const OrdinaryKriging kriging(Model(exponential, 500.0, 1800.0));

@@ -7,22 +7,17 @@ namespace {
 using Samples = std::vector<Point3D>;
 using Shape = ExperimentalVariogram::Shape;
 
-Samples Field(RandomNumbers& random, int count) {
-    Samples samples;
-    for (int i = 0; i < count; ++i) {
-        const double x = random(0, 400), y = random(0, 400);
-        const double z = 8.0 * std::sin(0.02 * x) * std::cos(0.015 * y) + random(-1, 1);
-        samples.emplace_back(385000 + x, 6672000 + y, z);
-    }
-    return samples;
-}
-
 // The pairs one by one; of each fit, that no other parameters fit the lags better, near or far.
 TEST(ExperimentalVariogramTest, GathersPairsAndFitsThemBest) {
     RandomNumbers random(20240612);
     for (int round = 0; round < 8; ++round) {
         SCOPED_TRACE(round);
-        const Samples samples = Field(random, 150);
+        Samples samples;
+        for (int i = 0; i < 150; ++i) {
+            const double x = random(0, 400), y = random(0, 400);
+            const double z = 8.0 * std::sin(0.02 * x) * std::cos(0.015 * y) + random(-1, 1);
+            samples.emplace_back(385000 + x, 6672000 + y, z);
+        }
         const double step = 15.0, bearing = random(-4, 4), tolerance = round % 2 == 0 ? 2.0 : 0.4;
         ExperimentalVariogram variogram;
         ASSERT_TRUE(variogram.Build(samples, step, 12, Angle(bearing), Angle(tolerance)));

@@ -41,20 +41,16 @@ TEST(BadInputTest, WhatIsNotFiniteIsAnsweredAsTold) {
         EXPECT_TRUE(areas.size() == 1 && simple.GetSize() == 0) << "untouched";
         const auto index = SpatialIndexes::IQuadTreeForPoints::Create(4, BoundingBox2D());
         EXPECT_TRUE(!index->Insert(Point3D(bad, 0, 0)) && index->GetNrOfPoints() == 0) << "is refused by the index";
-        Profile profile;
-        EXPECT_FALSE(profile.Set(std::vector{Profile::Vertex::Corner(0, 0), Profile::Vertex::Corner(9, bad)}));
-        EXPECT_EQ(profile.GetFaults()[0].vertex, 1U) << "makes no profile";
         Cant cant;
         EXPECT_FALSE(cant.Set(std::vector<Cant::Knot>{{0.0, bad, 0.0}, {9.0, 0.0, 0.0}}, Cant::Pivot::Axis, 0.0));
     }
 }
 
 TEST(BadInputTest, WhatIsEmptyOrDegenerateIsAnsweredAsTold) {
-    const BoundingBox2D atOrigin;
-    EXPECT_TRUE(LineString2D().GetBoundingBox2D().IsEqualTo(atOrigin, 0.1));
-    EXPECT_TRUE(Polygon2D().GetBoundingBox2D().IsEqualTo(atOrigin, 0.1));
-    EXPECT_TRUE(Polyline2D().GetBoundingBox2D().IsEqualTo(atOrigin, 0.1));
-    EXPECT_TRUE(IndexedTriangleSet3D().GetBoundingBox2D().IsEqualTo(atOrigin, 0.1));
+    for (const BoundingBox2D& box : {LineString2D().GetBoundingBox2D(), Polygon2D().GetBoundingBox2D(),
+                                     Polyline2D().GetBoundingBox2D(), IndexedTriangleSet3D().GetBoundingBox2D()}) {
+        EXPECT_TRUE(box.IsEqualTo(BoundingBox2D(), 0.1));
+    }
     EXPECT_EQ(LineString2D().GetLength(), 0.0);
     EXPECT_EQ(Polyline2D().GetLength(), 0.0);
     EXPECT_EQ(Polygon2D().GetArea(), 0.0);

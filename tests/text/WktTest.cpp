@@ -145,12 +145,10 @@ TEST(WktTest, CurvesComeBackInPlace) {
             const auto back = Read(text);
             ASSERT_EQ(back.size(), 1U);
             const auto& read = static_cast<const Polyline2D&>(*back[0]);
-            EXPECT_TRUE(read.IsContinuous(rounding))
-                << sweep << chain.GetElementAtIndex(1) << read.GetElementAtIndex(1);
-            const double length = chain.GetLength();
+            EXPECT_TRUE(read.IsContinuous(rounding)) << sweep << text;
             for (const double share : {0.0, 0.1, 0.3, 0.5, 0.6, 0.8, 1.0}) {
                 Polyline2D::PolylinePoint wanted;
-                ASSERT_TRUE(chain.MakePointAndTangentAt(share * length, wanted));
+                ASSERT_TRUE(chain.MakePointAndTangentAt(share * chain.GetLength(), wanted));
                 const double allowed = wanted.elementIndex < 2 ? rounding : 0.001 + rounding;
                 EXPECT_LE(wanted.point.Distance(read.GetNearestPoint(wanted.point, kTolerances)), allowed) << sweep;
             }
