@@ -345,10 +345,25 @@ bool AreaOverlay::IsKept(std::uint32_t face, bool isKept) const {
     faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
         const PlanePoint from = noding->GetNodes()[faces->Origin(half)] - origin;
         const PlanePoint to = noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))] - origin;
-        doubleArea += detail::Cross(from, to);
+        doubleArea += detail::Cross(from, to) + (hasArcs ? DoubleAreaBeside(half) : 0.0);
         length += std::sqrt(Square(to - from));
     });
     return 0.5 * doubleArea <= noding->GetTolerance() * length ? wanted : isKept;
+}
+
+// Twice the area between the chord of a half-edge and the arc along it, positive where that lies right of the chord: a
+// face between a long arc and its chord has no width by chords.
+double AreaOverlay::DoubleAreaBeside(std::uint32_t half) const {
+    std::vector<std::uint32_t> ways;
+    for (std::uint32_t run = firstRun[half / 2]; run < firstRun[half / 2 + 1]; ++run) {
+        ways.push_back(WayOf(runs[run], half));
+    }
+    Corner corner = CornerOf(ways);
+    corner.at = noding->GetNodes()[faces->Origin(half)];
+    const double sweep =
+        corner.sense == 0 ? 0.0 : SweepOf(corner, noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))]);
+    if (std::abs(sweep) > pi) return 0.0;  // nodes have moved past each other
+    return Square(corner.at - corner.center) * (sweep - std::sin(sweep));
 }
 
 std::vector<AreaOverlay::Common> AreaOverlay::ExtractCommon() {

@@ -117,6 +117,7 @@ private:
     void WalkFaces(Visit&& visit);
     void Cross(std::uint32_t half);
     bool IsKept(std::uint32_t face, bool isKept) const;
+    double DoubleAreaBeside(std::uint32_t half) const;
     void Turn(Member& member, bool wasInside);
 
     std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
