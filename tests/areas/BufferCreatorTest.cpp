@@ -133,6 +133,11 @@ TEST(BufferCreatorTest, CirclesStayCircles) {
     EXPECT_TRUE(result.empty());
     const PolygonCurve2D open = Disc(Point2D(5, 0), Point2D(), 2.0 * kPi - 1e-4);  // by 0.5 mm
     EXPECT_TRUE(BufferCreator::Create(open, 3e4, result, kTolerances, {.join = Join::Mitred}));
+    // Between a line and an arc lies a hole that is 0.07 wide, but nothing by the chords of its pieces.
+    const Point2D bend(-9.013951606883417, -1.440012648847052), center(-1.5627095233099757, -2.8998022582079006);
+    const Polyline2D chain = ChainOf(Line2D(Point2D(), bend), Arc2D(bend, center, Angle(-2.2)));
+    ASSERT_TRUE(BufferCreator::Create(chain, 2.4557073874950262, result, kTolerances));
+    EXPECT_EQ(result.at(0).GetNumInnerRings(), 1U);
 }
 
 // The hole reaches to where the disc touches it, however thin it is there.
