@@ -1,5 +1,5 @@
 #include "kalvio/Math.h"
-#include "support/Testing.h"
+#include "support/RandomCurves.h"
 
 #include <typeinfo>
 
@@ -22,11 +22,7 @@ void CheckEach(const auto&... make) { (Check(make, make, typeid(make(0.0)).name(
 
 template <class Chain>
 auto ChainOf(const auto& make) {
-    return [make](double d) {
-        Chain chain;
-        chain.AppendElement(make(d).Clone());
-        return chain;
-    };
+    return [make](double d) { return Math::ChainOf<Chain>(make(d)); };
 }
 template <class Shape>
 auto ShapeOf(const auto& points) {
