@@ -28,17 +28,7 @@ inline std::vector<Arc2D> ArcsOf(const RingCurve2D& ring) {
 }
 
 // Positive where the rings of the outside are counter-clockwise and those of the holes clockwise.
-inline double AreaOf(const Polygon2D& area) { return area.GetArea(); }
-inline double AreaOf(const PolygonCurve2D& area) {
-    double sum = 0.0;
-    for (const RingCurve2D& ring : RingsOf(area)) {
-        std::vector<Point2D> corners;
-        for (const IPolyline2DElement& element : ring) corners.push_back(element.GetStart());
-        sum += Polygon2D(corners).GetArea();
-        for (const Arc2D& arc : ArcsOf(ring)) sum += std::copysign(arc.GetArea(), arc.GetAngle().GetRadians());
-    }
-    return sum;
-}
+double AreaOf(const auto& area) { return area.GetArea(); }
 template <class Area>
 double AreaOf(const std::vector<Area>& areas) {
     double sum = 0.0;

@@ -48,29 +48,6 @@ TEST(VecTest, SweepsGoTheAskedWayRound) {
     EXPECT_EQ(Vec3D(1, 2, 3).Vec3DCosAngle(Vec3D()), 0.0);
 }
 
-TEST(VecTest, ProductsObeyTheirLaws) {
-    RandomNumbers random(20240601);
-    for (int i = 0; i < 200; ++i) {
-        const auto draw = [&] { return Vec3D(random(-1e3, 1e3), random(-1e3, 1e3), random(-1e3, 1e3)); };
-        const Vec3D a = draw(), b = draw(), normal = a.CrossProduct(b);
-        EXPECT_NEAR(normal.DotProduct(a), 0.0, 1e-5);
-        EXPECT_THAT(normal + b.CrossProduct(a), IsNear(Vec3D(), 0.0));
-        EXPECT_EQ(normal.GetZ(), a.PerpDotProduct(b));
-        const double cosine = a.Vec3DCosAngle(b), lengths = a.Length() * b.Length();
-        EXPECT_NEAR(normal.NormSquared(), lengths * lengths * (1.0 - cosine * cosine), 1e-14 * lengths * lengths);
-
-        const Vec2D plan(a.GetX(), a.GetY());
-        EXPECT_EQ(plan.DotProduct(plan.GetNormalVector(true)), 0.0);
-        EXPECT_GT(plan.PerpDotProduct(plan.GetNormalVector(true)), 0.0) << "left";
-        EXPECT_LT(plan.PerpDotProduct(plan.GetNormalVector(false)), 0.0) << "right";
-
-        // The two major axes keep the sense of a triangle seen against its normal.
-        int first = -1, second = -1;
-        normal.Find2MajorAxisForProjection(first, second);
-        EXPECT_GT(a[first] * b[second] - a[second] * b[first], 0.0);
-    }
-}
-
 TEST(VecTest, TheLaterAxisWinsATie) {
     const std::tuple<Vec3D, int, int, int> rows[] = {{Vec3D(1, 1, -1), 2, 1, 0},  {Vec3D(1, 1, 0), 1, 2, 0},
                                                      {Vec3D(1, 0, 1), 2, 0, 1},   {Vec3D(-3, 2, 1), 0, 2, 1},

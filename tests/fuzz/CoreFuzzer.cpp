@@ -50,6 +50,21 @@ void CheckVectors(const std::vector<double>& values, double tolerance) {
     Require(isEqual == Numbers::Compare(length, Numbers::CompareOperator::Equal, tolerance, 1.0));
 }
 
+// Of tame vectors.
+void CheckProducts(const Vec3D& a, const Vec3D& b) {
+    const Vec3D normal = a.CrossProduct(b);
+    const double lengths = a.Length() * b.Length(), cosine = a.Vec3DCosAngle(b);
+    RequireNear(normal.DotProduct(a), 0.0, 1e-14 * lengths * a.Length());
+    Require((normal + b.CrossProduct(a)).Length() == 0.0 && normal.GetZ() == a.PerpDotProduct(b));
+    RequireNear(normal.NormSquared(), lengths * lengths * (1.0 - cosine * cosine), 1e-14 * lengths * lengths);
+    const Vec2D plan(a.GetX(), a.GetY()), left = plan.GetNormalVector(true), right = plan.GetNormalVector(false);
+    const bool isLeft = plan.PerpDotProduct(left) > 0.0 && plan.PerpDotProduct(right) < 0.0;
+    Require(plan.DotProduct(left) == 0.0 && (isLeft || plan.Length() == 0.0));
+    int first = -1, second = -1;  // the two major axes keep the sense of a triangle seen against its normal
+    normal.Find2MajorAxisForProjection(first, second);
+    Require(a[first] * b[second] - a[second] * b[first] > 0.0 || normal.Length() == 0.0);
+}
+
 }  // namespace
 
 void Kalvio::Math::FuzzCore(Bytes& bytes) {
@@ -65,4 +80,6 @@ void Kalvio::Math::FuzzCore(Bytes& bytes) {
     See(between);
     Require(!(between < 0.0 || between > detail::twoPi));
     CheckVectors(bytes.TakeDoubles(9), a.GetX());
+    const Vec3D first = bytes.TakeVector3D(), second = bytes.TakeVector3D();
+    if (bytes.Tame()) CheckProducts(first, second);
 }

@@ -338,7 +338,7 @@ TEST(TinSurfaceTest, IsAGeometryThatManyMayAsk) {
               std::pair(MathTypes::TinSurfacePatch3D, 2U));
     std::vector<Point3D> vertices;
     EXPECT_TRUE(Geometry::GetVertices(surface, vertices) && vertices.size() == 961);
-    Concurrently(4, [&surface] {
+    Concurrently(4, [&surface](unsigned int) {
         double z = 0.0;
         EXPECT_TRUE(surface.GetHeight({15.25, 27.5}, z));
         EXPECT_NEAR(z, 12.75, 1e-12);

@@ -210,7 +210,7 @@ TEST(PointInPolygonTest, HolesAreAddedUnlessTheyAreThin) {
     tester.Recompute(Polygon2D(tester.GetPolygon()), 30, 0.125);
     EXPECT_EQ(tester.GetGrid().GetRows(), 30U);
     const PointInPolygon copy(tester);
-    Concurrently(4, [&copy] { EXPECT_FALSE(copy.IsPointInside(Point2D(7, 2.125), 1e-4)); });
+    Concurrently(4, [&copy](unsigned int) { EXPECT_FALSE(copy.IsPointInside(Point2D(7, 2.125), 1e-4)); });
     Point2D low, high;
     copy.GetMinMaxPoints(low, high);
     EXPECT_TRUE(high == Point2D(20, 20) && copy.GetBoundingBox().GetMaxPoint() == high);

@@ -3,27 +3,20 @@
 #include <cstddef>
 #include <latch>
 #include <thread>
-#include <type_traits>
 #include <vector>
 
 namespace Kalvio::Math {
 
-/// Runs `work(i)` (or `work()`) for i = 0 ... n - 1, each on its own thread, all let go at one moment; returns when all
+/// Runs `work(i)` for i = 0 ... n - 1, each on its own thread, all let go at one moment; returns when all
 /// have ended. Collect results by index and check them afterwards.
 template <class Work>
 void Concurrently(unsigned int n, Work&& work) {
     std::latch start(static_cast<std::ptrdiff_t>(n));
     std::vector<std::thread> threads;
-    threads.reserve(n);
     for (unsigned int i = 0; i < n; ++i) {
         threads.emplace_back([&start, &work, i] {
             start.arrive_and_wait();
-            if constexpr (std::is_invocable_v<Work&, unsigned int>) {
-                work(i);
-            } else {
-                static_cast<void>(i);
-                work();
-            }
+            work(i);
         });
     }
     for (std::thread& thread : threads) thread.join();
