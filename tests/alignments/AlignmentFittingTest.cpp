@@ -1,11 +1,6 @@
 #include "kalvio/alignments/AlignmentFitting.h"
 
-#include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
-
-#include <cmath>
-#include <random>
+#include "support/Testing.h"
 
 namespace Kalvio::Math {
 namespace {
@@ -26,7 +21,7 @@ std::vector<Corner> MakeCorners(const Point2D& origin, Law law) {
 std::vector<Point2D> Survey(const std::vector<Corner>& corners, double scatter, Polyline2D& plan) {
     AlignmentDesign::Fault fault;
     EXPECT_TRUE(AlignmentDesign::MakePlan(corners, plan, fault));
-    std::mt19937_64 random(SeedFromEnvironment("KALVIO_TEST_SEED", 20240601));
+    RandomNumbers random(20240601);
     std::normal_distribution<double> offset(0.0, 1.0);
     std::vector<Point2D> points;
     for (double station = 0.0; station < plan.GetLength(); station += 5.0) {

@@ -77,12 +77,11 @@ TEST(GeometryTest, HullsWorkedOutByHand) {
 TEST(GeometryTest, RandomPointsStayInTheirBox) {
     std::list<Point2D> points{Point2D(-1, -1)};
     Geometry::RandomPoints(Point2D(100, 200), Point2D(111, 221), 2000, points);
-    ASSERT_EQ(points.size(), 2001U);
-    points.pop_front();
+    EXPECT_EQ(points.size(), 2001U);
     const BoundingBox2D box(Point2D(100, 200), Point2D(111, 221));
     std::set<double> different;
     for (const Point2D& p : points) {
-        EXPECT_TRUE(box.IsPointInside(p, 0.0));
+        EXPECT_TRUE(box.IsPointInside(p, 0.0) || &p == &points.front());
         different.insert(p.GetX());
     }
     EXPECT_GT(different.size(), 1500U);

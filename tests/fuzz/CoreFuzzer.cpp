@@ -58,8 +58,8 @@ void CheckProducts(const Vec3D& a, const Vec3D& b) {
     Require((normal + b.CrossProduct(a)).Length() == 0.0 && normal.GetZ() == a.PerpDotProduct(b));
     RequireNear(normal.NormSquared(), lengths * lengths * (1.0 - cosine * cosine), 1e-14 * lengths * lengths);
     const Vec2D plan(a.GetX(), a.GetY()), left = plan.GetNormalVector(true), right = plan.GetNormalVector(false);
-    const bool isLeft = plan.PerpDotProduct(left) > 0.0 && plan.PerpDotProduct(right) < 0.0;
-    Require(plan.DotProduct(left) == 0.0 && (isLeft || plan.Length() == 0.0));
+    Require(plan.DotProduct(left) == 0.0 && plan.PerpDotProduct(left) == plan.NormSquared());
+    Require(plan.PerpDotProduct(right) == -plan.NormSquared());
     int first = -1, second = -1;  // the two major axes keep the sense of a triangle seen against its normal
     normal.Find2MajorAxisForProjection(first, second);
     Require(a[first] * b[second] - a[second] * b[first] > 0.0 || normal.Length() == 0.0);

@@ -12,14 +12,13 @@ namespace Kalvio::Math {
 template <class Work>
 void Concurrently(unsigned int n, Work&& work) {
     std::latch start(static_cast<std::ptrdiff_t>(n));
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (unsigned int i = 0; i < n; ++i) {
         threads.emplace_back([&start, &work, i] {
             start.arrive_and_wait();
             work(i);
         });
     }
-    for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace Kalvio::Math

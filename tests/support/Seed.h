@@ -5,12 +5,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <iostream>
-#include <map>
-#include <string>
+#include <optional>
 
 namespace Kalvio::Math {
 
-/// Prints the seeds that a failed test has asked for.
+/// Prints the seed that a failed test has asked for last.
 class SeedPrinter : public testing::EmptyTestEventListener {
 public:
     static SeedPrinter& Instance() {
@@ -21,29 +20,23 @@ public:
         }();
         return *printer;
     }
-    void Note(const std::string& variable, std::uint64_t seed) { seeds[variable] = seed; }
+    void Note(std::uint64_t asked) { seed = asked; }
 
 private:
     void OnTestEnd(const testing::TestInfo& info) override {
-        if (info.result()->Failed()) {
-            for (const auto& [variable, seed] : seeds) std::cout << "to repeat: " << variable << '=' << seed << '\n';
-        }
-        seeds.clear();
+        if (info.result()->Failed() && seed) std::cout << "to repeat: KALVIO_TEST_SEED=" << *seed << '\n';
+        seed.reset();
     }
 
-    std::map<std::string, std::uint64_t> seeds;
+    std::optional<std::uint64_t> seed;
 };
 
-/// The seed for a test's random numbers: the variable's value where it is set to a number, the test's own otherwise.
-/// The seed of a failed test is printed at its end. Call it from the test's thread.
-inline std::uint64_t SeedFromEnvironment(const char* variable, std::uint64_t standard) {
-    std::uint64_t seed = standard;
-    if (const char* const text = std::getenv(variable); text != nullptr && *text != '\0') {
-        char* end = nullptr;
-        const std::uint64_t value = std::strtoull(text, &end, 10);
-        if (*end == '\0') seed = value;
-    }
-    SeedPrinter::Instance().Note(variable, seed);
+/// The seed for a test's random numbers: the number in KALVIO_TEST_SEED where it is set, the test's own otherwise. That
+/// of a failed test is printed at its end. Call it from the test's thread.
+inline std::uint64_t SeedFromEnvironment(std::uint64_t standard) {
+    const char* const text = std::getenv("KALVIO_TEST_SEED");
+    const std::uint64_t seed = text != nullptr && *text != '\0' ? std::strtoull(text, nullptr, 10) : standard;
+    SeedPrinter::Instance().Note(seed);
     return seed;
 }
 

@@ -1,6 +1,4 @@
 #include "support/Near.h"
-#include "support/Origins.h"
-#include "support/Seed.h"
 
 #include <gtest/gtest-spi.h>
 
@@ -15,14 +13,6 @@ TEST(SupportTest, NearnessIsADistanceAndSaysHowFarOffAValueIs) {
     EXPECT_THAT(Vec2D(std::numeric_limits<double>::quiet_NaN(), 0.0), testing::Not(IsNear(Vec2D(), 1e300)));
     EXPECT_NONFATAL_FAILURE(EXPECT_THAT(Point2D(1.0, 2.0), IsNear(Point2D(1.0, 2.5), 0.25)),
                             "which is 0.5 away, off by Vec3D(0, -0.5, 0)");
-}
-
-TEST(SupportTest, TheEnvironmentGivesTheSeedAndTheTestGivesTheStandard) {
-    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE_THAT_NOBODY_SETS", 7), 7U);
-    ASSERT_EQ(setenv("KALVIO_TEST_VARIABLE", "18446744073709551615", 1), 0);
-    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 18446744073709551615U);
-    ASSERT_EQ(setenv("KALVIO_TEST_VARIABLE", "12x", 1), 0);
-    EXPECT_EQ(SeedFromEnvironment("KALVIO_TEST_VARIABLE", 7), 7U) << "not a number";
 }
 
 }  // namespace

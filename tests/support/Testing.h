@@ -4,7 +4,6 @@
 
 #include "kalvio/core/Tolerances.h"
 #include "support/Near.h"
-#include "support/Origins.h"
 #include "support/Seed.h"
 
 #include <gtest/gtest.h>
@@ -29,11 +28,13 @@ inline constexpr double kPi = std::numbers::pi;
 inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 inline const Tolerances kTolerances(1e-4, 1e-10);
+/// Where geometry rows run: at the origin, and at survey coordinates, where careless sums lose their digits.
+inline const Point2D surveyOrigins[] = {Point2D(0.0, 0.0), Point2D(385000.0, 6672000.0)};
 
 /// Seeded by the test or by KALVIO_TEST_SEED; `random(low, high)` is one uniform number.
 class RandomNumbers : public std::mt19937_64 {
 public:
-    explicit RandomNumbers(std::uint64_t seed) : std::mt19937_64(SeedFromEnvironment("KALVIO_TEST_SEED", seed)) {}
+    explicit RandomNumbers(std::uint64_t seed) : std::mt19937_64(SeedFromEnvironment(seed)) {}
     using std::mt19937_64::operator();
     double operator()(double low, double high) { return std::uniform_real_distribution<double>(low, high)(*this); }
 };
