@@ -35,7 +35,9 @@ void CheckPoints(Bytes bytes) {
         if (p.GetPoint2D().Distance(center) <= radius) expected.push_back(p);
     }
     Require(index->GetNrOfPoints() == count && index->Search(center, radius, found) == expected.size() - 1);
-    const auto isSame = [](const Point3D& p, const Point3D& q) { return std::memcmp(&p, &q, sizeof p) == 0; };
+    const auto isSame = [](const Point3D& p, const Point3D& q) {
+        return std::memcmp(static_cast<const void*>(&p), static_cast<const void*>(&q), sizeof p) == 0;
+    };
     Require(std::ranges::is_permutation(found, expected, isSame));
 }
 
