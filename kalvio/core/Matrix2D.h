@@ -74,7 +74,7 @@ public:
     /// Row eigenvectors, v M = lambda v: the homogeneous vectors whose direction this transformation keeps. Unit rows
     /// of `eigenVectors` in the order of the eigenvalues; orthonormal when the matrix is symmetric. The columns of the
     /// usual form M v = lambda v are those of the transpose.
-    /// @return false, outputs untouched, when an eigenvalue is complex or there are no three independent vectors
+    /// @return false, outputs untouched, when an eigenvalue is complex or no three independent vectors can be told
     [[nodiscard]] bool GetEigenVectors(std::array<double, 3>& eigenValues, Matrix2D& eigenVectors) const;
     /// M = U S V^T with orthogonal U, V and the singular values on the diagonal of S, descending, none negative.
     /// @return false, outputs untouched, for values that are not finite

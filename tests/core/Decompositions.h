@@ -12,8 +12,9 @@ inline void CheckDecompositions(const Matrix3D& m, double size, bool hasVectors)
     Matrix3D u, s, v;
     Require(m.SingularValueDecomposition(u, s, v));
     Require(((Matrix3D(u) *= s) *= v.GetTranspose()).Equal(m, 1e-14 * size));
-    Require((u.GetTranspose() *= u).Equal(Matrix3D::identity, 1e-14));
-    Require((v.GetTranspose() *= v).Equal(Matrix3D::identity, 1e-14));
+    // Where columns are nothing but rounding, it takes a hundred rotations and more, each with its own.
+    Require((u.GetTranspose() *= u).Equal(Matrix3D::identity, 1e-13));
+    Require((v.GetTranspose() *= v).Equal(Matrix3D::identity, 1e-13));
     for (int i = 0; i < 4; ++i) Require(s.Get(i, i) >= (i < 3 ? s.Get(i + 1, i + 1) : 0.0));
 
     const Polynomial characteristic = m.GetCharacteristicPolynomial();

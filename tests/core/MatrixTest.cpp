@@ -207,6 +207,8 @@ TEST(Matrix3DTest, KnownEigenValues) {
         {{-2, 2, 2, -1}, {2, -2, 0, 2}, {2, 2, -2, 2}, {1, -2, -2, 0}},  // two nearly equal ones
     };
     for (const auto& rows : slow) CheckDecompositions(Matrix3D(rows), 5.0, false);
+    const double apart[4][4] = {{}, {0, 0, 96, 8e-300}, {672, 1e-158, 0, 0}, {0.0625, -1e-158, -0.125, -1e-299}};
+    CheckDecompositions(Matrix3D(apart), 672.0, false);  // vectors are told only where they are some
     const double companion[4][4] = {{10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
     const Matrix3D units = Matrix3D().Scale(1e4, 1e-3, 0.1);
     const Matrix3D cases[] = {Matrix3D(companion), (Matrix3D(companion) *= units).PreMultiply(units.GetInverse())};

@@ -25,6 +25,7 @@ inline constexpr int leastColumnPower = -960;        // of 2, times the largest 
 inline constexpr double doubleRootMargin = 16.0;     // in units of rounding: a discriminant this near 0 is 0
 inline constexpr double sameEigenValue = 1e-12;      // times the largest one: values this near share a null space
 inline constexpr double negligibleResidual = 1e-12;  // times the largest element: of v M - lambda v
+inline constexpr double largestResidual = 1e-13;     // the same of unit vectors, in the matrix as it was given
 inline constexpr double leastIndependence = 1e-7;    // of unit eigenvectors: their least singular value
 
 template <std::size_t N>
@@ -426,7 +427,8 @@ bool ComputeEigenValues(const SquareMatrix<N>& m, std::array<double, N>& out) {
 }
 
 /// Unit row vectors v with v M = lambda v, one row for each real eigenvalue; orthonormal for a symmetric matrix.
-/// @return false, outputs untouched, when an eigenvalue is complex or there are fewer than N independent vectors
+/// @return false, outputs untouched, when an eigenvalue is complex, there are fewer than N independent vectors, or
+///         elements are so far apart that they cannot be told
 template <class MatrixType, std::size_t N>
 bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values, MatrixType& vectors) {
     std::array<double, N> found{};
@@ -468,6 +470,12 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = std::ldexp(rows(i, j), -powers[j]);
             const ScaledColumn<N> row(Transposed(rows), i);
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = row.values[j] / std::sqrt(row.Dot(row));
+            // Where elements are a hundred powers of ten apart, what is negligible in those units may not be here.
+            for (std::size_t j = 0; j < N; ++j) {
+                double residual = -found[i] * rows(i, j);
+                for (std::size_t k = 0; k < N; ++k) residual += rows(i, k) * m(k, j);
+                if (!(std::abs(residual) <= largestResidual * LargestMagnitude(m))) return false;
+            }
         }
     }
     values = found;
