@@ -27,8 +27,13 @@ inline std::vector<Arc2D> ArcsOf(const RingCurve2D& ring) {
     return arcs;
 }
 
-// Positive where the rings of the outside are counter-clockwise and those of the holes clockwise.
-double AreaOf(const auto& area) { return area.GetArea(); }
+// Positive where the rings of the outside are counter-clockwise and, of curves, those of the holes clockwise.
+inline double AreaOf(const Polygon2D& area) { return area.GetArea(); }
+inline double AreaOf(const PolygonCurve2D& area) {
+    double sum = 0.0;
+    for (const RingCurve2D& ring : RingsOf(area)) sum += ring.GetArea();
+    return sum;
+}
 template <class Area>
 double AreaOf(const std::vector<Area>& areas) {
     double sum = 0.0;

@@ -466,6 +466,7 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = null.v(j, column);
         }
         if (!(DecomposeSingular(rows).singular[N - 1] > leastIndependence)) return false;
+        const double allowed = largestResidual * LargestMagnitude(m);
         for (std::size_t i = 0; i < N; ++i) {
             for (std::size_t j = 0; j < N; ++j) rows(i, j) = std::ldexp(rows(i, j), -powers[j]);
             const ScaledColumn<N> row(Transposed(rows), i);
@@ -474,7 +475,7 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
             for (std::size_t j = 0; j < N; ++j) {
                 double residual = -found[i] * rows(i, j);
                 for (std::size_t k = 0; k < N; ++k) residual += rows(i, k) * m(k, j);
-                if (!(std::abs(residual) <= largestResidual * LargestMagnitude(m))) return false;
+                if (!(std::abs(residual) <= allowed)) return false;
             }
         }
     }
