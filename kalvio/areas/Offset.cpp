@@ -62,7 +62,7 @@ bool MakeTrimmed(const ChainType& chain, detail::BufferOutline::Style style, std
         detail::BufferOutline outline(style);
         outline.AddChain(path);
         AreaOverlay overlay(style.tolerance, AreaOverlay::Fill::Positive);
-        if (!overlay.Add(outline.GetLoops(), 0) || !overlay.Run()) return false;
+        if (!overlay.Add(outline.GetLoops(), 0) || !overlay.Run(true)) return false;
         overlay.CloseThinFaces(true);
         const auto& [from, end] = isLeft ? outline.GetLeft() : outline.GetRight();
         std::vector<AreaOverlay::Ring> stretches = overlay.ExtractStretches(from, end);

@@ -17,6 +17,9 @@ namespace Kalvio::Math::detail {
 
 namespace {
 
+constexpr double clearance = 16.0;  // of the tolerance
+constexpr double motion = 2.0;
+constexpr std::size_t longLoop = 16;    // shorter ones have hardly a segment that needs no noding
 constexpr double straightness = 0.005;  // of the tolerance: what cut a segment without bending it leaves no corner
 
 bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); }
@@ -52,8 +55,10 @@ bool AreaOverlay::Add(const PolygonCurve2D& area, std::uint32_t layer) {
 bool AreaOverlay::AddRing(const std::vector<Point2D>& points, bool isHole) {
     BeginRing(isHole);
     BeginLoop();
-    for (const Point2D& p : points) {
-        if (!GoTo({p.GetX(), p.GetY()})) return false;
+    const std::size_t count = points.size() > 1 && !HasClosingEdge(points) ? points.size() - 1 : points.size();
+    if (vertices.capacity() - vertices.size() <= count) vertices.reserve(2 * vertices.size() + count + 1);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!GoTo({points[i].GetX(), points[i].GetY()})) return false;
     }
     EndLoop();
     return true;
@@ -107,8 +112,8 @@ double AreaOverlay::SweepOf(const Corner& corner, const PlanePoint& end) {
 }
 
 void AreaOverlay::BeginLoop() {
-    const auto piece = static_cast<std::uint32_t>(border.size());
-    loops.push_back({piece, piece});
+    const auto first = static_cast<std::uint32_t>(areListed ? border.size() : vertices.size());
+    loops.push_back({first, first, static_cast<std::uint32_t>(rings.size() - 1)});
 }
 
 // The piece that begins at the point gets its end by the next one.
@@ -117,6 +122,7 @@ bool AreaOverlay::GoTo(const PlanePoint& p, const BorderSource& source) {
     if (!isUsable(p.x) || !isUsable(p.y) || !isUsable(source.center.x) || !isUsable(source.center.y)) return false;
     const auto vertex = static_cast<std::uint32_t>(vertices.size());
     vertices.push_back(p);
+    if (!areListed) return true;
     border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
     sources.push_back(source);
     return true;
@@ -128,6 +134,7 @@ bool AreaOverlay::GoAlong(const PlanePoint& start, const PlanePoint& center, dou
     const double radius = std::hypot(start.x - center.x, start.y - center.y);
     const BorderSource source{static_cast<std::uint32_t>(rings.size() - 1), sweep < 0.0 ? -1 : 1, center};
     hasArcs = true;
+    if (!areListed) ListElements();
     if (!GoTo(start, source)) return false;
     const auto number = static_cast<std::uint32_t>(sources.size() - 1);
     // In quarter turns from the direction +x, in the direction of travel.
@@ -146,13 +153,37 @@ bool AreaOverlay::GoAlong(const PlanePoint& start, const PlanePoint& center, dou
 
 void AreaOverlay::EndLoop() {
     Loop& loop = loops.back();
-    loop.endPiece = static_cast<std::uint32_t>(border.size());
-    if (loop.endPiece > loop.firstPiece) border.back().to = border[loop.firstPiece].from;
+    loop.end = static_cast<std::uint32_t>(areListed ? border.size() : vertices.size());
+    if (loop.end == loop.first) return;
+    if (areListed) {
+        border.back().to = border[loop.first].from;
+    } else {
+        vertices.push_back(PlanePoint(vertices[loop.first]));
+    }
+}
+
+// All segments so far, also those of a loop that has not ended.
+void AreaOverlay::ListElements() {
+    areListed = true;
+    for (Loop& loop : loops) {
+        const bool isOpen = &loop == &loops.back() && loop.end == loop.first;
+        const auto end = isOpen ? static_cast<std::uint32_t>(vertices.size()) : loop.end;
+        const auto first = static_cast<std::uint32_t>(border.size());
+        for (std::uint32_t vertex = loop.first; vertex < end; ++vertex) {
+            border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
+            sources.push_back({loop.ring, 0, {}});
+        }
+        loop.first = first;
+        loop.end = static_cast<std::uint32_t>(border.size());
+        if (!isOpen && loop.end > first) border.back().to = border[first].from;
+    }
 }
 
 // Neighbours in the list shall be neighbours in the plane: loops follow a curve through the plane that fills it (G. M.
 // Morton, 1966).
 void AreaOverlay::SortLoops() {
+    constexpr std::size_t fewLoops = 8;
+    if (loops.size() <= fewLoops) return;
     Extent extent;
     for (const PlanePoint& p : vertices) extent.Add(Point2D(p.x, p.y));
     const auto cell = [](double value, double low, double high) {
@@ -163,8 +194,8 @@ void AreaOverlay::SortLoops() {
     order.reserve(loops.size());
     for (std::uint32_t loop = 0; loop < loops.size(); ++loop) {
         Extent own;
-        for (std::uint32_t k = loops[loop].firstPiece; k < loops[loop].endPiece; ++k) {
-            const PlanePoint& p = vertices[border[k].from];
+        for (std::uint32_t k = loops[loop].first; k < loops[loop].end; ++k) {
+            const PlanePoint& p = vertices[areListed ? border[k].from : k];
             own.Add(Point2D(p.x, p.y));
         }
         const double x = 0.5 * own.minX + 0.5 * own.maxX;
@@ -175,14 +206,30 @@ void AreaOverlay::SortLoops() {
     }
     std::sort(order.begin(), order.end());
     std::vector<BorderPiece> sorted;
+    std::vector<PlanePoint> sortedVertices;
+    std::vector<Loop> sortedLoops;
     sorted.reserve(border.size());
-    for (const auto& [code, loop] : order) {
-        sorted.insert(sorted.end(), border.begin() + loops[loop].firstPiece, border.begin() + loops[loop].endPiece);
+    if (!areListed) sortedVertices.reserve(vertices.size());
+    sortedLoops.reserve(loops.size());
+    for (const auto& [code, number] : order) {
+        const Loop& loop = loops[number];
+        if (areListed) {
+            sorted.insert(sorted.end(), border.begin() + loop.first, border.begin() + loop.end);
+        } else if (loop.end > loop.first) {
+            const auto first = static_cast<std::uint32_t>(sortedVertices.size());
+            sortedVertices.insert(sortedVertices.end(), vertices.begin() + loop.first, vertices.begin() + loop.end + 1);
+            sortedLoops.push_back({first, first + (loop.end - loop.first), loop.ring});
+        }
     }
-    border = std::move(sorted);
+    if (areListed) {
+        border = std::move(sorted);
+    } else {
+        vertices = std::move(sortedVertices);
+        loops = std::move(sortedLoops);
+    }
 }
 
-bool AreaOverlay::Run() {
+bool AreaOverlay::Run(bool hasStretches) {
     constexpr double largestWithArcs = 1e70;  // up to here fourth powers stay finite
     const auto isUsable = [](const PlanePoint& p) { return std::max(std::abs(p.x), std::abs(p.y)) <= largestWithArcs; };
     if (vertices.size() >= none / 2) return false;
@@ -191,16 +238,107 @@ bool AreaOverlay::Run() {
                                  [&](const BorderSource& source) { return isUsable(source.center); }))) {
         return false;
     }
+    if (hasStretches && !areListed) ListElements();
     SortLoops();
-    noding.emplace(vertices, std::move(border), sources, tolerance);
-    if (!noding->Run()) return false;
+    if (!MakeNodes()) return false;
     MergePieces();
-    faces.emplace(*noding, edges, edgeOfPiece);
+    MakeFaces();
     windings.assign(rings.size(), 0);
     regionOf.assign(faces->GetFaceCount(), none);
     isWalked.assign(faces->GetHalfEdgeCount(), 0);
     placeOf.assign(noding->GetNodes().size(), none);
     return true;
+}
+
+// What has nothing within `clearance` keeps out of the noding, as long as that moves no piece farther than `motion`: a
+// piece moves only where a node is within 1.42 tolerances of it, and the nodes of all others stay farther from a clear
+// one than that. About a common vertex this holds as a wedge that is so wide at both ends of its sides is this narrow
+// only near its tip.
+bool AreaOverlay::MakeNodes() {
+    double largest = 0.0;
+    for (const PlanePoint& p : vertices) largest = std::max({largest, std::abs(p.x), std::abs(p.y)});
+    if (areListed) {
+        noding.emplace(vertices, std::move(border), sources, tolerance, largest);
+        return noding->Run();
+    }
+    isLoopEnd.assign(vertices.size(), 0);
+    for (const Loop& loop : loops) {
+        if (loop.end > loop.first) isLoopEnd[loop.end] = 1;
+    }
+    const std::vector<char> all(vertices.size(), 1);
+    if (vertices.size() < longLoop * loops.size()) {
+        ListNear(all);
+    } else {
+        segments.emplace(vertices, isLoopEnd);
+        ListNear(LoopSegments::FindNear(*segments, clearance * BorderNoding::ToleranceFor(tolerance, largest)));
+    }
+    const std::vector<BorderPiece> given = chains.empty() ? std::vector<BorderPiece>() : border;
+    noding.emplace(places, std::move(border), sources, tolerance, largest);
+    if (noding->Run() && HaveStayed(given)) return true;
+    if (chains.empty()) return false;
+    ListNear(all);
+    noding.emplace(places, std::move(border), sources, tolerance, largest);
+    return noding->Run();
+}
+
+// Lists segments that are near others, and makes chains of the rest.
+void AreaOverlay::ListNear(const std::vector<char>& isNear) {
+    places.clear();
+    border.clear();
+    sources.clear();
+    chains.clear();
+    for (const Loop& loop : loops) {
+        if (loop.end > loop.first) JoinLoop(loop, isNear);
+    }
+    for (const Chain& chain : chains) sources.push_back({chain.ring, 0, {}});
+}
+
+// The first segment of a loop, those at its leftmost (lowest) vertex and those beside a near one are of no chain:
+// chains end in nodes of two edges, and no component has its leftmost node on one.
+void AreaOverlay::JoinLoop(Loop loop, const std::vector<char>& isNear) {
+    std::uint32_t leftmost = loop.first;
+    for (std::uint32_t k = loop.first + 1; k < loop.end; ++k) {
+        if (IsLeftBelow(vertices[k], vertices[leftmost])) leftmost = k;
+    }
+    const auto isListed = [&](std::uint32_t k) {
+        return isNear[k] != 0 || k == loop.first || k + 1 == loop.end || isNear[k - 1] != 0 || isNear[k + 1] != 0 ||
+               k == leftmost || k + 1 == leftmost;
+    };
+    const auto firstPlace = static_cast<std::uint32_t>(places.size());
+    for (std::uint32_t k = loop.first; k < loop.end;) {
+        const auto place = static_cast<std::uint32_t>(places.size());
+        places.push_back(vertices[k]);
+        if (isListed(k)) {
+            const std::uint32_t to = k + 1 == loop.end ? firstPlace : place + 1;
+            border.push_back({place, to, static_cast<std::uint32_t>(sources.size())});
+            sources.push_back({loop.ring, 0, {}});
+            ++k;
+            continue;
+        }
+        Chain chain{place, place + 1, k + 1, k + 1, none, loop.ring};
+        for (; !isListed(chain.end); ++chain.end) {
+            if (chain.leftmost == none || IsLeftBelow(vertices[chain.end], vertices[chain.leftmost])) {
+                chain.leftmost = chain.end;
+            }
+        }
+        k = chain.end;
+        chains.push_back(chain);
+    }
+}
+
+bool AreaOverlay::HaveStayed(const std::vector<BorderPiece>& given) const {
+    if (chains.empty()) return true;
+    const auto at = [](const PlanePoint& p) { return Point2D(p.x, p.y); };
+    const double limit = motion * noding->GetTolerance();
+    return std::all_of(noding->GetPieces().begin(), noding->GetPieces().end(), [&](const BorderPiece& piece) {
+        const BorderPiece& whole = given[piece.source];
+        const Point2D from = at(places[whole.from]);
+        const Point2D to = at(places[whole.to]);
+        const auto hasStayed = [&](std::uint32_t node) {
+            return SegmentFoot(at(noding->GetNodes()[node]), from, to, 0.0).squaredDistance <= limit * limit;
+        };
+        return hasStayed(piece.from) && hasStayed(piece.to);
+    });
 }
 
 // Pieces between the same nodes become one edge with all their sources, unless these cancel out.
@@ -223,8 +361,11 @@ void AreaOverlay::MergePieces() {
     for (std::uint32_t low = 0; low + 1 < first.size(); ++low) {
         const auto from = entries.begin() + first[low];
         const auto to = entries.begin() + first[low + 1];
-        std::sort(from, to, [&pieces](const Entry& a, const Entry& b) {
-            return a.high < b.high || (a.high == b.high && pieces[a.piece].source < pieces[b.piece].source);
+        std::sort(from, to, [&](const Entry& a, const Entry& b) {
+            const std::uint32_t source = pieces[a.piece].source;
+            const std::uint32_t other = pieces[b.piece].source;
+            return a.high < b.high ||
+                   (a.high == b.high && std::tie(sources[source].ring, source) < std::tie(sources[other].ring, other));
         });
         for (auto entry = from; entry != to;) {
             const std::uint32_t high = entry->high;
@@ -246,10 +387,50 @@ void AreaOverlay::MergePieces() {
             entry = last;
         }
     }
+    firstChainEdge = edges.size();
+    for (const Chain& chain : chains) {
+        firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
+        runs.push_back(
+            {static_cast<std::uint32_t>(sources.size() - chains.size() + (edges.size() - firstChainEdge)), 1});
+        edges.push_back({noding->NodeOf(chain.from), noding->NodeOf(chain.to)});
+    }
     firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
 }
 
-// Whether every ring runs forth as often as back. Sources are in the order of their rings.
+void AreaOverlay::MakeFaces() {
+    const auto forEachNear = [this](const Extent& extent, const PlanarFaces::VisitSegment& visit) {
+        const std::vector<PlanePoint>& nodes = noding->GetNodes();
+        noding->GetBoxes().ForEachNear(extent, 0.0, [&](std::size_t piece) {
+            const std::uint32_t edge = edgeOfPiece[piece];
+            if (edge != none) visit(2 * edge, nodes[edges[edge].low], nodes[edges[edge].high]);
+            return false;
+        });
+        if (chains.empty()) return;
+        segments->ForEachNear(extent, 0.0, [&](std::size_t segment) {
+            const auto after = std::upper_bound(chains.begin(), chains.end(), segment,
+                                                [](std::size_t k, const Chain& chain) { return k < chain.end; });
+            if (after == chains.end() || segment + 1 < after->first) return false;
+            const auto edge =
+                static_cast<std::uint32_t>(firstChainEdge + static_cast<std::size_t>(after - chains.begin()));
+            visit(2 * edge, vertices[segment], vertices[segment + 1]);
+            return false;
+        });
+    };
+    faces.emplace(noding->GetNodes(), edges, forEachNear);
+}
+
+// Calls visit(p) for the vertices of a chain that a half-edge passes, in its direction.
+template <class Visit>
+void AreaOverlay::ForEachBetween(std::uint32_t half, Visit&& visit) const {
+    const Chain* chain = ChainOf(half);
+    if (chain == nullptr) return;
+    const bool isBack = (half & 1U) != 0;
+    for (std::uint32_t k = chain->first; k < chain->end; ++k) {
+        visit(vertices[isBack ? chain->first + chain->end - 1 - k : k]);
+    }
+}
+
+// Whether every ring runs forth as often as back. Passages are in the order of their rings.
 bool AreaOverlay::IsIdle(std::size_t from, std::size_t to) const {
     while (from < to) {
         const std::uint32_t ring = sources[runs[from].source].ring;
@@ -343,10 +524,16 @@ bool AreaOverlay::IsKept(std::uint32_t face, bool isKept) const {
     double doubleArea = 0.0;
     double length = 0.0;
     faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
-        const PlanePoint from = noding->GetNodes()[faces->Origin(half)] - origin;
-        const PlanePoint to = noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))] - origin;
-        doubleArea += detail::Cross(from, to) + (hasArcs ? DoubleAreaBeside(half) : 0.0);
-        length += std::sqrt(Square(to - from));
+        PlanePoint from = noding->GetNodes()[faces->Origin(half)] - origin;
+        const auto goTo = [&](const PlanePoint& p) {
+            const PlanePoint to = p - origin;
+            doubleArea += detail::Cross(from, to);
+            length += std::sqrt(Square(to - from));
+            from = to;
+        };
+        ForEachBetween(half, goTo);
+        goTo(noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))]);
+        if (hasArcs) doubleArea += DoubleAreaBeside(half);
     });
     return 0.5 * doubleArea <= noding->GetTolerance() * length ? wanted : isKept;
 }
@@ -513,23 +700,48 @@ void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::u
     cutLoop(0);
 }
 
-// By the turn at the leftmost (lowest) node.
-bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
-    const auto at = [&](std::size_t k) -> const PlanePoint& {
-        return noding->GetNodes()[faces->Origin(loop[k % loop.size()])];
+AreaOverlay::Leftmost AreaOverlay::LeftmostOf(const std::vector<std::uint32_t>& loop) const {
+    Leftmost leftmost{0, none};
+    PlanePoint best = noding->GetNodes()[faces->Origin(loop.front())];
+    const auto offer = [&](const PlanePoint& p, const Leftmost& place) {
+        if (!IsLeftBelow(p, best)) return;
+        best = p;
+        leftmost = place;
     };
-    std::size_t corner = 0;
-    for (std::size_t k = 1; k < loop.size(); ++k) {
-        if (IsLeftBelow(at(k), at(corner))) corner = k;
+    for (std::size_t k = 0; k < loop.size(); ++k) {
+        offer(noding->GetNodes()[faces->Origin(loop[k])], {k, none});
+        const Chain* chain = ChainOf(loop[k]);
+        if (chain != nullptr && chain->leftmost != none) offer(vertices[chain->leftmost], {k, chain->leftmost});
     }
-    return ExactTurn(at(corner + loop.size() - 1), at(corner), at(corner + 1)) > 0.0;
+    return leftmost;
+}
+
+// The vertex or node after the origin of a half-edge.
+const PlanePoint& AreaOverlay::VertexAfter(std::uint32_t half) const {
+    const Chain* chain = ChainOf(half);
+    if (chain == nullptr || chain->first == chain->end) {
+        return noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))];
+    }
+    return vertices[(half & 1U) == 0 ? chain->first : chain->end - 1];
+}
+
+// By the turn at the leftmost (lowest) vertex.
+bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
+    const auto [place, vertex] = LeftmostOf(loop);
+    const std::uint32_t half = loop[place];
+    if (vertex != none) {
+        const double turn = ExactTurn(vertices[vertex - 1], vertices[vertex], vertices[vertex + 1]);
+        return (half & 1U) == 0 ? turn > 0.0 : turn < 0.0;
+    }
+    const std::uint32_t before = loop[(place + loop.size() - 1) % loop.size()];
+    return ExactTurn(VertexAfter(PlanarFaces::Twin(before)), noding->GetNodes()[faces->Origin(half)],
+                     VertexAfter(half)) > 0.0;
 }
 
 // A node inside an element of the input is no corner, unless a segment was bent there.
 AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const {
     const std::vector<PlanePoint>& nodes = noding->GetNodes();
     const auto at = [&](std::uint32_t half) -> const PlanePoint& { return nodes[faces->Origin(half)]; };
-    const auto isBefore = [&](std::uint32_t g, std::uint32_t h) { return IsLeftBelow(at(g), at(h)); };
     std::vector<std::uint32_t> common;
     const auto waysOf = [&](std::uint32_t half) {
         common.clear();
@@ -538,7 +750,7 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
         }
     };
     // Starts at a corner.
-    std::rotate(loop.begin(), std::min_element(loop.begin(), loop.end(), isBefore), loop.end());
+    std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(LeftmostOf(loop).place), loop.end());
     std::size_t start = 0;
     for (; start < loop.size(); ++start) {
         waysOf(loop[(start + loop.size() - 1) % loop.size()]);
@@ -565,6 +777,7 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
             if (isKept[k] || !isForward || !wasForward) {
                 ring.push_back({at(loop[k]), isForward ? corner.sense : 0, corner.center});
             }
+            ForEachBetween(loop[k], [&ring](const PlanePoint& p) { ring.push_back({p, 0, {}}); });
             wasForward = isForward;
         }
     }

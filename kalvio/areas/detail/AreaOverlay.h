@@ -1,8 +1,10 @@
 #pragma once
 
 #include "kalvio/areas/detail/BorderNoding.h"
+#include "kalvio/areas/detail/LoopSegments.h"
 #include "kalvio/areas/detail/PlanarFaces.h"
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
 
 #include <array>
 #include <cstddef>
@@ -24,7 +26,7 @@ namespace Kalvio::Math::detail {
 ///
 /// The borders become one plane graph (`BorderNoding`); a walk from face to face across its edges counts the windings
 /// of every ring and keeps what lies inside of what. Whatever the areas are, how many and how they lie, that is one
-/// pass.
+/// pass. Of straight borders only the segments that have others near them are noded: what lies between is one edge.
 class AreaOverlay {
 public:
     /// A corner of a ring of the result, and the arc that begins there.
@@ -62,8 +64,10 @@ public:
     [[nodiscard]] bool Add(const std::vector<Ring>& outlines, std::uint32_t layer);
     bool HasArcs() const { return hasArcs; }
 
-    /// To be called once, after the last area. @return false also where there are arcs and a coordinate beyond 1e70
-    [[nodiscard]] bool Run();
+    /// To be called once, after the last area.
+    /// @param hasStretches  whether stretches will be read off: then every element stands for itself
+    /// @return false also where there are arcs and a coordinate beyond 1e70
+    [[nodiscard]] bool Run(bool hasStretches = false);
 
     /// From now on bounded faces no wider than two tolerances count as inside (outside), where snapping may have opened
     /// them.
@@ -86,8 +90,23 @@ private:
         bool isHole;
     };
     struct Loop {
-        std::uint32_t firstPiece;
-        std::uint32_t endPiece;
+        std::uint32_t first;  // of its elements; until they are listed, of its vertices
+        std::uint32_t end;
+        std::uint32_t ring;
+    };
+    // A part of a loop that has nothing near it, as one edge: it joins two nodes by the vertices from one up to
+    // another.
+    struct Chain {
+        std::uint32_t from;  // vertices of the noding
+        std::uint32_t to;
+        std::uint32_t first;
+        std::uint32_t end;
+        std::uint32_t leftmost;  // lowest of those; `none` where there are none
+        std::uint32_t ring;
+    };
+    struct Leftmost {
+        std::size_t place;     // in a loop of half-edges
+        std::uint32_t vertex;  // on the chain there; `none`: the node
     };
     struct Member {
         std::uint32_t layer;
@@ -110,20 +129,33 @@ private:
     bool GoTo(const PlanePoint& p, const BorderSource& source);
     bool GoAlong(const PlanePoint& start, const PlanePoint& center, double sweep);
     void EndLoop();
+    void ListElements();
     void SortLoops();
+    void ListNear(const std::vector<char>& isNear);
+    void JoinLoop(Loop loop, const std::vector<char>& isNear);
+    bool MakeNodes();
+    bool HaveStayed(const std::vector<BorderPiece>& given) const;
     void MergePieces();
+    void MakeFaces();
     bool IsIdle(std::size_t from, std::size_t to) const;
     template <class Visit>
     void WalkFaces(Visit&& visit);
     void Cross(std::uint32_t half);
     bool IsKept(std::uint32_t face, bool isKept) const;
     double DoubleAreaBeside(std::uint32_t half) const;
+    const Chain* ChainOf(std::uint32_t half) const {
+        return half / 2 < firstChainEdge ? nullptr : &chains[half / 2 - firstChainEdge];
+    }
+    template <class Visit>
+    void ForEachBetween(std::uint32_t half, Visit&& visit) const;
     void Turn(Member& member, bool wasInside);
 
     std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
     void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders);
     bool IsBorder(std::uint32_t half) const;
     Ring MakeRing(std::vector<std::uint32_t>& loop) const;
+    const PlanePoint& VertexAfter(std::uint32_t half) const;
+    Leftmost LeftmostOf(const std::vector<std::uint32_t>& loop) const;
     bool IsOuter(const std::vector<std::uint32_t>& loop) const;
     Corner CornerOf(const std::vector<std::uint32_t>& ways) const;
     static std::uint32_t WayOf(const Passage& passage, std::uint32_t half);
@@ -137,7 +169,8 @@ private:
     Thin thin = Thin::AsIs;
     Fill fill;
     bool hasArcs = false;
-    std::vector<PlanePoint> vertices;
+    bool areListed = false;            // elements, by `border` and `sources`; else each vertex begins a segment
+    std::vector<PlanePoint> vertices;  // until elements are listed, loops are closed by their first one
     std::vector<BorderPiece> border;
     std::vector<BorderSource> sources;
     std::vector<BorderRing> rings;
@@ -145,8 +178,13 @@ private:
     std::vector<Member> members;
     std::array<std::uint32_t, 2> memberCount{};
 
+    std::vector<char> isLoopEnd;  // of each vertex
+    std::optional<BoxHierarchy<LoopSegments>> segments;
+    std::vector<PlanePoint> places;  // of the vertices that are noded
+    std::vector<Chain> chains;
     std::optional<BorderNoding> noding;
-    std::vector<PlanarFaces::Edge> edges;
+    std::vector<PlanarFaces::Edge> edges;  // those of the chains come last
+    std::size_t firstChainEdge = 0;
     std::vector<std::uint32_t> edgeOfPiece;
     std::vector<std::uint32_t> firstRun;  // of each edge, in `runs`
     std::vector<Passage> runs;

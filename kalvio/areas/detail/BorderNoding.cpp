@@ -22,32 +22,29 @@ constexpr std::size_t mostRounds = 10000;       // far more than ever seen
 constexpr std::size_t fewPoints = 16;           // sorted sooner than put in cells
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
 
-double LargestCoordinate(const std::vector<PlanePoint>& points) {
-    double largest = 0.0;
-    for (const PlanePoint& p : points) largest = std::max({largest, std::abs(p.x), std::abs(p.y)});
-    return largest;
-}
-
 }  // namespace
 
 BorderNoding::BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<BorderPiece> border,
-                           const std::vector<BorderSource>& borderSources, double tolerance)
+                           const std::vector<BorderSource>& borderSources, double tolerance, double largest)
     : sources(borderSources),
-      kept(std::max({std::abs(tolerance), numericalZero,
-                     roundings * std::numeric_limits<double>::epsilon() * LargestCoordinate(vertices)})),
+      kept(ToleranceFor(tolerance, largest)),
       reach(reachOverTolerance * kept),
       distinct(distinctOverTolerance * kept) {
-    const std::vector<std::uint32_t> nodeOf = FindOrAddNodes(vertices);
+    nodeOfVertex = FindOrAddNodes(vertices);
     pieces = std::move(border);
     for (BorderPiece& piece : pieces) {
-        piece.from = nodeOf[piece.from];
-        piece.to = nodeOf[piece.to];
+        piece.from = nodeOfVertex[piece.from];
+        piece.to = nodeOfVertex[piece.to];
     }
     std::erase_if(pieces, [](const BorderPiece& piece) { return piece.from == piece.to; });
-    isCoarse = kept >= manyRoundings * std::numeric_limits<double>::epsilon() * LargestCoordinate(vertices);
+    isCoarse = kept >= manyRoundings * std::numeric_limits<double>::epsilon() * largest;
     hasArcs = std::any_of(sources.begin(), sources.end(), [](const BorderSource& source) { return source.sense != 0; });
     isFresh.assign(pieces.size(), 1);
     freshCount = pieces.size();
+}
+
+double BorderNoding::ToleranceFor(double tolerance, double largest) {
+    return std::max({std::abs(tolerance), numericalZero, roundings * std::numeric_limits<double>::epsilon() * largest});
 }
 
 BorderNoding::Spot BorderNoding::SpotOf(const PlanePoint& p, std::uint32_t index) const {

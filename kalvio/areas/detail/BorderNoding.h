@@ -56,14 +56,20 @@ public:
     static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
     /// Coordinates are finite.
-    /// @param tolerance  raised to the rounding of the coordinates where that is more
+    /// @param tolerance  raised as in `ToleranceFor`
+    /// @param largest    coordinate of all borders
     BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<BorderPiece> border,
-                 const std::vector<BorderSource>& borderSources, double tolerance);
+                 const std::vector<BorderSource>& borderSources, double tolerance, double largest);
+
+    /// The tolerance, raised to the rounding of the coordinates where that is more.
+    static double ToleranceFor(double tolerance, double largest);
 
     /// @return false when the rounds have not ended: nothing of the result may be used
     [[nodiscard]] bool Run();
 
     const std::vector<PlanePoint>& GetNodes() const { return nodes; }
+    /// The node that a vertex has become.
+    std::uint32_t NodeOf(std::uint32_t vertex) const { return nodeOfVertex[vertex]; }
     const std::vector<BorderPiece>& GetPieces() const { return pieces; }
     /// Boxes over the pieces, after a run.
     const ExtentBoxes& GetBoxes() {
@@ -143,6 +149,7 @@ private:
     double reach;     // of rule 2
     double distinct;  // of rule 1
     std::vector<PlanePoint> nodes;
+    std::vector<std::uint32_t> nodeOfVertex;
     std::vector<std::uint32_t> batches;  // where the nodes end that were added together
     PointGrid grid;                      // over the first nodes
     std::size_t inGrid = 0;

@@ -11,12 +11,12 @@ bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x ||
 
 }  // namespace
 
-PlanarFaces::PlanarFaces(BorderNoding& noding, const std::vector<Edge>& graphEdges,
-                         const std::vector<std::uint32_t>& edgeOfPiece)
-    : nodes(noding.GetNodes()), edges(graphEdges) {
+PlanarFaces::PlanarFaces(const std::vector<PlanePoint>& graphNodes, const std::vector<Edge>& graphEdges,
+                         const VisitSegments& forEachNear)
+    : nodes(graphNodes), edges(graphEdges) {
     LinkHalfEdges();
     FindCycles();
-    NestComponents(noding, edgeOfPiece);
+    NestComponents(forEachNear);
 }
 
 void PlanarFaces::LinkHalfEdges() {
@@ -71,7 +71,7 @@ std::uint32_t PlanarFaces::OuterHalfEdge(std::uint32_t leftmost) const {
     return outer;
 }
 
-void PlanarFaces::NestComponents(BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece) {
+void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
     // Cycles with an edge in common are of one component.
     std::vector<std::uint32_t> parent(start.size());
     for (std::uint32_t cycle = 0; cycle < parent.size(); ++cycle) parent[cycle] = cycle;
@@ -92,7 +92,7 @@ void PlanarFaces::NestComponents(BorderNoding& noding, const std::vector<std::ui
     faceOf.assign(start.size(), none);
     std::vector<std::pair<std::uint32_t, std::uint32_t>> outside;  // the outer cycle of a component, a cycle around it
     for (const std::uint32_t node : leftmost) {
-        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(node, noding, edgeOfPiece);
+        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(node, forEachNear);
         outside.emplace_back(cycleOf[OuterHalfEdge(node)], left == none ? none : cycleOf[left]);
         faceOf[outside.back().first] = 0;
     }
@@ -111,8 +111,7 @@ void PlanarFaces::NestComponents(BorderNoding& noding, const std::vector<std::ui
 }
 
 // The half-edge with the node in its face that is the nearest one to the left, a little above the level of the node.
-std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, BorderNoding& noding,
-                                      const std::vector<std::uint32_t>& edgeOfPiece) const {
+std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, const VisitSegments& forEachNear) const {
     const PlanePoint& p = nodes[node];
     std::uint32_t nearest = none;
     PlanePoint low;
@@ -121,23 +120,20 @@ std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, BorderNoding& noding,
     ray.minX = -std::numeric_limits<double>::infinity();
     ray.maxX = p.x;
     ray.minY = ray.maxY = p.y;
-    noding.GetBoxes().ForEachNear(ray, 0.0, [&](std::size_t piece) {
-        const std::uint32_t edge = edgeOfPiece[piece];
-        if (edge == none) return false;
-        const bool isUp = nodes[edges[edge].low].y < nodes[edges[edge].high].y;
-        const PlanePoint& a = nodes[isUp ? edges[edge].low : edges[edge].high];
-        const PlanePoint& b = nodes[isUp ? edges[edge].high : edges[edge].low];
-        if (!(a.y <= p.y && b.y > p.y) || !(ExactTurn(a, b, p) < 0.0)) return false;
+    forEachNear(ray, [&](std::uint32_t half, const PlanePoint& from, const PlanePoint& to) {
+        const bool isUp = from.y < to.y;
+        const PlanePoint& a = isUp ? from : to;
+        const PlanePoint& b = isUp ? to : from;
+        if (!(a.y <= p.y && b.y > p.y) || !(ExactTurn(a, b, p) < 0.0)) return;
         if (nearest != none) {
             // Edges do not cross: an end of one that lies beside the other tells which is farther right.
             double side = a.y >= low.y ? -ExactTurn(low, high, a) : ExactTurn(a, b, low);
             if (side == 0.0) side = b.y <= high.y ? -ExactTurn(low, high, b) : ExactTurn(a, b, high);
-            if (!(side > 0.0)) return false;
+            if (!(side > 0.0)) return;
         }
-        nearest = isUp ? 2 * edge + 1 : 2 * edge;  // downward: its left is where the node lies
+        nearest = isUp ? Twin(half) : half;  // downward: its left is where the node lies
         low = a;
         high = b;
-        return false;
     });
     return nearest;
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -21,9 +22,16 @@ public:
         std::uint32_t high;
     };
 
-    /// @param edgeOfPiece  of each piece of the noding, whose boxes serve to find what lies left of a component
-    PlanarFaces(BorderNoding& noding, const std::vector<Edge>& graphEdges,
-                const std::vector<std::uint32_t>& edgeOfPiece);
+    /// Gets the half-edge that runs along a segment, and its ends.
+    using VisitSegment = std::function<void(std::uint32_t half, const PlanePoint& from, const PlanePoint& to)>;
+    /// Visits the segments of edges whose boxes meet an extent.
+    using VisitSegments = std::function<void(const Extent& extent, const VisitSegment& visit)>;
+
+    /// Edges lead straight from node to node, but where no more than two meet they may take any way on which they meet
+    /// no other and come no farther left than the leftmost node of their component.
+    /// @param forEachNear  serves to find what lies left of a component
+    PlanarFaces(const std::vector<PlanePoint>& graphNodes, const std::vector<Edge>& graphEdges,
+                const VisitSegments& forEachNear);
 
     std::uint32_t GetHalfEdgeCount() const { return static_cast<std::uint32_t>(2 * edges.size()); }
     static std::uint32_t Twin(std::uint32_t half) { return half ^ 1U; }
@@ -60,9 +68,8 @@ public:
 private:
     void LinkHalfEdges();
     void FindCycles();
-    void NestComponents(BorderNoding& noding, const std::vector<std::uint32_t>& edgeOfPiece);
-    std::uint32_t FindLeftOf(std::uint32_t node, BorderNoding& noding,
-                             const std::vector<std::uint32_t>& edgeOfPiece) const;
+    void NestComponents(const VisitSegments& forEachNear);
+    std::uint32_t FindLeftOf(std::uint32_t node, const VisitSegments& forEachNear) const;
     std::uint32_t OuterHalfEdge(std::uint32_t leftmost) const;
 
     const std::vector<PlanePoint>& nodes;
