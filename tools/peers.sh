@@ -56,6 +56,7 @@ clothoid, one of many samples; a hand-written loop|0.67|100|curves/curves_benchm
 common area of two coasts|3|100 1000 10000 100000|areas/areas_benchmarks:BM_ShoresIntersection/vertices:%|peers/geos_chain_peers:BM_GeosShoresIntersection/vertices:% peers/clipper_peers:BM_ClipperShoresIntersection/vertices:% peers/boost_polygon_peers:BM_BoostShoresIntersection/vertices:%
 common area of two combs, teeth|3|30 300|areas/areas_benchmarks:BM_CombsIntersection/teeth:%|peers/geos_chain_peers:BM_GeosCombsIntersection/teeth:% peers/clipper_peers:BM_ClipperCombsIntersection/teeth:% peers/boost_polygon_peers:BM_BoostCombsIntersection/teeth:%
 union of parcels, to a side|3|10 100|areas/areas_benchmarks:BM_ParcelsUnion/side:%|peers/geos_chain_peers:BM_GeosParcelsUnion/side:%
+union of discs|20|100 1000|areas/areas_benchmarks:BM_DiscsUnion/discs:%|peers/cgal_peers:BM_CgalDiscsUnion/discs:%
 buffer of a coast, 20 m|3|1000 10000|areas/areas_benchmarks:BM_ShoreBuffer/vertices:%/distance:20|peers/geos_chain_peers:BM_GeosShoreBuffer/vertices:%/distance:20
 triangulation of spread points|1.3|10000 100000 1000000|peers/cgal_peers:BM_BuildSurface<false>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<false>/points:%
 the same with breaklines|1.3|10000 1000000|peers/cgal_peers:BM_BuildSurface<true>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<true>/points:%

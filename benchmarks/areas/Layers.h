@@ -3,6 +3,7 @@
 #include "polygons/Rings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <utility>
@@ -47,6 +48,23 @@ inline std::vector<PlainRing> Parcels(std::int64_t side) {
     }
     std::shuffle(parcels.begin(), parcels.end(), random);
     return parcels;
+}
+
+/// A disc.
+struct PlainDisc {
+    double x;
+    double y;
+    double radius;
+};
+
+/// Discs strewn over a square, each over some six others.
+inline std::vector<PlainDisc> Discs(std::int64_t count) {
+    std::mt19937_64 random(20240601);
+    std::uniform_real_distribution<double> place(0.0, std::sqrt(static_cast<double>(count)));
+    std::uniform_real_distribution<double> radius(0.5, 0.9);
+    std::vector<PlainDisc> discs;
+    for (std::int64_t i = 0; i < count; ++i) discs.push_back({place(random), place(random), radius(random)});
+    return discs;
 }
 
 }  // namespace Kalvio::Math

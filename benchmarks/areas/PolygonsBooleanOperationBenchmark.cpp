@@ -2,7 +2,13 @@
 
 #include "areas/Layers.h"
 
+#include "kalvio/core/Angle.h"
+#include "kalvio/curves/Arc2D.h"
+
 #include <benchmark/benchmark.h>
+
+#include <memory>
+#include <numbers>
 
 namespace Kalvio::Math {
 namespace {
@@ -40,6 +46,22 @@ void BM_ParcelsUnion(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(PolygonsBooleanOperation::Union(parcels, united, tolerances));
 }
 BENCHMARK(BM_ParcelsUnion)->ArgName("side")->Arg(10)->Arg(100);
+
+void BM_DiscsUnion(benchmark::State& state) {
+    std::vector<PolygonCurve2D> discs;
+    for (const PlainDisc& disc : Discs(state.range(0))) {
+        const Point2D center(disc.x, disc.y);
+        RingCurve2D ring;
+        for (const double side : {disc.radius, -disc.radius}) {
+            auto half = std::make_unique<Arc2D>(Point2D(disc.x + side, disc.y), center, Angle(std::numbers::pi));
+            if (ring.AppendElement(half.get())) (void)half.release();
+        }
+        discs.emplace_back(ring);
+    }
+    std::vector<PolygonCurve2D> united;
+    for (auto _ : state) benchmark::DoNotOptimize(PolygonsBooleanOperation::Union(discs, united, tolerances));
+}
+BENCHMARK(BM_DiscsUnion)->ArgName("discs")->Arg(100)->Arg(1000);
 
 }  // namespace
 }  // namespace Kalvio::Math
