@@ -148,8 +148,7 @@ public:
     /// 1e-9. Where curves keep their distance for long, a tenth of the tolerance takes three times as long: 0.1 s for
     /// 1 km of radius 300 and 1e-6.
     /// @return false, `approach` untouched, where one of them has no heights, for a tolerance not positive and finite,
-    /// and
-    ///         where it would take more than 2e7 pairs of pieces
+    ///         and where it would take more than 2e7 pairs of pieces
     [[nodiscard]] bool GetNearestApproach(const Alignment& other, double tolerance, Approach& approach) const;
 
 private:
