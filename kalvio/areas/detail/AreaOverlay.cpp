@@ -255,8 +255,13 @@ bool AreaOverlay::Run(bool hasStretches) {
 // one than that. About a common vertex this holds as a wedge that is so wide at both ends of its sides is this narrow
 // only near its tip.
 bool AreaOverlay::MakeNodes() {
-    double largest = 0.0;
-    for (const PlanePoint& p : vertices) largest = std::max({largest, std::abs(p.x), std::abs(p.y)});
+    double largestX = 0.0;
+    double largestY = 0.0;
+    for (const PlanePoint& p : vertices) {
+        largestX = std::max(largestX, std::abs(p.x));
+        largestY = std::max(largestY, std::abs(p.y));
+    }
+    const double largest = std::max(largestX, largestY);
     if (areListed) {
         noding.emplace(vertices, std::move(border), sources, tolerance, largest);
         return noding->Run();
@@ -265,18 +270,17 @@ bool AreaOverlay::MakeNodes() {
     for (const Loop& loop : loops) {
         if (loop.end > loop.first) isLoopEnd[loop.end] = 1;
     }
-    const std::vector<char> all(vertices.size(), 1);
     if (vertices.size() < longLoop * loops.size()) {
-        ListNear(all);
+        ListNear(std::vector<char>(vertices.size(), 1));
     } else {
-        segments.emplace(vertices, isLoopEnd);
-        ListNear(LoopSegments::FindNear(*segments, clearance * BorderNoding::ToleranceFor(tolerance, largest)));
+        stretchBoxes.emplace(vertices, isLoopEnd);
+        ListNear(LoopSegments::FindNear(*stretchBoxes, clearance * BorderNoding::ToleranceFor(tolerance, largest)));
     }
     const std::vector<BorderPiece> given = chains.empty() ? std::vector<BorderPiece>() : border;
     noding.emplace(places, std::move(border), sources, tolerance, largest);
     if (noding->Run() && HaveStayed(given)) return true;
     if (chains.empty()) return false;
-    ListNear(all);
+    ListNear(std::vector<char>(vertices.size(), 1));
     noding.emplace(places, std::move(border), sources, tolerance, largest);
     return noding->Run();
 }
@@ -406,13 +410,16 @@ void AreaOverlay::MakeFaces() {
             return false;
         });
         if (chains.empty()) return;
-        segments->ForEachNear(extent, 0.0, [&](std::size_t segment) {
+        const auto visitSegment = [&](std::size_t segment) {
             const auto after = std::upper_bound(chains.begin(), chains.end(), segment,
                                                 [](std::size_t k, const Chain& chain) { return k < chain.end; });
-            if (after == chains.end() || segment + 1 < after->first) return false;
+            if (after == chains.end() || segment + 1 < after->first) return;
             const auto edge =
                 static_cast<std::uint32_t>(firstChainEdge + static_cast<std::size_t>(after - chains.begin()));
             visit(2 * edge, vertices[segment], vertices[segment + 1]);
+        };
+        stretchBoxes->ForEachNear(extent, 0.0, [&](std::size_t stretch) {
+            stretchBoxes->ForEachOf(stretch, visitSegment);
             return false;
         });
     };
@@ -758,7 +765,13 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
     }
     if (start < loop.size()) std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(start), loop.end());
 
+    std::size_t most = loop.size();
+    for (const std::uint32_t half : loop) {
+        const Chain* chain = ChainOf(half);
+        if (chain != nullptr) most += chain->end - chain->first;
+    }
     Ring ring;
+    ring.reserve(most);
     std::vector<char> isKept(loop.size(), 0);
     for (std::size_t from = 0, to = 0; from < loop.size(); from = to) {
         waysOf(loop[from]);

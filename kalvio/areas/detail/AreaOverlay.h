@@ -179,7 +179,7 @@ private:
     std::array<std::uint32_t, 2> memberCount{};
 
     std::vector<char> isLoopEnd;  // of each vertex
-    std::optional<BoxHierarchy<LoopSegments>> segments;
+    std::optional<BoxHierarchy<LoopSegments>> stretchBoxes;
     std::vector<PlanePoint> places;  // of the vertices that are noded
     std::vector<Chain> chains;
     std::optional<BorderNoding> noding;

@@ -6,8 +6,32 @@
 
 namespace Kalvio::Math::detail {
 
-std::vector<char> LoopSegments::FindNear(const BoxHierarchy<LoopSegments>& segments, double distance) {
-    const std::size_t count = segments.GetCount();
+LoopSegments::LoopSegments(const std::vector<PlanePoint>& loopPoints, const std::vector<char>& areEnds)
+    : points(loopPoints), isEnd(areEnds) {
+    constexpr std::size_t longest = 32;
+    constexpr unsigned int right = 1, left = 2, up = 4, down = 8;
+    const auto areOpposite = [](unsigned int sides) {
+        return (sides & (left | right)) == (left | right) || (sides & (up | down)) == (up | down);
+    };
+    unsigned int sides = 0;
+    bool isFirst = true;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        unsigned int own = 0;
+        if (isEnd[i] == 0) {
+            own = (points[i].x < points[i + 1].x ? right : 0U) | (points[i].x > points[i + 1].x ? left : 0U) |
+                  (points[i].y < points[i + 1].y ? up : 0U) | (points[i].y > points[i + 1].y ? down : 0U);
+        }
+        sides |= own;
+        if (isFirst || isEnd[i] != 0 || areOpposite(sides) || i - starts.back() == longest) {
+            starts.push_back(static_cast<std::uint32_t>(i));
+            sides = own;
+        }
+        isFirst = isEnd[i] != 0;
+    }
+}
+
+std::vector<char> LoopSegments::FindNear(const BoxHierarchy<LoopSegments>& stretches, double distance) {
+    const std::size_t count = stretches.points.size();
     std::vector<char> isNear(count, 0);
     std::size_t nearCount = 0;
     const auto note = [&](std::size_t i, std::size_t j) {
@@ -17,12 +41,24 @@ std::vector<char> LoopSegments::FindNear(const BoxHierarchy<LoopSegments>& segme
     };
     bool areMany = false;
     for (std::size_t i = 0; i + 2 < count && !areMany; ++i) {
-        if (segments.isEnd[i] == 0 && segments.isEnd[i + 1] == 0 && !segments.LeadsAway(i, distance)) {
+        if (stretches.isEnd[i] == 0 && stretches.isEnd[i + 1] == 0 && !stretches.LeadsAway(i, distance)) {
             areMany = note(i, i + 1);
         }
     }
-    areMany = areMany || segments.ForEachPair(distance, [&](std::size_t i, std::size_t j) {
-        return j != i + 1 && !segments.AreApart(i, j, distance) && note(i, j);
+    areMany = areMany || stretches.ForEachPair(distance, [&](std::size_t first, std::size_t second) {
+        const Extent place = stretches.GetExtent(second).Widened(distance);
+        bool isFull = false;
+        stretches.ForEachOf(first, [&](std::size_t i) {
+            const Extent own = stretches.SegmentExtent(i);
+            if (!place.Meets(own)) return;
+            const Extent around = own.Widened(distance);
+            stretches.ForEachOf(second, [&](std::size_t j) {
+                if (j == i + 1 || !around.Meets(stretches.SegmentExtent(j)) || stretches.AreApart(i, j, distance))
+                    return;
+                isFull = note(i, j);
+            });
+        });
+        return isFull;
     });
     if (areMany) isNear.assign(count, 1);
     return isNear;
