@@ -1,9 +1,6 @@
 #pragma once
 
-#include "kalvio/SpatialIndexes/ISpatialIndex.h"
-#include "kalvio/SpatialIndexes/ISpatialIndexData.h"
-#include "kalvio/SpatialIndexes/ISpatialIndexVisit.h"
-#include "kalvio/core/BoundingBoxND.h"
+#include "kalvio/Math.h"
 
 #include <algorithm>
 #include <cmath>

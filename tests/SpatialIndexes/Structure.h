@@ -1,12 +1,5 @@
 #pragma once
 
-#include "kalvio/SpatialIndexes/QuadTree.h"
-#include "kalvio/SpatialIndexes/QuadTreeNode.h"
-#include "kalvio/SpatialIndexes/RStarTree.h"
-#include "kalvio/SpatialIndexes/RStarTreeNode.h"
-#include "kalvio/SpatialIndexes/RTree.h"
-#include "kalvio/SpatialIndexes/RTreeNode.h"
-
 #include "SpatialIndexes/Items.h"
 #include "fuzz/Bytes.h"
 

@@ -1,9 +1,4 @@
-#include "kalvio/alignments/AlignmentDesign.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Circle2D.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Polyline2D.h"
-
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {

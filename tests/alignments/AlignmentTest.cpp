@@ -1,12 +1,4 @@
-#include "kalvio/alignments/Alignment.h"
-#include "kalvio/alignments/CrossSections.h"
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/meshes/TinSurfacePatch3D.h"
-#include "kalvio/polygons/LineString3D.h"
-
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "kalvio/polygons/PolygonCurve2D.h"
-#include "kalvio/queries/Distance.h"
 #include "support/RandomCurves.h"
 #include "support/Rings.h"
 

@@ -1,8 +1,4 @@
-#include "kalvio/areas/GeometryClipper.h"
-
 #include "areas/Areas.h"
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/meshes/IndexedTriangleSet3D.h"
 
 namespace Kalvio::Math {
 namespace {

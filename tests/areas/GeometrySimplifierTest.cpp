@@ -1,9 +1,3 @@
-#include "kalvio/areas/GeometrySimplifier.h"
-
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/queries/Projection.h"
-
 #include "areas/Areas.h"
 
 namespace Kalvio::Math {

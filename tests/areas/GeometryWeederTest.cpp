@@ -1,7 +1,4 @@
-#include "kalvio/areas/GeometryWeeder.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
-
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 namespace Kalvio::Math {

@@ -1,5 +1,3 @@
-#include "kalvio/areas/Offset.h"
-
 #include "areas/Areas.h"
 
 namespace Kalvio::Math {

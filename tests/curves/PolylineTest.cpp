@@ -476,6 +476,9 @@ TEST(PolylineTest, RemovedRunsAreBridged) {
     chain.RemoveElements({0}, false);
     EXPECT_EQ(chain.GetNrOfElements(), 2U);
     EXPECT_EQ(released->GetStart(), Point2D(0, 0)) << "still alive, and ours";
+    chain = ChainOf(Line(0, 0, 1, 0), Line(1, 0, 2, 1), Arc2D(Point2D(2, 1), Point2D(2, 5), Angle(1.0)));
+    chain.RemoveElements({1}, true);
+    EXPECT_TRUE(chain.GetElementAtIndex(0).IsEqualTo(Line(0, 0, 2, 1), 1e-12)) << "an arc stays where it is";
 }
 
 TEST(PolylineTest, AppendingJoinsElements) {

@@ -1,6 +1,3 @@
-#include "kalvio/core/Angle.h"
-#include "kalvio/meshes/GridSurface.h"
-#include "kalvio/meshes/TinSurfacePatch3D.h"
 #include "meshes/Meshes.h"
 
 namespace Kalvio::Math {

@@ -1,4 +1,3 @@
-#include "kalvio/meshes/IndexedTriangleSet2D.h"
 #include "meshes/Meshes.h"
 
 namespace Kalvio::Math {

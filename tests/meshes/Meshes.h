@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kalvio/meshes/IndexedTriangleSet3D.h"
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 #include <set>

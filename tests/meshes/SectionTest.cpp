@@ -1,5 +1,3 @@
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
 #include "meshes/Meshes.h"
 
 namespace Kalvio::Math {

@@ -1,7 +1,3 @@
-#include "kalvio/meshes/IndexedTriangleSet2D.h"
-#include "kalvio/meshes/IndexedTriangleSet3DCleanUp.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
 #include "meshes/Meshes.h"
 
 namespace Kalvio::Math {

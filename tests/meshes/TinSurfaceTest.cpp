@@ -1,10 +1,3 @@
-#include "kalvio/core/Angle.h"
-#include "kalvio/core/Geometry.h"
-#include "kalvio/meshes/TinSurfacePatch3D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
-#include "kalvio/polygons/Polygon2D.h"
-#include "kalvio/queries/Intersection.h"
 #include "meshes/Meshes.h"
 #include "support/Concurrently.h"
 

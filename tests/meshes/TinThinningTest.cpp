@@ -1,6 +1,3 @@
-#include "kalvio/meshes/TinSurfacePatch3D.h"
-#include "kalvio/polygons/LineString2D.h"
-#include "kalvio/polygons/LineString3D.h"
 #include "meshes/Meshes.h"
 
 namespace Kalvio::Math {

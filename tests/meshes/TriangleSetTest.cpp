@@ -1,11 +1,3 @@
-#include "kalvio/core/BoundingBox2D.h"
-#include "kalvio/core/BoundingBox3D.h"
-#include "kalvio/core/Geometry.h"
-#include "kalvio/core/Matrix3D.h"
-#include "kalvio/meshes/IndexedFaceSet2D.h"
-#include "kalvio/meshes/IndexedFaceSet3D.h"
-#include "kalvio/meshes/IndexedTriangleSet2D.h"
-#include "kalvio/meshes/TriangleStrip3D.h"
 #include "meshes/Meshes.h"
 
 #include <ranges>

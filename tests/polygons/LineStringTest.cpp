@@ -294,7 +294,8 @@ TEST(LineStringTest, EditsByLengthAndDistance) {
     EXPECT_EQ(After(Along({2, 2, 2}), &String::RemoveClosingPoint, 0.5), Values());
     EXPECT_EQ(After(Along({0, 5, 0.5, 0.25, 0}), &String::RemoveClosingPoint, 0.5), (Values{0, 5, 0.5})) << "as far";
 
-    const std::pair<double, std::vector<std::uint64_t>> shorts[] = {{1.0, {9}}, {1.5, {9, 0, 2}}, {4.5, {9}}};
+    const std::pair<double, std::vector<std::uint64_t>> shorts[] = {
+        {1.0, {9}}, {1.5, {9, 0, 2}}, {4.0, {9, 0, 1, 2}}, {4.5, {9}}};
     for (const auto& [minLength, expected] : shorts) {
         std::vector<std::uint64_t> indexes{9};
         EXPECT_EQ(Along({0, 1, 3, 4}).FindShortElements(indexes, minLength), minLength > 1.0) << minLength;
@@ -309,13 +310,13 @@ TEST(LineStringTest, EditsByLengthAndDistance) {
 
 TEST(LineStringTest, BreaksKeepTheVerticesAndGiveWayToCutsNearThem) {
     const std::tuple<const char*, bool, Values, std::vector<Values>> rows[] = {
-        {"in place", true, {15, 25}, {{0, 10, 15}, {15, 20, 25}, {25, 30}}},
-        {"at a vertex", false, {20}, {{0, 10, 20}, {20, 30}}},
-        {"beside vertices", false, {9.875, 20.125}, {{0, 9.875}, {9.875, 20.125}, {20.125, 30}}},
+        {"in place", true, {15, 25}, {{0, 10, 15}, {15, 20, 25}, {25, 29.875, 30}}},
+        {"at a vertex", false, {20}, {{0, 10, 20}, {20, 29.875, 30}}},
+        {"beside vertices", false, {9.75, 20.25}, {{0, 9.75}, {9.75, 20.25}, {20.25, 29.875, 30}}},
         {"at the ends, and outside", false, {-1, 0.125, 30, 31}, {}},
     };
     for (const auto& [why, modifyThis, cuts, expected] : rows)
-        CheckBreaks(why, Along({0, 10, 20, 30}), cuts, modifyThis, expected);
+        CheckBreaks(why, Along({0, 10, 20, 29.875, 30}), cuts, modifyThis, expected);
 }
 
 TEST(LineStringTest, ExtendMeetsTheTargetStraightOnOrAtTheNearestPoint) {

@@ -1,12 +1,6 @@
 #pragma once
 
-#include "kalvio/curves/Arc2D.h"
-#include "kalvio/curves/Clothoid.h"
-#include "kalvio/curves/Line2D.h"
-#include "kalvio/curves/Parabola.h"
-#include "kalvio/curves/Polyline2D.h"
-#include "kalvio/curves/Spiral2D.h"
-#include "kalvio/polygons/LineString2D.h"
+#include "kalvio/Math.h"
 #include "support/Testing.h"
 
 #include <variant>
