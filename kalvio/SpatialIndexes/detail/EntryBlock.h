@@ -104,7 +104,8 @@ public:
         } else {
             Rough().SquaredDistances(from, count, distances.data());
         }
-        if (leafLevel) {
+        const bool isPicked = isExact && nearest.GetNrOpen() < count / 2;  // few of many: the nearest alone are put in
+        if (leafLevel && !isPicked) {
             std::uint64_t near = NotAbove(distances.data(), count, nearest.GetLimit());
             for (; near != 0; near &= near - 1) {
                 const auto i = static_cast<unsigned int>(std::countr_zero(near));
@@ -118,7 +119,11 @@ public:
             if (!(least <= nearest.GetLimit())) return;
             const auto i = static_cast<unsigned int>(std::countr_zero(NotAbove(distances.data(), count, least)));
             distances[i] = std::numeric_limits<double>::infinity();
-            Targets()[i].child->SearchNearest(from, nearest);
+            if (leafLevel) {
+                nearest.Take(least, Boxes().GetBounds(i), Targets()[i].item);
+            } else {
+                Targets()[i].child->SearchNearest(from, nearest);
+            }
         }
     }
     /// Calls `visit(box, item)` for every item below, left to right.
@@ -136,7 +141,7 @@ public:
 private:
     static constexpr std::size_t alignment = 64;  // a cache line; in plan each pair of boxes is one, too
     static constexpr std::size_t headSize = 16;
-    static constexpr std::size_t prefetchedLines = 4;  // the processor follows by itself from there
+    static constexpr std::size_t fetchedLines = 3;  // of boxes; the processor follows by itself from there
 
     EntryBlock(bool holdsItems, unsigned int axes, unsigned int room)
         : dimension(axes), capacity(room), leafLevel(holdsItems) {}
@@ -157,7 +162,7 @@ private:
         const EntryBlock* block;
         bool isInside;
     };
-    static constexpr std::size_t mostStepsAhead = 16;
+    static constexpr std::size_t mostStepsAhead = 32;
 
     /// Searches nodes of one level, left to right: all of them before those below, which are on their way to the
     /// processor meanwhile.
@@ -189,7 +194,7 @@ private:
             for (; on != 0; on &= on - 1) {
                 const auto i = static_cast<unsigned int>(std::countr_zero(on));
                 const bool isInside = (inside >> i & 1U) != 0;
-                block.PrefetchChild(i, isInside);
+                block.FetchChild(i, isInside);
                 if (nrBelow == below.size()) {
                     SearchLevel<isWindow>(below.data(), nrBelow, window, itemQuery, found);
                     nrBelow = 0;
@@ -218,15 +223,16 @@ private:
         return matches;
     }
     /// All blocks of a tree are laid out alike: what a search will read of the child is known without looking at it.
-    void PrefetchChild(unsigned int i, bool itemsOnly) const {
+    void FetchChild(unsigned int i, bool itemsOnly) const {
         const char* const child = reinterpret_cast<const char*>(Targets()[i].child);
-        Prefetch(child);
+        const std::size_t boxes = RoughAt(capacity) / alignment * alignment;
+        ReadAhead(child);
         if (itemsOnly) {
-            Prefetch(child + alignment);
+            for (std::size_t at = alignment; at < boxes; at += alignment) Prefetch(child + at);
             return;
         }
-        const std::size_t first = RoughAt(capacity) / alignment * alignment;
-        for (std::size_t line = 0; line < prefetchedLines - 1; ++line) Prefetch(child + first + line * alignment);
+        ReadAhead(child + boxes);
+        for (std::size_t line = 1; line < fetchedLines; ++line) Prefetch(child + boxes + line * alignment);
     }
 
     unsigned int count = 0;

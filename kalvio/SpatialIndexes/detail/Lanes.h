@@ -143,4 +143,8 @@ inline void Prefetch([[maybe_unused]] const void* address) {
 #endif
 }
 
+/// The same where the page, too, may not have been used for long: processors drop a prefetch then, but not a load. What
+/// does not depend on it goes on meanwhile.
+inline void ReadAhead(const void* address) { static_cast<void>(*static_cast<const volatile char*>(address)); }
+
 }  // namespace Kalvio::Math::SpatialIndexes::detail

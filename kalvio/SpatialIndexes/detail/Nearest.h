@@ -35,6 +35,7 @@ public:
 
     /// Whether there are as many as are wanted.
     bool IsFull() const { return count == most; }
+    std::uint64_t GetNrOpen() const { return most - count; }
 
     /// Takes an item, not farther than the limit, with its box.
     void Take(double squaredDistance, const BoxBounds& box, ISpatialIndexData* item) {
