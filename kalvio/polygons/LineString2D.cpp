@@ -9,6 +9,7 @@
 #include "kalvio/curves/Polyline2D.h"
 #include "kalvio/curves/detail/BreakElement.h"
 #include "kalvio/polygons/detail/LineCrossings.h"
+#include "kalvio/polygons/detail/QuietRuns.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
 #include "kalvio/polygons/detail/SmallestBox.h"
@@ -26,44 +27,80 @@ namespace {
 
 using detail::lengthOf;
 
-// The segments of a string that are looked at for crossings, with the lengths at its points before the reduction.
+// The segments of a string that are looked at for crossings. The string must stay as it is while this object is used.
 struct ReducedString {
-    ReducedString(const std::vector<Point2D>& original, double userTolerance)
-        : points(original), tolerance(std::max(std::abs(userTolerance), detail::numericalZero)) {
-        lengths.reserve(points.size());
-        double length = 0.0;
-        std::size_t next = 0;
-        detail::ReduceChain(points, tolerance, [&](std::size_t kept) {
-            for (; next < kept; ++next) length += original[next].Distance(original[next + 1]);
-            lengths.push_back(length);
-        });
-        isClosed = points.size() > 2 && points.front().IsEqualTo(points.back(), tolerance);
+    ReducedString(const std::vector<Point2D>& string, double userTolerance)
+        : tolerance(std::max(std::abs(userTolerance), detail::numericalZero)), original(string) {
+        if (IsReducible()) {
+            reduced = original;
+            detail::ReduceChain(reduced, tolerance, [this](std::size_t i) { kept.push_back(i); });
+        }
+        isClosed = Points().size() > 2 && Points().front().IsEqualTo(Points().back(), tolerance);
     }
 
-    double LengthAt(std::size_t segment, double parameter) const {
-        return lengths[segment] + (lengths[segment + 1] - lengths[segment]) * parameter;
+    const std::vector<Point2D>& Points() const { return reduced.empty() ? original : reduced; }
+
+    /// The lengths at the points, before the reduction.
+    std::vector<double> GetLengths() const {
+        std::vector<double> lengths;
+        lengths.reserve(Points().size());
+        double length = 0.0;
+        std::size_t next = 0;
+        for (std::size_t i = 0; i < Points().size(); ++i) {
+            const std::size_t place = reduced.empty() ? i : kept[i];
+            for (; next < place; ++next) length += original[next].Distance(original[next + 1]);
+            lengths.push_back(length);
+        }
+        return lengths;
     }
 
     /// Calls visit(i, j, contact) for the crossings of segments i < j until it returns true, and returns whether it
     /// did.
     template <class Visit>
     bool ForEachCrossing(Visit&& visit) const {
-        if (lengths.empty() || !std::isfinite(lengths.back())) return false;  // crossings are told by their lengths
+        const std::vector<Point2D>& points = Points();
+        if (points.size() < 3 || !IsMeasurable()) return false;  // crossings are told by their lengths
         const detail::SegmentBoxes boxes(points);
+        const detail::QuietRuns<detail::SegmentBoxes::runSize> quietRuns(points, tolerance);
         const std::size_t last = points.size() - 2;
-        return boxes.ForEachPair(tolerance, [&](std::size_t i, std::size_t j) {
-            if (j == i + 1 || (isClosed && i == 0 && j == last)) return false;
-            detail::SegmentContact contact;
-            return detail::FindContact(points[i], points[i + 1], points[j], points[j + 1], tolerance, contact) &&
-                   visit(i, j, contact);
-        });
+        return boxes.ForEachPair(
+            tolerance, [&quietRuns](std::size_t run) { return quietRuns[run]; },
+            [&](std::size_t i, std::size_t j) {
+                if (j == i + 1 || (isClosed && i == 0 && j == last)) return false;
+                detail::SegmentContact contact;
+                return detail::FindContact(points[i], points[i + 1], points[j], points[j + 1], tolerance, contact) &&
+                       visit(i, j, contact);
+            });
     }
 
-    std::vector<Point2D> points;
-    std::vector<double> lengths;
     double tolerance;
-    bool isClosed;
+    bool isClosed = false;
+
+private:
+    bool IsReducible() const {
+        bool isApart = true;
+        for (std::size_t i = 1; i < original.size(); ++i) {
+            isApart = isApart & !((original[i] - original[i - 1]).NormSquared() <= tolerance * tolerance);
+        }
+        const bool mayClose = original.size() > 3 && original.back().IsEqualTo(original.front(), tolerance);
+        return mayClose || !isApart;
+    }
+
+    bool IsMeasurable() const {
+        constexpr double large = 1e150;  // squares of less are finite
+        bool isBounded = true;
+        for (const Point2D& p : original) isBounded = isBounded & (std::abs(p.GetX()) + std::abs(p.GetY()) < large);
+        return isBounded || std::isfinite(GetLengths().back());
+    }
+
+    const std::vector<Point2D>& original;
+    std::vector<Point2D> reduced;   // empty when it is the original
+    std::vector<std::size_t> kept;  // of the original
 };
+
+double LengthAt(const std::vector<double>& lengths, std::size_t segment, double parameter) {
+    return lengths[segment] + (lengths[segment + 1] - lengths[segment]) * parameter;
+}
 
 }  // namespace
 
@@ -412,9 +449,10 @@ bool LineString2D::IsSelfCrossing(double tolerance) const {
 
 bool LineString2D::IsSelfCrossing(Point2D& crossing, double tolerance) const {
     const ReducedString reduced(points, tolerance);
+    const std::vector<double> lengths = reduced.GetLengths();
     double first = std::numeric_limits<double>::infinity();
     reduced.ForEachCrossing([&](std::size_t i, std::size_t, const detail::SegmentContact& contact) {
-        const double length = reduced.LengthAt(i, contact.onFirst);
+        const double length = LengthAt(lengths, i, contact.onFirst);
         if (length < first) {
             first = length;
             crossing = contact.point;
@@ -440,9 +478,10 @@ bool LineString2D::IsSelfCrossing(std::vector<std::pair<Point2D, double>>& cross
         double later;
     };
     const ReducedString reduced(points, tolerance);
+    const std::vector<double> lengths = reduced.GetLengths();
     std::vector<Crossing> found;
     reduced.ForEachCrossing([&](std::size_t i, std::size_t j, const detail::SegmentContact& contact) {
-        found.push_back({contact.point, reduced.LengthAt(i, contact.onFirst), reduced.LengthAt(j, contact.onSecond)});
+        found.push_back({contact.point, LengthAt(lengths, i, contact.onFirst), LengthAt(lengths, j, contact.onSecond)});
         return false;
     });
     std::sort(found.begin(), found.end(), [](const Crossing& a, const Crossing& b) {

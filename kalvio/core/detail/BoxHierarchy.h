@@ -70,6 +70,20 @@ struct RoundedBox {
         return value > large ? std::numeric_limits<float>::infinity() : rounded;
     }
 
+    /// At most the exact difference.
+    static float Below(float value, float distance) {
+        return value - (distance + (std::abs(value) + std::abs(distance)) * 0x1p-21F);
+    }
+    /// Wider by at least `distance` on every side.
+    RoundedBox Widened(float distance) const {
+        RoundedBox wider;
+        wider.minX = Below(minX, distance);
+        wider.minY = Below(minY, distance);
+        wider.maxX = -Below(-maxX, distance);
+        wider.maxY = -Below(-maxY, distance);
+        return wider;
+    }
+
     float minX, minY, maxX, maxY;
 };
 
@@ -90,6 +104,17 @@ struct alignas(64) RoundedBoxes {
         box.maxX = maxX[i];
         box.maxY = maxY[i];
         return box;
+    }
+    /// Wider by at least `distance` on every side.
+    RoundedBoxes Widened(float distance) const {
+        RoundedBoxes wider;
+        for (std::size_t i = 0; i < size; ++i) {
+            wider.minX[i] = RoundedBox::Below(minX[i], distance);
+            wider.minY[i] = RoundedBox::Below(minY[i], distance);
+            wider.maxX[i] = -RoundedBox::Below(-maxX[i], distance);
+            wider.maxY[i] = -RoundedBox::Below(-maxY[i], distance);
+        }
+        return wider;
     }
     /// Bit i tells whether box i meets the other, inclusive.
     unsigned int Meeting(const RoundedBox& box) const {
@@ -149,7 +174,15 @@ public:
     /// @return whether a visit returned true
     template <class Visit>
     bool ForEachPair(double tolerance, Visit&& visit) const {
-        return count > 0 && VisitWithin({Top(), 0}, Pairing(*this, *this, tolerance), visit);
+        return ForEachPair(
+            tolerance, [](std::size_t) { return false; }, visit);
+    }
+
+    /// The same without the pairs inside runs, and with the run behind them, of which `isQuiet(run)` tells that they
+    /// need no look: run r is the items from r * runSize.
+    template <class Quiet, class Visit>
+    bool ForEachPair(double tolerance, const Quiet& isQuiet, Visit&& visit) const {
+        return count > 0 && VisitWithin({Top(), 0}, Pairing(*this, *this, tolerance, isQuiet), visit);
     }
 
     /// The same for pairs of an item i of this and an item j of the other.
@@ -157,8 +190,9 @@ public:
     bool ForEachPair(const BoxHierarchy& other, double tolerance, Visit&& visit) const {
         if (count == 0 || other.count == 0) return false;
         const Node root{Top(), 0}, otherRoot{other.Top(), 0};
-        return VisitBetween(root, BoxOf(root), otherRoot, other.BoxOf(otherRoot), Pairing(*this, other, tolerance),
-                            visit);
+        const auto isQuiet = [](std::size_t) { return false; };
+        return VisitBetween(root, BoxOf(root), otherRoot, other.BoxOf(otherRoot),
+                            Pairing(*this, other, tolerance, isQuiet), visit);
     }
 
     /// Calls visit(i) for the items whose boxes come within `tolerance` of the extent, in ascending order.
@@ -185,8 +219,9 @@ public:
                (static_cast<double>(all.maxY) - static_cast<double>(all.minY));
     }
 
-private:
     static constexpr std::size_t runSize = 6;
+
+private:
     static constexpr std::size_t fanOut = RoundedBoxes::size;
 
     struct Node {
@@ -198,16 +233,20 @@ private:
         std::size_t to;
     };
     // How a search for pairs compares the boxes of two hierarchies, which have an origin each.
+    template <class Quiet>
     struct Pairing {
-        Pairing(const BoxHierarchy& one, const BoxHierarchy& another, double distance)
+        Pairing(const BoxHierarchy& one, const BoxHierarchy& another, double distance, const Quiet& quiet)
             : other(another),
+              isQuiet(quiet),
               tolerance(distance),
               shiftX(one.originX - another.originX),
               shiftY(one.originY - another.originY),
+              roundedReach(RoundedBox::AtLeast(distance)),
               reach(distance + 0x1p-50 * (std::abs(shiftX) + std::abs(shiftY) + std::abs(distance))) {}
 
         // A box of the first, widened, seen from the other; and with -1 the other way round.
         RoundedBox Widened(const RoundedBox& box, double direction = 1.0) const {
+            if (shiftX == 0.0 && shiftY == 0.0) return box.Widened(roundedReach);
             Extent extent;
             extent.minX = static_cast<double>(box.minX) + direction * shiftX - reach;
             extent.minY = static_cast<double>(box.minY) + direction * shiftY - reach;
@@ -216,9 +255,14 @@ private:
             return RoundedBox(extent);
         }
 
+        // Whether the runs i < j need no look.
+        bool AreQuiet(std::size_t i, std::size_t j) const { return j == i + 1 && isQuiet(i); }
+
         const BoxHierarchy& other;
+        const Quiet& isQuiet;
         double tolerance;
         double shiftX, shiftY;
+        float roundedReach;
         double reach;  // the tolerance, and what rounding may take from it
     };
 
@@ -310,18 +354,19 @@ private:
     };
 
     // Calls between(i, j), i < j, for the boxes of one node that meet, until it returns true.
-    template <class Between>
-    bool ForEachMeeting(const Node& node, const Pairing& pairing, Between&& between) const {
+    template <class Quiet, class Between>
+    bool ForEachMeeting(const Node& node, const Pairing<Quiet>& pairing, Between&& between) const {
+        const RoundedBoxes widened = BoxesOf(node).Widened(pairing.roundedReach);
         for (std::size_t i = 0; i + 1 < SizeOf(node); ++i) {
-            const unsigned int later = Meeting(node, pairing.Widened(BoxesOf(node).Get(i))) & ~((2U << i) - 1U);
+            const unsigned int later = Meeting(node, widened.Get(i)) & ~((2U << i) - 1U);
             if (ForEachBit(later, [&](std::size_t j) { return between(i, j); })) return true;
         }
         return false;
     }
 
     // All pairs inside one node.
-    template <class Visit>
-    bool VisitWithin(const Node& node, const Pairing& pairing, Visit& visit) const {
+    template <class Quiet, class Visit>
+    bool VisitWithin(const Node& node, const Pairing<Quiet>& pairing, Visit& visit) const {
         if (node.level == 0) return VisitWithinRuns(node, pairing, visit);
         for (std::size_t i = 0; i < SizeOf(node); ++i) {
             if (VisitWithin(Child(node, i), pairing, visit)) return true;
@@ -332,23 +377,32 @@ private:
         });
     }
 
-    template <class Visit>
-    bool VisitWithinRuns(const Node& node, const Pairing& pairing, Visit& visit) const {
+    template <class Quiet, class Visit>
+    bool VisitWithinRuns(const Node& node, const Pairing<Quiet>& pairing, Visit& visit) const {
+        bool areQuiet = true;
+        for (std::size_t i = 0; i < SizeOf(node); ++i) areQuiet = areQuiet && pairing.isQuiet(RunOf(node, i));
+        if (areQuiet) {
+            return ForEachMeeting(node, pairing, [&](std::size_t i, std::size_t j) {
+                return j > i + 1 &&
+                       Run(*this, RunOf(node, i)).VisitBetween(Run(*this, RunOf(node, j)), pairing.tolerance, visit);
+            });
+        }
         Run ofNode[fanOut];
         for (std::size_t i = 0; i < SizeOf(node); ++i) {
             ofNode[i] = Run(*this, RunOf(node, i));
-            if (ofNode[i].VisitWithin(pairing.tolerance, visit)) return true;
+            if (!pairing.isQuiet(RunOf(node, i)) && ofNode[i].VisitWithin(pairing.tolerance, visit)) return true;
         }
         return ForEachMeeting(node, pairing, [&](std::size_t i, std::size_t j) {
-            return ofNode[i].VisitBetween(ofNode[j], pairing.tolerance, visit);
+            return !pairing.AreQuiet(RunOf(node, i), RunOf(node, j)) &&
+                   ofNode[i].VisitBetween(ofNode[j], pairing.tolerance, visit);
         });
     }
 
     // All pairs of a node of this and a node of the other, given with the box around each; the higher one is opened
     // first.
-    template <class Visit>
+    template <class Quiet, class Visit>
     bool VisitBetween(const Node& node, const RoundedBox& box, const Node& otherNode, const RoundedBox& otherBox,
-                      const Pairing& pairing, Visit& visit) const {
+                      const Pairing<Quiet>& pairing, Visit& visit) const {
         const RoundedBoxes& boxes = BoxesOf(node);
         const RoundedBoxes& otherBoxes = pairing.other.BoxesOf(otherNode);
         if (node.level < otherNode.level) {
@@ -362,11 +416,13 @@ private:
             }
             const unsigned int met = pairing.other.Meeting(otherNode, pairing.Widened(boxes.Get(i)));
             return ForEachBit(met, [&](std::size_t j) {
-                return node.level > 0
-                           ? VisitBetween(Child(node, i), boxes.Get(i), Child(otherNode, j), otherBoxes.Get(j), pairing,
-                                          visit)
-                           : Run(*this, RunOf(node, i))
-                                 .VisitBetween(Run(pairing.other, RunOf(otherNode, j)), pairing.tolerance, visit);
+                if (node.level > 0) {
+                    return VisitBetween(Child(node, i), boxes.Get(i), Child(otherNode, j), otherBoxes.Get(j), pairing,
+                                        visit);
+                }
+                const std::size_t run = RunOf(node, i), otherRun = RunOf(otherNode, j);
+                return !pairing.AreQuiet(run, otherRun) &&
+                       Run(*this, run).VisitBetween(Run(pairing.other, otherRun), pairing.tolerance, visit);
             });
         });
     }
