@@ -19,15 +19,18 @@ using detail::AreaOverlay;
 
 bool IsInRange(double value) { return std::abs(value) <= detail::largestCoordinate; }
 
-bool TakePath(const LineString2D& chain, double, detail::ChainPath& path) { return detail::MakePath(chain, path); }
-bool TakePath(const Polyline2D& chain, double tolerance, detail::ChainPath& path) {
-    return detail::MakePath(chain, tolerance, path);
+bool TakePath(const LineString2D& chain, double, detail::ChainPath& path, detail::Transitions*) {
+    return detail::MakePath(chain, path);
+}
+bool TakePath(const Polyline2D& chain, double tolerance, detail::ChainPath& path, detail::Transitions* transitions) {
+    return detail::MakePath(chain, tolerance, path, transitions);
 }
 
 template <class ChainType>
-bool Prepare(const ChainType& chain, const detail::BufferOutline::Style& style, detail::ChainPath& path) {
+bool Prepare(const ChainType& chain, const detail::BufferOutline::Style& style, detail::ChainPath& path,
+             detail::Transitions* transitions = nullptr) {
     if (!IsInRange(style.distance) || !IsInRange(style.tolerance) || !(style.shape.mitreLimit > 0.0)) return false;
-    if (!TakePath(chain, style.tolerance, path)) return false;
+    if (!TakePath(chain, style.tolerance, path, transitions)) return false;
     return std::any_of(path.begin(), path.end(), [&](const AreaOverlay::Corner& corner) {
         return corner.sense != 0 ||
                std::hypot(corner.at.x - path[0].at.x, corner.at.y - path[0].at.y) > style.tolerance;
@@ -41,10 +44,12 @@ detail::BufferOutline::Style StyleOf(double distance, const Tolerances& toleranc
 template <class ChainType>
 bool MakeParallel(const ChainType& chain, const detail::BufferOutline::Style& style, Polyline2D& result) {
     detail::ChainPath path;
-    if (!Prepare(chain, style, path)) return false;
-    path = detail::BufferOutline(style).ParallelOf(path);
+    detail::Transitions transitions{style.distance, {}, {}};
+    if (!Prepare(chain, style, path, &transitions)) return false;
+    path = detail::BufferOutline(style).ParallelOf(path, transitions.bends);
     if (path.empty()) return false;
-    result = detail::ChainOf(path, style.tolerance);
+    const detail::FittedPath whole = detail::WithParallels(path, transitions);
+    result = detail::ChainOf(whole.path, style.tolerance, whole.clothoids);
     return true;
 }
 
@@ -100,15 +105,15 @@ bool Offset::Parallel(const Polyline2D& chain, const std::vector<Width>& widths,
     const double tolerance = std::abs(tolerances.UserTolerance());
     const auto isUsable = [](const Width& width) { return IsInRange(width.station) && IsInRange(width.distance); };
     const auto isBefore = [](const Width& a, const Width& b) { return a.station < b.station; };
-    detail::ChainPath path;
+    detail::FittedPath made;
     if (widths.empty() || !IsInRange(tolerance) || !std::all_of(widths.begin(), widths.end(), isUsable) ||
         !std::is_sorted(widths.begin(), widths.end(), isBefore) ||
-        !detail::MakeWidened(chain, widths, tolerance, path)) {
+        !detail::MakeWidened(chain, widths, tolerance, made)) {
         return false;
     }
-    Polyline2D made = detail::ChainOf(path, tolerance);
-    if (made.GetNrOfElements() == 0) return false;
-    result = std::move(made);
+    Polyline2D line = detail::ChainOf(made.path, tolerance, made.clothoids);
+    if (line.GetNrOfElements() == 0) return false;
+    result = std::move(line);
     return true;
 }
 

@@ -17,11 +17,12 @@ class Tolerances;
 ///       -----------> chain
 ///       -----------> distance > 0
 ///
-/// Lines and arcs have lines and arcs about the same centre; clothoids, spirals and parabolas are first replaced by
-/// arcs that join tangentially, within the user tolerance, and so do their parallels, but at cusps: elements no longer
-/// than the user tolerance are left out, with all that they turn. Corners that turn away are closed by a join: an arc,
-/// a mitre, or a segment where it would reach farther than the limit, in distances. A chain that ends within the user
-/// tolerance of its start is closed, and so is its parallel.
+/// Lines and arcs have lines and arcs about the same centre. The raw parallels of clothoids, spirals and parabolas are
+/// clothoids (with a line beside where the curvature is 0), or arcs where these reach farther, that join tangentially,
+/// each as long as the user tolerance allows; where they fold, and in trimmed parallels, they are arcs alone, which
+/// join tangentially but at cusps. Elements no longer than the user tolerance are left out, with all that they turn.
+/// Corners that turn away are closed by a join: an arc, a mitre, or a segment where it would reach farther than the
+/// limit, in distances. A chain that ends within the user tolerance of its start is closed, and so is its parallel.
 ///
 ///     Polyline2D edge;
 ///     if (Offset::Parallel(plan, 3.5, edge, tolerances)) value = edge.GetLength();
@@ -49,9 +50,9 @@ public:
     };
     /// The line at a distance that changes, linearly between the given stations, which ascend (two at one station are a
     /// step); before the first and after the last it is theirs. Lines stay lines, arcs at one distance arcs; all else
-    /// becomes arcs that join tangentially, within the user tolerance. Q = P + d n goes along (1 + d k) t + d' n (t, n:
-    /// tangent and normal to the right, k: curvature, positive to the left). Corners are closed as by `Parallel`, round
-    /// outside; a chain that ends where it starts is not closed.
+    /// becomes clothoids and arcs that join tangentially, within the user tolerance. Q = P + d n goes along (1 + d k) t
+    /// + d' n (t, n: tangent and normal to the right, k: curvature, positive to the left). Corners are closed as by
+    /// `Parallel`, round outside; a chain that ends where it starts is not closed.
     /// @return false, the result untouched, also where the line folds (1 + d k <= 0), without a width, and where
     ///         stations descend or numbers are not finite
     [[nodiscard]] static bool Parallel(const LineString2D& chain, const std::vector<Width>& widths, Polyline2D& result,

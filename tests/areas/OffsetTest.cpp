@@ -106,14 +106,41 @@ TEST(OffsetTest, TrimmedParallelsAreWhatTheDistanceLeaves) {
             });
             EXPECT_TRUE(isKept) << s;
         }
-        for (std::size_t k = 1; isSmooth && k < raw.size(); ++k) {
-            if (raw[k].GetType() != MathTypes::Arc2D || raw[k - 1].GetType() != MathTypes::Arc2D) continue;
-            const auto& ahead = static_cast<const Arc2D&>(raw[k]);
-            const auto& behind = static_cast<const Arc2D&>(raw[k - 1]);
-            if (std::min(ahead.GetRadius(), behind.GetRadius()) < 1.0) continue;  // beside a cusp
-            EXPECT_NEAR(behind.GetEndTangent().PerpDotProduct(ahead.GetStartTangent()), 0.0, 1e-4);
+    }
+}
+
+// A transition has a parallel of clothoids and arcs, far fewer of a clothoid than arcs alone, that has all points at
+// the distance and no corners.
+TEST(OffsetTest, TransitionsHaveParallelsOfClothoids) {
+    RandomNumbers random(20261124);
+    std::size_t clothoids = 0, arcs = 0;
+    for (int i = 0; i < 200; ++i) {
+        SCOPED_TRACE(i);
+        Polyline2D chain = ChainOf(ElementOf(RandomCurve(random, 2 + i % 3, surveyOrigins[i / 3 % 2])));
+        if (i % 4 < 2) chain.Reverse();
+        const double distance = random(-14, 14), tolerance = i % 2 == 0 ? 1e-3 : 1e-2;
+        Polyline2D made;
+        std::vector<Polyline2D> trimmed;
+        Polyline2D::PolylinePoint place, foot, next;
+        ASSERT_TRUE(Offset::Parallel(chain, distance, made, Tolerances(tolerance)));
+        ASSERT_TRUE(Offset::TrimmedParallel(chain, distance, trimmed, Tolerances(tolerance)));
+        for (double s = 0.05; s < chain.GetLength(); s += 0.7) {
+            ASSERT_TRUE(chain.MakePointAndTangentAt(s, place));
+            const Vec2D right(place.tangent.GetY(), -place.tangent.GetX());
+            ASSERT_TRUE(made.GetNearestPoint(place.point + right * distance, foot, kTolerances));
+            EXPECT_LT(foot.distance, tolerance) << s;
+        }
+        if (i % 3 == 0) clothoids += made.size();
+        for (const Polyline2D& part : trimmed) arcs += i % 3 == 0 ? part.size() : 0;
+        for (std::size_t k = 1; k < made.size(); ++k) {
+            const Polyline2D before = ChainOf(made[k - 1]);
+            ASSERT_TRUE(before.MakePointAndTangentAt(before.GetLength(), place));
+            ASSERT_TRUE(ChainOf(made[k]).MakePointAndTangentAt(0.0, next));
+            EXPECT_NEAR(place.tangent.PerpDotProduct(next.tangent), 0.0, i / 3 % 2 == 0 ? 1e-9 : 1e-7);
+            EXPECT_LT(place.point.Distance(next.point), 1e-9);
         }
     }
+    EXPECT_LT(3 * clothoids, arcs);
 }
 
 // Points beside the chain, by the table, lie on the line.

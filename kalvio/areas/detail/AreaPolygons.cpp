@@ -1,5 +1,6 @@
 #include "kalvio/areas/detail/AreaPolygons.h"
 
+#include "kalvio/areas/detail/ClothoidFit.h"
 #include "kalvio/curves/Arc2D.h"
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/polygons/Polygon2D.h"
@@ -106,19 +107,36 @@ std::vector<Polygon> MakePolygons(const std::vector<AreaOverlay::Area>& areas) {
 
 }  // namespace
 
-Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance) {
+Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance, std::span<const Bend> clothoids) {
     Polyline2D chain;
     Point2D start(path.front().at.x, path.front().at.y);
-    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+    bool isAfterClothoid = false;
+    for (std::size_t i = 0, next = 0; i + 1 < path.size(); ++i) {
         const Point2D end(path[i + 1].at.x, path[i + 1].at.y);
+        if (next < clothoids.size() && clothoids[next].corner == i) {
+            const Bend& bend = clothoids[next++];
+            auto fit = ClothoidFit::Find({end.GetX() - start.GetX(), end.GetY() - start.GetY()}, bend.from, bend.to);
+            if (!fit) fit = ClothoidFit::Find(path[i + 1].at - path[i].at, bend.from, bend.to);  // as it was found
+            fit->AppendTo(start, chain);
+            start = Point2D(chain.GetEnd());
+            isAfterClothoid = true;
+            continue;
+        }
         if (path[i].sense != 0) {
             auto arc = std::make_unique<Arc2D>(ArcBetween(start, path[i], end));
             start = Point2D(arc->GetEnd());
             chain.AppendElement(std::move(arc));
         } else if (start.Distance(end) > tolerance) {
-            chain.AppendElement(std::make_unique<Line2D>(start, end));
+            if (isAfterClothoid) {
+                ExtendByLine(start, end, chain);
+            } else {
+                chain.AppendElement(std::make_unique<Line2D>(start, end));
+            }
             start = end;
+        } else {
+            continue;
         }
+        isAfterClothoid = false;
     }
     return chain;
 }

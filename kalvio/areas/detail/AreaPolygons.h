@@ -1,8 +1,9 @@
 #pragma once
 
-#include "kalvio/areas/detail/AreaOverlay.h"
+#include "kalvio/areas/detail/ChainPath.h"
 #include "kalvio/curves/Polyline2D.h"
 
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math::detail {
@@ -16,6 +17,7 @@ template <>
 std::vector<PolygonCurve2D> PolygonsOf(const std::vector<AreaOverlay::Area>& areas);
 
 /// A chain of corners, the last without an arc, as lines and arcs. Lines no longer than the tolerance are left out.
-Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance);
+/// @param clothoids  elements that are, in the order of their corners
+Polyline2D ChainOf(const AreaOverlay::Ring& path, double tolerance, std::span<const Bend> clothoids = {});
 
 }  // namespace Kalvio::Math::detail

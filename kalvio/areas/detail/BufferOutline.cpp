@@ -115,13 +115,17 @@ bool BufferOutline::IsClosed(const Path& chain) const {
     return Square(chain.back().at - chain.front().at) <= style.tolerance * style.tolerance;
 }
 
-BufferOutline::Path BufferOutline::ParallelOf(const Path& chain) {
+BufferOutline::Path BufferOutline::ParallelOf(const Path& chain, std::span<Bend> given) {
     isBare = true;
+    bends = given;
     const bool isClosed = IsClosed(chain);
     Path path = chain;
     if (isClosed) path.pop_back();
-    Follow(WaysOf(path, isClosed), isClosed);
+    const std::vector<Way> ways = WaysOf(path, isClosed);
+    for (Bend& bend : bends) bend.corner = none;
+    Follow(ways, isClosed);
     isBare = false;
+    bends = {};
     if (loops.empty()) return {};
     Path parallel = std::move(loops.back());
     loops.pop_back();
@@ -203,8 +207,14 @@ std::vector<BufferOutline::Way> BufferOutline::WaysOf(const Path& path, bool isC
     ways.reserve(path.size());
     const std::size_t count = isClosed ? path.size() : path.size() - 1;
     PlanePoint from = path.front().at;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0, next = 0; i < count; ++i) {
         const PlanePoint to = path[(i + 1) % path.size()].at;
+        if (next < bends.size() && bends[next].corner == i) {
+            const Bend& bend = bends[next];
+            ways.push_back({path[i].at, to, bend.from, bend.to, {}, path[i].sense, false, 0.0, next++});
+            from = to;
+            continue;
+        }
         if (path[i].sense != 0) {
             AppendArc(ways, path[i], to);
             from = to;
@@ -287,6 +297,7 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
             const PlanePoint from = Beside(way.from, way.direction);
             const PlanePoint to = Beside(way.to, way.endDirection);
             const bool isArc = Square(to - from) > style.tolerance * style.tolerance;
+            if (way.bend != none && isArc) bends[way.bend].corner = loop.size();
             loop.push_back({from, isArc ? way.sense : 0, way.center});
             GoTo(to);
         } else {

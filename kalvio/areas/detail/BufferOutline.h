@@ -2,6 +2,7 @@
 
 #include "kalvio/areas/BufferCreator.h"
 #include "kalvio/areas/detail/AreaOverlay.h"
+#include "kalvio/areas/detail/ChainPath.h"
 #include "kalvio/areas/detail/PlaneVectors.h"
 
 #include <cstddef>
@@ -46,7 +47,9 @@ public:
 
     /// The offsets of the elements of a chain, joined at the corners, and nothing else: on concave sides where they
     /// meet, by a segment where they do not. Arcs whose centre lies within the distance come out on its far side.
-    Path ParallelOf(const Path& chain);
+    /// @param bends  of the chain, their corners in ascending order; then those of the parallel, without a corner (the
+    ///               largest number) where they are left out
+    Path ParallelOf(const Path& chain, std::span<Bend> bends = {});
     /// Elements of the loops, one loop after the other: from a number up to another.
     struct Elements {
         std::uint32_t from = 0;
@@ -59,6 +62,7 @@ public:
     const std::vector<AreaOverlay::Ring>& GetLoops() const { return loops; }
 
 private:
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
     // An element, of less than a turn.
     struct Way {
         PlanePoint from;
@@ -69,13 +73,13 @@ private:
         int sense = 0;
         bool isCollapsed = false;  // the centre lies within the strip
         double length = 0.0;       // of a segment
+        std::size_t bend = none;   // its number
     };
     enum class Turn { Smooth, Point, Mitre, Concave, Convex, End };
     struct Joint {
         Turn turn = Turn::Smooth;
         PlanePoint at;  // where the offsets of both elements, or their tangents, meet
     };
-    static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
     bool IsClosed(const Path& chain) const;
 
@@ -98,6 +102,7 @@ private:
 
     Style style;
     bool isBare = false;  // offsets alone
+    std::span<Bend> bends;
     Elements right;
     Elements left;
     double reach;                     // the distance without its sign

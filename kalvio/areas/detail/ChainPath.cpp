@@ -1,5 +1,6 @@
 #include "kalvio/areas/detail/ChainPath.h"
 
+#include "kalvio/areas/detail/ClothoidFit.h"
 #include "kalvio/areas/detail/PlaneVectors.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/Constants.h"
@@ -18,6 +19,7 @@
 #include <cstddef>
 #include <limits>
 #include <span>
+#include <utility>
 
 namespace Kalvio::Math::detail {
 
@@ -109,6 +111,7 @@ bool IsAlongTangents(const IPolyline2DElement& element, const ElementPoint& from
 }
 
 struct ElementCurve {
+    static constexpr std::size_t inside = 6;  // samples of a stretch
     const IPolyline2DElement& element;
 
     bool At(double station, ElementPoint& at) const { return EvaluateElement(element, station, at); }
@@ -117,11 +120,13 @@ struct ElementCurve {
     }
 };
 
-// Along a curve from one station to another.
-template <class Curve>
-bool GoAlong(const Curve& curve, double begin, double length, double tolerance, ChainPath& path) {
-    constexpr double reserve = 0.9;    // of the tolerance, as it is kept between the samples too
-    constexpr std::size_t inside = 6;  // samples of a stretch
+constexpr double reserve = 0.9;               // of the tolerance, as it is kept between the samples too
+using Samples = std::span<const PlanePoint>;  // inside a stretch, at even stations
+
+// Along a curve from one station to another, in stretches that are laid one by one: `lay` tells what part of a stretch
+// the tolerance allows, and leaves nothing where that is less than all.
+template <class Curve, class Lay>
+bool InStretches(const Curve& curve, double begin, double length, double tolerance, ChainPath& path, Lay&& lay) {
     constexpr double shortest = 1e-5;  // stretch, of the whole
     const double last = begin + length;
     ElementPoint from;
@@ -136,27 +141,17 @@ bool GoAlong(const Curve& curve, double begin, double length, double tolerance, 
         ElementPoint to;
         if (!curve.At(end, to)) return false;
         to.station = end;
-        const std::size_t first = path.size() - 1;
-        GoAlongBiarc(from, to, path);
-        double most = 0.0;
-        for (std::size_t k = 1; k <= inside; ++k) {
-            const double at = from.station + (end - from.station) * (static_cast<double>(k) / (inside + 1.0));
+        std::array<PlanePoint, Curve::inside> samples;
+        for (std::size_t k = 1; k <= samples.size(); ++k) {
+            const double at = from.station + (end - from.station) * (static_cast<double>(k) / (Curve::inside + 1.0));
             ElementPoint sample;
             if (!curve.At(at, sample)) return false;
-            const PlanePoint p = Plain(sample.point);
-            double off = OffArc(path[first], path[first + 1].at, p);
-            if (first + 2 < path.size()) off = std::min(off, OffArc(path[first + 1], path[first + 2].at, p));
-            most = std::max(most, off);
+            samples[k - 1] = Plain(sample.point);
         }
-        if (!(most <= reserve * tolerance)) {
-            if (!(end - from.station > shortest * length) || !curve.IsSound(from, to, tolerance)) {
-                return false;
-            }
-            path.resize(first + 1);
-            path.back().sense = 0;
-            // What a stretch leaves free grows with its third power.
-            const double factor = std::cbrt(reserve * tolerance / most);
-            span = (end - from.station) * std::clamp(reserve * factor, 0.05, reserve);
+        const double part = lay(from, to, samples);
+        if (part < 1.0) {
+            if (!(end - from.station > shortest * length) || !curve.IsSound(from, to, tolerance)) return false;
+            span = (end - from.station) * std::clamp(part, 0.05, reserve);
             continue;
         }
         from = to;
@@ -165,40 +160,61 @@ bool GoAlong(const Curve& curve, double begin, double length, double tolerance, 
     return true;
 }
 
-bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path) {
-    switch (element.GetType()) {
-        case MathTypes::Line2D:
-            GoTo(Plain(element.GetStart()), path);
-            GoTo(Plain(element.GetEnd()), path);
-            return true;
-        case MathTypes::LineString2D:
-            for (const Point2D& p : static_cast<const LineString2D&>(element).GetPoints()) GoTo(Plain(p), path);
-            return true;
-        case MathTypes::Polyline2D: {
-            const auto& chain = static_cast<const Polyline2D&>(element);
-            return std::all_of(chain.begin(), chain.end(),
-                               [&](const IPolyline2DElement& inner) { return Append(inner, tolerance, path); });
-        }
-        case MathTypes::Arc2D: {
-            const auto& arc = static_cast<const Arc2D&>(element);
-            const double length = arc.GetLength();
-            if (!std::isfinite(length)) return false;
-            const double parts = std::ceil(std::abs(arc.GetAngle().GetRadians()) / mostOfArc);
-            for (double k = 0.0; k < parts && length > tolerance; k += 1.0) {
-                Point2D start;
-                if (!arc.GetPointOffsetFromStart(length * (k / parts), start)) return false;
-                path.push_back({Plain(start), arc.GetAngle().GetRadians() < 0.0 ? -1 : 1, Plain(arc.GetCenter())});
-            }
-            GoTo(Plain(arc.GetEnd()), path);
-            return true;
-        }
-        default:
-            return GoAlong(ElementCurve{element}, 0.0, element.GetLength(), tolerance, path);
+double LayBiarc(const ElementPoint& from, const ElementPoint& to, const Samples& samples, double tolerance,
+                ChainPath& path) {
+    const std::size_t first = path.size() - 1;
+    GoAlongBiarc(from, to, path);
+    double most = 0.0;
+    for (const PlanePoint& p : samples) {
+        double off = OffArc(path[first], path[first + 1].at, p);
+        if (first + 2 < path.size()) off = std::min(off, OffArc(path[first + 1], path[first + 2].at, p));
+        most = std::max(most, off);
     }
+    if (most <= reserve * tolerance) return 1.0;
+    path.resize(first + 1);
+    path.back().sense = 0;
+    // What a stretch leaves free grows with its third power.
+    return reserve * std::cbrt(reserve * tolerance / most);
+}
+
+// By arcs.
+template <class Curve>
+bool GoAlong(const Curve& curve, double begin, double length, double tolerance, ChainPath& path) {
+    const auto lay = [&](const ElementPoint& from, const ElementPoint& to, const Samples& samples) {
+        return LayBiarc(from, to, samples, tolerance, path);
+    };
+    return InStretches(curve, begin, length, tolerance, path, lay);
+}
+
+// By clothoids, and by arcs where these reach farther.
+template <class Curve>
+bool GoAlong(const Curve& curve, double begin, double length, double tolerance, FittedPath& made) {
+    const auto lay = [&](const ElementPoint& from, const ElementPoint& to, const Samples& samples) {
+        const PlanePoint start = Plain(from.point);
+        const Bend bend{made.path.size() - 1, Plain(from.tangent), Plain(to.tangent)};
+        double part = 0.0;
+        if (const auto fit = ClothoidFit::Find(Plain(to.point) - start, bend.from, bend.to)) {
+            double most = 0.0;
+            for (std::size_t k = 0; k < samples.size(); ++k) {
+                const double share = (static_cast<double>(k) + 1.0) / (Curve::inside + 1.0);
+                most = std::max(most, fit->Off(samples[k] - start, share));
+            }
+            if (most <= reserve * tolerance) {
+                made.clothoids.push_back(bend);
+                made.path.back() = {start, 1, {}};
+                GoTo(Plain(to.point), made.path);
+                return 1.0;
+            }
+            part = std::sqrt(std::sqrt(reserve * tolerance / most));  // with the fourth
+        }
+        return std::max(part, LayBiarc(from, to, samples, tolerance, made.path));
+    };
+    return InStretches(curve, begin, length, tolerance, made.path, lay);
 }
 
 // The offset of an element whose distance is linear in the station.
 struct OffsetCurve {
+    static constexpr std::size_t inside = 12;  // as these are uneven where it nearly folds
     const IPolyline2DElement& element;
     double start;     // a station,
     double distance;  // the distance there,
@@ -224,11 +240,66 @@ struct OffsetCurve {
     static bool IsSound(const ElementPoint&, const ElementPoint&, double) { return true; }
 };
 
+// In the place of the element, which a path has from a corner on.
+void TakeParallel(const IPolyline2DElement& element, double tolerance, std::size_t corner, ChainPath& path,
+                  Transitions& transitions) {
+    const double length = element.GetLength();
+    const OffsetCurve curve{element, 0.0, transitions.distance, 0.0};
+    ElementPoint start, end;
+    FittedPath parallel;
+    if (!EvaluateElement(element, 0.0, start) || !EvaluateElement(element, length, end) ||
+        !GoAlong(curve, 0.0, length, tolerance, parallel)) {
+        return;
+    }
+    transitions.bends.push_back({corner, Plain(start.tangent), Plain(end.tangent)});
+    transitions.parallels.push_back(std::move(parallel));
+    path.resize(corner);
+    path.push_back({Plain(start.point), 1, {}});
+    GoTo(Plain(end.point), path);
+}
+
+bool Append(const IPolyline2DElement& element, double tolerance, ChainPath& path, Transitions* transitions) {
+    switch (element.GetType()) {
+        case MathTypes::Line2D:
+            GoTo(Plain(element.GetStart()), path);
+            GoTo(Plain(element.GetEnd()), path);
+            return true;
+        case MathTypes::LineString2D:
+            for (const Point2D& p : static_cast<const LineString2D&>(element).GetPoints()) GoTo(Plain(p), path);
+            return true;
+        case MathTypes::Polyline2D: {
+            const auto& chain = static_cast<const Polyline2D&>(element);
+            return std::all_of(chain.begin(), chain.end(), [&](const IPolyline2DElement& inner) {
+                return Append(inner, tolerance, path, transitions);
+            });
+        }
+        case MathTypes::Arc2D: {
+            const auto& arc = static_cast<const Arc2D&>(element);
+            const double length = arc.GetLength();
+            if (!std::isfinite(length)) return false;
+            const double parts = std::ceil(std::abs(arc.GetAngle().GetRadians()) / mostOfArc);
+            for (double k = 0.0; k < parts && length > tolerance; k += 1.0) {
+                Point2D start;
+                if (!arc.GetPointOffsetFromStart(length * (k / parts), start)) return false;
+                path.push_back({Plain(start), arc.GetAngle().GetRadians() < 0.0 ? -1 : 1, Plain(arc.GetCenter())});
+            }
+            GoTo(Plain(arc.GetEnd()), path);
+            return true;
+        }
+        default: {
+            const std::size_t first = path.size();
+            if (!GoAlong(ElementCurve{element}, 0.0, element.GetLength(), tolerance, path)) return false;
+            if (transitions != nullptr) TakeParallel(element, tolerance, first, path, *transitions);
+            return true;
+        }
+    }
+}
+
 /// Lays the offset of a chain with a distance that changes, element by element.
 class Widening {
 public:
-    Widening(std::span<const Offset::Width> distances, double userTolerance, ChainPath& result)
-        : widths(distances), tolerance(userTolerance), path(result) {}
+    Widening(std::span<const Offset::Width> distances, double userTolerance, FittedPath& result)
+        : widths(distances), tolerance(userTolerance), path(result.path), clothoids(result.clothoids) {}
 
     bool Add(const Polyline2D& chain) {
         return std::all_of(chain.begin(), chain.end(), [&](const IPolyline2DElement& element) {
@@ -278,7 +349,8 @@ private:
         ElementPoint start, end;
         if (!EvaluateElement(element, from, start) || !EvaluateElement(element, to, end)) return false;
         const OffsetCurve curve{element, from, distance, slope};
-        ChainPath made;
+        FittedPath fitted;
+        ChainPath& made = fitted.path;
         double curvature = 0.0;
         if (element.GetType() == MathTypes::Arc2D && slope == 0.0) {
             ElementPoint at;
@@ -297,10 +369,11 @@ private:
                 if (!curve.At(station, at)) return false;
                 GoTo(Plain(at.point), made);
             }
-        } else if (!GoAlong(curve, from, to - from, tolerance, made)) {
+        } else if (!GoAlong(curve, from, to - from, tolerance, fitted)) {
             return false;
         }
         Join(start, distance, made);
+        for (const Bend& bend : fitted.clothoids) clothoids.push_back({path.size() + bend.corner, bend.from, bend.to});
         path.insert(path.end(), made.begin(), made.end());
         before = end;
         distanceBefore = distance + slope * (to - from);
@@ -336,6 +409,7 @@ private:
     std::span<const Offset::Width> widths;
     double tolerance;
     ChainPath& path;
+    std::vector<Bend>& clothoids;
     double done = 0.0;     // length of the elements before
     std::size_t next = 0;  // the first width that is ahead
     bool isFirstOfElement = true;
@@ -366,15 +440,39 @@ bool MakePath(const LineString2D& chain, ChainPath& path) {
     return Finish(true, path);
 }
 
-bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path) {
+bool MakePath(const Polyline2D& chain, double tolerance, ChainPath& path, Transitions* transitions) {
     path.clear();
-    return Finish(Append(chain, AtLeastRounding(tolerance, chain), path), path);
+    return Finish(Append(chain, AtLeastRounding(tolerance, chain), path, transitions), path);
 }
 
-bool MakeWidened(const Polyline2D& chain, std::span<const Offset::Width> widths, double tolerance, ChainPath& path) {
-    const bool isSound = MakePath(chain, tolerance, path);  // as the offset of what leads elsewhere is none
-    path.clear();
-    return isSound && Finish(Widening(widths, AtLeastRounding(tolerance, chain), path).Add(chain), path);
+FittedPath WithParallels(const ChainPath& path, const Transitions& transitions) {
+    FittedPath whole;
+    std::size_t next = 0;
+    const auto take = [&](std::size_t end) {
+        for (; next < end; ++next) whole.path.push_back(path[next]);
+    };
+    for (std::size_t k = 0; k < transitions.bends.size(); ++k) {
+        const std::size_t corner = transitions.bends[k].corner;
+        if (corner >= path.size()) continue;
+        take(corner);
+        const auto& [parallel, clothoids] = transitions.parallels[k];
+        for (const Bend& bend : clothoids) {
+            whole.clothoids.push_back({whole.path.size() + bend.corner, bend.from, bend.to});
+        }
+        whole.path.insert(whole.path.end(), parallel.begin(), parallel.end());
+        const Corner& end = path[corner + 1];  // where a join may begin
+        whole.path.back() = {parallel.back().at, end.sense, end.center};
+        next = corner + 2;
+    }
+    take(path.size());
+    return whole;
+}
+
+bool MakeWidened(const Polyline2D& chain, std::span<const Offset::Width> widths, double tolerance, FittedPath& made) {
+    made = {};
+    if (!MakePath(chain, tolerance, made.path)) return false;  // as the offset of what leads elsewhere is none
+    made.path.clear();
+    return Finish(Widening(widths, AtLeastRounding(tolerance, chain), made).Add(chain), made.path);
 }
 
 bool MakeChords(const Polyline2D& chain, double height, ChainPath& path) {
