@@ -20,6 +20,7 @@ constexpr double flatness = 0.25;               // of the tolerance: a piece tha
 constexpr double shortness = 4.0;               // of the distance of nodes: the same for a piece no longer
 constexpr std::size_t mostRounds = 10000;       // far more than ever seen
 constexpr std::size_t fewPoints = 16;           // sorted sooner than put in cells
+constexpr std::size_t mostPieces = 16;          // by a crossing: to look at more is no quicker than another round
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
 
 }  // namespace
@@ -244,8 +245,7 @@ bool BorderNoding::Run() {
         FindMeetings();
         if (cuts.empty() && crossings.empty() && halves.empty()) return true;
         const bool mayBeLast = round == 0 && isCoarse && !hasArcs && cuts.empty() && !isAnyClose;
-        const std::vector<Crossing> found =
-            mayBeLast && crossings.size() < pieces.size() ? crossings : std::vector<Crossing>();
+        const std::vector<Crossing> found = mayBeLast ? crossings : std::vector<Crossing>();
         if (!CutCrossings()) return false;
         const bool isLast = !found.empty() && AreClear(found);
         const std::size_t parts = pieces.size() + 2 * found.size();
@@ -262,10 +262,12 @@ bool BorderNoding::Run() {
 // round has nothing to find: parts of pieces that did not come close lie where these did.
 bool BorderNoding::AreClear(const std::vector<Crossing>& found) const {
     if (nodes.size() - batches.front() != found.size()) return false;
-    return std::none_of(found.begin(), found.end(), [this](const Crossing& crossing) {
+    std::size_t left = mostPieces * found.size();
+    return std::none_of(found.begin(), found.end(), [&](const Crossing& crossing) {
         Extent place;
         place.Add(Point2D(crossing.at.x, crossing.at.y));
         return boxes->ForEachNear(place, clearance * reach, [&](std::size_t i) {
+            if (left-- == 0) return true;
             return i != crossing.first && i != crossing.second && IsBeside(pieces[i], crossing.at, clearance * reach);
         });
     });
@@ -559,11 +561,27 @@ bool BorderNoding::ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& 
     return isParted(a, b) || isParted(b, a);
 }
 
+// By pieces, on each by the way along it.
+void BorderNoding::SortCuts() {
+    std::vector<std::uint32_t> ends(pieces.size() + 1, 0);
+    for (const Cut& cut : cuts) ++ends[cut.piece + 1];
+    for (std::size_t i = 1; i < ends.size(); ++i) ends[i] += ends[i - 1];
+    std::vector<Cut> sorted(cuts.size());
+    for (const Cut& cut : cuts) sorted[ends[cut.piece]++] = cut;
+    cuts = std::move(sorted);
+    std::size_t from = 0;
+    for (const std::uint32_t end : ends) {
+        if (end > from + 1) {
+            std::sort(cuts.begin() + from, cuts.begin() + end, [this](const Cut& a, const Cut& b) {
+                return a.along < b.along || (a.along == b.along && a.node != b.node && IsLower(a.node, b.node));
+            });
+        }
+        from = end;
+    }
+}
+
 void BorderNoding::ApplyCuts() {
-    std::sort(cuts.begin(), cuts.end(), [this](const Cut& a, const Cut& b) {
-        if (a.piece != b.piece) return a.piece < b.piece;
-        return a.along < b.along || (a.along == b.along && a.node != b.node && IsLower(a.node, b.node));
-    });
+    SortCuts();
     std::vector<BorderPiece> parts;
     std::vector<char> areFresh;
     parts.reserve(pieces.size() + cuts.size());

@@ -142,6 +142,7 @@ private:
     void FindCrossing(std::uint32_t i, std::uint32_t j);
     bool CutCrossings();
     void CutHalves();
+    void SortCuts();
     void ApplyCuts();
 
     const std::vector<BorderSource>& sources;
