@@ -279,8 +279,12 @@ std::list<Line3D> Arc3D::MakeLines(double step) const {
 
 detail::PlaneFrame Arc3D::Frame() const {
     const Vec3D radial = startPoint - centerPoint;
-    const Vec3D outward = radial / radial.Length();
     const Vec3D normal = plane.GetNormal();
+    Vec3D outward = radial / radial.Length();
+    if (radial.Length() == 0.0) {  // a point: any axis of the plane tells others from it
+        const auto axis = plane.GetTransformationMatrix().GetRow(0);
+        outward = Vec3D(axis[0], axis[1], axis[2]);
+    }
     return {startPoint, outward, normal.CrossProduct(outward), normal};
 }
 

@@ -264,6 +264,9 @@ TEST(ArcTest, PlanArcsComeBack) {
     EXPECT_FALSE(Arc3D().Set(start, Point3D(6, 1, 1), Point3D(7, 2, 2))) << "in line";
     EXPECT_EQ(Arc3D(Point3D(0, 0, 5), Point3D(), Angle(1.0), Plane3D()).GetPlane().GetNormal().GetX(), 1.0)
         << "the wanted normal is along the radius";
+    const Arc3D point(start, start, Angle(1.0), tilted);
+    EXPECT_TRUE(point.IsPointOnGeometry(start, kTolerances));
+    EXPECT_FALSE(point.IsPointOnGeometry(Point3D(7, 0, 0), kTolerances)) << "in its plane, but far away";
 }
 
 }  // namespace

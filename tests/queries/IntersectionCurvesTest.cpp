@@ -150,6 +150,7 @@ TEST(IntersectionCurvesTest, CircleCircle) {
         {"concentric", {P(0, 0), 2}, R::NoIntersection, {}},
         {"the same", {P(0, 0), 5}, R::Coincident, {}},
         {"a point", {P(5, 0), 0}, R::Degenerate, {}},
+        {"a negative radius", {P(6, 0), -5}, R::Degenerate, {}},
         {"NaN", {P(kNan, 0), 5}, R::NoIntersection, {}},
         {"NaN radius", {P(1, 0), kNan}, R::Degenerate, {}},
     };

@@ -12,7 +12,7 @@ namespace Kalvio::Math::detail {
 /// Right-handed axes in space: a plane curve is handled in the first two, its plane, by the plane classes.
 struct PlaneFrame {
     Point3D origin;
-    Vec3D first;   // unit, as the others; zero where a curve has no extent
+    Vec3D first;   // unit, as the others
     Vec3D second;  // normal x first
     Vec3D normal;
 
