@@ -75,6 +75,25 @@ void ComputeKey(double coordinate, int level, double& low, double& high) {
 
 }  // namespace
 
+/// The nodes that a walk has still to go to, depth first: the next one was added last. Which children a node has is
+/// hard to foresee, so they are added without a branch.
+class QuadTreeNode::OpenNodes {
+public:
+    explicit OpenNodes(const QuadTreeNode& first) { AddIf(&first, true); }
+    /// Whether the children of one more can be added; where not, it needs a walk of its own.
+    bool HasRoom() const { return count + 4 <= nodes.size(); }
+    void AddIf(const QuadTreeNode* node, bool isThere) {
+        nodes[count] = node;
+        count += isThere ? 1 : 0;
+    }
+    /// Null at the end.
+    const QuadTreeNode* TakeNext() { return count == 0 ? nullptr : nodes[--count]; }
+
+private:
+    std::array<const QuadTreeNode*, 64> nodes;
+    std::size_t count = 0;
+};
+
 QuadTreeNode::QuadTreeNode() = default;
 
 QuadTreeNode::QuadTreeNode(BoundingBoxND* box, int squareLevel)
@@ -359,47 +378,65 @@ bool QuadTreeNode::IsSearchMatch(const NodeQuery& query) const {
 
 template <class NodeQuery, class ItemQuery, class Found>
 void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
-    if constexpr (NodeQuery::isWindow) {
-        if (!isRoot && IsSearchMatch(detail::InsideQuery{nodeQuery.window})) {
-            FindAll(nodeQuery, itemQuery, found);
-            return;
-        }
-    }
-    // The half planes beside the centre lines, not the children's squares, so that only children on the way are read:
-    // the outer sides have been asked for above. Children of the root may lie anywhere in their quadrants.
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    const unsigned int columns = nodeQuery.Axis(0)(Lanes::Of(-infinity, centerX), Lanes::Of(centerX, infinity)).Bits();
-    const unsigned int rows = nodeQuery.Axis(1)(Lanes::Of(-infinity, centerY), Lanes::Of(centerY, infinity)).Bits();
-    std::array<const QuadTreeNode*, 4> next{};
-    for (unsigned int quadrant = 0; quadrant < 4; ++quadrant) {
-        if ((columns >> quadrant % 2 & rows >> quadrant / 2 & 1U) == 0) continue;
-        next[quadrant] = children[quadrant].get();
-        if (next[quadrant] != nullptr) Prefetch(*next[quadrant]);
-    }
-    items.ForEachMatch(itemQuery, found);
-    for (const QuadTreeNode* const child : next) {
-        if (child == nullptr || (isRoot && !child->IsSearchMatch(nodeQuery))) continue;
-        child->Walk(nodeQuery, itemQuery, found);
+    OpenNodes open(*this);
+    while (const QuadTreeNode* const node = open.TakeNext()) {
+        if constexpr (NodeQuery::isWindow) {
+            if (!node->isRoot && node->IsSearchMatch(detail::InsideQuery{nodeQuery.window})) {
+                node->FindAll(nodeQuery, itemQuery, found);
+                continue;
+            }
+        }
+        if (!open.HasRoom()) {
+            node->Walk(nodeQuery, itemQuery, found);
+            continue;
+        }
+        // The half planes beside the centre lines, not the children's squares, so that only children on the way are
+        // read: the outer sides have been asked for above. Children of the root may lie anywhere in their quadrants.
+        const auto onBothSides = [&](unsigned int axis, double center) {
+            return nodeQuery.Axis(axis)(Lanes::Of(-infinity, center), Lanes::Of(center, infinity)).Bits();
+        };
+        const unsigned int columns = onBothSides(0, node->centerX);
+        const unsigned int rows = onBothSides(1, node->centerY);
+        for (std::size_t quadrant = node->children.size(); quadrant-- > 0;) {
+            const QuadTreeNode* const child = node->children[quadrant].get();
+            bool isNext = (columns >> quadrant % 2 & rows >> quadrant / 2 & 1U) != 0 && child != nullptr;
+            if (node->isRoot) isNext = isNext && child->IsSearchMatch(nodeQuery);
+            const QuadTreeNode* const next = isNext ? child : node;
+            Prefetch(*next);
+            open.AddIf(child, isNext);
+        }
+        node->items.ForEachMatch(itemQuery, found);
     }
 }
 
 template <class NodeQuery, class ItemQuery, class Found>
 void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
-    // Two levels ahead: what is read next lies in nodes that are on their way already.
-    for (const auto& child : children) {
-        if (child == nullptr) continue;
-        for (const auto& next : child->children) {
-            if (next != nullptr) PrefetchInside(*next);
+    OpenNodes open(*this);
+    while (const QuadTreeNode* const node = open.TakeNext()) {
+        if (node->hasStrays) {
+            node->FindAllButStrays(nodeQuery, itemQuery, found);
+            continue;
+        }
+        if (!open.HasRoom()) {
+            node->FindAll(nodeQuery, itemQuery, found);
+            continue;
+        }
+        node->items.ForEach(found);
+        for (std::size_t quadrant = node->children.size(); quadrant-- > 0;) {
+            const QuadTreeNode* const child = node->children[quadrant].get();
+            PrefetchInside(child != nullptr ? *child : *node);
+            open.AddIf(child, child != nullptr);
         }
     }
-    if (hasStrays) {
-        items.ForEachMatch(itemQuery, found);
-    } else {
-        for (ISpatialIndexData* item : items) found(item);
-    }
+}
+
+template <class NodeQuery, class ItemQuery, class Found>
+void QuadTreeNode::FindAllButStrays(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
+    items.ForEachMatch(itemQuery, found);
     for (const auto& child : children) {
         if (child == nullptr) continue;
-        if (!hasStrays || square.Contains(child->square)) {
+        if (square.Contains(child->square)) {
             child->FindAll(nodeQuery, itemQuery, found);
         } else if (child->IsSearchMatch(nodeQuery)) {
             child->Walk(nodeQuery, itemQuery, found);

@@ -129,6 +129,8 @@ private:
         std::vector<ISpatialIndexData*> items;
     };
 
+    class OpenNodes;
+
     QuadTreeNode(const PlanBox& nodeSquare, int squareLevel);
 
     const Shown& Show() const;
@@ -163,6 +165,9 @@ private:
     /// The same for a node whose square lies inside the window: all that lies inside the square is a match.
     template <class NodeQuery, class ItemQuery, class Found>
     void FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const;
+    /// The same where something reaches out of the square.
+    template <class NodeQuery, class ItemQuery, class Found>
+    void FindAllButStrays(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const;
     /// `where` is a point, or a box and the overlap flag.
     template <class... Where>
     int SearchInto(const detail::ItemSink& sink, const Where&... where) const;

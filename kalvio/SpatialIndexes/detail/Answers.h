@@ -15,8 +15,10 @@ class Hits {
 public:
     explicit Hits(const ItemSink& itemSink) : sink(itemSink) {}
 
-    void operator()(ISpatialIndexData* item) {
-        items[held++] = item;
+    void operator()(ISpatialIndexData* item) { TakeIf(item, true); }
+    void TakeIf(ISpatialIndexData* item, bool isHit) {
+        items[held] = item;
+        held += isHit ? 1 : 0;
         if (held == items.size()) Flush();
     }
     /// To be called at the end.

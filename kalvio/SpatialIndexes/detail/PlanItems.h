@@ -66,17 +66,24 @@ public:
         --count;
     }
 
-    /// Calls `found(item)` for each item whose box answers the query.
+    /// Calls `found(item)` for each item, or `found.TakeIf(item, isThere)` for what may be one: without a branch, as
+    /// whether it is there is hard to foresee.
+    template <class Found>
+    void ForEach(Found& found) const {
+        if (capacity == 1) return found.TakeIf(data.item, count == 1);
+        for (ISpatialIndexData* item : *this) found(item);
+    }
+
+    /// The same for each item whose box answers the query.
     template <class Query, class Found>
     void ForEachMatch(const Query& query, Found& found) const {
         if (capacity > 1) {
             Boxes().ForEachMatch(query, count, [&](unsigned int i) { found(Items()[i]); });
             return;
         }
-        if (count == 0) return;
         const LaneMask x = query.Axis(0)(Lanes::Repeat(bounds[0]), Lanes::Repeat(bounds[1]));
         const LaneMask both = x & query.Axis(1)(Lanes::Repeat(bounds[2]), Lanes::Repeat(bounds[3]));
-        if (both.Bits() != 0) found(data.item);
+        found.TakeIf(data.item, (count & both.Bits()) != 0);
     }
 
     /// Offers the items that are near enough, but for those with a NaN bound.
