@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -106,6 +107,7 @@ SpatialIndexNodeTypes RTreeNode::GetType() const { return SpatialIndexNodeTypes:
 std::unique_ptr<RTreeNode> RTreeNode::Insert(Branch& branch, const FlatBox& box, double unitSphereVolume) {
     if (level == 0) return Add(std::move(branch), unitSphereVolume);
     const unsigned int i = ChooseBranch(box, unitSphereVolume);
+    entries.FetchChild(i);
     RTreeNode& child = entries.Child(i);
     std::unique_ptr<RTreeNode> sibling = child.Insert(branch, box, unitSphereVolume);
     if (sibling != nullptr) {
@@ -126,7 +128,7 @@ std::unique_ptr<RTreeNode> RTreeNode::Add(Branch branch, double unitSphereVolume
         entries.Append(std::move(branch));
         return nullptr;
     }
-    std::vector<Branch> all = entries.TakeAll();
+    std::vector<Branch> all = entries.TakeAll(1);
     all.push_back(std::move(branch));
     auto sibling = std::make_unique<RTreeNode>(level, entries.Boxes().GetDimension());
     Divide(all, *sibling, unitSphereVolume);
@@ -143,6 +145,9 @@ bool RTreeNode::Remove(const FlatBox& box, const ISpatialIndexData* item, double
         return false;
     }
     std::uint64_t on = entries.Boxes().Match(detail::CoverQuery{box}, 0, GetNrOfBranches());
+    for (std::uint64_t ahead = on; ahead != 0; ahead &= ahead - 1) {
+        entries.FetchChild(static_cast<unsigned int>(std::countr_zero(ahead)));
+    }
     for (; on != 0; on &= on - 1) {
         const auto i = static_cast<unsigned int>(std::countr_zero(on));
         RTreeNode& child = entries.Child(i);
@@ -169,13 +174,14 @@ void RTreeNode::Refill(unsigned int i, double unitSphereVolume) {
     }
     RTreeNode& from = entries.Child(i);
     RTreeNode& to = entries.Child(nearest);
-    std::vector<Branch> all = to.entries.TakeAll();
-    for (Branch& branch : from.entries.TakeAll()) all.push_back(std::move(branch));
-    if (all.size() > mostBranches) {
+    std::vector<Branch> moved = from.entries.TakeAll();
+    if (to.GetNrOfBranches() + moved.size() > mostBranches) {
+        std::vector<Branch> all = to.entries.TakeAll(static_cast<unsigned int>(moved.size()));
+        std::move(moved.begin(), moved.end(), std::back_inserter(all));
         to.Divide(all, from, unitSphereVolume);
         entries.SetBox(i, from.entries.Cover());
     } else {
-        for (Branch& branch : all) to.entries.Append(std::move(branch));
+        for (Branch& branch : moved) to.entries.Append(std::move(branch));
     }
     entries.SetBox(nearest, to.entries.Cover());
     if (from.GetNrOfBranches() == 0) entries.TakeChild(i);

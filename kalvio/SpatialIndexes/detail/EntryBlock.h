@@ -5,6 +5,7 @@
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 #include "kalvio/SpatialIndexes/detail/RoughBoxes.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -39,8 +40,7 @@ public:
     static Owner Make(bool leafLevel, unsigned int dimension, unsigned int room) {
         static_assert(sizeof(EntryBlock) <= headSize);
         const std::size_t boxes = BoxPairs::GetSize(room, dimension);
-        const std::size_t size = NumbersAt(room, dimension) + boxes * sizeof(double);
-        void* const memory = ::operator new (size, std::align_val_t{alignment});
+        void* const memory = ::operator new (GetSize(room, dimension), std::align_val_t{alignment});
         Owner block(new (memory) EntryBlock(leafLevel, dimension, room));
         // Fours and pairs are read whole.
         std::uninitialized_fill_n(block->RoughNumbers(), RoughBoxes::GetSize(room, dimension), 0.0F);
@@ -77,6 +77,14 @@ public:
         Targets()[i] = Targets()[count];
     }
     void Clear() { count = 0; }
+
+    /// All blocks of a tree are laid out alike: what will be read of a child is known without looking at it.
+    void FetchAllOfChild(unsigned int i) const {
+        const char* const child = reinterpret_cast<const char*>(Targets()[i].child);
+        ReadAhead(child);
+        const std::size_t size = (std::min)(GetSize(capacity, dimension), mostFetched);
+        for (std::size_t at = alignment; at < size; at += alignment) Prefetch(child + at);
+    }
 
     /// Calls `found(item)` for every item below whose box answers `itemQuery`, left to right; nodes whose box does not
     /// answer `nodeQuery` are passed by, and those inside a window are not looked at box by box.
@@ -141,6 +149,7 @@ public:
 private:
     static constexpr std::size_t alignment = 64;  // a cache line; in plan each pair of boxes is one, too
     static constexpr std::size_t headSize = 16;
+    static constexpr std::size_t mostFetched = 1024;
     static constexpr std::size_t fetchedLines = 3;  // of boxes; the processor follows by itself from there
 
     EntryBlock(bool holdsItems, unsigned int axes, unsigned int room)
@@ -150,6 +159,9 @@ private:
     static std::size_t RoughAt(unsigned int room) { return AlignedUp(headSize + room * sizeof(Target), 16); }
     static std::size_t NumbersAt(unsigned int room, unsigned int dimension) {
         return AlignedUp(RoughAt(room) + RoughBoxes::GetSize(room, dimension) * sizeof(float), alignment);
+    }
+    static std::size_t GetSize(unsigned int room, unsigned int dimension) {
+        return NumbersAt(room, dimension) + BoxPairs::GetSize(room, dimension) * sizeof(double);
     }
     char* At(std::size_t offset) const { return reinterpret_cast<char*>(const_cast<EntryBlock*>(this)) + offset; }
     Target* Targets() const { return reinterpret_cast<Target*>(At(headSize)); }
@@ -222,7 +234,7 @@ private:
         }
         return matches;
     }
-    /// All blocks of a tree are laid out alike: what a search will read of the child is known without looking at it.
+    /// What a search will read of the child.
     void FetchChild(unsigned int i, bool itemsOnly) const {
         const char* const child = reinterpret_cast<const char*>(Targets()[i].child);
         const std::size_t boxes = RoughAt(capacity) / alignment * alignment;

@@ -77,10 +77,12 @@ public:
         Erase(i);
         return child;
     }
-    /// Empties the node.
-    std::vector<NodeEntry<Node>> TakeAll() {
+    /// Reads ahead of a walk to a child that will change it.
+    void FetchChild(unsigned int i) const { block->FetchAllOfChild(i); }
+    /// Empties the node; there is room for some more.
+    std::vector<NodeEntry<Node>> TakeAll(unsigned int nrOfMore = 0) {
         std::vector<NodeEntry<Node>> all;
-        all.reserve(GetCount());
+        all.reserve(GetCount() + nrOfMore);
         for (unsigned int i = 0; i < GetCount(); ++i) {
             if (HoldsItems()) {
                 all.push_back({GetBox(i), nullptr, Item(i)});
