@@ -5,6 +5,7 @@
 #include "kalvio/polygons/detail/SegmentContact.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 #include <numeric>
@@ -170,6 +171,10 @@ public:
         : first(firstChain), second(secondChain), tolerance(nearness) {}
 
     void AppendPlaces(CommonPlaces& common) {
+        if (contacts.size() == 1 && contacts.front().kind == ChainContact::Kind::Crossing) {
+            common.places.push_back(contacts.front().at);
+            return;
+        }
         std::vector<ChainPlace> places = FindCrossings();
         if (AreRun(places)) {
             places.clear();
@@ -301,6 +306,24 @@ CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExten
     return common;
 }
 
+namespace {
+
+/// True when the ends of both segments surely lie further than `tolerance` from the line of the other, whatever the
+/// rounding: where the segments cross, they meet there alone.
+bool AreEndsAway(const SegmentSides& sides, const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2,
+                 double tolerance) {
+    constexpr double squaredRounding = 0x1p-80;
+    const double a = (a2 - a1).NormSquared();
+    const double b = (b2 - b1).NormSquared();
+    const double squaredReach = 8.0 * tolerance * tolerance + squaredRounding * (a + b + (b1 - a1).NormSquared());
+    const auto isAway = [squaredReach](double side, double length) {
+        return side * side > squaredReach * length && side * side <= largestDouble;
+    };
+    return isAway(sides.b1Side, a) && isAway(sides.b2Side, a) && isAway(sides.a1Side, b) && isAway(sides.a2Side, b);
+}
+
+}  // namespace
+
 bool FindCommon(const Point2D& a1, const Point2D& a2, const Point2D& b1, const Point2D& b2, double tolerance,
                 ChainContact& contact) {
     const SegmentSides sides(a1, a2, b1, b2);
@@ -312,7 +335,13 @@ bool FindCommon(const Point2D& a1, const Point2D& a2, const Point2D& b1, const P
         areBeyond(sides.a1Side, sides.a2Side, squaredTolerance * (b2 - b1).NormSquared())) {
         return false;
     }
+    const auto placeOf = [](const SegmentContact& c) { return ChainPlace{c.point, c.onFirst, c.onSecond}; };
     const bool isCrossing = sides.AreCrossing();
+    if (isCrossing && AreEndsAway(sides, a1, a2, b1, b2, tolerance)) {
+        const ChainPlace at = placeOf(sides.Crossing(a1, a2));
+        contact = {ChainContact::Kind::Crossing, at, at, at};
+        return true;
+    }
     bool found = false;
     SegmentContact first;
     SegmentContact last;
@@ -323,7 +352,6 @@ bool FindCommon(const Point2D& a1, const Point2D& a2, const Point2D& b1, const P
     });
     if (!found && !isCrossing) return false;
 
-    const auto placeOf = [](const SegmentContact& c) { return ChainPlace{c.point, c.onFirst, c.onSecond}; };
     ChainContact result;
     if ((last.point - first.point).NormSquared() > 4.0 * squaredTolerance) {
         // Whether they cross on the way says nothing: noise decides.
@@ -383,7 +411,7 @@ void ChainSet::Reduce(Chain& chain, const std::vector<Point2D>& points, ChainSeg
 }
 
 ChainSet::Runs::Runs(const ChainSet& set) {
-    constexpr std::size_t runSize = 6;
+    constexpr std::size_t runSize = Runs::longest;
     constexpr std::size_t blockSize = 12;  // runs that stay together
     struct Block {
         std::size_t from;
@@ -441,13 +469,24 @@ void ChainSet::FindContacts(const ChainSet& first, const Run& run, const Extent&
     const Chain& b = second.chains[otherRun.chain];
     const Extent widened = extent.Widened(first.tolerance);
     const Extent otherWidened = otherExtent.Widened(first.tolerance);
+    struct Near {
+        std::size_t segment;
+        Extent extent;
+    };
+    std::array<Near, Runs::longest> near;
+    std::size_t nearCount = 0;
+    for (std::size_t j = otherRun.from; j < otherRun.to; ++j) {
+        near[nearCount] = {j, b.segments.GetExtent(j)};
+        nearCount += widened.Meets(near[nearCount].extent) ? 1 : 0;
+    }
+    if (nearCount == 0) return;
     for (std::size_t i = run.from; i < run.to; ++i) {
         const Extent segment = a.segments.GetExtent(i);
         if (!segment.Meets(otherWidened)) continue;
         const Extent widenedSegment = segment.Widened(first.tolerance);
-        for (std::size_t j = otherRun.from; j < otherRun.to; ++j) {
-            const Extent otherSegment = b.segments.GetExtent(j);
-            if (!widened.Meets(otherSegment) || !widenedSegment.Meets(otherSegment)) continue;
+        for (std::size_t k = 0; k < nearCount; ++k) {
+            if (!widenedSegment.Meets(near[k].extent)) continue;
+            const std::size_t j = near[k].segment;
             PairContact pair{run.chain, otherRun.chain, {}};
             if (!FindCommon(a.segments.GetStart(i), a.segments.GetEnd(i), b.segments.GetStart(j), b.segments.GetEnd(j),
                             first.tolerance, pair.contact)) {

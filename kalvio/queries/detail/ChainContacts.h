@@ -106,6 +106,8 @@ private:
     };
     // The runs of all chains, those that lie near each other near each other in the order.
     struct Runs {
+        static constexpr std::size_t longest = 6;  // segments in a run
+
         explicit Runs(const ChainSet& set);
 
         std::size_t GetCount() const { return runs.size(); }
