@@ -31,9 +31,26 @@ struct Position {
 };
 
 struct Direction {
-    double angle;  // about the pivot
+    double turn;  // about the pivot: grows with the angle
     Position position;
 };
+
+bool IsBefore(const Direction& a, const Direction& b) {  // equal turns: whatever the order of the input
+    if (a.turn != b.turn) return a.turn < b.turn;
+    return a.position.x != b.position.x ? a.position.x < b.position.x : a.position.y < b.position.y;
+}
+
+double AngleAbout(const Position& pivot, const Position& p) { return std::atan2(p.y - pivot.y, p.x - pivot.x); }
+
+// Grows with the angle from -2 to 2, by half of it to all of it; not finite where the coordinates are too far apart.
+double DiamondAngleAbout(const Position& pivot, const Position& p) {
+    const double x = p.x - pivot.x;
+    const double y = p.y - pivot.y;
+    const double size = std::abs(x) + std::abs(y);
+    if (!(size <= detail::largestDouble)) return size;
+    const double slope = y / size;
+    return x >= 0.0 ? slope : std::copysign(2.0, y) - slope;
+}
 
 struct Axis {
     double x;
@@ -84,11 +101,21 @@ public:
             }
         }
         if (!(extent >= leastExtent)) reach[0] = -std::numeric_limits<double>::infinity();
+        for (const Position& p : farthest) {
+            centre.x += (p.x - origin.x) / static_cast<double>(edges);
+            centre.y += (p.y - origin.y) / static_cast<double>(edges);
+        }
+        double radius = reach[0];
+        for (std::size_t i = 0; i < edges; ++i) {
+            radius = std::min(radius, reach[i] - (out[i].x * centre.x + out[i].y * centre.y));
+        }
+        if (radius > 0.0) squaredRadius = radius * radius;
     }
 
     bool Holds(const Position& p) const {
         const double x = p.x - origin.x;
         const double y = p.y - origin.y;
+        if ((x - centre.x) * (x - centre.x) + (y - centre.y) * (y - centre.y) < squaredRadius) return true;
         bool isInside = true;
         for (std::size_t i = 0; i < edges; ++i) isInside &= out[i].x * x + out[i].y * y < reach[i];
         return isInside;
@@ -100,25 +127,23 @@ private:
     Position origin;
     std::array<Axis, edges> out{};
     std::array<double, edges> reach{};
+    Position centre{};  // of a circle inside, relative to the origin
+    double squaredRadius = 0.0;
 };
 
-// Into as many cells as there are directions, each of which is then sorted on its own: near linear where the angles are
+// Into as many cells as there are directions, each of which is then sorted on its own: near linear where the turns are
 // spread, n log n at worst.
-void SortByAngle(std::vector<Direction>& directions) {
-    const auto isBefore = [](const Direction& a, const Direction& b) {  // equal angles: whatever the order of the input
-        if (a.angle != b.angle) return a.angle < b.angle;
-        return a.position.x != b.position.x ? a.position.x < b.position.x : a.position.y < b.position.y;
-    };
+void SortByTurn(std::vector<Direction>& directions) {
     const std::size_t count = directions.size();
     constexpr std::size_t leastCells = 64;
     if (count < leastCells) {
-        std::sort(directions.begin(), directions.end(), isBefore);
+        std::sort(directions.begin(), directions.end(), IsBefore);
         return;
     }
-    const auto [low, high] = std::minmax_element(directions.begin(), directions.end(), isBefore);
-    const double from = low->angle;
-    const double scale = static_cast<double>(count - 1) / std::max(high->angle - from, detail::numericalZero);
-    const auto cellOf = [=](const Direction& d) { return static_cast<std::size_t>((d.angle - from) * scale); };
+    const auto [low, high] = std::minmax_element(directions.begin(), directions.end(), IsBefore);
+    const double from = low->turn;
+    const double scale = static_cast<double>(count - 1) / std::max(high->turn - from, detail::numericalZero);
+    const auto cellOf = [=](const Direction& d) { return static_cast<std::size_t>((d.turn - from) * scale); };
     std::vector<std::size_t> ends(count + 1);
     for (const Direction& d : directions) ++ends[cellOf(d) + 1];
     for (std::size_t i = 1; i <= count; ++i) ends[i] += ends[i - 1];
@@ -128,11 +153,40 @@ void SortByAngle(std::vector<Direction>& directions) {
     for (std::size_t i = 0; i < count; ++i) {
         if (ends[i] - first > 1) {
             std::sort(sorted.begin() + static_cast<std::ptrdiff_t>(first),
-                      sorted.begin() + static_cast<std::ptrdiff_t>(ends[i]), isBefore);
+                      sorted.begin() + static_cast<std::ptrdiff_t>(ends[i]), IsBefore);
         }
         first = ends[i];
     }
     directions.swap(sorted);
+}
+
+// Of directions whose angles differ by less than 1e-10 keeps the farthest. Angles cost much more than turns, and are
+// needed only where turns are about as near.
+void KeepFarthest(std::vector<Direction>& directions, const Position& pivot) {
+    constexpr double nearTurns = 2.0 * detail::numericalZero;
+    std::size_t kept = 0;
+    for (std::size_t from = 0, to = 0; from < directions.size(); from = to) {
+        for (to = from + 1; to < directions.size(); ++to) {
+            if (directions[to].turn - directions[to - 1].turn > nearTurns) break;
+        }
+        if (to - from > 1) {
+            for (std::size_t i = from; i < to; ++i) directions[i].turn = AngleAbout(pivot, directions[i].position);
+            std::sort(directions.begin() + static_cast<std::ptrdiff_t>(from),
+                      directions.begin() + static_cast<std::ptrdiff_t>(to), IsBefore);
+        }
+        const std::size_t firstKept = kept;
+        for (std::size_t i = from; i < to; ++i) {
+            const Direction next = directions[i];
+            const bool isNew =
+                kept == firstKept || !(std::abs(next.turn - directions[kept - 1].turn) < detail::numericalZero);
+            if (isNew) {
+                directions[kept++] = next;
+            } else if (directions[kept - 1].position.Distance(pivot) < next.position.Distance(pivot)) {
+                directions[kept - 1] = next;
+            }
+        }
+    }
+    directions.resize(kept);
 }
 
 // True when a, b and p are a line within the margin of the turn and p is nearer to a than b by more than the standard
@@ -177,19 +231,16 @@ void GrahamScan(const Points& points, Polygon2D& hull) {
         }
         std::erase_if(directions,
                       [&](const Direction& d) { return d.position.Distance(pivot) < detail::numericalZero; });
-        for (Direction& d : directions) d.angle = std::atan2(d.position.y - pivot.y, d.position.x - pivot.x);
-        SortByAngle(directions);
-
-        // Of points in one direction from the pivot the farthest stays.
-        std::size_t kept = 0;
-        for (const Direction& next : directions) {
-            if (kept == 0 || !(std::abs(next.angle - directions[kept - 1].angle) < detail::numericalZero)) {
-                directions[kept++] = next;
-            } else if (directions[kept - 1].position.Distance(pivot) < next.position.Distance(pivot)) {
-                directions[kept - 1] = next;
-            }
+        bool areNear = true;
+        for (Direction& d : directions) {
+            d.turn = DiamondAngleAbout(pivot, d.position);
+            areNear = areNear && d.turn <= 2.0;
         }
-        directions.resize(kept);
+        if (!areNear) {
+            for (Direction& d : directions) d.turn = AngleAbout(pivot, d.position);
+        }
+        SortByTurn(directions);
+        KeepFarthest(directions, pivot);
 
         std::vector<Position> turns{pivot};
         for (const Direction& next : directions) {
