@@ -79,7 +79,10 @@ public:
         std::iota(source.Get(), source.Get() + size, std::size_t{0});
         for (std::size_t start = 0; start < padded; start += panel) {
             const std::size_t end = start + panel;
-            for (std::size_t k = start; k < end; ++k) EliminateInPanel(k, end);
+            EliminateInPanel<0>(start);
+            EliminateInPanel<1>(start);
+            EliminateInPanel<2>(start);
+            EliminateInPanel<3>(start);
             for (std::size_t k = start; k < end; ++k) {
                 for (std::size_t i = k + 1; i < end; ++i) Subtract(Row(i), Row(i)[k], Row(k), end, padded);
             }
@@ -162,8 +165,10 @@ private:
         }
     }
 
-    // Finds the pivot of column k and eliminates below it, on the columns up to `end`.
-    void EliminateInPanel(std::size_t k, std::size_t end) {
+    // Finds the pivot of one column and eliminates below it, on the columns of its panel.
+    template <std::size_t place>
+    void EliminateInPanel(std::size_t start) {
+        const std::size_t k = start + place;
         std::size_t best = k;
         for (std::size_t i = k + 1; i < size; ++i) {
             if (std::abs(Row(i)[k]) > std::abs(Row(best)[k])) best = i;
@@ -178,7 +183,7 @@ private:
         for (std::size_t i = k + 1; i < size; ++i) {
             double* const row = Row(i);
             row[k] /= pivotRow[k];
-            for (std::size_t j = k + 1; j < end; ++j) row[j] -= row[k] * pivotRow[j];
+            for (std::size_t j = 1; place + j < panel; ++j) row[k + j] -= row[k] * pivotRow[k + j];
         }
     }
     Matrix LowerInverse() const {
