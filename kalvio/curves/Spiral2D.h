@@ -57,11 +57,16 @@ public:
     Spiral2D(Spiral2D&& other) noexcept;
     Spiral2D& operator=(Spiral2D&& other) noexcept;
 
-    /// The axis of a Viennese bend (Hasslinger 2005), along which not the axis but the centre of gravity of a vehicle,
-    /// at a height (the lever) above it, turns by the law `Viennese`, while the track rolls by that law too: with psi
-    /// the change of roll from the start to the end [rad], positive where the right side rises, the curvature is
+    /// The axis of a Viennese bend, along which not the axis but the centre of gravity of a vehicle, at a height (the
+    /// lever) above it, turns by the law `Viennese`, while the track rolls by that law too. Of all polynomials of
+    /// degree seven this f alone goes from 0 to 1 with its first three derivatives 0 at both ends. Where the track has
+    /// rolled by phi(s) [rad], positive where the right side rises, the centre of gravity lies lever phi to the left of
+    /// the axis, so that its path has, to the first order in phi, the curvature k + lever phi''(s). With psi the change
+    /// of phi from the start to the end, the axis has
     ///
-    ///     k(t) = k1 + (k2 - k1) f(t) - lever psi f''(t) / length^2,   f'' = 420 t^2 (1 - t)^2 (1 - 2 t).
+    ///     k(t) = k1 + (k2 - k1) f(t) - lever psi f''(t) / length^2,   f'' = 420 t^2 (1 - t)^2 (1 - 2 t),
+    ///
+    /// and joins what lies before and behind it with equal curvature and rate of curvature.
     ///
     /// It may swing out beyond both ends, so it comes in parts over each of which it only grows or falls, as searches
     /// along curves need it: three, or one where it does not swing out.
