@@ -71,7 +71,7 @@ Matrix3D::Matrix3D(RotateType, int axis, double cosine, double sine) {
 
 // Rodrigues' formula for row vectors: c I + (1 - c) k^T k + s [k], with [k] the matrix of v -> k x v.
 void Matrix3D::SetRotation(Vec3D axis, double cosine, double sine) {
-    const double length = std::hypot(axis.GetX(), axis.GetY(), axis.GetZ());
+    const double length = std::hypot(std::hypot(axis.GetX(), axis.GetY()), axis.GetZ());
     if (!(length > detail::numericalZero) || !std::isfinite(length)) return;
     axis /= length;
     const double x = axis.GetX();

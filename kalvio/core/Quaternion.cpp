@@ -15,7 +15,7 @@ constexpr double crossProductNoise = 1e-14;  // of unit vectors: a shorter produ
 bool IsUsableLength(double length) { return length > detail::numericalZero && std::isfinite(length); }
 
 bool MakeUnit(Vec3D& v) {
-    const double length = std::hypot(v.GetX(), v.GetY(), v.GetZ());
+    const double length = std::hypot(std::hypot(v.GetX(), v.GetY()), v.GetZ());
     if (!IsUsableLength(length)) return false;
     v /= length;
     return true;
@@ -101,7 +101,7 @@ bool Quaternion::GetRotation(Vec3D& axis, Angle& angle) const {
     unit.Normalize();
     const double sign = unit[3] < 0.0 ? -1.0 : 1.0;
     const Vec3D part(sign * unit[0], sign * unit[1], sign * unit[2]);
-    const double sine = std::hypot(part.GetX(), part.GetY(), part.GetZ());
+    const double sine = std::hypot(std::hypot(part.GetX(), part.GetY()), part.GetZ());
     axis = sine > 0.0 ? part / sine : Vec3D(0.0, 0.0, 1.0);
     angle = 2.0 * std::atan2(sine, sign * unit[3]);
     return true;

@@ -71,10 +71,13 @@ int CubicFunction::GetCubicRoots(std::complex<double> (&roots)[3]) const {
     const double q = p2 * (2.0 * p2 * p2 - 9.0 * p1) / 27.0 + p0;
     double discriminant = q * q / 4.0 + p * p * p / 27.0;
     if (std::abs(discriminant) <= epsilon * (q * q / 4.0 + std::abs(p * p * p) / 27.0)) discriminant = 0.0;
-    const std::complex<double> root = std::sqrt(std::complex<double>(discriminant));
+    // In parts: standard libraries differ in the last digit of complex roots, powers and quotients.
+    const double part = std::sqrt(std::abs(discriminant));
+    const std::complex<double> root(discriminant < 0.0 ? 0.0 : part, discriminant < 0.0 ? part : 0.0);
     const std::complex<double> cube = q > 0.0 ? -0.5 * q - root : -0.5 * q + root;
-    const std::complex<double> u = cube == 0.0 ? 0.0 : std::pow(cube, 1.0 / 3.0);
-    const std::complex<double> v = u == 0.0 ? 0.0 : -p / (3.0 * u);
+    const std::complex<double> u =
+        cube == 0.0 ? 0.0 : std::polar(std::pow(std::abs(cube), 1.0 / 3.0), std::arg(cube) / 3.0);
+    const std::complex<double> v = u == 0.0 ? 0.0 : std::conj(u) * (-p / (3.0 * std::norm(u)));
     double t = 0.0;
     double smallest = std::numeric_limits<double>::infinity();
     for (const std::complex<double>& factor : {GetFactor1(), GetFactor2(), GetFactor3()}) {

@@ -148,7 +148,7 @@ void PairRoots(Factors& factors) {
     };
     std::erase_if(factors.quadratics, split);
     factors.roots.clear();
-    std::sort(real.begin(), real.end(), [](double a, double b) { return std::abs(a) < std::abs(b); });
+    std::stable_sort(real.begin(), real.end(), [](double a, double b) { return std::abs(a) < std::abs(b); });
     for (std::size_t i = 0; i < real.size(); ++i) {
         if (i + 1 < real.size() && std::abs(real[i + 1]) < equalMagnitude * std::abs(real[i])) {
             factors.quadratics.push_back({-(real[i] + real[i + 1]), real[i] * real[i + 1]});
@@ -290,7 +290,7 @@ Factors FactorsFromAllRoots(const std::vector<double>& a) {
     }
     Factors factors;
     const auto flatness = [](const std::complex<double>& x) { return std::abs(x.imag()) / std::abs(x); };
-    std::sort(z.begin(), z.end(), [&](const auto& x1, const auto& x2) { return flatness(x1) < flatness(x2); });
+    std::stable_sort(z.begin(), z.end(), [&](const auto& x1, const auto& x2) { return flatness(x1) < flatness(x2); });
     while (!z.empty()) {
         const std::complex<double> root = z.back();
         z.pop_back();

@@ -484,7 +484,7 @@ bool LineString2D::IsSelfCrossing(std::vector<std::pair<Point2D, double>>& cross
         found.push_back({contact.point, LengthAt(lengths, i, contact.onFirst), LengthAt(lengths, j, contact.onSecond)});
         return false;
     });
-    std::sort(found.begin(), found.end(), [](const Crossing& a, const Crossing& b) {
+    std::stable_sort(found.begin(), found.end(), [](const Crossing& a, const Crossing& b) {
         return a.first < b.first || (a.first == b.first && a.later < b.later);
     });
     // At a shared vertex up to four pairs of segments meet, their feet at most two tolerances apart; and of three

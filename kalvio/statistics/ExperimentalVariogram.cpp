@@ -154,7 +154,8 @@ bool ExperimentalVariogram::Build(const std::vector<Point3D>& samples, double st
     for (const Point3D& p : sorted) {
         if (!std::isfinite(p.GetX()) || !std::isfinite(p.GetY()) || !std::isfinite(p.GetZ())) return false;
     }
-    std::sort(sorted.begin(), sorted.end(), [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
+    std::stable_sort(sorted.begin(), sorted.end(),
+                     [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
     const double east = std::sin(bearing.GetRadians());
     const double north = std::cos(bearing.GetRadians());
     constexpr double rounding = 1e-9;  // of angles

@@ -196,13 +196,24 @@ private:
             }
             std::copy_n(room.data(), seeds.size(), seeds.data());
         }
-        const auto begin = seeds.begin();
-        std::nth_element(begin + static_cast<std::ptrdiff_t>(first), begin + static_cast<std::ptrdiff_t>(nrOfLow),
-                         begin + static_cast<std::ptrdiff_t>(last),
-                         [this, k = range.axis](const Seed& a, const Seed& b) {
-                             if (a.center[k] != b.center[k]) return a.center[k] < b.center[k];
-                             return IsBefore(grid.axes[k], a, b);
-                         });
+        // Both sides in the order in which they came, of equal ones the first below: whichever library selects.
+        const auto isBefore = [this, k = range.axis](const Seed& a, const Seed& b) {
+            if (a.center[k] != b.center[k]) return a.center[k] < b.center[k];
+            return IsBefore(grid.axes[k], a, b);
+        };
+        const std::span<Seed> part = seeds.subspan(first, last - first);
+        const std::size_t nrBelow = nrOfLow - first;
+        std::copy(part.begin(), part.end(), room.begin());
+        std::nth_element(room.data(), room.data() + nrBelow, room.data() + part.size(), isBefore);
+        const Seed bound = room[nrBelow];
+        const auto isBelow = [&](const Seed& seed) { return isBefore(seed, bound); };
+        std::size_t nrOfEqual = nrBelow - static_cast<std::size_t>(std::count_if(part.begin(), part.end(), isBelow));
+        std::array<Seed*, 2> next{room.data(), room.data() + nrBelow};
+        for (const Seed& seed : part) {
+            const bool isLow = isBelow(seed) || (nrOfEqual > 0 && !isBefore(bound, seed) && nrOfEqual-- > 0);
+            *next[isLow ? 0 : 1]++ = seed;
+        }
+        std::copy_n(room.data(), part.size(), part.data());
     }
 
     /// Halves the range until as many as are wanted lie below the bound. False when equal centres leave none.

@@ -212,8 +212,8 @@ private:
             if (vertex == from.vertex || vertex == to.vertex || !(station > 0.0 && station < Square(along))) continue;
             places.push_back({p, vertex, side});
         }
-        std::sort(places.begin() + static_cast<std::ptrdiff_t>(first), places.end(),
-                  [&](const Place& a, const Place& b) { return Dot(a.at - b.at, along) < 0.0; });
+        std::stable_sort(places.begin() + static_cast<std::ptrdiff_t>(first), places.end(),
+                         [&](const Place& a, const Place& b) { return Dot(a.at - b.at, along) < 0.0; });
     }
 
     bool Triangulate(const Piece& piece) {
@@ -290,7 +290,7 @@ private:
             for (const unsigned int vertex : known->second) stations.push_back(InPlan(vertices[vertex]));
         }
         const auto isBefore = [&](const PlanePoint& a, const PlanePoint& b) { return t.StationOf(a) < t.StationOf(b); };
-        std::sort(stations.begin(), stations.end(), isBefore);
+        std::stable_sort(stations.begin(), stations.end(), isBefore);
         const auto isSame = [&](const PlanePoint& a, const PlanePoint& b) {
             return t.StationOf(b) - t.StationOf(a) <= near;
         };

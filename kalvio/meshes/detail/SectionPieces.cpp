@@ -231,7 +231,7 @@ bool PlaneEdges::Counts(std::size_t first, std::size_t end) const {
 }
 
 void PlaneEdges::Sort() {
-    std::sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) {
+    std::stable_sort(edges.begin(), edges.end(), [](const Edge& a, const Edge& b) {
         return IsLess(a.from, b.from) || (detail::IsSame(a.from, b.from) && IsLess(a.to, b.to));
     });
 }
@@ -251,7 +251,7 @@ void SectionPieces::UniteAtBends() {
             if (end->bend != noBend) ends.push_back(end);
         }
     }
-    std::sort(ends.begin(), ends.end(), [](const End* a, const End* b) {
+    std::stable_sort(ends.begin(), ends.end(), [](const End* a, const End* b) {
         return a->bend < b->bend || (a->bend == b->bend && a->point.GetZ() < b->point.GetZ());
     });
     for (auto first = ends.begin(); first != ends.end();) {
@@ -302,7 +302,7 @@ void SectionPieces::Chain(std::vector<LineString3D>& out) {
         Direct(string, advance, walk.front().place == walk.back().place);
     });
     const auto isLess = [](const End& a, const End& b) { return IsLess(a.point, b.point); };
-    std::sort(points.begin(), points.end(), isLess);
+    std::stable_sort(points.begin(), points.end(), isLess);
     for (std::size_t i = 0; i < points.size(); ++i) {
         const bool isRepeated = i > 0 && IsSame(points[i].point, points[i - 1].point);
         if (isRepeated || std::binary_search(places.begin(), places.end(), points[i], isLess)) continue;

@@ -57,7 +57,7 @@ public:
             if (!touches[i]) parts.push_back(std::move(rings[i]));
         }
         corners = sides.corners;
-        std::sort(passages.begin(), passages.end(), [](const Passage& a, const Passage& b) {
+        std::stable_sort(passages.begin(), passages.end(), [](const Passage& a, const Passage& b) {
             return a.side < b.side || (a.side == b.side && a.parameter < b.parameter);
         });
         LinkPlaces();
@@ -315,7 +315,7 @@ private:
 
     // Appends outlines, counter-clockwise.
     void JoinChains(std::vector<Ring>& rings) {
-        std::sort(ends.begin(), ends.end(), [](const End& a, const End& b) {
+        std::stable_sort(ends.begin(), ends.end(), [](const End& a, const End& b) {
             return a.position < b.position || (a.position == b.position && a.slope < b.slope);
         });
         std::vector<std::size_t> partner(ends.size());

@@ -83,8 +83,8 @@ void Crossings::Find() {
 
 // Curves that lie along each other do so from an end of one to an end of one.
 void Crossings::FindStretches() {
-    std::sort(contacts.begin(), contacts.end(),
-              [](const CurveContact& a, const CurveContact& b) { return a.onFirst < b.onFirst; });
+    std::stable_sort(contacts.begin(), contacts.end(),
+                     [](const CurveContact& a, const CurveContact& b) { return a.onFirst < b.onFirst; });
     for (std::size_t i = 0, next = 1; next < contacts.size(); ++next) {
         if (contacts[next].onFirst - contacts[i].onFirst <= limits.reach) continue;  // the same place
         if (IsStretch(contacts[i], contacts[next])) {
@@ -138,8 +138,8 @@ void Crossings::Merge() {
         if (!isKnown) contacts[kept++] = contact;
     }
     contacts.resize(kept);
-    std::sort(contacts.begin(), contacts.end(),
-              [](const CurveContact& a, const CurveContact& b) { return a.onFirst < b.onFirst; });
+    std::stable_sort(contacts.begin(), contacts.end(),
+                     [](const CurveContact& a, const CurveContact& b) { return a.onFirst < b.onFirst; });
 }
 
 // Contacts are one where the curves stay together between them.

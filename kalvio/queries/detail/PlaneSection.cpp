@@ -139,12 +139,12 @@ IntersectionResult PlaneSection::Finish(const Vec3D& areaNormal, std::vector<Lin
             if (!std::isfinite(passage.position)) return IntersectionResult::NoIntersection;
         }
         const auto isBefore = [](const Passage& a, const Passage& b) { return a.position < b.position; };
-        std::sort(walk.begin(), walk.end(), isBefore);
+        std::stable_sort(walk.begin(), walk.end(), isBefore);
         for (std::size_t i = 1; i < walk.size(); i += 2) pieces.emplace_back(walk[i - 1], walk[i]);
     }
     if (pieces.empty()) return IntersectionResult::NoIntersection;
-    std::sort(pieces.begin(), pieces.end(),
-              [](const auto& a, const auto& b) { return a.first.position < b.first.position; });
+    std::stable_sort(pieces.begin(), pieces.end(),
+                     [](const auto& a, const auto& b) { return a.first.position < b.first.position; });
     std::pair<Passage, Passage> joined = pieces.front();
     for (const auto& piece : pieces) {
         if (piece.first.position > joined.second.position + heights.tolerance) {
