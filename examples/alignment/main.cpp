@@ -57,10 +57,10 @@ constexpr const char* kUsage =
     "  --join    a line X,Y,X,Y or a circle X,Y,R (right turn: R negative): all arcs of --radius, or the transitions,\n"
     "            from the first to the second\n"
     "  --transition  Clothoid, Bloss, Sine, Cosine, Biquadratic, Viennese or Cubic (Clothoid)\n"
-    "  --space   writes the axis in space, every step and wherever it changes: x, y, z, grade, cross slopes and frame\n"
-    "  --cross-lines  writes the lines across the axis every step and wherever it changes: ends and axis, on the "
-    "surface\n"
-    "            where there is a profile; the picture shows them\n"
+    "  --space   writes the axis in space, at multiples of the step and wherever it changes: x, y, z, grade, cross\n"
+    "            slopes and frame\n"
+    "  --cross-lines  writes the lines across the axis at multiples of the step and wherever it changes: ends and\n"
+    "            axis, on the surface where there is a profile; the picture shows them\n"
     "  --width   of those to either side (10)\n"
     "  --xml     writes the alignments as LandXML\n"
     "  --cross   all common points with the alignments of another file, with the stations of both and the height\n"
@@ -261,23 +261,13 @@ void LocateInSpace(const std::vector<Alignment>& alignments, const Point3D& poin
     }
 }
 
-// Every step and wherever the alignment changes.
-std::vector<double> StationsOf(const Math::Alignment& road, double step) {
-    std::vector<double> stations = road.GetStationsByStep(0.0, road.GetLength(), step);
-    const std::vector<double> changes = road.GetChanges(0.0, road.GetLength());
-    stations.insert(stations.end(), changes.begin(), changes.end());
-    std::sort(stations.begin(), stations.end());
-    stations.erase(std::unique(stations.begin(), stations.end()), stations.end());
-    return stations;
-}
-
 // The axis in space, with its frame. Without a profile there is none.
 void WriteSpace(std::ostream& out, const std::vector<Alignment>& alignments, double step) {
     out << "alignment,station,length,x,y,z,grade,curvature,profile_curvature,cross_slope_left,cross_slope_right,"
            "direction_x,direction_y,direction_z,up_x,up_y,up_z\n";
     for (const Alignment& alignment : alignments) {
         const Math::Alignment road = alignment.InSpace();
-        for (const double station : StationsOf(road, step)) {
+        for (const double station : road.GetStationsByNumber(0.0, road.GetLength(), step)) {
             Math::Alignment::Frame frame;
             if (!road.GetFrame(station, frame)) continue;
             out << CsvField(alignment.name) << ',' << road.GetStationing().GetText(station, 4) << ','
@@ -298,7 +288,7 @@ void WriteCrossLines(std::ostream& out, const std::vector<Alignment>& alignments
     out << "alignment,station,length,offset,x,y,z\n";
     for (const Alignment& alignment : alignments) {
         const Math::Alignment road = alignment.InSpace();
-        for (const double station : StationsOf(road, step)) {
+        for (const double station : road.GetStationsByNumber(0.0, road.GetLength(), step)) {
             LineString3D line;
             Line2D inPlan;
             const bool isInSpace = road.GetCrossLine(station, -width, width, line);
@@ -319,7 +309,7 @@ void WriteCrossLines(std::ostream& out, const std::vector<Alignment>& alignments
 
 void DrawCrossLines(Svg& svg, const SvgPanel& panel, const Alignment& alignment, double step, double width) {
     const Math::Alignment road = alignment.InSpace();
-    for (const double station : StationsOf(road, step)) {
+    for (const double station : road.GetStationsByNumber(0.0, road.GetLength(), step)) {
         Line2D line;
         if (road.GetCrossLine(station, -width, width, line))
             svg.Polyline(panel.ToPage(std::vector{line.GetStart(), line.GetEnd()}), {"#999999", 0.7, "", ""});

@@ -253,6 +253,27 @@ std::vector<double> Alignment::GetStationsByStep(double from, double to, double 
     return stations;
 }
 
+std::vector<double> Alignment::GetStationsByNumber(double from, double to, double step) const {
+    const std::vector<double> changes = GetChanges(from, to);
+    if (changes.empty() || !((changes.back() - changes.front()) / step < mostStations) || !(step > 0.0)) return {};
+    std::vector<double> stations{changes.front()};
+    for (std::size_t i = 1; i < changes.size(); ++i) {
+        const double start = changes[i - 1];
+        const double end = changes[i];
+        const Stationing::Place middle = stationing.GetPlace(0.5 * (start + end));  // surely of the zone between them
+        const double first = std::ceil((middle.number - (middle.length - start)) / step);
+        const auto count = static_cast<std::size_t>((end - start) / step) + 2;
+        for (std::size_t k = 0; k < count; ++k) {
+            double station = 0.0;
+            const double number = (first + static_cast<double>(k)) * step;
+            if (!stationing.GetLength(number, middle.zone, station)) continue;
+            if (station - stations.back() > sameChange && end - station > sameChange) stations.push_back(station);
+        }
+        stations.push_back(end);
+    }
+    return stations;
+}
+
 // A chord over a length d of stations leaves the curve by at most |P''| d^2 / 8, with |P''|^2 = k^2 + y''^2.
 std::vector<double> Alignment::GetStationsByHeight(double from, double to, double height) const {
     if (!(height > 0.0)) return {};

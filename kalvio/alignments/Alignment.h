@@ -137,6 +137,9 @@ public:
     /// from, from + step ... and `to`, clipped to the plan. Empty for a step that is not positive, and for more than
     /// 1e8.
     std::vector<double> GetStationsByStep(double from, double to, double step) const;
+    /// The changes, and the stations whose number is a multiple of the step: what is pegged from 12+003.5 on is
+    /// 12+003.5, 12+020, 12+040 ... and the main points. Empty as above.
+    std::vector<double> GetStationsByNumber(double from, double to, double step) const;
     /// The changes, and between them stations such that no chord in space lies further than `height` from the axis
     /// (without its lift by the cant). Empty as above.
     std::vector<double> GetStationsByHeight(double from, double to, double height) const;

@@ -1,4 +1,4 @@
-#include "kalvio/alignments/Stationing.h"
+#include "kalvio/alignments/Alignment.h"
 
 #include "support/Testing.h"
 
@@ -33,6 +33,15 @@ TEST(StationingTest, TextsNameLengthsOverGapsAndRepeats) {
     EXPECT_EQ(places[1].length, 410.0);
     EXPECT_EQ(road.GetEquation(1).back, 12700.0);
     EXPECT_EQ(road.GetEquation(1).length, 720.0);
+    // Pegs at the multiples of 50, in each zone, and at the equations.
+    Polyline2D straight;
+    straight.AppendElement(Line2D(Point2D(0, 0), Point2D(800, 0)));
+    std::string pegs;
+    for (const double peg : Alignment(straight, {}, {}, road).GetStationsByNumber(210.0, 800.0, 50.0)) {
+        pegs += road.GetText(peg, 0) + ' ';
+    }
+    EXPECT_EQ(pegs,
+              "12+210 12+250 12+300 12+350 12+380/1 12+400/1 12+450 12+500 12+550 12+600 12+650 13+000 13+050 13+080 ");
     Stationing source(road);
     const Stationing moved(std::move(source));
     EXPECT_EQ(source.GetStart(), moved.GetStart()) << "a moved-from object still has a zone";
