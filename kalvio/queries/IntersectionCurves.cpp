@@ -72,8 +72,9 @@ IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D&
     const bool areSame = distance == 0.0 && difference == 0.0;  // whatever the epsilon
     if (areSame || (epsilon > distance && epsilon > difference)) return IntersectionResult::Coincident;
     if (!(distance <= r0 + r1) || !(difference <= distance)) return IntersectionResult::NoIntersection;
-    const double along = (r0 * r0 - r1 * r1 + distance * distance) / (2.0 * distance);
-    // r0^2 - along^2, taken apart so that circles as far apart as their radii add up to have none of it.
+    // The squares are taken apart: circles that are nearly the same keep their digits, and those as far apart as their
+    // radii add up have nothing of r0^2 - along^2.
+    const double along = ((r0 - r1) * (r0 + r1) + distance * distance) / (2.0 * distance);
     const double squared = ((r0 + r1) - distance) * ((distance + (r1 - r0)) / (2.0 * distance)) *
                            (((r0 + r1) + distance) * ((distance + (r0 - r1)) / (2.0 * distance)));
     const double half = std::sqrt(std::abs(squared));
