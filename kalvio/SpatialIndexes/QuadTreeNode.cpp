@@ -247,9 +247,16 @@ void QuadTreeNode::Insert(detail::Arrivals& arrivals) {
 void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail::Arrivals::Place> places,
                               std::span<detail::Arrivals::Place> room) {
     constexpr std::size_t few = 4;  // sorted no faster than inserted
+    constexpr std::size_t fewToReadAhead = 64;
     const auto itemOf = [&](const detail::Arrivals::Place& place) {
         return const_cast<ISpatialIndexData*>(arrivals.items[place.item]);
     };
+    if (places.size() <= fewToReadAhead) {
+        for (const auto& place : places) {  // from all over the memory
+            detail::ReadAhead(&arrivals.boxes[place.item]);
+            detail::ReadAhead(&arrivals.items[place.item]);
+        }
+    }
     if (places.size() <= few) {
         for (const auto& place : places) Insert(place.box, arrivals.boxes[place.item], itemOf(place));
         return;

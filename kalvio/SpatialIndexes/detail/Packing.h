@@ -122,6 +122,10 @@ private:
         auto node = tree.MakeNode(level);
         auto& entries = tree.EntriesOf(*node);
         if (level == 0) {
+            for (const Seed& seed : seeds) {  // from all over the memory
+                ReadAhead(Boxes().GetBounds(seed.item).first);
+                ReadAhead(&items[seed.item]);
+            }
             for (const Seed& seed : seeds) entries.AppendItem(Boxes(), seed.item, items[seed.item]);
         } else {
             Divide(seeds, NrOfChildren(seeds.size(), level, isRoot), [&](std::span<Seed> part) {
