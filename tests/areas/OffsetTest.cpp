@@ -35,6 +35,7 @@ TEST(OffsetTest, CornersAreJoinedOnTheOutsideAndMeetOnTheInside) {
         {"closed, inside", closed, -1, Join::Round, 2, 32, 32, 1},
         {"nothing is as far inside: lines meet beyond each other", closed, -6, Join::Round, 2, 8, 0, 0},
         {"too narrow: the floor does not reach the meetings", narrow, -3, Join::Round, 2, 22 + std::sqrt(72.0), 0, 0},
+        {"a gap of 1.8 tolerances closes", "0 0 3 0 3 10 0 10 0 0", -1.49991, Join::Round, 2, 14.00072, 0, 0},
         {"none", corner, 0, Join::Round, 2, 20, 20, 1},
     };
     for (const Row& row : rows) {
@@ -89,8 +90,13 @@ TEST(OffsetTest, TrimmedParallelsAreWhatTheDistanceLeaves) {
         ASSERT_TRUE(Offset::Parallel(chain, distance, raw, kTolerances));
         ASSERT_TRUE(Offset::TrimmedParallel(chain, distance, trimmed, kTolerances));
         Polyline2D::PolylinePoint place, foot;
+        double done = 0.0;
         for (const Polyline2D& part : trimmed) {
             EXPECT_TRUE(part.IsContinuous(1e-6));
+            ASSERT_TRUE(part.MakePointAndTangentAt(0.5 * part.GetLength(), place) &&
+                        chain.GetNearestPoint(place.point, foot, kTolerances));
+            EXPECT_GE(foot.station, done) << "along the chain";
+            done = foot.station;
             for (double s = 0.0; s <= part.GetLength(); s += 0.37) {
                 ASSERT_TRUE(part.MakePointAndTangentAt(s, place) &&
                             chain.GetNearestPoint(place.point, foot, kTolerances));

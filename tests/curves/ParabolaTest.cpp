@@ -85,6 +85,7 @@ TEST(ParabolaTest, ArcLengthKeepsItsDigits) {
         {"a small part far out", 0.5, 0.0, 2.0, 2.0 + 0x1p-30, 0x1p-30 * std::hypot(1.0, 2.0 + 0x1p-31)},
         {"steep falling grade, where ln(u + sqrt(u^2 + 1)) is infinite", 1.0, -1e9, 0.0, 1.0, 999999999.0},
         {"slopes whose squares overflow, both signs", 1e180, 0.0, -1.0, 3.0, 1e181},
+        {"slopes whose squares overflow, one sign", 1e180, 0.0, 1.0, 3.0, 8e180},
         {"no extent", 3.0, 1.0, 2.0, 2.0, 0.0},
     };
     for (const auto& [why, a, b, x1, x2, expected] : rows) {

@@ -220,6 +220,8 @@ TEST(Polygon2DTest, ValidateFindsTheFirstFaultAndSaysWhere) {
     Point2D where(7, 7);
     const Polygon2D beside = MakePolygon("10.09 10.09 12 10.5 12 12");
     EXPECT_FALSE(Polygon2D::IsPolygonInsideNotCrossing(beside, MakePolygon(kSquare), 0.1));
+    const Polygon2D tip = MakePolygon("0 5 5 2 10.15 5 5 8");  // shorter than two tolerances outside
+    EXPECT_FALSE(Polygon2D::IsPolygonInsideNotCrossing(tip, MakePolygon(kSquare), 0.1));
     EXPECT_TRUE(MakePolygon("0 0 10 0 10 5 5 5 5 10 0 10 / 4.91 4.91 2 4 2 2").Validate(where, true, 0.1));
     Polygon2D broken = MakePolygon(square + "/1 1 2 1 2 2");
     broken.GetHoleBoundary(0).GetPoint(1).SetY(kNan);

@@ -148,6 +148,16 @@ TEST(IntersectionPolylinesTest, Results) {
     EXPECT_EQ(I::PolylineLineSegment(road, along, points, kTolerances), R::Intersecting);
     ExpectNear(points, {0, 100, 70, 100}, 1e-9);
     EXPECT_EQ(points[2].elementIndex, 1U);
+    // So flat a crossing leads into the joint behind it: they are one.
+    const Polyline2D flat = ChainOf(Line2D(P(3, 2), P(0, 2)));
+    Polyline2D bend = ChainOf(Arc2D(P(1, 0), P(1, 1.00003), Angle(kPi)), Line2D(P(1, 2.00006), P(1, 4)));
+    for (int reversed = 0; reversed < 2; ++reversed, bend.Reverse()) {
+        PolylinePoints crossing;
+        EXPECT_EQ(I::PolylinePolyline(flat, bend, crossing, kTolerances), R::Intersecting);
+        EXPECT_EQ(crossing.size(), 1U);
+        EXPECT_EQ(I::PolylinePolyline(bend, flat, crossing, kTolerances), R::Intersecting);
+        EXPECT_EQ(crossing.size(), 2U);
+    }
     for (const double seam : {0.5, 2.0, 3.5, 6.0}) {
         const Arc2D full(P(50, 0) + (P(Angle(seam), 10.0) - P()), P(50, 0), Angle(2.0 * kPi));
         for (const Polyline2D* const round : {&ring, &halves, &clockwise}) {

@@ -154,6 +154,8 @@ TEST(WktTest, CurvesComeBackInPlace) {
     std::string text;
     ASSERT_TRUE(Wkt::Write(PolygonCurve3D(ring), text));
     EXPECT_TRUE(PolygonCurve3D(ring).IsEqualTo(*Read(text)[0], 1e-12)) << text;
+    ASSERT_TRUE(Wkt::Write(Polygon2D{Point2D(0, 0), Point2D(2, -1), Point2D(4, 0)}, text));
+    EXPECT_EQ(text, "POLYGON ((0 0, 2 -1, 4 0, 0 0))") << "one coordinate alone closes no ring";
     ASSERT_TRUE(Wkt::Write(Circle2D(Point2D(3, 4), -2.0), text));
     EXPECT_NEAR(Read(text)[0]->GetLength(), 4 * kPi, 1e-13) << text;
 }
