@@ -199,6 +199,9 @@ TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
     Polyline2D beyond;  // the series of the clothoid: a tangent of 10 radians
     beyond.AppendElement(new Clothoid(0.0, 4.95, 22.6, Point2D(), Vec2D(1.0, 0.0)));
     EXPECT_FALSE(Offset::TrimmedParallel(beyond, 140.0, trimmed, Tolerances(7.0)));
+    Polyline2D high, made;
+    high.AppendElement(Parabola(Point2D(0, 0), Point2D(9, 0), 1e200, 0.0, 0.0));
+    EXPECT_TRUE(!Offset::Parallel(high, 1.0, made, kTolerances) || std::isfinite(made.GetLength()));
     EXPECT_EQ(raw.GetNrOfElements(), 0U);
     EXPECT_EQ(trimmed.size(), 2U);
 }

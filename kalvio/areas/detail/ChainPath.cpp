@@ -248,7 +248,7 @@ void TakeParallel(const IPolyline2DElement& element, double tolerance, std::size
     ElementPoint start, end;
     FittedPath parallel;
     if (!EvaluateElement(element, 0.0, start) || !EvaluateElement(element, length, end) ||
-        !GoAlong(curve, 0.0, length, tolerance, parallel)) {
+        !GoAlong(curve, 0.0, length, tolerance, parallel) || !AreInRange(parallel.path)) {
         return;
     }
     transitions.bends.push_back({corner, Plain(start.tangent), Plain(end.tangent)});
