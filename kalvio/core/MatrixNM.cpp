@@ -182,12 +182,17 @@ bool MatrixNM::CoFactor(MatrixNM& cofactors) const {
     if (!IsUsable()) return false;
     const std::size_t n = numRows;
     detail::Elimination elimination = Load(*this);
-    MakeSquare(cofactors, numRows);
+    MatrixNM made(numRows, numCols);
+    const auto store = [&] {
+        if (!made.IsUsable()) return false;
+        cofactors = std::move(made);
+        return true;
+    };
     if (n <= detail::largestExpanded) {
         detail::ExpandCofactors(
             elimination.Row(0), n, elimination.Stride(),
-            [&](std::size_t i, std::size_t j, double value) { cofactors.rows[i][static_cast<int>(j)] = value; });
-        return true;
+            [&](std::size_t i, std::size_t j, double value) { made.rows[i][static_cast<int>(j)] = value; });
+        return store();
     }
     const detail::Elimination unchanged(elimination);
     const std::size_t last = n - 1;
@@ -198,10 +203,7 @@ bool MatrixNM::CoFactor(MatrixNM& cofactors) const {
         for (std::size_t i = 0; i < n; ++i) std::swap(elimination.Row(i)[dependent], elimination.Row(i)[last]);
         elimination.Run();
     }
-    if (elimination.FirstZeroPivot() < last) {
-        for (VecND& row : cofactors.rows) row = VecND(GetNumCols());
-        return true;
-    }
+    if (elimination.FirstZeroPivot() < last) return store();
     detail::ScaledProduct factor = elimination.PivotProduct(last);
     if (dependent < last) factor.Multiply(-1.0);
     const detail::Elimination::Matrix inverse = elimination.ScaledInverse();
@@ -209,10 +211,10 @@ bool MatrixNM::CoFactor(MatrixNM& cofactors) const {
         const std::size_t column = i == dependent ? last : i == last ? dependent : i;
         const double* const row = inverse.Get() + i * elimination.Stride();
         for (std::size_t j = 0; j < n; ++j) {
-            cofactors.rows[elimination.Source(j)][static_cast<int>(column)] = factor.Times(row[j]);
+            made.rows[elimination.Source(j)][static_cast<int>(column)] = factor.Times(row[j]);
         }
     }
-    return true;
+    return store();
 }
 
 bool MatrixNM::Adjoint(MatrixNM& adjoint) const {
@@ -267,7 +269,7 @@ bool MatrixNM::LUDecomposition(MatrixNM& lower, MatrixNM& upper, LUDecomposition
         }
         return false;
     };
-    if (!decompose()) return false;
+    if (!decompose() || !l.IsUsable() || !u.IsUsable()) return false;
     lower = std::move(l);
     upper = std::move(u);
     return true;

@@ -55,7 +55,7 @@ public:
     [[nodiscard]] bool Determinant(double& determinant) const;
     /// The matrix of the signed minors, right also for singular matrices; that of a 1 x 1 matrix is 1. Same methods and
     /// cost as `Determinant`.
-    /// @return false for a matrix that is not square, has no rows or has elements that are not finite
+    /// @return false for a matrix that is not square, has no rows, or elements or minors that are not finite
     [[nodiscard]] bool CoFactor(MatrixNM& cofactors) const;
     /// The transpose of the cofactors. To rounding: A Adjoint(A) = det(A) I.
     [[nodiscard]] bool Adjoint(MatrixNM& adjoint) const;

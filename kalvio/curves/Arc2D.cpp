@@ -259,15 +259,13 @@ bool Arc2D::IsPointInside(const Point2D& point, double tolerance) const {
 bool Arc2D::GetShortestLengthFromStartPoint(const Point2D& point, double& length, double tolerance) const {
     if (!IsPointOnCircle(point, tolerance)) return false;
     const double travel = TravelTo(point);
-    length = GetRadius() * std::min(travel, detail::twoPi - travel);
-    return true;
+    return detail::Store(GetRadius() * std::min(travel, detail::twoPi - travel), length);
 }
 
 bool Arc2D::GetShortestLengthFromEndPoint(const Point2D& point, double& length, double tolerance) const {
     if (!IsPointOnCircle(point, tolerance)) return false;
     const double travel = TravelBackTo(point);
-    length = GetRadius() * std::min(travel, detail::twoPi - travel);
-    return true;
+    return detail::Store(GetRadius() * std::min(travel, detail::twoPi - travel), length);
 }
 
 int Arc2D::GetY(double x, double& y, double tolerance) const {
@@ -303,8 +301,7 @@ int Arc2D::GetY(double x, double& y, double tolerance) const {
 bool Arc2D::GetPointOffsetFromStart(double station, Point2D& point) const {
     const double curvature = GetCurvature();
     if (curvature == 0.0 || !std::isfinite(station)) return false;
-    point = PointAt(Turn(station * curvature));
-    return true;
+    return detail::Store(PointAt(Turn(station * curvature)), point);
 }
 
 bool Arc2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {

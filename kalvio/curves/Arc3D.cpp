@@ -202,8 +202,7 @@ bool Arc3D::GetShortestLengthFromEndPoint(const Point3D& point, double& length, 
 bool Arc3D::GetPointOffsetFromStart(double station, Point3D& point) const {
     Point2D p;
     if (!InPlane().GetPointOffsetFromStart(station, p)) return false;
-    point = Frame().ToSpace(p);
-    return true;
+    return detail::Store(Frame().ToSpace(p), point);
 }
 
 bool Arc3D::MakePointAndTangentAt(double station, PolylineElementPoint& result) const {
@@ -216,8 +215,9 @@ bool Arc3D::MakePointAndTangentAt(double station, PolylineElementPoint& result) 
 
 bool Arc3D::MakeArc(double from, double to, Arc3D& part) const {
     Arc2D arc;
-    if (!InPlane().MakeArc(from, to, arc)) return false;
-    part = Arc3D(Frame().ToSpace(arc.GetStart()), centerPoint, arc.GetAngle(), plane);
+    Point3D start;
+    if (!InPlane().MakeArc(from, to, arc) || !detail::Store(Frame().ToSpace(arc.GetStart()), start)) return false;
+    part = Arc3D(start, centerPoint, arc.GetAngle(), plane);
     return true;
 }
 

@@ -45,15 +45,11 @@ bool Line3D::Holds(const Point3D& point, double tolerance) const {
 }
 
 bool Line3D::GetLengthFromStartPoint(const Point3D& point, double& length, double tolerance) const {
-    if (!Holds(point, tolerance)) return false;
-    length = start.Distance(point);
-    return true;
+    return Holds(point, tolerance) && detail::Store(start.Distance(point), length);
 }
 
 bool Line3D::GetLengthFromEndPoint(const Point3D& point, double& length, double tolerance) const {
-    if (!Holds(point, tolerance)) return false;
-    length = end.Distance(point);
-    return true;
+    return Holds(point, tolerance) && detail::Store(end.Distance(point), length);
 }
 
 Point3D Line3D::GetNearestPoint(const Point3D& point, const Tolerances& tolerances) const {

@@ -383,12 +383,8 @@ bool Parabola::MakePointAndTangentAt(double station, PolylineElementPoint& resul
 bool Parabola::MakePointAndTangentAtAbscissa(double x, PolylineElementPoint& result) const {
     const auto [low, high] = std::minmax({start.GetX(), end.GetX()});
     if (!(x >= low && x <= high)) return false;
-    if (x == start.GetX()) {
-        result = MakeSample(start, 0.0);
-    } else {
-        result = x == end.GetX() ? MakeSample(end, GetLength()) : GetSample(x);
-    }
-    return true;
+    if (x == start.GetX()) return detail::Store(MakeSample(start, 0.0), result);
+    return detail::Store(x == end.GetX() ? MakeSample(end, GetLength()) : GetSample(x), result);
 }
 
 bool Parabola::MakePoints(double from, double to, double step, std::vector<PolylineElementPoint>& points,

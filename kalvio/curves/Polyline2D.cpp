@@ -217,9 +217,8 @@ bool Polyline2D::GetLengthFromStartPoint(const Point2D& point, double& length, d
     length = 0.0;
     return VisitNear(point, tolerance, [&](std::size_t i) {
         double onElement = 0.0;
-        if (!elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) return false;
-        length = elements.GetStations().start[i] + onElement;
-        return true;
+        return elements[i].GetLengthFromStartPoint(point, onElement, tolerance) &&
+               detail::Store(elements.GetStations().start[i] + onElement, length);
     });
 }
 
@@ -233,8 +232,7 @@ bool Polyline2D::GetLengthFromEndPoint(const Point2D& point, double& length, dou
         const std::size_t i = *at;
         if (double onElement = 0.0; elements[i].GetLengthFromEndPoint(point, onElement, tolerance)) {
             const std::vector<double>& stations = elements.GetStations().start;
-            length = stations.back() - stations[i + 1] + onElement;
-            return true;
+            if (detail::Store(stations.back() - stations[i + 1] + onElement, length)) return true;
         }
     }
     length = 0.0;

@@ -58,8 +58,7 @@ bool Polyline3D::GetLengthFromStartPoint(const Point3D& point, double& length, d
     double before = 0.0;
     for (std::size_t i = 0; i < elements.Size(); ++i) {
         if (double onElement = 0.0; elements[i].GetLengthFromStartPoint(point, onElement, tolerance)) {
-            length = before + onElement;
-            return true;
+            if (detail::Store(before + onElement, length)) return true;
         }
         before += elements[i].GetLength();
     }
@@ -71,8 +70,7 @@ bool Polyline3D::GetLengthFromEndPoint(const Point3D& point, double& length, dou
     double behind = 0.0;
     for (std::size_t i = elements.Size(); i-- > 0;) {
         if (double onElement = 0.0; elements[i].GetLengthFromEndPoint(point, onElement, tolerance)) {
-            length = behind + onElement;
-            return true;
+            if (detail::Store(behind + onElement, length)) return true;
         }
         behind += elements[i].GetLength();
     }

@@ -221,8 +221,7 @@ bool LineString3D::GetZ(const Point2D& p, double& z, double tolerance) const {
         const Point3D& a = points[i - 1];
         const Point3D& b = points[i];
         if (!detail::IsPointOnSegment(p, a.GetPoint2D(), b.GetPoint2D(), tolerance)) continue;
-        z = detail::HeightOnSegment(p, a, b);
-        return true;
+        return detail::Store(detail::HeightOnSegment(p, a, b), z);
     }
     return false;
 }
@@ -365,6 +364,9 @@ bool LineString3D::GetSplineLineString(LineString3D& spline, int parts) const {
         }
     }
     dense.push_back(knots.back());
+    Point3D finite;
+    if (!std::all_of(dense.begin(), dense.end(), [&](const Point3D& p) { return detail::Store(p, finite); }))
+        return false;
     spline = LineString3D(std::move(dense));
     return true;
 }

@@ -170,7 +170,7 @@ public:
     void GetMinMaxGrades(double& minGrade, double& maxGrade) const;
 
     /// Height at a plan position: interpolated on the first segment that holds it in plan within the tolerance.
-    /// @return false, `z` untouched, when none does
+    /// @return false, `z` untouched, when none does, or its height is not finite
     [[nodiscard]] bool GetZ(const Point2D& p, double& z, double tolerance) const;
     /// Heights of a border at a vertex. From ring[index], which must lie at p in plan (strictly within the tolerance
     /// per coordinate), the vertices after it are followed, cyclically, for as long as they lie at p too: zFirst is the

@@ -34,6 +34,8 @@ void CheckElement(const Element& element, double u, double v) {
     SCOPED_TRACE(testing::Message() << GetName(element.GetType()) << " asked with " << u << " and " << v);
     const Point2D p(u, v);
     const Tolerances t(v);
+    ExpectTold<double>("from the start", [&](double& l) { return element.GetLengthFromStartPoint(p, l, v); });
+    ExpectTold<double>("from the end", [&](double& l) { return element.GetLengthFromEndPoint(p, l, v); });
     if constexpr (requires(Polyline2D::PolylinePoint s) { element.GetNormalPoint(p, v, s); }) {
         using Place = Polyline2D::PolylinePoint;
         ExpectTold<Place>("MakePointAndTangentAt", [&](Place& s) { return element.MakePointAndTangentAt(u, s); });
@@ -61,13 +63,18 @@ void CheckElement(const Element& element, double u, double v) {
         (void)(changed.InsertAtLength(u, p) && changed.Extend(element, true, v, true, u, Angle(1.0)));
         changed.ReducePoints(v);
     } else {
-        ExpectTold<double>("from the start", [&](double& l) { return element.GetLengthFromStartPoint(p, l, v); });
-        ExpectTold<double>("from the end", [&](double& l) { return element.GetLengthFromEndPoint(p, l, v); });
         ExpectTold<Sample>("MakePointAndTangentAt", [&](Sample& s) { return element.MakePointAndTangentAt(u, s); });
         if constexpr (requires(Sample s) { element.GetNormalPoint(p, v, s); })
             ExpectTold<Sample>("GetNormalPoint", [&](Sample& s) { return element.GetNormalPoint(p, v, s); });
         if constexpr (requires(Sample s) { element.GetNearestPoint(p, v, u, s); })
             ExpectTold<Sample>("GetNearestPoint", [&](Sample& s) { return element.GetNearestPoint(p, 0.0, u, s); });
+        if constexpr (requires(double l) { element.GetShortestLengthFromStartPoint(p, l, v); })
+            ExpectTold<double>("round", [&](double& l) { return element.GetShortestLengthFromStartPoint(p, l, v); });
+        if constexpr (requires(Vec2D d) { element.MakeOffsetAndTangentAt(u, d, d); })
+            ExpectTold<Vec2D>("offset",
+                              [&, t = Vec2D()](Vec2D& d) mutable { return element.MakeOffsetAndTangentAt(u, d, t); });
+        if constexpr (requires(Sample s) { element.MakePointAndTangentAtAbscissa(u, s); })
+            ExpectTold<Sample>("abscissa", [&](Sample& s) { return element.MakePointAndTangentAtAbscissa(u, s); });
         if constexpr (!std::is_same_v<Element, Line2D>)  // which has its direction wherever the point lies
             ExpectTold<Vec2D>("ComputeTangent", [&](Vec2D& d) { return element.ComputeTangent(p, d, t); });
     }

@@ -80,9 +80,7 @@ template <class PointType>
 bool LengthFromStart(const std::vector<PointType>& points, const PointType& p, double& length, double tolerance) {
     length = 0.0;
     return WalkChain(points, lengthOf, [&](std::size_t i, double from, double) {
-        if (!IsPointOnSegment(p, points[i], points[i + 1], tolerance)) return false;
-        length = from + points[i].Distance(p);
-        return true;
+        return IsPointOnSegment(p, points[i], points[i + 1], tolerance) && Store(from + points[i].Distance(p), length);
     });
 }
 
@@ -94,10 +92,7 @@ bool LengthFromEnd(const std::vector<PointType>& points, const PointType& p, dou
     for (std::size_t i = points.size(); i > 1; --i) {
         const PointType& a = points[i - 2];
         const PointType& b = points[i - 1];
-        if (IsPointOnSegment(p, a, b, tolerance)) {
-            length = behind + b.Distance(p);
-            return true;
-        }
+        if (IsPointOnSegment(p, a, b, tolerance) && Store(behind + b.Distance(p), length)) return true;
         behind += b.Distance(a);
     }
     return false;

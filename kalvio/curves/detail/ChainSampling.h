@@ -28,8 +28,7 @@ bool SampleAt(const ElementChain<Element>& chain, std::size_t i, double along, P
     if (!(along >= -numericalZero && along <= length + numericalZero)) return false;
     typename Element::PolylineElementPoint sample;
     if (!EvaluateElement(chain[i], std::clamp(along, 0.0, length), sample)) return false;
-    result = PlacedOn<Point>(i, chain.GetStations().start[i], sample);
-    return true;
+    return Store(PlacedOn<Point>(i, chain.GetStations().start[i], sample), result);
 }
 
 /// The same at a station of the chain.

@@ -18,7 +18,12 @@ inline bool IsUsableLength(double length) { return length >= numericalZero && le
 /// Hands a result on, a number, point, vector or sample, where it is finite. @return false, `out` untouched, where not
 template <class Result>
 bool Store(const Result& result, Result& out) {
-    const auto isFinite = [](const auto& v) { return std::isfinite(v.GetX()) && std::isfinite(v.GetY()); };
+    const auto isFinite = [](const auto& v) {
+        if constexpr (requires { v.GetZ(); }) {
+            if (!std::isfinite(v.GetZ())) return false;
+        }
+        return std::isfinite(v.GetX()) && std::isfinite(v.GetY());
+    };
     if constexpr (std::is_same_v<Result, double>) {
         if (!std::isfinite(result)) return false;
     } else if constexpr (requires { result.station; }) {

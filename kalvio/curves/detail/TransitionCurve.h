@@ -38,13 +38,13 @@ bool SampleAt(const Curve& curve, double station, IPolyline2DElement::PolylineEl
     return true;
 }
 
-/// From the start to the point at a station, and the tangent there. Always true.
+/// From the start to the point at a station, and the tangent there. @return false, both untouched,
+/// where they are not finite
 template <class Curve>
 bool OffsetAt(const Curve& curve, double station, Vec2D& offset, Vec2D& tangent) {
     const CurveState at = curve.At(station);
-    offset.SetCoordinates(at.x, at.y);
-    tangent.SetCoordinates(at.cosine, at.sine);
-    return true;
+    return std::isfinite(at.cosine) && std::isfinite(at.sine) && Store(Vec2D(at.x, at.y), offset) &&
+           Store(Vec2D(at.cosine, at.sine), tangent);
 }
 
 /// Calls find(search, from, to, station) for a query point over the stations [from, to], clipped to the curve, and

@@ -93,8 +93,7 @@ bool SegmentSearch::LengthFromStart(const Points& points, const Point2D& p, doub
     if (prepared == nullptr) return detail::LengthFromStart(points, p, length, tolerance);
     length = 0.0;
     return prepared->VisitHolding(p, tolerance, [&](std::size_t i) {
-        length = prepared->LengthsFromStart(points)[i] + points[i].Distance(p);
-        return true;
+        return Store(prepared->LengthsFromStart(points)[i] + points[i].Distance(p), length);
     });
 }
 
@@ -106,8 +105,8 @@ bool SegmentSearch::LengthFromEnd(const Points& points, const Point2D& p, double
         end = i + 1;
         return false;
     });
-    length = end > 0 ? prepared->LengthsFromEnd(points)[end] + points[end].Distance(p) : 0.0;
-    return end > 0;
+    length = 0.0;
+    return end > 0 && Store(prepared->LengthsFromEnd(points)[end] + points[end].Distance(p), length);
 }
 
 void SegmentSearch::LengthsAlong(const Points& points, const Point2D& p, double tolerance,
