@@ -321,11 +321,13 @@ Surface& Chosen(SurfaceFile& file, const std::string& path, const std::string& n
 
 void WriteHeights(const std::string& path, const TinSurfacePatch3D& surface) {
     std::printf("x,y,height\n");
-    unsigned int triangle = TinSurfacePatch3D::noTriangle;
-    for (const std::vector<double>& row : ReadCsv(path, 2)) {
-        double z = 0.0;
-        const bool isInside = surface.GetHeight({row[0], row[1]}, z, triangle);
-        std::printf("%.4f,%.4f,%s\n", row[0], row[1], isInside ? Fixed(z, 4).c_str() : "");
+    std::vector<Point2D> places;
+    for (const std::vector<double>& row : ReadCsv(path, 2)) places.emplace_back(row[0], row[1]);
+    std::vector<double> heights;
+    surface.GetHeights(places, heights);
+    for (std::size_t i = 0; i < places.size(); ++i) {
+        const std::string height = std::isnan(heights[i]) ? "" : Fixed(heights[i], 4);
+        std::printf("%.4f,%.4f,%s\n", places[i].GetX(), places[i].GetY(), height.c_str());
     }
 }
 

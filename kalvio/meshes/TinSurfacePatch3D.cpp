@@ -30,7 +30,8 @@ using detail::InPlan;
 
 constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
 
-constexpr double steepest = 100.0;  // slope of a surface; what is steeper is a wall
+constexpr unsigned int fewSteps = 32;  // from a hint to a place
+constexpr double steepest = 100.0;     // slope of a surface; what is steeper is a wall
 
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
 
@@ -249,33 +250,31 @@ const TinSurfacePatch3D::Locator& TinSurfacePatch3D::GetLocator() const {
     });
 }
 
-// From triangle to triangle, across an edge that parts it from the place.
-// @return false, `triangle` untouched, where that ends at the border or takes
-// too many steps
+// The next triangle on the way to a place, across an edge that parts them: the same one when none does, `none` beyond
+// the border.
+unsigned int TinSurfacePatch3D::Toward(const Facet& facet, const Point2D& place, const Walk& walk) {
+    unsigned int next = walk.triangle;
+    for (unsigned int i = 0; i < 3; ++i) {
+        if (facet.beyond[i] == walk.before && walk.before != none) continue;
+        const auto& a = facet.corner[i];
+        const auto& b = facet.corner[AfterInTriangle(i)];
+        if (!(detail::ExactTurn({a[0], a[1]}, {b[0], b[1]}, InPlan(place)) < 0.0)) continue;
+        next = facet.beyond[i];
+        if (next != none) return next;
+    }
+    return next;
+}
+
+// @return false, `triangle` untouched, where the way ends at the border or takes too many steps
 bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle) {
-    constexpr unsigned int fewSteps = 32;
-    const detail::PlanePoint p = InPlan(place);
-    unsigned int t = triangle;
-    unsigned int before = none;
-    for (unsigned int step = 0; step < fewSteps; ++step) {
-        const Facet& facet = facets[t];
-        unsigned int next = none;
-        bool isOutside = false;
-        for (unsigned int i = 0; i < 3 && next == none; ++i) {
-            if (facet.beyond[i] == before && before != none) continue;
-            const auto& a = facet.corner[i];
-            const auto& b = facet.corner[AfterInTriangle(i)];
-            if (!(detail::ExactTurn({a[0], a[1]}, {b[0], b[1]}, p) < 0.0)) continue;
-            next = facet.beyond[i];
-            isOutside = true;
-        }
-        if (!isOutside) {
-            triangle = t;
+    Walk walk{triangle};
+    while (walk.triangle < facets.size() && walk.steps < fewSteps) {
+        const unsigned int next = Toward(facets[walk.triangle], place, walk);
+        if (next == walk.triangle) {
+            triangle = next;
             return true;
         }
-        if (next == none) return false;
-        before = t;
-        t = next;
+        walk = {next, walk.triangle, walk.steps + 1};
     }
     return false;
 }
@@ -283,12 +282,8 @@ bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& 
 bool TinSurfacePatch3D::FindTriangle(const Point2D& place, unsigned int& triangle) const {
     const Locator& made = GetLocator();
     if (!made.grid.IsNear(place)) return false;
-    unsigned int found = triangle;
-    if (found < made.facets.size() && WalkTo(made.facets, place, found)) {
-        triangle = found;
-        return true;
-    }
-    found = made.grid.GetHint(place);
+    if (WalkTo(made.facets, place, triangle)) return true;
+    unsigned int found = made.grid.GetHint(place);
     if (WalkTo(made.facets, place, found)) {
         triangle = found;
         return true;
@@ -328,6 +323,41 @@ bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z, unsigned int&
     const auto& [a, b, c] = GetLocator().facets[triangle].corner;
     z = detail::HeightInTriangle(a, b, c, place.GetX(), place.GetY());
     return true;
+}
+
+void TinSurfacePatch3D::GetHeights(const std::vector<Point2D>& places, std::vector<double>& heights) const {
+    heights.assign(places.size(), std::numeric_limits<double>::quiet_NaN());
+    if (neighbors.empty()) return;
+    const Locator& made = GetLocator();
+    // So many at once that the memory answers one while the others are looked at: all facets are fetched, then all
+    // used.
+    constexpr std::size_t together = 32;
+    std::array<Walk, together> walks;
+    std::array<Facet, together> facets;
+    std::size_t count = 0;
+    for (std::size_t place = 0; count > 0 || place < places.size();) {
+        for (; count < together && place < places.size(); ++place) {
+            if (!made.grid.IsNear(places[place])) continue;
+            const unsigned int hint = made.grid.GetHint(places[place]);
+            if (hint != none) walks[count++] = {hint, none, 0, place};
+        }
+        for (std::size_t i = 0; i < count; ++i) facets[i] = made.facets[walks[i].triangle];
+        std::size_t left = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const Walk walk = walks[i];
+            const Point2D& p = places[walk.place];
+            const unsigned int next = Toward(facets[i], p, walk);
+            if (next == walk.triangle) {
+                const auto& [a, b, c] = facets[i].corner;
+                heights[walk.place] = detail::HeightInTriangle(a, b, c, p.GetX(), p.GetY());
+            } else if (next == none || walk.steps + 1 == fewSteps) {
+                (void)GetHeight(p, heights[walk.place]);
+            } else {
+                walks[left++] = {next, walk.triangle, walk.steps + 1, walk.place};
+            }
+        }
+        count = left;
+    }
 }
 
 // Twice the area of the triangle in length, upward.

@@ -18,10 +18,13 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
     Require(isBuilt == (surface.GetTrianglesCount() > 0));
     const bool hasChains = !ground.breaklines.empty() || !ground.borders.empty() || !ground.holes.empty();
     unsigned int triangle = 0;
+    std::vector<double> heights;
+    surface.GetHeights(places, heights);
     for (const Point2D& place : places) {
         double z = 0.0, hinted = 0.0, slope = 0.0;
         const bool isInside = surface.GetHeight(place, z);
         Require(isInside == surface.GetHeight(place, hinted, triangle));
+        Require(isInside != std::isnan(heights[static_cast<std::size_t>(&place - places.data())]));
         if (!isInside) continue;
         if (tame) Require(std::abs(z) <= 2048.0 && std::abs(hinted - z) <= 1e-3 * (1.0 + std::abs(z)));
         See(z);

@@ -103,6 +103,8 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
         EXPECT_EQ(set.size(), 2 * set.GetVerticesSize() - 2 - rim) << "Euler";
 
         unsigned int hint = 12345;
+        std::vector<Point2D> asked;
+        std::vector<double> answers, together;
         for (int k = 0; k < 40; ++k) {
             const Point2D p = origin + Vec2D(random(-0.1, 1.1) * size, random(-0.1, 1.1) * size);
             double expected = kNan, z = kNan, hinted = kNan, slope = -1.0, farther = kNan;
@@ -113,6 +115,7 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
                 expected = a.GetZ() - n.DotProduct(Point3D(p, a.GetZ()) - a) / n.GetZ();
             }
             ASSERT_EQ(surface.GetHeight(p, z), !std::isnan(expected));
+            asked.push_back(p), answers.push_back(z);
             ASSERT_EQ(again.GetHeight(p, hinted, hint), !std::isnan(expected));
             if (std::isnan(expected)) continue;
             EXPECT_NEAR(z, expected, 1e-7);
@@ -137,6 +140,8 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
                 EXPECT_GE(above.Distance(Point3D(q, farther)), above.Distance(nearest) - 1e-7);
             }
         }
+        surface.GetHeights(asked, together);
+        EXPECT_THAT(together, testing::Pointwise(testing::NanSensitiveDoubleEq(), answers));
         const Vec2D first(-1, 0.3 * size), middle(0.5 * size, 0.5 * size), last(0.7 * size, -2.0);
         const LineString2D chain{origin + first, origin + middle, origin + last};
         std::vector<LineString3D> draped, sections;
