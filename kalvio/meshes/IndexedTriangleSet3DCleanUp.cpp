@@ -46,7 +46,7 @@ bool IndexedTriangleSet3DCleanUp::FlipEdge(std::vector<unsigned int>& indexes, u
             ++shared;
         }
     }
-    if (shared != 1 || c == d) return false;
+    if (shared != 1) return false;
     std::copy_n(std::array{a, d, c}.begin(), 3, one);
     std::copy_n(std::array{d, b, c}.begin(), 3, two);
     return true;

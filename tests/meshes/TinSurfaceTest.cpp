@@ -410,7 +410,7 @@ TEST(TinSurfaceTest, ContoursAreTheCutsOfTheTrianglesInFewestStrings) {
     EXPECT_TRUE(hill.GetContours(std::vector{2.0, 1.0, 1.0}, contours) && contours.size() == 1) << "none at the top";
     EXPECT_FALSE(hill.GetContours(0.0, contours) || hill.GetContours(kNan, contours) ||
                  hill.GetContours(1e-9, contours) || hill.GetContours({kNan}, contours) ||
-                 hill.GetContours(1.0, contours, 9));
+                 hill.GetContours(1.0, contours, 9) || hill.GetContours(-1.0, contours));
 }
 
 TEST(TinSurfaceTest, VolumesAreThoseOfBodiesAndAddUp) {

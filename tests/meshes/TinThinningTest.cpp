@@ -108,6 +108,7 @@ TEST(TinThinningTest, HolesAreFilledAndBaysAreNot) {
         EXPECT_TRUE(!surface.GetHeight(p, z) || std::abs(z - plane) < 1e-6) << z << ", not " << plane;
         ASSERT_TRUE(surface.FillHoles(limit, count));
         EXPECT_EQ(count, 0U) << "closed once";
+        EXPECT_FALSE(surface.FillHoles(-1.0, count) || surface.FillHoles(kNan, count));
     }
 }
 
