@@ -22,7 +22,8 @@ TEST(CircleTest, TangentsOfTwoCircles) {
     for (const auto& [why, other, r1, r2, inner, outer] : rows) {
         for (const Point2D& origin : surveyOrigins) {
             SCOPED_TRACE(why);
-            const Circle2D first(origin, r1), second(other + origin, r2);
+            const double sign = origin.GetX() > 0.0 ? -1.0 : 1.0;  // only the size of a radius counts
+            const Circle2D first(origin, sign * r1), second(other + origin, sign * r2);
             for (const bool crossing : {true, false}) {
                 Line2D lines[2];
                 const int count = crossing ? first.GetCrossingTangents(second, lines[0], lines[1], 1e-8)

@@ -44,9 +44,9 @@ TEST(LineTest, OffsetsTurnCounterClockwiseFromTheDirection) {
     for (const Point2D& origin : surveyOrigins) {
         const Line2D line(origin, origin + Vec2D(6, 8));
         Point2D p;
-        ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(kPi / 2.0), p));
-        EXPECT_THAT(p, IsNear(origin + Vec2D(-5, 10), 1e-8));
-        EXPECT_NEAR(Distance::PointToLine(p, line), -10.0, 1e-8);
+        ASSERT_TRUE(line.GetPointOffsetFromStart(5.0, 10.0, Angle(std::atan2(4.0, 3.0)), p));
+        EXPECT_THAT(p, IsNear(origin + Vec2D(0.2, 13.6), 1e-8));
+        EXPECT_NEAR(Distance::PointToLine(p, line), -8.0, 1e-8);
         ASSERT_TRUE(line.GetPointOffsetFromStart(-5.0, 2.0, Vec2D(1, 0), p));
         EXPECT_THAT(p, IsNear(origin + Vec2D(-1, -4), 1e-8));
         for (const double s : {-0.5, 0.5}) {
