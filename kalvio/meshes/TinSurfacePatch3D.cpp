@@ -338,8 +338,7 @@ void TinSurfacePatch3D::GetHeights(const std::vector<Point2D>& places, std::vect
     for (std::size_t place = 0; count > 0 || place < places.size();) {
         for (; count < together && place < places.size(); ++place) {
             if (!made.grid.IsNear(places[place])) continue;
-            const unsigned int hint = made.grid.GetHint(places[place]);
-            if (hint != none) walks[count++] = {hint, none, 0, place};
+            walks[count++] = {made.grid.GetHint(places[place]), none, 0, place};
         }
         for (std::size_t i = 0; i < count; ++i) facets[i] = made.facets[walks[i].triangle];
         std::size_t left = 0;

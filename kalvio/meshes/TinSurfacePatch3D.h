@@ -28,7 +28,7 @@ class SurfaceBuilder;
 /// and borders, or from triangles; asked for heights, slopes, sections and the nearest point.
 ///
 /// All questions are safe to ask from several threads. The first one, also after a change, prepares the search for
-/// places: about 110 bytes per triangle.
+/// places: about 120 bytes per triangle.
 ///
 ///     TinSurfacePatch3D::Ground ground;
 ///     ground.points = {{0.0, 0.0, 10.0}, {40.0, 0.0, 12.0}, {0.0, 40.0, 14.0}, {40.0, 40.0, 11.0}};

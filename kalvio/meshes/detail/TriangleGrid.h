@@ -16,11 +16,9 @@ namespace Kalvio::Math::detail {
 /// Square cells over the plan of triangles; each knows the triangles that come near it, in order.
 class TriangleGrid {
 public:
-    static constexpr std::uint32_t noTriangle = (std::numeric_limits<std::uint32_t>::max)();
-
     TriangleGrid() = default;
     /// @param triangles  as many times
-    /// @param cornersOf  std::array<Point2D, 3>(triangle): finite, counter-clockwise
+    /// @param cornersOf  std::array<Point2D, 3>(triangle): finite
     /// @param noise      a length: triangles this near to a cell belong to it
     template <class CornersOf>
     TriangleGrid(std::size_t triangles, double noise, CornersOf&& cornersOf) : margin(noise) {
@@ -55,13 +53,21 @@ public:
         std::uint64_t sum = 0;
         for (std::uint64_t& start : starts) sum += start, start = sum;
         items.resize(sum);
-        hints.assign(columns * rows, noTriangle);
         for (std::size_t t = triangles; t-- > 0;) {
+            ForEachCellOf(cornersOf(t),
+                          [&](std::size_t cell) { items[--starts[cell]] = static_cast<std::uint32_t>(t); });
+        }
+        hints.assign(4 * columns * rows, items.front());
+        std::vector<bool> isSet(hints.size(), false);
+        for (std::size_t t = 0; t < triangles; ++t) {
             const std::array<Point2D, 3> corners = cornersOf(t);
-            ForEachCellOf(corners, [&](std::size_t cell) {
-                items[--starts[cell]] = static_cast<std::uint32_t>(t);
-                if (hints[cell] == noTriangle || Holds(corners, MiddleOf(cell))) hints[cell] = items[starts[cell]];
-            });
+            const std::size_t quarter = QuarterOf({(corners[0].GetX() + corners[1].GetX() + corners[2].GetX()) / 3.0,
+                                                   (corners[0].GetY() + corners[1].GetY() + corners[2].GetY()) / 3.0});
+            hints[quarter] = static_cast<std::uint32_t>(t);
+            isSet[quarter] = true;
+        }
+        for (std::size_t i = 1; i < hints.size(); ++i) {
+            if (!isSet[i]) hints[i] = hints[i - 1];
         }
     }
 
@@ -70,12 +76,13 @@ public:
         return p.GetX() >= low.GetX() - margin && p.GetX() <= high.GetX() + margin && p.GetY() >= low.GetY() - margin &&
                p.GetY() <= high.GetY() + margin && !items.empty();
     }
-    /// A triangle near such a position: that in the middle of its cell, or if there is none another one near the cell;
-    /// `noTriangle` where none holds the position.
-    std::uint32_t GetHint(const Point2D& p) const { return hints[CellOf(p)]; }
+    /// A triangle not far from such a position, mostly.
+    std::uint32_t GetHint(const Point2D& p) const { return hints[QuarterOf(p)]; }
 
     /// The triangles near such a position; all that hold it are among them.
-    std::span<const std::uint32_t> At(const Point2D& p) const { return InCell(CellOf(p)); }
+    std::span<const std::uint32_t> At(const Point2D& p) const {
+        return InCell(RowOf(p.GetY()) * columns + ColumnOf(p.GetX()));
+    }
 
     /// Calls visit(triangle) for the triangles near the cells that a segment or a triangle passes, some more than once.
     template <std::size_t N, class Visit>
@@ -123,14 +130,11 @@ private:
     std::size_t ColumnOf(double x) const { return Clamped((x - low.GetX() + margin) / side, columns); }
     std::size_t RowOf(double y) const { return Clamped((y - low.GetY() + margin) / side, rows); }
 
-    std::size_t CellOf(const Point2D& p) const { return RowOf(p.GetY()) * columns + ColumnOf(p.GetX()); }
-    Point2D MiddleOf(std::size_t cell) const {
-        return {low.GetX() - margin + (static_cast<double>(cell % columns) + 0.5) * side,
-                low.GetY() - margin + (static_cast<double>(cell / columns) + 0.5) * side};
-    }
-    static bool Holds(const std::array<Point2D, 3>& corners, const Point2D& p) {
-        const auto isLeft = [&p](const Point2D& a, const Point2D& b) { return (b - a).PerpDotProduct(p - a) >= 0.0; };
-        return isLeft(corners[0], corners[1]) && isLeft(corners[1], corners[2]) && isLeft(corners[2], corners[0]);
+    // Each cell has four, in rows of their own.
+    std::size_t QuarterOf(const Point2D& p) const {
+        const double x = (p.GetX() - low.GetX() + margin) / side;
+        const double y = (p.GetY() - low.GetY() + margin) / side;
+        return Clamped(2.0 * y, 2 * rows) * 2 * columns + Clamped(2.0 * x, 2 * columns);
     }
 
     // The cells that a convex shape comes near, row by row: in each those between the ends of its part there.
@@ -178,7 +182,7 @@ private:
     std::size_t rows = 1;
     std::vector<std::uint64_t> starts;  // per cell, into the items
     std::vector<std::uint32_t> items;
-    std::vector<std::uint32_t> hints;  // per cell
+    std::vector<std::uint32_t> hints;  // per quarter of a cell
 };
 
 }  // namespace Kalvio::Math::detail
