@@ -47,7 +47,7 @@ bool KrigingSystem::Build(const std::shared_ptr<const VariogramModelBase>& share
     built.scale = detail::Normalize(elimination, samples.size());
     if (built.scale == 0.0) return false;
     if (ofMean > 0) detail::FillSumOfWeights(samples.size(), elimination);
-    const detail::LinearTrend plane(samples, samples.front().GetPoint2D());
+    const detail::LinearTrend plane(samples);
     if (ofMean == 3) plane.Fill(samples, elimination);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         built.places.push_back(samples[i].GetX());

@@ -174,14 +174,17 @@ bool LocalKriging::Estimate(const Point2D& p, std::size_t leftOut, double& value
     const double scale = detail::Normalize(elimination, last);
     if (scale == 0.0) return false;
     detail::FillSumOfWeights(last, elimination);
-    if (hasLinearTrend) detail::LinearTrend(nearest, p).Fill(nearest, elimination);
     detail::Workspace<double, 20> rightSide(size);
     detail::Workspace<double, 20> lambda(size);
     double* const b = rightSide.Get();
     detail::FillCovariances(*model, p, nearest, b);
     for (std::size_t i = 0; i < last; ++i) b[i] *= scale;
     b[last] = 1.0;
-    std::fill(b + last + 1, b + size, 0.0);
+    if (hasLinearTrend) {
+        const detail::LinearTrend trend(nearest);
+        trend.Fill(nearest, elimination);
+        trend.Fill(p, b + last + 1);
+    }
     for (std::size_t i = 0; i < size; ++i) elimination.Row(i)[size] = b[i];
     elimination.Run();
     if (detail::IsSingular(elimination, size)) return false;

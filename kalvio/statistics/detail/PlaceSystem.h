@@ -41,9 +41,10 @@ inline void FillSumOfWeights(std::size_t last, Elimination& m) {
 }
 
 /// Planes over the samples, with the sum of weights before: what is left of a linear trend. Coordinates are relative to
-/// a center, where the trend is 1, 0, 0, and of the size of the model values.
+/// the first sample, as their differences hardly round there and samples on one line stay on one, and of the size of
+/// the model values.
 struct LinearTrend {
-    LinearTrend(const std::vector<Point3D>& samples, const Point2D& middle) : center(middle) {
+    explicit LinearTrend(const std::vector<Point3D>& samples) : center(samples.front().GetPoint2D()) {
         double reach = 0.0;
         for (const Point3D& sample : samples) reach = std::max(reach, sample.Distance2D(Point3D(center, 0.0)));
         if (reach > 0.0) scale = 1.0 / reach;
@@ -55,6 +56,11 @@ struct LinearTrend {
             m.Row(i)[last + 1] = m.Row(last + 1)[i] = (samples[i].GetX() - center.GetX()) * scale;
             m.Row(i)[last + 2] = m.Row(last + 2)[i] = (samples[i].GetY() - center.GetY()) * scale;
         }
+    }
+    /// The two rows for a place.
+    void Fill(const Point2D& p, double* b) const {
+        b[0] = (p.GetX() - center.GetX()) * scale;
+        b[1] = (p.GetY() - center.GetY()) * scale;
     }
 
     Point2D center;
