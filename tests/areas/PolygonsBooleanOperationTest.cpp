@@ -65,6 +65,9 @@ TEST(PolygonsBooleanOperationTest, BordersThatMeetInEveryWay) {
         {"crosses itself", "0 0 4 4 4 0 0 4", "0 0 4 4 4 0 0 4", 8, 2, 6, 8, 2},
         {"no area", square, "1 1 3 1 2 1", 16, 1, 4, 0, 0},
         {"a spike", "0 0 4 0 4 4 9 4 4 4 0 4", square, 16, 1, 4, 16, 1},
+        {"a spike about a border that nothing is near",
+         "9 4 12 4 12 9 -3 9 12 9 12 4 9 4 8 6 7 7 6 8 5 8 3 8 2 7 1 6 0 5 0 4 0 3 0 2 1 1 2 0 3 0 4 0 6 0 7 0 8 1 9 2",
+         "20 0 24 0 24 4 20 4", 74.5, 2, 24, 0, 0},
         {"nothing", square, "", 16, 1, 4, 0, 0},
         {"comb on comb", comb, lyingComb, 65, 1, 68, 33, 17},
     };

@@ -291,22 +291,17 @@ void AreaOverlay::ListNear(const std::vector<char>& isNear) {
     border.clear();
     sources.clear();
     chains.clear();
+    detours.clear();
     for (const Loop& loop : loops) {
         if (loop.end > loop.first) JoinLoop(loop, isNear);
     }
     for (const Chain& chain : chains) sources.push_back({chain.ring, 0, {}});
 }
 
-// The first segment of a loop, those at its leftmost (lowest) vertex and those beside a near one are of no chain:
-// chains end in nodes of two edges, and no component has its leftmost node on one.
+// The first and last segment of a loop and those beside a near one are of no chain: chains end in nodes of two edges.
 void AreaOverlay::JoinLoop(Loop loop, const std::vector<char>& isNear) {
-    std::uint32_t leftmost = loop.first;
-    for (std::uint32_t k = loop.first + 1; k < loop.end; ++k) {
-        if (IsLeftBelow(vertices[k], vertices[leftmost])) leftmost = k;
-    }
     const auto isListed = [&](std::uint32_t k) {
-        return isNear[k] != 0 || k == loop.first || k + 1 == loop.end || isNear[k - 1] != 0 || isNear[k + 1] != 0 ||
-               k == leftmost || k + 1 == leftmost;
+        return isNear[k] != 0 || k == loop.first || k + 1 == loop.end || isNear[k - 1] != 0 || isNear[k + 1] != 0;
     };
     const auto firstPlace = static_cast<std::uint32_t>(places.size());
     for (std::uint32_t k = loop.first; k < loop.end;) {
@@ -319,14 +314,14 @@ void AreaOverlay::JoinLoop(Loop loop, const std::vector<char>& isNear) {
             ++k;
             continue;
         }
-        Chain chain{place, place + 1, k + 1, k + 1, none, loop.ring};
-        for (; !isListed(chain.end); ++chain.end) {
-            if (chain.leftmost == none || IsLeftBelow(vertices[chain.end], vertices[chain.leftmost])) {
-                chain.leftmost = chain.end;
-            }
+        PlanarFaces::Detour detour{k + 1, k + 1, none};
+        for (; !isListed(detour.end); ++detour.end) {
+            if (detour.leftmost == none || IsLeftBelow(vertices[detour.end], vertices[detour.leftmost]))
+                detour.leftmost = detour.end;
         }
-        k = chain.end;
-        chains.push_back(chain);
+        k = detour.end;
+        chains.push_back({place, place + 1, loop.ring});
+        detours.push_back(detour);
     }
 }
 
@@ -391,11 +386,10 @@ void AreaOverlay::MergePieces() {
             entry = last;
         }
     }
-    firstChainEdge = edges.size();
+    auto source = static_cast<std::uint32_t>(sources.size() - chains.size());
     for (const Chain& chain : chains) {
         firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
-        runs.push_back(
-            {static_cast<std::uint32_t>(sources.size() - chains.size() + (edges.size() - firstChainEdge)), 1});
+        runs.push_back({source++, 1});
         edges.push_back({noding->NodeOf(chain.from), noding->NodeOf(chain.to)});
     }
     firstRun.push_back(static_cast<std::uint32_t>(runs.size()));
@@ -409,32 +403,31 @@ void AreaOverlay::MakeFaces() {
             if (edge != none) visit(2 * edge, nodes[edges[edge].low], nodes[edges[edge].high]);
             return false;
         });
-        if (chains.empty()) return;
+        if (detours.empty()) return;
         const auto visitSegment = [&](std::size_t segment) {
-            const auto after = std::upper_bound(chains.begin(), chains.end(), segment,
-                                                [](std::size_t k, const Chain& chain) { return k < chain.end; });
-            if (after == chains.end() || segment + 1 < after->first) return;
-            const auto edge =
-                static_cast<std::uint32_t>(firstChainEdge + static_cast<std::size_t>(after - chains.begin()));
-            visit(2 * edge, vertices[segment], vertices[segment + 1]);
+            const auto after =
+                std::upper_bound(detours.begin(), detours.end(), segment,
+                                 [](std::size_t k, const PlanarFaces::Detour& detour) { return k < detour.end; });
+            if (after == detours.end() || segment + 1 < after->first) return;
+            const auto edge = edges.size() - static_cast<std::size_t>(detours.end() - after);
+            visit(static_cast<std::uint32_t>(2 * edge), vertices[segment], vertices[segment + 1]);
         };
         stretchBoxes->ForEachNear(extent, 0.0, [&](std::size_t stretch) {
             stretchBoxes->ForEachOf(stretch, visitSegment);
             return false;
         });
     };
-    faces.emplace(noding->GetNodes(), edges, forEachNear);
+    faces.emplace(noding->GetNodes(), edges, vertices, detours, forEachNear);
 }
 
 // Calls visit(p) for the vertices of a chain that a half-edge passes, in its direction.
 template <class Visit>
 void AreaOverlay::ForEachBetween(std::uint32_t half, Visit&& visit) const {
-    const Chain* chain = ChainOf(half);
-    if (chain == nullptr) return;
+    const PlanarFaces::Detour* detour = faces->DetourOf(half);
+    if (detour == nullptr) return;
     const bool isBack = (half & 1U) != 0;
-    for (std::uint32_t k = chain->first; k < chain->end; ++k) {
-        visit(vertices[isBack ? chain->first + chain->end - 1 - k : k]);
-    }
+    for (std::uint32_t k = detour->first; k < detour->end; ++k)
+        visit(vertices[isBack ? detour->first + detour->end - 1 - k : k]);
 }
 
 // Whether every ring runs forth as often as back. Passages are in the order of their rings.
@@ -717,32 +710,20 @@ AreaOverlay::Leftmost AreaOverlay::LeftmostOf(const std::vector<std::uint32_t>& 
     };
     for (std::size_t k = 0; k < loop.size(); ++k) {
         offer(noding->GetNodes()[faces->Origin(loop[k])], {k, none});
-        const Chain* chain = ChainOf(loop[k]);
-        if (chain != nullptr && chain->leftmost != none) offer(vertices[chain->leftmost], {k, chain->leftmost});
+        const PlanarFaces::Detour* detour = faces->DetourOf(loop[k]);
+        if (detour != nullptr && detour->leftmost != none) offer(vertices[detour->leftmost], {k, detour->leftmost});
     }
     return leftmost;
-}
-
-// The vertex or node after the origin of a half-edge.
-const PlanePoint& AreaOverlay::VertexAfter(std::uint32_t half) const {
-    const Chain* chain = ChainOf(half);
-    if (chain == nullptr || chain->first == chain->end) {
-        return noding->GetNodes()[faces->Origin(PlanarFaces::Twin(half))];
-    }
-    return vertices[(half & 1U) == 0 ? chain->first : chain->end - 1];
 }
 
 // By the turn at the leftmost (lowest) vertex.
 bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
     const auto [place, vertex] = LeftmostOf(loop);
     const std::uint32_t half = loop[place];
-    if (vertex != none) {
-        const double turn = ExactTurn(vertices[vertex - 1], vertices[vertex], vertices[vertex + 1]);
-        return (half & 1U) == 0 ? turn > 0.0 : turn < 0.0;
-    }
+    if (vertex != none) return faces->TurnsLeft(half);
     const std::uint32_t before = loop[(place + loop.size() - 1) % loop.size()];
-    return ExactTurn(VertexAfter(PlanarFaces::Twin(before)), noding->GetNodes()[faces->Origin(half)],
-                     VertexAfter(half)) > 0.0;
+    return ExactTurn(faces->VertexAfter(PlanarFaces::Twin(before)), noding->GetNodes()[faces->Origin(half)],
+                     faces->VertexAfter(half)) > 0.0;
 }
 
 // A node inside an element of the input is no corner, unless a segment was bent there.
@@ -767,8 +748,8 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
 
     std::size_t most = loop.size();
     for (const std::uint32_t half : loop) {
-        const Chain* chain = ChainOf(half);
-        if (chain != nullptr) most += chain->end - chain->first;
+        const PlanarFaces::Detour* detour = faces->DetourOf(half);
+        if (detour != nullptr) most += detour->end - detour->first;
     }
     Ring ring;
     ring.reserve(most);

@@ -94,14 +94,10 @@ private:
         std::uint32_t end;
         std::uint32_t ring;
     };
-    // A part of a loop that has nothing near it, as one edge: it joins two nodes by the vertices from one up to
-    // another.
+    // A part of a loop that has nothing near it, as one edge with a detour.
     struct Chain {
         std::uint32_t from;  // vertices of the noding
         std::uint32_t to;
-        std::uint32_t first;
-        std::uint32_t end;
-        std::uint32_t leftmost;  // lowest of those; `none` where there are none
         std::uint32_t ring;
     };
     struct Leftmost {
@@ -143,9 +139,6 @@ private:
     void Cross(std::uint32_t half);
     bool IsKept(std::uint32_t face, bool isKept) const;
     double DoubleAreaBeside(std::uint32_t half) const;
-    const Chain* ChainOf(std::uint32_t half) const {
-        return half / 2 < firstChainEdge ? nullptr : &chains[half / 2 - firstChainEdge];
-    }
     template <class Visit>
     void ForEachBetween(std::uint32_t half, Visit&& visit) const;
     void Turn(Member& member, bool wasInside);
@@ -154,7 +147,6 @@ private:
     void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders);
     bool IsBorder(std::uint32_t half) const;
     Ring MakeRing(std::vector<std::uint32_t>& loop) const;
-    const PlanePoint& VertexAfter(std::uint32_t half) const;
     Leftmost LeftmostOf(const std::vector<std::uint32_t>& loop) const;
     bool IsOuter(const std::vector<std::uint32_t>& loop) const;
     Corner CornerOf(const std::vector<std::uint32_t>& ways) const;
@@ -182,9 +174,9 @@ private:
     std::optional<BoxHierarchy<LoopSegments>> stretchBoxes;
     std::vector<PlanePoint> places;  // of the vertices that are noded
     std::vector<Chain> chains;
+    std::vector<PlanarFaces::Detour> detours;  // of the chains
     std::optional<BorderNoding> noding;
     std::vector<PlanarFaces::Edge> edges;  // those of the chains come last
-    std::size_t firstChainEdge = 0;
     std::vector<std::uint32_t> edgeOfPiece;
     std::vector<std::uint32_t> firstRun;  // of each edge, in `runs`
     std::vector<Passage> runs;

@@ -12,8 +12,9 @@ bool IsLeftBelow(const PlanePoint& a, const PlanePoint& b) { return a.x < b.x ||
 }  // namespace
 
 PlanarFaces::PlanarFaces(const std::vector<PlanePoint>& graphNodes, const std::vector<Edge>& graphEdges,
+                         const std::vector<PlanePoint>& detourVertices, const std::vector<Detour>& lastDetours,
                          const VisitSegments& forEachNear)
-    : nodes(graphNodes), edges(graphEdges) {
+    : nodes(graphNodes), edges(graphEdges), vertices(detourVertices), detours(lastDetours) {
     LinkHalfEdges();
     FindCycles();
     NestComponents(forEachNear);
@@ -65,8 +66,7 @@ void PlanarFaces::FindCycles() {
 std::uint32_t PlanarFaces::OuterHalfEdge(std::uint32_t leftmost) const {
     std::uint32_t outer = around[firstAround[leftmost]];
     for (std::uint32_t k = firstAround[leftmost] + 1; k < firstAround[leftmost + 1]; ++k) {
-        const PlanePoint& best = nodes[Origin(Twin(outer))];
-        if (ExactTurn(nodes[leftmost], best, nodes[Origin(Twin(around[k]))]) > 0.0) outer = around[k];
+        if (ExactTurn(nodes[leftmost], VertexAfter(outer), VertexAfter(around[k])) > 0.0) outer = around[k];
     }
     return outer;
 }
@@ -80,20 +80,31 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
         return cycle;
     };
     for (std::uint32_t half = 0; half < next.size(); half += 2) parent[find(cycleOf[half])] = find(cycleOf[half + 1]);
-    std::vector<std::uint32_t> leftmost(start.size(), none);  // of each component
+    struct Leftmost {
+        PlanePoint at;
+        std::uint32_t half = none;  // that passes there, or begins
+        bool isOnDetour = false;
+    };
+    std::vector<Leftmost> leftmost(start.size());  // of each component
+    const auto offer = [&](const Leftmost& place) {
+        Leftmost& best = leftmost[find(cycleOf[place.half])];
+        if (best.half == none || IsLeftBelow(place.at, best.at)) best = place;
+    };
     for (std::uint32_t half = 0; half < next.size(); ++half) {
-        std::uint32_t& node = leftmost[find(cycleOf[half])];
-        if (node == none || IsLeftBelow(nodes[Origin(half)], nodes[node])) node = Origin(half);
+        offer({nodes[Origin(half)], half, false});
+        const Detour* detour = DetourOf(half);
+        if (detour != nullptr && detour->leftmost != none) offer({vertices[detour->leftmost], half, true});
     }
-    std::erase(leftmost, none);
+    std::erase_if(leftmost, [](const Leftmost& place) { return place.half == none; });
     std::sort(leftmost.begin(), leftmost.end(),
-              [this](std::uint32_t a, std::uint32_t b) { return IsLeftBelow(nodes[a], nodes[b]); });
+              [](const Leftmost& a, const Leftmost& b) { return IsLeftBelow(a.at, b.at); });
 
     faceOf.assign(start.size(), none);
     std::vector<std::pair<std::uint32_t, std::uint32_t>> outside;  // the outer cycle of a component, a cycle around it
-    for (const std::uint32_t node : leftmost) {
-        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(node, forEachNear);
-        outside.emplace_back(cycleOf[OuterHalfEdge(node)], left == none ? none : cycleOf[left]);
+    for (const auto& [at, half, isOnDetour] : leftmost) {
+        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(at, forEachNear);
+        const std::uint32_t outer = !isOnDetour ? OuterHalfEdge(Origin(half)) : TurnsLeft(half) ? Twin(half) : half;
+        outside.emplace_back(cycleOf[outer], left == none ? none : cycleOf[left]);
         faceOf[outside.back().first] = 0;
     }
     std::uint32_t faces = 1;
@@ -110,9 +121,8 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
     }
 }
 
-// The half-edge with the node in its face that is the nearest one to the left, a little above the level of the node.
-std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, const VisitSegments& forEachNear) const {
-    const PlanePoint& p = nodes[node];
+// The half-edge with the point in its face that is the nearest one to the left, a little above the level of the point.
+std::uint32_t PlanarFaces::FindLeftOf(const PlanePoint& p, const VisitSegments& forEachNear) const {
     std::uint32_t nearest = none;
     PlanePoint low;
     PlanePoint high;
@@ -131,7 +141,7 @@ std::uint32_t PlanarFaces::FindLeftOf(std::uint32_t node, const VisitSegments& f
             if (side == 0.0) side = b.y <= high.y ? -ExactTurn(low, high, b) : ExactTurn(a, b, high);
             if (!(side > 0.0)) return;
         }
-        nearest = isUp ? Twin(half) : half;  // downward: its left is where the node lies
+        nearest = isUp ? Twin(half) : half;  // downward: its left is where the point lies
         low = a;
         high = b;
     });

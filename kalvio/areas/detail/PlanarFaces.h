@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/areas/detail/BorderNoding.h"
+#include "kalvio/areas/detail/PlaneVectors.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -22,21 +23,47 @@ public:
         std::uint32_t high;
     };
 
+    /// The vertices that an edge passes from its lower node to its higher one, by numbers.
+    struct Detour {
+        std::uint32_t first;
+        std::uint32_t end;
+        std::uint32_t leftmost;  ///< lowest of those; `none` where there are none
+    };
+
     /// Gets the half-edge that runs along a segment, and its ends.
     using VisitSegment = std::function<void(std::uint32_t half, const PlanePoint& from, const PlanePoint& to)>;
     /// Visits the segments of edges whose boxes meet an extent.
     using VisitSegments = std::function<void(const Extent& extent, const VisitSegment& visit)>;
 
-    /// Edges lead straight from node to node, but where no more than two meet they may take any way on which they meet
-    /// no other and come no farther left than the leftmost node of their component.
+    /// Edges lead straight from node to node, but the last ones, between nodes of two edges, take detours on which they
+    /// meet no other.
+    /// @param detourVertices  of each detour also the ends, before the first and after the last
     /// @param forEachNear  serves to find what lies left of a component
     PlanarFaces(const std::vector<PlanePoint>& graphNodes, const std::vector<Edge>& graphEdges,
+                const std::vector<PlanePoint>& detourVertices, const std::vector<Detour>& lastDetours,
                 const VisitSegments& forEachNear);
 
     std::uint32_t GetHalfEdgeCount() const { return static_cast<std::uint32_t>(2 * edges.size()); }
     static std::uint32_t Twin(std::uint32_t half) { return half ^ 1U; }
     std::uint32_t Origin(std::uint32_t half) const {
         return (half & 1U) == 0 ? edges[half / 2].low : edges[half / 2].high;
+    }
+    /// The detour of the edge, if it has one.
+    const Detour* DetourOf(std::uint32_t half) const {
+        const std::size_t straight = edges.size() - detours.size();
+        return half / 2 < straight ? nullptr : &detours[half / 2 - straight];
+    }
+    /// The vertex or node after the origin of a half-edge.
+    const PlanePoint& VertexAfter(std::uint32_t half) const {
+        const Detour* detour = DetourOf(half);
+        if (detour == nullptr || detour->first == detour->end) return nodes[Origin(Twin(half))];
+        return vertices[(half & 1U) == 0 ? detour->first : detour->end - 1];
+    }
+    /// Whether a half-edge turns to the left at the leftmost vertex of its detour.
+    bool TurnsLeft(std::uint32_t half) const {
+        const std::uint32_t at = DetourOf(half)->leftmost;
+        const double turn = ExactTurn(vertices[at - 1], vertices[at], vertices[at + 1]);
+        return (half & 1U) == 0 ? turn > 0.0 : turn < 0.0;
     }
     /// The half-edge after this one along the border of its face.
     std::uint32_t Next(std::uint32_t half) const { return next[half]; }
@@ -69,11 +96,13 @@ private:
     void LinkHalfEdges();
     void FindCycles();
     void NestComponents(const VisitSegments& forEachNear);
-    std::uint32_t FindLeftOf(std::uint32_t node, const VisitSegments& forEachNear) const;
+    std::uint32_t FindLeftOf(const PlanePoint& p, const VisitSegments& forEachNear) const;
     std::uint32_t OuterHalfEdge(std::uint32_t leftmost) const;
 
     const std::vector<PlanePoint>& nodes;
     const std::vector<Edge>& edges;
+    const std::vector<PlanePoint>& vertices;
+    const std::vector<Detour>& detours;
     std::vector<std::uint32_t> firstAround;  // of each node, in `around`
     std::vector<std::uint32_t> around;       // outgoing half-edges, counter-clockwise from the direction +x
     std::vector<std::uint32_t> next;
