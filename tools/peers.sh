@@ -66,17 +66,18 @@ END
 cmake --preset bench -DKALVIO_WARNINGS_AS_ERRORS=OFF "$@" >"$work/log"
 cmake --build "$build" >>"$work/log" || { tail -20 "$work/log" >&2 && exit 1; }
 
-# One line for each program that there is, with all that is asked of it.
+# One line for each row and program with all that is asked of it: rows have processes of their own, since what others
+# left of the memory counts.
 awk -F'|' '{
     asks = split($4 " " $5, ask, " "); sizes = split($3, size, " ")
+    split("", filter)
     for (a = 1; a <= asks; ++a) for (s = 1; s <= sizes; ++s) {
         text = ask[a]; gsub(/%/, size[s], text); sub(/\*.*/, "", text)
-        if (text in seen) continue
-        seen[text] = 1
         colon = index(text, ":"); program = substr(text, 1, colon - 1)
         filter[program] = filter[program] (program in filter ? "|" : "") substr(text, colon + 1)
     }
-} END { for (program in filter) print program, "^(" filter[program] ")$" }' "$work/rows" >"$work/programs"
+    for (program in filter) print program, "^(" filter[program] ")$"
+}' "$work/rows" >"$work/programs"
 
 round=0
 while [ "$round" -lt "$rounds" ]; do
@@ -105,9 +106,9 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
 {
     echo "# Beside the peers"
     echo
-    echo "Written by \`tools/peers.sh\`: medians of $rounds rounds, in each of which every program ran once. A ratio is"
-    echo "the time of the best peer by ours: above 1 is ahead; it is marked where less than asked. Growth is the largest"
-    echo "exponent p of n^p between two sizes. Compare the columns, not the times."
+    echo "Written by \`tools/peers.sh\`: medians of $rounds rounds, in each of which every row ran once, in a"
+    echo "process of its own. A ratio is the time of the best peer by ours: above 1 is ahead; it is marked where less than"
+    echo "asked. Growth is the largest exponent p of n^p between two sizes. Compare the columns, not the times."
     echo
     echo "$(date +%F); $(c++ --version | head -1), $(nproc) processors; Boost $(version boost/version.hpp BOOST_LIB_VERSION),"
     echo "GEOS $(version geos/version.h GEOS_VERSION), CGAL $(version CGAL/version.h CGAL_VERSION)," \
