@@ -1,6 +1,7 @@
 #include "kalvio/areas/detail/PlanarFaces.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace Kalvio::Math::detail {
@@ -62,7 +63,7 @@ void PlanarFaces::FindCycles() {
 }
 
 // Of the half-edges that leave the leftmost (lowest) node of a component, the last one before the direction -x,
-// counter- clockwise: outside of the component lies left of it.
+// counter-clockwise: outside of the component lies left of it.
 std::uint32_t PlanarFaces::OuterHalfEdge(std::uint32_t leftmost) const {
     std::uint32_t outer = around[firstAround[leftmost]];
     for (std::uint32_t k = firstAround[leftmost] + 1; k < firstAround[leftmost + 1]; ++k) {
@@ -99,10 +100,14 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
     std::sort(leftmost.begin(), leftmost.end(),
               [](const Leftmost& a, const Leftmost& b) { return IsLeftBelow(a.at, b.at); });
 
+    // About from one component to the next, if they are spread.
+    const double leftEnd = leftmost.empty() ? 0.0 : leftmost.front().at.x;
+    const double reach =
+        leftmost.empty() ? 0.0 : (leftmost.back().at.x - leftEnd) / std::sqrt(static_cast<double>(leftmost.size()));
     faceOf.assign(start.size(), none);
     std::vector<std::pair<std::uint32_t, std::uint32_t>> outside;  // the outer cycle of a component, a cycle around it
     for (const auto& [at, half, isOnDetour] : leftmost) {
-        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(at, forEachNear);
+        const std::uint32_t left = leftmost.size() == 1 ? none : FindLeftOf(at, reach, leftEnd, forEachNear);
         const std::uint32_t outer = !isOnDetour ? OuterHalfEdge(Origin(half)) : TurnsLeft(half) ? Twin(half) : half;
         outside.emplace_back(cycleOf[outer], left == none ? none : cycleOf[left]);
         faceOf[outside.back().first] = 0;
@@ -122,30 +127,37 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
 }
 
 // The half-edge with the point in its face that is the nearest one to the left, a little above the level of the point.
-std::uint32_t PlanarFaces::FindLeftOf(const PlanePoint& p, const VisitSegments& forEachNear) const {
-    std::uint32_t nearest = none;
-    PlanePoint low;
-    PlanePoint high;
-    Extent ray;
-    ray.minX = -std::numeric_limits<double>::infinity();
-    ray.maxX = p.x;
-    ray.minY = ray.maxY = p.y;
-    forEachNear(ray, [&](std::uint32_t half, const PlanePoint& from, const PlanePoint& to) {
-        const bool isUp = from.y < to.y;
-        const PlanePoint& a = isUp ? from : to;
-        const PlanePoint& b = isUp ? to : from;
-        if (!(a.y <= p.y && b.y > p.y) || !(ExactTurn(a, b, p) < 0.0)) return;
-        if (nearest != none) {
-            // Edges do not cross: an end of one that lies beside the other tells which is farther right.
-            double side = a.y >= low.y ? -ExactTurn(low, high, a) : ExactTurn(a, b, low);
-            if (side == 0.0) side = b.y <= high.y ? -ExactTurn(low, high, b) : ExactTurn(a, b, high);
-            if (!(side > 0.0)) return;
-        }
-        nearest = isUp ? Twin(half) : half;  // downward: its left is where the point lies
-        low = a;
-        high = b;
-    });
-    return nearest;
+// Looks ever farther, first as far as `reach`, at last to the left end of all: what lies beyond the nearest is not
+// looked at.
+std::uint32_t PlanarFaces::FindLeftOf(const PlanePoint& p, double reach, double leftEnd,
+                                      const VisitSegments& forEachNear) const {
+    constexpr double growth = 4.0;
+    for (;; reach *= growth) {
+        std::uint32_t nearest = none;
+        PlanePoint low;
+        PlanePoint high;
+        Extent ray;
+        ray.minX = reach > 0.0 ? std::max(p.x - reach, leftEnd) : leftEnd;
+        ray.maxX = p.x;
+        ray.minY = ray.maxY = p.y;
+        forEachNear(ray, [&](std::uint32_t half, const PlanePoint& from, const PlanePoint& to) {
+            const bool isUp = from.y < to.y;
+            const PlanePoint& a = isUp ? from : to;
+            const PlanePoint& b = isUp ? to : from;
+            if (!(a.y <= p.y && b.y > p.y) || !(ExactTurn(a, b, p) < 0.0)) return;
+            if (nearest != none) {
+                // Edges do not cross: an end of one that lies beside the other tells which is farther right.
+                double side = a.y >= low.y ? -ExactTurn(low, high, a) : ExactTurn(a, b, low);
+                if (side == 0.0) side = b.y <= high.y ? -ExactTurn(low, high, b) : ExactTurn(a, b, high);
+                if (!(side > 0.0)) return;
+            }
+            nearest = isUp ? Twin(half) : half;  // downward: its left is where the point lies
+            low = a;
+            high = b;
+        });
+        if (ray.minX == leftEnd) return nearest;
+        if (nearest != none && ExactTurn(low, high, {ray.minX, p.y}) > 0.0) return nearest;
+    }
 }
 
 }  // namespace Kalvio::Math::detail

@@ -96,7 +96,7 @@ private:
     void LinkHalfEdges();
     void FindCycles();
     void NestComponents(const VisitSegments& forEachNear);
-    std::uint32_t FindLeftOf(const PlanePoint& p, const VisitSegments& forEachNear) const;
+    std::uint32_t FindLeftOf(const PlanePoint& p, double reach, double leftEnd, const VisitSegments& forEachNear) const;
     std::uint32_t OuterHalfEdge(std::uint32_t leftmost) const;
 
     const std::vector<PlanePoint>& nodes;
