@@ -182,7 +182,7 @@ public:
     /// need no look: run r is the items from r * runSize.
     template <class Quiet, class Visit>
     bool ForEachPair(double tolerance, const Quiet& isQuiet, Visit&& visit) const {
-        return count > 0 && VisitWithin({Top(), 0}, Pairing(*this, *this, tolerance, isQuiet), visit);
+        return count > 0 && VisitWithin({Top(), 0}, Pairing<Quiet>(*this, *this, tolerance, isQuiet), visit);
     }
 
     /// The same for pairs of an item i of this and an item j of the other.
@@ -190,9 +190,9 @@ public:
     bool ForEachPair(const BoxHierarchy& other, double tolerance, Visit&& visit) const {
         if (count == 0 || other.count == 0) return false;
         const Node root{Top(), 0}, otherRoot{other.Top(), 0};
-        const auto isQuiet = [](std::size_t) { return false; };
+        constexpr auto isQuiet = [](std::size_t) { return false; };
         return VisitBetween(root, BoxOf(root), otherRoot, other.BoxOf(otherRoot),
-                            Pairing(*this, other, tolerance, isQuiet), visit);
+                            Pairing<decltype(isQuiet)>(*this, other, tolerance, isQuiet), visit);
     }
 
     /// Calls visit(i) for the items whose boxes come within `tolerance` of the extent, in ascending order.

@@ -69,12 +69,12 @@ private:
         for (std::size_t i = 0; i < inBlock; ++i) {
             const float lowX = minX[i] - reach, highX = maxX[i] + reach;
             const float lowY = minY[i] - reach, highY = maxY[i] + reach;
-            bool isNear = false;
-            for (std::size_t step = 2; step < ahead; ++step) {
-                isNear |= (lowX <= maxX[i + step]) & (minX[i + step] <= highX) & (lowY <= maxY[i + step]) &
-                          (minY[i + step] <= highY);
+            int isNear = 0;
+            for (std::size_t step = 2; step < ahead; ++step) {  // without branches
+                isNear |= int{lowX <= maxX[i + step]} & int{minX[i + step] <= highX} & int{lowY <= maxY[i + step]} &
+                          int{minY[i + step] <= highY};
             }
-            meets[i] = isNear ? 1 : 0;
+            meets[i] = isNear;
         }
         for (std::size_t from = 0; from < inBlock; from += runSize) {
             std::int32_t any = 0;
