@@ -58,8 +58,11 @@ common area of two combs, teeth|3|30 300|areas/areas_benchmarks:BM_CombsIntersec
 union of parcels, to a side|3|10 100|areas/areas_benchmarks:BM_ParcelsUnion/side:%|peers/geos_chain_peers:BM_GeosParcelsUnion/side:%
 union of discs|20|100 1000|areas/areas_benchmarks:BM_DiscsUnion/discs:%|peers/cgal_peers:BM_CgalDiscsUnion/discs:%
 buffer of a coast, 20 m|3|1000 10000|areas/areas_benchmarks:BM_ShoreBuffer/vertices:%/distance:20|peers/geos_chain_peers:BM_GeosShoreBuffer/vertices:%/distance:20
-triangulation of spread points|1.3|10000 100000 1000000|peers/cgal_peers:BM_BuildSurface<false>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<false>/points:%
+triangulation of spread points|1.3|10000 100000 1000000|peers/cgal_peers:BM_BuildSurface<false>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<false>/points:% peers/surface_peers:BM_GtsDelaunay/points:%
 the same with breaklines|1.3|10000 1000000|peers/cgal_peers:BM_BuildSurface<true>/points:%|peers/cgal_peers:BM_CgalConstrainedDelaunay<true>/points:%
+height of spread places, triangles of the surface|1|10000 1000000|peers/surface_peers:BM_Height<Ours>/triangles:%|peers/surface_peers:BM_Height<Cgal>/triangles:% peers/surface_peers:BM_Height<Gts>/triangles:%
+height of places along lines, each from the triangle before|1|10000 1000000|peers/surface_peers:BM_NextHeight<Ours>/triangles:%|peers/surface_peers:BM_NextHeight<Cgal>/triangles:% peers/surface_peers:BM_NextHeight<Gts>/triangles:%
+heights of 65536 spread places at once, for each|1|10000 1000000|peers/surface_peers:BM_Heights<Ours>/triangles:%*65536|peers/surface_peers:BM_Heights<Cgal>/triangles:%*65536
 foot on a spiral; on our clothoid|0.5|1|queries/queries_benchmarks:BM_FootOnSpiral|queries/queries_benchmarks:BM_FootOnClothoid
 END
 
