@@ -20,9 +20,10 @@ class Tolerances;
 /// Lines and arcs have lines and arcs about the same centre. The raw parallels of clothoids, spirals and parabolas are
 /// clothoids (with a line beside where the curvature is 0), or arcs where these reach farther, that join tangentially,
 /// each as long as the user tolerance allows; where they fold, and in trimmed parallels, they are arcs alone, which
-/// join tangentially but at cusps. Elements no longer than the user tolerance are left out, with all that they turn.
-/// Corners that turn away are closed by a join: an arc, a mitre, or a segment where it would reach farther than the
-/// limit, in distances. A chain that ends within the user tolerance of its start is closed, and so is its parallel.
+/// join tangentially but at cusps and, beyond a centre of curvature, keep the tolerance from the source rather than
+/// from its parallel. Elements no longer than the user tolerance are left out, with all that they turn. Corners that
+/// turn away are closed by a join: an arc, a mitre, or a segment where it would reach farther than the limit, in
+/// distances. A chain that ends within the user tolerance of its start is closed, and so is its parallel.
 ///
 ///     Polyline2D edge;
 ///     if (Offset::Parallel(plan, 3.5, edge, tolerances)) value = edge.GetLength();

@@ -211,7 +211,8 @@ public:
     /// length, the derivative at vertex 1 towards vertex 2 is d12 ((p1 - p0) / d01 - (p2 - p0) / (d01 + d12) + (p2 -
     /// p1) / d12), at an end that of the segment itself; each segment becomes `parts` parts of equal parameter. A
     /// closed string stays smooth at its joint. Repeated vertices count once.
-    /// @return false, `spline` untouched, for a string of no length, parts < 1 and more than 1e9 points
+    /// @return false, `spline` untouched, for a string of no length, parts < 1, more than 1e9 points and points that
+    ///         are not finite
     [[nodiscard]] bool GetSplineLineString(LineString3D& spline, int parts) const;
 
     /// True when a segment holds the point in space within the user tolerance.

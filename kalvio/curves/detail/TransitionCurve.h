@@ -38,8 +38,8 @@ bool SampleAt(const Curve& curve, double station, IPolyline2DElement::PolylineEl
     return true;
 }
 
-/// From the start to the point at a station, and the tangent there. @return false, both untouched,
-/// where they are not finite
+/// From the start to the point at a station, and the tangent there. @return false, both untouched, where they are not
+/// finite
 template <class Curve>
 bool OffsetAt(const Curve& curve, double station, Vec2D& offset, Vec2D& tangent) {
     const CurveState at = curve.At(station);
