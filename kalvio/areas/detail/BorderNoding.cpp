@@ -42,6 +42,9 @@ BorderNoding::BorderNoding(const std::vector<PlanePoint>& vertices, std::vector<
     hasArcs = std::any_of(sources.begin(), sources.end(), [](const BorderSource& source) { return source.sense != 0; });
     isFresh.assign(pieces.size(), 1);
     freshCount = pieces.size();
+    if (!hasArcs) return;
+    bows.reserve(pieces.size());
+    for (const BorderPiece& piece : pieces) bows.push_back(BowOf(piece));
 }
 
 double BorderNoding::ToleranceFor(double tolerance, double largest) {
@@ -218,24 +221,22 @@ bool BorderNoding::IsLower(const std::pair<std::uint32_t, std::uint32_t>& a,
     return a.first == b.first ? IsLower(a.second, b.second) : IsLower(a.first, b.first);
 }
 
-Extent BorderNoding::ExtentOf(const BorderPiece& piece) const {
-    const PlanePoint& a = nodes[piece.from];
-    const PlanePoint& b = nodes[piece.to];
+Extent BorderNoding::ExtentOf(std::size_t i) const {
+    const PlanePoint& a = nodes[pieces[i].from];
+    const PlanePoint& b = nodes[pieces[i].to];
     Extent extent;
     extent.minX = std::min(a.x, b.x);
     extent.minY = std::min(a.y, b.y);
     extent.maxX = std::max(a.x, b.x);
     extent.maxY = std::max(a.y, b.y);
-    if (hasArcs) {
-        if (const Bow bow = BowOf(piece); bow.isCurved) extent.Add(Point2D(bow.apex.x, bow.apex.y));
-    }
+    if (hasArcs && bows[i].isCurved) extent.Add(Point2D(bows[i].apex.x, bows[i].apex.y));
     return extent;
 }
 
 void BorderNoding::BuildBoxes() {
     std::vector<Extent> extents;
     extents.reserve(pieces.size());
-    for (const BorderPiece& piece : pieces) extents.push_back(ExtentOf(piece));
+    for (std::size_t i = 0; i < pieces.size(); ++i) extents.push_back(ExtentOf(i));
     boxes.emplace(std::move(extents));
 }
 
@@ -243,12 +244,13 @@ bool BorderNoding::Run() {
     for (std::size_t round = 0; round < mostRounds; ++round) {
         BuildBoxes();
         FindMeetings();
-        if (cuts.empty() && crossings.empty() && halves.empty()) return true;
+        if (cuts.empty() && crossings.empty() && unparted.empty()) return true;
         const bool mayBeLast = round == 0 && isCoarse && !hasArcs && cuts.empty() && !isAnyClose;
         const std::vector<Crossing> found = mayBeLast ? crossings : std::vector<Crossing>();
         if (!CutCrossings()) return false;
         const bool isLast = !found.empty() && AreClear(found);
         const std::size_t parts = pieces.size() + 2 * found.size();
+        PartBows();
         CutHalves();
         ApplyCuts();
         if (!isLast || pieces.size() != parts) continue;
@@ -296,11 +298,7 @@ void BorderNoding::FindMeetings() {
 void BorderNoding::Compare(std::uint32_t i, std::uint32_t j) {
     const BorderPiece& a = pieces[i];
     const BorderPiece& b = pieces[j];
-    if (hasArcs && (sources[a.source].sense != 0 || sources[b.source].sense != 0)) {
-        const Bow first = BowOf(a);
-        const Bow second = BowOf(b);
-        if (first.isCurved || second.isCurved) return CompareBows(i, j, first, second);
-    }
+    if (hasArcs && (bows[i].isCurved || bows[j].isCurved)) return CompareBows(i, j);
     const bool hasFrom = a.from == b.from || a.from == b.to;
     const bool hasTo = a.to == b.from || a.to == b.to;
     if (hasFrom && hasTo) return;
@@ -380,7 +378,7 @@ bool BorderNoding::CutCrossings() {
         }
         if (isCut) continue;
         const std::size_t known = halves.size();
-        for (const std::uint32_t i : {crossings[k].first, crossings[k].second}) Halve(i, BowOf(pieces[i]));
+        for (const std::uint32_t i : {crossings[k].first, crossings[k].second}) Halve(i);
         if (halves.size() == known) return false;
     }
     crossings.clear();
@@ -395,21 +393,33 @@ void BorderNoding::CutHalves() {
 
 // Computed from the lower node, so that it does not hang on the direction of the piece.
 BorderNoding::Bow BorderNoding::BowOf(const BorderPiece& piece) const {
-    Bow bow;
-    const std::pair<std::uint32_t, std::uint32_t> ends = EndsOf(piece);
-    bow.start = nodes[ends.first];
-    bow.end = nodes[ends.second];
     const BorderSource& source = sources[piece.source];
-    if (source.sense == 0) return bow;
-    const PlanePoint chord = bow.end - bow.start;
-    const double length = std::sqrt(Square(chord));
-    if (!(length > shortness * distinct)) return bow;
-    const double side = Cross(chord, source.center - bow.start) / length;
+    if (source.sense == 0) {
+        Bow segment;
+        segment.start = nodes[piece.from];
+        segment.end = nodes[piece.to];
+        return segment;
+    }
+    const std::pair<std::uint32_t, std::uint32_t> ends = EndsOf(piece);
+    const bool isLeft = (source.sense > 0) == (piece.from == ends.first);
+    return BowBetween(nodes[ends.first], nodes[ends.second], source.center, isLeft);
+}
+
+// An arc has its centre on the side that is told.
+BorderNoding::Bow BorderNoding::BowBetween(const PlanePoint& start, const PlanePoint& end, const PlanePoint& center,
+                                           bool isLeft) const {
+    Bow bow;
+    bow.start = start;
+    bow.end = end;
+    const PlanePoint chord = end - start;
+    const double square = Square(chord);
+    if (!(square > shortness * shortness * distinct * distinct)) return bow;
+    const double length = std::sqrt(square);
+    const double side = Cross(chord, center - start) / length;
     const double half = 0.5 * length;
     // A quarter turn has its centre half a chord away; nearer, or on the other side, it is by the motion of nodes.
-    const bool isLeft = (source.sense > 0) == (piece.from == ends.first);
     if (!(isLeft ? side > 0.5 * half : side < -0.5 * half)) return bow;
-    bow.radius = std::hypot(side, half);
+    bow.radius = std::sqrt(side * side + half * half);
     const double sagitta = half * half / (bow.radius + std::abs(side));
     if (!(sagitta > flatness * kept)) return bow;
     bow.isCurved = true;
@@ -435,7 +445,8 @@ bool BorderNoding::IsBetweenEnds(const Bow& bow, const PlanePoint& p) {
     return !bow.isCurved || (Cross(chord, arm) < 0.0) == (bow.side > 0.0);
 }
 
-void BorderNoding::CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b) {
+// What parts the triangles leaves no crossing to look for.
+void BorderNoding::CompareBows(std::uint32_t i, std::uint32_t j) {
     const BorderPiece& p = pieces[i];
     const BorderPiece& q = pieces[j];
     const bool hasFrom = p.from == q.from || p.from == q.to;
@@ -446,28 +457,26 @@ void BorderNoding::CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, c
             return bow.isCurved ? bow.middle
                                 : PlanePoint{0.5 * (bow.start.x + bow.end.x), 0.5 * (bow.start.y + bow.end.y)};
         };
-        if (Square(middleOf(a) - middleOf(b)) <= reach * reach) return;
-        Halve(i, a);
-        Halve(j, b);
+        if (Square(middleOf(bows[i]) - middleOf(bows[j])) > reach * reach) unparted.emplace_back(i, j);
         return;
     }
     bool isCut = false;
     for (const std::uint32_t node : {q.from, q.to}) {
-        if (node != p.from && node != p.to) isCut = CutNearBow(i, a, node) || isCut;
+        if (node != p.from && node != p.to) isCut = CutNearBow(i, node) || isCut;
     }
-    if (!hasFrom) isCut = CutNearBow(j, b, p.from) || isCut;
-    if (!hasTo) isCut = CutNearBow(j, b, p.to) || isCut;
-    if (isCut || FindBowCrossings(i, j, a, b)) return;
-    if (hasFrom || hasTo ? ArePartedAt(nodes[hasFrom ? p.from : p.to], a, b) : AreApart(a, b)) return;
-    Halve(i, a);
-    Halve(j, b);
+    if (!hasFrom) isCut = CutNearBow(j, p.from) || isCut;
+    if (!hasTo) isCut = CutNearBow(j, p.to) || isCut;
+    if (!isCut && !AreParted(bows[i], bows[j]) && !FindBowCrossings(i, j)) unparted.emplace_back(i, j);
 }
 
-bool BorderNoding::CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t node) {
+bool BorderNoding::CutNearBow(std::uint32_t piece, std::uint32_t node) {
+    const Bow& bow = bows[piece];
     if (!bow.isCurved) return CutNear(piece, node);
     const PlanePoint arm = nodes[node] - bow.start;
     // From the circle, by the power of the point: no square of the radius is taken away.
     const double power = Square(arm) - 2.0 * Dot(arm, bow.toCenter);
+    // Farther off without taking a root.
+    if (!(std::abs(power) <= clearance * reach * (2.0 * bow.radius + reach))) return false;
     const double off = power / (bow.radius + std::sqrt(Square(arm - bow.toCenter)));
     if (!(std::abs(off) <= reach)) return false;
     // Between the radii of the ends.
@@ -481,7 +490,9 @@ bool BorderNoding::CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t
 
 // The points of a circle on a line are the roots of a square equation along the line, those of two circles lie on their
 // radical line. All is taken from the start of the arc, not from its centre, which may be far away.
-bool BorderNoding::FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b) {
+bool BorderNoding::FindBowCrossings(std::uint32_t i, std::uint32_t j) {
+    const Bow& a = bows[i];
+    const Bow& b = bows[j];
     // In the order of the nodes, as for segments.
     const bool isFirstArc = a.isCurved && (!b.isCurved || !IsLower(EndsOf(pieces[j]), EndsOf(pieces[i])));
     const Bow& arc = isFirstArc ? a : b;
@@ -520,8 +531,56 @@ bool BorderNoding::FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow&
     return found;
 }
 
-void BorderNoding::Halve(std::uint32_t piece, const Bow& bow) {
-    if (bow.isCurved) halves.push_back({piece, piece, bow.middle});
+void BorderNoding::Halve(std::uint32_t piece) {
+    if (bows[piece].isCurved) halves.push_back({piece, piece, bows[piece].middle});
+}
+
+// Pieces that are cut anyway are left to the next round.
+void BorderNoding::PartBows() {
+    if (unparted.empty()) return;
+    std::vector<char> isCut(pieces.size(), 0);
+    for (const Cut& cut : cuts) isCut[cut.piece] = 1;
+    for (const auto& [i, j] : unparted) {
+        if (isCut[i] == 0 && isCut[j] == 0) Part(i, j);
+    }
+    unparted.clear();
+}
+
+// Halves the longer one of two pieces, and goes on with the parts until triangles are parted or these have become so
+// many that the next round shall compare them with others too.
+void BorderNoding::Part(std::uint32_t i, std::uint32_t j) {
+    constexpr std::size_t mostPairs = 16;
+    const auto sizeOf = [](const Bow& bow) { return bow.isCurved ? Square(bow.end - bow.start) : 0.0; };
+    const auto halve = [this](std::uint32_t piece, const Bow& bow) -> std::vector<Bow> {
+        halves.push_back({piece, piece, bow.middle});
+        const PlanePoint& center = sources[pieces[piece].source].center;
+        const bool isLeft = bow.side > 0.0;
+        return {BowBetween(bow.start, bow.middle, center, isLeft), BowBetween(bow.middle, bow.end, center, isLeft)};
+    };
+    std::vector<std::pair<Bow, Bow>> open{{bows[i], bows[j]}};
+    std::vector<std::pair<Bow, Bow>> next;
+    for (; !open.empty() && open.size() <= mostPairs; open.swap(next)) {
+        next.clear();
+        for (const auto& [a, b] : open) {
+            const std::vector<Bow> parts = sizeOf(a) >= sizeOf(b) ? halve(i, a) : std::vector{a};
+            const std::vector<Bow> others = sizeOf(b) >= sizeOf(a) ? halve(j, b) : std::vector{b};
+            for (const Bow& part : parts) {
+                for (const Bow& other : others) {
+                    if ((part.isCurved || other.isCurved) && !AreParted(part, other)) next.emplace_back(part, other);
+                }
+            }
+        }
+    }
+}
+
+// Of pieces with at most one node in common: whether a line along a side of one of the triangles (segments) parts them.
+bool BorderNoding::AreParted(const Bow& a, const Bow& b) {
+    const auto isEnd = [&b](const PlanePoint& p) {
+        return (p.x == b.start.x && p.y == b.start.y) || (p.x == b.end.x && p.y == b.end.y);
+    };
+    const bool isStart = isEnd(a.start);
+    if (isStart && isEnd(a.end)) return false;
+    return isStart || isEnd(a.end) ? ArePartedAt(isStart ? a.start : a.end, a, b) : AreApart(a, b);
 }
 
 // Whether a line along a side of one of the triangles (segments) parts them.
@@ -584,8 +643,10 @@ void BorderNoding::ApplyCuts() {
     SortCuts();
     std::vector<BorderPiece> parts;
     std::vector<char> areFresh;
+    std::vector<Bow> partBows;
     parts.reserve(pieces.size() + cuts.size());
     areFresh.reserve(pieces.size() + cuts.size());
+    if (hasArcs) partBows.reserve(pieces.size() + cuts.size());
     freshCount = 0;
     std::vector<std::uint32_t> chain;
     auto cut = cuts.begin();
@@ -594,6 +655,7 @@ void BorderNoding::ApplyCuts() {
         if (cut == cuts.end() || cut->piece != i) {
             parts.push_back(piece);
             areFresh.push_back(0);
+            if (hasArcs) partBows.push_back(bows[i]);
             continue;
         }
         const PlanePoint& a = nodes[piece.from];
@@ -621,12 +683,14 @@ void BorderNoding::ApplyCuts() {
         for (std::size_t k = 1; k < chain.size(); ++k) {
             parts.push_back({chain[k - 1], chain[k], piece.source});
             areFresh.push_back(1);
+            if (hasArcs) partBows.push_back(BowOf(parts.back()));
             ++freshCount;
         }
     }
     cuts.clear();
     pieces = std::move(parts);
     isFresh = std::move(areFresh);
+    bows = std::move(partBows);
 }
 
 }  // namespace Kalvio::Math::detail

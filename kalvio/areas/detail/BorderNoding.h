@@ -42,9 +42,10 @@ struct BorderPiece {
 /// Arcs keep their circles. A piece of an arc, a quarter turn at most, is seen as the arc through its two nodes whose
 /// centre is the nearest to the one given, and lies within the triangle of its chord and its end tangents. Where the
 /// arcs meet others is computed and cut like the rest; then, as long as the triangle of a piece meets another piece or
-/// its triangle other than in a common node, the piece is halved, until it leaves its chord by less than a quarter of
-/// the tolerance (or is no longer than a few) and counts as its chord. In the end chords can stand for all pieces: no
-/// order about a node and no side of an area changes by that, and exact turns of chords decide about arcs too.
+/// its triangle other than in a common node, the longer one of the two is halved, until it leaves its chord by less
+/// than a quarter of the tolerance (or is no longer than a few) and counts as its chord. In the end chords can stand
+/// for all pieces: no order about a node and no side of an area changes by that, and exact turns of chords decide about
+/// arcs too.
 ///
 /// Crossings are decided by exact turns, so that the graph is plane and not only nearly so: whatever walks it needs no
 /// tolerance. A border that was closed stays closed, so that the windings of a ring about every face are whole numbers.
@@ -122,19 +123,23 @@ private:
                  const std::pair<std::uint32_t, std::uint32_t>& b) const;
     std::pair<std::uint32_t, std::uint32_t> EndsOf(const BorderPiece& piece) const;
     static std::vector<PlanePoint> PlacesOf(const std::vector<Crossing>& found);
-    Extent ExtentOf(const BorderPiece& piece) const;
+    Extent ExtentOf(std::size_t piece) const;
     void BuildBoxes();
     void FindMeetings();
     bool AreClear(const std::vector<Crossing>& found) const;
     void Compare(std::uint32_t i, std::uint32_t j);
-    void CompareBows(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
+    void CompareBows(std::uint32_t i, std::uint32_t j);
     Bow BowOf(const BorderPiece& piece) const;
+    Bow BowBetween(const PlanePoint& start, const PlanePoint& end, const PlanePoint& center, bool isLeft) const;
     static bool IsBetweenEnds(const Bow& bow, const PlanePoint& p);
+    static bool AreParted(const Bow& a, const Bow& b);
     static bool AreApart(const Bow& a, const Bow& b);
     static bool ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& b);
-    bool CutNearBow(std::uint32_t piece, const Bow& bow, std::uint32_t node);
-    bool FindBowCrossings(std::uint32_t i, std::uint32_t j, const Bow& a, const Bow& b);
-    void Halve(std::uint32_t piece, const Bow& bow);
+    bool CutNearBow(std::uint32_t piece, std::uint32_t node);
+    bool FindBowCrossings(std::uint32_t i, std::uint32_t j);
+    void Halve(std::uint32_t piece);
+    void PartBows();
+    void Part(std::uint32_t i, std::uint32_t j);
     bool IsNode(const PlanePoint& p, std::uint32_t node) const;
     bool IsBeside(const BorderPiece& piece, const PlanePoint& p, double distance) const;
     bool CutNear(std::uint32_t piece, std::uint32_t node);
@@ -160,7 +165,9 @@ private:
     std::size_t freshCount = 0;
     std::vector<Cut> cuts;
     std::vector<Crossing> crossings;
-    std::vector<Crossing> halves;  // of pieces with themselves, at their middles
+    std::vector<Bow> bows;                                          // of the pieces, where there are arcs
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> unparted;  // pieces whose triangles meet
+    std::vector<Crossing> halves;                                   // of pieces with themselves, at their middles
     bool hasArcs = false;
     bool isCoarse = false;    // many roundings of the coordinates fit into the tolerance
     bool isAnyClose = false;  // a node came close to a piece that it does not end
