@@ -110,8 +110,9 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
     echo "# Beside the peers"
     echo
     echo "Written by \`tools/peers.sh\`: medians of $rounds rounds, in each of which every row ran once, in a"
-    echo "process of its own. A ratio is the time of the best peer by ours: above 1 is ahead; it is marked where less than"
-    echo "asked. Growth is the largest exponent p of n^p between two sizes. Compare the columns, not the times."
+    echo "process of its own. A ratio is the time of the best peer by ours in the same round, the median of all rounds:"
+    echo "above 1 is ahead; it is marked where less than asked. Growth is the largest exponent p of n^p between two sizes."
+    echo "Compare the columns, not the times."
     echo
     echo "$(date +%F); $(c++ --version | head -1), $(nproc) processors; Boost $(version boost/version.hpp BOOST_LIB_VERSION),"
     echo "GEOS $(version geos/version.h GEOS_VERSION), CGAL $(version CGAL/version.h CGAL_VERSION)," \
@@ -120,17 +121,29 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
     echo "| Work | Size | Here | Best peer | Ratio | Asked | Growth |"
     echo "|---|---|---|---|---|---|---|"
     awk -F'|' '
-        function median(key,    n, i, j, t, v) {
-            n = split(times[key], v, " ")
+        function median(of,    n, i, j, t, v) {
+            n = split(of, v, " ")
             if (n == 0) return 0
             for (i = 2; i <= n; ++i) for (j = i; j > 1 && v[j] + 0 < v[j - 1] + 0; --j) { t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
             return n % 2 ? v[(n + 1) / 2] + 0 : (v[n / 2] + v[n / 2 + 1]) / 2
         }
-        function timeOf(text, size,    star, of) {
+        function timesOf(text, size,    star, of, n, i, v, all) {
             gsub(/%/, size, text)
             star = index(text, "*"); of = 1
             if (star) { of = substr(text, star + 1); text = substr(text, 1, star - 1) }
-            return median(text) / of
+            n = split(times[text], v, " ")
+            for (i = 1; i <= n; ++i) all = all " " v[i] / of
+            return all
+        }
+        function leastOf(all, others,    n, m, i, v, w, least) {  # round by round
+            n = split(all, v, " "); m = split(others, w, " ")
+            for (i = 1; i <= n || i <= m; ++i) least = least " " (i > m || (i <= n && v[i] + 0 < w[i] + 0) ? v[i] : w[i])
+            return least
+        }
+        function ratiosOf(all, our,    n, m, i, v, w, ratios) {
+            n = split(all, v, " "); m = split(our, w, " ")
+            for (i = 1; i <= n && i <= m; ++i) ratios = ratios " " v[i] / w[i]
+            return ratios
         }
         function shown(ns) {
             return ns < 1e3 ? sprintf("%.3g ns", ns) : ns < 1e6 ? sprintf("%.3g us", ns / 1e3) : ns < 1e9 ? sprintf("%.3g ms", ns / 1e6) : sprintf("%.3g s", ns / 1e9)
@@ -142,7 +155,7 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
         {
             sizes = split($3, size, " "); peers = split($5, peer, " "); growth = ""
             for (s = 1; s <= sizes; ++s) {
-                our[s] = timeOf($4, size[s])
+                our[s] = median(timesOf($4, size[s]))
                 if (our[s] == 0) continue
                 if (s > 1 && our[s - 1] > 0) {
                     p = log(our[s] / our[s - 1]) / log(size[s] / size[s - 1])
@@ -150,14 +163,14 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
                 }
             }
             for (s = 1; s <= sizes; ++s) {
-                best = 0
+                best = 0; least = ""
                 for (k = 1; k <= peers; ++k) {
-                    t = timeOf(peer[k], size[s])
+                    all = timesOf(peer[k], size[s]); t = median(all); least = leastOf(all, least)
                     if (t > 0 && (best == 0 || t < best)) { best = t; name = peer[k] }
                 }
                 if (our[s] == 0 || best == 0) continue
                 sub(/^[^:]*:/, "", name); sub(/\/.*/, "", name); sub(/^BM_/, "", name)
-                ratio = best / our[s]
+                ratio = median(ratiosOf(least, timesOf($4, size[s])))
                 printf "| %s | %s | %s | %s, %s | %s | %s | %s |\n", s == 1 ? $1 : "", sizes == 1 && size[1] == 1 ? "" : size[s], shown(our[s]), shown(best), name, ratio < $2 ? sprintf("**%.2f**", ratio) : sprintf("%.2f", ratio), $2, s == sizes && growth != "" ? sprintf("%.2f", growth) : ""
             }
         }' "$work/times" "$work/rows"
