@@ -68,7 +68,8 @@ public:
     Polynomial GetCharacteristicPolynomial() const;
     /// Eigenvalues of the whole 3 x 3 matrix by descending real part; of a conjugate pair the positive imaginary part
     /// first. An affine matrix has the eigenvalues of its linear part and 1.
-    /// @return false, outputs untouched, for values that are not finite, and in the real form when one is complex
+    /// @return false, outputs untouched, for elements or eigenvalues that are not finite, and in the real form when one
+    /// is complex
     [[nodiscard]] bool GetEigenValues(std::array<double, 3>& eigenValues) const;
     [[nodiscard]] bool GetEigenValues(std::array<std::complex<double>, 3>& eigenValues) const;
     /// Row eigenvectors, v M = lambda v: the homogeneous vectors whose direction this transformation keeps. Unit rows
@@ -77,7 +78,7 @@ public:
     /// @return false, outputs untouched, when an eigenvalue is complex or no three independent vectors can be told
     [[nodiscard]] bool GetEigenVectors(std::array<double, 3>& eigenValues, Matrix2D& eigenVectors) const;
     /// M = U S V^T with orthogonal U, V and the singular values on the diagonal of S, descending, none negative.
-    /// @return false, outputs untouched, for values that are not finite
+    /// @return false, outputs untouched, for elements or singular values that are not finite
     [[nodiscard]] bool SingularValueDecomposition(Matrix2D& u, Matrix2D& s, Matrix2D& v) const;
 };
 

@@ -309,8 +309,7 @@ bool Arc2D::MakePointAndTangentAt(double station, PolylineElementPoint& result) 
     if (curvature == 0.0 || !(station >= -detail::numericalZero) || !(station <= GetLength() + detail::numericalZero)) {
         return false;
     }
-    result = SampleAt(station, curvature);
-    return true;
+    return detail::Store(SampleAt(station, curvature), result);
 }
 
 bool Arc2D::MakeArc(double from, double to, Arc2D& part) const {
@@ -318,7 +317,10 @@ bool Arc2D::MakeArc(double from, double to, Arc2D& part) const {
     const double first = std::max(from, 0.0);
     const double last = std::min(to, length);
     if (!(from >= -detail::numericalZero) || !(to <= length + detail::numericalZero) || !(first < last)) return false;
-    part = Part(first, last);
+    const Arc2D cut = Part(first, last);
+    Point2D end;
+    if (!detail::Store(cut.startPoint, end) || !detail::Store(cut.endPoint, end)) return false;
+    part = cut;
     return true;
 }
 

@@ -209,8 +209,7 @@ bool Arc3D::MakePointAndTangentAt(double station, PolylineElementPoint& result) 
     Sample2D sample;
     if (!InPlane().MakePointAndTangentAt(station, sample)) return false;
     const detail::PlaneFrame frame = Frame();
-    result = {frame.ToSpace(sample.point), frame.ToSpace(sample.tangent), sample.station};
-    return true;
+    return detail::Store({frame.ToSpace(sample.point), frame.ToSpace(sample.tangent), sample.station}, result);
 }
 
 bool Arc3D::MakeArc(double from, double to, Arc3D& part) const {

@@ -262,9 +262,7 @@ bool Parabola::GetNormalPoint(const Point2D& point, double tolerance, PolylineEl
             value * feet.g(feet.limits[i - 1]).value > 0.0 && value * feet.g(feet.limits[i + 1]).value > 0.0;
         if (turn > low && turn < high && isAlone && std::abs(feet.GetMiss(turn)) <= touchTolerance) consider(turn);
     }
-    if (!std::isfinite(bestDistance)) return false;
-    foot = best;
-    return true;
+    return std::isfinite(bestDistance) && detail::Store(best, foot);
 }
 
 void Parabola::GetParameters(double& quadratic, double& linear, double& constant) const {

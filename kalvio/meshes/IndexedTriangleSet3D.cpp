@@ -262,7 +262,8 @@ bool IndexedTriangleSet3D::AdjustVerticesToClosest(const std::vector<Point3D>& p
     bool hasMoved = false;
     for (Point3D& vertex : vertices) {
         const Point3D before = vertex;
-        if (nearest.Find(vertex)) hasMoved = hasMoved || before.Distance(vertex) > 0.0;
+        if (!nearest.Find(vertex)) continue;
+        for (int axis = 0; axis < 3; ++axis) hasMoved = hasMoved || vertex[axis] != before[axis];
     }
     return hasMoved;
 }

@@ -1,6 +1,7 @@
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Circle2D.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/detail/Stations.h"
 #include "kalvio/queries/Intersection.h"
 #include "kalvio/queries/detail/ChainContacts.h"
 #include "kalvio/queries/detail/CountAppended.h"
@@ -80,8 +81,12 @@ IntersectionResult Intersection::CircleCircle(const Circle2D& a, const Circle2D&
     const double half = std::sqrt(std::abs(squared));
     const Vec2D ahead = centers / distance;
     const Vec2D right = ahead.GetNormalVector(false);
-    out.push_back(a.GetCenter() + (ahead * along + right * half));
-    if (!(epsilon > half)) out.push_back(a.GetCenter() + (ahead * along - right * half));
+    Point2D points[2];
+    if (!detail::Store(a.GetCenter() + (ahead * along + right * half), points[0]) ||
+        !detail::Store(a.GetCenter() + (ahead * along - right * half), points[1])) {
+        return IntersectionResult::NoIntersection;
+    }
+    out.insert(out.end(), points, points + (epsilon > half ? 1 : 2));
     return IntersectionResult::Intersecting;
 }
 

@@ -7,6 +7,7 @@
 #include "kalvio/curves/Line2D.h"
 #include "kalvio/curves/Line3D.h"
 #include "kalvio/curves/detail/Chain.h"
+#include "kalvio/curves/detail/Stations.h"
 #include "kalvio/curves/detail/UnitDirection.h"
 #include "kalvio/polygons/LineString2D.h"
 #include "kalvio/polygons/LineString3D.h"
@@ -97,9 +98,17 @@ public:
         origin = plane.GetPoint();
     }
 
-    bool Exists() const { return std::abs(slope) >= detail::numericalZero; }
-    Point3D Project(const Point3D& point) const {
-        return point - direction * (normal.DotProduct(point - origin) / slope);
+    bool Project(const Point3D& point, Point3D& projected) const {
+        return std::abs(slope) >= detail::numericalZero &&
+               detail::Store(point - direction * (normal.DotProduct(point - origin) / slope), projected);
+    }
+    template <class Chain>
+    bool ProjectRing(const std::vector<Point3D>& ring, Chain& projected) const {
+        return std::all_of(ring.begin(), ring.end(), [&](Point3D point) {
+            const bool exists = Project(point, point);
+            projected.AppendPoint(point);
+            return exists;
+        });
     }
 
 private:
@@ -121,13 +130,14 @@ Point3D Projection::NormalPointOnLine(const Point3D& point, const Line3D& line) 
 
 bool Projection::NormalPointOnLineSegment(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance) {
     const detail::SegmentFoot onSegment(point, line.GetStart(), line.GetEnd(), tolerance);
-    if (onSegment.isFoot) foot = onSegment.PointOn(line.GetStart(), line.GetEnd());
-    return onSegment.isFoot;
+    return onSegment.isFoot && detail::Store(onSegment.PointOn(line.GetStart(), line.GetEnd()), foot);
 }
 
 bool Projection::NormalPointOnLineSegment2(const Point2D& point, const Line2D& line, Point2D& foot, double tolerance) {
+    Point2D onSegment;
+    const bool isOnSegment = NormalPointOnLineSegment(point, line, onSegment, tolerance);
     foot = NormalPointOnLine(point, line);
-    return detail::SegmentFoot(point, line.GetStart(), line.GetEnd(), tolerance).isFoot;
+    return isOnSegment;
 }
 
 Point2D Projection::NearestPointOnLineSegment(const Point2D& point, const Line2D& line, double /*tolerance*/) {
@@ -225,20 +235,16 @@ Point2D Projection::NearestPointOnPolygonWithHoles(const Point2D& point, const P
 }
 
 bool Projection::PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane, Point3D& projected) {
-    const PlaneProjector projector(direction, plane);
-    if (!projector.Exists()) return false;
-    projected = projector.Project(point);
-    return true;
+    return PlaneProjector(direction, plane).Project(point, projected);
 }
 
 Polygon3D Projection::PolygonOnPlane(const Polygon3D& polygon, const Vec3D& direction, const Plane3D& plane) {
     const PlaneProjector projector(direction, plane);
     Polygon3D projected;
-    if (!projector.Exists()) return projected;
-    for (const Point3D& point : polygon.GetPoints()) projected.AppendPoint(projector.Project(point));
+    if (!projector.ProjectRing(polygon.GetPoints(), projected)) return {};
     for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) {
         LineString3D hole;
-        for (const Point3D& point : polygon.GetHoleBoundary(i).GetPoints()) hole.AppendPoint(projector.Project(point));
+        if (!projector.ProjectRing(polygon.GetHoleBoundary(i).GetPoints(), hole)) return {};
         projected.AppendHoleBoundary(hole);
     }
     return projected;

@@ -146,7 +146,7 @@ public:
 
     /// Projection along a direction of any length.
     /// @return false, `projected` untouched, for a direction parallel to the plane within 1e-10 rad or of zero length,
-    ///         and for a degenerate plane
+    ///         for a degenerate plane, and for a point that is not finite
     [[nodiscard]] static bool PointOnPlane(const Point3D& point, const Vec3D& direction, const Plane3D& plane,
                                            Point3D& projected);
     /// All rings projected point by point along the direction, or the normal of the plane; an empty polygon where

@@ -397,7 +397,7 @@ private:
 };
 
 /// Eigenvalues by descending real part, of a conjugate pair the one with the positive imaginary part first.
-/// @return false, `out` untouched, for values that are not finite
+/// @return false, `out` untouched, for elements or eigenvalues that are not finite
 template <std::size_t N>
 bool ComputeEigenValues(const SquareMatrix<N>& m, std::array<std::complex<double>, N>& out) {
     if (!IsFinite(m)) return false;
@@ -409,6 +409,8 @@ bool ComputeEigenValues(const SquareMatrix<N>& m, std::array<std::complex<double
     } else if (!GeneralEigenValues<N>(m).Get(found)) {
         return false;
     }
+    const auto isFinite = [](const auto& value) { return std::isfinite(value.real()) && std::isfinite(value.imag()); };
+    if (!std::all_of(found.begin(), found.end(), isFinite)) return false;
     std::stable_sort(found.begin(), found.end(), [](const std::complex<double>& a, const std::complex<double>& b) {
         return a.real() != b.real() ? a.real() > b.real() : a.imag() > b.imag();
     });
@@ -485,13 +487,14 @@ bool ComputeEigenVectors(const SquareMatrix<N>& m, std::array<double, N>& values
 }
 
 /// The decomposition as matrices, S diagonal.
-/// @return false, outputs untouched, for values that are not finite
+/// @return false, outputs untouched, for elements or singular values that are not finite
 template <class MatrixType, std::size_t N>
 bool StoreSingularValues(const SquareMatrix<N>& m, MatrixType& u, MatrixType& s, MatrixType& v) {
     if (!IsFinite(m)) return false;
     const SingularValues<N> found = DecomposeSingular(m);
     SquareMatrix<N> diagonal;
     for (std::size_t i = 0; i < N; ++i) diagonal(i, i) = found.singular[i];
+    if (!IsFinite(diagonal)) return false;
     u = MatrixType(found.u.values.data());
     s = MatrixType(diagonal.values.data());
     v = MatrixType(found.v.values.data());

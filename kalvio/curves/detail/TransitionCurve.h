@@ -34,8 +34,7 @@ template <class Curve>
 bool SampleAt(const Curve& curve, double station, IPolyline2DElement::PolylineElementPoint& result) {
     const double length = curve.GetLength();
     if (!(station >= -numericalZero) || !(station <= length + numericalZero)) return false;
-    result = SampleOf(curve, std::clamp(station, 0.0, length));
-    return true;
+    return Store(SampleOf(curve, std::clamp(station, 0.0, length)), result);
 }
 
 /// From the start to the point at a station, and the tangent there. @return false, both untouched, where they are not
@@ -58,9 +57,7 @@ bool SearchCurve(const Curve& curve, const Point2D& point, double from, double t
     const Vec2D query = point - curve.GetStart();
     NearestSearch<Curve> search(curve, query.GetX(), query.GetY());
     double station = 0.0;
-    if (!find(search, from, to, station)) return false;
-    found = SampleOf(curve, station);
-    return true;
+    return find(search, from, to, station) && Store(SampleOf(curve, station), found);
 }
 
 /// The nearest point over the stations [from, to].
