@@ -371,7 +371,7 @@ QuadTreeNode* QuadTreeNode::MakeChild(std::size_t quadrant) {
 }
 
 void QuadTreeNode::Append(const PlanBox& box, ISpatialIndexData* item) {
-    items.Append(box, item);
+    items.Append(box, item, centerX);
     if (Shown* const known = shown.load()) known->items.push_back(item);
     hasStrays = hasStrays || !square.Contains(box);
 }
@@ -413,7 +413,7 @@ void QuadTreeNode::Walk(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, 
             Prefetch(*next);
             open.AddIf(child, isNext);
         }
-        node->items.ForEachMatch(itemQuery, found);
+        node->items.ForEachMatch(nodeQuery, itemQuery, found);
     }
 }
 
@@ -440,7 +440,7 @@ void QuadTreeNode::FindAll(const NodeQuery& nodeQuery, const ItemQuery& itemQuer
 
 template <class NodeQuery, class ItemQuery, class Found>
 void QuadTreeNode::FindAllButStrays(const NodeQuery& nodeQuery, const ItemQuery& itemQuery, Found& found) const {
-    items.ForEachMatch(itemQuery, found);
+    items.ForEachMatch(nodeQuery, itemQuery, found);
     for (const auto& child : children) {
         if (child == nullptr) continue;
         if (square.Contains(child->square)) {

@@ -9,6 +9,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <utility>
@@ -25,8 +26,9 @@ class PlanItems {
 public:
     PlanItems() = default;
     PlanItems(const PlanItems& other) {
-        if (other.count > 1) MakeRoom(other.count);
-        for (unsigned int i = 0; i < other.count; ++i) Append(other.GetBox(i), other.begin()[i]);
+        if (other.count > 1) MakeRoom(other.count, 0.0);
+        for (unsigned int i = 0; i < other.count; ++i) Append(other.GetBox(i), other.begin()[i], 0.0);
+        if (capacity > 1) GetStrips() = other.GetStrips();
     }
     PlanItems& operator=(const PlanItems&) = delete;
     ~PlanItems() {
@@ -50,12 +52,14 @@ public:
         return {box.Low(0), box.Low(1), box.High(0), box.High(1)};
     }
 
-    void Append(const PlanBox& box, ISpatialIndexData* item) {
-        if (count == capacity) MakeRoom(2 * capacity);
+    /// @param centerX  of the node; told the same each time
+    void Append(const PlanBox& box, ISpatialIndexData* item, double centerX) {
+        if (count == capacity) MakeRoom(2 * capacity, centerX);
         if (capacity == 1) {
             bounds = {box.minX, box.maxX, box.minY, box.maxY};
         } else {
             Boxes().Set(count, box.GetFlatBox());
+            GetStrips().Cover(box, centerX);
         }
         Items()[count++] = item;
     }
@@ -74,10 +78,11 @@ public:
         for (ISpatialIndexData* item : *this) found(item);
     }
 
-    /// The same for each item whose box answers the query.
-    template <class Query, class Found>
-    void ForEachMatch(const Query& query, Found& found) const {
+    /// The same for each item whose box answers the query; covers of such boxes answer `coverQuery`.
+    template <class CoverQuery, class Query, class Found>
+    void ForEachMatch(const CoverQuery& coverQuery, const Query& query, Found& found) const {
         if (capacity > 1) {
+            if (!GetStrips().MayAnswer(coverQuery)) return;
             Boxes().ForEachMatch(query, count, [&](unsigned int i) { found(Items()[i]); });
             return;
         }
@@ -88,14 +93,64 @@ public:
 
     /// Offers the items that are near enough, but for those with a NaN bound.
     void SearchNearest(const FlatBox& from, NearestItems& nearest) const {
-        const auto offer = [&](unsigned int i, double distance) {
-            if (!(distance <= nearest.GetLimit()) || GetBox(i).GetFlatBox().HasNaN()) return;
-            nearest.Take(distance, GetBounds(i), Items()[i]);
-        };
-        if (capacity == 1) {
-            if (count == 1) offer(0, GetBox(0).SquaredDistance(from));
-            return;
+        if (capacity > 1) {
+            if (GetStrips().MayReach(from, nearest.GetLimit())) SearchNearestOfMany(from, nearest);
+        } else if (count == 1) {
+            Offer(0, GetBox(0).SquaredDistance(from), nearest);
         }
+    }
+
+private:
+    static constexpr unsigned int planDimension = 2;
+
+    /// Where the items are that cross the vertical centre line of the node, along x, and where the others are, along
+    /// y: along the horizontal line. Large nodes have many items, but seldom any near a place. NaN bounds do not count.
+    struct Strips {
+        double lowX = std::numeric_limits<double>::infinity();
+        double highX = -std::numeric_limits<double>::infinity();
+        double lowY = std::numeric_limits<double>::infinity();
+        double highY = -std::numeric_limits<double>::infinity();
+
+        void Cover(const PlanBox& box, double centerX) {
+            const auto cover = [](double& low, double& high, double first, double second) {  // in whatever order
+                for (const double bound : {first, second}) {
+                    if (bound < low) low = bound;
+                    if (bound > high) high = bound;
+                }
+            };
+            if (box.minX < centerX && centerX < box.maxX) {
+                cover(lowX, highX, box.minX, box.maxX);
+            } else {
+                cover(lowY, highY, box.minY, box.maxY);
+            }
+        }
+        template <class Query>
+        bool MayAnswer(const Query& query) const {
+            const LaneMask x = query.Axis(0)(Lanes::Repeat(lowX), Lanes::Repeat(highX));
+            const LaneMask y = query.Axis(1)(Lanes::Repeat(lowY), Lanes::Repeat(highY));
+            return (x.Bits() | y.Bits()) != 0;
+        }
+        /// Whether an item may be as near: none is nearer by its box than its strip is.
+        bool MayReach(const FlatBox& from, double squaredDistance) const {
+            const Lanes gaps = SquaredGap(Lanes::Of(lowX, lowY), Lanes::Of(highX, highY),
+                                          Lanes::Of(from.Low(0), from.Low(1)), Lanes::Of(from.High(0), from.High(1)));
+            return (gaps <= Lanes::Repeat(squaredDistance)).Bits() != 0;
+        }
+    };
+
+    static std::size_t GetBoxesSize(unsigned int n) { return BoxPairs::GetSize(n, planDimension) * sizeof(double); }
+
+    Strips& GetStrips() const { return *reinterpret_cast<Strips*>(data.memory); }
+    BoxPairs Boxes() const { return {reinterpret_cast<double*>(data.memory + sizeof(Strips)), planDimension}; }
+    ISpatialIndexData** Items() const {
+        if (capacity == 1) return const_cast<ISpatialIndexData**>(&data.item);
+        return reinterpret_cast<ISpatialIndexData**>(data.memory + sizeof(Strips) + GetBoxesSize(capacity));
+    }
+    void Offer(unsigned int i, double distance, NearestItems& nearest) const {
+        if (!(distance <= nearest.GetLimit()) || GetBox(i).GetFlatBox().HasNaN()) return;
+        nearest.Take(distance, GetBounds(i), Items()[i]);
+    }
+    void SearchNearestOfMany(const FlatBox& from, NearestItems& nearest) const {
         std::array<double, 64> distances;
         for (unsigned int first = 0; first < count; first += 64) {
             const unsigned int n = (std::min)(count - first, 64U);
@@ -103,29 +158,20 @@ public:
             std::uint64_t near = NotAbove(distances.data(), n, nearest.GetLimit());
             for (; near != 0; near &= near - 1) {
                 const auto i = static_cast<unsigned int>(std::countr_zero(near));
-                offer(first + i, distances[i]);
+                Offer(first + i, distances[i], nearest);
             }
         }
     }
-
-private:
-    static constexpr unsigned int planDimension = 2;
-
-    static std::size_t GetBoxesSize(unsigned int n) { return BoxPairs::GetSize(n, planDimension) * sizeof(double); }
-
-    BoxPairs Boxes() const { return {reinterpret_cast<double*>(data.memory), planDimension}; }
-    ISpatialIndexData** Items() const {
-        if (capacity == 1) return const_cast<ISpatialIndexData**>(&data.item);
-        return reinterpret_cast<ISpatialIndexData**>(data.memory + GetBoxesSize(capacity));
-    }
-    void MakeRoom(unsigned int n) {
+    void MakeRoom(unsigned int n, double centerX) {
         PlanItems more;
         const unsigned int room = n + n % 2;
-        more.data.memory = static_cast<char*>(::operator new(GetBoxesSize(room) + room * sizeof(ISpatialIndexData*)));
+        more.data.memory =
+            static_cast<char*>(::operator new(sizeof(Strips) + GetBoxesSize(room) + room * sizeof(ISpatialIndexData*)));
         more.capacity = room;
-        std::uninitialized_fill_n(reinterpret_cast<double*>(more.data.memory), BoxPairs::GetSize(room, planDimension),
-                                  0.0);  // pairs are read whole
-        for (unsigned int i = 0; i < count; ++i) more.Append(GetBox(i), begin()[i]);
+        new (more.data.memory) Strips;
+        std::uninitialized_fill_n(reinterpret_cast<double*>(more.data.memory + sizeof(Strips)),
+                                  BoxPairs::GetSize(room, planDimension), 0.0);  // pairs are read whole
+        for (unsigned int i = 0; i < count; ++i) more.Append(GetBox(i), begin()[i], centerX);
         Swap(more);
     }
 
@@ -133,7 +179,7 @@ private:
     unsigned int capacity = 1;  // 1: in place
     union {
         ISpatialIndexData* item;
-        char* memory;  // boxes in pairs, then the items
+        char* memory;  // strips, boxes in pairs, then the items
     } data{nullptr};
     std::array<double, 4> bounds{};  // low x, high x, low y, high y of one in place
 };
