@@ -110,32 +110,43 @@ std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p, std::size_t lef
     const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
     const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
     const auto lastRow = static_cast<std::int64_t>(rows) - 1;
-    for (std::int64_t ring = 0; ring <= std::max(lastColumn, lastRow); ++ring) {
+    // Cells of a row, as far as they are there.
+    const auto take = [&](std::int64_t r, std::int64_t first, std::int64_t last) {
+        first = std::max<std::int64_t>(first, 0);
+        last = std::min(last, lastColumn);
+        if (first > last) return;
+        const std::size_t cells = static_cast<std::size_t>(r) * columns;
+        const std::size_t end = starts[cells + static_cast<std::size_t>(last) + 1];
+        for (std::size_t i = starts[cells + static_cast<std::size_t>(first)]; i < end; ++i) {
+            const double dx = samples[i].GetX() - p.GetX();
+            const double dy = samples[i].GetY() - p.GetY();
+            const Candidate candidate{{dx * dx + dy * dy, numbers[i]}, i};
+            if (candidate.first.first > farthest || numbers[i] == leftOut) continue;
+            const std::size_t sector = sectorOf(dx, dy);
+            Candidate* const heap = room.Get() + sector * count;
+            if (found[sector] == count) {
+                if (!(candidate < heap[0])) continue;
+                std::pop_heap(heap, heap + found[sector]);
+                --found[sector];
+            }
+            heap[found[sector]++] = candidate;
+            std::push_heap(heap, heap + found[sector]);
+        }
+    };
+    take(row, column, column);
+    for (std::int64_t ring = 1; ring <= std::max(lastColumn, lastRow); ++ring) {
         // Beyond the ring before, counted from the place's own cell, or from the cell next to it.
         const double away = static_cast<double>(ring - 1) * side;
-        if (ring > 0 && !isOpen(away * away)) break;
-        for (std::int64_t r = std::max<std::int64_t>(row - ring, 0); r <= std::min(row + ring, lastRow); ++r) {
-            const bool isWhole = ring == 0 || r == row - ring || r == row + ring;
-            for (std::int64_t c = column - ring; c <= column + ring; c += isWhole ? 1 : 2 * ring) {
-                if (c < 0 || c > lastColumn) continue;
-                const std::size_t cell = static_cast<std::size_t>(r) * columns + static_cast<std::size_t>(c);
-                for (std::size_t i = starts[cell]; i < starts[cell + 1]; ++i) {
-                    const double dx = samples[i].GetX() - p.GetX();
-                    const double dy = samples[i].GetY() - p.GetY();
-                    const Candidate candidate{{dx * dx + dy * dy, numbers[i]}, i};
-                    if (candidate.first.first > farthest || numbers[i] == leftOut) continue;
-                    const std::size_t sector = sectorOf(dx, dy);
-                    Candidate* const heap = room.Get() + sector * count;
-                    if (found[sector] == count) {
-                        if (!(candidate < heap[0])) continue;
-                        std::pop_heap(heap, heap + found[sector]);
-                        --found[sector];
-                    }
-                    heap[found[sector]++] = candidate;
-                    std::push_heap(heap, heap + found[sector]);
-                }
+        if (!isOpen(away * away)) break;
+        if (row >= ring) take(row - ring, column - ring, column + ring);
+        if (column >= ring || column + ring <= lastColumn) {
+            for (std::int64_t r = std::max<std::int64_t>(row - ring + 1, 0); r < std::min(row + ring, lastRow + 1);
+                 ++r) {
+                take(r, column - ring, column - ring);
+                take(r, column + ring, column + ring);
             }
         }
+        if (row + ring <= lastRow) take(row + ring, column - ring, column + ring);
     }
     std::vector<Point3D> nearest;
     nearest.reserve(count * sectors);

@@ -147,12 +147,12 @@ TEST(LocalKrigingTest, IsTheKrigingOfTheNearestSamples) {
     const LocalKriging::Neighborhood rows[] = {
         {1}, {7}, {900}, {5, 4, 150}, {4, 7}, {11, 1, 150}, {8, 3, kInfinity, true}};
     for (const auto& [count, sectors, radius, hasTrend] : rows) {
-        for (const int shape : {0, 1, 2}) {
+        for (const int shape : {0, 1, 2, 3}) {
             SCOPED_TRACE(testing::Message() << count << " of " << sectors << " within " << radius << ", " << shape);
             Samples samples;
-            for (const Point3D& p : Scattered(300, Point2D())) {  // a square, a strip, two crowds
+            for (const Point3D& p : Scattered(300, Point2D())) {  // a square, a strip, two crowds, a strip northward
                 const double y = shape == 1 ? 0.001 * p.GetY() : p.GetY();
-                const double x = shape == 2 && p.GetX() > 500.0 ? 1e5 + p.GetX() : p.GetX();
+                const double x = (shape == 2 && p.GetX() > 500.0 ? 1e5 : 0.0) + (shape == 3 ? 0.001 : 1.0) * p.GetX();
                 samples.emplace_back(origin + Vec2D(x, y), p.GetZ());
             }
             const OrdinaryKriging kriging(
