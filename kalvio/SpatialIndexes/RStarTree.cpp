@@ -129,10 +129,9 @@ RStarTree::~RStarTree() {
 void RStarTree::SetDimension(int dimension) {
     const auto wanted = static_cast<unsigned int>(dimension);
     if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
-    const std::vector<ISpatialIndexData*> items = data->Items();
-    const bool deletes = data->deletes;
-    data = std::make_unique<RStarTreeData>(wanted, deletes);
-    detail::InsertTogether(*data, items, packingRules);
+    auto anew = std::make_unique<RStarTreeData>(wanted, data->deletes);
+    detail::InsertTogether(*anew, data->Items(), packingRules);
+    data = std::move(anew);
 }
 
 int RStarTree::GetDimension() const { return static_cast<int>(data->dimension); }

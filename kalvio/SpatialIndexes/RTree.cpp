@@ -121,9 +121,9 @@ RTree::~RTree() = default;
 void RTree::SetDimension(int dimension) {
     const auto wanted = static_cast<unsigned int>(dimension);
     if (dimension < 1 || dimension > largestDimension || wanted == data->dimension) return;
-    const std::vector<ISpatialIndexData*> items = data->Items();
-    data = std::make_unique<RTreeData>(wanted);
-    detail::InsertTogether(*data, items, packingRules);
+    auto anew = std::make_unique<RTreeData>(wanted);
+    detail::InsertTogether(*anew, data->Items(), packingRules);
+    data = std::move(anew);
 }
 
 int RTree::GetDimension() const { return static_cast<int>(data->dimension); }

@@ -94,12 +94,22 @@ TYPED_TEST(SpatialIndexTest, ManyItemsAtOnceMakeALegalTree) {
         model.InsertMany(n);
         struct NoBox final : Item {
             using Item::Item;
-            void GetEnvelope(BoundingBoxND&) const override { throw 0; }
+            void GetEnvelope(BoundingBoxND& envelope) const override {
+                if (answers-- == 0) throw 0;
+                Item::GetEnvelope(envelope);
+            }
+            mutable int answers = 0;
         } const noBox(Box(0, 0, 1, 1));
         const Item small(Box(0, 0, 1e-300, 1));
         EXPECT_ANY_THROW(model.tree.Insert(std::vector<const ISpatialIndexData*>{&small, &noBox}));
         if constexpr (!std::is_same_v<TypeParam, QuadTree>) {
             model.CheckStructureOf(model.tree);
+            const BoundingBoxND all = Box(-kInfinity, -kInfinity, kInfinity, kInfinity);
+            const std::size_t count = Search(model.tree, all, true).size();
+            noBox.answers = 1;
+            EXPECT_TRUE(model.tree.Insert(&noBox));
+            EXPECT_ANY_THROW(model.tree.SetDimension(3));
+            EXPECT_EQ(Search(model.tree, all, true).size(), count + 1);
         } else {
             QuadTree oneByOne;
             for (const Item* item : model.inside) oneByOne.Insert(item);
