@@ -149,9 +149,12 @@ struct BufferCreator::Work {
                 for (AreaOverlay::Ring& ring : area) outline.AddRing(std::move(ring));
             }
             for (const detail::ChainPath& path : paths) outline.AddChain(path);
+            AreaOverlay::Discs discs;
+            if (IsRound(paths)) discs = outline.LeaveOut();
             AreaOverlay overlay(kept, AreaOverlay::Fill::Positive);
             if (!overlay.Add(outline.GetLoops(), 0) || !overlay.Run()) return false;
             overlay.CloseThinFaces(distance > 0.0);
+            overlay.CloseFacesIn(discs);
             areas = overlay.Extract(IsIn);
             paths.clear();
             done = isLast ? std::abs(distance) : done + part;

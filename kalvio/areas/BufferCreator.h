@@ -30,8 +30,9 @@ class Tolerances;
 ///
 /// The buffer is the union of the strips beside all elements and of the sectors (kites, triangles) at all corners.
 /// Their outlines are run through as one, which winds around every point as often as strips hold it; so a winding that
-/// is positive decides, after one exact noding. For n corners and k crossings of the strips' outlines about n log n + k
-/// steps: where shapes are not round and the distance is long against the elements, k grows as n times their ratio.
+/// is positive decides, after one exact noding. Of round shapes what runs deep within the distance of a corner is left
+/// out before. For n corners and k crossings of the strips' outlines about n log n + k steps: where shapes are not
+/// round and the distance is long against the elements, k grows as n times their ratio.
 ///
 /// `PolygonCurve2D::IsPointInside` counts being beside several arcs once, as behind the arcs on both sides of a strip:
 /// ask points of a result by chords.

@@ -517,10 +517,30 @@ std::vector<AreaOverlay::Area> AreaOverlay::Extract(bool (*keep)(bool, bool)) {
     return BuildAreas(kept);
 }
 
+void AreaOverlay::CloseFacesIn(const Discs& discs) {
+    if (discs.centers.empty()) return;
+    discRadius = discs.radius;
+    std::vector<Extent> extents(discs.centers.size());
+    for (std::size_t i = 0; i < extents.size(); ++i) extents[i].Add(Point2D(discs.centers[i].x, discs.centers[i].y));
+    discCenters.emplace(std::move(extents));
+}
+
+bool AreaOverlay::IsInDisc(const PlanePoint& p) const {
+    bool isFound = false;
+    double squaredReach = discRadius * discRadius;
+    const auto found = [&](std::size_t) {
+        isFound = true;
+        squaredReach = -1.0;
+    };
+    if (discCenters) discCenters->ForEachNearest(Point2D(p.x, p.y), squaredReach, found);
+    return isFound;
+}
+
 bool AreaOverlay::IsKept(std::uint32_t face, bool isKept) const {
     const bool wanted = thin == Thin::Inside;
     if (thin == Thin::AsIs || isKept == wanted || face == 0) return isKept;
     const PlanePoint& origin = noding->GetNodes()[faces->Origin(faces->FirstOfFace(face))];
+    if (IsInDisc(origin)) return wanted;
     double doubleArea = 0.0;
     double length = 0.0;
     faces->ForEachHalfEdge(face, [&](std::uint32_t half) {

@@ -72,6 +72,13 @@ public:
     /// From now on bounded faces no wider than two tolerances count as inside (outside), where snapping may have opened
     /// them.
     void CloseThinFaces(bool toInside) { thin = toInside ? Thin::Inside : Thin::Outside; }
+    /// All of one radius.
+    struct Discs {
+        std::vector<PlanePoint> centers;
+        double radius = 0.0;
+    };
+    /// Like those count bounded faces with a corner in one of the discs.
+    void CloseFacesIn(const Discs& discs);
 
     /// The areas where keep(in the first layer, in the second layer), in the order of their corners.
     std::vector<Area> Extract(bool (*keep)(bool, bool));
@@ -138,6 +145,7 @@ private:
     void WalkFaces(Visit&& visit);
     void Cross(std::uint32_t half);
     bool IsKept(std::uint32_t face, bool isKept) const;
+    bool IsInDisc(const PlanePoint& p) const;
     double DoubleAreaBeside(std::uint32_t half) const;
     template <class Visit>
     void ForEachBetween(std::uint32_t half, Visit&& visit) const;
@@ -159,6 +167,8 @@ private:
 
     double tolerance;
     Thin thin = Thin::AsIs;
+    double discRadius = 0.0;
+    std::optional<ExtentBoxes> discCenters;
     Fill fill;
     bool hasArcs = false;
     bool areListed = false;            // elements, by `border` and `sources`; else each vertex begins a segment

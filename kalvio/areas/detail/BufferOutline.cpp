@@ -283,6 +283,10 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
     }
     AreaOverlay::Ring& loop = loops.emplace_back();
     loop.reserve(2 * count);
+    feet.resize(loops.size() - 1);
+    std::vector<std::uint32_t>& cornerOf = feet.emplace_back().cornerOf;
+    cornerOf.reserve(2 * count);
+    feet.back().corners.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         const Way& way = ways[i];
         const Way& next = ways[(i + 1) % count];
@@ -322,7 +326,84 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
                 if (i == firstEnd) left.from = static_cast<std::uint32_t>(loop.size());
                 if (next.isCollapsed) GoTo(Beside(next.from, next.direction));
         }
+        feet.back().corners.push_back(way.from);
+        cornerOf.resize(loop.size(), static_cast<std::uint32_t>(i));
     }
+}
+
+AreaOverlay::Discs BufferOutline::LeaveOut() {
+    constexpr int steps[] = {1, 2, 3, 4, 6, 8, 12, 16, 24, 32};  // to the corners whose discs are looked at
+    constexpr double farthest = 3.0;                             // of those, in distances
+    constexpr double apart = 16.0;  // tolerances between what is left out and what may show
+    double largest = 0.0;
+    for (const Path& loop : loops) {
+        for (const AreaOverlay::Corner& corner : loop) {
+            const PlanePoint& middle = corner.sense == 0 ? corner.at : corner.center;
+            const double radius = corner.sense == 0 ? 0.0 : std::sqrt(Square(corner.at - corner.center));
+            largest = std::max({largest, std::abs(middle.x) + radius, std::abs(middle.y) + radius});
+        }
+    }
+    const double kept = apart * BorderNoding::ToleranceFor(style.tolerance, largest);
+    const double sagitta = compass.empty() ? 0.0 : reach * (1.0 - std::cos(pi / static_cast<double>(compass.size())));
+    const double radius = reach - 2.0 * sagitta - kept;
+    AreaOverlay::Discs discs{{}, radius + 0.5 * kept};
+    if (!(radius > 0.0)) return discs;
+    const double far = farthest * farthest * reach * reach;
+    for (std::size_t number = 0; number < feet.size(); ++number) {
+        const auto& [corners, cornerOf] = feet[number];
+        if (corners.empty()) continue;
+        Path& loop = loops[number];
+        std::size_t size = 0;
+        for (std::size_t i = 0, last = 0; i < loop.size(); i = std::max(last, i + 1)) {
+            PlanePoint center;
+            last = i + 1;
+            const auto tryCorners = [&](std::ptrdiff_t direction) {
+                for (const int step : steps) {
+                    const std::size_t k = cornerOf[i] + static_cast<std::size_t>(direction * step);
+                    if (k >= corners.size() || Square(loop[i].at - corners[k]) > far) return;
+                    const std::size_t reached = LastWithin(loop, i, last + 1, corners[k], radius);
+                    if (reached <= last) continue;
+                    last = reached;
+                    center = corners[k];
+                }
+            };
+            tryCorners(1);
+            tryCorners(-1);
+            loop[size] = loop[i];
+            if (last > i + 1) {
+                loop[size].sense = 0;
+                discs.centers.push_back(center);
+            }
+            ++size;
+        }
+        loop.resize(size);
+    }
+    return discs;
+}
+
+// The last corner up to which a loop stays in a disc; `from` when that does not reach `least`.
+std::size_t BufferOutline::LastWithin(const Path& loop, std::size_t from, std::size_t least, const PlanePoint& center,
+                                      double radius) {
+    const auto isWithin = [&](std::size_t i) { return Square(loop[i].at - center) <= radius * radius; };
+    if (least >= loop.size() || !isWithin(from) || !isWithin(least)) return from;
+    std::size_t last = from;
+    while (last + 1 < loop.size() && isWithin(last + 1) && IsArcWithin(loop[last], loop[last + 1].at, center, radius)) {
+        ++last;
+    }
+    return last;
+}
+
+// Whether an arc with both ends in a disc is all in it; long ones do not count.
+bool BufferOutline::IsArcWithin(const AreaOverlay::Corner& corner, const PlanePoint& end, const PlanePoint& center,
+                                double radius) {
+    if (corner.sense == 0) return true;
+    const PlanePoint away = corner.center - center;
+    const PlanePoint from = corner.at - corner.center;
+    const PlanePoint to = end - corner.center;
+    const double side = corner.sense;
+    if (std::sqrt(Square(away)) + std::sqrt(Square(from)) <= radius) return true;
+    const bool hasFarthest = side * Cross(from, away) >= 0.0 && side * Cross(away, to) >= 0.0;
+    return side * Cross(from, to) > 0.0 && !hasFarthest;
 }
 
 // Between the ends of the strips on either side of a corner; the last corner of the loop is where the first one ends.

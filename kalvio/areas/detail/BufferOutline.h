@@ -59,6 +59,12 @@ public:
     const Elements& GetRight() const { return right; }
     const Elements& GetLeft() const { return left; }
 
+    /// Leaves out, once all is added, what runs deep within the distance of one corner, as straight on does as well
+    /// there: most crossings of the outlines beside short elements. What lies between both ways is in the disc about
+    /// that corner, so that windings change nowhere else. Joins and ends are round, chains have both sides.
+    /// @return the discs: a face that wrong windings tell of is all inside of them, any other one all outside
+    AreaOverlay::Discs LeaveOut();
+
     const std::vector<AreaOverlay::Ring>& GetLoops() const { return loops; }
 
 private:
@@ -81,6 +87,12 @@ private:
         PlanePoint at;  // where the offsets of both elements, or their tangents, meet
     };
 
+    // Where the elements begin beside which a loop runs, and for each of its corners which of them that is.
+    struct Feet {
+        std::vector<PlanePoint> corners;
+        std::vector<std::uint32_t> cornerOf;
+    };
+
     bool IsClosed(const Path& chain) const;
 
     void DropCorners(Path& path, bool isClosed) const;
@@ -99,6 +111,10 @@ private:
         return p + RightOf(direction) * style.distance;
     }
     void GoTo(const PlanePoint& p) { loops.back().push_back({p, 0, {}}); }
+    static std::size_t LastWithin(const Path& loop, std::size_t from, std::size_t least, const PlanePoint& center,
+                                  double radius);
+    static bool IsArcWithin(const AreaOverlay::Corner& corner, const PlanePoint& end, const PlanePoint& center,
+                            double radius);
 
     Style style;
     bool isBare = false;  // offsets alone
@@ -110,6 +126,7 @@ private:
     bool isRound;                     // joins
     std::vector<PlanePoint> compass;  // unit vectors all around, in equal steps; empty for true arcs
     std::vector<AreaOverlay::Ring> loops;
+    std::vector<Feet> feet;  // of the loops
 };
 
 }  // namespace Kalvio::Math::detail
