@@ -643,42 +643,31 @@ std::vector<AreaOverlay::Ring> AreaOverlay::ExtractStretches(std::uint32_t from,
 std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::uint32_t>& kept) {
     constexpr std::uint32_t unseen = none - 1;
     for (const std::uint32_t face : kept) regionOf[face] = unseen;
-    std::uint32_t regions = 0;
+    std::vector<Area> areas;
     std::vector<std::uint32_t> open;
     for (const std::uint32_t face : kept) {
         if (regionOf[face] != unseen) continue;
-        regionOf[face] = regions;
+        const auto region = static_cast<std::uint32_t>(areas.size());
+        Area& area = areas.emplace_back();
+        regionOf[face] = region;
         open.assign(1, face);
         while (!open.empty()) {
             const std::uint32_t current = open.back();
             open.pop_back();
             faces->ForEachHalfEdge(current, [&](std::uint32_t half) {
-                const std::uint32_t beyond = faces->Face(PlanarFaces::Twin(half));
-                if (regionOf[beyond] != unseen) return;
-                regionOf[beyond] = regions;
-                open.push_back(beyond);
+                std::uint32_t& beyond = regionOf[faces->Face(PlanarFaces::Twin(half))];
+                if (beyond == unseen) {
+                    beyond = region;
+                    open.push_back(faces->Face(PlanarFaces::Twin(half)));
+                } else if (beyond == none && isWalked[half] == 0) {
+                    WalkBorder(half, area);
+                }
             });
         }
-        ++regions;
     }
-
-    std::vector<Area> areas(regions);
-    std::vector<std::vector<std::uint32_t>> borders;
-    for (const std::uint32_t face : kept) {
-        Area& area = areas[regionOf[face]];
-        faces->ForEachHalfEdge(face, [&](std::uint32_t half) {
-            if (isWalked[half] || !IsBorder(half)) return;
-            borders.clear();
-            WalkBorder(half, borders);
-            for (std::vector<std::uint32_t>& loop : borders) {
-                area.insert(IsOuter(loop) ? area.begin() : area.end(), MakeRing(loop));
-            }
-        });
-    }
-    for (const std::uint32_t face : kept) {
-        faces->ForEachHalfEdge(face, [&](std::uint32_t half) { isWalked[half] = 0; });
-        regionOf[face] = none;
-    }
+    for (const std::uint32_t half : walked) isWalked[half] = 0;
+    walked.clear();
+    for (const std::uint32_t face : kept) regionOf[face] = none;
 
     const auto isBeforeCorner = [](const Corner& a, const Corner& b) {
         const auto keyOf = [](const Corner& c) { return std::tuple(c.at.x, c.at.y, c.sense, c.center.x, c.center.y); };
@@ -687,11 +676,22 @@ std::vector<AreaOverlay::Area> AreaOverlay::BuildAreas(const std::vector<std::ui
     const auto isBeforeRing = [&](const Ring& a, const Ring& b) {
         return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeCorner);
     };
-    for (Area& area : areas) std::sort(area.begin() + 1, area.end(), isBeforeRing);
-    std::sort(areas.begin(), areas.end(), [&](const Area& a, const Area& b) {
-        return std::lexicographical_compare(a.begin(), a.end(), b.begin(), b.end(), isBeforeRing);
+    std::vector<std::pair<PlanePoint, std::size_t>> order;  // by first corners, before all others are looked at
+    order.reserve(areas.size());
+    for (Area& area : areas) {
+        std::sort(area.begin() + 1, area.end(), isBeforeRing);
+        order.emplace_back(area.front().front().at, order.size());
+    }
+    std::sort(order.begin(), order.end(), [&](const auto& a, const auto& b) {
+        if (a.first.x != b.first.x || a.first.y != b.first.y) return IsLeftBelow(a.first, b.first);
+        const Area& area = areas[a.second];
+        const Area& other = areas[b.second];
+        return std::lexicographical_compare(area.begin(), area.end(), other.begin(), other.end(), isBeforeRing);
     });
-    return areas;
+    std::vector<Area> sorted;
+    sorted.reserve(areas.size());
+    for (const auto& [corner, number] : order) sorted.push_back(std::move(areas[number]));
+    return sorted;
 }
 
 bool AreaOverlay::IsBorder(std::uint32_t half) const {
@@ -700,11 +700,13 @@ bool AreaOverlay::IsBorder(std::uint32_t half) const {
 
 // Follows a border with its region on the left, turning through the region at every node, and parts it into loops that
 // pass no node twice. That has one answer: at a node that the border passes again, the loops lie side by side.
-void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders) {
-    std::vector<std::uint32_t> walk;
+void AreaOverlay::WalkBorder(std::uint32_t first, Area& area) {
     const auto cutLoop = [&](std::size_t from) {
-        for (std::size_t k = from; k < walk.size(); ++k) placeOf[faces->Origin(walk[k])] = none;
-        borders.emplace_back(walk.begin() + static_cast<std::ptrdiff_t>(from), walk.end());
+        const std::span<std::uint32_t> loop = std::span(walk).subspan(from);
+        for (const std::uint32_t half : loop) placeOf[faces->Origin(half)] = none;
+        const Leftmost leftmost = LeftmostOf(loop);
+        const bool isOuter = IsOuter(loop, leftmost);
+        area.insert(isOuter ? area.begin() : area.end(), MakeRing(loop, leftmost.place));
         walk.resize(from);
     };
     std::uint32_t half = first;
@@ -713,6 +715,7 @@ void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::u
         if (placeOf[node] != none) cutLoop(placeOf[node]);
         placeOf[node] = static_cast<std::uint32_t>(walk.size());
         walk.push_back(half);
+        walked.push_back(half);
         isWalked[half] = 1;
         half = faces->Next(half);
         while (!IsBorder(half)) half = faces->Next(PlanarFaces::Twin(half));
@@ -720,7 +723,7 @@ void AreaOverlay::WalkBorder(std::uint32_t first, std::vector<std::vector<std::u
     cutLoop(0);
 }
 
-AreaOverlay::Leftmost AreaOverlay::LeftmostOf(const std::vector<std::uint32_t>& loop) const {
+AreaOverlay::Leftmost AreaOverlay::LeftmostOf(std::span<const std::uint32_t> loop) const {
     Leftmost leftmost{0, none};
     PlanePoint best = noding->GetNodes()[faces->Origin(loop.front())];
     const auto offer = [&](const PlanePoint& p, const Leftmost& place) {
@@ -737,8 +740,8 @@ AreaOverlay::Leftmost AreaOverlay::LeftmostOf(const std::vector<std::uint32_t>& 
 }
 
 // By the turn at the leftmost (lowest) vertex.
-bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
-    const auto [place, vertex] = LeftmostOf(loop);
+bool AreaOverlay::IsOuter(std::span<const std::uint32_t> loop, const Leftmost& leftmost) const {
+    const auto [place, vertex] = leftmost;
     const std::uint32_t half = loop[place];
     if (vertex != none) return faces->TurnsLeft(half);
     const std::uint32_t before = loop[(place + loop.size() - 1) % loop.size()];
@@ -747,22 +750,21 @@ bool AreaOverlay::IsOuter(const std::vector<std::uint32_t>& loop) const {
 }
 
 // A node inside an element of the input is no corner, unless a segment was bent there.
-AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const {
+AreaOverlay::Ring AreaOverlay::MakeRing(std::span<std::uint32_t> loop, std::size_t leftmost) {
     const std::vector<PlanePoint>& nodes = noding->GetNodes();
     const auto at = [&](std::uint32_t half) -> const PlanePoint& { return nodes[faces->Origin(half)]; };
-    std::vector<std::uint32_t> common;
     const auto waysOf = [&](std::uint32_t half) {
-        common.clear();
+        alongAll.clear();
         for (std::uint32_t k = firstRun[half / 2]; k < firstRun[half / 2 + 1]; ++k) {
-            common.push_back(WayOf(runs[k], half));
+            alongAll.push_back(WayOf(runs[k], half));
         }
     };
     // Starts at a corner.
-    std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(LeftmostOf(loop).place), loop.end());
+    std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(leftmost), loop.end());
     std::size_t start = 0;
     for (; start < loop.size(); ++start) {
         waysOf(loop[(start + loop.size() - 1) % loop.size()]);
-        if (!HasCommonWay(loop[start], common)) break;
+        if (!HasCommonWay(loop[start], alongAll)) break;
     }
     if (start < loop.size()) std::rotate(loop.begin(), loop.begin() + static_cast<std::ptrdiff_t>(start), loop.end());
 
@@ -773,22 +775,22 @@ AreaOverlay::Ring AreaOverlay::MakeRing(std::vector<std::uint32_t>& loop) const 
     }
     Ring ring;
     ring.reserve(most);
-    std::vector<char> isKept(loop.size(), 0);
+    isCorner.assign(loop.size(), 0);
     for (std::size_t from = 0, to = 0; from < loop.size(); from = to) {
         waysOf(loop[from]);
         to = from + 1;
-        while (to < loop.size() && HasCommonWay(loop[to], common)) ++to;
-        const Corner corner = CornerOf(common);
-        isKept[from] = 1;
-        if (corner.sense == 0) KeepBends(loop, from, to, isKept);
-        if (corner.sense != 0 && to - from == loop.size()) isKept[loop.size() / 2] = 1;  // two halves of a circle
+        while (to < loop.size() && HasCommonWay(loop[to], alongAll)) ++to;
+        const Corner corner = CornerOf(alongAll);
+        isCorner[from] = 1;
+        if (corner.sense == 0) KeepBends(loop, from, to);
+        if (corner.sense != 0 && to - from == loop.size()) isCorner[loop.size() / 2] = 1;  // two halves of a circle
         // A piece that does not go forward about the centre, among nodes as thick as the tolerance, is its chord.
         bool wasForward = true;
         for (std::size_t k = from; k < to; ++k) {
             const bool isForward =
                 corner.sense == 0 ||
                 corner.sense * ExactTurn(corner.center, at(loop[k]), at(loop[(k + 1) % loop.size()])) > 0.0;
-            if (isKept[k] || !isForward || !wasForward) {
+            if (isCorner[k] || !isForward || !wasForward) {
                 ring.push_back({at(loop[k]), isForward ? corner.sense : 0, corner.center});
             }
             ForEachBetween(loop[k], [&ring](const PlanePoint& p) { ring.push_back({p, 0, {}}); });
@@ -834,8 +836,8 @@ bool AreaOverlay::HasCommonWay(std::uint32_t half, std::vector<std::uint32_t>& c
 }
 
 // Keeps corners between two of a loop until no other one is off the segment between its neighbours.
-void AreaOverlay::KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
-                            std::vector<char>& isKept) const {
+void AreaOverlay::KeepBends(std::span<const std::uint32_t> loop, std::size_t from, std::size_t to) {
+    if (to - from < 2) return;
     const std::vector<PlanePoint>& nodes = noding->GetNodes();
     std::vector<std::pair<std::size_t, std::size_t>> open{{from, to}};
     while (!open.empty()) {
@@ -857,7 +859,7 @@ void AreaOverlay::KeepBends(const std::vector<std::uint32_t>& loop, std::size_t 
             }
         }
         if (!(most > limit * limit)) continue;
-        isKept[bend] = 1;
+        isCorner[bend] = 1;
         open.emplace_back(low, bend);
         open.emplace_back(bend, high);
     }

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace Kalvio::Math {
@@ -152,16 +153,15 @@ private:
     void Turn(Member& member, bool wasInside);
 
     std::vector<Area> BuildAreas(const std::vector<std::uint32_t>& kept);
-    void WalkBorder(std::uint32_t first, std::vector<std::vector<std::uint32_t>>& borders);
+    void WalkBorder(std::uint32_t first, Area& area);
     bool IsBorder(std::uint32_t half) const;
-    Ring MakeRing(std::vector<std::uint32_t>& loop) const;
-    Leftmost LeftmostOf(const std::vector<std::uint32_t>& loop) const;
-    bool IsOuter(const std::vector<std::uint32_t>& loop) const;
+    Ring MakeRing(std::span<std::uint32_t> loop, std::size_t leftmost);
+    Leftmost LeftmostOf(std::span<const std::uint32_t> loop) const;
+    bool IsOuter(std::span<const std::uint32_t> loop, const Leftmost& leftmost) const;
     Corner CornerOf(const std::vector<std::uint32_t>& ways) const;
     static std::uint32_t WayOf(const Passage& passage, std::uint32_t half);
     bool HasCommonWay(std::uint32_t half, std::vector<std::uint32_t>& common) const;
-    void KeepBends(const std::vector<std::uint32_t>& loop, std::size_t from, std::size_t to,
-                   std::vector<char>& isKept) const;
+    void KeepBends(std::span<const std::uint32_t> loop, std::size_t from, std::size_t to);
 
     enum class Thin : std::uint32_t { AsIs, Inside, Outside };
 
@@ -201,6 +201,10 @@ private:
     std::vector<std::uint32_t> regionOf;  // of each face; none: not part of the result
     std::vector<char> isWalked;           // of each half-edge
     std::vector<std::uint32_t> placeOf;   // of each node, in the walk
+    std::vector<std::uint32_t> walk;      // half-edges
+    std::vector<std::uint32_t> walked;    // all of them
+    std::vector<std::uint32_t> alongAll;  // ways along half-edges of a loop
+    std::vector<char> isCorner;           // of the origins in a loop
 };
 
 }  // namespace Kalvio::Math::detail

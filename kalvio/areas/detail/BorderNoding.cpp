@@ -248,31 +248,47 @@ bool BorderNoding::Run() {
         const bool mayBeLast = round == 0 && isCoarse && !hasArcs && cuts.empty() && !isAnyClose;
         const std::vector<Crossing> found = mayBeLast ? crossings : std::vector<Crossing>();
         if (!CutCrossings()) return false;
-        const bool isLast = !found.empty() && AreClear(found);
-        const std::size_t parts = pieces.size() + 2 * found.size();
+        const std::vector<char> areClear = FindClear(found);
         PartBows();
         CutHalves();
-        ApplyCuts();
-        if (!isLast || pieces.size() != parts) continue;
+        ApplyCuts(areClear);
+        if (freshCount > 0) continue;
         boxes.reset();
         return true;
     }
     return false;
 }
 
-// Whether each crossing in the list has become a node of its own, far enough from all pieces but its two. Then the next
-// round has nothing to find: parts of pieces that did not come close lie where these did.
-bool BorderNoding::AreClear(const std::vector<Crossing>& found) const {
-    if (nodes.size() - batches.front() != found.size()) return false;
+// Of the pieces, whether each crossing in the list that lies on one has become a node of its own, far enough from all
+// pieces but its two. Then the next round has nothing to find there: parts of pieces that did not come close lie where
+// these did. Nothing if too many pieces lie near crossings.
+std::vector<char> BorderNoding::FindClear(const std::vector<Crossing>& found) const {
+    if (found.empty() || cuts.size() != 2 * found.size()) return {};
+    std::vector<std::uint32_t> crossingCount(nodes.size() - batches.front(), 0);
+    // Both cuts of a crossing follow each other.
+    for (std::size_t k = 0; k < found.size(); ++k) {
+        if (cuts[2 * k].node >= batches.front()) ++crossingCount[cuts[2 * k].node - batches.front()];
+    }
+    std::vector<char> areClear(pieces.size(), 1);
     std::size_t left = mostPieces * found.size();
-    return std::none_of(found.begin(), found.end(), [&](const Crossing& crossing) {
-        Extent place;
-        place.Add(Point2D(crossing.at.x, crossing.at.y));
-        return boxes->ForEachNear(place, clearance * reach, [&](std::size_t i) {
-            if (left-- == 0) return true;
-            return i != crossing.first && i != crossing.second && IsBeside(pieces[i], crossing.at, clearance * reach);
-        });
-    });
+    for (std::size_t k = 0; k < found.size(); ++k) {
+        const Crossing& crossing = found[k];
+        const std::uint32_t node = cuts[2 * k].node;
+        const bool isOwn = node >= batches.front() && crossingCount[node - batches.front()] == 1;
+        if (isOwn) {
+            Extent place;
+            place.Add(Point2D(crossing.at.x, crossing.at.y));
+            const bool isNear = boxes->ForEachNear(place, clearance * reach, [&](std::size_t i) {
+                if (left-- == 0) return true;
+                return i != crossing.first && i != crossing.second &&
+                       IsBeside(pieces[i], crossing.at, clearance * reach);
+            });
+            if (left > mostPieces * found.size()) return {};
+            if (!isNear) continue;
+        }
+        areClear[crossing.first] = areClear[crossing.second] = 0;
+    }
+    return areClear;
 }
 
 void BorderNoding::FindMeetings() {
@@ -639,7 +655,8 @@ void BorderNoding::SortCuts() {
     }
 }
 
-void BorderNoding::ApplyCuts() {
+// Parts of pieces whose crossings are clear are not compared again.
+void BorderNoding::ApplyCuts(const std::vector<char>& areClear) {
     SortCuts();
     std::vector<BorderPiece> parts;
     std::vector<char> areFresh;
@@ -680,11 +697,12 @@ void BorderNoding::ApplyCuts() {
         }
         append(piece.to);
         if (!isShorter) chain = {piece.from, nearest, piece.to};
+        const bool isClear = isShorter && !areClear.empty() && areClear[i] != 0;
         for (std::size_t k = 1; k < chain.size(); ++k) {
             parts.push_back({chain[k - 1], chain[k], piece.source});
-            areFresh.push_back(1);
+            areFresh.push_back(isClear ? 0 : 1);
             if (hasArcs) partBows.push_back(BowOf(parts.back()));
-            ++freshCount;
+            freshCount += isClear ? 0 : 1;
         }
     }
     cuts.clear();

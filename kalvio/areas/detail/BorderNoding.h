@@ -126,7 +126,7 @@ private:
     Extent ExtentOf(std::size_t piece) const;
     void BuildBoxes();
     void FindMeetings();
-    bool AreClear(const std::vector<Crossing>& found) const;
+    std::vector<char> FindClear(const std::vector<Crossing>& found) const;
     void Compare(std::uint32_t i, std::uint32_t j);
     void CompareBows(std::uint32_t i, std::uint32_t j);
     Bow BowOf(const BorderPiece& piece) const;
@@ -148,7 +148,7 @@ private:
     bool CutCrossings();
     void CutHalves();
     void SortCuts();
-    void ApplyCuts();
+    void ApplyCuts(const std::vector<char>& areClear);
 
     const std::vector<BorderSource>& sources;
     double kept;      // the tolerance

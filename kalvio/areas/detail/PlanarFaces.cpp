@@ -91,10 +91,12 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
         Leftmost& best = leftmost[find(cycleOf[place.half])];
         if (best.half == none || IsLeftBelow(place.at, best.at)) best = place;
     };
-    for (std::uint32_t half = 0; half < next.size(); ++half) {
-        offer({nodes[Origin(half)], half, false});
-        const Detour* detour = DetourOf(half);
-        if (detour != nullptr && detour->leftmost != none) offer({vertices[detour->leftmost], half, true});
+    for (std::uint32_t v = 0; v < nodes.size(); ++v) {
+        if (firstAround[v] < firstAround[v + 1]) offer({nodes[v], around[firstAround[v]], false});
+    }
+    for (auto half = static_cast<std::uint32_t>(next.size() - 2 * detours.size()); half < next.size(); half += 2) {
+        const std::uint32_t at = DetourOf(half)->leftmost;
+        if (at != none) offer({vertices[at], half, true});
     }
     std::erase_if(leftmost, [](const Leftmost& place) { return place.half == none; });
     std::sort(leftmost.begin(), leftmost.end(),
