@@ -53,8 +53,10 @@ crossings of the borders of two polygons|5|1000 10000 100000|queries/queries_ben
 area of a ring|1|100 1000|peers/boost_border_peers:BM_Area/vertices:%|peers/boost_border_peers:BM_BoostArea/vertices:%
 centroid of a ring|1|100 1000|peers/boost_border_peers:BM_Centroid/vertices:%|peers/boost_border_peers:BM_BoostCentroid/vertices:%
 clothoid, one of many samples; a hand-written loop|0.67|100|curves/curves_benchmarks:BM_ClothoidMakePointsAndTangents/samples:%*100|curves/curves_benchmarks:BM_HandWrittenSeries
-common area of two coasts|3|100 1000 10000 100000|areas/areas_benchmarks:BM_ShoresIntersection/vertices:%|peers/geos_chain_peers:BM_GeosShoresIntersection/vertices:% peers/clipper_peers:BM_ClipperShoresIntersection/vertices:% peers/boost_polygon_peers:BM_BoostShoresIntersection/vertices:%
-common area of two combs, teeth|3|30 300|areas/areas_benchmarks:BM_CombsIntersection/teeth:%|peers/geos_chain_peers:BM_GeosCombsIntersection/teeth:% peers/clipper_peers:BM_ClipperCombsIntersection/teeth:% peers/boost_polygon_peers:BM_BoostCombsIntersection/teeth:%
+common area of two coasts, beside GEOS|3|100 1000 10000 100000 1000000|areas/areas_benchmarks:BM_ShoresIntersection/vertices:%|peers/geos_chain_peers:BM_GeosShoresIntersection/vertices:%
+common area of two coasts, beside the fastest|1.5|100 1000 10000 100000 1000000|areas/areas_benchmarks:BM_ShoresIntersection/vertices:%|peers/geos_chain_peers:BM_GeosShoresIntersection/vertices:% peers/clipper_peers:BM_ClipperShoresIntersection/vertices:% peers/boost_polygon_peers:BM_BoostShoresIntersection/vertices:%
+common area of two combs, teeth, beside GEOS|3|30 300|areas/areas_benchmarks:BM_CombsIntersection/teeth:%|peers/geos_chain_peers:BM_GeosCombsIntersection/teeth:%
+common area of two combs, teeth, beside the fastest|1.5|30 300|areas/areas_benchmarks:BM_CombsIntersection/teeth:%|peers/geos_chain_peers:BM_GeosCombsIntersection/teeth:% peers/clipper_peers:BM_ClipperCombsIntersection/teeth:% peers/boost_polygon_peers:BM_BoostCombsIntersection/teeth:%
 union of parcels, to a side|3|10 100|areas/areas_benchmarks:BM_ParcelsUnion/side:%|peers/geos_chain_peers:BM_GeosParcelsUnion/side:%
 union of discs|20|100 1000|areas/areas_benchmarks:BM_DiscsUnion/discs:%|peers/cgal_peers:BM_CgalDiscsUnion/discs:%
 buffer of a coast, 20 m|3|1000 10000|areas/areas_benchmarks:BM_ShoreBuffer/vertices:%/distance:20|peers/geos_chain_peers:BM_GeosShoreBuffer/vertices:%/distance:20
@@ -189,7 +191,7 @@ points in a polygon, beside the border|100000
 self-crossings of a coast|100000
 crossings of the borders of two polygons|100000
 area of a ring|100
-common area of two coasts|10000
+common area of two coasts, beside the fastest|10000
 triangulation of spread points|1000000
 END
 awk -F' *[|] *' '

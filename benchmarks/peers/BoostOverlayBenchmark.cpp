@@ -32,7 +32,7 @@ void BM_BoostShoresIntersection(benchmark::State& state) {
     const PlainRing shore = ShoreRing(state.range(0));
     Intersect(state, AreaOf(shore), AreaOf(shore, 50.0));
 }
-BENCHMARK(BM_BoostShoresIntersection)->ArgName("vertices")->RangeMultiplier(10)->Range(100, 100000);
+BENCHMARK(BM_BoostShoresIntersection)->ArgName("vertices")->RangeMultiplier(10)->Range(100, 1000000);
 
 void BM_BoostCombsIntersection(benchmark::State& state) {
     Intersect(state, AreaOf(Comb(state.range(0), false)), AreaOf(Comb(state.range(0), true)));
