@@ -1,6 +1,6 @@
 #include "kalvio/statistics/LocalKriging.h"
 
-#include "kalvio/core/Point3D.h"
+#include "kalvio/core/detail/BoxHierarchy.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
 #include "kalvio/statistics/detail/PlaceSystem.h"
 
@@ -16,12 +16,8 @@ namespace Kalvio::Math {
 
 namespace {
 
-std::size_t CellOf(double offset, double side, std::size_t count) {
-    const double cell = offset / side;
-    return cell > 0.0 ? static_cast<std::size_t>(std::min(cell, static_cast<double>(count - 1))) : 0;
-}
-
 constexpr unsigned int mostSectors = 64;
+constexpr std::size_t few = 8;  // samples that need no parting
 constexpr std::size_t noSample = std::numeric_limits<std::size_t>::max();
 
 bool IsFinite(const Point3D& p) {
@@ -29,9 +25,6 @@ bool IsFinite(const Point3D& p) {
 }
 
 }  // namespace
-
-std::size_t LocalKriging::ColumnOf(double x) const { return CellOf(x - left, side, columns); }
-std::size_t LocalKriging::RowOf(double y) const { return CellOf(y - bottom, side, rows); }
 
 bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point3D>& all, unsigned int neighbors) {
     Neighborhood nearest;
@@ -52,40 +45,40 @@ bool LocalKriging::Build(const OrdinaryKriging& kriging, const std::vector<Point
     built.sectors = neighborhood.sectors;
     built.radius = neighborhood.radius;
     built.hasLinearTrend = neighborhood.hasLinearTrend;
-    const auto [minX, maxX] = std::minmax_element(
-        all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetX() < b.GetX(); });
-    const auto [minY, maxY] = std::minmax_element(
-        all.begin(), all.end(), [](const Point3D& a, const Point3D& b) { return a.GetY() < b.GetY(); });
-    built.left = minX->GetX();
-    built.bottom = minY->GetY();
-    const double width = maxX->GetX() - built.left;
-    const double height = maxY->GetY() - built.bottom;
-    if (!std::isfinite(width) || !std::isfinite(height)) return false;
-    // About two samples to a cell, and no more cells in a row than that leaves.
-    const double cells = 0.5 * static_cast<double>(all.size()) + 1.0;
-    built.side = std::max({std::sqrt(width / cells) * std::sqrt(height), width / cells, height / cells});
-    if (!(built.side > 0.0)) built.side = 1.0;
-    built.columns = static_cast<std::size_t>(width / built.side) + 1;
-    built.rows = static_cast<std::size_t>(height / built.side) + 1;
-    built.starts.assign(built.columns * built.rows + 1, 0);
-    const auto cellOf = [&built](const Point3D& p) {
-        return built.RowOf(p.GetY()) * built.columns + built.ColumnOf(p.GetX());
-    };
-    for (const Point3D& p : all) ++built.starts[cellOf(p) + 1];
-    for (std::size_t i = 1; i < built.starts.size(); ++i) built.starts[i] += built.starts[i - 1];
-    std::vector<std::size_t> ends(built.starts.begin(), built.starts.end() - 1);
-    built.samples.resize(all.size());
-    built.numbers.resize(all.size());
-    for (std::size_t i = 0; i < all.size(); ++i) {
-        const std::size_t place = ends[cellOf(all[i])]++;
-        built.samples[place] = all[i];
-        built.numbers[place] = i;
+    detail::Extent extent;
+    built.samples.reserve(all.size());
+    for (const Point3D& p : all) {
+        extent.Add(p.GetPoint2D());
+        built.samples.push_back({p, built.samples.size()});
     }
+    if (!std::isfinite(extent.maxX - extent.minX) || !std::isfinite(extent.maxY - extent.minY)) return false;
+    built.low = {extent.minX, extent.minY};
+    built.high = {extent.maxX, extent.maxY};
+    built.areNorthward.assign(all.size(), 0);
+    built.Part(0, all.size());
     *this = std::move(built);
     return true;
 }
 
-// Ring by ring of cells around the place, until no nearer sample can come.
+// A k-d tree (J. L. Bentley, 1975): it adapts to crowds, strips and single places far away.
+void LocalKriging::Part(std::size_t from, std::size_t to) {
+    if (to - from <= few) return;
+    detail::Extent extent;
+    for (std::size_t i = from; i < to; ++i) extent.Add(samples[i].point.GetPoint2D());
+    const bool isNorthward = extent.maxY - extent.minY > extent.maxX - extent.minX;
+    const auto isBefore = [isNorthward](const Numbered& a, const Numbered& b) {
+        const double place = isNorthward ? a.point.GetY() : a.point.GetX();
+        const double other = isNorthward ? b.point.GetY() : b.point.GetX();
+        return place < other || (place == other && a.number < b.number);
+    };
+    const std::size_t middle = from + (to - from) / 2;
+    Numbered* const first = samples.data();
+    std::nth_element(first + from, first + middle, first + to, isBefore);
+    areNorthward[middle] = isNorthward ? 1 : 0;
+    Part(from, middle);
+    Part(middle + 1, to);
+}
+
 std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p, std::size_t leftOut) const {
     using Candidate = std::pair<std::pair<double, std::size_t>,
                                 std::size_t>;                // squared distance, number; place
@@ -106,53 +99,46 @@ std::vector<Point3D> LocalKriging::FindNearest(const Point2D& p, std::size_t lef
         }
         return false;
     };
-    const auto column = static_cast<std::int64_t>(ColumnOf(p.GetX()));
-    const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
-    const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
-    const auto lastRow = static_cast<std::int64_t>(rows) - 1;
-    // Cells of a row, as far as they are there.
-    const auto take = [&](std::int64_t r, std::int64_t first, std::int64_t last) {
-        first = std::max<std::int64_t>(first, 0);
-        last = std::min(last, lastColumn);
-        if (first > last) return;
-        const std::size_t cells = static_cast<std::size_t>(r) * columns;
-        const std::size_t end = starts[cells + static_cast<std::size_t>(last) + 1];
-        for (std::size_t i = starts[cells + static_cast<std::size_t>(first)]; i < end; ++i) {
-            const double dx = samples[i].GetX() - p.GetX();
-            const double dy = samples[i].GetY() - p.GetY();
-            const Candidate candidate{{dx * dx + dy * dy, numbers[i]}, i};
-            if (candidate.first.first > farthest || numbers[i] == leftOut) continue;
-            const std::size_t sector = sectorOf(dx, dy);
-            Candidate* const heap = room.Get() + sector * count;
-            if (found[sector] == count) {
-                if (!(candidate < heap[0])) continue;
-                std::pop_heap(heap, heap + found[sector]);
-                --found[sector];
-            }
-            heap[found[sector]++] = candidate;
-            std::push_heap(heap, heap + found[sector]);
+    const auto take = [&](std::size_t i) {
+        const double dx = samples[i].point.GetX() - p.GetX();
+        const double dy = samples[i].point.GetY() - p.GetY();
+        const Candidate candidate{{dx * dx + dy * dy, samples[i].number}, i};
+        if (candidate.first.first > farthest || samples[i].number == leftOut) return;
+        const std::size_t sector = sectorOf(dx, dy);
+        Candidate* const heap = room.Get() + sector * count;
+        if (found[sector] == count) {
+            if (!(candidate < heap[0])) return;
+            std::pop_heap(heap, heap + found[sector]);
+            --found[sector];
         }
+        heap[found[sector]++] = candidate;
+        std::push_heap(heap, heap + found[sector]);
     };
-    take(row, column, column);
-    for (std::int64_t ring = 1; ring <= std::max(lastColumn, lastRow); ++ring) {
-        // Beyond the ring before, counted from the place's own cell, or from the cell next to it.
-        const double away = static_cast<double>(ring - 1) * side;
-        if (!isOpen(away * away)) break;
-        if (row >= ring) take(row - ring, column - ring, column + ring);
-        if (column >= ring || column + ring <= lastColumn) {
-            for (std::int64_t r = std::max<std::int64_t>(row - ring + 1, 0); r < std::min(row + ring, lastRow + 1);
-                 ++r) {
-                take(r, column - ring, column - ring);
-                take(r, column + ring, column + ring);
-            }
+    // The side where the place lies first; the gaps are those between the place and where the samples lie.
+    const auto search = [&](const auto& self, std::size_t from, std::size_t to, double gapX, double gapY) -> void {
+        if (to - from <= few) {
+            for (std::size_t i = from; i < to; ++i) take(i);
+            return;
         }
-        if (row + ring <= lastRow) take(row + ring, column - ring, column + ring);
-    }
+        const std::size_t middle = from + (to - from) / 2;
+        const Point3D& at = samples[middle].point;
+        const bool isNorthward = areNorthward[middle] != 0;
+        const double beyond = isNorthward ? p.GetY() - at.GetY() : p.GetX() - at.GetX();
+        const bool isBehind = beyond > 0.0;
+        self(self, isBehind ? middle + 1 : from, isBehind ? to : middle, gapX, gapY);
+        (isNorthward ? gapY : gapX) = std::abs(beyond);
+        if (!isOpen(gapX * gapX + gapY * gapY)) return;
+        take(middle);
+        self(self, isBehind ? from : middle + 1, isBehind ? middle : to, gapX, gapY);
+    };
+    search(search, 0, samples.size(), std::max({low.GetX() - p.GetX(), p.GetX() - high.GetX(), 0.0}),
+           std::max({low.GetY() - p.GetY(), p.GetY() - high.GetY(), 0.0}));
     std::vector<Point3D> nearest;
     nearest.reserve(count * sectors);
     for (std::size_t sector = 0; sector < sectors; ++sector) {
-        const Candidate* const heap = room.Get() + sector * count;
-        for (std::size_t i = 0; i < found[sector]; ++i) nearest.push_back(samples[heap[i].second]);
+        Candidate* const heap = room.Get() + sector * count;
+        std::sort_heap(heap, heap + found[sector]);
+        for (std::size_t i = 0; i < found[sector]; ++i) nearest.push_back(samples[heap[i].second].point);
     }
     return nearest;
 }
@@ -163,11 +149,11 @@ bool LocalKriging::Interpolate(const Point2D& p, double& value, double& variance
 
 bool LocalKriging::Validate(std::vector<Residual>& residuals) const {
     std::vector<Residual> found(samples.size());
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        Residual& residual = found[numbers[i]];
+    for (const Numbered& sample : samples) {
+        Residual& residual = found[sample.number];
         double value = 0.0;
-        if (!Estimate(samples[i].GetPoint2D(), numbers[i], value, residual.variance)) return false;
-        residual.error = value - samples[i].GetZ();
+        if (!Estimate(sample.point.GetPoint2D(), sample.number, value, residual.variance)) return false;
+        residual.error = value - sample.point.GetZ();
     }
     if (model == nullptr) return false;
     residuals = std::move(found);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "kalvio/Export.h"
+#include "kalvio/core/Point2D.h"
+#include "kalvio/core/Point3D.h"
 
 #include <cstddef>
 #include <limits>
@@ -10,8 +12,6 @@
 namespace Kalvio::Math {
 
 class OrdinaryKriging;
-class Point2D;
-class Point3D;
 class VariogramModelBase;
 
 /// Ordinary kriging of each place from the few samples nearest to it: for thousands of samples, whose full matrix a
@@ -74,24 +74,25 @@ public:
     [[nodiscard]] bool Validate(std::vector<Residual>& residuals) const;
 
 private:
+    struct Numbered {
+        Point3D point;
+        std::size_t number;
+    };
+
+    void Part(std::size_t from, std::size_t to);
     std::vector<Point3D> FindNearest(const Point2D& p, std::size_t leftOut) const;
     bool Estimate(const Point2D& p, std::size_t leftOut, double& value, double& variance) const;
-    std::size_t ColumnOf(double x) const;
-    std::size_t RowOf(double y) const;
 
     std::shared_ptr<const VariogramModelBase> model;
-    std::vector<Point3D> samples;  // cell by cell, in each by their numbers
-    std::vector<std::size_t> numbers;
-    std::vector<std::size_t> starts;  // per cell
-    double left = 0.0;
-    double bottom = 0.0;
-    double side = 1.0;
-    std::size_t columns = 0;
-    std::size_t rows = 0;
-    std::size_t count = 0;  // of neighbours, in each sector
+    // The middle of many parts them: what is before it lies no farther east (north), what is behind it no less far.
+    std::vector<Numbered> samples;
+    std::vector<char> areNorthward;  // of the middle ones, whether they part by y, not by x
+    std::size_t count = 0;           // of neighbours, in each sector
     std::size_t sectors = 1;
     double radius = 0.0;
     bool hasLinearTrend = false;
+    Point2D low;  // corners of where samples lie
+    Point2D high;
 };
 
 }  // namespace Kalvio::Math
