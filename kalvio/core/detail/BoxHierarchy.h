@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/core/detail/Lanes.h"
 
 #include <algorithm>
 #include <bit>
@@ -118,12 +119,11 @@ struct alignas(64) RoundedBoxes {
     }
     /// Bit i tells whether box i meets the other, inclusive.
     unsigned int Meeting(const RoundedBox& box) const {
-        int meets[size];
-        for (std::size_t i = 0; i < size; ++i) {
-            meets[i] = static_cast<int>(minX[i] <= box.maxX) & static_cast<int>(box.minX <= maxX[i]) &
-                       static_cast<int>(minY[i] <= box.maxY) & static_cast<int>(box.minY <= maxY[i]);
-        }
-        return static_cast<unsigned int>(meets[0] | meets[1] << 1 | meets[2] << 2 | meets[3] << 3);
+        const FourMask meets = (FourLanes::Load(minX) <= FourLanes::Repeat(box.maxX)) &
+                               (FourLanes::Repeat(box.minX) <= FourLanes::Load(maxX)) &
+                               (FourLanes::Load(minY) <= FourLanes::Repeat(box.maxY)) &
+                               (FourLanes::Repeat(box.minY) <= FourLanes::Load(maxY));
+        return meets.Bits();
     }
 
     float minX[size], minY[size], maxX[size], maxY[size];

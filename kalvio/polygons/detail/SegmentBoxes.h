@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/detail/BoxHierarchy.h"
+#include "kalvio/core/detail/Lanes.h"
 
 #include <cstddef>
 #include <vector>
@@ -31,9 +32,20 @@ public:
         return extent;
     }
     Extent GetExtent(std::size_t from, std::size_t to) const {
+        const auto at = [](const Point2D& p) { return Lanes::Of(p.GetX(), p.GetY()); };
         Extent extent;
-        for (std::size_t i = from; i < to; ++i) extent.Add(GetStart(i));
-        extent.Add(GetEnd(to - 1));
+        Lanes low = Lanes::Repeat(extent.minX);
+        Lanes high = Lanes::Repeat(extent.maxX);
+        for (std::size_t i = from; i < to; ++i) {
+            low = Min(at(GetStart(i)), low);  // in this order, which leaves out what is no number
+            high = Max(at(GetStart(i)), high);
+        }
+        low = Min(at(GetEnd(to - 1)), low);
+        high = Max(at(GetEnd(to - 1)), high);
+        extent.minX = low.First();
+        extent.minY = low.Second();
+        extent.maxX = high.First();
+        extent.maxY = high.Second();
         return extent;
     }
 
