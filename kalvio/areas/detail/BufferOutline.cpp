@@ -332,9 +332,9 @@ void BufferOutline::Follow(const std::vector<Way>& ways, bool isClosed, std::siz
 }
 
 AreaOverlay::Discs BufferOutline::LeaveOut() {
-    constexpr int steps[] = {1, 2, 3, 4, 6, 8, 12, 16, 24, 32};  // to the corners whose discs are looked at
-    constexpr double farthest = 3.0;                             // of those, in distances
-    constexpr double apart = 16.0;  // tolerances between what is left out and what may show
+    constexpr int steps[] = {2, 4, 8, 16, 32};  // to the corners whose discs are looked at
+    constexpr double farthest = 3.0;            // of those, in distances
+    constexpr double apart = 16.0;              // tolerances between what is left out and what may show
     double largest = 0.0;
     for (const Path& loop : loops) {
         for (const AreaOverlay::Corner& corner : loop) {
@@ -360,7 +360,9 @@ AreaOverlay::Discs BufferOutline::LeaveOut() {
             const auto tryCorners = [&](std::ptrdiff_t direction) {
                 for (const int step : steps) {
                     const std::size_t k = cornerOf[i] + static_cast<std::size_t>(direction * step);
-                    if (k >= corners.size() || Square(loop[i].at - corners[k]) > far) return;
+                    const double square = k < corners.size() ? Square(loop[i].at - corners[k]) : 2.0 * far;
+                    if (square > far) return;
+                    if (square > radius * radius) continue;
                     const std::size_t reached = LastWithin(loop, i, last + 1, corners[k], radius);
                     if (reached <= last) continue;
                     last = reached;
@@ -381,11 +383,11 @@ AreaOverlay::Discs BufferOutline::LeaveOut() {
     return discs;
 }
 
-// The last corner up to which a loop stays in a disc; `from` when that does not reach `least`.
+// The last corner up to which a loop stays in a disc; `from`, which is in it, when that does not reach `least`.
 std::size_t BufferOutline::LastWithin(const Path& loop, std::size_t from, std::size_t least, const PlanePoint& center,
                                       double radius) {
     const auto isWithin = [&](std::size_t i) { return Square(loop[i].at - center) <= radius * radius; };
-    if (least >= loop.size() || !isWithin(from) || !isWithin(least)) return from;
+    if (least >= loop.size() || !isWithin(least)) return from;
     std::size_t last = from;
     while (last + 1 < loop.size() && isWithin(last + 1) && IsArcWithin(loop[last], loop[last + 1].at, center, radius)) {
         ++last;
