@@ -76,7 +76,9 @@ void Kalvio::Math::FuzzGround(Bytes& bytes) {
         if (tame) Require(whole3D.FillHoles(1e9, holes) && holes == 0);
     }
     GridSurface grid;
-    if (grid.SetOver(surface.GetBoundingBox2D(), 64.0) && grid.GetColumns() * grid.GetRows() < 10000) {
+    const BoundingBox2D extent = surface.GetBoundingBox2D();
+    const Vec2D size = extent.GetMaxPoint() - extent.GetMinPoint();  // 2^31 nodes would be too many here
+    if (size.GetX() < 6400.0 && size.GetY() < 6400.0 && grid.SetOver(extent, 64.0)) {
         grid.Fill([&surface](const Point2D& place, double& z) { return surface.GetHeight(place, z); });
         const bool isTin = grid.MakeTin(ofGrid);
         for (const Point2D& place : places) {
