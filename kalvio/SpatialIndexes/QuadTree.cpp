@@ -69,13 +69,11 @@ bool QuadTree::Insert(const ISpatialIndexData* item) {
 
 bool QuadTree::Insert(std::span<const ISpatialIndexData* const> items) {
     if (std::find(items.begin(), items.end(), nullptr) != items.end()) return false;
-    detail::Arrivals arrivals{items, {}, {}};
-    arrivals.boxes.reserve(items.size());
-    arrivals.places.reserve(items.size());
+    detail::Arrivals arrivals(items);
     double minimumExtent = data->minimumExtent;  // an item may throw when it is asked: nothing changes then
-    for (unsigned int i = 0; i < items.size(); ++i) {
-        arrivals.boxes.push_back(ReadNew(*data, *items[i], minimumExtent));
-        arrivals.places.push_back({Widened(arrivals.boxes[i], minimumExtent), i});
+    for (const ISpatialIndexData* const item : items) {
+        const PlanBox box = ReadNew(*data, *item, minimumExtent);
+        arrivals.Add(Widened(box, minimumExtent), box);
     }
     data->minimumExtent = minimumExtent;
     data->root->Insert(arrivals);

@@ -75,6 +75,15 @@ void ComputeKey(double coordinate, int level, double& low, double& high) {
 
 }  // namespace
 
+void detail::Arrivals::Add(const PlanBox& place, const PlanBox& box) {
+    if (!boxes.empty() || place != box) {
+        if (boxes.empty()) boxes.reserve(items.size());
+        for (std::size_t i = boxes.size(); i < places.size(); ++i) boxes.push_back(places[i].box);
+        boxes.push_back(box);
+    }
+    places.push_back({place, static_cast<unsigned int>(places.size())});
+}
+
 /// The nodes that a walk has still to go to, depth first: the next one was added last. Which children a node has is
 /// hard to foresee, so they are added without a branch.
 class QuadTreeNode::OpenNodes {
@@ -232,15 +241,17 @@ void QuadTreeNode::Insert(detail::Arrivals& arrivals) {
     bool isOrderFree = true;
     for (const detail::Arrivals::Place& place : arrivals.places) {
         if (!isOrderFree) break;
-        isOrderFree = MakeChildOfRoot(place.box, arrivals.boxes[place.item]) == nullptr || place.box.HasExtent();
+        isOrderFree = MakeChildOfRoot(place.box, arrivals.KeptBox(place)) == nullptr || place.box.HasExtent();
     }
     if (isOrderFree) {
-        std::vector<detail::Arrivals::Place> room(arrivals.places.size());
-        Distribute(arrivals, arrivals.places, room);
+        const std::size_t n = arrivals.places.size();
+        // Not filled before it is written: fresh memory is what costs most.
+        const auto room = std::make_unique_for_overwrite<std::byte[]>(n * sizeof(detail::Arrivals::Place));
+        Distribute(arrivals, arrivals.places, {reinterpret_cast<detail::Arrivals::Place*>(room.get()), n});
         return;
     }
     for (const detail::Arrivals::Place& place : arrivals.places) {
-        Insert(place.box, arrivals.boxes[place.item], const_cast<ISpatialIndexData*>(arrivals.items[place.item]));
+        Insert(place.box, arrivals.KeptBox(place), arrivals.Item(place));
     }
 }
 
@@ -248,22 +259,19 @@ void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail
                               std::span<detail::Arrivals::Place> room) {
     constexpr std::size_t few = 4;  // sorted no faster than inserted
     constexpr std::size_t fewToReadAhead = 64;
-    const auto itemOf = [&](const detail::Arrivals::Place& place) {
-        return const_cast<ISpatialIndexData*>(arrivals.items[place.item]);
-    };
     if (places.size() <= fewToReadAhead) {
         for (const auto& place : places) {  // from all over the memory
-            detail::ReadAhead(&arrivals.boxes[place.item]);
+            detail::ReadAhead(&arrivals.KeptBox(place));
             detail::ReadAhead(&arrivals.items[place.item]);
         }
     }
     if (places.size() <= few) {
-        for (const auto& place : places) Insert(place.box, arrivals.boxes[place.item], itemOf(place));
+        for (const auto& place : places) Insert(place.box, arrivals.KeptBox(place), arrivals.Item(place));
         return;
     }
     // 0: stays in this node; 1 ... 4: goes to a child.
     const auto slotOf = [&](const detail::Arrivals::Place& place) {
-        if (isRoot && !(place.box.IsProper() && arrivals.boxes[place.item].IsProper())) return 0U;
+        if (isRoot && !(place.box.IsProper() && arrivals.KeptBox(place).IsProper())) return 0U;
         const int quadrant = QuadrantOf(place.box, centerX, centerY);
         if (quadrant < 0) return 0U;
         const QuadTreeNode* const child = children[static_cast<std::size_t>(quadrant)].get();
@@ -289,7 +297,7 @@ void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail
     std::copy_n(starts.begin(), next.size(), next.begin());
     for (const auto& place : places) room[next[slots[place.slot]]++] = place;
 
-    for (const auto& place : room.first(counts[0])) Append(arrivals.boxes[place.item], itemOf(place));
+    for (const auto& place : room.first(counts[0])) Append(arrivals.KeptBox(place), arrivals.Item(place));
     for (std::size_t slot = 1; slot < slots.size(); ++slot) {
         if (counts[slot] == 0) continue;
         children[slot - 1]->Distribute(arrivals, room.subspan(starts[slot], counts[slot]),

@@ -27,9 +27,18 @@ struct Arrivals {
         unsigned int item;
         unsigned int slot = 0;  // of the node that it has come to
     };
+    explicit Arrivals(std::span<const ISpatialIndexData* const> given) : items(given) { places.reserve(given.size()); }
+
     std::span<const ISpatialIndexData* const> items;
-    std::vector<PlanBox> boxes;  // are kept for the searches
     std::vector<Place> places;
+
+    /// The next of the items, with the box that is kept for the searches.
+    void Add(const PlanBox& place, const PlanBox& box);
+    const PlanBox& KeptBox(const Place& place) const { return boxes.empty() ? place.box : boxes[place.item]; }
+    ISpatialIndexData* Item(const Place& place) const { return const_cast<ISpatialIndexData*>(items[place.item]); }
+
+private:
+    std::vector<PlanBox> boxes;  // none while all are kept as they are placed
 };
 
 }  // namespace detail

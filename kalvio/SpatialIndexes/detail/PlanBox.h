@@ -18,6 +18,7 @@ struct PlanBox {
 
     PlanBox() = default;
     PlanBox(double lowX, double lowY, double highX, double highY) : minX(lowX), minY(lowY), maxX(highX), maxY(highY) {}
+    bool operator==(const PlanBox&) const = default;
     /// The first two axes of a box that has them.
     explicit PlanBox(const FlatBox& box) : minX(box.Low(0)), minY(box.Low(1)), maxX(box.High(0)), maxY(box.High(1)) {}
 
