@@ -53,8 +53,7 @@ public:
     /// At an equation the number ahead. Lengths before the start belong to zone 0.
     Place GetPlace(double length) const;
     /// @return false, `length` untouched, for a zone that is none and for a number outside of it by more than 1e-10;
-    /// the
-    ///         first zone is open to the back, the last one ahead
+    ///         the first zone is open to the back, the last one ahead
     [[nodiscard]] bool GetLength(double number, std::uint32_t zone, double& length) const;
     /// Appends all places that have the number, ascending; the two sides of an equation whose numbers are equal are
     /// one.

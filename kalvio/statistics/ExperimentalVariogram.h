@@ -51,14 +51,12 @@ public:
     /// Gathers the pairs of samples in all directions, those of distances in [0, step) in the first lag, in [step, 2
     /// step) in the second. The cost grows with the number of pairs that are near.
     /// @return false, everything untouched, for a step that is not positive, no count or one above 1e6, samples that
-    /// are
-    ///         not finite, and when no pair is near enough
+    ///         are not finite, and when no pair is near enough
     [[nodiscard]] bool Build(const std::vector<Point3D>& samples, double step, unsigned int count);
     /// The pairs in a direction and against it alone.
     /// @param bearing    clockwise from +Y
     /// @param tolerance  the greatest angle between it and a pair; a quarter turn takes all. Pairs at one place have
-    /// all
-    ///                   directions
+    ///                   all directions
     [[nodiscard]] bool Build(const std::vector<Point3D>& samples, double step, unsigned int count, const Angle& bearing,
                              const Angle& tolerance);
 

@@ -63,8 +63,7 @@ public:
     /// @param value     estimate at p; untouched on failure
     /// @param variance  of its error, as `KrigingSystem` gives it; untouched on failure
     /// @return false for an object that was not built, a place that is not finite or has no sample within the radius,
-    ///         two neighbours at one place and another singular system,
-    ///         for a linear trend also neighbours on one line
+    ///         two neighbours at one place and another singular system, for a linear trend also neighbours on one line
     [[nodiscard]] bool Interpolate(const Point2D& p, double& value, double& variance) const;
 
     /// Estimates each sample from the others around it: how good the model is. Errors have a mean near 0 and a mean
