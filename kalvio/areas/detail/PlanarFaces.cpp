@@ -102,10 +102,16 @@ void PlanarFaces::NestComponents(const VisitSegments& forEachNear) {
     std::sort(leftmost.begin(), leftmost.end(),
               [](const Leftmost& a, const Leftmost& b) { return IsLeftBelow(a.at, b.at); });
 
-    // About from one component to the next, if they are spread.
-    const double leftEnd = leftmost.empty() ? 0.0 : leftmost.front().at.x;
-    const double reach =
-        leftmost.empty() ? 0.0 : (leftmost.back().at.x - leftEnd) / std::sqrt(static_cast<double>(leftmost.size()));
+    // About from one component to the next, if they are spread; by the middle half of them, as a few far away tell
+    // nothing of that.
+    const std::size_t count = leftmost.size();
+    const double leftEnd = count == 0 ? 0.0 : leftmost.front().at.x;
+    double reach = 0.0;
+    if (count > 0) {
+        const double middle = 2.0 * (leftmost[3 * count / 4].at.x - leftmost[count / 4].at.x);
+        const double whole = (leftmost.back().at.x - leftEnd) / static_cast<double>(count);
+        reach = std::max(middle, whole) / std::sqrt(static_cast<double>(count));
+    }
     faceOf.assign(start.size(), none);
     std::vector<std::pair<std::uint32_t, std::uint32_t>> outside;  // the outer cycle of a component, a cycle around it
     for (const auto& [at, half, isOnDetour] : leftmost) {
