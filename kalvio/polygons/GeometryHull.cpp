@@ -3,6 +3,7 @@
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/Point2DM.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/Lanes.h"
 #include "kalvio/core/detail/PointOnLine.h"
 #include "kalvio/polygons/Polygon2D.h"
 
@@ -52,6 +53,8 @@ double DiamondAngleAbout(const Position& pivot, const Position& p) {
     return x >= 0.0 ? slope : std::copysign(2.0, y) - slope;
 }
 
+using detail::Lanes;
+
 struct Axis {
     double x;
     double y;
@@ -75,6 +78,13 @@ public:
         forEachPosition([&](const Position& p) {
             const double x = p.x - origin.x;
             const double y = p.y - origin.y;
+            detail::LaneMask isFarther = Lanes::Repeat(0.0) < Lanes::Repeat(0.0);
+            for (std::size_t i = 0; i < axes.size(); i += 2) {  // of most points no axis is the farthest
+                const Lanes along = Lanes::Of(axes[i].x, axes[i + 1].x) * Lanes::Repeat(x) +
+                                    Lanes::Of(axes[i].y, axes[i + 1].y) * Lanes::Repeat(y);
+                isFarther = isFarther | (Lanes::Load(&highest[i]) < along) | (along < Lanes::Load(&lowest[i]));
+            }
+            if (isFarther.Bits() == 0) return;
             for (std::size_t i = 0; i < axes.size(); ++i) {
                 const double along = axes[i].x * x + axes[i].y * y;
                 if (along > highest[i]) {
@@ -96,8 +106,9 @@ public:
             const double length = a.Distance(b);
             reach[i] = std::numeric_limits<double>::infinity();  // an edge of no length bounds nothing
             if (length > 0.0) {
-                out[i] = {(b.y - a.y) / length, (a.x - b.x) / length};
-                reach[i] = out[i].x * (a.x - origin.x) + out[i].y * (a.y - origin.y) - depth;
+                outX[i] = (b.y - a.y) / length;
+                outY[i] = (a.x - b.x) / length;
+                reach[i] = outX[i] * (a.x - origin.x) + outY[i] * (a.y - origin.y) - depth;
             }
         }
         if (!(extent >= leastExtent)) reach[0] = -std::numeric_limits<double>::infinity();
@@ -107,7 +118,7 @@ public:
         }
         double radius = reach[0];
         for (std::size_t i = 0; i < edges; ++i) {
-            radius = std::min(radius, reach[i] - (out[i].x * centre.x + out[i].y * centre.y));
+            radius = std::min(radius, reach[i] - (outX[i] * centre.x + outY[i] * centre.y));
         }
         if (radius > 0.0) squaredRadius = radius * radius;
     }
@@ -116,16 +127,21 @@ public:
         const double x = p.x - origin.x;
         const double y = p.y - origin.y;
         if ((x - centre.x) * (x - centre.x) + (y - centre.y) * (y - centre.y) < squaredRadius) return true;
-        bool isInside = true;
-        for (std::size_t i = 0; i < edges; ++i) isInside &= out[i].x * x + out[i].y * y < reach[i];
-        return isInside;
+        const Lanes lanesX = Lanes::Repeat(x), lanesY = Lanes::Repeat(y);
+        const auto areInside = [&](std::size_t i) {
+            return Lanes::Load(&outX[i]) * lanesX + Lanes::Load(&outY[i]) * lanesY < Lanes::Load(&reach[i]);
+        };
+        detail::LaneMask isInside = areInside(0);
+        for (std::size_t i = 2; i < edges; i += 2) isInside = isInside & areInside(i);
+        return isInside.Bits() == 3U;
     }
 
 private:
     static constexpr std::size_t edges = 2 * axes.size();
 
     Position origin;
-    std::array<Axis, edges> out{};
+    std::array<double, edges> outX{};  // out of each edge
+    std::array<double, edges> outY{};
     std::array<double, edges> reach{};
     Position centre{};  // of a circle inside, relative to the origin
     double squaredRadius = 0.0;

@@ -17,6 +17,7 @@ struct LaneMask {
     unsigned int Bits() const { return static_cast<unsigned int>(_mm_movemask_pd(value)); }
 };
 inline LaneMask operator&(LaneMask a, LaneMask b) { return {_mm_and_pd(a.value, b.value)}; }
+inline LaneMask operator|(LaneMask a, LaneMask b) { return {_mm_or_pd(a.value, b.value)}; }
 
 /// Two neighbouring numbers that are worked on at once. Comparisons with NaN are false, as between single numbers.
 struct Lanes {
@@ -29,8 +30,10 @@ struct Lanes {
     static Lanes Repeat(double number) { return {_mm_set1_pd(number)}; }
     double First() const { return _mm_cvtsd_f64(value); }
     double Second() const { return _mm_cvtsd_f64(_mm_unpackhi_pd(value, value)); }
+    Lanes Swapped() const { return {_mm_shuffle_pd(value, value, 1)}; }
 };
 inline LaneMask operator<=(Lanes a, Lanes b) { return {_mm_cmple_pd(a.value, b.value)}; }
+inline LaneMask operator<(Lanes a, Lanes b) { return {_mm_cmplt_pd(a.value, b.value)}; }
 inline Lanes operator+(Lanes a, Lanes b) { return {_mm_add_pd(a.value, b.value)}; }
 inline Lanes operator-(Lanes a, Lanes b) { return {_mm_sub_pd(a.value, b.value)}; }
 inline Lanes operator*(Lanes a, Lanes b) { return {_mm_mul_pd(a.value, b.value)}; }
@@ -62,6 +65,7 @@ struct LaneMask {
     unsigned int Bits() const { return bits; }
 };
 inline LaneMask operator&(LaneMask a, LaneMask b) { return {a.bits & b.bits}; }
+inline LaneMask operator|(LaneMask a, LaneMask b) { return {a.bits | b.bits}; }
 
 struct Lanes {
     double first;
@@ -74,9 +78,13 @@ struct Lanes {
     static Lanes Repeat(double number) { return {number, number}; }
     double First() const { return first; }
     double Second() const { return second; }
+    Lanes Swapped() const { return {second, first}; }
 };
 inline LaneMask operator<=(Lanes a, Lanes b) {
     return {static_cast<unsigned int>(a.first <= b.first) | static_cast<unsigned int>(a.second <= b.second) << 1U};
+}
+inline LaneMask operator<(Lanes a, Lanes b) {
+    return {static_cast<unsigned int>(a.first < b.first) | static_cast<unsigned int>(a.second < b.second) << 1U};
 }
 inline Lanes operator+(Lanes a, Lanes b) { return {a.first + b.first, a.second + b.second}; }
 inline Lanes operator-(Lanes a, Lanes b) { return {a.first - b.first, a.second - b.second}; }

@@ -2,6 +2,7 @@
 
 #include "kalvio/core/Point2D.h"
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/Lanes.h"
 #include "kalvio/curves/detail/Chain.h"
 
 #include <algorithm>
@@ -77,37 +78,43 @@ inline double DoubledArea(const std::vector<Point2D>& ring, const Point2D& origi
 /// Area and centroid of a ring, edge by edge from its first point on.
 class AreaSum {
 public:
-    explicit AreaSum(const Point2D& first) : origin(first) {}
+    explicit AreaSum(const Point2D& first) : origin(Lanes::Of(first.GetX(), first.GetY())) {}
 
     void AddEdgeTo(const Point2D& point) {
-        const Vec2D current = point - origin;
-        const double cross = previous.PerpDotProduct(current);
-        Add(cross, (previous + current) * cross);
+        const Lanes current = Lanes::Of(point.GetX(), point.GetY()) - origin;
+        const Lanes products = previous * current.Swapped();
+        const double cross = products.First() - products.Second();
+        Add(cross, (previous + current) * Lanes::Repeat(cross));
         previous = current;
     }
     /// An area beside the edges: twice itself, and six times its moment about the first point.
     void Add(double doubledArea, const Vec2D& sixfoldMoment) {
-        area += doubledArea;
-        magnitude += std::abs(doubledArea);
-        moment += sixfoldMoment;
+        Add(doubledArea, Lanes::Of(sixfoldMoment.GetX(), sixfoldMoment.GetY()));
     }
 
-    double GetArea() const { return 0.5 * area; }
+    double GetArea() const { return 0.5 * sums.First(); }
     /// @return false, `centroid` untouched, for an area less than the rounding of the sum of so many parts
     bool GetCentroid(std::size_t parts, Point2D& centroid) const {
+        const double area = sums.First();
+        const double magnitude = sums.Second();
         const double noise = magnitude * std::numeric_limits<double>::epsilon() * static_cast<double>(parts);
-        const Point2D found = origin + moment / (3.0 * area);
+        const Point2D found =
+            Point2D(origin.First(), origin.Second()) + Vec2D(moment.First(), moment.Second()) / (3.0 * area);
         const bool isFound = std::abs(area) > noise && std::isfinite(found.GetX()) && std::isfinite(found.GetY());
         if (isFound) centroid = found;
         return isFound;
     }
 
 private:
-    Point2D origin;
-    Vec2D previous;  // relative to the origin
-    double area = 0.0;
-    double magnitude = 0.0;
-    Vec2D moment;
+    void Add(double doubledArea, Lanes sixfoldMoment) {
+        sums = sums + Lanes::Of(doubledArea, std::abs(doubledArea));
+        moment = moment + sixfoldMoment;
+    }
+
+    Lanes origin;
+    Lanes previous = Lanes::Repeat(0.0);  // relative to the origin
+    Lanes sums = Lanes::Repeat(0.0);      // of the areas, and of their magnitudes
+    Lanes moment = Lanes::Repeat(0.0);
 };
 
 /// Length of the ring, its closing edge included.
