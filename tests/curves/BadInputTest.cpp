@@ -28,7 +28,7 @@ void ExpectTold(const char* name, Call&& call) {
     EXPECT_TRUE(isTold) << name;
 }
 
-// Every question to an element, by a point, a station and a tolerance of such numbers; and to what a move left behind.
+// Every question to an element, by a point, a station and a tolerance of such numbers.
 template <class Element>
 void CheckElement(const Element& element, double u, double v) {
     SCOPED_TRACE(testing::Message() << GetName(element.GetType()) << " asked with " << u << " and " << v);
@@ -45,31 +45,15 @@ void CheckElement(const Element& element, double u, double v) {
         ExpectTold<double>("GetCurvature", [&](double& k) { return element.GetCurvature(u, k); });
         double station = 0.0;
         ExpectTold<double>("offset", [&](double& d) { return element.GetStationAndOffset(p, station, d, v); });
-        Polyline2D part;
-        const bool isPart = element.ExtractPolyline(u, v, part);
-        EXPECT_EQ(isPart, part.GetSize() > 0);
     } else if constexpr (requires { element.GetPoints(); }) {
         ExpectTold<Vec2D>("tangent", [&](Vec2D& d) { return element.GetTangentAtLength(u, d, v); });
         ExpectTold<Point2D>("offset", [&](Point2D& q) { return element.GetPointOffsetFromStart(u, q); });
-        ExpectTold<Point2D>("IsSelfCrossing", [&](Point2D& q) { return element.IsSelfCrossing(q, v); });
-        Element part, changed(element);
-        std::list<Point2D> points;
-        std::list<Vec2D> tangents;
-        const bool isPart = element.ExtractLineString(u, v, part);
-        const bool isSampled = element.MakePointsAndTangents(u, v, 1.0, points, tangents);
-        EXPECT_TRUE(isPart == (part.GetSize() > 0) && isSampled != points.empty());
-        EXPECT_FALSE(element.MakePointsAndTangents(0.0, 1.0, -v * v, points, tangents));
-        (void)element.GetOrientedBoundingBox2D();
-        (void)(changed.InsertAtLength(u, p) && changed.Extend(element, true, v, true, u, Angle(1.0)));
-        changed.ReducePoints(v);
     } else {
         ExpectTold<Sample>("MakePointAndTangentAt", [&](Sample& s) { return element.MakePointAndTangentAt(u, s); });
         if constexpr (requires(Sample s) { element.GetNormalPoint(p, v, s); })
             ExpectTold<Sample>("GetNormalPoint", [&](Sample& s) { return element.GetNormalPoint(p, v, s); });
         if constexpr (requires(Sample s) { element.GetNearestPoint(p, v, u, s); })
             ExpectTold<Sample>("GetNearestPoint", [&](Sample& s) { return element.GetNearestPoint(p, 0.0, u, s); });
-        if constexpr (requires(double l) { element.GetShortestLengthFromStartPoint(p, l, v); })
-            ExpectTold<double>("round", [&](double& l) { return element.GetShortestLengthFromStartPoint(p, l, v); });
         if constexpr (requires(Vec2D d) { element.MakeOffsetAndTangentAt(u, d, d); })
             ExpectTold<Vec2D>("offset",
                               [&, t = Vec2D()](Vec2D& d) mutable { return element.MakeOffsetAndTangentAt(u, d, t); });
@@ -77,18 +61,6 @@ void CheckElement(const Element& element, double u, double v) {
             ExpectTold<Sample>("abscissa", [&](Sample& s) { return element.MakePointAndTangentAtAbscissa(u, s); });
         if constexpr (!std::is_same_v<Element, Line2D>)  // which has its direction wherever the point lies
             ExpectTold<Vec2D>("ComputeTangent", [&](Vec2D& d) { return element.ComputeTangent(p, d, t); });
-    }
-    std::vector<std::unique_ptr<IGeometry>> pieces;
-    const bool isCut = element.BreakAt({p, Point2D(v, u), Point2D(0.5, 0)}, pieces, t);
-    EXPECT_EQ(isCut, !pieces.empty());
-    Element left(element), taken(std::move(left));
-    for (Element* asked : {&left, &taken}) {
-        (void)static_cast<IGeometry*>(asked)->ExtendStart(p, t);
-        (void)static_cast<IGeometry*>(asked)->ExtendEnd(p, t);
-        asked->Reverse();
-        const std::unique_ptr<IGeometry> joined(element.Append(asked));
-        (void)(asked->IsEqualTo(element, v) &&
-               joined->GetBoundingBox2D().IsPointInside(asked->GetNearestPoint(p, t), v));
     }
 }
 
