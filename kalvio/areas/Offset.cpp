@@ -41,6 +41,13 @@ detail::BufferOutline::Style StyleOf(double distance, const Tolerances& toleranc
     return {distance, 0.0, std::abs(tolerances.UserTolerance()), {.join = join, .mitreLimit = limit}};
 }
 
+// False where nothing is longer than the tolerance.
+bool Give(Polyline2D made, Polyline2D& result) {
+    if (made.GetNrOfElements() == 0) return false;
+    result = std::move(made);
+    return true;
+}
+
 template <class ChainType>
 bool MakeParallel(const ChainType& chain, const detail::BufferOutline::Style& style, Polyline2D& result) {
     detail::ChainPath path;
@@ -49,8 +56,7 @@ bool MakeParallel(const ChainType& chain, const detail::BufferOutline::Style& st
     path = detail::BufferOutline(style).ParallelOf(path, transitions.bends);
     if (path.empty()) return false;
     const detail::FittedPath whole = detail::WithParallels(path, transitions);
-    result = detail::ChainOf(whole.path, style.tolerance, whole.clothoids);
-    return true;
+    return Give(detail::ChainOf(whole.path, style.tolerance, whole.clothoids), result);
 }
 
 template <class ChainType>
@@ -111,10 +117,7 @@ bool Offset::Parallel(const Polyline2D& chain, const std::vector<Width>& widths,
         !detail::MakeWidened(chain, widths, tolerance, made)) {
         return false;
     }
-    Polyline2D line = detail::ChainOf(made.path, tolerance, made.clothoids);
-    if (line.GetNrOfElements() == 0) return false;
-    result = std::move(line);
-    return true;
+    return Give(detail::ChainOf(made.path, tolerance, made.clothoids), result);
 }
 
 bool Offset::TrimmedParallel(const LineString2D& chain, double distance, std::vector<Polyline2D>& result,

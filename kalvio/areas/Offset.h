@@ -38,7 +38,8 @@ public:
 
     /// The raw parallel, one chain with its loops. On the inside of a corner two lines end where they meet, as long as
     /// both reach that far; else a segment joins the elements. An arc of a radius smaller than the distance comes out
-    /// on the far side of its centre.
+    /// on the far side of its centre. @return false, the result untouched, also where nothing of it is longer than the
+    /// user tolerance, as beside an arc at its centre
     [[nodiscard]] static bool Parallel(const LineString2D& chain, double distance, Polyline2D& result,
                                        const Tolerances& tolerances, Join join = Join::Round, double mitreLimit = 2.0);
     [[nodiscard]] static bool Parallel(const Polyline2D& chain, double distance, Polyline2D& result,

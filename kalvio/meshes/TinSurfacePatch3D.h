@@ -5,6 +5,7 @@
 #include "kalvio/core/detail/Lazy.h"
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
 #include "kalvio/meshes/detail/TriangleGrid.h"
+#include "kalvio/polygons/LineString3D.h"
 
 #include <array>
 #include <cstddef>
@@ -16,7 +17,6 @@ namespace Kalvio::Math {
 
 class Angle;
 class LineString2D;
-class LineString3D;
 class Polygon2D;
 class Tolerances;
 

@@ -193,6 +193,9 @@ TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
         EXPECT_FALSE(Offset::TrimmedParallel(LineString2D{Point2D(0, 0), Point2D(bad, 0)}, 1.0, trimmed, kTolerances));
     }
     EXPECT_FALSE(Offset::Parallel(LineString2D{Point2D(1, 1), Point2D(1, 1)}, 1.0, raw, kTolerances)) << "no direction";
+    Polyline2D arc;
+    EXPECT_TRUE(arc.AppendElement(Arc2D(Point2D(5, 0), Point2D(0, 0), Angle(1.0))));
+    EXPECT_FALSE(Offset::Parallel(arc, -5.0, raw, kTolerances)) << "its centre";
     EXPECT_FALSE(Offset::TrimmedParallel(Polyline2D(), 1.0, trimmed, kTolerances)) << "nothing";
     EXPECT_FALSE(Offset::TrimmedParallel(chain, 1e9, trimmed, kTolerances)) << "no shape is left";
     EXPECT_FALSE(Offset::Parallel(chain, 1.0, raw, kTolerances, Join::Mitred, 0.0)) << "no limit";
