@@ -246,7 +246,7 @@ void QuadTreeNode::Insert(detail::Arrivals& arrivals) {
     if (isOrderFree) {
         const std::size_t n = arrivals.places.size();
         // Not filled before it is written: fresh memory is what costs most.
-        const auto room = std::make_unique_for_overwrite<std::byte[]>(n * sizeof(detail::Arrivals::Place));
+        const std::unique_ptr<std::byte[]> room(new std::byte[n * sizeof(detail::Arrivals::Place)]);
         Distribute(arrivals, arrivals.places, {reinterpret_cast<detail::Arrivals::Place*>(room.get()), n});
         return;
     }

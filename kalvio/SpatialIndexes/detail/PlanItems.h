@@ -112,17 +112,14 @@ private:
         double highY = -std::numeric_limits<double>::infinity();
 
         void Cover(const PlanBox& box, double centerX) {
-            const auto cover = [](double& low, double& high, double first, double second) {  // in whatever order
-                for (const double bound : {first, second}) {
-                    if (bound < low) low = bound;
-                    if (bound > high) high = bound;
-                }
-            };
-            if (box.minX < centerX && centerX < box.maxX) {
-                cover(lowX, highX, box.minX, box.maxX);
-            } else {
-                cover(lowY, highY, box.minY, box.maxY);
-            }
+            // Without branches: which of the two an item belongs to is hard to foresee.
+            const bool crosses = (box.minX < centerX) & (centerX < box.maxX);
+            const double first = crosses ? box.minX : box.minY;  // in whatever order
+            const double second = crosses ? box.maxX : box.maxY;
+            double& low = crosses ? lowX : lowY;
+            double& high = crosses ? highX : highY;
+            low = (std::min)((std::min)(low, first), second);
+            high = (std::max)((std::max)(high, first), second);
         }
         template <class Query>
         bool MayAnswer(const Query& query) const {
