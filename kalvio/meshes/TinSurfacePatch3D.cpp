@@ -238,10 +238,12 @@ const TinSurfacePatch3D::Locator& TinSurfacePatch3D::GetLocator() const {
     return locator.Get([this] {
         Locator made;
         made.facets.resize(neighbors.size() / 3);
+        made.heights.resize(made.facets.size());
         for (std::size_t t = 0; t < made.facets.size(); ++t) {
             for (std::size_t i = 0; i < 3; ++i) {
                 const Point3D& p = triangles.GetVertex(triangles.GetIndexes()[3 * t + i]);
-                made.facets[t].corner[i] = {p.GetX(), p.GetY(), p.GetZ()};
+                made.facets[t].corner[i] = {p.GetX(), p.GetY()};
+                made.heights[t][i] = p.GetZ();
                 made.facets[t].beyond[i] = neighbors[3 * t + i];
             }
         }
@@ -256,20 +258,35 @@ unsigned int TinSurfacePatch3D::Toward(const Facet& facet, const Point2D& place,
     unsigned int next = walk.triangle;
     for (unsigned int i = 0; i < 3; ++i) {
         if (facet.beyond[i] == walk.before && walk.before != none) continue;
-        const auto& a = facet.corner[i];
-        const auto& b = facet.corner[AfterInTriangle(i)];
-        if (!(detail::ExactTurn({a[0], a[1]}, {b[0], b[1]}, InPlan(place)) < 0.0)) continue;
+        if (!(detail::ExactTurn(facet.corner[i], facet.corner[AfterInTriangle(i)], InPlan(place)) < 0.0)) continue;
         next = facet.beyond[i];
         if (next != none) return next;
     }
     return next;
 }
 
+// The same without branches, by plain determinants: `none` also where one of them is too near to 0.
+unsigned int TinSurfacePatch3D::SurelyToward(const Facet& facet, const Point2D& place, unsigned int triangle) {
+    const auto& [a, b, c] = facet.corner;
+    const detail::PlanePoint p = InPlan(place);
+    const detail::PlainTurn ofA(a, b, p);
+    const detail::PlainTurn ofB(b, c, p);
+    const detail::PlainTurn ofC(c, a, p);
+    unsigned int next = ofC.value < 0.0 ? facet.beyond[2] : triangle;
+    next = ofB.value < 0.0 ? facet.beyond[1] : next;
+    next = ofA.value < 0.0 ? facet.beyond[0] : next;
+    const bool sureOfA = ofA.IsSure();
+    const bool sureOfB = ofB.IsSure();
+    const bool sureOfC = ofC.IsSure();
+    return (sureOfA & sureOfB & sureOfC) != 0 ? next : none;
+}
+
 // @return false, `triangle` untouched, where the way ends at the border or takes too many steps
 bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle) {
     Walk walk{triangle};
     while (walk.triangle < facets.size() && walk.steps < fewSteps) {
-        const unsigned int next = Toward(facets[walk.triangle], place, walk);
+        unsigned int next = SurelyToward(facets[walk.triangle], place, walk.triangle);
+        if (next == none) next = Toward(facets[walk.triangle], place, walk);
         if (next == walk.triangle) {
             triangle = next;
             return true;
@@ -279,10 +296,31 @@ bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& 
     return false;
 }
 
+// From the middle of the cell. @return false, `triangle` untouched, where the way is not sure, as on an edge, or ends
+bool TinSurfacePatch3D::FindSurely(const Locator& made, const Point2D& place, unsigned int& triangle) {
+    unsigned int next = made.grid.GetMiddle(place);
+    for (unsigned int steps = 0; steps < fewSteps && next != none; ++steps) {
+        const unsigned int here = next;
+        next = SurelyToward(made.facets[here], place, here);
+        if (next == here) {
+            triangle = here;
+            return true;
+        }
+    }
+    return false;
+}
+
+double TinSurfacePatch3D::HeightAt(const Facet& facet, const Heights& heights, const Point2D& place) {
+    const auto& [a, b, c] = facet.corner;
+    return detail::HeightInTriangle({a.x, a.y, heights[0]}, {b.x, b.y, heights[1]}, {c.x, c.y, heights[2]},
+                                    place.GetX(), place.GetY());
+}
+
 bool TinSurfacePatch3D::FindTriangle(const Point2D& place, unsigned int& triangle) const {
     const Locator& made = GetLocator();
     if (!made.grid.IsNear(place)) return false;
-    if (WalkTo(made.facets, place, triangle)) return true;
+    if (WalkTo(made.facets, place, triangle) || FindSurely(made, place, triangle)) return true;
+    // On an edge or a vertex several do: the one on the way from here.
     unsigned int found = made.grid.GetHint(place);
     if (WalkTo(made.facets, place, found)) {
         triangle = found;
@@ -314,14 +352,17 @@ bool TinSurfacePatch3D::IsInside(const Point2D& place) const {
 }
 
 bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z) const {
+    const Locator& made = GetLocator();
     unsigned int triangle = none;
-    return GetHeight(place, z, triangle);
+    if (!made.grid.IsNear(place) || !(FindSurely(made, place, triangle) || FindTriangle(place, triangle))) return false;
+    z = HeightAt(made.facets[triangle], made.heights[triangle], place);
+    return true;
 }
 
 bool TinSurfacePatch3D::GetHeight(const Point2D& place, double& z, unsigned int& triangle) const {
     if (!FindTriangle(place, triangle)) return false;
-    const auto& [a, b, c] = GetLocator().facets[triangle].corner;
-    z = detail::HeightInTriangle(a, b, c, place.GetX(), place.GetY());
+    const Locator& made = GetLocator();
+    z = HeightAt(made.facets[triangle], made.heights[triangle], place);
     return true;
 }
 
@@ -334,21 +375,25 @@ void TinSurfacePatch3D::GetHeights(const std::vector<Point2D>& places, std::vect
     constexpr std::size_t together = 32;
     std::array<Walk, together> walks;
     std::array<Facet, together> facets;
+    std::array<Heights, together> corners;
     std::size_t count = 0;
     for (std::size_t place = 0; count > 0 || place < places.size();) {
         for (; count < together && place < places.size(); ++place) {
             if (!made.grid.IsNear(places[place])) continue;
-            walks[count++] = {made.grid.GetHint(places[place]), none, 0, place};
+            const unsigned int middle = made.grid.GetMiddle(places[place]);
+            if (middle != none) walks[count++] = {middle, none, 0, place};
         }
-        for (std::size_t i = 0; i < count; ++i) facets[i] = made.facets[walks[i].triangle];
+        for (std::size_t i = 0; i < count; ++i) {
+            facets[i] = made.facets[walks[i].triangle];
+            corners[i] = made.heights[walks[i].triangle];
+        }
         std::size_t left = 0;
         for (std::size_t i = 0; i < count; ++i) {
             const Walk walk = walks[i];
             const Point2D& p = places[walk.place];
-            const unsigned int next = Toward(facets[i], p, walk);
+            const unsigned int next = SurelyToward(facets[i], p, walk.triangle);
             if (next == walk.triangle) {
-                const auto& [a, b, c] = facets[i].corner;
-                heights[walk.place] = detail::HeightInTriangle(a, b, c, p.GetX(), p.GetY());
+                heights[walk.place] = HeightAt(facets[i], corners[i], p);
             } else if (next == none || walk.steps + 1 == fewSteps) {
                 (void)GetHeight(p, heights[walk.place]);
             } else {

@@ -6,6 +6,7 @@
 #include "kalvio/meshes/IndexedTriangleSet3D.h"
 #include "kalvio/meshes/detail/TriangleGrid.h"
 #include "kalvio/polygons/LineString3D.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 
 #include <array>
 #include <cstddef>
@@ -207,13 +208,16 @@ public:
 private:
     class Overlaps;
 
-    // What the search for places reads, side by side: corners, and the triangles beyond the edges from them.
-    struct Facet {
-        std::array<std::array<double, 3>, 3> corner;
+    // What the search for places reads, a line of the cache: corners in plan, and the triangles beyond the edges from
+    // them.
+    struct alignas(64) Facet {
+        std::array<detail::PlanePoint, 3> corner;
         std::array<unsigned int, 3> beyond;
     };
+    using Heights = std::array<double, 3>;  // of the corners
     struct Locator {
         std::vector<Facet> facets;
+        std::vector<Heights> heights;
         detail::TriangleGrid grid;
     };
 
@@ -228,6 +232,9 @@ private:
     };
     static unsigned int Toward(const Facet& facet, const Point2D& place, const Walk& walk);
     static bool WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle);
+    static unsigned int SurelyToward(const Facet& facet, const Point2D& place, unsigned int triangle);
+    static bool FindSurely(const Locator& made, const Point2D& place, unsigned int& triangle);
+    static double HeightAt(const Facet& facet, const Heights& heights, const Point2D& place);
     Vec3D DoubledNormal(unsigned int triangle) const;
     bool AddVolumes(const TinSurfacePatch3D* design, double height, const Polygon2D* area, Volumes& volumes) const;
     bool TakeFrom(const detail::SurfaceBuilder& builder);

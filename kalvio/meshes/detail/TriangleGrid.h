@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/Point2D.h"
+#include "kalvio/polygons/detail/ExactPredicates.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +17,8 @@ namespace Kalvio::Math::detail {
 /// Square cells over the plan of triangles; each knows the triangles that come near it, in order.
 class TriangleGrid {
 public:
+    static constexpr std::uint32_t noTriangle = (std::numeric_limits<std::uint32_t>::max)();
+
     TriangleGrid() = default;
     /// @param triangles  as many times
     /// @param cornersOf  std::array<Point2D, 3>(triangle): finite
@@ -53,9 +56,15 @@ public:
         std::uint64_t sum = 0;
         for (std::uint64_t& start : starts) sum += start, start = sum;
         items.resize(sum);
+        middles.assign(columns * rows, noTriangle);
         for (std::size_t t = triangles; t-- > 0;) {
-            ForEachCellOf(cornersOf(t),
-                          [&](std::size_t cell) { items[--starts[cell]] = static_cast<std::uint32_t>(t); });
+            const std::array<Point2D, 3> corners = cornersOf(t);
+            ForEachCellOf(corners, [&](std::size_t cell) {
+                items[--starts[cell]] = static_cast<std::uint32_t>(t);
+                if (middles[cell] == noTriangle || Holds(corners, MiddleOf(cell))) {
+                    middles[cell] = static_cast<std::uint32_t>(t);
+                }
+            });
         }
         hints.assign(4 * columns * rows, items.front());
         std::vector<bool> isSet(hints.size(), false);
@@ -79,10 +88,12 @@ public:
     /// A triangle not far from such a position, mostly.
     std::uint32_t GetHint(const Point2D& p) const { return hints[QuarterOf(p)]; }
 
+    /// The one at the middle of its cell, or another one near the cell where there is none; `noTriangle` where none is
+    /// near.
+    std::uint32_t GetMiddle(const Point2D& p) const { return middles[CellOf(p)]; }
+
     /// The triangles near such a position; all that hold it are among them.
-    std::span<const std::uint32_t> At(const Point2D& p) const {
-        return InCell(RowOf(p.GetY()) * columns + ColumnOf(p.GetX()));
-    }
+    std::span<const std::uint32_t> At(const Point2D& p) const { return InCell(CellOf(p)); }
 
     /// Calls visit(triangle) for the triangles near the cells that a segment or a triangle passes, some more than once.
     template <std::size_t N, class Visit>
@@ -129,6 +140,19 @@ private:
     }
     std::size_t ColumnOf(double x) const { return Clamped((x - low.GetX() + margin) / side, columns); }
     std::size_t RowOf(double y) const { return Clamped((y - low.GetY() + margin) / side, rows); }
+
+    std::size_t CellOf(const Point2D& p) const { return RowOf(p.GetY()) * columns + ColumnOf(p.GetX()); }
+    PlanePoint MiddleOf(std::size_t cell) const {
+        return {low.GetX() - margin + (static_cast<double>(cell % columns) + 0.5) * side,
+                low.GetY() - margin + (static_cast<double>(cell / columns) + 0.5) * side};
+    }
+    // But for rounding.
+    static bool Holds(const std::array<Point2D, 3>& corners, const PlanePoint& p) {
+        const PlanePoint a{corners[0].GetX(), corners[0].GetY()};
+        const PlanePoint b{corners[1].GetX(), corners[1].GetY()};
+        const PlanePoint c{corners[2].GetX(), corners[2].GetY()};
+        return PlainTurn(a, b, p).value >= 0.0 && PlainTurn(b, c, p).value >= 0.0 && PlainTurn(c, a, p).value >= 0.0;
+    }
 
     // Each cell has four, in rows of their own.
     std::size_t QuarterOf(const Point2D& p) const {
@@ -182,7 +206,8 @@ private:
     std::size_t rows = 1;
     std::vector<std::uint64_t> starts;  // per cell, into the items
     std::vector<std::uint32_t> items;
-    std::vector<std::uint32_t> hints;  // per quarter of a cell
+    std::vector<std::uint32_t> middles;  // per cell
+    std::vector<std::uint32_t> hints;    // per quarter of a cell
 };
 
 }  // namespace Kalvio::Math::detail

@@ -17,14 +17,24 @@ struct PlanePoint {
 double TurnByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c);
 double InCircleByExpansion(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c, const PlanePoint& d);
 
+/// The plain determinant, and whether its sign is sure.
+struct PlainTurn {
+    PlainTurn(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c)
+        : left((a.x - c.x) * (b.y - c.y)), right((a.y - c.y) * (b.x - c.x)), value(left - right) {}
+    bool IsSure() const {
+        constexpr double relativeError = 3.3306690738754716e-16;  // (3 + 16 e) e with e = 2^-53
+        return std::abs(value) > relativeError * (std::abs(left) + std::abs(right));
+    }
+
+    double left;
+    double right;
+    double value;
+};
+
 /// The turn a -> b -> c: positive counter-clockwise, 0 on one line.
 inline double ExactTurn(const PlanePoint& a, const PlanePoint& b, const PlanePoint& c) {
-    constexpr double relativeError = 3.3306690738754716e-16;  // (3 + 16 e) e with e = 2^-53
-    const double left = (a.x - c.x) * (b.y - c.y);
-    const double right = (a.y - c.y) * (b.x - c.x);
-    const double determinant = left - right;
-    if (std::abs(determinant) > relativeError * (std::abs(left) + std::abs(right))) return determinant;
-    return TurnByExpansion(a, b, c);
+    const PlainTurn plain(a, b, c);
+    return plain.IsSure() ? plain.value : TurnByExpansion(a, b, c);
 }
 
 /// Positive for d inside the circle through a, b, c (counter-clockwise), 0 on it.
