@@ -78,7 +78,8 @@ bool Geometry::ComputeStartEndLengthOnElement(double elementStart, double elemen
                                               double& start, double& end, double tolerance) {
     const double clippedStart = std::max(elementStart, from);
     const double clippedEnd = std::min(elementEnd, to);
-    if (!(from <= to) || !(clippedEnd - clippedStart > tolerance)) return false;
+    const double overlap = clippedEnd - clippedStart;
+    if (!(from <= to) || !(overlap > tolerance) || !std::isfinite(overlap)) return false;
     start = clippedStart;
     end = clippedEnd;
     return true;

@@ -202,6 +202,10 @@ TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
     Polyline2D beyond;  // the series of the clothoid: a tangent of 10 radians
     beyond.AppendElement(new Clothoid(0.0, 4.95, 22.6, Point2D(), Vec2D(1.0, 0.0)));
     EXPECT_FALSE(Offset::TrimmedParallel(beyond, 140.0, trimmed, Tolerances(7.0)));
+    std::vector<Polyline2D> none;
+    Polyline2D tiny;  // arcs of no radius
+    tiny.AppendElement(Parabola(Point2D(1.2e-199, 2e19), Point2D(5.8e-294, 2e19), 9.6e-231, -1.3e-36, 2e19));
+    EXPECT_TRUE(Offset::TrimmedParallel(tiny, -2e-194, none, Tolerances(3e-262)) && none.empty());
     Polyline2D high, made;
     high.AppendElement(Parabola(Point2D(0, 0), Point2D(9, 0), 1e200, 0.0, 0.0));
     EXPECT_TRUE(!Offset::Parallel(high, 1.0, made, kTolerances) || std::isfinite(made.GetLength()));

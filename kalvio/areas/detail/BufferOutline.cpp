@@ -86,7 +86,8 @@ void BufferOutline::AddChain(const Path& chain) {
     Path forth = chain;
     if (isClosed) forth.pop_back();
     std::vector<Way> ways = WaysOf(forth, isClosed);
-    if (style.height > 0.0) ways = WaysOf(CornersOf(ways, isClosed), isClosed);  // without gaps
+    if (style.height > 0.0 && !ways.empty()) ways = WaysOf(CornersOf(ways, isClosed), isClosed);  // without gaps
+    if (ways.empty()) return AddPoint(chain.front().at);                                          // arcs of no radius
     std::vector<Way> waysBack = Reversed(ways);
     if (style.shape.side == BufferCreator::Side::Left) std::swap(ways, waysBack);
     if (style.shape.side != BufferCreator::Side::Both) {
