@@ -81,15 +81,15 @@ awk -F'|' '{
         colon = index(text, ":"); program = substr(text, 1, colon - 1)
         filter[program] = filter[program] (program in filter ? "|" : "") substr(text, colon + 1)
     }
-    for (program in filter) print program, "^(" filter[program] ")$"
+    for (program in filter) print NR, program, "^(" filter[program] ")$"
 }' "$work/rows" >"$work/programs"
 
 round=0
 while [ "$round" -lt "$rounds" ]; do
-    while read -r program filter; do
+    while read -r row program filter; do
         [ -x "$build/benchmarks/$program" ] || continue
         "$build/benchmarks/$program" --benchmark_filter="$filter" --benchmark_min_time=0.03 --benchmark_format=json \
-            2>/dev/null | awk -F'"' -v program="$program" '
+            2>/dev/null | awk -F'"' -v program="$row|$program" '
                 /"name":/ { name = $4 }
                 /"(real|cpu)_time":/ { sub(/^: /, "", $3); time[$2] = $3 + 0 }
                 /"time_unit":/ {
@@ -133,7 +133,7 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
             gsub(/%/, size, text)
             star = index(text, "*"); of = 1
             if (star) { of = substr(text, star + 1); text = substr(text, 1, star - 1) }
-            n = split(times[text], v, " ")
+            n = split(times[FNR "|" text], v, " ")
             for (i = 1; i <= n; ++i) all = all " " v[i] / of
             return all
         }
@@ -151,7 +151,7 @@ version() {  # HEADER MACRO...: the values of macros, joined by dots; nothing wh
             return ns < 1e3 ? sprintf("%.3g ns", ns) : ns < 1e6 ? sprintf("%.3g us", ns / 1e3) : ns < 1e9 ? sprintf("%.3g ms", ns / 1e6) : sprintf("%.3g s", ns / 1e9)
         }
         FILENAME == ARGV[1] {
-            times[$1] = times[$1] " " $2
+            times[$1 "|" $2] = times[$1 "|" $2] " " $3
             next
         }
         {
