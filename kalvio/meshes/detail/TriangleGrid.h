@@ -115,19 +115,29 @@ public:
         const double outside =
             std::hypot((std::max)({low.GetX() - margin - p.GetX(), p.GetX() - high.GetX() - margin, 0.0}),
                        (std::max)({low.GetY() - margin - p.GetY(), p.GetY() - high.GetY() - margin, 0.0}));
-        for (std::int64_t ring = 0; ring < most; ++ring) {
-            if (!isNear((std::max)(outside, static_cast<double>(ring - 1) * side))) return;
-            for (std::int64_t r = (std::max<std::int64_t>)(row - ring, 0);
-                 r <= (std::min)(row + ring, static_cast<std::int64_t>(rows) - 1); ++r) {
-                const bool isWhole = r == row - ring || r == row + ring;
-                for (std::int64_t c = column - ring; c <= column + ring; c += isWhole || ring == 0 ? 1 : 2 * ring) {
-                    if (c < 0 || c >= static_cast<std::int64_t>(columns)) continue;
-                    for (const std::uint32_t t :
-                         InCell(static_cast<std::size_t>(r) * columns + static_cast<std::size_t>(c))) {
-                        visit(t);
-                    }
+        const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
+        const auto lastRow = static_cast<std::int64_t>(rows) - 1;
+        // Cells of a row, as far as they are there.
+        const auto visitRow = [&](std::int64_t r, std::int64_t first, std::int64_t last) {
+            for (std::int64_t c = (std::max<std::int64_t>)(first, 0); c <= (std::min)(last, lastColumn); ++c) {
+                for (const std::uint32_t t :
+                     InCell(static_cast<std::size_t>(r) * columns + static_cast<std::size_t>(c))) {
+                    visit(t);
                 }
             }
+        };
+        for (std::int64_t ring = 0; ring < most; ++ring) {
+            if (!isNear((std::max)(outside, static_cast<double>(ring - 1) * side))) return;
+            if (row >= ring) visitRow(row - ring, column - ring, column + ring);
+            // Beside a strip that runs north there are rows, but no cells in them.
+            if (column >= ring || column + ring <= lastColumn) {
+                const std::int64_t end = (std::min)(row + ring - 1, lastRow);
+                for (std::int64_t r = (std::max<std::int64_t>)(row - ring + 1, 0); r <= end; ++r) {
+                    visitRow(r, column - ring, column - ring);
+                    visitRow(r, column + ring, column + ring);
+                }
+            }
+            if (ring > 0 && row + ring <= lastRow) visitRow(row + ring, column - ring, column + ring);
         }
     }
 
