@@ -142,6 +142,12 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
         }
         surface.GetHeights(asked, together);
         EXPECT_THAT(together, testing::Pointwise(testing::NanSensitiveDoubleEq(), answers));
+        IndexedTriangleSet3D withFarOne = set;
+        const Point3D far(origin - Vec2D(4e5, 6e6), 0.0);
+        withFarOne.AddTriangle(far, far + Vec3D(9, 0, 0), far + Vec3D(0, 9, 0), false, false);
+        ASSERT_TRUE(again.SetTriangles(withFarOne));
+        again.GetHeights(asked, together);
+        EXPECT_THAT(together, testing::Pointwise(testing::NanSensitiveDoubleNear(1e-9), answers));
         const Vec2D first(-1, 0.3 * size), middle(0.5 * size, 0.5 * size), last(0.7 * size, -2.0);
         const LineString2D chain{origin + first, origin + middle, origin + last};
         std::vector<LineString3D> draped, sections;

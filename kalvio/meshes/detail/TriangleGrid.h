@@ -14,7 +14,100 @@
 
 namespace Kalvio::Math::detail {
 
+/// An axis across cells: as long as the values there, but shortened where gaps part all but a few of them.
+class CellAxis {
+public:
+    CellAxis() = default;
+    /// @param noise  a length: the axis is this much longer at both ends
+    CellAxis(double first, double last, double noise) : low(first), length(last - first), margin(noise) {}
+
+    /// Shortens the gaps to a quarter of all else, each in the same proportion.
+    ///
+    /// @param values  some of them, in order
+    /// @param gap     the narrowest one
+    void Shorten(const std::vector<double>& values, double gap) {
+        constexpr std::size_t few = 32;  // a part of the values
+        struct Run {
+            double first;
+            double last;
+        };
+        const double high = low + length;
+        std::vector<Run> runs;
+        double ofRuns = 0.0;
+        for (std::size_t begin = 0, end = 0; begin < values.size(); begin = end) {
+            for (end = begin + 1; end < values.size() && values[end] - values[end - 1] <= gap;) ++end;
+            if ((end - begin) * few < values.size()) continue;
+            // The ends are hardly among some of the values.
+            const double wider = (std::min)((values[end - 1] - values[begin]) / few, 0.5 * gap);
+            runs.push_back(
+                {(std::max)(values[begin] - wider, low), (std::min)((std::max)(values[end - 1] + wider, low), high)});
+            ofRuns += runs.back().last - runs.back().first;
+        }
+        const double ofGaps = length - ofRuns;
+        if (!(ofRuns > margin) || !(4.0 * ofGaps > ofRuns)) return;
+        const double rate = ofRuns / (4.0 * ofGaps);
+        double along = margin;
+        double end = low;
+        for (const Run& run : runs) {
+            knots.push_back({end, along, rate});
+            along += (run.first - end) * rate;
+            knots.push_back({run.first, along, 1.0});
+            along += run.last - run.first;
+            end = run.last;
+        }
+        knots.push_back({end, along, rate});
+        length = along + (high - end) * rate - margin;
+    }
+
+    /// Without the margins.
+    double GetLength() const { return length; }
+
+    /// The length up to a value. It never falls where the value rises, and rises by no more.
+    double Along(double value) const { return knots.empty() ? value - low + margin : AlongKnots(value); }
+
+    /// The value up to which it is so long.
+    double ValueAt(double along) const { return knots.empty() ? low - margin + along : ValueAtKnots(along); }
+
+    /// The values of a cell, and twice the noise more.
+    std::array<double, 2> ValuesOf(double along, double side) const {
+        if (!knots.empty()) {
+            return {ValueAtKnots(along - 2.0 * margin) - 2.0 * margin,
+                    ValueAtKnots(along + side + 2.0 * margin) + 2.0 * margin};
+        }
+        const double from = low - margin + along - 2.0 * margin;
+        return {from, from + side + 4.0 * margin};
+    }
+
+private:
+    // From there to the next one.
+    struct Knot {
+        double value;
+        double along;
+        double rate;
+    };
+
+    double AlongKnots(double value) const {
+        auto knot = knots.end() - 1;
+        while (knot != knots.begin() && value < knot->value) --knot;
+        const double along = knot->along + (value - knot->value) * knot->rate;
+        return knot + 1 != knots.end() ? (std::min)(along, (knot + 1)->along) : along;
+    }
+    double ValueAtKnots(double along) const {
+        auto knot = knots.end() - 1;
+        while (knot != knots.begin() && along < knot->along) --knot;
+        return knot->value + (along - knot->along) / knot->rate;
+    }
+
+    double low = 0.0;
+    double length = 0.0;
+    double margin = 0.0;
+    std::vector<Knot> knots;  // none: nothing is shortened
+};
+
 /// Square cells over the plan of triangles; each knows the triangles that come near it, in order.
+///
+/// A vertex far from all others, as one without coordinates at (0, 0), would leave the triangles in one cell: there the
+/// axes are shortened, and cells in the gap are longer.
 class TriangleGrid {
 public:
     static constexpr std::uint32_t noTriangle = (std::numeric_limits<std::uint32_t>::max)();
@@ -33,26 +126,10 @@ public:
                 high = {(std::max)(high.GetX(), p.GetX()), (std::max)(high.GetY(), p.GetY())};
             }
         }
-        const double width = high.GetX() - low.GetX() + 2.0 * margin;
-        const double height = high.GetY() - low.GetY() + 2.0 * margin;
-        // About a cell for two triangles, no more than that in a row; fewer where triangles are so long that they fill
-        // too many.
-        const auto count = 0.5 * static_cast<double>(triangles);
-        side = (std::max)({std::sqrt(width / count * height), width / count, height / count});
-        constexpr std::size_t most = 16;  // entries per triangle
-        for (;; side *= 2.0) {
-            columns = static_cast<std::size_t>(width / side) + 1;
-            rows = static_cast<std::size_t>(height / side) + 1;
-            starts.assign(columns * rows + 1, 0);
-            std::size_t entries = 0;
-            for (std::size_t t = 0; t < triangles && entries <= most * triangles; ++t) {
-                ForEachCellOf(cornersOf(t), [&](std::size_t cell) {
-                    ++starts[cell];
-                    ++entries;
-                });
-            }
-            if (entries <= most * triangles || starts.size() == 2) break;
-        }
+        across = CellAxis(low.GetX(), high.GetX(), margin);
+        up = CellAxis(low.GetY(), high.GetY(), margin);
+        const double crowd = Lay(triangles, cornersOf);
+        if (crowd > crowded) Spread(triangles, cornersOf, crowd);
         std::uint64_t sum = 0;
         for (std::uint64_t& start : starts) sum += start, start = sum;
         items.resize(sum);
@@ -142,19 +219,86 @@ public:
     }
 
 private:
+    static constexpr double crowded = 64.0;
+
+    // Chooses the cells, and counts the triangles of each. @return how many a cell has, in the mean over the triangles
+    // in all cells
+    template <class CornersOf>
+    double Lay(std::size_t triangles, const CornersOf& cornersOf) {
+        const double width = across.GetLength() + 2.0 * margin;
+        const double height = up.GetLength() + 2.0 * margin;
+        // About a cell for two triangles, no more than that in a row; fewer where triangles are so long that they fill
+        // too many.
+        const auto count = 0.5 * static_cast<double>(triangles);
+        side = (std::max)({std::sqrt(width / count * height), width / count, height / count});
+        constexpr std::size_t most = 16;  // entries per triangle
+        std::size_t entries = 0;
+        for (;; side *= 2.0) {
+            columns = static_cast<std::size_t>(width / side) + 1;
+            rows = static_cast<std::size_t>(height / side) + 1;
+            starts.assign(columns * rows + 1, 0);
+            entries = 0;
+            for (std::size_t t = 0; t < triangles && entries <= most * triangles; ++t) {
+                ForEachCellOf(cornersOf(t), [&](std::size_t cell) {
+                    ++starts[cell];
+                    ++entries;
+                });
+            }
+            if (entries <= most * triangles || starts.size() == 2) break;
+        }
+        double squares = 0.0;
+        for (const std::uint64_t start : starts) squares += static_cast<double>(start) * static_cast<double>(start);
+        return squares / static_cast<double>(entries);
+    }
+
+    // Shortens gaps of more than two cells, where that halves the crowd.
+    template <class CornersOf>
+    void Spread(std::size_t triangles, const CornersOf& cornersOf, double crowd) {
+        constexpr std::size_t some = 1024;
+        constexpr double golden = 0.6180339887498949;  // its multiples fall into step with no order of the triangles
+        std::vector<double> xs(some);
+        std::vector<double> ys(some);
+        for (std::size_t i = 0; i < some; ++i) {
+            const double turns = golden * static_cast<double>(i);
+            const auto t = static_cast<std::size_t>((turns - std::floor(turns)) * static_cast<double>(triangles));
+            const Point2D p = cornersOf(t)[i % 3];
+            xs[i] = p.GetX();
+            ys[i] = p.GetY();
+        }
+        std::sort(xs.begin(), xs.end());
+        std::sort(ys.begin(), ys.end());
+        const CellAxis acrossBefore = across;
+        const CellAxis upBefore = up;
+        double now = crowd;
+        constexpr int rounds = 4;  // gaps beside gaps show in smaller cells
+        for (int round = 0; round < rounds && now > crowded; ++round) {
+            const double length = across.GetLength() + up.GetLength();
+            across = acrossBefore;
+            up = upBefore;
+            across.Shorten(xs, 2.0 * side);
+            up.Shorten(ys, 2.0 * side);
+            if (!(across.GetLength() + up.GetLength() < length)) break;
+            now = Lay(triangles, cornersOf);
+        }
+        if (now <= 0.5 * crowd) return;
+        across = acrossBefore;
+        up = upBefore;
+        (void)Lay(triangles, cornersOf);
+    }
+
     std::span<const std::uint32_t> InCell(std::size_t cell) const {
         return {items.data() + starts[cell], items.data() + starts[cell + 1]};
     }
     static std::size_t Clamped(double value, std::size_t count) {
         return value > 0.0 ? (std::min)(static_cast<std::size_t>((std::min)(value, 4e9)), count - 1) : 0;
     }
-    std::size_t ColumnOf(double x) const { return Clamped((x - low.GetX() + margin) / side, columns); }
-    std::size_t RowOf(double y) const { return Clamped((y - low.GetY() + margin) / side, rows); }
+    std::size_t ColumnOf(double x) const { return Clamped(across.Along(x) / side, columns); }
+    std::size_t RowOf(double y) const { return Clamped(up.Along(y) / side, rows); }
 
     std::size_t CellOf(const Point2D& p) const { return RowOf(p.GetY()) * columns + ColumnOf(p.GetX()); }
     PlanePoint MiddleOf(std::size_t cell) const {
-        return {low.GetX() - margin + (static_cast<double>(cell % columns) + 0.5) * side,
-                low.GetY() - margin + (static_cast<double>(cell / columns) + 0.5) * side};
+        return {across.ValueAt((static_cast<double>(cell % columns) + 0.5) * side),
+                up.ValueAt((static_cast<double>(cell / columns) + 0.5) * side)};
     }
     // But for rounding.
     static bool Holds(const std::array<Point2D, 3>& corners, const PlanePoint& p) {
@@ -166,8 +310,8 @@ private:
 
     // Each cell has four, in rows of their own.
     std::size_t QuarterOf(const Point2D& p) const {
-        const double x = (p.GetX() - low.GetX() + margin) / side;
-        const double y = (p.GetY() - low.GetY() + margin) / side;
+        const double x = across.Along(p.GetX()) / side;
+        const double y = up.Along(p.GetY()) / side;
         return Clamped(2.0 * y, 2 * rows) * 2 * columns + Clamped(2.0 * x, 2 * columns);
     }
 
@@ -182,8 +326,7 @@ private:
         }
         const std::size_t last = RowOf(top + margin);
         for (std::size_t row = RowOf(bottom - margin); row <= last; ++row) {
-            const double from = low.GetY() - margin + static_cast<double>(row) * side - 2.0 * margin;
-            const double to = from + side + 4.0 * margin;
+            const auto [from, to] = up.ValuesOf(static_cast<double>(row) * side, side);
             double left = std::numeric_limits<double>::infinity();
             double right = -left;
             const auto add = [&](double x) {
@@ -211,6 +354,8 @@ private:
     Point2D low;
     Point2D high;
     double margin = 0.0;
+    CellAxis across;
+    CellAxis up;
     double side = 1.0;  // of a cell
     std::size_t columns = 1;
     std::size_t rows = 1;
