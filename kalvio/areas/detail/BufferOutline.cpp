@@ -351,7 +351,8 @@ AreaOverlay::Discs BufferOutline::LeaveOut() {
     if (!(radius > 0.0)) return discs;
     const double far = farthest * farthest * reach * reach;
     for (std::size_t number = 0; number < feet.size(); ++number) {
-        const auto& [corners, cornerOf] = feet[number];
+        const std::vector<PlanePoint>& corners = feet[number].corners;
+        const std::vector<std::uint32_t>& cornerOf = feet[number].cornerOf;
         if (corners.empty()) continue;
         Path& loop = loops[number];
         std::size_t size = 0;
