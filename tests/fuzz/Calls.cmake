@@ -17,7 +17,7 @@ foreach(line IN LISTS lines)
   endif()
   # Constructors, ownership by hand and other pointers, and what the library keeps to itself.
   if(class STREQUAL name OR (arguments MATCHES "\\*" AND NOT arguments STREQUAL "IGeometry const*") OR
-     arguments MATCHES "&&|unique_ptr|std::span|detail::|OnPlan|Facet|Piece|BorderCell|Operand|Turn|Extension|Removal")
+     arguments MATCHES "&&|unique_ptr|std::span|detail::|OnPlan|Facet|Locator|Piece|BorderCell|Operand|Turn|Extension|Removal")
     continue()
   endif()
   # What changes a file or a number of all threads, what iterates from where it is told, and what needs as much memory as
