@@ -78,6 +78,18 @@ public:
         return {from, from + side + 4.0 * margin};
     }
 
+    /// What a value is at least from all cells that are `ring` or more away from its own: 0 where nothing is shortened,
+    /// as cells in gaps alone are longer than they seem.
+    double GetRoom(double value, std::int64_t cell, std::int64_t ring, std::int64_t last, double side) const {
+        if (knots.empty()) return 0.0;
+        double room = std::numeric_limits<double>::infinity();
+        if (cell >= ring) room = value - ValueAtKnots(static_cast<double>(cell - ring + 1) * side);
+        if (cell + ring <= last) {
+            room = (std::min)(room, ValueAtKnots(static_cast<double>(cell + ring) * side) - value);
+        }
+        return room - 8.0 * margin;  // rounding
+    }
+
 private:
     // From there to the next one.
     struct Knot {
@@ -204,7 +216,10 @@ public:
             }
         };
         for (std::int64_t ring = 0; ring < most; ++ring) {
-            if (!isNear((std::max)(outside, static_cast<double>(ring - 1) * side))) return;
+            const double beyond = (std::max)({outside, static_cast<double>(ring - 1) * side,
+                                              (std::min)(across.GetRoom(p.GetX(), column, ring, lastColumn, side),
+                                                         up.GetRoom(p.GetY(), row, ring, lastRow, side))});
+            if (!isNear(beyond)) return;
             if (row >= ring) visitRow(row - ring, column - ring, column + ring);
             // Beside a strip that runs north there are rows, but no cells in them.
             if (column >= ring || column + ring <= lastColumn) {
