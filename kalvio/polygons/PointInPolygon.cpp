@@ -1,12 +1,14 @@
 #include "kalvio/polygons/PointInPolygon.h"
 
 #include "kalvio/core/detail/Constants.h"
+#include "kalvio/core/detail/Lanes.h"
 #include "kalvio/polygons/detail/ClipStrip.h"
 #include "kalvio/polygons/detail/PointInRing.h"
 #include "kalvio/polygons/detail/Ring.h"
 #include "kalvio/polygons/detail/SegmentBoxes.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -22,27 +24,41 @@ constexpr double coordinateRounding = 16.0 * std::numeric_limits<double>::epsilo
 struct Survey {
     explicit Survey(const Polygon2D& polygon) {
         Add(polygon.GetPoints());
+        outer = {low.First(), low.Second(), high.First(), high.Second()};
         for (unsigned int i = 0; i < polygon.GetNumHoleBoundaries(); ++i) Add(polygon.GetHoleBoundary(i).GetPoints());
     }
 
-    bool isSound = true;            // all coordinates are finite and not huge
-    double largest = 0.0;           // magnitude of a coordinate
-    double runX = 0.0, runY = 0.0;  // sums of |dx| and |dy| over the edges
-    std::size_t count = 0;          // of points
+    // Magnitude of a coordinate; NaN aside.
+    double Largest() const { return std::max({-low.First(), -low.Second(), high.First(), high.Second()}); }
+    // All coordinates are finite and not huge: NaN goes into the runs.
+    bool IsSound() const { return Largest() < detail::largestCoordinate && (runs <= runs).Bits() == 3; }
+
+    detail::Extent outer;                             // of the outer ring
+    detail::Lanes runs = detail::Lanes::Repeat(0.0);  // sums of |dx| and |dy| over the edges
+    std::size_t count = 0;                            // of points
 
 private:
     void Add(const std::vector<Point2D>& ring) {
-        count += ring.size();
-        detail::WalkRing(ring, [this](const Point2D& a, const Point2D& b) {
-            const double x = std::abs(b.GetX());
-            const double y = std::abs(b.GetY());
-            isSound = isSound && x < detail::largestCoordinate && y < detail::largestCoordinate;
-            largest = std::max({largest, x, y});
-            runX += std::abs(b.GetX() - a.GetX());
-            runY += std::abs(b.GetY() - a.GetY());
+        // Numbers in registers.
+        detail::Lanes least = low;
+        detail::Lanes greatest = high;
+        detail::Lanes sums = runs;
+        detail::WalkRing(ring, [&](const Point2D& a, const Point2D& b) {
+            const detail::Lanes end = detail::Lanes::Of(b.GetX(), b.GetY());
+            const detail::Lanes step = end - detail::Lanes::Of(a.GetX(), a.GetY());
+            least = Min(end, least);
+            greatest = Max(end, greatest);
+            sums = sums + Max(step, detail::Lanes::Repeat(0.0) - step);
             return false;
         });
+        low = least;
+        high = greatest;
+        runs = sums;
+        count += ring.size();
     }
+
+    detail::Lanes low = detail::Lanes::Repeat(std::numeric_limits<double>::infinity());
+    detail::Lanes high = detail::Lanes::Repeat(-std::numeric_limits<double>::infinity());
 };
 
 }  // namespace
@@ -61,7 +77,9 @@ private:
 /// found from the winding number of the middle of the cell.
 class PointInPolygon::PolygonGrid::Builder {
 public:
-    Builder(PolygonGrid& target, const Polygon2D& source) : grid(target) {
+    Builder(PolygonGrid& target, const Polygon2D& source, std::size_t pointCount) : grid(target) {
+        rings.reserve(1 + source.GetNumHoleBoundaries());
+        grid.corners.reserve(pointCount + 1 + source.GetNumHoleBoundaries());
         AddRing(source.GetPoints());
         for (unsigned int i = 0; i < source.GetNumHoleBoundaries(); ++i) AddRing(source.GetHoleBoundary(i).GetPoints());
     }
@@ -69,106 +87,148 @@ public:
     // False, the grid still to be cleared, when the indexes do not suffice.
     bool Build(double padding) {
         pad = padding;
+        gridOrigin = detail::Lanes::Of(grid.originX, grid.originY);
+        cellsPerLength = detail::Lanes::Of(grid.columnsPerLength, grid.rowsPerLength);
+        lastCells = detail::Lanes::Of(AsReal(grid.columns - 1), AsReal(grid.rows - 1));
+        grid.blocks.assign(grid.columns * grid.rows / 64 + 1, Block());
+        lastRuns.assign(grid.columns * grid.rows, 0);
+        cellRuns.resize(4 * (grid.columns + grid.rows));  // about what a shore takes
+        cellRuns[0].last = none - 1;                      // before no edge
+        crossings.reserve(4 * grid.rows);
+        lastCrossings.assign(grid.rows, none);
         for (std::size_t r = 0; r < rings.size(); ++r) AddEdges(static_cast<std::uint32_t>(r));
-        std::sort(crossings.begin(), crossings.end(),
-                  [](const Crossing& a, const Crossing& b) { return IsBefore(a, b); });
-        rowStarts.assign(grid.rows + 1, 0);
-        for (const Crossing& crossing : crossings) ++rowStarts[crossing.row + 1];
-        for (std::size_t row = 0; row < grid.rows; ++row) rowStarts[row + 1] += rowStarts[row];
-        for (std::size_t i = crossings.size(); i-- > 1;) {
-            if (crossings[i - 1].IsOfRowAndRing(crossings[i])) crossings[i - 1].turns += crossings[i].turns;
-        }
-        MarkBorderCells();
-        ClassifyMiddles();
-        return ListRuns();
+        ListCells();
+        return std::max({grid.corners.size(), cellRuns.size(), crossings.size(), grid.runs.size()}) < none;
     }
 
 private:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
     struct Ring {
-        const std::vector<Point2D>* points;
+        std::uint32_t firstCorner;
         std::uint32_t edges;
         bool isCounterClockwise;
+        std::int32_t turns = 0;  // around the middle of the cell that is being listed
+    };
+    // Cells that a point comes near to, and the rows whose middles are below it.
+    struct Place {
+        std::uint32_t west, east, south, north;
+        std::uint32_t rowsBelow;
 
-        const Point2D& At(std::size_t i) const { return (*points)[i == points->size() ? 0 : i]; }
+        bool operator==(const Place&) const = default;
     };
-    // A run of edges listed for a cell, while it is collected.
+    // Consecutive edges listed for a cell.
     struct CellRun {
-        std::uint32_t cell;
         std::uint32_t ring;
-        std::uint32_t first;
+        std::uint32_t first;  // by their corners
         std::uint32_t last;
-    };
-    struct OpenRun {
-        std::uint32_t cell;
-        std::uint32_t run;
+        std::uint32_t next;  // of the cell; after the last run the first
     };
     // An edge at the level of the middles of a row, east of the middles of the first `columns` cells.
     struct Crossing {
-        std::uint32_t row;
-        std::uint32_t ring;
         std::uint32_t columns;
-        std::int32_t turns;  // of this and all crossings of the ring further east
-
-        bool IsOfRowAndRing(const Crossing& other) const { return row == other.row && ring == other.ring; }
+        std::uint32_t ring;
+        std::int32_t turn;
+        std::uint32_t before;  // in the row
     };
 
-    static bool IsBefore(const Crossing& a, const Crossing& b) {
-        return a.row != b.row ? a.row < b.row : a.ring != b.ring ? a.ring < b.ring : a.columns < b.columns;
-    }
-
     void AddRing(const std::vector<Point2D>& points) {
-        const std::size_t edges = points.empty() ? 0 : points.size() - (detail::HasClosingEdge(points) ? 0 : 1);
-        const bool isCounterClockwise = !points.empty() && detail::DoubledArea(points, points.front()) > 0.0;
-        rings.push_back({&points, static_cast<std::uint32_t>(edges), isCounterClockwise});
+        if (points.empty()) return;
+        const auto first = static_cast<std::uint32_t>(grid.corners.size());
+        const std::size_t edges = points.size() - (detail::HasClosingEdge(points) ? 0 : 1);
+        grid.corners.resize(first + edges + 1);
+        Corner* corner = grid.corners.data() + first;
+        for (const Point2D& point : points) *corner++ = {point.GetX(), point.GetY()};
+        grid.corners.back() = {points.front().GetX(), points.front().GetY()};
+        rings.push_back({first, static_cast<std::uint32_t>(edges), detail::DoubledArea(points, points.front()) > 0.0});
     }
 
     double MiddleX(std::size_t column) const { return grid.originX + (AsReal(column) + 0.5) * grid.cellWidth; }
     double MiddleY(std::size_t row) const { return grid.originY + (AsReal(row) + 0.5) * grid.cellHeight; }
-    std::uint32_t CellOf(std::size_t column, std::size_t row) const {
-        return static_cast<std::uint32_t>(row * grid.columns + column);
+
+    std::size_t CellOf(std::size_t column, std::size_t row) const { return row * grid.columns + column; }
+
+    static double CrossingAt(const Corner& a, const Corner& b, double level) {
+        return a.x + (level - a.y) / (b.y - a.y) * (b.x - a.x);
     }
 
-    // The turn that the edge adds for points at a level west of it.
-    static int TurnAt(const Point2D& a, const Point2D& b, double level) {
-        return (level >= a.GetY() ? 1 : 0) - (level >= b.GetY() ? 1 : 0);
-    }
-    static double CrossingAt(const Point2D& a, const Point2D& b, double level) {
-        return a.GetX() + (level - a.GetY()) / (b.GetY() - a.GetY()) * (b.GetX() - a.GetX());
+    // As `CellAt` of both coordinates, without branches.
+    detail::Lanes CellsAt(detail::Lanes place) const {
+        return Min(Max((place - gridOrigin) * cellsPerLength, detail::Lanes::Repeat(0.0)), lastCells);
     }
 
+    Place PlaceOf(const Corner& corner) const {
+        const auto whole = [](double cell) { return static_cast<std::uint32_t>(static_cast<std::int32_t>(cell)); };
+        const detail::Lanes place = detail::Lanes::Load(&corner.x);
+        const detail::Lanes low = CellsAt(place - detail::Lanes::Repeat(pad));
+        const detail::Lanes high = CellsAt(place + detail::Lanes::Repeat(pad));
+        const std::uint32_t row = whole(CellsAt(place).Second());
+        return {whole(low.First()), whole(high.First()), whole(low.Second()), whole(high.Second()),
+                row + (MiddleY(row) < corner.y ? 1 : 0)};
+    }
+
+    // The places first, some at a time: what is done with them cannot be foretold, and should not wait for numbers.
     void AddEdges(std::uint32_t ring) {
-        const Ring& source = rings[ring];
-        open.clear();
-        for (std::uint32_t edge = 0; edge < source.edges; ++edge) {
-            const Point2D& a = source.At(edge);
-            const Point2D& b = source.At(edge + 1);
-            FindCells(a, b);
-            if (open.size() == 1 && touched.size() == 1 && open[0].cell == touched[0]) {
-                cellRuns[open[0].run].last = edge;
-            } else {
-                ContinueRuns(ring, edge);
+        constexpr std::uint32_t most = 64;
+        std::array<Place, most + 1> places;
+        std::uint32_t edge = rings[ring].firstCorner;
+        const std::uint32_t end = edge + rings[ring].edges;
+        places[0] = PlaceOf(grid.corners[edge]);
+        while (edge < end) {
+            const std::uint32_t count = std::min(most, end - edge);
+            for (std::uint32_t i = 1; i <= count; ++i) places[i] = PlaceOf(grid.corners[edge + i]);
+            for (std::uint32_t i = 0; i < count; ++i) {
+                AddEdge(ring, edge + i, places[i], places[i + 1]);
+                const Place& place = places[i + 1];
+                if (place.west != place.east || place.south != place.north) continue;
+                const std::uint32_t first = i;
+                while (i + 1 < count && places[i + 2] == place) ++i;
+                if (i > first) cellRuns[lastRuns[CellOf(place.west, place.south)]].last = edge + i;
             }
-            AddCrossings(a, b, ring);
+            edge += count;
+            places[0] = places[count];
         }
     }
 
-    // Cells for which the edge is to be listed, ascending.
-    void FindCells(const Point2D& a, const Point2D& b) {
-        touched.clear();
-        const Point2D& lower = a.GetY() <= b.GetY() ? a : b;
-        const Point2D& upper = a.GetY() <= b.GetY() ? b : a;
-        const double west = std::min(a.GetX(), b.GetX());
-        const double east = std::max(a.GetX(), b.GetX());
-        const std::size_t firstRow = grid.RowAt(lower.GetY() - pad);
-        const std::size_t lastRow = grid.RowAt(upper.GetY() + pad);
-        if (firstRow == lastRow) {
-            const std::uint32_t last = CellOf(grid.ColumnAt(east + pad), firstRow);
-            for (std::uint32_t cell = CellOf(grid.ColumnAt(west - pad), firstRow); cell <= last; ++cell) {
-                touched.push_back(cell);
-            }
-            return;
+    void AddEdge(std::uint32_t ring, std::uint32_t edge, const Place& from, const Place& to) {
+        const std::uint32_t south = std::min(from.south, to.south);
+        const std::uint32_t west = std::min(from.west, to.west);
+        const std::uint32_t rows = std::max(from.north, to.north) - south;
+        const std::uint32_t columns = std::max(from.east, to.east) - west;
+        if (rows == 0 || columns == 0) {
+            AddToCells(ring, edge, CellOf(west, south), rows + columns + 1, rows == 0 ? 1 : grid.columns);
+        } else {
+            AddToRows(ring, edge, south, south + rows);
         }
-        const double height = upper.GetY() - lower.GetY();
+        if (from.rowsBelow != to.rowsBelow) AddCrossings(ring, edge, from.rowsBelow, to.rowsBelow);
+    }
+
+    // Without branches: whether a run goes on changes too often to be foretold.
+    void AddToCells(std::uint32_t ring, std::uint32_t edge, std::size_t cell, std::size_t count, std::size_t step) {
+        if (cellRuns.size() < runCount + count) cellRuns.resize(2 * cellRuns.size() + count);
+        CellRun* const runs = cellRuns.data();
+        for (; count > 0; --count, cell += step) {
+            const std::uint32_t last = lastRuns[cell];
+            const bool goesOn = runs[last].last + 1 == edge;
+            const std::uint32_t run = goesOn ? last : runCount;
+            const std::uint32_t first = last == 0 ? runCount : runs[last].next;
+            runs[runCount] = {ring, edge, edge, first};
+            runs[last].next = goesOn ? first : runCount;
+            runs[run].last = edge;
+            lastRuns[cell] = run;
+            runCount += goesOn ? 0 : 1;
+            grid.blocks[cell / 64].border |= std::uint64_t{1} << cell % 64;
+        }
+    }
+
+    void AddToRows(std::uint32_t ring, std::uint32_t edge, std::size_t firstRow, std::size_t lastRow) {
+        const Corner& a = grid.corners[edge];
+        const Corner& b = grid.corners[edge + 1];
+        const Corner& lower = a.y <= b.y ? a : b;
+        const Corner& upper = a.y <= b.y ? b : a;
+        const double west = std::min(a.x, b.x);
+        const double east = std::max(a.x, b.x);
+        const double height = upper.y - lower.y;
         // Twice the distance at which the margin decides, for the rounding of the turn; between the ends only.
         const double zone = height > 0.0 ? 2.0 * detail::windingMargin / height : 0.0;
         for (std::size_t row = firstRow; row <= lastRow; ++row) {
@@ -177,176 +237,126 @@ private:
             if (height > pad) {
                 const double base = grid.originY + AsReal(row) * grid.cellHeight;
                 const auto xAt = [&](double level) {
-                    if (level <= lower.GetY()) return lower.GetX();
-                    if (level >= upper.GetY()) return upper.GetX();
+                    if (level <= lower.y) return lower.x;
+                    if (level >= upper.y) return upper.x;
                     return std::clamp(CrossingAt(lower, upper, level), west, east);
                 };
-                const double low = row == firstRow ? lower.GetX() : xAt(base - 2.0 * pad);
-                const double high = row == lastRow ? upper.GetX() : xAt(base + grid.cellHeight + 2.0 * pad);
+                const double low = row == firstRow ? lower.x : xAt(base - 2.0 * pad);
+                const double high = row == lastRow ? upper.x : xAt(base + grid.cellHeight + 2.0 * pad);
                 from = std::min(low, high);
                 to = std::max(low, high);
             }
+            const std::size_t column = grid.ColumnAt(std::max(from - zone, west) - pad);
             const std::size_t lastColumn = grid.ColumnAt(std::min(to + zone, east) + pad);
-            std::size_t column = grid.ColumnAt(std::max(from - zone, west) - pad);
-            for (; column <= lastColumn; ++column) {
-                touched.push_back(CellOf(column, row));
-            }
+            AddToCells(ring, edge, CellOf(column, row), lastColumn - column + 1, 1);
         }
     }
 
-    void ContinueRuns(std::uint32_t ring, std::uint32_t edge) {
-        next.clear();
-        std::size_t k = 0;
-        for (const std::uint32_t cell : touched) {
-            while (k < open.size() && open[k].cell < cell) ++k;
-            if (k < open.size() && open[k].cell == cell) {
-                cellRuns[open[k].run].last = edge;
-                next.push_back(open[k]);
-            } else {
-                next.push_back({cell, static_cast<std::uint32_t>(cellRuns.size())});
-                cellRuns.push_back({cell, ring, edge, edge});
-            }
-        }
-        open.swap(next);
-    }
-
-    void AddCrossings(const Point2D& a, const Point2D& b, std::uint32_t ring) {
-        const double low = std::min(a.GetY(), b.GetY());
-        const double high = std::max(a.GetY(), b.GetY());
-        const double first = (low - grid.originY) * grid.rowsPerLength - 0.51;  // rounding is less than 0.01 rows
-        std::size_t row = first > 0.0 ? CellAt(first, 1.0, grid.rows) : 0;
-        for (; row < grid.rows && MiddleY(row) <= high; ++row) {
-            const double level = MiddleY(row);
-            const int turn = TurnAt(a, b, level);
-            if (turn == 0) continue;
-            const double x = CrossingAt(a, b, level);
-            std::size_t west = grid.ColumnAt(x);  // columns with their middle west of the crossing
-            while (west > 0 && !(MiddleX(west - 1) < x)) --west;
-            while (west < grid.columns && MiddleX(west) < x) ++west;
-            crossings.push_back({static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(west), turn});
+    void AddCrossings(std::uint32_t ring, std::uint32_t edge, std::uint32_t rowsBelow, std::uint32_t rowsBelowEnd) {
+        for (std::uint32_t row = std::min(rowsBelow, rowsBelowEnd); row < std::max(rowsBelow, rowsBelowEnd); ++row) {
+            const double x = CrossingAt(grid.corners[edge], grid.corners[edge + 1], MiddleY(row));
+            const std::size_t column = grid.ColumnAt(x);
+            const std::size_t west = column + (MiddleX(column) < x ? 1 : 0);
+            const auto added = static_cast<std::uint32_t>(crossings.size());
+            crossings.push_back(
+                {static_cast<std::uint32_t>(west), ring, rowsBelow < rowsBelowEnd ? 1 : -1, lastCrossings[row]});
+            lastCrossings[row] = added;
         }
     }
 
-    void MarkBorderCells() {
-        grid.blocks.assign(grid.columns * grid.rows / 64 + 1, Block());
-        for (const CellRun& run : cellRuns) grid.blocks[run.cell / 64].border |= std::uint64_t{1} << run.cell % 64;
+    // Walks along each row, from crossing to crossing, and writes what the queries read.
+    void ListCells() {
+        std::size_t borderCellCount = 0;
         for (Block& block : grid.blocks) {
-            block.firstBorderCell = borderCellCount;
-            borderCellCount += static_cast<std::uint32_t>(std::popcount(block.border));
+            block.firstBorderCell = static_cast<std::uint32_t>(borderCellCount);
+            borderCellCount += static_cast<std::size_t>(std::popcount(block.border));
         }
-        holesOverMiddle.assign(borderCellCount, 0);
-    }
-
-    // Winding number of a ring around the middle of a cell.
-    int TurnsAround(std::uint32_t ring, std::size_t column, std::size_t row) const {
-        const Crossing wanted{static_cast<std::uint32_t>(row), ring, static_cast<std::uint32_t>(column), 0};
-        const auto first = crossings.begin() + rowStarts[row];
-        const auto last = crossings.begin() + rowStarts[row + 1];
-        const auto east = std::upper_bound(first, last, wanted, IsBefore);
-        return east != last && east->IsOfRowAndRing(wanted) ? east->turns : 0;
-    }
-
-    // Sets the bits of the cells whose middles the outer ring encloses and no hole does; counts those holes.
-    void ClassifyMiddles() {
-        for (std::size_t i = 0; i < crossings.size(); ++i) {
-            const Crossing& crossing = crossings[i];
-            if (crossing.turns == 0) continue;
-            const bool isFirst = i == 0 || !crossing.IsOfRowAndRing(crossings[i - 1]);
-            const std::size_t row = std::size_t{crossing.row} * grid.columns;
-            FillCells(row + (isFirst ? 0 : crossings[i - 1].columns), row + crossing.columns, crossing.ring > 0);
+        grid.borderCells.reserve(borderCellCount + 1);
+        grid.parts.reserve(borderCellCount + 1);
+        grid.runs.reserve(runCount + grid.corners.size() / PolygonGrid::longestRun);
+        std::vector<Crossing> ofRow;
+        for (std::size_t row = 0; row < grid.rows; ++row) {
+            ofRow.clear();
+            for (std::uint32_t i = lastCrossings[row]; i != none; i = crossings[i].before)
+                ofRow.push_back(crossings[i]);
+            std::sort(ofRow.begin(), ofRow.end(),
+                      [](const Crossing& a, const Crossing& b) { return a.columns < b.columns; });
+            std::uint32_t column = 0;
+            for (const Crossing& crossing : ofRow) {
+                ListCells(row, column, crossing.columns);
+                column = crossing.columns;
+                std::int32_t& turns = rings[crossing.ring].turns;
+                const bool wasAround = turns != 0;
+                turns -= crossing.turn;
+                if (crossing.ring > 0) holesAround += (turns != 0 ? 1 : 0) - (wasAround ? 1 : 0);
+            }
+            ListCells(row, column, grid.columns);
         }
+        grid.borderCells.push_back({static_cast<std::uint32_t>(grid.parts.size()), false});
+        grid.parts.push_back({static_cast<std::uint32_t>(grid.runs.size()), 0, false, false});
     }
 
-    void FillCells(std::size_t from, std::size_t to, bool isHole) {
-        while (from < to) {
+    // Cells whose middles have the same rings around them.
+    void ListCells(std::size_t row, std::size_t column, std::size_t endColumn) {
+        const bool isInside = rings[0].turns != 0 && holesAround == 0;
+        const std::size_t end = row * grid.columns + endColumn;
+        for (std::size_t from = row * grid.columns + column; from < end;) {
             Block& block = grid.blocks[from / 64];
-            const std::size_t count = std::min(to - from, 64 - from % 64);
+            const std::size_t count = std::min(end - from, 64 - from % 64);
             const std::uint64_t bits = (~std::uint64_t{0} >> (64 - count)) << from % 64;
-            if (isHole) {
-                block.inside &= ~bits;
-                for (std::uint64_t left = block.border & bits; left != 0; left &= left - 1) {
-                    const std::uint64_t before = (left & (~left + 1)) - 1;
-                    ++holesOverMiddle[block.firstBorderCell +
-                                      static_cast<std::uint32_t>(std::popcount(block.border & before))];
-                }
-            } else {
-                block.inside |= bits;
+            if (isInside) block.inside |= bits;
+            for (std::uint64_t left = block.border & bits; left != 0; left &= left - 1) {
+                const std::size_t cell = from / 64 * 64 + static_cast<std::size_t>(std::countr_zero(left));
+                AddBorderCell(cellRuns[lastRuns[cell]].next, MiddleX(cell - row * grid.columns), MiddleY(row));
             }
             from += count;
         }
     }
 
-    // Brings the runs into the order of the cells and writes what the queries read.
-    bool ListRuns() {
-        std::size_t runCount = 0;
-        std::size_t cornerCount = 0;
-        std::vector<std::uint32_t> firstRun(std::size_t{borderCellCount} + 1, 0);
-        for (const CellRun& run : cellRuns) {
-            ++firstRun[grid.BorderCellAt(run.cell) + 1];
-            const std::size_t edges = std::size_t{run.last} - run.first + 1;
-            const std::size_t pieces = (edges - 1) / PolygonGrid::longestRun + 1;
-            runCount += pieces;
-            cornerCount += edges + pieces;
-        }
-        if (cornerCount >= std::numeric_limits<std::uint32_t>::max()) return false;
-        for (std::size_t i = 0; i < borderCellCount; ++i) firstRun[i + 1] += firstRun[i];
-        std::vector<CellRun> sorted(cellRuns.size());
-        std::vector<std::uint32_t> place(firstRun);
-        for (const CellRun& run : cellRuns) sorted[place[grid.BorderCellAt(run.cell)]++] = run;
-
-        grid.borderCells.reserve(std::size_t{borderCellCount} + 1);
-        grid.runs.reserve(runCount + 1);
-        grid.corners.reserve(cornerCount);
-        for (std::size_t i = 0; i < borderCellCount; ++i) {
-            AddBorderCell(sorted.data() + firstRun[i], sorted.data() + firstRun[i + 1], holesOverMiddle[i]);
-        }
-        grid.borderCells.push_back({static_cast<std::uint32_t>(grid.parts.size()), false});
-        grid.parts.push_back({static_cast<std::uint32_t>(grid.runs.size()), 0, false, false});
-        grid.runs.push_back({0.0, 0.0, static_cast<std::uint32_t>(grid.corners.size()), false, false});
-        return true;
-    }
-
-    void AddBorderCell(const CellRun* first, const CellRun* last, std::int32_t holesOver) {
-        const std::size_t column = first->cell % grid.columns;
-        const std::size_t row = first->cell / grid.columns;
+    // x, y: the middle of the cell.
+    void AddBorderCell(std::uint32_t first, double x, double y) {
         const std::size_t firstPart = grid.parts.size();
-        const bool isInOuterRing = first->ring == 0 || TurnsAround(0, column, row) != 0;
-        while (isInOuterRing && first != last) {
-            const std::uint32_t ring = first->ring;
-            const int around = TurnsAround(ring, column, row);
-            if (ring > 0 && around != 0) --holesOver;  // asked at every query instead
-            Part part{static_cast<std::uint32_t>(grid.runs.size()), around, ring == 0, rings[ring].isCounterClockwise};
-            for (; first != last && first->ring == ring; ++first) part.turns -= AddRun(*first, column, row);
+        const bool isInOuterRing = cellRuns[first].ring == 0 || rings[0].turns != 0;
+        std::int32_t holesOver = holesAround;
+        std::uint32_t i = first;
+        bool isLast = !isInOuterRing;
+        while (!isLast) {
+            const std::uint32_t r = cellRuns[i].ring;
+            const Ring& ring = rings[r];
+            if (r > 0 && ring.turns != 0) --holesOver;  // asked at every query instead
+            Part part{static_cast<std::uint32_t>(grid.runs.size()), ring.turns, r == 0, ring.isCounterClockwise};
+            for (; !isLast && cellRuns[i].ring == r; isLast = i == first) {
+                part.turns -= AddRun(cellRuns[i], x, y);
+                i = cellRuns[i].next;
+            }
             grid.parts.push_back(part);
         }
         grid.borderCells.push_back({static_cast<std::uint32_t>(firstPart), isInOuterRing && holesOver == 0});
     }
 
     // @return what the run adds to the winding number of the middle of the cell
-    int AddRun(const CellRun& run, std::size_t column, std::size_t row) {
-        const Ring& ring = rings[run.ring];
-        const double x = MiddleX(column);
-        const double y = MiddleY(row);
+    int AddRun(const CellRun& run, double x, double y) {
         int turns = 0;
         for (std::uint32_t first = run.first; first <= run.last; first += PolygonGrid::longestRun) {
             const std::uint32_t end = std::min(run.last - first + 1, PolygonGrid::longestRun) + first;
-            const bool startsEast = first == run.first && ring.At(first).GetX() > x;
-            const bool endsEast = end == run.last + 1 && ring.At(end).GetX() > x;
-            turns +=
-                (endsEast && y >= ring.At(end).GetY() ? 1 : 0) - (startsEast && y >= ring.At(first).GetY() ? 1 : 0);
-            Run stored{ring.At(first).GetY(), ring.At(first).GetY(), static_cast<std::uint32_t>(grid.corners.size()),
-                       startsEast, endsEast};
-            grid.corners.push_back({ring.At(first).GetX(), ring.At(first).GetY()});
-            for (std::uint32_t i = first; i < end; ++i) {
-                const Point2D& a = ring.At(i);
-                const Point2D& b = ring.At(std::size_t{i} + 1);
-                stored.low = std::min(stored.low, b.GetY());
-                stored.high = std::max(stored.high, b.GetY());
-                grid.corners.push_back({b.GetX(), b.GetY()});
-                const int turn = TurnAt(a, b, y);
-                if (turn != 0 && x < CrossingAt(a, b, y)) turns += turn;
+            const Corner* a = grid.corners.data() + first;
+            const Corner* const last = grid.corners.data() + end;
+            const bool startsEast = first == run.first && a->x > x;
+            const bool endsEast = end == run.last + 1 && last->x > x;
+            double low = a->y;
+            double high = a->y;
+            bool isAbove = y >= a->y;
+            if (startsEast && isAbove) --turns;
+            for (; a != last; ++a) {
+                const Corner& b = a[1];
+                low = std::min(low, b.y);
+                high = std::max(high, b.y);
+                const bool wasAbove = isAbove;
+                isAbove = y >= b.y;
+                if (wasAbove != isAbove && x < CrossingAt(*a, b, y)) turns += wasAbove ? 1 : -1;
             }
-            grid.runs.push_back(stored);
+            if (endsEast && isAbove) ++turns;
+            grid.runs.push_back({low, high, first, static_cast<std::uint8_t>(end - first), startsEast, endsEast});
         }
         return turns;
     }
@@ -354,14 +364,15 @@ private:
     PolygonGrid& grid;
     std::vector<Ring> rings;
     double pad = 0.0;
-    std::vector<CellRun> cellRuns;
-    std::vector<std::uint32_t> touched;
-    std::vector<OpenRun> open;
-    std::vector<OpenRun> next;
+    detail::Lanes gridOrigin = detail::Lanes::Repeat(0.0);
+    detail::Lanes cellsPerLength = gridOrigin;
+    detail::Lanes lastCells = gridOrigin;
+    std::vector<CellRun> cellRuns;  // that of index 0 stands for none, those from `runCount` on are not yet in use
+    std::uint32_t runCount = 1;
+    std::vector<std::uint32_t> lastRuns;  // of each cell
     std::vector<Crossing> crossings;
-    std::vector<std::ptrdiff_t> rowStarts;  // of the crossings
-    std::uint32_t borderCellCount = 0;
-    std::vector<std::int32_t> holesOverMiddle;
+    std::vector<std::uint32_t> lastCrossings;  // of each row
+    std::int32_t holesAround = 0;              // the middle of the cell that is being listed
 };
 
 PointInPolygon::Position PointInPolygon::PolygonGrid::GetPosition(std::size_t column, std::size_t row) const {
@@ -402,7 +413,7 @@ PointInPolygon::Position PointInPolygon::PolygonGrid::ClassifyAtBorder(const Bor
         const Run* const lastRun = runs.data() + (&part + 1)->firstRun;
         for (const Run* run = runs.data() + part.firstRun; run != lastRun; ++run) {
             const Corner* corner = corners.data() + run->firstCorner;
-            const Corner* const last = corners.data() + (run + 1)->firstCorner - 1;
+            const Corner* const last = corner + run->edges;
             // Without branches: nothing foretells them.
             turns -= static_cast<int>(run->startsEast) & static_cast<int>(y >= corner->y);
             turns += static_cast<int>(run->endsEast) & static_cast<int>(y >= last->y);
@@ -452,14 +463,13 @@ void PointInPolygon::GetMinMaxPoints(Point2D& minPoint, Point2D& maxPoint) const
 
 void PointInPolygon::ComputeGrid() {
     grid = PolygonGrid();
-    detail::Extent extent;
-    for (const Point2D& point : polygon.GetPoints()) extent.Add(point);
+    const Survey survey(polygon);
+    const detail::Extent& extent = survey.outer;
     const bool isEmpty = !(extent.minX <= extent.maxX && extent.minY <= extent.maxY);
     minCorner = isEmpty ? Point2D() : Point2D(extent.minX, extent.minY);
     maxCorner = isEmpty ? Point2D() : Point2D(extent.maxX, extent.maxY);
     boundingBox = BoundingBox2D(minCorner, maxCorner);
-    const Survey survey(polygon);
-    if (isEmpty || !survey.isSound) return;
+    if (isEmpty || !survey.IsSound()) return;
 
     const double width = extent.maxX - extent.minX;
     const double height = extent.maxY - extent.minY;
@@ -477,17 +487,17 @@ void PointInPolygon::ComputeGrid() {
     const auto rowHeight = [&] { return height / static_cast<double>(rows - 1); };
     const auto columnWidth = [&] { return width / static_cast<double>(columns - 1); };
     while (rows > 2 || columns > 3) {
-        const double listed = survey.runX / columnWidth() + survey.runY / rowHeight();
+        const double listed = survey.runs.First() / columnWidth() + survey.runs.Second() / rowHeight();
         const auto cells = static_cast<double>(rows * columns);
         if (listed <= 8.0 * static_cast<double>(survey.count) + 0.25 * cells) break;
-        const bool isSteep = survey.runY / rowHeight() >= survey.runX / columnWidth();
+        const bool isSteep = survey.runs.Second() / rowHeight() >= survey.runs.First() / columnWidth();
         if (columns <= 3 || (isSteep && rows > 2)) {
             rows = std::max<std::size_t>(2, rows / 2);
         } else {
             columns = std::max<std::size_t>(3, columns / 2);
         }
     }
-    const double rounding = coordinateRounding * survey.largest;
+    const double rounding = coordinateRounding * survey.Largest();
     const double smallestSide = std::min(columnWidth(), rowHeight());
     if (!(smallestSide > 256.0 * rounding)) return;
 
@@ -502,7 +512,7 @@ void PointInPolygon::ComputeGrid() {
     built.rowsPerLength = 1.0 / built.cellHeight;
     const double wantedReach = std::isfinite(tolerance) ? std::abs(tolerance) : 0.0;
     built.reach = std::clamp(wantedReach, smallestSide / 64.0, smallestSide / 2.0);
-    PolygonGrid::Builder builder(built, polygon);
+    PolygonGrid::Builder builder(built, polygon, survey.count);
     if (!builder.Build(built.reach + rounding)) return;
     built.margin = built.reach + rounding;
     built.farX = width + built.margin;

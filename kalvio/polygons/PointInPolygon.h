@@ -83,6 +83,7 @@ public:
             double low;
             double high;
             std::uint32_t firstCorner;
+            std::uint8_t edges;
             bool startsEast;
             bool endsEast;
         };
@@ -116,10 +117,10 @@ public:
         double farY = 0.0;
         double margin = 0.0;
         std::vector<Block> blocks;
-        std::vector<BorderCell> borderCells;  // these three each end with a sentinel
+        std::vector<BorderCell> borderCells;  // these two each end with a sentinel
         std::vector<Part> parts;
         std::vector<Run> runs;
-        std::vector<Corner> corners;
+        std::vector<Corner> corners;  // of all rings, each with its first one again at its end
     };
 
     /// Empty: every point is outside.
