@@ -64,8 +64,8 @@ struct RStarTreeData {
         };
     }
 
-    std::unique_ptr<RStarTreeNode> MakeNode(unsigned int level) const {
-        return std::make_unique<RStarTreeNode>(level == 0, dimension, deletes);
+    std::unique_ptr<RStarTreeNode> MakeNode(unsigned int level, detail::EntryBlock::Shelf& shelf) const {
+        return std::unique_ptr<RStarTreeNode>(new RStarTreeNode(level == 0, dimension, deletes, &shelf));
     }
     static detail::NodeEntries<RStarTreeNode>& EntriesOf(RStarTreeNode& node) { return node.entries; }
     static void Close(RStarTreeNode& node) { node.UpdateBox(); }

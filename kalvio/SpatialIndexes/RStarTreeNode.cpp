@@ -98,8 +98,8 @@ struct Worth {
 
 }  // namespace
 
-RStarTreeNode::RStarTreeNode(bool leafLevel, unsigned int dimension, bool deleteFlag)
-    : BoundedItem(FlatBox(dimension)), entries(leafLevel, dimension, overflowing), deletes(deleteFlag) {}
+RStarTreeNode::RStarTreeNode(bool leafLevel, unsigned int dimension, bool deleteFlag, detail::EntryBlock::Shelf* shelf)
+    : BoundedItem(FlatBox(dimension)), entries(leafLevel, dimension, overflowing, shelf), deletes(deleteFlag) {}
 
 RStarTreeNode::RStarTreeNode(const RStarTreeNode& other)
     : BoundedItem(other), ISpatialIndexNode(other), entries(other.entries), deletes(false) {}

@@ -19,7 +19,8 @@ public:
     static constexpr unsigned int fewestEntries = 32;  ///< after a split, and below the root always
 
     /// An empty node; room for its entries is there from the start.
-    explicit RStarTreeNode(bool leafLevel = true, unsigned int dimension = 2, bool deleteFlag = false);
+    explicit RStarTreeNode(bool leafLevel = true, unsigned int dimension = 2, bool deleteFlag = false)
+        : RStarTreeNode(leafLevel, dimension, deleteFlag, nullptr) {}
     RStarTreeNode(const RStarTreeNode& other);
     RStarTreeNode& operator=(const RStarTreeNode& other);
     ~RStarTreeNode() override;
@@ -38,6 +39,8 @@ private:
     friend class RStarTree;
     friend struct RStarTreeData;
     using Entry = detail::NodeEntry<RStarTreeNode>;
+
+    RStarTreeNode(bool leafLevel, unsigned int dimension, bool deleteFlag, detail::EntryBlock::Shelf* shelf);
 
     /// What one insertion has pending.
     struct Insertion {

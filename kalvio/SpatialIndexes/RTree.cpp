@@ -61,8 +61,8 @@ struct RTreeData {
         };
     }
 
-    std::unique_ptr<RTreeNode> MakeNode(unsigned int level) const {
-        return std::make_unique<RTreeNode>(level, dimension);
+    std::unique_ptr<RTreeNode> MakeNode(unsigned int level, detail::EntryBlock::Shelf& shelf) const {
+        return std::unique_ptr<RTreeNode>(new RTreeNode(level, dimension, &shelf));
     }
     static detail::NodeEntries<RTreeNode>& EntriesOf(RTreeNode& node) { return node.entries; }
     static void Close(const RTreeNode&) {}

@@ -11,7 +11,7 @@ struct RTreeData;
 /// R-tree: a balanced tree of boxes with up to 8 branches per node, in any dimension. Changes are cheap and even; for
 /// large sets `RStarTree` searches faster.
 ///
-/// Some 135 bytes an item in plan, 95 where all came in one call. A copy shares the items and copies the nodes.
+/// Some 135 bytes an item in plan, 85 where all came in one call. A copy shares the items and copies the nodes.
 class KALVIO_MATH_API RTree final : public ISpatialIndex {
 public:
     static constexpr int largestDimension = 1024;  ///< larger ones change nothing

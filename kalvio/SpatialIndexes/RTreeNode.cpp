@@ -89,8 +89,8 @@ struct Cuts {
 
 }  // namespace
 
-RTreeNode::RTreeNode(unsigned int nodeLevel, unsigned int dimension)
-    : level(nodeLevel), entries(nodeLevel == 0, dimension, mostBranches) {}
+RTreeNode::RTreeNode(unsigned int nodeLevel, unsigned int dimension, detail::EntryBlock::Shelf* shelf)
+    : level(nodeLevel), entries(nodeLevel == 0, dimension, mostBranches, shelf) {}
 
 RTreeNode& RTreeNode::operator=(const RTreeNode& other) {
     if (this == &other) return *this;

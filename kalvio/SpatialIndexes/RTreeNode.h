@@ -15,7 +15,8 @@ public:
     static constexpr unsigned int fewestBranches = 3;  ///< below the root
 
     /// An empty node.
-    explicit RTreeNode(unsigned int nodeLevel = 0, unsigned int dimension = 2);
+    explicit RTreeNode(unsigned int nodeLevel = 0, unsigned int dimension = 2)
+        : RTreeNode(nodeLevel, dimension, nullptr) {}
     /// Copies the nodes below, not the items.
     RTreeNode(const RTreeNode& other) = default;
     RTreeNode& operator=(const RTreeNode& other);
@@ -36,6 +37,7 @@ private:
     friend struct RTreeData;
     using Branch = detail::NodeEntry<RTreeNode>;
 
+    RTreeNode(unsigned int nodeLevel, unsigned int dimension, detail::EntryBlock::Shelf* shelf);
     /// Puts an item somewhere below. Here and in `Remove` its box is given with the corners in order.
     /// @return the new sibling when this node was split, else null
     std::unique_ptr<RTreeNode> Insert(Branch& branch, const detail::FlatBox& box, double unitSphereVolume);

@@ -45,6 +45,13 @@ public:
             At(axis, i)[2] = box.High(axis);
         }
     }
+    /// From lower and upper bounds, axis by axis.
+    void Set(unsigned int i, const double* bounds) const {
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            At(axis, i)[0] = bounds[2 * axis];
+            At(axis, i)[2] = bounds[2 * axis + 1];
+        }
+    }
     /// Box i becomes box j of `other`.
     void Copy(unsigned int i, const BoxPairs& other, unsigned int j) const {
         for (unsigned int axis = 0; axis < dimension; ++axis) {

@@ -14,6 +14,7 @@
 #include <memory>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 namespace Kalvio::Math::SpatialIndexes {
 class ISpatialIndexData;
@@ -32,16 +33,73 @@ public:
         ISpatialIndexData* item;
     };
     struct Delete {
-        void operator()(EntryBlock* block) const { ::operator delete (block, std::align_val_t{alignment}); }
+        void operator()(EntryBlock* block) const {
+            if (block->piece == nullptr) {
+                ::operator delete (block, std::align_val_t{alignment});
+            } else {
+                block->piece->Leave();
+            }
+        }
     };
     using Owner = std::unique_ptr<EntryBlock, Delete>;
 
-    /// An empty block with room for at most 64 entries, and one more while a node overflows.
-    static Owner Make(bool leafLevel, unsigned int dimension, unsigned int room) {
+private:
+    static constexpr std::size_t alignment = 64;  // a cache line; in plan each pair of boxes is one, too
+
+    /// Memory of several blocks, freed with the last of them; its first bytes.
+    struct Piece {
+        std::size_t nrOfUsers = 1;  // the shelf that fills it is one
+        void Leave() {
+            if (--nrOfUsers == 0) ::operator delete (static_cast<void*>(this), std::align_val_t{alignment});
+        }
+    };
+
+public:
+    /// Where the blocks of one tree are laid side by side in the order in which they are made: less memory, and read
+    /// faster, than one by one. The tree must be destroyed and changed by one thread at a time, as all are.
+    class Shelf {
+    public:
+        /// @param nrOfBlocks  about how many will be made
+        explicit Shelf(std::size_t nrOfBlocks) : nrExpected(nrOfBlocks) {}
+        Shelf(const Shelf&) = delete;
+        Shelf& operator=(const Shelf&) = delete;
+        ~Shelf() {
+            if (piece != nullptr) piece->Leave();
+        }
+
+    private:
+        friend class EntryBlock;
+        static constexpr std::size_t pieceSize = std::size_t{1} << 16U;
+
+        char* Take(std::size_t size) {
+            size = AlignedUp(size, alignment);
+            if (size > left) {
+                const std::size_t n = (std::min)((std::max)(pieceSize / size, std::size_t{1}), nrExpected + 1);
+                void* const memory = ::operator new (alignment + n * size, std::align_val_t{alignment});
+                if (piece != nullptr) piece->Leave();
+                piece = new (memory) Piece;
+                next = static_cast<char*>(memory) + alignment;
+                left = n * size;
+            }
+            nrExpected -= nrExpected > 0 ? 1 : 0;
+            ++piece->nrOfUsers;
+            left -= size;
+            return std::exchange(next, next + size);
+        }
+
+        std::size_t nrExpected;
+        Piece* piece = nullptr;
+        char* next = nullptr;
+        std::size_t left = 0;
+    };
+
+    /// An empty block with room for at most 64 entries, and one more while a node overflows; on a shelf, or by itself.
+    static Owner Make(bool leafLevel, unsigned int dimension, unsigned int room, Shelf* shelf = nullptr) {
         static_assert(sizeof(EntryBlock) <= headSize);
         const std::size_t boxes = BoxPairs::GetSize(room, dimension);
-        void* const memory = ::operator new (GetSize(room, dimension), std::align_val_t{alignment});
-        Owner block(new (memory) EntryBlock(leafLevel, dimension, room));
+        const std::size_t size = GetSize(room, dimension);
+        void* const memory = shelf != nullptr ? shelf->Take(size) : ::operator new (size, std::align_val_t{alignment});
+        Owner block(new (memory) EntryBlock(leafLevel, dimension, room, shelf != nullptr ? shelf->piece : nullptr));
         // Fours and pairs are read whole.
         std::uninitialized_fill_n(block->RoughNumbers(), RoughBoxes::GetSize(room, dimension), 0.0F);
         std::uninitialized_fill_n(block->Numbers(), boxes, 0.0);
@@ -63,8 +121,8 @@ public:
         new (Targets() + count) Target(target);
         ++count;
     }
-    void Append(const BoxPairs& boxes, unsigned int i, Target target) {
-        Boxes().Copy(count, boxes, i);
+    void Append(const double* bounds, Target target) {
+        Boxes().Set(count, bounds);
         Rough().Set(count, Boxes());
         new (Targets() + count) Target(target);
         ++count;
@@ -147,13 +205,12 @@ public:
     }
 
 private:
-    static constexpr std::size_t alignment = 64;  // a cache line; in plan each pair of boxes is one, too
     static constexpr std::size_t headSize = 16;
     static constexpr std::size_t mostFetched = 1024;
     static constexpr std::size_t fetchedLines = 3;  // of boxes; the processor follows by itself from there
 
-    EntryBlock(bool holdsItems, unsigned int axes, unsigned int room)
-        : dimension(axes), capacity(room), leafLevel(holdsItems) {}
+    EntryBlock(bool holdsItems, unsigned int axes, unsigned int room, Piece* memory)
+        : piece(memory), dimension(axes), capacity(static_cast<std::uint8_t>(room)), leafLevel(holdsItems) {}
 
     static std::size_t AlignedUp(std::size_t size, std::size_t to) { return (size + to - 1) / to * to; }
     static std::size_t RoughAt(unsigned int room) { return AlignedUp(headSize + room * sizeof(Target), 16); }
@@ -247,9 +304,10 @@ private:
         for (std::size_t line = 1; line < fetchedLines; ++line) Prefetch(child + boxes + line * alignment);
     }
 
-    unsigned int count = 0;
+    Piece* piece;  // null: memory of its own
     unsigned int dimension;
-    unsigned int capacity;
+    std::uint8_t capacity;
+    std::uint8_t count = 0;
     bool leafLevel;
 };
 

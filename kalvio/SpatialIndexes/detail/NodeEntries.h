@@ -22,8 +22,8 @@ template <class Node>
 class NodeEntries {
 public:
     /// Room is for `room` entries at all times.
-    NodeEntries(bool leafLevel, unsigned int dimension, unsigned int room)
-        : block(EntryBlock::Make(leafLevel, dimension, room)) {}
+    NodeEntries(bool leafLevel, unsigned int dimension, unsigned int room, EntryBlock::Shelf* shelf = nullptr)
+        : block(EntryBlock::Make(leafLevel, dimension, room, shelf)) {}
     NodeEntries(const NodeEntries& other)
         : NodeEntries(other.HoldsItems(), other.Boxes().GetDimension(), other.block->GetRoom()) {
         for (unsigned int i = 0; i < other.GetCount(); ++i) {
@@ -59,11 +59,11 @@ public:
         }
         block->Append(entry.box, target);
     }
-    /// An item whose box is the i-th of a list.
-    void AppendItem(const BoxPairs& boxes, unsigned int i, ISpatialIndexData* item) {
+    /// An item with the lower and upper bounds of its box, axis by axis.
+    void AppendItem(const double* bounds, ISpatialIndexData* item) {
         EntryBlock::Target target;
         target.item = item;
-        block->Append(boxes, i, target);
+        block->Append(bounds, target);
     }
     /// The last entry takes its place.
     void Erase(unsigned int i) {

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "kalvio/SpatialIndexes/ISpatialIndexData.h"
-#include "kalvio/SpatialIndexes/detail/BoxPairs.h"
+#include "kalvio/SpatialIndexes/detail/EntryBlock.h"
+#include "kalvio/SpatialIndexes/detail/FlatBox.h"
+#include "kalvio/SpatialIndexes/detail/Lanes.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <span>
@@ -31,36 +34,45 @@ class Packing {
 public:
     explicit Packing(unsigned int axes) : dimension(axes) {}
 
-    void Reserve(std::size_t n) {
-        items.reserve(n);
-        bounds.reserve(BoxPairs::GetSize(static_cast<unsigned int>(n), dimension));
-    }
+    void Reserve(std::size_t n) { records.reserve(n * RecordSize()); }
     void Add(const FlatBox& box, ISpatialIndexData* item) {
-        const auto n = static_cast<unsigned int>(items.size());
-        bounds.resize(BoxPairs::GetSize(n + 1, dimension));
-        Boxes().Set(n, box);
-        items.push_back(item);
+        for (unsigned int axis = 0; axis < dimension; ++axis) {
+            records.push_back(box.Low(axis));
+            records.push_back(box.High(axis));
+        }
+        records.push_back(0.0);
+        std::memcpy(&records.back(), &item, sizeof(item));
     }
-    bool IsEmpty() const { return items.empty(); }
+    bool IsEmpty() const { return records.empty(); }
     /// Calls `take(box, item)`, in the order in which they came.
     template <class Take>
-    void ForEach(const Take& take) {
-        for (unsigned int i = 0; i < items.size(); ++i) take(Boxes().Get(i), items[i]);
+    void ForEach(const Take& take) const {
+        FlatBox box(dimension);
+        for (std::size_t i = 0; i < GetCount(); ++i) {
+            const double* const bounds = BoundsOf(i);
+            for (unsigned int axis = 0; axis < dimension; ++axis) box.Set(axis, bounds[2 * axis], bounds[2 * axis + 1]);
+            take(box, ItemOf(i));
+        }
     }
 
-    /// The root over all items, one at least. The tree makes its nodes by `MakeNode(level)`, shows their entries by
-    /// `EntriesOf(node)`, and is told by `Close(node)` that one has all of them.
+    /// The root over all items, one at least. The tree makes its nodes by `MakeNode(level, shelf)`, shows their entries
+    /// by `EntriesOf(node)`, and is told by `Close(node)` that one has all of them.
     template <class Tree>
     auto Build(Tree& tree, const PackingRules& packingRules) {
         rules = packingRules;
-        std::vector<Seed> seeds(items.size());
-        for (std::uint32_t i = 0; i < seeds.size(); ++i) seeds[i].item = i;
+        // Fresh memory costs more than what is done with it: it is written once, and of the room half is mostly used.
+        const std::size_t n = GetCount();
+        const auto all = std::make_unique_for_overwrite<Seed[]>(n);
+        const std::span<Seed> seeds(all.get(), n);
+        for (std::uint32_t i = 0; i < n; ++i) seeds[i].item = i;
         LayGrid(seeds);
-        room.resize(seeds.size());
+        room = std::make_unique_for_overwrite<Seed[]>(n);
         std::uint64_t capacity = rules.most;
         unsigned int level = 0;
-        for (; capacity < seeds.size(); capacity *= rules.most) ++level;
-        return BuildNode(tree, seeds, level, true);
+        for (; capacity < n; capacity *= rules.most) ++level;
+        const std::size_t nrOfLeaves = n / rules.wanted + 1;
+        EntryBlock::Shelf shelf(nrOfLeaves + nrOfLeaves / (rules.most - 1));
+        return BuildNode(tree, seeds, level, true, shelf);
     }
 
 private:
@@ -74,10 +86,18 @@ private:
         std::uint32_t item;
     };
 
-    BoxPairs Boxes() { return {bounds.data(), dimension}; }
+    std::size_t RecordSize() const { return std::size_t{2} * dimension + 1; }
+    std::size_t GetCount() const { return records.size() / RecordSize(); }
+    const double* BoundsOf(std::size_t i) const { return records.data() + i * RecordSize(); }
+    ISpatialIndexData* ItemOf(std::size_t i) const {
+        ISpatialIndexData* item = nullptr;
+        std::memcpy(&item, BoundsOf(i) + std::size_t{2} * dimension, sizeof(item));
+        return item;
+    }
 
-    double CenterOf(unsigned int axis, std::uint32_t i) {
-        return 0.5 * Boxes().Low(axis, i) + 0.5 * Boxes().High(axis, i);
+    double CenterOf(unsigned int axis, std::uint32_t i) const {
+        const double* const bounds = BoundsOf(i) + std::size_t{2} * axis;
+        return 0.5 * bounds[0] + 0.5 * bounds[1];
     }
 
     void LayGrid(std::span<Seed> seeds) {
@@ -88,10 +108,10 @@ private:
             double HalfLength() const { return 0.5 * high - 0.5 * low; }  // does not overflow
         };
         std::vector<Extent> extents;
-        for (unsigned int axis = 0; axis < dimension; ++axis) {
-            Extent& extent = extents.emplace_back(Extent{axis});
-            for (const Seed& seed : seeds) {
-                const double center = CenterOf(axis, seed.item);
+        for (unsigned int axis = 0; axis < dimension; ++axis) extents.push_back(Extent{axis});
+        for (const Seed& seed : seeds) {
+            for (Extent& extent : extents) {
+                const double center = CenterOf(extent.axis, seed.item);
                 if (!std::isfinite(center)) continue;
                 extent.low = std::min(extent.low, center);
                 extent.high = std::max(extent.high, center);
@@ -118,18 +138,21 @@ private:
     unsigned int NrOfAxes() const { return std::min(dimension, mostAxes); }
 
     template <class Tree>
-    decltype(std::declval<Tree&>().root) BuildNode(Tree& tree, std::span<Seed> seeds, unsigned int level, bool isRoot) {
-        auto node = tree.MakeNode(level);
+    decltype(std::declval<Tree&>().root) BuildNode(Tree& tree, std::span<Seed> seeds, unsigned int level, bool isRoot,
+                                                   EntryBlock::Shelf& shelf) {
+        auto node = tree.MakeNode(level, shelf);
         auto& entries = tree.EntriesOf(*node);
         if (level == 0) {
-            for (const Seed& seed : seeds) {  // from all over the memory
-                ReadAhead(Boxes().GetBounds(seed.item).first);
-                ReadAhead(&items[seed.item]);
-            }
-            for (const Seed& seed : seeds) entries.AppendItem(Boxes(), seed.item, items[seed.item]);
+            for (const Seed& seed : seeds) entries.AppendItem(BoundsOf(seed.item), ItemOf(seed.item));
         } else {
+            if (level == 1) {
+                for (const Seed& seed : seeds) {  // from all over the memory
+                    ReadAhead(BoundsOf(seed.item));
+                    ReadAhead(BoundsOf(seed.item) + std::size_t{2} * dimension);
+                }
+            }
             Divide(seeds, NrOfChildren(seeds.size(), level, isRoot), [&](std::span<Seed> part) {
-                auto child = BuildNode(tree, part, level - 1, false);
+                auto child = BuildNode(tree, part, level - 1, false, shelf);
                 const FlatBox cover = tree.EntriesOf(*child).Cover();
                 entries.Append({cover, std::move(child), nullptr});
             });
@@ -193,12 +216,12 @@ private:
             std::uint32_t bucket = 0;
             for (; first + counts[bucket] <= nrOfLow; ++bucket) first += counts[bucket];
             last = first + counts[bucket];
-            std::array<Seed*, 3> next{room.data(), room.data() + first, room.data() + last};
-            for (const Seed& seed : seeds) {
+            std::array<Seed*, 3> next{seeds.data(), room.get(), room.get() + (last - first)};
+            for (const Seed seed : seeds) {
                 const std::uint32_t at = bucketOf(seed);
                 *next[std::size_t{at >= bucket} + std::size_t{at > bucket}]++ = seed;
             }
-            std::copy_n(room.data(), seeds.size(), seeds.data());
+            std::copy_n(room.get(), seeds.size() - first, seeds.data() + first);
         }
         // Both sides in the order in which they came, of equal ones the first below: whichever library selects.
         const auto isBefore = [this, k = range.axis](const Seed& a, const Seed& b) {
@@ -207,17 +230,17 @@ private:
         };
         const std::span<Seed> part = seeds.subspan(first, last - first);
         const std::size_t nrBelow = nrOfLow - first;
-        std::copy(part.begin(), part.end(), room.begin());
-        std::nth_element(room.data(), room.data() + nrBelow, room.data() + part.size(), isBefore);
+        std::copy(part.begin(), part.end(), room.get());
+        std::nth_element(room.get(), room.get() + nrBelow, room.get() + part.size(), isBefore);
         const Seed bound = room[nrBelow];
         const auto isBelow = [&](const Seed& seed) { return isBefore(seed, bound); };
         std::size_t nrOfEqual = nrBelow - static_cast<std::size_t>(std::count_if(part.begin(), part.end(), isBelow));
-        std::array<Seed*, 2> next{room.data(), room.data() + nrBelow};
-        for (const Seed& seed : part) {
+        std::array<Seed*, 2> next{part.data(), room.get()};
+        for (const Seed seed : part) {
             const bool isLow = isBelow(seed) || (nrOfEqual > 0 && !isBefore(bound, seed) && nrOfEqual-- > 0);
             *next[isLow ? 0 : 1]++ = seed;
         }
-        std::copy_n(room.data(), part.size(), part.data());
+        std::copy_n(room.get(), part.size() - nrBelow, part.data() + nrBelow);
     }
 
     /// Halves the range until as many as are wanted lie below the bound. False when equal centres leave none.
@@ -234,9 +257,12 @@ private:
             std::uint32_t nrBelow = 0;
             for (std::size_t i = 0; i < n; ++i) nrBelow += centers[i] < bound ? 1 : 0;
             if (nrBelow == nrOfLow) {
-                std::array<Seed*, 2> next{room.data(), room.data() + nrOfLow};
-                for (std::size_t i = 0; i < n; ++i) *next[centers[i] < bound ? 0 : 1]++ = seeds[i];
-                std::copy_n(room.data(), n, seeds.data());
+                std::array<Seed*, 2> next{seeds.data(), room.get()};
+                for (std::size_t i = 0; i < n; ++i) {
+                    const Seed seed = seeds[i];
+                    *next[centers[i] < bound ? 0 : 1]++ = seed;
+                }
+                std::copy_n(room.get(), n - nrOfLow, seeds.data() + nrOfLow);
                 return true;
             }
             if (nrBelow < nrOfLow) {
@@ -249,7 +275,7 @@ private:
     }
 
     /// By exact centres within one step of the grid, which an item far away makes coarse; infinite ones are lowest.
-    bool IsBefore(unsigned int axis, const Seed& a, const Seed& b) {
+    bool IsBefore(unsigned int axis, const Seed& a, const Seed& b) const {
         const auto placeOf = [&](const Seed& seed) {
             const double center = CenterOf(axis, seed.item);
             return std::isfinite(center) ? center : -std::numeric_limits<double>::infinity();
@@ -277,14 +303,14 @@ private:
 
     unsigned int dimension;
     PackingRules rules{};
-    std::vector<Seed> room;  // for sorting
+    std::unique_ptr<Seed[]> room;  // for sorting
     struct Grid {
         std::array<unsigned int, mostAxes> axes{};
         std::array<double, mostAxes> stepLengths{};  // halved
     };
-    Grid grid;  // of the part that is being divided
-    std::vector<ISpatialIndexData*> items;
-    std::vector<double> bounds;  // of the items, in pairs
+    Grid grid;                    // of the part that is being divided
+    std::vector<double> records;  // for each item its bounds, lower and upper axis by axis, and its address
+    static_assert(sizeof(ISpatialIndexData*) <= sizeof(double));
 };
 
 /// Packs a tree anew when the items are more than it holds, else inserts them one by one. All are asked for their boxes
