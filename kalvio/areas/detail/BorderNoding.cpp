@@ -4,7 +4,9 @@
 #include "kalvio/core/detail/Constants.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace Kalvio::Math::detail {
@@ -22,6 +24,9 @@ constexpr std::size_t mostRounds = 10000;       // far more than ever seen
 constexpr std::size_t fewPoints = 16;           // sorted sooner than put in cells
 constexpr std::size_t mostPieces = 16;          // by a crossing: to look at more is no quicker than another round
 constexpr std::size_t fewFresh = 4;             // one piece in so many fresh: each is compared by itself
+constexpr double leeway = 8.0;         // of the distance of nodes: parts of pieces leave the extents of these by less
+constexpr std::size_t mostClose = 64;  // for a piece: to look at them again is no quicker than to list more
+constexpr std::size_t mostTries = 16;  // for a close pair or a piece: to find close parts among more, boxes are quicker
 
 }  // namespace
 
@@ -233,16 +238,84 @@ Extent BorderNoding::ExtentOf(std::size_t i) const {
     return extent;
 }
 
-void BorderNoding::BuildBoxes() {
-    std::vector<Extent> extents;
-    extents.reserve(pieces.size());
-    for (std::size_t i = 0; i < pieces.size(); ++i) extents.push_back(ExtentOf(i));
-    boxes.emplace(std::move(extents));
+std::vector<Extent> BorderNoding::ExtentsOfPieces() const {
+    std::vector<Extent> all;
+    all.reserve(pieces.size());
+    for (std::size_t i = 0; i < pieces.size(); ++i) all.push_back(ExtentOf(i));
+    return all;
+}
+
+void BorderNoding::BuildBoxes() { boxes.emplace(ExtentsOfPieces()); }
+
+// Parts of pieces are close only where these were, as far as they do not leave their extents. False where too many are.
+bool BorderNoding::ListClose() {
+    if (ListCloseParts()) return true;
+    extents = ExtentsOfPieces();
+    closeness = clearance * reach + leeway * distinct;
+    close.clear();
+    const std::size_t most = mostClose * pieces.size();
+    const auto list = [&](std::size_t i, std::size_t j) {
+        close.emplace_back(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(j));
+        return close.size() > most;
+    };
+    if (!ExtentBoxes(extents).ForEachPair(closeness, list)) return true;
+    extents = {};
+    close = {};
+    return false;
+}
+
+// False where there is no list to take them from, they leave their extents too far, or are too many.
+bool BorderNoding::ListCloseParts() {
+    if (partsOf.size() != extents.size() + 1) return false;
+    const auto countOf = [this](std::uint32_t i) { return std::size_t{partsOf[i + 1] - partsOf[i]}; };
+    std::vector<Extent> partExtents = ExtentsOfPieces();
+    double beyond = 0.0;
+    std::size_t tries = 0;
+    for (std::uint32_t i = 0; i < extents.size(); ++i) {
+        const Extent& whole = extents[i];
+        tries += countOf(i) * countOf(i);
+        for (std::uint32_t part = partsOf[i]; part < partsOf[i + 1]; ++part) {
+            const Extent& own = partExtents[part];
+            beyond = std::max(
+                {beyond, whole.minX - own.minX, whole.minY - own.minY, own.maxX - whole.maxX, own.maxY - whole.maxY});
+        }
+    }
+    for (const auto& [i, j] : close) tries += countOf(i) * countOf(j);
+    const double left = closeness - 2.0 * beyond;
+    if (!(left >= clearance * reach) || tries > mostTries * (partExtents.size() + close.size())) return false;
+
+    // Which ones are close shows no pattern: each is written down, and overwritten if it is not.
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> closeParts(close.size() + 2 * partExtents.size());
+    const std::size_t most = mostClose * partExtents.size();
+    std::size_t count = 0;
+    const auto pairUp = [&](std::uint32_t part, std::uint32_t from, std::uint32_t end) {
+        const Extent around = partExtents[part].Widened(left);
+        if (closeParts.size() - count < end - from) closeParts.resize(2 * closeParts.size() + (end - from));
+        for (std::uint32_t other = from; other < end; ++other) {
+            const Extent& own = partExtents[other];
+            closeParts[count] = {part, other};
+            count += static_cast<std::size_t>((around.minX <= own.maxX) & (own.minX <= around.maxX) &
+                                              (around.minY <= own.maxY) & (own.minY <= around.maxY));
+        }
+    };
+    for (std::uint32_t i = 0; i < extents.size(); ++i) {
+        for (std::uint32_t part = partsOf[i]; part + 1 < partsOf[i + 1]; ++part) pairUp(part, part + 1, partsOf[i + 1]);
+    }
+    for (const auto& [i, j] : close) {
+        for (std::uint32_t part = partsOf[i]; part < partsOf[i + 1]; ++part) pairUp(part, partsOf[j], partsOf[j + 1]);
+        if (count > most) return false;
+    }
+    closeParts.resize(count);
+    extents = std::move(partExtents);
+    close = std::move(closeParts);
+    closeness = left;
+    return true;
 }
 
 bool BorderNoding::Run() {
     for (std::size_t round = 0; round < mostRounds; ++round) {
-        BuildBoxes();
+        boxes.reset();
+        if (!hasArcs || !ListClose()) BuildBoxes();
         FindMeetings();
         if (cuts.empty() && crossings.empty() && unparted.empty()) return true;
         const bool mayBeLast = round == 0 && isCoarse && !hasArcs && cuts.empty() && !isAnyClose;
@@ -292,10 +365,16 @@ std::vector<char> BorderNoding::FindClear(const std::vector<Crossing>& found) co
 }
 
 void BorderNoding::FindMeetings() {
+    if (!boxes) {
+        for (const auto& [i, j] : close) {
+            if (AreToCompare(i, j) && extents[i].Widened(clearance * reach).Meets(extents[j])) Compare(i, j);
+        }
+        return;
+    }
     const auto count = static_cast<std::uint32_t>(pieces.size());
     if (freshCount * fewFresh > count) {
         boxes->ForEachPair(clearance * reach, [&](std::size_t i, std::size_t j) {
-            if (isFresh[i] || isFresh[j]) Compare(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(j));
+            if (AreToCompare(i, j)) Compare(static_cast<std::uint32_t>(i), static_cast<std::uint32_t>(j));
             return false;
         });
         return;
@@ -567,7 +646,7 @@ void BorderNoding::PartBows() {
 void BorderNoding::Part(std::uint32_t i, std::uint32_t j) {
     constexpr std::size_t mostPairs = 16;
     const auto sizeOf = [](const Bow& bow) { return bow.isCurved ? Square(bow.end - bow.start) : 0.0; };
-    const auto halve = [this](std::uint32_t piece, const Bow& bow) -> std::vector<Bow> {
+    const auto halve = [this](std::uint32_t piece, const Bow& bow) -> std::array<Bow, 2> {
         halves.push_back({piece, piece, bow.middle});
         const PlanePoint& center = sources[pieces[piece].source].center;
         const bool isLeft = bow.side > 0.0;
@@ -575,13 +654,18 @@ void BorderNoding::Part(std::uint32_t i, std::uint32_t j) {
     };
     std::vector<std::pair<Bow, Bow>> open{{bows[i], bows[j]}};
     std::vector<std::pair<Bow, Bow>> next;
+    next.reserve(mostPairs);
     for (; !open.empty() && open.size() <= mostPairs; open.swap(next)) {
         next.clear();
         for (const auto& [a, b] : open) {
-            const std::vector<Bow> parts = sizeOf(a) >= sizeOf(b) ? halve(i, a) : std::vector{a};
-            const std::vector<Bow> others = sizeOf(b) >= sizeOf(a) ? halve(j, b) : std::vector{b};
-            for (const Bow& part : parts) {
-                for (const Bow& other : others) {
+            std::array<Bow, 2> parts{a};
+            std::array<Bow, 2> others{b};
+            const bool isHalved = sizeOf(a) >= sizeOf(b);
+            const bool isOtherHalved = sizeOf(b) >= sizeOf(a);
+            if (isHalved) parts = halve(i, a);
+            if (isOtherHalved) others = halve(j, b);
+            for (const Bow& part : std::span(parts).first(isHalved ? 2 : 1)) {
+                for (const Bow& other : std::span(others).first(isOtherHalved ? 2 : 1)) {
                     if ((part.isCurved || other.isCurved) && !AreParted(part, other)) next.emplace_back(part, other);
                 }
             }
@@ -599,20 +683,19 @@ bool BorderNoding::AreParted(const Bow& a, const Bow& b) {
     return isStart || isEnd(a.end) ? ArePartedAt(isStart ? a.start : a.end, a, b) : AreApart(a, b);
 }
 
-// Whether a line along a side of one of the triangles (segments) parts them.
+// Whether a line along a side of one of the triangles (segments) parts them. A triangle has its apex where its centre
+// is not, by many roundings.
 bool BorderNoding::AreApart(const Bow& a, const Bow& b) {
     const auto isParted = [](const Bow& p, const Bow& q) {
-        const auto isBeyond = [&](const PlanePoint& from, const PlanePoint& to, const PlanePoint& third) {
-            const double own = p.isCurved ? ExactTurn(from, to, third) : 0.0;
-            const auto isOpposite = [&](double sign) {
-                return sign * own <= 0.0 && sign * ExactTurn(from, to, q.start) > 0.0 &&
-                       sign * ExactTurn(from, to, q.end) > 0.0 &&
-                       (!q.isCurved || sign * ExactTurn(from, to, q.apex) > 0.0);
-            };
-            return isOpposite(1.0) || isOpposite(-1.0);
+        const auto isLeftOf = [&q](const PlanePoint& from, const PlanePoint& to) {
+            return ExactTurn(from, to, q.start) > 0.0 && ExactTurn(from, to, q.end) > 0.0 &&
+                   (!q.isCurved || ExactTurn(from, to, q.apex) > 0.0);
         };
-        return isBeyond(p.start, p.end, p.apex) ||
-               (p.isCurved && (isBeyond(p.start, p.apex, p.end) || isBeyond(p.apex, p.end, p.start)));
+        if (!p.isCurved) return isLeftOf(p.start, p.end) || isLeftOf(p.end, p.start);
+        const bool isLeft = p.side > 0.0;
+        const PlanePoint& first = isLeft ? p.start : p.end;
+        const PlanePoint& last = isLeft ? p.end : p.start;
+        return isLeftOf(first, last) || isLeftOf(last, p.apex) || isLeftOf(p.apex, first);
     };
     return isParted(a, b) || isParted(b, a);
 }
@@ -621,17 +704,17 @@ bool BorderNoding::AreApart(const Bow& a, const Bow& b) {
 bool BorderNoding::ArePartedAt(const PlanePoint& node, const Bow& a, const Bow& b) {
     const auto isNode = [&node](const PlanePoint& p) { return p.x == node.x && p.y == node.y; };
     const auto isParted = [&](const Bow& p, const Bow& q) {
-        const PlanePoint& end = isNode(p.start) ? p.end : p.start;
+        const bool isFromStart = isNode(p.start);
+        const PlanePoint& end = isFromStart ? p.end : p.start;
         const PlanePoint& otherEnd = isNode(q.start) ? q.end : q.start;
-        const auto isBeyond = [&](const PlanePoint& to, const PlanePoint& third) {
-            const double own = p.isCurved ? ExactTurn(node, to, third) : 0.0;
-            const auto isOpposite = [&](double sign) {
-                return sign * own <= 0.0 && sign * ExactTurn(node, to, otherEnd) > 0.0 &&
-                       (!q.isCurved || sign * ExactTurn(node, to, q.apex) > 0.0);
-            };
-            return isOpposite(1.0) || isOpposite(-1.0);
+        const auto isBeyond = [&](const PlanePoint& to, bool isLeft) {
+            const double sign = isLeft ? 1.0 : -1.0;
+            return sign * ExactTurn(node, to, otherEnd) > 0.0 &&
+                   (!q.isCurved || sign * ExactTurn(node, to, q.apex) > 0.0);
         };
-        return isBeyond(end, p.apex) || (p.isCurved && isBeyond(p.apex, end));
+        if (!p.isCurved) return isBeyond(end, true) || isBeyond(end, false);
+        const bool isCenterLeft = (p.side > 0.0) == isFromStart;
+        return isBeyond(end, isCenterLeft) || isBeyond(p.apex, !isCenterLeft);
     };
     return isParted(a, b) || isParted(b, a);
 }
@@ -663,12 +746,17 @@ void BorderNoding::ApplyCuts(const std::vector<char>& areClear) {
     std::vector<Bow> partBows;
     parts.reserve(pieces.size() + cuts.size());
     areFresh.reserve(pieces.size() + cuts.size());
-    if (hasArcs) partBows.reserve(pieces.size() + cuts.size());
+    if (hasArcs) {
+        partBows.reserve(pieces.size() + cuts.size());
+        partsOf.clear();
+        partsOf.reserve(pieces.size() + 1);
+    }
     freshCount = 0;
     std::vector<std::uint32_t> chain;
     auto cut = cuts.begin();
     for (std::uint32_t i = 0; i < pieces.size(); ++i) {
         const BorderPiece& piece = pieces[i];
+        if (hasArcs) partsOf.push_back(static_cast<std::uint32_t>(parts.size()));
         if (cut == cuts.end() || cut->piece != i) {
             parts.push_back(piece);
             areFresh.push_back(0);
@@ -705,6 +793,7 @@ void BorderNoding::ApplyCuts(const std::vector<char>& areClear) {
             freshCount += isClear ? 0 : 1;
         }
     }
+    if (hasArcs) partsOf.push_back(static_cast<std::uint32_t>(parts.size()));
     cuts.clear();
     pieces = std::move(parts);
     isFresh = std::move(areFresh);

@@ -49,6 +49,7 @@ struct BorderPiece {
 ///
 /// Crossings are decided by exact turns, so that the graph is plane and not only nearly so: whatever walks it needs no
 /// tolerance. A border that was closed stays closed, so that the windings of a ring about every face are whole numbers.
+/// Arcs take several rounds. What was close in one of them is listed, and parts are looked for only there in the next.
 /// The rounds end: nodes are only added, and there is room for so many; a piece is only replaced by shorter ones
 /// between nodes (the cut of rule 2 shortens as 1.42 t > 2 r / sqrt(3), that of rule 3 as the nearest node is taken).
 /// The result does not hang on the order of the pieces, as all choices of a round are made in the order of coordinates.
@@ -125,7 +126,11 @@ private:
     static std::vector<PlanePoint> PlacesOf(const std::vector<Crossing>& found);
     Extent ExtentOf(std::size_t piece) const;
     void BuildBoxes();
+    std::vector<Extent> ExtentsOfPieces() const;
+    bool ListClose();
+    bool ListCloseParts();
     void FindMeetings();
+    bool AreToCompare(std::size_t i, std::size_t j) const { return isFresh[i] != 0 || isFresh[j] != 0; }
     std::vector<char> FindClear(const std::vector<Crossing>& found) const;
     void Compare(std::uint32_t i, std::uint32_t j);
     void CompareBows(std::uint32_t i, std::uint32_t j);
@@ -172,6 +177,11 @@ private:
     bool isCoarse = false;    // many roundings of the coordinates fit into the tolerance
     bool isAnyClose = false;  // a node came close to a piece that it does not end
     std::optional<ExtentBoxes> boxes;
+    // Where there are arcs, which take more than one round:
+    std::vector<Extent> extents;         // of the pieces
+    std::vector<std::uint32_t> partsOf;  // of each piece of the round before, where its parts begin
+    std::vector<std::pair<std::uint32_t, std::uint32_t>> close;  // pieces whose extents come within the closeness
+    double closeness = 0.0;
 };
 
 }  // namespace Kalvio::Math::detail
