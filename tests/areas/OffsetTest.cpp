@@ -184,6 +184,17 @@ TEST(OffsetTest, DistancesChangeAlongTheStation) {
     EXPECT_NEAR(made.GetLength(), 16, 1e-9) << "untouched";
 }
 
+TEST(OffsetTest, ArcsOfAFineToleranceJoinWithoutCorners) {
+    Polyline2D curve;  // some thousand arcs of 0.08, beyond whose centres the parallel lies
+    curve.AppendElement(Spiral2D(Spiral2D::Spiral2DType::Clothoid, -407.125, 1820.625, 691.125,
+                                 Point2D(-1741.5, -1713.4375), Vec2D(-1.0, 0.0, 1.0)));
+    std::vector<Polyline2D> fine, coarse;
+    ASSERT_TRUE(Offset::TrimmedParallel(curve, -1024.0, fine, Tolerances(0.0)));
+    ASSERT_TRUE(Offset::TrimmedParallel(curve, -1024.0, coarse, Tolerances(1e-6)) && coarse.size() == fine.size());
+    EXPECT_NEAR(fine.back().GetLength(), coarse.back().GetLength(), 1e-4);
+    EXPECT_LT(fine.back().GetNrOfElements(), 30000U);
+}
+
 TEST(OffsetTest, WhatHasNoParallelTouchesNothing) {
     Polyline2D raw;
     std::vector<Polyline2D> trimmed(2);

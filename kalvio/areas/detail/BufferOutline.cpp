@@ -248,12 +248,23 @@ void BufferOutline::AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner&
     }
 }
 
+// What comes of rounding is no corner, from which thousands of arcs of a fine tolerance would lead to the source and
+// back across each other. Arcs tell their directions the worse, the shorter they are. A segment over the gap stands for
+// its sector within the tolerance.
+double BufferOutline::GapOfArcs(const Way& a, const Way& b) const {
+    constexpr double roundings = 32.0 * std::numeric_limits<double>::epsilon();
+    const double shorter = std::sqrt(std::min(Square(a.to - a.from), Square(b.to - b.from)));
+    const double rounded = roundings * std::sqrt(Square(a.to)) * (reach / shorter);
+    const double spanned = std::sqrt(8.0 * ofTolerance * std::max(style.tolerance, numericalZero) * reach);
+    return std::max(style.tolerance, std::min(spanned, rounded));
+}
+
 // Where two segments meet the kite between corner and meeting is left out (put on), unless that closes a row of kites
 // all around a ring.
 BufferOutline::Joint BufferOutline::JointOf(const Way& a, const Way& b, bool isLast) const {
     const PlanePoint from = Beside(a.to, a.endDirection);
     const PlanePoint to = Beside(b.from, b.direction);
-    if (Square(to - from) <= style.tolerance * style.tolerance) return {};
+    if (std::sqrt(Square(to - from)) <= (a.sense != 0 || b.sense != 0 ? GapOfArcs(a, b) : style.tolerance)) return {};
     const double side = style.distance < 0.0 ? -1.0 : 1.0;
     const double cross = side * Cross(a.endDirection, b.direction);
     const double dot = Dot(a.endDirection, b.direction);

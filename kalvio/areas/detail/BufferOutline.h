@@ -102,6 +102,7 @@ private:
     bool IsCollapsed(const PlanePoint& p, const PlanePoint& center, int sense) const;
     std::vector<Way> WaysOf(const Path& path, bool isClosed) const;
     void AppendArc(std::vector<Way>& ways, const AreaOverlay::Corner& corner, const PlanePoint& end) const;
+    double GapOfArcs(const Way& a, const Way& b) const;
     Joint JointOf(const Way& a, const Way& b, bool isLast) const;
     // Appends the loop of the offsets; the way `firstEnd`, and then the last one, come to ends of a chain.
     void Follow(const std::vector<Way>& ways, bool isClosed, std::size_t firstEnd = none);
