@@ -3,6 +3,7 @@
 #include "kalvio/alignments/detail/AlignmentCurves.h"
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/curves/Line2D.h"
+#include "kalvio/curves/detail/Stations.h"
 #include "kalvio/polygons/LineString3D.h"
 #include "kalvio/queries/IntersectionExt.h"
 
@@ -17,7 +18,6 @@ namespace {
 
 constexpr double samePlace = 1e-4;   // a length along the plan: minima this near are one, told by both sides of a joint
 constexpr double sameChange = 1e-6;  // a length: changes this near are one
-constexpr double mostStations = 1e8;
 
 // A foot is at most this much further than its offset, squared: by the end tolerance along the plan.
 constexpr double squaredSlack = 2e-8;
@@ -240,7 +240,8 @@ std::vector<double> Alignment::GetChanges(double from, double to) const {
 std::vector<double> Alignment::GetStationsByStep(double from, double to, double step) const {
     from = std::max(from, 0.0);
     to = std::min(to, GetLength());
-    if (GetCurves().IsEmpty() || !(from <= to) || !(step > 0.0) || !((to - from) / step < mostStations)) return {};
+    if (GetCurves().IsEmpty() || !(from <= to) || !(step > 0.0) || !((to - from) / step < detail::mostSamples))
+        return {};
     std::vector<double> stations;
     const auto count = static_cast<std::size_t>((to - from) / step) + 1;
     stations.reserve(count + 1);
@@ -255,7 +256,8 @@ std::vector<double> Alignment::GetStationsByStep(double from, double to, double 
 
 std::vector<double> Alignment::GetStationsByNumber(double from, double to, double step) const {
     const std::vector<double> changes = GetChanges(from, to);
-    if (changes.empty() || !((changes.back() - changes.front()) / step < mostStations) || !(step > 0.0)) return {};
+    if (changes.empty() || !((changes.back() - changes.front()) / step < detail::mostSamples) || !(step > 0.0))
+        return {};
     std::vector<double> stations{changes.front()};
     for (std::size_t i = 1; i < changes.size(); ++i) {
         const double start = changes[i - 1];
@@ -292,7 +294,7 @@ std::vector<double> Alignment::GetStationsByHeight(double from, double to, doubl
                 return std::min(std::sqrt(8.0 * height / bend), span);
             };
             double step = fitting(end - at);
-            if (!((end - at) / step < mostStations - static_cast<double>(stations.size()))) return {};
+            if (!((end - at) / step < detail::mostSamples - static_cast<double>(stations.size()))) return {};
             for (int k = 0; k < 4; ++k) step = std::max(step, fitting(0.5 * (step + (end - at))));
             at = end - at - step <= sameChange ? end : at + step;
             stations.push_back(at);

@@ -135,7 +135,7 @@ public:
     /// stationing starts, and both ends; clipped to the plan, ascending, those within 1e-6 of each other once.
     std::vector<double> GetChanges(double from, double to) const;
     /// from, from + step ... and `to`, clipped to the plan. Empty for a step that is not positive, and for more than
-    /// 1e8.
+    /// 1e7.
     std::vector<double> GetStationsByStep(double from, double to, double step) const;
     /// The changes, and the stations whose number is a multiple of the step: what is pegged from 12+003.5 on is
     /// 12+003.5, 12+020, 12+040 ... and the main points. Empty as above.

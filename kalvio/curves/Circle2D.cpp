@@ -20,6 +20,7 @@ constexpr std::int64_t fewestParts = 3;  // of a ring
 std::list<Point2D> PointsOfParts(const Circle2D& circle, std::int64_t parts) {
     std::list<Point2D> points;
     if (!(std::abs(circle.GetRadius()) > 0.0) || parts <= 0) return points;
+    if (!(static_cast<double>(parts) < detail::mostSamples)) return points;
     for (std::int64_t i = 0; i < parts; ++i) {
         points.push_back(
             circle.GetPointOnCircle(Angle(detail::twoPi * static_cast<double>(i) / static_cast<double>(parts))));

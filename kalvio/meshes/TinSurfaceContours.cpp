@@ -1,4 +1,5 @@
 #include "kalvio/core/BoundingBox3D.h"
+#include "kalvio/curves/detail/Stations.h"
 #include "kalvio/meshes/TinSurfacePatch3D.h"
 #include "kalvio/meshes/detail/SurfaceBuilder.h"
 #include "kalvio/meshes/detail/Triangles.h"
@@ -104,10 +105,14 @@ public:
             const auto [low, high] = RanksOf(t);
             starts.push_back(starts.back() + (high - low));
         }
-        isDone.assign(starts.back(), 0);
     }
 
-    void Trace(std::vector<LineString3D>& contours) {
+    // False where so many levels lie close above each other that their points would be many beside the triangles.
+    bool Trace(std::vector<LineString3D>& contours) {
+        constexpr double usual = 16.0;  // points for a triangle
+        const double most = std::max(detail::mostSamples, usual * static_cast<double>(starts.size()));
+        if (!(std::ldexp(static_cast<double>(starts.back()), static_cast<int>(cuts)) <= most)) return false;
+        isDone.assign(starts.back(), 0);
         // First those that come in over the border; what is left then is closed.
         for (const bool isOpen : {true, false}) {
             for (unsigned int t = 0; t < indexes.size() / 3; ++t) {
@@ -122,6 +127,7 @@ public:
         for (std::vector<LineString3D>& lines : ofLevel) {
             std::move(lines.begin(), lines.end(), std::back_inserter(contours));
         }
+        return true;
     }
 
 private:
@@ -229,8 +235,7 @@ bool TinSurfacePatch3D::GetContours(const std::vector<double>& levels, std::vect
     }
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-    ContourTracer(*this, isOfChain, sorted, cuts).Trace(contours);
-    return true;
+    return ContourTracer(*this, isOfChain, sorted, cuts).Trace(contours);
 }
 
 bool TinSurfacePatch3D::GetContours(double interval, std::vector<LineString3D>& contours, unsigned int cuts) const {

@@ -188,7 +188,8 @@ public:
     ///              They still never cross each other, end where they ended, lie in the same triangles, and keep their
     ///              corners where they cross chains and pass vertices. Source: Chaikin, 1974, cut by chords of convex
     ///              cells
-    /// @return false, nothing appended, for levels that are not finite, more than 1e6 of them and more than 8 cuts
+    /// @return false, nothing appended, for levels that are not finite, more than 1e6 of them, more than 8 cuts, and
+    ///         where all cut corners together were more than 1e7 points and more than 16 for each triangle
     bool GetContours(const std::vector<double>& levels, std::vector<LineString3D>& contours,
                      unsigned int cuts = 0) const;
     /// The same at all multiples of an interval. @return false also for one that is not positive

@@ -200,7 +200,7 @@ public:
     /// @param averaged  receives the smoothed string, as many points as parts and one more
     /// @param indexes   receives for each of them the index of the segment of this string that it stands for
     /// @return false, nothing written, for a string of no length and a segment length that is not positive or asks for
-    ///         more than 1e9 points
+    ///         more than 1e7 points
     [[nodiscard]] bool GetAveraged(LineString3D& averaged, std::vector<int>& indexes, double segmentLength) const;
     /// Unit tangent on segment k = indexes[index] at `ratio` (0 its start, 1 its end, clamped): the tangents at its two
     /// vertices, mixed linearly. The tangent at a vertex is the mean of the directions of the segments beside it.
@@ -211,7 +211,7 @@ public:
     /// length, the derivative at vertex 1 towards vertex 2 is d12 ((p1 - p0) / d01 - (p2 - p0) / (d01 + d12) + (p2 -
     /// p1) / d12), at an end that of the segment itself; each segment becomes `parts` parts of equal parameter. A
     /// closed string stays smooth at its joint. Repeated vertices count once.
-    /// @return false, `spline` untouched, for a string of no length, parts < 1, more than 1e9 points and points that
+    /// @return false, `spline` untouched, for a string of no length, parts < 1, more than 1e7 points and points that
     ///         are not finite
     [[nodiscard]] bool GetSplineLineString(LineString3D& spline, int parts) const;
 

@@ -225,7 +225,7 @@ TEST(AlignmentTest, WhatCannotBeAnsweredIsSaidAndTouchesNothing) {
     Alignment road = MakeRoad(Point2D());
     Alignment::Frame frame;
     EXPECT_FALSE(road.GetFrame(road.GetLength() + 1e-6, frame) || road.GetFrame(kNan, frame));
-    EXPECT_TRUE(road.GetStationsByStep(0.0, 100.0, 0.0).empty());
+    EXPECT_TRUE(road.GetStationsByStep(0.0, 100.0, 0.0).empty() && road.GetStationsByStep(0.0, 100.0, 1e-6).empty());
     const Alignment copy = road;  // answers for itself once the other has gone
     road = Alignment();
     EXPECT_TRUE(copy.GetFrame(100.0, frame));

@@ -116,7 +116,8 @@ TEST(CircleTest, CirclesInSpaceMirrorThePlaneOnes) {
     EXPECT_NEAR(right.GetLength(), 20.0, 1e-8);
     EXPECT_EQ(circle.GetCrossingTangents(Circle3D(other.GetCenter(), 5.0, Plane3D()), left, right, 1e-8), 0);
     LineString3D ring;
-    EXPECT_TRUE(circle.MakeLineString(ring, 4u) && !circle.MakeLineStringUsingHeight(ring, 0.0));
+    EXPECT_TRUE(circle.MakeLineString(ring, 4u) && !circle.MakeLineString(ring, ~0U) &&
+                !circle.MakeLineStringUsingHeight(ring, 0.0));
     ASSERT_EQ(ring.GetSize(), 5u);
     EXPECT_THAT(ring.GetPoint(2u), IsNear(center + Vec3D(-5, 0, 0), 2e-9));
 }

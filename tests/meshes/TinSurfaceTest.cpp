@@ -415,8 +415,9 @@ TEST(TinSurfaceTest, ContoursAreTheCutsOfTheTrianglesInFewestStrings) {
     ASSERT_TRUE(hill.SetTriangles(Grid({0, 0}, 4, [](double x, double y) { return x == 2 && y == 2 ? 2.0 : 0.0; })));
     EXPECT_TRUE(hill.GetContours(std::vector{2.0, 1.0, 1.0}, contours) && contours.size() == 1) << "none at the top";
     EXPECT_FALSE(hill.GetContours(0.0, contours) || hill.GetContours(kNan, contours) ||
-                 hill.GetContours(1e-9, contours) || hill.GetContours(std::vector{kNan}, contours) ||
-                 hill.GetContours(1.0, contours, 9) || hill.GetContours(-1.0, contours));
+                 hill.GetContours(1e-9, contours) || hill.GetContours(1e-5, contours, 8) ||
+                 hill.GetContours(std::vector{kNan}, contours) || hill.GetContours(1.0, contours, 9) ||
+                 hill.GetContours(-1.0, contours));
 }
 
 TEST(TinSurfaceTest, VolumesAreThoseOfBodiesAndAddUp) {

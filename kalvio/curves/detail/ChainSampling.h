@@ -99,6 +99,7 @@ bool SampleChainByHeight(const ElementChain<Element>& chain, double from, double
         if (!samples.empty() && !(localTo > localFrom)) continue;
         ofElement.clear();
         if (!SampleElementUsingHeight(chain[i], localFrom, localTo, height, ofElement)) return false;
+        if (!(static_cast<double>(samples.size() + ofElement.size()) < mostSamples)) return false;
         for (const auto& sample : ofElement) {
             const double station = start[i] + sample.station;
             if (samples.empty() || !(station - placeStart <= std::abs(tolerance))) {

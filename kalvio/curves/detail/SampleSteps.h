@@ -51,6 +51,7 @@ void BuildStepsForHeight(std::vector<double>& steps, double from, double to, dou
     const double atEnds = std::max(std::abs(curvature(from)), std::abs(curvature(to)));
     if (!(span / stepFor(atEnds) < mostSamples)) return;
     for (double offset = 0.0; offset < span;) {
+        if (!(static_cast<double>(steps.size()) < mostSamples)) return steps.clear();
         steps.push_back(offset);
         const double here = std::abs(curvature(from + offset));
         const auto fitting = [&](double step) {

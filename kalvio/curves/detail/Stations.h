@@ -9,8 +9,9 @@
 
 namespace Kalvio::Math::detail {
 
-/// More samples than this are not asked for in earnest: the sampling answers false instead of running out of memory.
-inline constexpr double mostSamples = 1e9;
+/// More samples than this are not asked for in earnest, as by a step or a height of almost nothing: what would make
+/// them answers false before it takes memory for them.
+inline constexpr double mostSamples = 1e7;
 
 /// True for a length along which a point can be placed: at least 1e-10, and finite.
 inline bool IsUsableLength(double length) { return length >= numericalZero && length <= largestDouble; }
