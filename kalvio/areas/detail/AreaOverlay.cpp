@@ -9,6 +9,7 @@
 #include "kalvio/polygons/detail/Ring.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <tuple>
 #include <utility>
@@ -57,8 +58,22 @@ bool AreaOverlay::AddRing(const std::vector<Point2D>& points, bool isHole) {
     BeginLoop();
     const std::size_t count = points.size() > 1 && !HasClosingEdge(points) ? points.size() - 1 : points.size();
     if (vertices.capacity() - vertices.size() <= count) vertices.reserve(2 * vertices.size() + count + 1);
-    for (std::size_t i = 0; i < count; ++i) {
-        if (!GoTo({points[i].GetX(), points[i].GetY()})) return false;
+    if (areListed) {
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!GoTo({points[i].GetX(), points[i].GetY()})) return false;
+        }
+    } else {
+        // Magnitudes stand in the order of their bits, with what is not a number above all others.
+        const auto bitsOf = [](double value) { return std::bit_cast<std::uint64_t>(std::abs(value)); };
+        std::uint64_t mostX = bitsOf(largest);
+        std::uint64_t mostY = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            vertices.push_back({points[i].GetX(), points[i].GetY()});
+            mostX = std::max(mostX, bitsOf(points[i].GetX()));
+            mostY = std::max(mostY, bitsOf(points[i].GetY()));
+        }
+        largest = std::bit_cast<double>(std::max(mostX, mostY));
+        if (!(largest <= largestCoordinate)) return false;
     }
     EndLoop();
     return true;
@@ -122,6 +137,7 @@ bool AreaOverlay::GoTo(const PlanePoint& p, const BorderSource& source) {
     if (!isUsable(p.x) || !isUsable(p.y) || !isUsable(source.center.x) || !isUsable(source.center.y)) return false;
     const auto vertex = static_cast<std::uint32_t>(vertices.size());
     vertices.push_back(p);
+    largest = std::max({largest, std::abs(p.x), std::abs(p.y)});
     if (!areListed) return true;
     border.push_back({vertex, vertex + 1, static_cast<std::uint32_t>(sources.size())});
     sources.push_back(source);
@@ -255,13 +271,6 @@ bool AreaOverlay::Run(bool hasStretches) {
 // one than that. About a common vertex this holds as a wedge that is so wide at both ends of its sides is this narrow
 // only near its tip.
 bool AreaOverlay::MakeNodes() {
-    double largestX = 0.0;
-    double largestY = 0.0;
-    for (const PlanePoint& p : vertices) {
-        largestX = std::max(largestX, std::abs(p.x));
-        largestY = std::max(largestY, std::abs(p.y));
-    }
-    const double largest = std::max(largestX, largestY);
     if (areListed) {
         noding.emplace(vertices, std::move(border), sources, tolerance, largest);
         return noding->Run();

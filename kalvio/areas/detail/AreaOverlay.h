@@ -172,6 +172,7 @@ private:
     Fill fill;
     bool hasArcs = false;
     bool areListed = false;            // elements, by `border` and `sources`; else each vertex begins a segment
+    double largest = 0.0;              // coordinate of the vertices
     std::vector<PlanePoint> vertices;  // until elements are listed, loops are closed by their first one
     std::vector<BorderPiece> border;
     std::vector<BorderSource> sources;

@@ -2,9 +2,53 @@
 
 #include "kalvio/core/detail/SegmentDistance.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace Kalvio::Math::detail {
+
+namespace {
+
+// Calls visit(i, j), i < j, for the stretches of one run of the hierarchy, or of one and the next, whose boxes come
+// within the distance of each other, until it returns true. Most pairs are of these, and half of them meet: the boxes
+// are made once, and compared without branches.
+template <class Visit>
+bool ForEachPairNearby(const BoxHierarchy<LoopSegments>& stretches, double distance, Visit&& visit) {
+    constexpr std::size_t runSize = BoxHierarchy<LoopSegments>::runSize;
+    const std::size_t count = stretches.GetCount();
+    std::array<Extent, 2 * runSize> extents;  // of a run and of the next one
+    std::array<std::size_t, 2 * runSize> near;
+    const auto load = [&](std::size_t from) {
+        for (std::size_t k = 0; k < runSize; ++k) {
+            extents[runSize + k] = from + k < count ? stretches.GetExtent(from + k) : Extent();
+        }
+    };
+    load(0);
+    for (std::size_t first = 0; first < count; first += runSize) {
+        std::copy_n(extents.begin() + runSize, runSize, extents.begin());
+        load(first + runSize);
+        Extent next;
+        for (std::size_t k = runSize; k < 2 * runSize; ++k) next.Add(extents[k]);
+        for (std::size_t i = 0; i < runSize; ++i) {
+            const Extent around = extents[i].Widened(distance);
+            const std::size_t end = around.Meets(next) ? 2 * runSize : runSize;
+            std::size_t nearCount = 0;
+            for (std::size_t j = i + 1; j < end; ++j) {
+                near[nearCount] = j;
+                nearCount +=
+                    static_cast<std::size_t>((around.minX <= extents[j].maxX) & (extents[j].minX <= around.maxX) &
+                                             (around.minY <= extents[j].maxY) & (extents[j].minY <= around.maxY));
+            }
+            for (std::size_t k = 0; k < nearCount; ++k) {
+                if (visit(first + i, first + near[k])) return true;
+            }
+        }
+    }
+    return false;
+}
+
+}  // namespace
 
 LoopSegments::LoopSegments(const std::vector<PlanePoint>& loopPoints, const std::vector<char>& areEnds)
     : points(loopPoints), isEnd(areEnds) {
@@ -45,7 +89,8 @@ std::vector<char> LoopSegments::FindNear(const BoxHierarchy<LoopSegments>& stret
             areMany = note(i, i + 1);
         }
     }
-    areMany = areMany || stretches.ForEachPair(distance, [&](std::size_t first, std::size_t second) {
+    const auto compare = [&](std::size_t first, std::size_t second) {
+        if (second == first + 1 && stretches.AreApartButForNeighbours(second, distance)) return false;
         const Extent place = stretches.GetExtent(second).Widened(distance);
         bool isFull = false;
         stretches.ForEachOf(first, [&](std::size_t i) {
@@ -59,7 +104,10 @@ std::vector<char> LoopSegments::FindNear(const BoxHierarchy<LoopSegments>& stret
             });
         });
         return isFull;
-    });
+    };
+    const auto isNearby = [](std::size_t) { return true; };
+    areMany = areMany || ForEachPairNearby(stretches, distance, compare) ||
+              stretches.ForEachPair(distance, isNearby, compare);
     if (areMany) isNear.assign(count, 1);
     return isNear;
 }
@@ -74,6 +122,19 @@ bool LoopSegments::LeadsAway(std::size_t i, double distance) const {
     const Point2D b(points[i + 1].x, points[i + 1].y);
     const Point2D c(points[i + 2].x, points[i + 2].y);
     return SegmentFoot(c, a, b, 0.0).squaredDistance > limit && SegmentFoot(a, b, c, 0.0).squaredDistance > limit;
+}
+
+// Whether boxes part the segments of a stretch and of the one before it by the distance, other than the last and the
+// first one of them, which follow each other.
+bool LoopSegments::AreApartButForNeighbours(std::size_t stretch, double distance) const {
+    const std::size_t joint = starts[stretch];
+    const auto extentOf = [this](std::size_t from, std::size_t to) {
+        Extent extent{points[from].x, points[from].y, points[from].x, points[from].y};
+        AddTo(extent, points[to]);
+        return extent;
+    };
+    return !extentOf(starts[stretch - 1], joint - 1).Widened(distance).Meets(extentOf(joint, starts[stretch + 1])) &&
+           !extentOf(joint - 1, joint).Widened(distance).Meets(extentOf(joint + 1, starts[stretch + 1]));
 }
 
 // Whether a line beside one of the segments parts them; if not they may still be apart.

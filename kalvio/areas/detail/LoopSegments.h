@@ -51,6 +51,7 @@ private:
         return extent;
     }
     bool LeadsAway(std::size_t i, double distance) const;
+    bool AreApartButForNeighbours(std::size_t stretch, double distance) const;
     bool AreApart(std::size_t i, std::size_t j, double distance) const;
 
     const std::vector<PlanePoint>& points;
