@@ -7,6 +7,7 @@
 #include "kalvio/core/Tolerances.h"
 #include "kalvio/core/detail/Constants.h"
 #include "kalvio/core/detail/PointOnLine.h"
+#include "kalvio/core/detail/Prefetch.h"
 #include "kalvio/core/detail/SegmentDistance.h"
 #include "kalvio/meshes/detail/MeshSection.h"
 #include "kalvio/meshes/detail/SurfaceBuilder.h"
@@ -281,12 +282,18 @@ unsigned int TinSurfacePatch3D::SurelyToward(const Facet& facet, const Point2D& 
     return (sureOfA & sureOfB & sureOfC) != 0 ? next : none;
 }
 
-// @return false, `triangle` untouched, where the way ends at the border or takes too many steps
-bool TinSurfacePatch3D::WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle) {
+// What this or the next search will read is asked for ahead. @return false, `triangle` untouched, where the way ends at
+// the border or takes too many steps
+bool TinSurfacePatch3D::WalkTo(const Locator& made, const Point2D& place, unsigned int& triangle) {
     Walk walk{triangle};
-    while (walk.triangle < facets.size() && walk.steps < fewSteps) {
-        unsigned int next = SurelyToward(facets[walk.triangle], place, walk.triangle);
-        if (next == none) next = Toward(facets[walk.triangle], place, walk);
+    while (walk.triangle < made.facets.size() && walk.steps < fewSteps) {
+        const Facet& facet = made.facets[walk.triangle];
+        detail::Prefetch(&made.heights[walk.triangle]);
+        for (const unsigned int beyond : facet.beyond) {
+            if (beyond != none) detail::Prefetch(&made.facets[beyond]);
+        }
+        unsigned int next = SurelyToward(facet, place, walk.triangle);
+        if (next == none) next = Toward(facet, place, walk);
         if (next == walk.triangle) {
             triangle = next;
             return true;
@@ -319,10 +326,10 @@ double TinSurfacePatch3D::HeightAt(const Facet& facet, const Heights& heights, c
 bool TinSurfacePatch3D::FindTriangle(const Point2D& place, unsigned int& triangle) const {
     const Locator& made = GetLocator();
     if (!made.grid.IsNear(place)) return false;
-    if (WalkTo(made.facets, place, triangle) || FindSurely(made, place, triangle)) return true;
+    if (WalkTo(made, place, triangle) || FindSurely(made, place, triangle)) return true;
     // On an edge or a vertex several do: the one on the way from here.
     unsigned int found = made.grid.GetHint(place);
-    if (WalkTo(made.facets, place, found)) {
+    if (WalkTo(made, place, found)) {
         triangle = found;
         return true;
     }

@@ -232,7 +232,7 @@ private:
         std::size_t place = 0;  // its number, of many
     };
     static unsigned int Toward(const Facet& facet, const Point2D& place, const Walk& walk);
-    static bool WalkTo(const std::vector<Facet>& facets, const Point2D& place, unsigned int& triangle);
+    static bool WalkTo(const Locator& made, const Point2D& place, unsigned int& triangle);
     static unsigned int SurelyToward(const Facet& facet, const Point2D& place, unsigned int triangle);
     static bool FindSurely(const Locator& made, const Point2D& place, unsigned int& triangle);
     static double HeightAt(const Facet& facet, const Heights& heights, const Point2D& place);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "kalvio/core/detail/Lanes.h"
+#include "kalvio/core/detail/Prefetch.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,6 +13,7 @@ using Math::detail::FourLanes;
 using Math::detail::FourMask;
 using Math::detail::LaneMask;
 using Math::detail::Lanes;
+using Math::detail::Prefetch;
 
 /// Squared gaps along one axis between boxes and the bounds of another; NaN, at equal infinities, is no gap.
 inline Lanes SquaredGap(Lanes boxLow, Lanes boxHigh, Lanes low, Lanes high) {
@@ -36,13 +38,6 @@ inline double Least(const double* numbers, unsigned int n) {
     Store(least, both);
     if (n % 2 != 0) both[0] = (std::min)(both[0], numbers[n - 1]);
     return (std::min)(both[0], both[1]);
-}
-
-/// Asks for a cache line that will be read soon.
-inline void Prefetch([[maybe_unused]] const void* address) {
-#ifdef KALVIO_LANES_SSE2
-    _mm_prefetch(static_cast<const char*>(address), _MM_HINT_T0);
-#endif
 }
 
 /// The same where the page, too, may not have been used for long: processors drop a prefetch then, but not a load. What
