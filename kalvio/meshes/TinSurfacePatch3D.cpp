@@ -34,6 +34,11 @@ constexpr unsigned int none = TinSurfacePatch3D::noTriangle;
 constexpr unsigned int fewSteps = 32;  // from a hint to a place
 constexpr double steepest = 100.0;     // slope of a surface; what is steeper is a wall
 
+// Of coordinates up to so far from 0.
+double NoiseOf(double reach) {
+    return std::max(detail::numericalZero, 2.0 * std::numeric_limits<double>::epsilon() * reach);
+}
+
 unsigned int AfterInTriangle(unsigned int corner) { return corner == 2 ? 0 : corner + 1; }
 
 // The point of a triangle nearest to p.
@@ -212,7 +217,7 @@ void TinSurfacePatch3D::Take(IndexedTriangleSet3D&& set, std::vector<unsigned in
     isOfChain = std::move(ofChain);
     double reach = 0.0;
     for (const Point3D& p : triangles.GetVertices()) reach = std::max({reach, std::abs(p.GetX()), std::abs(p.GetY())});
-    noise = std::max(detail::numericalZero, 2.0 * std::numeric_limits<double>::epsilon() * reach);
+    noise = NoiseOf(reach);
     locator.Invalidate();
 }
 
@@ -248,6 +253,11 @@ const TinSurfacePatch3D::Locator& TinSurfacePatch3D::GetLocator() const {
                 made.facets[t].beyond[i] = neighbors[3 * t + i];
             }
         }
+        for (const Point3D& p : triangles.GetVertices()) {
+            made.lowest = std::min(made.lowest, p.GetZ());
+            made.highest = std::max(made.highest, p.GetZ());
+        }
+        made.heightNoise = NoiseOf(std::max(std::abs(made.lowest), std::abs(made.highest)));
         made.grid = detail::TriangleGrid(made.facets.size(), noise, [this](std::size_t t) { return CornersOf(t); });
         return made;
     });
@@ -438,11 +448,28 @@ bool TinSurfacePatch3D::GetSlope(const Point2D& place, double& slope, Angle& fal
 
 bool TinSurfacePatch3D::GetNearestPoint(Point3D& point) const {
     if (neighbors.empty() || !detail::IsOfSurface(point)) return false;
+    const Locator& made = GetLocator();
     Point3D nearest;
     double squared = std::numeric_limits<double>::infinity();
-    GetLocator().grid.ForEachAround(
-        point.GetPoint2D(), [&](double away) { return away * away <= squared; },
+    constexpr double rounding = 1e-12;  // of squares
+    const auto isNear = [&](double away) { return (1.0 - rounding) * away <= squared; };
+    // Of a value from others, less what the rounding of places changes.
+    const auto squaredGap = [](double value, double low, double high, double margin) {
+        const double gap = std::max({low - value, value - high, margin}) - margin;
+        return gap * gap;
+    };
+    const double upright = squaredGap(point.GetZ(), made.lowest, made.highest, made.heightNoise);
+    made.grid.ForEachAround(
+        point.GetPoint2D(), [&](double away) { return isNear(away + upright); },
         [&](std::uint32_t t) {
+            const auto& [p, q, r] = made.facets[t].corner;
+            const auto [low, high] = std::minmax({p.x, q.x, r.x});
+            const auto [bottom, top] = std::minmax({p.y, q.y, r.y});
+            const auto [least, most] = std::minmax({made.heights[t][0], made.heights[t][1], made.heights[t][2]});
+            if (!isNear(squaredGap(point.GetX(), low, high, noise) + squaredGap(point.GetY(), bottom, top, noise) +
+                        squaredGap(point.GetZ(), least, most, made.heightNoise))) {
+                return;
+            }
             Point3D a;
             Point3D b;
             Point3D c;

@@ -169,7 +169,8 @@ public:
     /// level. @return false, nothing written, outside
     [[nodiscard]] bool GetSlope(const Point2D& place, double& slope, Angle& fall) const;
     /// Moves a point to the nearest one of the surface in space. The cost grows with the number of triangles within
-    /// that distance in plan. @return false, `point` untouched, when there is no surface or the point is not finite
+    /// that distance in plan; from beside the surface, or far above, few of them are looked at. @return false, `point`
+    /// untouched, when there is no surface or the point is not finite
     [[nodiscard]] bool GetNearestPoint(Point3D& point) const;
     /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.
     /// What `IndexedTriangleSet3D::GetSections` answers, from the triangles near the chain alone: about the root of
@@ -219,6 +220,9 @@ private:
     struct Locator {
         std::vector<Facet> facets;
         std::vector<Heights> heights;
+        double lowest = std::numeric_limits<double>::infinity();  // of the heights
+        double highest = -std::numeric_limits<double>::infinity();
+        double heightNoise = 0.0;  // rounding of the heights
         detail::TriangleGrid grid;
     };
 

@@ -116,6 +116,10 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
             }
             ASSERT_EQ(surface.GetHeight(p, z), !std::isnan(expected));
             asked.push_back(p), answers.push_back(z);
+            const Point3D beside(origin + (p - origin) * 4.0, random(-20, 20));
+            Point3D foot = beside;
+            ASSERT_TRUE(surface.GetNearestPoint(foot));
+            for (const Point3D& v : set.GetVertices()) EXPECT_LE(beside.Distance(foot), beside.Distance(v) + 1e-9);
             ASSERT_EQ(again.GetHeight(p, hinted, hint), !std::isnan(expected));
             if (std::isnan(expected)) continue;
             EXPECT_NEAR(z, expected, 1e-7);

@@ -193,17 +193,16 @@ public:
         });
     }
 
-    /// Calls visit(triangle) cell by cell in rings around a position, some more than once, for as long as isNear(d)
-    /// holds for the distance d at least that a ring has from it.
+    /// Calls visit(triangle) cell by cell in rings around a position, some more than once, for as long as isNear(s)
+    /// holds for the squared distance s at least that this and all later rings have from it.
     template <class IsNear, class Visit>
     void ForEachAround(const Point2D& p, IsNear&& isNear, Visit&& visit) const {
         if (items.empty()) return;
         const auto column = static_cast<std::int64_t>(ColumnOf(p.GetX()));
         const auto row = static_cast<std::int64_t>(RowOf(p.GetY()));
         const auto most = static_cast<std::int64_t>((std::max)(columns, rows));
-        const double outside =
-            std::hypot((std::max)({low.GetX() - margin - p.GetX(), p.GetX() - high.GetX() - margin, 0.0}),
-                       (std::max)({low.GetY() - margin - p.GetY(), p.GetY() - high.GetY() - margin, 0.0}));
+        const double besideX = (std::max)({low.GetX() - margin - p.GetX(), p.GetX() - high.GetX() - margin, 0.0});
+        const double besideY = (std::max)({low.GetY() - margin - p.GetY(), p.GetY() - high.GetY() - margin, 0.0});
         const auto lastColumn = static_cast<std::int64_t>(columns) - 1;
         const auto lastRow = static_cast<std::int64_t>(rows) - 1;
         // Cells of a row, as far as they are there.
@@ -216,10 +215,11 @@ public:
             }
         };
         for (std::int64_t ring = 0; ring < most; ++ring) {
-            const double beyond = (std::max)({outside, static_cast<double>(ring - 1) * side,
-                                              (std::min)(across.GetRoom(p.GetX(), column, ring, lastColumn, side),
-                                                         up.GetRoom(p.GetY(), row, ring, lastRow, side))});
-            if (!isNear(beyond)) return;
+            // Cells so many columns or rows away are as far beyond what the position lies beside them.
+            const double along = (std::max)(static_cast<double>(ring - 1) * side, 0.0);
+            const double x = (std::max)(besideX + along, across.GetRoom(p.GetX(), column, ring, lastColumn, side));
+            const double y = (std::max)(besideY + along, up.GetRoom(p.GetY(), row, ring, lastRow, side));
+            if (!isNear((std::min)(x * x + besideY * besideY, besideX * besideX + y * y))) return;
             if (row >= ring) visitRow(row - ring, column - ring, column + ring);
             // Beside a strip that runs north there are rows, but no cells in them.
             if (column >= ring || column + ring <= lastColumn) {
