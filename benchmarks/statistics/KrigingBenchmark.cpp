@@ -3,6 +3,7 @@
 #include "kalvio/core/Point3D.h"
 #include "kalvio/statistics/ExponentialVariogramModel.h"
 #include "kalvio/statistics/KrigingSystem.h"
+#include "kalvio/statistics/LocalKriging.h"
 #include "kalvio/statistics/OrdinaryKriging.h"
 #include "statistics/KrigingSamples.h"
 
@@ -102,6 +103,31 @@ BENCHMARK(BM_KrigingSystemVariance)
     ->Arg(128)
     ->Arg(512)
     ->Unit(benchmark::kMillisecond);
+
+// A grid of a million nodes, each from its 16 nearest samples.
+void BM_LocalKriging(benchmark::State& state) {
+    constexpr int side = 1000;
+    const std::vector<Point3D> samples = Samples(state);
+    for (auto _ : state) {
+        LocalKriging local;
+        if (!local.Build(Kriging(), samples, 16)) state.SkipWithError("not built");
+        double sum = 0.0;
+        for (int row = 0; row < side; ++row) {
+            for (int column = 0; column < side; ++column) {
+                double value = 0.0;
+                double variance = 0.0;
+                if (!local.Interpolate(Point2D(column + 0.5, row + 0.5), value, variance)) {
+                    state.SkipWithError("no estimate");
+                }
+                sum += value;
+            }
+        }
+        benchmark::DoNotOptimize(sum);
+    }
+    state.counters["per place"] =
+        benchmark::Counter(side * side, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_LocalKriging)->ArgName("samples")->Arg(1000)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace Kalvio::Math
