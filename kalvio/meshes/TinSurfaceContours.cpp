@@ -6,6 +6,7 @@
 #include "kalvio/polygons/LineString3D.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -82,12 +83,12 @@ private:
 
 // Contours of all levels. A vertex counts as above a level that it is on, so that a contour passes each triangle from
 // one edge to one other: in where that leads up counter-clockwise, out where it leads down, the higher ground to the
-// right.
+// right. All steps through triangles are made first, in their order: the way along a contour then reads those alone.
 class ContourTracer {
 public:
-    ContourTracer(const TinSurfacePatch3D& traced, const std::vector<bool>& ofChain,
-                  const std::vector<double>& sortedLevels, unsigned int timesCut)
-        : surface(traced),
+    ContourTracer(const TinSurfacePatch3D& traced, const std::vector<unsigned int>& beyondEdges,
+                  const std::vector<bool>& ofChain, const std::vector<double>& sortedLevels, unsigned int timesCut)
+        : neighbors(beyondEdges),
           isOfChain(ofChain),
           levels(sortedLevels),
           cuts(timesCut),
@@ -95,34 +96,30 @@ public:
           indexes(traced.GetTriangles().GetIndexes()),
           ofLevel(sortedLevels.size()) {
         rank.reserve(vertices.size());
-        for (const Point3D& v : vertices) {
-            rank.push_back(
-                static_cast<std::uint32_t>(std::upper_bound(levels.begin(), levels.end(), v.GetZ()) - levels.begin()));
-        }
-        starts.reserve(indexes.size() / 3 + 1);
-        starts.push_back(0);
+        for (const Point3D& v : vertices) rank.push_back(LevelsUpTo(v.GetZ()));
+        before.reserve(indexes.size() / 3);
         for (unsigned int t = 0; t < indexes.size() / 3; ++t) {
             const auto [low, high] = RanksOf(t);
-            starts.push_back(starts.back() + (high - low));
+            before.push_back(count - low);
+            if (low != high) crossed.push_back(t);
+            count += high - low;
         }
     }
 
     // False where so many levels lie close above each other that their points would be many beside the triangles.
     bool Trace(std::vector<LineString3D>& contours) {
         constexpr double usual = 16.0;  // points for a triangle
-        const double most = std::max(detail::mostSamples, usual * static_cast<double>(starts.size()));
-        if (!(std::ldexp(static_cast<double>(starts.back()), static_cast<int>(cuts)) <= most)) return false;
-        isDone.assign(starts.back(), 0);
+        const double most = std::max(detail::mostSamples, usual * static_cast<double>(before.size()));
+        if (!(std::ldexp(static_cast<double>(count), static_cast<int>(cuts)) <= most)) return false;
+        steps.reserve(count);
+        isEntered.assign(count, 0);
+        for (const unsigned int t : crossed) AddSteps(t);
         // First those that come in over the border; what is left then is closed.
-        for (const bool isOpen : {true, false}) {
-            for (unsigned int t = 0; t < indexes.size() / 3; ++t) {
-                const auto [low, high] = RanksOf(t);
-                for (std::uint32_t level = low; level < high; ++level) {
-                    if (isDone[Item(t, level)] != 0) continue;
-                    if (isOpen && surface.GetNeighbor(t, EdgeIn(t, level)) != TinSurfacePatch3D::noTriangle) continue;
-                    Follow(t, level);
-                }
-            }
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (isEntered[i] == 0) Follow(i);
+        }
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            if (steps[i].next != passed) Follow(i);
         }
         for (std::vector<LineString3D>& lines : ofLevel) {
             std::move(lines.begin(), lines.end(), std::back_inserter(contours));
@@ -131,39 +128,67 @@ public:
     }
 
 private:
+    // Through a triangle.
+    struct Step {
+        Point2D to;        // where it leaves
+        std::size_t next;  // the step from there
+        unsigned int triangle;
+        unsigned int edge;
+    };
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    static constexpr std::size_t passed = none - 1;
+
     std::pair<std::uint32_t, std::uint32_t> RanksOf(unsigned int t) const {
         const unsigned int* const corners = indexes.data() + 3 * std::size_t{t};
-        return std::minmax({rank[corners[0]], rank[corners[1]], rank[corners[2]]});
+        const std::uint32_t a = rank[corners[0]];
+        const std::uint32_t b = rank[corners[1]];
+        const std::uint32_t c = rank[corners[2]];
+        return {std::min(std::min(a, b), c), std::max(std::max(a, b), c)};
     }
-    std::size_t Item(unsigned int t, std::uint32_t level) const { return starts[t] + (level - RanksOf(t).first); }
-    bool IsAbove(unsigned int t, unsigned int corner, std::uint32_t level) const {
-        return rank[indexes[3 * std::size_t{t} + corner % 3]] > level;
+    // The number of levels at or below a height: halved without a branch, which would be guessed wrong each time.
+    std::uint32_t LevelsUpTo(double z) const {
+        const double* from = levels.data();
+        for (std::size_t left = levels.size(); left > 0;) {
+            const std::size_t half = (left + 1) / 2;
+            from += from[half - 1] <= z ? half : 0;
+            left -= half;
+        }
+        return static_cast<std::uint32_t>(from - levels.data());
     }
-    unsigned int EdgeIn(unsigned int t, std::uint32_t level) const {
-        unsigned int edge = 0;
-        while (IsAbove(t, edge, level) || !IsAbove(t, edge + 1, level)) ++edge;
-        return edge;
+    // By the corners above a level, as bits: the edge that leads down. Where those below are the bits it leads up.
+    static unsigned int EdgeOut(unsigned int above) {
+        constexpr std::array<unsigned char, 8> edges{0, 0, 1, 1, 2, 0, 2, 0};
+        return edges[above];
     }
-    unsigned int EdgeOut(unsigned int t, std::uint32_t level) const {
-        unsigned int edge = 0;
-        while (!IsAbove(t, edge, level) || IsAbove(t, edge + 1, level)) ++edge;
-        return edge;
+    unsigned int Above(unsigned int t, std::uint32_t level) const {
+        const unsigned int* const corners = indexes.data() + 3 * std::size_t{t};
+        return (rank[corners[0]] > level ? 1U : 0U) | (rank[corners[1]] > level ? 2U : 0U) |
+               (rank[corners[2]] > level ? 4U : 0U);
+    }
+
+    void AddSteps(unsigned int t) {
+        const auto [low, high] = RanksOf(t);
+        for (std::uint32_t level = low; level < high; ++level) {
+            const unsigned int edge = EdgeOut(Above(t, level));
+            const unsigned int beyond = neighbors[3 * std::size_t{t} + edge];
+            const std::size_t next = beyond == TinSurfacePatch3D::noTriangle ? none : before[beyond] + level;
+            if (next != none) isEntered[next] = 1;
+            steps.push_back({PointBetween(t, edge + 1, edge, level), next, t, edge});
+        }
     }
 
     // From the lower end, so that both triangles at an edge have the same point.
-    Point3D PointOn(unsigned int t, unsigned int edge, std::uint32_t level) const {
-        const Point3D* low = &vertices[indexes[3 * std::size_t{t} + edge]];
-        const Point3D* high = &vertices[indexes[3 * std::size_t{t} + (edge + 1) % 3]];
-        if (low->GetZ() > high->GetZ()) std::swap(low, high);
+    Point2D PointBetween(unsigned int t, unsigned int lower, unsigned int upper, std::uint32_t level) const {
+        const Point3D& low = vertices[indexes[3 * std::size_t{t} + lower % 3]];
+        const Point3D& high = vertices[indexes[3 * std::size_t{t} + upper % 3]];
         const double z = levels[level];
-        if (!(z < high->GetZ())) return *high;
-        const double share = (z - low->GetZ()) / (high->GetZ() - low->GetZ());
-        return {low->GetX() + share * (high->GetX() - low->GetX()), low->GetY() + share * (high->GetY() - low->GetY()),
-                z};
+        if (!(z < high.GetZ())) return high.GetPoint2D();
+        const double share = (z - low.GetZ()) / (high.GetZ() - low.GetZ());
+        return {low.GetX() + share * (high.GetX() - low.GetX()), low.GetY() + share * (high.GetY() - low.GetY())};
     }
 
     // Where the contour crosses an edge out of its triangle.
-    Crossing CrossingOf(unsigned int t, unsigned int edge, const Point3D& at) const {
+    Crossing CrossingOf(unsigned int t, unsigned int edge, const Point2D& at) const {
         const auto corner = [this](unsigned int triangle, unsigned int k) {
             return vertices[indexes[3 * std::size_t{triangle} + k % 3]].GetPoint2D();
         };
@@ -171,30 +196,35 @@ private:
             const Point2D a = corner(triangle, 0);
             return a + ((corner(triangle, 1) - a) + (corner(triangle, 2) - a)) / 3.0;
         };
-        Crossing crossing{at.GetPoint2D(), corner(t, edge), corner(t, edge + 1), middle(t), {}};
-        const unsigned int next = surface.GetNeighbor(t, edge);
+        Crossing crossing{at, corner(t, edge), corner(t, edge + 1), middle(t), {}};
+        const unsigned int next = neighbors[3 * std::size_t{t} + edge];
         crossing.isFixed = next == TinSurfacePatch3D::noTriangle || isOfChain[3 * std::size_t{t} + edge] ||
                            crossing.at == crossing.right || crossing.at == crossing.left;
         if (!crossing.isFixed) crossing.after = middle(next);
         return crossing;
     }
 
-    void Follow(unsigned int first, std::uint32_t level) {
-        std::vector<Point3D> points{PointOn(first, EdgeIn(first, level), level)};
-        std::vector<Crossing> path(cuts > 0 ? 1 : 0, Crossing{points[0].GetPoint2D(), {}, {}, {}, {}, true});
-        unsigned int t = first;
-        while (t != TinSurfacePatch3D::noTriangle && isDone[Item(t, level)] == 0) {
-            isDone[Item(t, level)] = 1;
-            const unsigned int edge = EdgeOut(t, level);
-            const Point3D next = PointOn(t, edge, level);
-            const bool isNew = next.GetX() != points.back().GetX() || next.GetY() != points.back().GetY();
-            if (isNew) points.push_back(next);
-            if (isNew && cuts > 0) path.push_back(CrossingOf(t, edge, next));
+    void Follow(std::size_t first) {
+        const unsigned int from = steps[first].triangle;
+        const auto level = static_cast<std::uint32_t>(first - before[from]);
+        const double z = levels[level];
+        const unsigned int edgeIn = EdgeOut(7 - Above(from, level));
+        Point2D last = PointBetween(from, edgeIn, edgeIn + 1, level);
+        std::vector<Point3D> points{Point3D(last, z)};
+        std::vector<Crossing> path(cuts > 0 ? 1 : 0, Crossing{last, {}, {}, {}, {}, true});
+        std::size_t i = first;
+        while (i != none && steps[i].next != passed) {
+            const Step step = steps[i];
+            steps[i].next = passed;
+            const bool isNew = step.to.GetX() != last.GetX() || step.to.GetY() != last.GetY();
+            if (isNew) points.emplace_back(step.to, z);
+            if (isNew && cuts > 0) path.push_back(CrossingOf(step.triangle, step.edge, step.to));
             if (!isNew && cuts > 0) path.back().isFixed = true;  // it leaves by another triangle
-            t = surface.GetNeighbor(t, edge);
+            last = step.to;
+            i = step.next;
         }
         if (points.size() < 2) return;
-        if (cuts > 0) Smooth(path, t != TinSurfacePatch3D::noTriangle, points);
+        if (cuts > 0) Smooth(path, i != none, points);
         ofLevel[level].emplace_back(std::move(points));
     }
 
@@ -209,15 +239,18 @@ private:
         }
     }
 
-    const TinSurfacePatch3D& surface;
+    const std::vector<unsigned int>& neighbors;
     const std::vector<bool>& isOfChain;
     const std::vector<double>& levels;
     unsigned int cuts;
     const std::vector<Point3D>& vertices;
     const std::vector<unsigned int>& indexes;
-    std::vector<std::uint32_t> rank;  // per vertex the number of levels that it is above
-    std::vector<std::size_t> starts;  // per triangle, of its levels among all
-    std::vector<std::uint8_t> isDone;
+    std::vector<std::uint32_t> rank;    // per vertex the number of levels that it is above
+    std::vector<std::size_t> before;    // per triangle, what its levels are to be added to for their steps
+    std::vector<unsigned int> crossed;  // triangles with levels
+    std::size_t count = 0;              // of steps
+    std::vector<Step> steps;
+    std::vector<std::uint8_t> isEntered;
     std::vector<std::vector<LineString3D>> ofLevel;
 };
 
@@ -235,7 +268,7 @@ bool TinSurfacePatch3D::GetContours(const std::vector<double>& levels, std::vect
     }
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
-    return ContourTracer(*this, isOfChain, sorted, cuts).Trace(contours);
+    return ContourTracer(*this, neighbors, isOfChain, sorted, cuts).Trace(contours);
 }
 
 bool TinSurfacePatch3D::GetContours(double interval, std::vector<LineString3D>& contours, unsigned int cuts) const {
