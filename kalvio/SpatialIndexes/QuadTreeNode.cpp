@@ -8,7 +8,9 @@
 #include "kalvio/SpatialIndexes/detail/Queries.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -73,15 +75,111 @@ void ComputeKey(double coordinate, int level, double& low, double& high) {
     high = low + side;
 }
 
+/// Cells of a square of a regular grid, down to a level on which all corners are exact: boxes of one node in it have
+/// the same cell, and cells are in the order of a walk, depth first.
+class CellGrid {
+public:
+    static constexpr unsigned int mostLevels = 27;
+
+    CellGrid() = default;
+    CellGrid(const PlanBox& square, int level)
+        : axes{AxisOf(square.minX, square.maxX), AxisOf(square.minY, square.maxY)} {
+        constexpr int farthest = 900;  // sides and their inverses are normal numbers
+        const double most = std::max({-square.minX, square.maxX, -square.minY, square.maxY});
+        if (std::abs(level) > farthest || !(most <= std::ldexp(1.0, farthest))) return;
+        const double side = std::ldexp(1.0, level);
+        for (const Axis& axis : axes) {
+            if (axis.length != side || std::floor(axis.nearEnd / side) * side != axis.nearEnd) return;
+        }
+        const int exact = level + std::numeric_limits<double>::digits - 1 - std::ilogb(most);
+        nrOfLevels = static_cast<unsigned int>(std::clamp(exact, 0, static_cast<int>(mostLevels)));
+        scale = std::ldexp(1.0, static_cast<int>(nrOfLevels) - level);
+    }
+
+    /// Levels below the square that are told apart.
+    unsigned int GetNrOfLevels() const { return nrOfLevels; }
+    /// Of a box inside the square, with an extent: two bits a level, then the number of levels in five.
+    std::uint64_t CellOf(const PlanBox& box) const {
+        if (nrOfLevels == 0) return 0;
+        const Steps x = StepsOf(axes[0], box.minX, box.maxX);
+        const Steps y = StepsOf(axes[1], box.minY, box.maxY);
+        const auto different = static_cast<unsigned int>(std::bit_width((x.low ^ x.high) | (y.low ^ y.high)));
+        const std::uint64_t cell = Spread(x.low) | Spread(y.low) << 1U;
+        const unsigned int below = 2 * (mostLevels - nrOfLevels);
+        return (cell >> 2 * different << 2 * different << below) << 5U | (nrOfLevels - different);
+    }
+
+private:
+    struct Axis {
+        double nearEnd = 0.0;  // the end nearer to 0: differences from it are exact
+        double length = 0.0;
+        bool isMirrored = false;
+    };
+    struct Steps {
+        std::uint32_t low;
+        std::uint32_t high;
+    };
+
+    static Axis AxisOf(double low, double high) { return {low < 0.0 ? high : low, high - low, low < 0.0}; }
+    Steps StepsOf(const Axis& axis, double low, double high) const {
+        const double from = (axis.isMirrored ? axis.nearEnd - high : low - axis.nearEnd) * scale;
+        const double to = (axis.isMirrored ? axis.nearEnd - low : high - axis.nearEnd) * scale;
+        const auto first = static_cast<std::uint32_t>(from);
+        const auto end = static_cast<std::uint32_t>(to);
+        const std::uint32_t last = std::max(first, end - (static_cast<double>(end) < to ? 0 : 1));
+        if (!axis.isMirrored) return {first, last};
+        const std::uint32_t all = (std::uint32_t{1} << nrOfLevels) - 1;
+        return {all - last, all - first};
+    }
+    /// A gap of one bit between each two.
+    static std::uint64_t Spread(std::uint64_t bits) {
+        bits = (bits | bits << 16U) & 0x0000FFFF0000FFFFU;
+        bits = (bits | bits << 8U) & 0x00FF00FF00FF00FFU;
+        bits = (bits | bits << 4U) & 0x0F0F0F0F0F0F0F0FU;
+        bits = (bits | bits << 2U) & 0x3333333333333333U;
+        return (bits | bits << 1U) & 0x5555555555555555U;
+    }
+
+    std::array<Axis, 2> axes;
+    double scale = 0.0;
+    unsigned int nrOfLevels = 0;
+};
+
+struct SortedPlace {
+    std::uint64_t cell;
+    unsigned int item;
+};
+
+/// By cells, those of one as they come: byte by byte from the lowest, but for bytes that all have in common.
+void Sort(std::span<SortedPlace> places) {
+    constexpr unsigned int nrOfBytes = sizeof(SortedPlace::cell);
+    const auto byteOf = [](const SortedPlace& place, unsigned int byte) { return place.cell >> 8 * byte & 255U; };
+    std::array<std::array<std::uint32_t, 256>, nrOfBytes> counts{};
+    for (const SortedPlace& place : places) {
+        for (unsigned int byte = 0; byte < nrOfBytes; ++byte) ++counts[byte][byteOf(place, byte)];
+    }
+    const auto room = std::make_unique_for_overwrite<SortedPlace[]>(places.size());
+    SortedPlace* from = places.data();
+    SortedPlace* to = room.get();
+    for (unsigned int byte = 0; byte < nrOfBytes && !places.empty(); ++byte) {
+        if (counts[byte][byteOf(*from, byte)] == places.size()) continue;
+        std::array<std::uint32_t, 256> next{};
+        std::partial_sum(counts[byte].begin(), counts[byte].end() - 1, next.begin() + 1);
+        for (std::size_t i = 0; i < places.size(); ++i) to[next[byteOf(from[i], byte)]++] = from[i];
+        std::swap(from, to);
+    }
+    if (from != places.data()) std::copy_n(from, places.size(), places.data());
+}
+
 }  // namespace
 
 void detail::Arrivals::Add(const PlanBox& place, const PlanBox& box) {
     if (!boxes.empty() || place != box) {
         if (boxes.empty()) boxes.reserve(items.size());
-        for (std::size_t i = boxes.size(); i < places.size(); ++i) boxes.push_back(places[i].box);
+        boxes.insert(boxes.end(), places.begin() + static_cast<std::ptrdiff_t>(boxes.size()), places.end());
         boxes.push_back(box);
     }
-    places.push_back({place, static_cast<unsigned int>(places.size())});
+    places.push_back(place);
 }
 
 /// The nodes that a walk has still to go to, depth first: the next one was added last. Which children a node has is
@@ -235,73 +333,70 @@ QuadTreeNode* QuadTreeNode::MakeChildOfRoot(const PlanBox& place, const PlanBox&
     return child.get();
 }
 
-void QuadTreeNode::Insert(detail::Arrivals& arrivals) {
+void QuadTreeNode::Insert(const detail::Arrivals& arrivals) {
+    constexpr std::size_t few = 16;  // sorted no faster than inserted
     // Their order decides on the sizes of the squares below the root, and the nodes that are there on the place of a
     // box that has no extent though it was widened.
-    bool isOrderFree = true;
-    for (const detail::Arrivals::Place& place : arrivals.places) {
-        if (!isOrderFree) break;
-        isOrderFree = MakeChildOfRoot(place.box, arrivals.KeptBox(place)) == nullptr || place.box.HasExtent();
+    const std::size_t n = arrivals.places.size();
+    bool isOrderFree = n > few;
+    for (std::size_t i = 0; i < n && isOrderFree; ++i) {
+        const PlanBox& place = arrivals.places[i];
+        isOrderFree = MakeChildOfRoot(place, arrivals.KeptBox(i)) == nullptr || place.HasExtent();
     }
-    if (isOrderFree) {
-        const std::size_t n = arrivals.places.size();
-        // Not filled before it is written: fresh memory is what costs most.
-        const std::unique_ptr<std::byte[]> room(new std::byte[n * sizeof(detail::Arrivals::Place)]);
-        Distribute(arrivals, arrivals.places, {reinterpret_cast<detail::Arrivals::Place*>(room.get()), n});
-        return;
-    }
-    for (const detail::Arrivals::Place& place : arrivals.places) {
-        Insert(place.box, arrivals.KeptBox(place), arrivals.Item(place));
-    }
+    if (isOrderFree) return InsertSorted(arrivals);
+    for (std::size_t i = 0; i < n; ++i) Insert(arrivals.places[i], arrivals.KeptBox(i), arrivals.Item(i));
 }
 
-void QuadTreeNode::Distribute(const detail::Arrivals& arrivals, std::span<detail::Arrivals::Place> places,
-                              std::span<detail::Arrivals::Place> room) {
-    constexpr std::size_t few = 4;  // sorted no faster than inserted
-    constexpr std::size_t fewToReadAhead = 64;
-    if (places.size() <= fewToReadAhead) {
-        for (const auto& place : places) {  // from all over the memory
-            detail::ReadAhead(&arrivals.KeptBox(place));
-            detail::ReadAhead(&arrivals.items[place.item]);
+void QuadTreeNode::InsertSorted(const detail::Arrivals& arrivals) {
+    const std::size_t n = arrivals.places.size();
+    // Fresh memory is what costs most: this is written once.
+    const auto places = std::make_unique_for_overwrite<SortedPlace[]>(n);
+    std::array<CellGrid, 4> grids;
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        if (children[i] != nullptr) grids[i] = CellGrid(children[i]->square, children[i]->level);
+    }
+    std::size_t nrBelow = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const PlanBox& place = arrivals.places[i];
+        const bool isProper = place.IsProper() && arrivals.KeptBox(i).IsProper();
+        const int quadrant = isProper ? QuadrantOf(place, centerX, centerY) : -1;
+        if (quadrant < 0) {
+            Append(arrivals.KeptBox(i), arrivals.Item(i));
+            continue;
         }
+        const auto top = static_cast<std::uint64_t>(quadrant);
+        places[nrBelow++] = {top << (2 * CellGrid::mostLevels + 5) | grids[top].CellOf(place),
+                             static_cast<unsigned int>(i)};
     }
-    if (places.size() <= few) {
-        for (const auto& place : places) Insert(place.box, arrivals.KeptBox(place), arrivals.Item(place));
-        return;
-    }
-    // 0: stays in this node; 1 ... 4: goes to a child.
-    const auto slotOf = [&](const detail::Arrivals::Place& place) {
-        if (isRoot && !(place.box.IsProper() && arrivals.KeptBox(place).IsProper())) return 0U;
-        const int quadrant = QuadrantOf(place.box, centerX, centerY);
-        if (quadrant < 0) return 0U;
-        const QuadTreeNode* const child = children[static_cast<std::size_t>(quadrant)].get();
-        return child == nullptr || child->square.Contains(place.box) ? static_cast<unsigned int>(quadrant + 1) : 0U;
-    };
-    std::array<std::size_t, 5> counts{};
-    for (auto& place : places) {
-        place.slot = slotOf(place);
-        ++counts[place.slot];
-    }
-    std::array<std::size_t, 5> slots{};
-    for (std::size_t slot = 1; slot < slots.size(); ++slot) {
-        if (counts[slot] == 0) continue;
-        if (MakeChild(slot - 1) != nullptr) {
-            slots[slot] = slot;
-        } else {
-            counts[0] += std::exchange(counts[slot], 0);
-        }
-    }
-    std::array<std::size_t, 6> starts{};
-    std::partial_sum(counts.begin(), counts.end(), starts.begin() + 1);
-    std::array<std::size_t, 5> next{};
-    std::copy_n(starts.begin(), next.size(), next.begin());
-    for (const auto& place : places) room[next[slots[place.slot]]++] = place;
+    Sort({places.get(), nrBelow});
 
-    for (const auto& place : room.first(counts[0])) Append(arrivals.KeptBox(place), arrivals.Item(place));
-    for (std::size_t slot = 1; slot < slots.size(); ++slot) {
-        if (counts[slot] == 0) continue;
-        children[slot - 1]->Distribute(arrivals, room.subspan(starts[slot], counts[slot]),
-                                       places.subspan(starts[slot], counts[slot]));
+    // From the node of one to that of the next: up to what holds both, and down from there.
+    constexpr std::size_t fetched = 64;  // at once, from all over the memory: they do not wait for each other
+    std::vector<QuadTreeNode*> way;
+    for (std::size_t i = 0; i < nrBelow; ++i) {
+        for (std::size_t k = i; i % fetched == 0 && k < std::min(i + fetched, nrBelow); ++k) {
+            const unsigned int item = places[k].item;
+            for (const PlanBox* box : {&arrivals.places[item], &arrivals.KeptBox(item)}) {
+                detail::ReadAhead(&box->minX);
+                detail::ReadAhead(&box->maxY);
+            }
+            detail::ReadAhead(&arrivals.items[item]);
+        }
+        const PlanBox& box = arrivals.places[places[i].item];
+        const auto top = static_cast<std::size_t>(QuadrantOf(box, centerX, centerY));
+        if (way.empty() || way.front() != children[top].get()) way.assign(1, children[top].get());
+        while (way.size() > 1 && (way.size() > grids[top].GetNrOfLevels() + 1 || !way.back()->square.Contains(box))) {
+            way.pop_back();
+        }
+        for (;;) {
+            QuadTreeNode* const node = way.back();
+            const int quadrant = QuadrantOf(box, node->centerX, node->centerY);
+            if (quadrant < 0) break;
+            QuadTreeNode* const child = node->MakeChild(static_cast<std::size_t>(quadrant));
+            if (child == nullptr || !child->square.Contains(box)) break;
+            way.push_back(child);
+        }
+        way.back()->Append(arrivals.KeptBox(places[i].item), arrivals.Item(places[i].item));
     }
 }
 

@@ -22,20 +22,15 @@ struct ItemSink;
 
 /// Items on their way into a quadtree all at once.
 struct Arrivals {
-    struct Place {
-        PlanBox box;  // decides on the node
-        unsigned int item;
-        unsigned int slot = 0;  // of the node that it has come to
-    };
     explicit Arrivals(std::span<const ISpatialIndexData* const> given) : items(given) { places.reserve(given.size()); }
 
     std::span<const ISpatialIndexData* const> items;
-    std::vector<Place> places;
+    std::vector<PlanBox> places;  // decide on the nodes
 
     /// The next of the items, with the box that is kept for the searches.
     void Add(const PlanBox& place, const PlanBox& box);
-    const PlanBox& KeptBox(const Place& place) const { return boxes.empty() ? place.box : boxes[place.item]; }
-    ISpatialIndexData* Item(const Place& place) const { return const_cast<ISpatialIndexData*>(items[place.item]); }
+    const PlanBox& KeptBox(std::size_t i) const { return boxes.empty() ? places[i] : boxes[i]; }
+    ISpatialIndexData* Item(std::size_t i) const { return const_cast<ISpatialIndexData*>(items[i]); }
 
 private:
     std::vector<PlanBox> boxes;  // none while all are kept as they are placed
@@ -154,10 +149,9 @@ private:
     /// `place` decides on the node, `box` is kept for the searches.
     void Insert(const PlanBox& place, const PlanBox& box, ISpatialIndexData* item);
     /// As one by one.
-    void Insert(detail::Arrivals& arrivals);
-    /// Puts arrivals at some places into this node and below, in their order; there is room for as many.
-    void Distribute(const detail::Arrivals& arrivals, std::span<detail::Arrivals::Place> places,
-                    std::span<detail::Arrivals::Place> room);
+    void Insert(const detail::Arrivals& arrivals);
+    /// Where no node depends on the order: node by node, so that what is read is at hand.
+    void InsertSorted(const detail::Arrivals& arrivals);
     /// The child that leads to an item's node, large enough; null when the item stays in the root.
     QuadTreeNode* MakeChildOfRoot(const PlanBox& place, const PlanBox& box);
     /// The child in a quadrant, created where it may be; null when there is none.
