@@ -169,7 +169,7 @@ public:
     /// level. @return false, nothing written, outside
     [[nodiscard]] bool GetSlope(const Point2D& place, double& slope, Angle& fall) const;
     /// Moves a point to the nearest one of the surface in space. The cost grows with the number of triangles within
-    /// that distance in plan; from beside the surface, or far above, few of them are looked at. @return false, `point`
+    /// that distance in plan; from beside the surface, or far above it, fewer are looked at. @return false, `point`
     /// untouched, when there is no surface or the point is not finite
     [[nodiscard]] bool GetNearestPoint(Point3D& point) const;
     /// Appends the chain laid on the surface, with a point at each edge that it crosses: a string for each part inside.

@@ -96,6 +96,8 @@ TEST(TinSurfaceTest, RandomPointsAndGridsAreDelaunayAndAnswerAsAllTriangles) {
             for (unsigned int i = 0; i < 3; ++i) {
                 const unsigned int next = surface.GetNeighbor(t, i);
                 if (next == TinSurfacePatch3D::noTriangle) ++rim;
+                unsigned int kept = t;
+                EXPECT_TRUE(surface.FindTriangle(triangle[static_cast<int>(i)].GetPoint2D(), kept) && kept == t);
                 EXPECT_TRUE(next == TinSurfacePatch3D::noTriangle || surface.GetNeighbor(next, 0) == t ||
                             surface.GetNeighbor(next, 1) == t || surface.GetNeighbor(next, 2) == t);
             }
