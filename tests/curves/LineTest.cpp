@@ -137,6 +137,7 @@ TEST(Line3DTest, ElementOperationsInSpace) {
         Line3D longer(line);
         EXPECT_TRUE(longer.ExtendEnd(line.GetEnd() + span, kTolerances));
         EXPECT_NEAR(longer.GetLength(), 14.0, 1e-8);
+        EXPECT_THAT(line.Translate(span).GetStart(), IsNear(line.GetEnd(), 0.0));
         const std::unique_ptr<IGeometry> joined(line.Append(&longer));
         ASSERT_EQ(joined->GetType(), MathTypes::LineString3D);
         EXPECT_NEAR(joined->GetLength(), 14.0, 1e-8) << "to the other's end, whose start is not looked at";
