@@ -209,6 +209,9 @@ TEST(Matrix3DTest, KnownEigenValues) {
     for (const auto& rows : slow) CheckDecompositions(Matrix3D(rows), 5.0, false);
     const double apart[4][4] = {{}, {0, 0, 96, 8e-300}, {672, 1e-158, 0, 0}, {0.0625, -1e-158, -0.125, -1e-299}};
     CheckDecompositions(Matrix3D(apart), 672.0, false);  // vectors are told only where they are some
+    // What is left beside one eigenvalue is so small that its squares vanish.
+    const double small[4][4] = {{0, 0, 0, -1e-301}, {16, 0, 0, 0}, {0, -5e-162, -1856, 1e-299}, {0, 9e-159, 0, 0}};
+    CheckDecompositions(Matrix3D(small), 1856.0, false);
     const double companion[4][4] = {{10, -35, 50, -24}, {1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
     const Matrix3D units = Matrix3D().Scale(1e4, 1e-3, 0.1);
     const Matrix3D cases[] = {Matrix3D(companion), (Matrix3D(companion) *= units).PreMultiply(units.GetInverse())};

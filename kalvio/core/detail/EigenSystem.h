@@ -237,7 +237,9 @@ public:
     /// @param m  finite
     explicit GeneralEigenValues(const SquareMatrix<N>& m) : h(m), power(ScaleToOne(h)) {
         Isolate();
+        power += ScaleToOne(h);  // what is left may be far smaller than what was taken off
         Balance(h, size, 0.0);
+        power += ScaleToOne(h);
         ReduceToHessenberg();
         converged = Iterate();
     }
@@ -271,14 +273,16 @@ private:
         }
     }
     void Remove(std::size_t index) {
+        SquareMatrix<N> left;
         --size;
         for (std::size_t i = 0; i < size; ++i) {
             for (std::size_t j = 0; j < size; ++j) {
                 const std::size_t row = i < index ? i : i + 1;
                 const std::size_t column = j < index ? j : j + 1;
-                h(i, j) = h(row, column);
+                left(i, j) = h(row, column);
             }
         }
+        h = left;
     }
 
     // Reflects rows first ... first + length - 1 so that x becomes a multiple of the first unit vector, and the columns
