@@ -261,9 +261,11 @@ bool IndexedTriangleSet3D::AdjustVerticesToClosest(const std::vector<Point3D>& p
     const detail::NearestPoints nearest(points);
     bool hasMoved = false;
     for (Point3D& vertex : vertices) {
-        const Point3D before = vertex;
-        if (!nearest.Find(vertex)) continue;
-        for (int axis = 0; axis < 3; ++axis) hasMoved = hasMoved || vertex[axis] != before[axis];
+        Point3D closest = vertex;
+        if (!nearest.Find(closest)) continue;
+        if (closest[0] == vertex[0] && closest[1] == vertex[1] && closest[2] == vertex[2]) continue;  // -0.0 stays
+        vertex = closest;
+        hasMoved = true;
     }
     return hasMoved;
 }

@@ -201,6 +201,7 @@ TEST(TriangleSetTest, VerticesAdjustToTheNearestOfManyPoints) {
     EXPECT_FALSE(set.AdjustVerticesToClosest(points) || set.AdjustVerticesToClosest({})) << "they lie there already";
     set.GetVertices() = {{0.5, 0, 0}};
     EXPECT_TRUE(set.AdjustVerticesToClosest({{1, 0, 0}, {0, 0, 0}}) && set.GetVertex(0).GetX() == 1.0) << "the first";
+    EXPECT_FALSE(set.AdjustVerticesToClosest({{1, -0.0, 0}}) || std::signbit(set.GetVertex(0).GetY())) << "to the bit";
 
     // Minutes, were all compared with all: in one plane far away, farther than doubles can part, in one place.
     for (const auto& [width, z] : {std::pair(1.0, 1e3), {1.0, 1e12}, {0.0, 0.0}}) {
