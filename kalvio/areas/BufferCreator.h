@@ -114,9 +114,9 @@ public:
                                      const Tolerances& tolerances);
 
     /// Bounded by chords.
-    /// @param height  how far the border may lie off the true one; arcs of the source, of corners and of ends are
-    ///                replaced by chords, and corners that do not show left out, to this end. No less than the user
-    ///                tolerance counts, and a turn has no more than 10,000 chords
+    /// @param height  how far the border may lie off the true one, no less than the user tolerance: arcs are replaced
+    ///                by chords, corners that do not show left out. A corner makes at most 10,000 chords a turn; far
+    ///                from short elements, by a height near the tolerance, there come up to four times as many
     [[nodiscard]] static bool Create(const Source& source, double distance, double height,
                                      std::vector<Polygon2D>& result, const Tolerances& tolerances, const Shape& shape);
     [[nodiscard]] static bool Create(const Source& source, double distance, double height,
