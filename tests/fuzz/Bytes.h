@@ -22,7 +22,7 @@ public:
     }
 
     bool Empty() const { return size == 0; }
-    bool Tame() const { return tame; }
+    bool Tame() const { return tame && !edged; }
     template <class T>
     T Take() {
         T value{};
@@ -33,6 +33,14 @@ public:
         return value;
     }
     double TakeDouble() { return tame ? Take<std::int16_t>() / 16.0 : Take<double>(); }
+    /// The same, now and then a number at the edge of what there is or one taken before; with such it is not tame.
+    double TakeAnyDouble() {
+        static constexpr double edges[] = {NAN, INFINITY, -INFINITY, 1e308, -1e308, 5e-324, 1e-300, -0.0, 0.0};
+        const unsigned int kind = TakeCount(128);
+        if (kind - 1 < std::size(edges)) return edged = true, edges[kind - 1];
+        if (kind - 16 < std::size(earlier)) return earlier[kind - 16];
+        return earlier[kind % std::size(earlier)] = TakeDouble();
+    }
     Point2D TakePoint() { return {TakeDouble(), TakeDouble()}; }  // braces keep the order
     Vec2D TakeVector() { return {TakeDouble(), TakeDouble()}; }
     Point3D TakePoint3D() { return {TakePoint(), TakeDouble()}; }
@@ -73,6 +81,8 @@ private:
     const std::uint8_t* data;
     std::size_t size;
     bool tame = false;
+    bool edged = false;
+    double earlier[4] = {};
 };
 
 /// Where a law of the library is broken.

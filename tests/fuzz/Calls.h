@@ -32,7 +32,7 @@ T MakeFull(Bytes& bytes) {
     } else if constexpr (std::is_enum_v<T>) {
         return bytes.TakeOne<T>(9);
     } else if constexpr (std::is_floating_point_v<T>) {
-        return static_cast<T>(bytes.TakeDouble());
+        return static_cast<T>(bytes.TakeAnyDouble());
     } else if constexpr (std::is_integral_v<T>) {
         return static_cast<T>(static_cast<int>(bytes.TakeCount(12)) - 2);  // past the end and before the start
     } else if constexpr (std::is_same_v<T, Polygon2D>) {
