@@ -193,12 +193,12 @@ private:
     void AddEdge(std::uint32_t ring, std::uint32_t edge, const Place& from, const Place& to) {
         const std::uint32_t south = std::min(from.south, to.south);
         const std::uint32_t west = std::min(from.west, to.west);
-        const std::uint32_t rows = std::max(from.north, to.north) - south;
-        const std::uint32_t columns = std::max(from.east, to.east) - west;
-        if (rows == 0 || columns == 0) {
-            AddToCells(ring, edge, CellOf(west, south), rows + columns + 1, rows == 0 ? 1 : grid.columns);
+        const std::uint32_t northward = std::max(from.north, to.north) - south;
+        const std::uint32_t eastward = std::max(from.east, to.east) - west;
+        if (northward == 0 || eastward == 0) {
+            AddToCells(ring, edge, CellOf(west, south), northward + eastward + 1, northward == 0 ? 1 : grid.columns);
         } else {
-            AddToRows(ring, edge, south, south + rows);
+            AddToRows(ring, edge, south, south + northward);
         }
         if (from.rowsBelow != to.rowsBelow) AddCrossings(ring, edge, from.rowsBelow, to.rowsBelow);
     }
@@ -206,15 +206,15 @@ private:
     // Without branches: whether a run goes on changes too often to be foretold.
     void AddToCells(std::uint32_t ring, std::uint32_t edge, std::size_t cell, std::size_t count, std::size_t step) {
         if (cellRuns.size() < runCount + count) cellRuns.resize(2 * cellRuns.size() + count);
-        CellRun* const runs = cellRuns.data();
+        CellRun* const made = cellRuns.data();
         for (; count > 0; --count, cell += step) {
             const std::uint32_t last = lastRuns[cell];
-            const bool goesOn = runs[last].last + 1 == edge;
+            const bool goesOn = made[last].last + 1 == edge;
             const std::uint32_t run = goesOn ? last : runCount;
-            const std::uint32_t first = last == 0 ? runCount : runs[last].next;
-            runs[runCount] = {ring, edge, edge, first};
-            runs[last].next = goesOn ? first : runCount;
-            runs[run].last = edge;
+            const std::uint32_t first = last == 0 ? runCount : made[last].next;
+            made[runCount] = {ring, edge, edge, first};
+            made[last].next = goesOn ? first : runCount;
+            made[run].last = edge;
             lastRuns[cell] = run;
             runCount += goesOn ? 0 : 1;
             grid.blocks[cell / 64].border |= std::uint64_t{1} << cell % 64;

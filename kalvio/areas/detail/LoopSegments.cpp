@@ -36,9 +36,8 @@ bool ForEachPairNearby(const BoxHierarchy<LoopSegments>& stretches, double dista
             std::size_t nearCount = 0;
             for (std::size_t j = i + 1; j < end; ++j) {
                 near[nearCount] = j;
-                nearCount +=
-                    static_cast<std::size_t>((around.minX <= extents[j].maxX) & (extents[j].minX <= around.maxX) &
-                                             (around.minY <= extents[j].maxY) & (extents[j].minY <= around.maxY));
+                nearCount += std::size_t{around.minX <= extents[j].maxX} & std::size_t{extents[j].minX <= around.maxX} &
+                             std::size_t{around.minY <= extents[j].maxY} & std::size_t{extents[j].minY <= around.maxY};
             }
             for (std::size_t k = 0; k < nearCount; ++k) {
                 if (visit(first + i, first + near[k])) return true;
