@@ -172,6 +172,7 @@ bool IndexedTriangleSet3D::CreateVerticalWalls(double height, IndexedTriangleSet
         const auto count = static_cast<unsigned int>(ring.vertices.size());
         for (unsigned int i = 0; i < count; ++i) {
             const Point3D& top = vertices[ring.vertices[i]];
+            if (!std::isfinite(top.GetX()) || !std::isfinite(top.GetY()) || !std::isfinite(top.GetZ())) return false;
             made.vertices.insert(made.vertices.end(), {top, Point3D(top.GetPoint2D(), height)});
             const unsigned int u = first + 2 * i;
             const unsigned int v = first + 2 * ((i + 1) % count);

@@ -121,7 +121,7 @@ public:
     /// Replaces another set by the vertical walls between the border and a height: two triangles per edge of
     /// `GetBoundaries`, which run against the triangles above them, so that a terrain and its walls are coherent. Where
     /// the border lies at the height the walls have no area (`RemoveLineTriangles`).
-    /// @return false, `walls` untouched, when there is no border or the height is not finite
+    /// @return false, `walls` untouched, when there is no border, and where it or the height is not finite
     [[nodiscard]] bool CreateVerticalWalls(double height, IndexedTriangleSet3D& walls) const;
     /// Replaces what `normals` held by one per triangle or, on request, one per vertex. The normal of a triangle a, b,
     /// c is the unit vector of (b - a) x (c - b), of which one no longer than 1e-10 is left as it is, and its opposite

@@ -144,6 +144,8 @@ TEST(SurfaceTest, TerrainWallsAndBottomAreASolid) {
         IndexedTriangleSet3D walls, solid = terrain, bottom = terrain;
         EXPECT_TRUE(terrain.CreateVerticalWalls(-1.0, walls));
         EXPECT_FALSE(walls.CreateVerticalWalls(kNan, bottom));
+        bottom.GetVertices()[0].SetZ(kNan);
+        EXPECT_FALSE(bottom.CreateVerticalWalls(-1.0, walls));
         for (Point3D& vertex : bottom.GetVertices()) vertex.SetZ(-1.0);
         bottom.InvertAllTriangles();
         solid.Merge(walls, false, 0.0);
