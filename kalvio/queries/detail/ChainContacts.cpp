@@ -1,5 +1,6 @@
 #include "kalvio/queries/detail/ChainContacts.h"
 
+#include "kalvio/core/detail/Lanes.h"
 #include "kalvio/curves/detail/Chain.h"
 #include "kalvio/polygons/detail/MergeChains.h"
 #include "kalvio/polygons/detail/SegmentContact.h"
@@ -39,6 +40,32 @@ public:
 private:
     std::vector<std::size_t> parents;
 };
+
+/// Stable.
+template <class Item, class Before>
+void SortUnlessSorted(std::vector<Item>& items, const Before& isBefore) {
+    if (!std::is_sorted(items.begin(), items.end(), isBefore)) std::stable_sort(items.begin(), items.end(), isBefore);
+}
+
+/// Sorts contacts by their start along the first chain, then by the rest of their stations. They are large: what is
+/// sorted is the first of these numbers and where the contact was.
+void SortByPlace(std::vector<ChainContact>& contacts) {
+    using Entry = std::pair<double, std::size_t>;
+    std::vector<Entry> order;
+    order.reserve(contacts.size());
+    for (std::size_t i = 0; i < contacts.size(); ++i) order.emplace_back(contacts[i].from.onFirst, i);
+    const auto rest = [&contacts](const Entry& entry) {
+        const ChainContact& contact = contacts[entry.second];
+        return std::tie(contact.from.onSecond, contact.to.onFirst, contact.to.onSecond, contact.kind);
+    };
+    std::sort(order.begin(), order.end(), [&rest](const Entry& a, const Entry& b) {
+        return a.first != b.first ? a.first < b.first : rest(a) < rest(b);
+    });
+    std::vector<ChainContact> sorted;
+    sorted.reserve(contacts.size());
+    for (const Entry& entry : order) sorted.push_back(contacts[entry.second]);
+    contacts = std::move(sorted);
+}
 
 /// Which of the contacts, sorted by their start along the first chain, may lead into another: the others need no look.
 std::vector<bool> FindCrowded(const std::vector<ChainContact>& contacts, const ChainExtent& first, double reach) {
@@ -106,11 +133,10 @@ private:
     std::vector<std::pair<double, double>> stations;
 };
 
-/// Joins contacts of which an end of one is near an end of the other along both chains.
-JoinedSets JoinContacts(const std::vector<ChainContact>& contacts, const ChainExtent& first, const ChainExtent& second,
-                        double tolerance) {
+/// Joins those of the crowded contacts of which an end of one is near an end of the other along both chains.
+JoinedSets JoinContacts(const std::vector<ChainContact>& contacts, const std::vector<bool>& isCrowded,
+                        const ChainExtent& first, const ChainExtent& second, double tolerance) {
     const double reach = leadsInto * tolerance;
-    const std::vector<bool> isCrowded = FindCrowded(contacts, first, reach);
     JoinedSets sets(contacts.size());
     NearPlaces ends(first, second, reach);
     std::vector<std::size_t> contactOf;
@@ -171,10 +197,6 @@ public:
         : first(firstChain), second(secondChain), tolerance(nearness) {}
 
     void AppendPlaces(CommonPlaces& common) {
-        if (contacts.size() == 1 && contacts.front().kind == ChainContact::Kind::Crossing) {
-            common.places.push_back(contacts.front().at);
-            return;
-        }
         std::vector<ChainPlace> places = FindCrossings();
         if (AreRun(places)) {
             places.clear();
@@ -282,31 +304,49 @@ CommonPlaces GatherContacts(std::vector<ChainContact> contacts, const ChainExten
             return !std::isfinite(place->onFirst) || !std::isfinite(place->onSecond);
         });
     });
-    std::sort(contacts.begin(), contacts.end(), [](const ChainContact& a, const ChainContact& b) {
-        return std::tie(a.from.onFirst, a.from.onSecond, a.to.onFirst, a.to.onSecond, a.kind) <
-               std::tie(b.from.onFirst, b.from.onSecond, b.to.onFirst, b.to.onSecond, b.kind);
-    });
-    JoinedSets sets = JoinContacts(contacts, first, second, tolerance);
+    SortByPlace(contacts);
+    const std::vector<bool> isCrowded = FindCrowded(contacts, first, leadsInto * tolerance);
+    const bool areAlone = std::find(isCrowded.begin(), isCrowded.end(), true) == isCrowded.end();
     std::vector<std::pair<std::size_t, std::size_t>> order;  // set, contact
     order.reserve(contacts.size());
-    for (std::size_t i = 0; i < contacts.size(); ++i) order.emplace_back(sets.Find(i), i);
-    std::sort(order.begin(), order.end());
+    if (areAlone) {
+        for (std::size_t i = 0; i < contacts.size(); ++i) order.emplace_back(i, i);
+    } else {
+        JoinedSets sets = JoinContacts(contacts, isCrowded, first, second, tolerance);
+        for (std::size_t i = 0; i < contacts.size(); ++i) order.emplace_back(sets.Find(i), i);
+        std::sort(order.begin(), order.end());
+    }
 
     CommonPlaces common;
+    common.places.reserve(contacts.size());
     JoinedContacts joined(first, second, tolerance);
-    for (std::size_t k = 0; k < order.size();) {
-        joined.contacts.clear();
-        for (const std::size_t set = order[k].first; k < order.size() && order[k].first == set; ++k) {
-            joined.contacts.push_back(contacts[order[k].second]);
+    for (std::size_t k = 0, end = 0; k < order.size(); k = end) {
+        while (end < order.size() && order[end].first == order[k].first) ++end;
+        const ChainContact& contact = contacts[order[k].second];
+        if (end - k == 1 && contact.kind == ChainContact::Kind::Crossing) {
+            common.places.push_back(contact.at);
+            continue;
         }
+        joined.contacts.clear();
+        for (std::size_t i = k; i < end; ++i) joined.contacts.push_back(contacts[order[i].second]);
         joined.AppendPlaces(common);
     }
-    std::stable_sort(common.places.begin(), common.places.end(),
-                     [](const ChainPlace& a, const ChainPlace& b) { return a.onFirst < b.onFirst; });
+    SortUnlessSorted(common.places, [](const ChainPlace& a, const ChainPlace& b) { return a.onFirst < b.onFirst; });
     return common;
 }
 
 namespace {
+
+/// An extent of which both coordinates are compared at once.
+struct Box {
+    Box() = default;
+    explicit Box(const Extent& extent)
+        : low(Lanes::Of(extent.minX, extent.minY)), high(Lanes::Of(extent.maxX, extent.maxY)) {}
+
+    bool Meets(const Box& other) const { return ((low <= other.high) & (other.low <= high)).Bits() == 3; }
+
+    Lanes low, high;
+};
 
 /// True when the ends of both segments surely lie further than `tolerance` from the line of the other, whatever the
 /// rounding: where the segments cross, they meet there alone.
@@ -422,6 +462,10 @@ ChainSet::Runs::Runs(const ChainSet& set) {
     std::vector<Run> inOrder;
     std::vector<Extent> extentsInOrder;
     std::vector<Block> blocks;
+    std::size_t most = 0;
+    for (const Chain& chain : set.chains) most += chain.segments.GetCount() / runSize + 1;
+    inOrder.reserve(most);
+    extentsInOrder.reserve(most);
     Extent all;
     for (std::size_t i = 0; i < set.chains.size(); ++i) {
         const ChainSegments& segments = set.chains[i].segments;
@@ -467,27 +511,27 @@ void ChainSet::FindContacts(const ChainSet& first, const Run& run, const Extent&
                             const Run& otherRun, const Extent& otherExtent, std::vector<PairContact>& contacts) {
     const Chain& a = first.chains[run.chain];
     const Chain& b = second.chains[otherRun.chain];
-    const Extent widened = extent.Widened(first.tolerance);
-    const Extent otherWidened = otherExtent.Widened(first.tolerance);
+    const Box reach(extent.Widened(first.tolerance));
+    const Box otherReach(otherExtent.Widened(first.tolerance));
     struct Near {
         std::size_t segment;
-        Extent extent;
+        Box box;
     };
     std::array<Near, Runs::longest> near;
     std::size_t nearCount = 0;
     for (std::size_t j = otherRun.from; j < otherRun.to; ++j) {
-        near[nearCount] = {j, b.segments.GetExtent(j)};
-        nearCount += widened.Meets(near[nearCount].extent) ? 1 : 0;
+        near[nearCount] = {j, Box(b.segments.GetExtent(j, j + 1))};
+        nearCount += reach.Meets(near[nearCount].box) ? 1 : 0;
     }
     if (nearCount == 0) return;
+    PairContact pair{run.chain, otherRun.chain, {}};
     for (std::size_t i = run.from; i < run.to; ++i) {
-        const Extent segment = a.segments.GetExtent(i);
-        if (!segment.Meets(otherWidened)) continue;
-        const Extent widenedSegment = segment.Widened(first.tolerance);
+        const Extent segment = a.segments.GetExtent(i, i + 1);
+        if (!Box(segment).Meets(otherReach)) continue;
+        const Box widened(segment.Widened(first.tolerance));
         for (std::size_t k = 0; k < nearCount; ++k) {
-            if (!widenedSegment.Meets(near[k].extent)) continue;
+            if (!widened.Meets(near[k].box)) continue;
             const std::size_t j = near[k].segment;
-            PairContact pair{run.chain, otherRun.chain, {}};
             if (!FindCommon(a.segments.GetStart(i), a.segments.GetEnd(i), b.segments.GetStart(j), b.segments.GetEnd(j),
                             first.tolerance, pair.contact)) {
                 continue;
@@ -514,20 +558,22 @@ ChainSet::Common ChainSet::Gather(std::vector<PairContact> contacts, const Chain
     }
     Common common;
     std::vector<Place> places;
+    places.reserve(contacts.size());
     for (std::size_t k = 0; k < contacts.size();) {
         const std::size_t a = contacts[k].first;
         const std::size_t b = contacts[k].second;
+        std::size_t end = k;
+        while (end < contacts.size() && contacts[end].first == a && contacts[end].second == b) ++end;
         std::vector<ChainContact> ofPair;
-        for (; k < contacts.size() && contacts[k].first == a && contacts[k].second == b; ++k) {
-            ofPair.push_back(contacts[k].contact);
-        }
+        ofPair.reserve(end - k);
+        for (; k < end; ++k) ofPair.push_back(contacts[k].contact);
         const CommonPlaces ofBoth =
             GatherContacts(std::move(ofPair), {first.chains[a].lengths.back(), first.chains[a].isClosed},
                            {second.chains[b].lengths.back(), second.chains[b].isClosed}, first.tolerance);
         for (const ChainPlace& place : ofBoth.places) places.push_back({a, place});
         common.pairsOfSame += ofBoth.isSame ? 1 : 0;
     }
-    std::stable_sort(places.begin(), places.end(), [](const Place& a, const Place& b) {
+    SortUnlessSorted(places, [](const Place& a, const Place& b) {
         return std::tie(a.chain, a.place.onFirst) < std::tie(b.chain, b.place.onFirst);
     });
     common.points.reserve(places.size());
@@ -566,22 +612,28 @@ void AppendDistinct(const std::vector<Point2D>& added, std::vector<Point2D>& poi
         return;
     }
     // Points alone in their column need no look at the others.
-    std::vector<double> columns;
-    columns.reserve(points.size() - from + added.size());
-    for (std::size_t i = from; i < points.size(); ++i) columns.push_back(points[i].GetX());
-    for (const Point2D& point : added) columns.push_back(point.GetX());
-    std::sort(columns.begin(), columns.end());
-    const auto isAlone = [&](const Point2D& point) {
-        const auto first = std::lower_bound(columns.begin(), columns.end(), point.GetX() - equality);
-        return first != columns.end() && (first + 1 == columns.end() || *(first + 1) > point.GetX() + equality);
+    struct Column {
+        double x;
+        std::size_t point;
     };
+    std::vector<Column> columns;
+    columns.reserve(points.size() - from + added.size());
+    for (std::size_t i = from; i < points.size(); ++i) columns.push_back({points[i].GetX(), columns.size()});
+    for (const Point2D& point : added) columns.push_back({point.GetX(), columns.size()});
+    std::sort(columns.begin(), columns.end(), [](const Column& a, const Column& b) { return a.x < b.x; });
+    std::vector<char> isAlone(columns.size(), 1);
+    for (std::size_t i = 1; i < columns.size(); ++i) {
+        const bool areApart = columns[i - 1].x < columns[i].x - equality && columns[i].x > columns[i - 1].x + equality;
+        if (!areApart) isAlone[columns[i - 1].point] = isAlone[columns[i].point] = 0;
+    }
     ChainEnds cells(equality);
     const auto enter = [&](const Point2D& point, std::size_t index) { cells.Add(point.GetX(), point.GetY(), index); };
+    std::size_t place = 0;
     for (std::size_t i = from; i < points.size(); ++i) {
-        if (!isAlone(points[i])) enter(points[i], i);
+        if (isAlone[place++] == 0) enter(points[i], i);
     }
     for (const Point2D& point : added) {
-        if (!isAlone(point)) {
+        if (isAlone[place++] == 0) {
             const auto isEqual = [&](std::size_t i) { return points[i].IsEqualTo(point, equality); };
             const auto isForgotten = [](std::size_t) { return false; };
             if (cells.FindLowest(point.GetX(), point.GetY(), isForgotten, isEqual) != ChainEnds::none) continue;
